@@ -1,0 +1,14 @@
+# HEADUNIT_SANITIZE is empty, "address" (address and undefined behaviour) or "thread". It covers JUCE too, so that
+# every synchronisation in the process is seen.
+set(HEADUNIT_SANITIZE "" CACHE STRING "address, thread or empty")
+if(HEADUNIT_SANITIZE STREQUAL "address")
+    add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=address,undefined)
+    add_compile_definitions(HEADUNIT_SANITIZED=1)
+elseif(HEADUNIT_SANITIZE STREQUAL "thread")
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=thread)
+    add_compile_definitions(HEADUNIT_SANITIZED=1)
+elseif(HEADUNIT_SANITIZE)
+    message(FATAL_ERROR "HEADUNIT_SANITIZE is '${HEADUNIT_SANITIZE}': address, thread or empty")
+endif()

@@ -1,0 +1,27 @@
+# Our own code is compiled with warnings as errors; system headers and JUCE are not.
+add_library(headunit_warnings INTERFACE)
+target_compile_options(headunit_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wcast-align -Wunused
+    -Wconversion -Wno-sign-conversion -Werror)
+
+# headunit_library(NAME [OBJECT] FOLDERS folder ... LINK target ...): a library of every source below the folders, which
+# are relative to src/. Headers are included as "layer/Header.h". A new file needs no entry anywhere.
+function(headunit_library name)
+    cmake_parse_arguments(arg "OBJECT" "" "FOLDERS;LINK" ${ARGN})
+    set(sources)
+    foreach(folder IN LISTS arg_FOLDERS)
+        file(GLOB found CONFIGURE_DEPENDS ${folder}/*.cpp)
+        list(APPEND sources ${found})
+    endforeach()
+    if(NOT sources)
+        file(WRITE ${CMAKE_BINARY_DIR}/empty.cpp "")
+        set(sources ${CMAKE_BINARY_DIR}/empty.cpp)
+    endif()
+    if(arg_OBJECT)
+        add_library(${name} OBJECT ${sources})
+    else()
+        add_library(${name} STATIC ${sources})
+    endif()
+    target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+    target_link_libraries(${name} PUBLIC ${arg_LINK} PRIVATE headunit_warnings)
+endfunction()

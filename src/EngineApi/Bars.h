@@ -1,0 +1,26 @@
+#pragma once
+
+#include "kernel/SystemMessage.h"
+
+namespace EngineApi
+{
+
+/** What the managers say to an on-screen bar; any thread. */
+class BarMessages
+{
+public:
+    virtual ~BarMessages() = default;
+    virtual void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload) = 0;
+};
+
+/** The three bars, each reached through Provided<...>. */
+class VolumeBar : public BarMessages
+{
+public:
+    /** The page in front has changed: the bar takes that page's images. */
+    virtual void updateImages(int frontPage) = 0;
+};
+class FavoriteBar : public BarMessages {};
+class LowBatteryBar : public BarMessages {};
+
+} // namespace EngineApi

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "EngineLayer/ScheduleRecords.h"
+#include "kernel/SystemMessage.h"
+
+namespace EngineApi
+{
+
+/** Where a page stands, as its last order left it. */
+struct PageRunState
+{
+    enum Step { running = 1, stopped = 2 };
+
+    int reportedStep = stopped; ///< running after a run or change order, stopped after a stop order
+    EngineLayer::PageStates states {};
+};
+
+/** What the managers know of a page: the handler inside the application task that owns it. Any thread, all of it. */
+class PageHandler : public juce::ReferenceCountedObject
+{
+public:
+    using Ptr = juce::ReferenceCountedObjectPtr<PageHandler>;
+
+    virtual const EngineLayer::PageScheduleConfig& getConfig() const = 0;
+    /** A consistent copy. */
+    virtual PageRunState getRunState() const = 0;
+    virtual bool isAvailable() const = 0;
+    /** Keep-alive: the program is not closed when the programs that nobody needs are. */
+    virtual bool isResident() const = 0;
+    virtual juce::String getBackProgramPath() const = 0;
+
+    virtual void requestState(EngineLayer::AppAction action, bool autoSwitch) = 0;
+    virtual void requestShow(bool autoSwitch) = 0;
+    /** Tells the page's program that the unit goes off. */
+    virtual void notifyPage() = 0;
+    /** May adjust a record that was built for this page before the scheduler uses it. */
+    virtual void adjustScheduleInfo(EngineLayer::ScheduleInfo& info) = 0;
+
+    int getPage() const { return getConfig().page; }
+    int getAppType() const { return getConfig().appType; }
+    bool isRunning() const { return getRunState().reportedStep != PageRunState::stopped; }
+    bool isOnTop() const { return getRunState().states.showState == 1; }
+};
+
+} // namespace EngineApi

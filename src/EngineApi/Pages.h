@@ -1,0 +1,40 @@
+#pragma once
+
+#include "EngineApi/PageHandler.h"
+#include "EngineLayer/ScheduleRecords.h"
+
+/** The engine-wide way to a page. Any thread. Nothing happens for a page without a handler. */
+namespace EngineApi
+{
+
+PageHandler::Ptr getHandler(int page);
+Kernel::ComponentId getOwnerId(int page); ///< 0 for an unknown page
+int getSource(int page);                  ///< NUM_OF_SOURCES for an unknown page
+int appTypeOfPage(int page);              ///< AppUnknown for an unknown page
+int getPageOfAppType(int appType);        ///< the page of the type that was registered last, or NUM_OF_PAGES
+bool isNormalSource(int page);
+bool isRearPage(int page);
+bool isAvailable(int page);
+
+int getNormalSource();
+int getLastNormalSource(); ///< the scheduler's remembered normal source, ahead of getNormalSource during a switch
+int getLastSourcePage();
+int getRearPage(); ///< mbRearOff when none runs
+int getFrontShow();
+
+void requestShowPage(int page, bool autoSwitch);
+void requestStopPage(int page);
+void requestPageState(int page, EngineLayer::AppAction action, bool autoSwitch);
+void postSwitchOrder(int page, EngineLayer::AppStateSwitch::Ptr order);
+void postScheduleResult(int page, EngineLayer::ScheduleStatus status);
+void notifyPage(int page);
+void postToPage(int page, juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload = nullptr);
+/** Launches the page's background program, with an empty bundle. */
+void launchBackProgram(int page);
+void terminateProgram(int appType);
+
+/** Pages are known from registration on. Message thread. */
+void registerHandler(PageHandler::Ptr handler);
+void unregisterHandler(PageHandler::Ptr handler);
+
+} // namespace EngineApi

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "kernel/Singleton.h"
+#include "kernel/TaskGroup.h"
+
+#include <vector>
+
+namespace Kernel
+{
+
+/**
+    Owner of the task groups and the components, and the way from a message to its receiver. Groups and components are
+    added on the message thread before `start`; the maps do not change while the threads run, so posting takes no lock.
+*/
+class SystemEngine : public Singleton<SystemEngine>
+{
+public:
+    SystemEngine() = default;
+
+    /** False, and no change, when a group of that name exists. The thread is not started. */
+    bool createGroup(const juce::String& name, int priority);
+    /** Null when there is none. */
+    TaskGroup* findGroup(const juce::String& name) const;
+    /** With an unknown group name the component is known but has no route. */
+    void registerComponent(const juce::String& groupName, SystemTask::Ptr component);
+
+    /** Starts every group and broadcasts MSG_SYS_START. Message thread. */
+    void start();
+    /** From here on every message is dropped; ends the groups in creation order. Message thread. */
+    void stop();
+    void release();
+
+    /** Any thread. A message without a route, or after `stop`, is dropped. */
+    void postMessage(const SystemMessage::Ptr& message);
+    void postUrgentMessage(const SystemMessage::Ptr& message);
+    /** To every component in ascending id order, on the normal queue. Any thread. */
+    void broadcastMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
+
+    SystemMessage::Ptr obtainMessage() { return MessagePool::obtain(); }
+    void recycleMessage(SystemMessage::Ptr& message) { MessagePool::recycle(message); }
+
+    const std::vector<TaskGroup::Ptr>& getGroups() const { return groups; }
+
+private:
+    void post(const SystemMessage::Ptr& message, bool urgent);
+
+    std::vector<TaskGroup::Ptr> groups;
+    std::map<ComponentId, TaskGroup::Ptr> routes;
+    std::atomic<bool> stopping { false };
+    std::map<ComponentId, SystemTask::Ptr> components;
+};
+
+/** Obtains, fills, posts on the normal queue and recycles. Returns nothing: a message that cannot be delivered is dropped. */
+void postSystemMessage(ComponentId receiver, juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                       Payload payload = nullptr);
+/** The same on the urgent queue. */
+void postUrgentSystemMessage(ComponentId receiver, juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                             Payload payload = nullptr);
+/** The same to the handler of a page inside an application task. */
+void postHandlerMessage(ComponentId application, juce::int32 page, juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                        Payload payload = nullptr);
+
+} // namespace Kernel

@@ -1,0 +1,14 @@
+#include "kernel/SystemTimer.h"
+
+#include "kernel/MessageIds.h"
+#include "kernel/SystemEngine.h"
+
+namespace Kernel
+{
+
+void SystemTimer::timerCallback(int timerId)
+{
+    postSystemMessage(owner, MSG_SYS_TIMER, timerId, 0);
+}
+
+} // namespace Kernel

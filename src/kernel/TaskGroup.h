@@ -1,0 +1,65 @@
+#pragma once
+
+#include "kernel/SystemTask.h"
+
+#include <deque>
+#include <map>
+
+namespace Kernel
+{
+
+/** A set of components and the one thread that runs all their handlers. */
+class TaskGroup : public juce::ReferenceCountedObject
+{
+public:
+    using Ptr = juce::ReferenceCountedObjectPtr<TaskGroup>;
+
+    /** Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are deferred. */
+    TaskGroup(const juce::String& groupName, int threadPriority);
+    ~TaskGroup() override;
+
+    const juce::String& getName() const { return name; }
+    int getPriority() const { return priority; }
+
+    /** False, and no change, while the thread runs. */
+    bool addComponent(SystemTask::Ptr component);
+    SystemTask* findComponent(ComponentId id) const;
+
+    void start();
+    /** Ends the thread, waiting at most 200 ms, and calls `onStop` of the components in ascending id order. */
+    void stop();
+    /** `onRelease` of the components in ascending id order; then the group is empty. */
+    void release();
+
+    /** Appends to the normal or urgent queue and wakes the thread; dropped while stopping. Any thread. */
+    void post(const SystemMessage::Ptr& message, bool urgent);
+
+    /**
+        One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message to
+        its receiver. Answers how many were left pending. The group's thread, or a test in its place.
+    */
+    int runPass();
+    /** True when a pass would find something. */
+    bool hasMessages() const;
+
+private:
+    class MessageThread;
+
+    void run();
+    void takeOver();
+    void waitForMessages();
+
+    juce::String name;
+    int priority;
+    std::unique_ptr<MessageThread> thread;
+    std::map<ComponentId, SystemTask::Ptr> components;
+    std::deque<SystemMessage::Ptr> pending;
+    std::deque<SystemMessage::Ptr> urgentQueue;
+    std::deque<SystemMessage::Ptr> normalQueue;
+    juce::WaitableEvent wakeUp;
+    juce::CriticalSection queueLock;
+    std::atomic<bool> stopping { false };
+    std::atomic<bool> waiting { false };
+};
+
+} // namespace Kernel

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Platform
+{
+
+/** Every key of the engine's configuration file, with its default. Paths are absolute after loading. */
+struct Configuration
+{
+    juce::String systemPath = "/var/lib/headunit/System/";
+    juce::String resourcePath = "/usr/share/headunit/";
+    juce::String applicationPath = "/usr/lib/headunit/";
+    juce::String profilePath = "/usr/share/headunit/profile/";
+    juce::String registryPath = "/var/lib/headunit/registry/";
+    juce::String osVersion; ///< from /etc/os-release when the file does not say
+    bool systemDebug = false;
+    bool sdAsUsb = false;
+    juce::String mediaRoot = "/media/";
+    int screenWidth = 800;
+    int screenHeight = 480;
+    juce::String display = "auto"; ///< "auto" or "none"
+    juce::String cameraHoldFile = "/run/headunit/camera";
+    juce::String logLibrary = "libVX_Logcat.so";
+    juce::String mcuPort = "/dev/ttyS1";
+    int mcuBaud = 115200;
+    juce::String wiredRemotePort = "/dev/ttyS4";
+    juce::String spi2 = "/dev/spidev2.0";
+    juce::String i2c1 = "/dev/i2c-1";
+    juce::String gpio = "/dev/gpiochip0";
+    std::map<int, int> gpioLines; ///< unit line -> chip line; a line that is not named is the same on both sides
+    juce::String ipcAddress;      ///< D-Bus address; empty = the session bus
+    std::map<int, juce::String> programs;           ///< page -> path of its program
+    std::map<int, juce::String> backgroundPrograms; ///< page -> path of its background program
+
+    /**
+        Reads the file into the process-wide configuration. On failure nothing changes and the answer is one line that
+        names file, line and key ("engine.toml:12: mcu.baud: a whole number is wanted"); empty on success.
+    */
+    static std::string load(const juce::String& path);
+
+    /** The process-wide configuration: written at start (and by tests) only, read from any thread. */
+    static Configuration& get();
+};
+
+/** Where things are, and which program shows which page ("" = none). Folders end with '/'. */
+struct AppConfig
+{
+    static juce::String getSystemFilePath();
+    static juce::String getResourcePath();
+    static juce::String getApplicationPath();
+    static juce::String getProfilePath();
+    static juce::String getAppPath(int page);
+    static juce::String getAppName(int page);
+    static juce::String getBackAppPath(int page);
+    static juce::String getBackAppName(int page);
+    /** Makes the bundled fonts known, so that text looks the same everywhere. */
+    static void loadFont();
+};
+
+struct CorvaneConfig
+{
+    static juce::String getMcuUartName();
+    static int getMcuUartBandRate();
+    static bool isSystemDebug();
+    static bool isUseSDAsUsb();
+};
+
+struct BSPInfo
+{
+    static juce::String getOSVersion();
+};
+
+struct ExternalDeviceState
+{
+    static bool isSDConnect();
+    /** Whether the mount point "Hard Disk", "Hard Disk2" ... "Hard Disk8" exists; index 0 to 7. */
+    static bool isHardDiskPresent(int index);
+};
+
+/** The rear-view camera that the boot stage may still have on the screen. */
+struct CameraControl
+{
+    /** True while the camera owns the screen. */
+    bool isSystemControl() const;
+    /** Takes the screen for this process. */
+    void retrieveControl();
+};
+
+struct UIHelper
+{
+    static int getScreenWidth();
+    static int getScreenHeight();
+    /** True when a display can be drawn on: `unit.display` is "auto" and an X display opens. */
+    static bool hasDisplay();
+};
+
+} // namespace Platform

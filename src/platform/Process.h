@@ -1,0 +1,55 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+#include <memory>
+#include <vector>
+
+namespace Platform
+{
+
+/** A program's process. The handle refers to that very process, never to a later one with the same number. */
+class Process
+{
+public:
+    virtual ~Process() = default;
+    virtual int getPid() const = 0;
+    /** Any thread; does not wait. */
+    virtual bool isRunning() const = 0;
+    /** Ends it by force (SIGKILL); its end is seen by whoever waits. Any thread. */
+    virtual void terminate() = 0;
+    /** The exit status of a child of ours that has ended, else -1. */
+    virtual int getExitCode() const = 0;
+};
+
+using ProcessHandle = std::shared_ptr<Process>;
+
+/** Starts a program; the child inherits standard input, output and error and nothing else. Null on failure (logged). */
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments);
+
+/** A handle for a running process that somebody else started; null when there is none. */
+ProcessHandle openProcess(int pid);
+
+/** True when `pid` is `ancestor` or was started, directly or through others, by it. */
+bool isSameOrDescendant(int pid, int ancestor);
+
+/** Waits for the end of processes. One thread waits; any thread may wake it. */
+class ProcessWaiter
+{
+public:
+    ProcessWaiter();
+    ~ProcessWaiter();
+
+    enum Outcome { woken = -1, failed = -2 };
+
+    /** Blocks until one of them ends (its index), `wake` was called (`woken`) or the wait failed (`failed`). */
+    int wait(const std::vector<ProcessHandle>& processes);
+    /** Remembered when nobody waits. */
+    void wake();
+
+private:
+    struct Backend;
+    std::unique_ptr<Backend> backend;
+    JUCE_DECLARE_NON_COPYABLE(ProcessWaiter)
+};
+
+} // namespace Platform

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <juce_core/juce_core.h>
+
+/** Native windows and window messages between programs. Without a display nothing is found and posts fail. Any thread. */
+namespace Platform
+{
+
+using WindowHandle = std::uint32_t;
+inline constexpr WindowHandle noWindow = 0;
+/** Receiver of a message that goes to every top-level window. */
+inline constexpr WindowHandle allWindows = 0xffff;
+
+/** The top-level window with exactly this title, or noWindow. */
+WindowHandle findWindow(const juce::String& title);
+bool isWindow(WindowHandle window);
+/** Process of a window, -1 when it is unknown. */
+int windowProcess(WindowHandle window);
+/** False when there is no such window or no display. */
+bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t wParam, std::int32_t lParam);
+void showWindow(WindowHandle window, bool visible);
+void setForegroundWindow(WindowHandle window);
+
+/** Message, wParam, lParam; called on the window connection's thread. */
+using WindowMessageHandler = std::function<void(std::int32_t, std::int32_t, std::int32_t)>;
+
+/** Opens the window titled `title` that other programs post to. False without a display. */
+bool startWindowMessages(const juce::String& title, WindowMessageHandler handler);
+/** No handler call runs after it returns. */
+void stopWindowMessages();
+
+} // namespace Platform

@@ -1,0 +1,11 @@
+#include "platform/System.h"
+
+namespace Platform
+{
+
+bool requestRealtimePriority()
+{
+    return false;
+}
+
+} // namespace Platform
