@@ -58,7 +58,7 @@ std::unique_ptr<juce::InputStream> CVXResPathManager::open(const juce::String& n
     juce::MemoryBlock content;
     if (size <= maxFileSize)
         if (const std::unique_ptr<juce::InputStream> stream { pack->createStreamForEntry(index) })
-            stream->readIntoMemoryBlock(content, static_cast<ssize_t>(size));
+            stream->readIntoMemoryBlock(content, static_cast<ssize_t>(size) + 1); // one more shows a wrong size
     if (static_cast<juce::int64>(content.getSize()) != size)
     {
         logProblem(__LINE__, "the file is damaged or too large", name);

@@ -114,7 +114,7 @@ TEST(LogLibraryTest, ALogIsSavedAndReadBack)
     EXPECT_FALSE(save(nullptr));
     EXPECT_FALSE(save("/no/such/folder/copy.log"));
 
-    copy.replaceWithText("what was kept\n");
+    copy.replaceWithText("what was kept\n", false, false, "\n");
     testing::internal::CaptureStdout();
     EXPECT_TRUE(read(copy.getFullPathName().toRawUTF8()));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "what was kept\n");
