@@ -96,13 +96,13 @@ private:
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProcessLifetime lifetime)
 {
     const std::lock_guard guard(lock);
     if (table.creationFails)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
-    table.launches.push_back({ path, arguments, state->pid });
+    table.launches.push_back({ path, arguments, state->pid, lifetime });
     return std::make_shared<ProcessInTable>(state);
 }
 
