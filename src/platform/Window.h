@@ -33,7 +33,7 @@ using WindowMessageHandler = std::function<void(std::int32_t, std::int32_t, std:
 
 /**
     Opens the window titled `title` that other programs post to, instead of one that is open. It is never seen. False without
-    a display, and on failure (logged).
+    a display, and on failure (logged). A thread "windows" receives the messages, as they come unasked.
 */
 bool startWindowMessages(const juce::String& title, WindowMessageHandler handler);
 /** No handler call runs after it returns. Not to be called from the handler. */

@@ -10,10 +10,14 @@
 #include <fstream>
 #include <mutex>
 #include <poll.h>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <system_error>
+// This header does not say by itself that its functions are C ones.
+extern "C"
+{
+#include <sys/pidfd.h>
+}
 
 namespace Platform
 {
