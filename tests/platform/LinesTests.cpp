@@ -114,6 +114,7 @@ protected:
         // Lets go of the chip of this test.
         Configuration::get() = {};
         GpioFunc::readPin(0);
+        unlink(path().toRawUTF8());
     }
 
     juce::String path() const { return place.getFile().getFullPathName(); }

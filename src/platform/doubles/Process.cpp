@@ -53,7 +53,7 @@ int lastPid = ProcessDouble::ownPid; // Never used twice, so that no test meets 
 
 std::shared_ptr<State> add(int parentPid, bool child)
 {
-    const auto state = std::make_shared<State>(State { .pid = ++lastPid, .parentPid = parentPid, .child = child });
+    auto state = std::make_shared<State>(State { .pid = ++lastPid, .parentPid = parentPid, .child = child });
     table.processes[state->pid] = state;
     return state;
 }

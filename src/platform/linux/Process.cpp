@@ -217,10 +217,8 @@ ProcessHandle createProcess(const juce::String& path, const juce::StringArray& a
     std::vector<std::string> texts { path.toStdString() };
     for (const auto& argument : arguments)
         texts.push_back(argument.toStdString());
-    std::vector<char*> words;
-    for (auto& text : texts)
-        words.push_back(text.data());
-    words.push_back(nullptr);
+    std::vector<char*> words(texts.size() + 1); // The last stays null.
+    std::transform(texts.begin(), texts.end(), words.begin(), [](std::string& text) { return text.data(); });
 
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) < 0)

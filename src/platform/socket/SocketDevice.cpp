@@ -13,6 +13,7 @@ namespace
 
 constexpr const char* prefix = "socket:";
 constexpr int millisecondsPerSecond = 1000;
+constexpr suseconds_t microsecondsPerMillisecond = 1000;
 
 /** The call's answer, asked again when a signal came between. */
 template <typename Call>
@@ -41,7 +42,8 @@ juce::Result SocketDevice::connect(const juce::String& path, int timeoutMs)
     socket.reset(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     if (!socket)
         return failStep("socket");
-    const timeval limit { timeoutMs / millisecondsPerSecond, (timeoutMs % millisecondsPerSecond) * millisecondsPerSecond };
+    const timeval limit { timeoutMs / millisecondsPerSecond,
+                          timeoutMs % millisecondsPerSecond * microsecondsPerMillisecond };
     for (const int direction : { SO_SNDTIMEO, SO_RCVTIMEO })
         if (setsockopt(socket.get(), SOL_SOCKET, direction, &limit, sizeof(limit)) < 0)
             return failStep("time-out");
