@@ -4,7 +4,7 @@
 #include <juce_core/juce_core.h>
 #include <memory>
 
-/** What stands behind the unit's lines and its I2C bus: a device of this machine or a simulated one. Below Lines.h only. */
+/** What stands behind Lines.h: the GPIO chip and the I2C bus of this machine, or simulated ones. */
 namespace Platform
 {
 

@@ -23,17 +23,16 @@ public:
 
 using ProcessHandle = std::shared_ptr<Process>;
 
-enum class ProcessLifetime
-{
-    /** SIGTERM reaches the child when the thread that started it ends: start only from threads that live as long as we do. */
+enum class ProcessLifetime {
+    /** The child gets SIGTERM when the thread that started it ends: start it from one that lives as long as we do. */
     endsWithUs,
     /** The child goes on by itself, as an update program must. */
     independent
 };
 
 /**
-    Starts a program; the child inherits standard input, output and error and nothing else, and has default signal handling.
-    Null on failure (logged).
+    Starts a program; the child inherits standard input, output and error and nothing else, and has default signal
+    handling. Null on failure (logged).
 */
 ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments,
                             ProcessLifetime lifetime = ProcessLifetime::endsWithUs);

@@ -5,8 +5,8 @@
 #include <juce_core/juce_core.h>
 
 /**
-    Native windows and window messages between programs. Without a display nothing is found and posts fail. A display is tried
-    once, on the first use; one that is lost, which is logged, stays lost. Any thread.
+    Native windows and window messages between programs. Without a display nothing is found and posts fail. A display is
+    tried once, on the first use; one that is lost, which is logged, stays lost. Any thread.
 
     A message is an X11 client message of type `_CORVANE_WINDOW_MESSAGE`, format 32: message, wParam, lParam.
 */
@@ -32,8 +32,8 @@ void setForegroundWindow(WindowHandle window);
 using WindowMessageHandler = std::function<void(std::int32_t, std::int32_t, std::int32_t)>;
 
 /**
-    Opens the window titled `title` that other programs post to, instead of one that is open. It is never seen. False without
-    a display, and on failure (logged). A thread "windows" receives the messages, as they come unasked.
+    Opens the window titled `title` that other programs post to, instead of one that is open. It is never seen. False
+    without a display, and on failure (logged). A thread "windows" receives the messages, as they come unasked.
 */
 bool startWindowMessages(const juce::String& title, WindowMessageHandler handler);
 /** No handler call runs after it returns. Not to be called from the handler. */

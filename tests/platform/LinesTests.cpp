@@ -183,8 +183,10 @@ TEST_F(LinesTest, GpioRepliesThatAreNoSuccessFail)
 
 TEST_F(LinesTest, I2cRequestsCarryTheEightBitAddress)
 {
-    PacketServer decoder(path(), [](const Packet& request)
-                         { return request[1] == 0 ? Packet { 0, 0, 0, 0 } : Packet { 0, 0, 0, 0, 0x48 }; });
+    PacketServer decoder(path(),
+                         [](const Packet& request) {
+                             return request[1] == 0 ? Packet { 0, 0, 0, 0 } : Packet { 0, 0, 0, 0, 0x48 };
+                         });
     for (int round = 1; round <= 2; ++round)
     {
         I2CDevice device;
@@ -204,8 +206,10 @@ TEST_F(LinesTest, I2cRequestsCarryTheEightBitAddress)
 TEST_F(LinesTest, I2cFailuresAreReportedOnceUntilTheDeviceAnswers)
 {
     std::atomic<bool> broken { true };
-    PacketServer decoder(path(), [&](const Packet&)
-                         { return broken ? Packet { 0xff, 0xff, 0xff, 0xff, 0x48 } : Packet { 0, 0, 0, 0, 0x48 }; });
+    PacketServer decoder(path(),
+                         [&](const Packet&) {
+                             return broken ? Packet { 0xff, 0xff, 0xff, 0xff, 0x48 } : Packet { 0, 0, 0, 0, 0x48 };
+                         });
     I2CDevice device;
     std::uint8_t value = 0x11;
     const auto poll = [&] { return device.open("I2C1:", 10000) && device.readRegister(0x88, 1, value); };
@@ -223,8 +227,10 @@ TEST_F(LinesTest, I2cFailuresAreReportedOnceUntilTheDeviceAnswers)
 TEST_F(LinesTest, ASilentI2cDeviceTimesOutAndItsConnectionIsNotUsedAgain)
 {
     std::atomic<bool> silent { true };
-    PacketServer decoder(path(), [&](const Packet&)
-                         { return silent ? std::nullopt : std::optional(Packet { 0, 0, 0, 0, 0x48 }); });
+    PacketServer decoder(path(),
+                         [&](const Packet&) {
+                             return silent ? std::nullopt : std::optional(Packet { 0, 0, 0, 0, 0x48 });
+                         });
     I2CDevice device;
     std::uint8_t value = 0;
     ASSERT_TRUE(device.open("I2C1:", 50));

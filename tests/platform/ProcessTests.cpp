@@ -16,7 +16,8 @@ namespace
 
 ProcessHandle shell(const juce::String& script, ProcessLifetime lifetime = ProcessLifetime::endsWithUs)
 {
-    return createProcess("/bin/sh", { "-c", script, "shell", "a b", juce::String::fromUTF8("\xc3\xbc\"'"), "" }, lifetime);
+    return createProcess("/bin/sh", { "-c", script, "shell", "a b", juce::String::fromUTF8("\xc3\xbc\"'"), "" },
+                         lifetime);
 }
 
 ProcessHandle sleeper()
@@ -67,8 +68,8 @@ TEST(ProcessTest, AProgramThatCannotBeStartedLeavesNothingBehind)
 {
     const juce::TemporaryFile file;
     ASSERT_TRUE(file.getFile().replaceWithText("no program"));
-    for (const auto& path : { juce::String("/no/such/program"), juce::String("/usr"), file.getFile().getFullPathName(),
-                              juce::String() })
+    for (const auto& path :
+         { juce::String("/no/such/program"), juce::String("/usr"), file.getFile().getFullPathName(), juce::String() })
     {
         ErrorLog log;
         const auto descriptors = openDescriptors();

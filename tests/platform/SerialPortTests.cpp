@@ -160,11 +160,8 @@ TEST(SerialPortTest, RefusesWhatIsNoUsablePort)
         juce::String device;
         int baud;
     } cases[] {
-        { "/dev/no-such-port", baudRate },
-        { "/dev/null", baudRate },
-        { file.getFile().getFullPathName(), baudRate },
-        { terminal.name, 12345 },
-        { terminal.name, -1 },
+        { "/dev/no-such-port", baudRate }, { "/dev/null", baudRate }, { file.getFile().getFullPathName(), baudRate },
+        { terminal.name, 12345 },          { terminal.name, -1 },
     };
     for (const auto& each : cases)
     {

@@ -35,7 +35,8 @@ public:
         const auto window = xcb_generate_id(connection);
         const std::uint32_t overrideRedirect = 1;
         xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, parent == XCB_NONE ? root : parent, 0, 0, 10, 10, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
+                          &overrideRedirect);
         sync();
         return window;
     }
@@ -81,7 +82,8 @@ public:
 
     bool isVisible(xcb_window_t window) const
     {
-        auto* reply = xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr);
+        auto* reply =
+            xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr);
         const bool visible = reply != nullptr && reply->map_state == XCB_MAP_STATE_VIEWABLE;
         std::free(reply);
         return visible;
@@ -115,7 +117,8 @@ public:
         while (auto* event = xcb_poll_for_event(connection))
         {
             const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
-            if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE && message.type == atom(type) && message.format == 32)
+            if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE && message.type == atom(type) &&
+                message.format == 32)
             {
                 Message data;
                 std::copy_n(message.data.data32, data.size(), data.begin());
@@ -203,7 +206,7 @@ TEST_F(WindowTest, FindsShownAndHiddenWindowsByTheirExactTitle)
 {
     const auto modern = program->openTitled("M\xc3\xbcller");
     const auto old = program->open();
-    program->setText(old, "WM_NAME", "STRING", "R\xfc" "ck");
+    program->setText(old, "WM_NAME", "STRING", "R\xfcssel");
     const auto both = program->open();
     program->setText(both, "_NET_WM_NAME", "UTF8_STRING", "New");
     program->setText(both, "WM_NAME", "STRING", "Old");
@@ -217,8 +220,8 @@ TEST_F(WindowTest, FindsShownAndHiddenWindowsByTheirExactTitle)
         const char* title;
         xcb_window_t window;
     } cases[] {
-        { "M\xc3\xbcller", modern }, { "R\xc3\xbc" "ck", old }, { "New", both },       { "Old", noWindow },
-        { "Framed", framed },        { "AppRadio", shown }, { "AppRadi", noWindow }, { "appradio", noWindow },
+        { "M\xc3\xbcller", modern }, { "R\xc3\xbcssel", old }, { "New", both },         { "Old", noWindow },
+        { "Framed", framed },        { "AppRadio", shown },    { "AppRadi", noWindow }, { "appradio", noWindow },
         { "AppRadio2", noWindow },   { "", noWindow },
     };
     for (const auto& each : cases)
@@ -250,7 +253,8 @@ TEST_F(WindowTest, AMessageReachesItsWindowOnlyAndABroadcastEveryWindow)
     ASSERT_TRUE(startWindowMessages("AppMain", received.handler()));
     EXPECT_TRUE(postWindowMessage(allWindows, 5, 6, 7));
     const Message sent { 5, 6, 7 };
-    EXPECT_THAT(program->takeMessages(), testing::UnorderedElementsAre(std::pair(first, sent), std::pair(second, sent)));
+    EXPECT_THAT(program->takeMessages(),
+                testing::UnorderedElementsAre(std::pair(first, sent), std::pair(second, sent)));
     EXPECT_TRUE(received.waitFor(1));
     EXPECT_THAT(received.get(), ElementsAre(sent));
 

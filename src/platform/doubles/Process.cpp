@@ -155,7 +155,8 @@ int ProcessWaiter::wait(const std::vector<ProcessHandle>& processes)
                      if (std::exchange(backend->woken, false))
                          return true;
                      const auto ended =
-                         std::find_if(processes.begin(), processes.end(), [](const ProcessHandle& process)
+                         std::find_if(processes.begin(), processes.end(),
+                                      [](const ProcessHandle& process)
                                       { return dynamic_cast<const ProcessInTable&>(*process).hasEnded(); });
                      outcome = static_cast<int>(ended - processes.begin());
                      return ended != processes.end();

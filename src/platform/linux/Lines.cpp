@@ -106,8 +106,8 @@ struct I2cFailures
 
 bool GpioFunc::setPinFunc(int line, int function)
 {
-    return GpioLines::get().use(
-        line, [function](GpioChip& chip, int chipLine) { return chip.setFunction(chipLine, function); });
+    return GpioLines::get().use(line, [function](GpioChip& chip, int chipLine)
+                                { return chip.setFunction(chipLine, function); });
 }
 
 bool GpioFunc::writePin(int line, int level)
@@ -152,16 +152,14 @@ void I2CDevice::close()
 
 bool I2CDevice::writeRegister(int address, int registerNumber, std::uint8_t value)
 {
-    return backend->bus != nullptr
-           && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
-                                 backend->bus->write(address, registerNumber, value));
+    return backend->bus != nullptr && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
+                                                         backend->bus->write(address, registerNumber, value));
 }
 
 bool I2CDevice::readRegister(int address, int registerNumber, std::uint8_t& value)
 {
-    return backend->bus != nullptr
-           && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
-                                 backend->bus->read(address, registerNumber, value));
+    return backend->bus != nullptr && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
+                                                         backend->bus->read(address, registerNumber, value));
 }
 
 } // namespace Platform

@@ -314,7 +314,8 @@ int ProcessWaiter::wait(const std::vector<ProcessHandle>& processes)
         backend->wakeUp.clear();
         return woken;
     }
-    const auto ended = std::find_if(waiting.begin() + 1, waiting.end(), [](const pollfd& each) { return each.revents != 0; });
+    const auto ended =
+        std::find_if(waiting.begin() + 1, waiting.end(), [](const pollfd& each) { return each.revents != 0; });
     return static_cast<int>(ended - waiting.begin()) - 1;
 }
 

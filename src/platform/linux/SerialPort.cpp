@@ -49,8 +49,8 @@ juce::String errnoText(int error)
 } // namespace
 
 /**
-    Asio opens and sets up the port; reading and writing wait in `poll`, together with the wake-up that ends them, so the
-    io_context never runs. The reader thread alone replaces the port while it runs.
+    Asio opens and sets up the port; reading and writing wait in `poll`, together with the wake-up that ends them, so
+    the io_context never runs. The reader thread alone replaces the port while it runs.
 */
 struct SerialPort::Backend
 {
@@ -96,7 +96,8 @@ bool SerialPort::Backend::open(const juce::String& name, int baudRate)
     baud = baudRate;
     if (const auto result = openPort(); result.failed())
     {
-        Logger::getInstance()->logError(source, __LINE__, tag, "cannot open " + device + ": " + result.getErrorMessage());
+        Logger::getInstance()->logError(source, __LINE__, tag,
+                                        "cannot open " + device + ": " + result.getErrorMessage());
         return false;
     }
     closing.clear();
@@ -134,8 +135,8 @@ juce::Result SerialPort::Backend::openPort()
     };
     if (!set(Port::baud_rate(static_cast<unsigned>(baud))))
         return juce::Result::fail(juce::String(baud) + " baud: " + error.message());
-    if (!set(Port::character_size(8)) || !set(Port::parity(Port::parity::none))
-        || !set(Port::stop_bits(Port::stop_bits::one)) || !set(Port::flow_control(Port::flow_control::none)))
+    if (!set(Port::character_size(8)) || !set(Port::parity(Port::parity::none)) ||
+        !set(Port::stop_bits(Port::stop_bits::one)) || !set(Port::flow_control(Port::flow_control::none)))
         return juce::Result::fail(error.message());
 
     const std::lock_guard guard(portLock);
@@ -240,8 +241,8 @@ int SerialPort::Backend::write(const char* bytes, int length)
             reason = outcome == Wait::closing ? "closed meanwhile" : "nobody takes the bytes";
         }
         Logger::getInstance()->logError(source, __LINE__, tag,
-                                        device + ": " + juce::String(done) + " of " + juce::String(length)
-                                            + " bytes written: " + reason);
+                                        device + ": " + juce::String(done) + " of " + juce::String(length) +
+                                            " bytes written: " + reason);
         break;
     }
     return done;

@@ -74,7 +74,8 @@ WindowHandle findTitled(const XConnection& x, const Windows& windows, const juce
     std::vector<Cookies> cookies;
     for (const auto window : windows)
         cookies.push_back(
-            { xcb_get_property(x.get(), 0, window, x.getAtoms()._NET_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0, longestTitle),
+            { xcb_get_property(x.get(), 0, window, x.getAtoms()._NET_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0,
+                               longestTitle),
               xcb_get_property(x.get(), 0, window, XCB_ATOM_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0, longestTitle) });
     WindowHandle found = noWindow;
     for (size_t index = 0; index < windows.size(); ++index)
@@ -116,8 +117,8 @@ WindowHandle findWindow(const juce::String& title)
     const auto x = XConnection::shared();
     if (x == nullptr || title.isEmpty())
         return noWindow;
-    // Hidden windows are in no manager's list, and without a manager there is no list: then the tree is searched. A manager
-    // puts its frames between the root and the windows.
+    // Hidden windows are in no manager's list, and without a manager there is no list: then the tree is searched. A
+    // manager puts its frames between the root and the windows.
     auto candidates = topLevelWindows(*x);
     auto found = findTitled(*x, candidates, title);
     if (found == noWindow)
@@ -179,7 +180,8 @@ void setForegroundWindow(WindowHandle window)
     const auto activate = x->getAtoms()._NET_ACTIVE_WINDOW;
     if (x->managerSupports(activate))
     {
-        const auto event = clientMessage(window, activate, { XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME, XCB_NONE });
+        const auto event =
+            clientMessage(window, activate, { XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME, XCB_NONE });
         x->check(xcb_send_event_checked(x->get(), 0, x->getRoot(),
                                         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                                         reinterpret_cast<const char*>(&event)));

@@ -20,8 +20,8 @@ constexpr const char* tag = "WindowMessages";
 constexpr int messageFormat = 32;
 
 /**
-    A window that receives messages, with a connection and a thread of its own: while another thread awaits a reply, xcb may
-    read this one's events from the descriptor that it polls.
+    A window that receives messages, with a connection and a thread of its own: while another thread awaits a reply, xcb
+    may read this one's events from the descriptor that it polls.
 */
 class MessageWindow
 {
@@ -48,10 +48,9 @@ public:
         window = xcb_generate_id(connection);
         // A window manager leaves it alone.
         const std::uint32_t overrideRedirect = 1;
-        const auto made =
-            xcb_create_window_checked(connection, XCB_COPY_FROM_PARENT, window, x->getRoot(), 0, 0, 1, 1, 0,
-                                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
-                                      &overrideRedirect);
+        const auto made = xcb_create_window_checked(connection, XCB_COPY_FROM_PARENT, window, x->getRoot(), 0, 0, 1, 1,
+                                                    0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                                                    XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
         const auto length = static_cast<std::uint32_t>(title.getNumBytesAsUTF8());
         for (const auto property : { atoms._NET_WM_NAME, static_cast<xcb_atom_t>(XCB_ATOM_WM_NAME) })
             xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, property, atoms.UTF8_STRING, 8, length,

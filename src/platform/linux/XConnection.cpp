@@ -83,7 +83,8 @@ bool XConnection::connect()
     connection = xcb_connect(display->name.c_str(), &screenNumber);
     if (const int error = xcb_connection_has_error(connection); error != 0)
     {
-        Logger::getInstance()->logError(source, __LINE__, tag, "no X display \"%s\" (error %d)", display->name.c_str(), error);
+        Logger::getInstance()->logError(source, __LINE__, tag, "no X display \"%s\" (error %d)", display->name.c_str(),
+                                        error);
         return false;
     }
     const auto* setup = xcb_get_setup(connection);
@@ -92,8 +93,8 @@ bool XConnection::connect()
         xcb_screen_next(&screens);
     screen = screens.data;
 
-    const auto typeCookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::char_traits<char>::length(messageTypeName)),
-                                            messageTypeName);
+    const auto typeCookie = xcb_intern_atom(
+        connection, 0, static_cast<std::uint16_t>(std::char_traits<char>::length(messageTypeName)), messageTypeName);
     const bool known = xcb_ewmh_init_atoms_replies(&ewmh, xcb_ewmh_init_atoms(connection, &ewmh), nullptr) != 0;
     const XReply<xcb_intern_atom_reply_t> type(xcb_intern_atom_reply(connection, typeCookie, nullptr));
     if (!known || type == nullptr)

@@ -16,7 +16,8 @@ struct XFree
 {
     void operator()(void* reply) const { std::free(reply); }
 };
-template <typename T> using XReply = std::unique_ptr<T, XFree>;
+template <typename T>
+using XReply = std::unique_ptr<T, XFree>;
 
 /** The display that the process uses: its name, and whether a connection to it broke. */
 struct XDisplayState
@@ -29,7 +30,7 @@ struct XDisplayState
 class XConnection
 {
 public:
-    /** A connection of the caller's own. Null without a display, with `unit.display` other than "auto", or when the display is lost. */
+    /** A connection of the caller's own. Null when `unit.display` is "none", without a display or when it is lost. */
     static std::unique_ptr<XConnection> open();
     /** The one for requests, opened on the first use. Null as above. The answer stays valid while it is held. */
     static std::shared_ptr<XConnection> shared();
@@ -43,7 +44,7 @@ public:
     const xcb_ewmh_connection_t& getAtoms() const { return ewmh; }
     xcb_atom_t getMessageType() const { return messageType; }
 
-    /** Sends what is queued and drops events that nobody waits for. False when the display is lost, which is logged once. */
+    /** Sends what is queued and drops events that nobody waits for. False when the display is lost. */
     bool finish();
     /** Whether the connection has broken; logs it once for the display. */
     bool isLost();

@@ -48,21 +48,20 @@ juce::Result SocketDevice::connect(const juce::String& path, int timeoutMs)
         if (setsockopt(socket.get(), SOL_SOCKET, direction, &limit, sizeof(limit)) < 0)
             return failStep("time-out");
     if (uninterrupted(
-            [&] { return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)); })
-        < 0)
+            [&] { return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)); }) < 0)
         return failStep(path.toRawUTF8());
     return juce::Result::ok();
 }
 
-juce::Result SocketDevice::exchange(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t& length)
+juce::Result SocketDevice::exchange(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply,
+                                    size_t& length)
 {
     if (!isConnected())
         return fail("not connected");
     if (uninterrupted([&] { return send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL); }) < 0)
         return failStep("request");
     // MSG_TRUNC answers the whole length of a packet that does not fit.
-    const ssize_t received =
-        uninterrupted([&] { return recv(socket.get(), reply.data(), reply.size(), MSG_TRUNC); });
+    const ssize_t received = uninterrupted([&] { return recv(socket.get(), reply.data(), reply.size(), MSG_TRUNC); });
     if (received < 0)
         return failStep("reply");
     if (received == 0)

@@ -10,8 +10,8 @@ namespace Platform
 {
 
 /**
-    Connection to a simulated device: a Unix socket of packets, one request packet and one reply packet at a time. Used by
-    one thread at a time. After any failure the connection is closed, so that no late reply is taken for the next one's.
+    Connection to a simulated device: a Unix socket of packets, one request packet and one reply packet at a time. Used
+    by one thread at a time. After any failure the connection is closed, so that no late reply is taken for another's.
 */
 class SocketDevice
 {
