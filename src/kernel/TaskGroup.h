@@ -2,8 +2,8 @@
 
 #include "kernel/SystemTask.h"
 
-#include <deque>
 #include <map>
+#include <vector>
 
 namespace Kernel
 {
@@ -53,9 +53,10 @@ private:
     int priority;
     std::unique_ptr<MessageThread> thread;
     std::map<ComponentId, SystemTask::Ptr> components;
-    std::deque<SystemMessage::Ptr> pending;
-    std::deque<SystemMessage::Ptr> urgentQueue;
-    std::deque<SystemMessage::Ptr> normalQueue;
+    // Vectors keep their memory, so that steady traffic does not allocate.
+    std::vector<SystemMessage::Ptr> pending;
+    std::vector<SystemMessage::Ptr> urgentQueue;
+    std::vector<SystemMessage::Ptr> normalQueue;
     juce::WaitableEvent wakeUp;
     juce::CriticalSection queueLock;
     std::atomic<bool> stopping { false };
