@@ -13,7 +13,7 @@ namespace EngineLayer
 class Scheduler
 {
 public:
-    /** Never null; without action when nothing is to be done, and for a page that nobody registered. */
+    /** Never null; without action when nothing is to be done, for a page that nobody registered and for no known action. */
     SwitchAction::Ptr schedule(const ScheduleInput& input);
 
     /** The tables as the last schedule left them, and the remembered pages. */
