@@ -4,8 +4,8 @@
 #include "kernel/SystemEngine.h"
 #include "lowlayer/HostcommDev.h"
 
-#include <benchmark/benchmark.h>
 #include <algorithm>
+#include <benchmark/benchmark.h>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -106,7 +106,8 @@ Kernel::TaskGroup* linkGroup(LowLayer::HostcommDev* device)
     return engine->findGroup(name);
 }
 
-/** From the port's reader to the parser: pooled buffers in pooled messages, one read and one pass of the group at a time. */
+/** From the port's reader to the parser: pooled buffers in pooled messages, one read and one pass of the group at a
+ * time. */
 void ReceiveFrames(benchmark::State& state)
 {
     const auto stream = typicalStream();

@@ -76,7 +76,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         // A copy of its own, so that a read past the chunk is seen.
         const std::vector<std::uint8_t> piece(stream.begin() + static_cast<std::ptrdiff_t>(at),
-                                              stream.begin() + static_cast<std::ptrdiff_t>(std::min(at + chunk, stream.size())));
+                                              stream.begin() +
+                                                  static_cast<std::ptrdiff_t>(std::min(at + chunk, stream.size())));
         parser.appendReceived(piece.data(), static_cast<int>(piece.size()), sink);
         require(parser.held() >= 0 && parser.held() <= HostFrameParser::capacity);
     }

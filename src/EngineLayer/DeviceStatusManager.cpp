@@ -34,8 +34,7 @@ using EngineApi::Provided;
 constexpr const char* logFile = "EngineLayer/DeviceStatusManager";
 constexpr const char* logTag = "DeviceStatusManager";
 
-enum TimerId
-{
+enum TimerId {
     timerLastMemory = 1,
     timerUsbScan = 2,
     timerAntitheftLeft = 3,
@@ -114,7 +113,8 @@ bool isUsbPresent()
     for (int index = 0; index < usbMountPoints; ++index)
     {
         const bool isSdCard = index == 0 && Platform::CorvaneConfig::isUseSDAsUsb();
-        if (isSdCard ? Platform::ExternalDeviceState::isSDConnect() : Platform::ExternalDeviceState::isHardDiskPresent(index))
+        if (isSdCard ? Platform::ExternalDeviceState::isSDConnect()
+                     : Platform::ExternalDeviceState::isHardDiskPresent(index))
             return true;
     }
     return false;
@@ -125,12 +125,14 @@ bool mayStillAppear(int source)
 {
     switch (source)
     {
-        case SRC_IPOD:
-        case SRC_SD:
-        case SRC_USB:
-        case SRC_DISC:
-        case SRC_BT_AUDIO: return true;
-        default: return false;
+    case SRC_IPOD:
+    case SRC_SD:
+    case SRC_USB:
+    case SRC_DISC:
+    case SRC_BT_AUDIO:
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -167,17 +169,38 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
 {
     switch (id)
     {
-        case msgReportChanges: reportChanges(); break;
-        case Kernel::MSG_SYS_INIT: startHardware(); break;
-        case Kernel::MSG_SYS_START: start(); break;
-        case Kernel::MSG_POWER_OFF_CONFIRM: powerOffConfirmed(); break;
-        case Kernel::MSG_STANDBY: setStandby(arg1 == 0); break;
-        case Kernel::MSG_SYS_TIMER: timerExpired(arg1); break;
-        case Kernel::MSG_HOST_EVENT: hostEvent(arg1, payload); break;
-        case Kernel::MSG_FACTORY_RESET: factoryResetActive = true; break;
-        case Kernel::MSG_NORMAL_SOURCE: sourceChanged(); break;
-        case Kernel::MSG_HEARTBEAT_STOP: stopHeartbeat(); break;
-        default: break;
+    case msgReportChanges:
+        reportChanges();
+        break;
+    case Kernel::MSG_SYS_INIT:
+        startHardware();
+        break;
+    case Kernel::MSG_SYS_START:
+        start();
+        break;
+    case Kernel::MSG_POWER_OFF_CONFIRM:
+        powerOffConfirmed();
+        break;
+    case Kernel::MSG_STANDBY:
+        setStandby(arg1 == 0);
+        break;
+    case Kernel::MSG_SYS_TIMER:
+        timerExpired(arg1);
+        break;
+    case Kernel::MSG_HOST_EVENT:
+        hostEvent(arg1, payload);
+        break;
+    case Kernel::MSG_FACTORY_RESET:
+        factoryResetActive = true;
+        break;
+    case Kernel::MSG_NORMAL_SOURCE:
+        sourceChanged();
+        break;
+    case Kernel::MSG_HEARTBEAT_STOP:
+        stopHeartbeat();
+        break;
+    default:
+        break;
     }
 }
 
@@ -205,23 +228,34 @@ void DeviceStatusManager::timerExpired(int timerId)
 {
     switch (timerId)
     {
-        case timerLastMemory:
-            if (waitingLastMemory)
-                EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
-            else
-                stopTimer(timerLastMemory);
-            break;
-        case timerUsbScan: scanUsb(); break;
-        case timerAntitheftLeft:
-            stopTimer(timerAntitheftLeft);
-            runStartSrc();
-            EngineApi::requestStopPage(Pubhead::mbAntitheft);
-            break;
-        case timerCameraVideo: pollCameraVideo(); break;
-        case timerHeartbeat: sendHeartbeat(); break;
-        case timerAutoTest: handOverToAutoTest(); break;
-        case timerPowerOff: powerOffConfirmed(); break;
-        default: break;
+    case timerLastMemory:
+        if (waitingLastMemory)
+            EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
+        else
+            stopTimer(timerLastMemory);
+        break;
+    case timerUsbScan:
+        scanUsb();
+        break;
+    case timerAntitheftLeft:
+        stopTimer(timerAntitheftLeft);
+        runStartSrc();
+        EngineApi::requestStopPage(Pubhead::mbAntitheft);
+        break;
+    case timerCameraVideo:
+        pollCameraVideo();
+        break;
+    case timerHeartbeat:
+        sendHeartbeat();
+        break;
+    case timerAutoTest:
+        handOverToAutoTest();
+        break;
+    case timerPowerOff:
+        powerOffConfirmed();
+        break;
+    default:
+        break;
     }
 }
 
@@ -267,20 +301,27 @@ void DeviceStatusManager::hostEvent(int command, const Kernel::Payload& payload)
     const auto source = sourceIn(data);
     switch (command)
     {
-        case EngineApi::EVENT_GET_LAST_MEMORY: lastMemoryAnswered(); break;
-        case EngineApi::EVENT_SRC_SWITCH:
-            logSource(__LINE__, "MCU Requeset", loggedSource(data));
-            if (source)
-                mcuRequestsSource(*source);
-            break;
-        case EngineApi::EVENT_SRC_SWITCH_REPORT:
-            logSource(__LINE__, "MCU report", loggedSource(data));
-            if (source)
-                agreement.mcuConfirms(*source);
-            break;
-        case EngineApi::EVENT_DEVICE_STATUS: mcuAsksDeviceStatus(); break;
-        case EngineApi::EVENT_POWER_OFF_READY: mcuPowersOff(); break;
-        default: break;
+    case EngineApi::EVENT_GET_LAST_MEMORY:
+        lastMemoryAnswered();
+        break;
+    case EngineApi::EVENT_SRC_SWITCH:
+        logSource(__LINE__, "MCU Requeset", loggedSource(data));
+        if (source)
+            mcuRequestsSource(*source);
+        break;
+    case EngineApi::EVENT_SRC_SWITCH_REPORT:
+        logSource(__LINE__, "MCU report", loggedSource(data));
+        if (source)
+            agreement.mcuConfirms(*source);
+        break;
+    case EngineApi::EVENT_DEVICE_STATUS:
+        mcuAsksDeviceStatus();
+        break;
+    case EngineApi::EVENT_POWER_OFF_READY:
+        mcuPowersOff();
+        break;
+    default:
+        break;
     }
     if (data != nullptr)
         data->recycle();
@@ -364,11 +405,14 @@ void DeviceStatusManager::sourceChanged()
         audio->changeSource(handler->getConfig().audioChannel);
     switch (agreement.unitSwitchedTo(source))
     {
-        case SourceAgreement::Report::ask: EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, type, number); break;
-        case SourceAgreement::Report::confirm:
-            EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, type, number);
-            break;
-        case SourceAgreement::Report::nothing: break;
+    case SourceAgreement::Report::ask:
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, type, number);
+        break;
+    case SourceAgreement::Report::confirm:
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, type, number);
+        break;
+    case SourceAgreement::Report::nothing:
+        break;
     }
     logSource(__LINE__, "APP  REQUESET", source);
 }

@@ -24,11 +24,10 @@ namespace EngineLayer
     first source, sends the heartbeat and brings up the hardware that has no owner of its own. Handlers run on the group
     thread; what EngineApi/DeviceStatus.h offers may be called from any thread.
 */
-class DeviceStatusManager
-    : public Kernel::ComponentTask
-    , public Kernel::SystemTimer
-    , public CDSPStateListener
-    , public Kernel::Singleton<DeviceStatusManager>
+class DeviceStatusManager : public Kernel::ComponentTask,
+                            public Kernel::SystemTimer,
+                            public CDSPStateListener,
+                            public Kernel::Singleton<DeviceStatusManager>
 {
 public:
     void initialize() override;

@@ -13,7 +13,7 @@ namespace
 using namespace EngineApi;
 
 /** In the order in which changes are announced. */
-constexpr std::array tracked { iPodConnected, usbStorage,  bluetoothConnected, pandoraOniPod, pandoraOnBluetooth,
+constexpr std::array tracked { iPodConnected, usbStorage,   bluetoothConnected, pandoraOniPod, pandoraOnBluetooth,
                                cameraVideo,   triggerInput, satelliteTuner,     spareDevice };
 
 /** What each kind sets in the second status byte. */

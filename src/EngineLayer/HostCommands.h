@@ -20,7 +20,8 @@ inline constexpr Kernel::ComponentId missingComponentId = 32;
 
 inline constexpr HostCommandEntry hostCommands[] = {
     { EngineApi::EVENT_UNKNOWN, "EVENT_UNKNOWN", "UNKNOWN_RESP", Kernel::generalApplicationId },
-    { EngineApi::EVENT_GET_LAST_MEMORY, "EVENT_GET_LAST_MEMORY", "GET_LAST_MEMORY_RESP", Kernel::deviceStatusManagerId },
+    { EngineApi::EVENT_GET_LAST_MEMORY, "EVENT_GET_LAST_MEMORY", "GET_LAST_MEMORY_RESP",
+      Kernel::deviceStatusManagerId },
     { EngineApi::EVENT_SRC_SWITCH, "EVENT_SRC_SWITCH", "EVENT_SRC_SWITCH", Kernel::deviceStatusManagerId },
     { EngineApi::EVENT_SRC_SWITCH_REPORT, "EVENT_SRC_SWITCH_REPORT", "EVENT_SRC_SWITCH_REPORT",
       Kernel::deviceStatusManagerId },
@@ -44,7 +45,8 @@ inline constexpr HostCommandEntry hostCommands[] = {
     { EngineApi::EVENT_FACTORY_RESET, "EVENT_FACTORY_RESET", "", Kernel::noComponent },
     { EngineApi::EVENT_RENAME_AUXIN, "EVENT_RENAME_AUXIN", "", Kernel::noComponent },
     { EngineApi::EVENT_HEAT_BEAT, "EVENT_HEAT_BEAT", "", Kernel::noComponent },
-    { EngineApi::EVENT_RADIO_TESTMODE, "EVENT_RADIO_TESTMODE", "EVENT_RADIO_TESTMODE_RESP", Kernel::radioApplicationId },
+    { EngineApi::EVENT_RADIO_TESTMODE, "EVENT_RADIO_TESTMODE", "EVENT_RADIO_TESTMODE_RESP",
+      Kernel::radioApplicationId },
     { EngineApi::EVENT_AUTOTEST_INFO, "EVENT_AUTOTEST_INFO", "EVENT_AUTOTEST_INFO_RESP", Kernel::keyManagerId },
     { EngineApi::EVENT_SET_DEVICE_ID, "EVENT_SET_DEVICE_ID", "", Kernel::noComponent },
     { EngineApi::EVENT_GET_DEVICE_ID, "EVENT_GET_DEVICE_ID", "EVENT_DEVICE_ID_RESP", Kernel::keyManagerId },

@@ -16,8 +16,8 @@ constexpr int headerSkip = 4; ///< sync, sequence and the length byte that was b
 
 void handOn(const std::uint8_t* frame, int length, HostFrameParser::Sink& sink)
 {
-    // Below dataAt there is no command, and no such sum can be right. At dataAt the command bytes are the checksum, which is
-    // never 0, so that an acknowledgement always has its value byte.
+    // Below dataAt there is no command, and no such sum can be right. At dataAt the command bytes are the checksum,
+    // which is never 0, so that an acknowledgement always has its value byte.
     const int covered = length - checksumLength;
     if (length < dataAt || checksum(frame, covered) != (frame[covered] << 8 | frame[covered + 1]))
         sink.onChecksumError();

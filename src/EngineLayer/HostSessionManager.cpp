@@ -22,8 +22,7 @@ constexpr const char* logFile = "EngineLayer/HostSessionManager";
 constexpr const char* logTag = "HostSessionManager";
 
 /** Line numbers under which the log is read and filtered. */
-enum LogLine
-{
+enum LogLine {
     lineResend = 126,
     lineSendError = 147,
     lineAcknowledged = 181,
@@ -83,17 +82,31 @@ void HostSessionManager::onRelease()
     frameBuffers.clear();
 }
 
-void HostSessionManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload)
+void HostSessionManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                                       const Kernel::Payload& payload)
 {
     switch (id)
     {
-        case msgFrameReceived: frameReceived(arg1, payload); break;
-        case msgAcknowledged: acknowledged(arg1, arg2); break;
-        case msgSendNext: sendNext(); break;
-        case msgSendNow: sendNow(payload); break;
-        case msgResend: resend(arg1); break;
-        case msgSendFailed: sendFailed(arg1); break;
-        default: break;
+    case msgFrameReceived:
+        frameReceived(arg1, payload);
+        break;
+    case msgAcknowledged:
+        acknowledged(arg1, arg2);
+        break;
+    case msgSendNext:
+        sendNext();
+        break;
+    case msgSendNow:
+        sendNow(payload);
+        break;
+    case msgResend:
+        resend(arg1);
+        break;
+    case msgSendFailed:
+        sendFailed(arg1);
+        break;
+    default:
+        break;
     }
 }
 
@@ -158,8 +171,8 @@ void HostSessionManager::queue(HostDataFormat::Ptr frame, bool urgent)
     item->frame = std::move(frame);
     if (!append(item, urgent))
         return;
-    (urgent ? Kernel::postUrgentSystemMessage : Kernel::postSystemMessage)(Kernel::hostSessionManagerId, msgSendNext, 0, 0,
-                                                                           nullptr);
+    (urgent ? Kernel::postUrgentSystemMessage : Kernel::postSystemMessage)(Kernel::hostSessionManagerId, msgSendNext, 0,
+                                                                           0, nullptr);
 }
 
 bool HostSessionManager::append(const SendItem::Ptr& item, bool urgent)

@@ -18,11 +18,10 @@ namespace EngineLayer
     they are given up; incoming ones are acknowledged, freed of repeats and posted to the component that the command
     belongs to. Runs on the group thread of the link; the send operations may be called from any thread.
 */
-class HostSessionManager
-    : public Kernel::ComponentTask
-    , public LowLayer::ClientCallBack
-    , public Kernel::Singleton<HostSessionManager>
-    , private HostFrameParser::Sink
+class HostSessionManager : public Kernel::ComponentTask,
+                           public LowLayer::ClientCallBack,
+                           public Kernel::Singleton<HostSessionManager>,
+                           private HostFrameParser::Sink
 {
 public:
     /** One frame that waits or is in flight. */
@@ -34,9 +33,9 @@ public:
 
     class MonitorSendThread;
 
-    /** Messages that the session and its monitor send to the session. Resend and failure name the frame's sequence in arg1. */
-    enum PrivateMessage : juce::int32
-    {
+    /** Messages that the session and its monitor send to the session. Resend and failure name the frame's sequence in
+     * arg1. */
+    enum PrivateMessage : juce::int32 {
         msgFrameReceived = 1,
         msgAcknowledged = 2,
         msgSendNext = 3,

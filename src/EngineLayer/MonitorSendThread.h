@@ -18,7 +18,8 @@ public:
 
     /** Ends the watch, if any, and starts one over the frame of this sequence. Session's thread. */
     void watch(int sequence);
-    /** Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the end. */
+    /** Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the
+     * end. */
     void stopWatching();
 
 protected:

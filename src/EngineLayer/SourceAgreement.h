@@ -15,14 +15,12 @@ struct McuSource
 class SourceAgreement
 {
 public:
-    enum class Request
-    {
+    enum class Request {
         repeated, ///< the pair is known; it only confirms
         first,    ///< the first one since the last-memory answer: the unit starts with it
         schedule  ///< switch to it now
     };
-    enum class Report
-    {
+    enum class Report {
         nothing, ///< the unit is on the way to what the microcontroller asked for
         ask,     ///< ask the microcontroller to follow
         confirm  ///< the unit has reached what the microcontroller asked for

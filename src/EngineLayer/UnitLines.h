@@ -6,12 +6,7 @@ namespace EngineLayer
 {
 
 /** GPIO lines that the engine drives, by their unit numbers. */
-enum class UnitLine : int
-{
-    startOutput1 = 32856,
-    startOutput2 = 32771,
-    videoDecoderPower = 32772
-};
+enum class UnitLine : int { startOutput1 = 32856, startOutput2 = 32771, videoDecoderPower = 32772 };
 
 /** Makes the line an output and drives it high. A line that cannot be had is logged by the platform. */
 inline void driveHigh(UnitLine line)

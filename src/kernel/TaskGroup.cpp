@@ -29,8 +29,9 @@ public:
         if (group.priority > normalPriority)
         {
             const bool realtime = Platform::requestRealtimePriority();
-            Platform::Logger::getInstance()->logInfo("kernel/TaskGroup", __LINE__, "TaskGroup", "%s runs with %s priority",
-                                                     group.name.toRawUTF8(), realtime ? "real-time" : "normal");
+            Platform::Logger::getInstance()->logInfo("kernel/TaskGroup", __LINE__, "TaskGroup",
+                                                     "%s runs with %s priority", group.name.toRawUTF8(),
+                                                     realtime ? "real-time" : "normal");
         }
         group.run();
     }

@@ -14,7 +14,8 @@ class TaskGroup : public juce::ReferenceCountedObject
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<TaskGroup>;
 
-    /** Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are deferred. */
+    /** Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are
+     * deferred. */
     TaskGroup(const juce::String& groupName, int threadPriority);
     ~TaskGroup() override;
 
@@ -35,8 +36,8 @@ public:
     void post(const SystemMessage::Ptr& message, bool urgent);
 
     /**
-        One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message to
-        its receiver. Answers how many were left pending. The group's thread, or a test in its place.
+        One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message
+       to its receiver. Answers how many were left pending. The group's thread, or a test in its place.
     */
     int runPass();
     /** True when a pass would find something. */

@@ -29,11 +29,10 @@ public:
     Owns the microcontroller's serial port. Received bytes leave the port's reader thread in pooled buffers of 32 bytes
     and reach the client on the group thread.
 */
-class HostcommDev
-    : public Kernel::ComponentTask
-    , public Platform::SerialCallBack
-    , public HostcommDevInterface
-    , public Kernel::Singleton<HostcommDev>
+class HostcommDev : public Kernel::ComponentTask,
+                    public Platform::SerialCallBack,
+                    public HostcommDevInterface,
+                    public Kernel::Singleton<HostcommDev>
 {
 public:
     /** Largest piece that one message carries. */

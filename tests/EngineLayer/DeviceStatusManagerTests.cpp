@@ -179,7 +179,8 @@ protected:
             buffer = new LowLayer::BytePool(static_cast<int>(data.size()), nullptr);
             buffer->assign(data.data(), static_cast<int>(data.size()));
         }
-        send(Kernel::deviceStatusManagerId, Kernel::MSG_HOST_EVENT, command, static_cast<int>(data.size()), std::move(buffer));
+        send(Kernel::deviceStatusManagerId, Kernel::MSG_HOST_EVENT, command, static_cast<int>(data.size()),
+             std::move(buffer));
     }
     void toManager(juce::int32 id, juce::int32 arg1 = 0) { send(Kernel::deviceStatusManagerId, id, arg1); }
     void fireTimer(int timer) { toManager(Kernel::MSG_SYS_TIMER, timer); }
@@ -203,8 +204,8 @@ protected:
     FakeBar<LowBatteryBar> lowBatteryBar;
     FakeAudio audio;
     FakeAutoTest autoTest;
-    juce::File media = juce::File::getSpecialLocation(juce::File::tempDirectory)
-                           .getNonexistentChildFile("headunit-media", "", false);
+    juce::File media =
+        juce::File::getSpecialLocation(juce::File::tempDirectory).getNonexistentChildFile("headunit-media", "", false);
     std::vector<juce::ReferenceCountedObjectPtr<FakePage>> pages;
     DeviceStatusManager& manager = *DeviceStatusManager::getInstance();
 };
@@ -238,7 +239,8 @@ TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
     decoder.initialise();
     EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty());
 
-    for (const auto& [value, signal] : std::map<int, bool> { { 0x48, true }, { 0xFF, true }, { 0x40, false }, { 0x08, false } })
+    for (const auto& [value, signal] :
+         std::map<int, bool> { { 0x48, true }, { 0xFF, true }, { 0x40, false }, { 0x08, false } })
     {
         LinesDouble::setRegister(0x88, 0x01, static_cast<std::uint8_t>(value));
         EXPECT_EQ(decoder.hasSignal(), signal) << value;
@@ -326,8 +328,12 @@ TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
 TEST(DeviceStatusStateTest, TheFirstStateFollowsTheLocks)
 {
     const std::pair<DeviceStatusManager::StartConditions, int> cases[] = {
-        { {}, kNormalRun },           { { 4, 0, true }, kISRMode }, { { 2, 0, true }, kAntitheft },
-        { { 3, 0, false }, kAntitheft }, { { 2, 1, false }, kLocked }, { { 3, 5, true }, kLocked },
+        { {}, kNormalRun },
+        { { 4, 0, true }, kISRMode },
+        { { 2, 0, true }, kAntitheft },
+        { { 3, 0, false }, kAntitheft },
+        { { 2, 1, false }, kLocked },
+        { { 3, 5, true }, kLocked },
         { { 1, 7, false }, kNormalRun },
     };
     for (const auto& [conditions, state] : cases)

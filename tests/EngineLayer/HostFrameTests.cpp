@@ -145,8 +145,8 @@ TEST_F(HostFrameTest, DamageCostsNoMoreThanItMust)
     }
 }
 
-// Every broken header ends a pass, so that a line full of them fills the buffer faster than passes empty it. The link has
-// to come back once good frames arrive.
+// Every broken header ends a pass, so that a line full of them fills the buffer faster than passes empty it. The link
+// has to come back once good frames arrive.
 TEST_F(HostFrameTest, AStreamOfBrokenHeadersDoesNotBlockTheLink)
 {
     Bytes broken;
@@ -167,9 +167,9 @@ TEST_F(HostFrameTest, AStreamOfBrokenHeadersDoesNotBlockTheLink)
 
 RC_GTEST_PROP(HostFramePropertyTest, FramesCutAnywhereComeOutWholeAndInOrder, ())
 {
-    const auto genFrame = rc::gen::construct<Frame>(
-        rc::gen::inRange(0, 256), rc::gen::inRange(1, 0x8000),
-        rc::gen::resize(102, rc::gen::container<Bytes>(rc::gen::arbitrary<std::uint8_t>())));
+    const auto genFrame =
+        rc::gen::construct<Frame>(rc::gen::inRange(0, 256), rc::gen::inRange(1, 0x8000),
+                                  rc::gen::resize(102, rc::gen::container<Bytes>(rc::gen::arbitrary<std::uint8_t>())));
     const auto frames = *rc::gen::container<std::vector<Frame>>(genFrame);
     Bytes stream;
     for (const auto& frame : frames)
@@ -179,7 +179,8 @@ RC_GTEST_PROP(HostFramePropertyTest, FramesCutAnywhereComeOutWholeAndInOrder, ()
     Received received;
     for (std::size_t at = 0; at < stream.size();)
     {
-        const auto chunk = std::min<std::size_t>(static_cast<std::size_t>(*rc::gen::inRange(1, 33)), stream.size() - at);
+        const auto chunk =
+            std::min<std::size_t>(static_cast<std::size_t>(*rc::gen::inRange(1, 33)), stream.size() - at);
         parser.appendReceived(stream.data() + at, static_cast<int>(chunk), received);
         at += chunk;
     }

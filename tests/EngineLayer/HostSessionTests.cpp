@@ -91,7 +91,8 @@ TEST_F(HostSessionTest, UrgentFramesOvertakeAllButTheFrameInFlight)
         order.push_back(frames[0].command);
         mcuAcknowledges(sequence);
     }
-    EXPECT_EQ(order, (std::vector<int> { EVENT_GET_LAST_MEMORY, EVENT_DATA_SEND_CAN, EVENT_PGN_SEND_CAN, EVENT_HEAT_BEAT }));
+    EXPECT_EQ(order,
+              (std::vector<int> { EVENT_GET_LAST_MEMORY, EVENT_DATA_SEND_CAN, EVENT_PGN_SEND_CAN, EVENT_HEAT_BEAT }));
 }
 
 TEST_F(HostSessionTest, TheSequenceCounterWraps)
@@ -119,8 +120,8 @@ TEST_F(HostSessionTest, ASilentMcuGetsTheFrameAgainAndThenTheNextOne)
     EXPECT_EQ(written(), (Frames { { 2, EVENT_HEAT_BEAT, { 0 } } }));
 }
 
-// The monitor times out at the moment at which the acknowledgement arrives: its message stands in the queue behind it, when
-// the next frame is in flight already. That frame must be neither repeated nor lost.
+// The monitor times out at the moment at which the acknowledgement arrives: its message stands in the queue behind it,
+// when the next frame is in flight already. That frame must be neither repeated nor lost.
 TEST_F(HostSessionTest, ATimeOutThatComesTooLateDoesNotHitTheNextFrame)
 {
     sendCommand(EVENT_GET_LAST_MEMORY);
@@ -195,8 +196,13 @@ TEST_F(HostSessionTest, EveryCommandReachesItsComponent)
 {
     synchronise();
     const std::map<Kernel::ComponentId, std::vector<int>> receivers {
-        { 16, { 0 } },        { 21, { 1, 2, 3, 4, 6 } }, { 23, { 5, 25, 27 } }, { 30, { 7, 10, 11, 13, 14 } },
-        { 5, { 15, 16, 17, 24 } }, { 2, { 18, 19 } },     { 32, { 29 } },
+        { 16, { 0 } },
+        { 21, { 1, 2, 3, 4, 6 } },
+        { 23, { 5, 25, 27 } },
+        { 30, { 7, 10, 11, 13, 14 } },
+        { 5, { 15, 16, 17, 24 } },
+        { 2, { 18, 19 } },
+        { 32, { 29 } },
     };
     std::map<Kernel::ComponentId, std::vector<int>> reached;
     for (int command = 0; command < 300; ++command)
@@ -279,7 +285,8 @@ TEST_F(MonitorTest, AsksForTwoResendsAndThenGivesUp)
     runWatch(7);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     EXPECT_EQ(toldSession(),
-              (std::vector<std::pair<int, int>> { { Session::msgResend, 7 }, { Session::msgResend, 7 }, { Session::msgSendFailed, 7 } }));
+              (std::vector<std::pair<int, int>> {
+                  { Session::msgResend, 7 }, { Session::msgResend, 7 }, { Session::msgSendFailed, 7 } }));
     EXPECT_GE(seconds.count(), 1.35) << "four, eight and sixteen slices of 50 ms";
 }
 
@@ -319,7 +326,8 @@ TEST_F(HostSessionTest, WithItsMonitorEveryFrameGoesOutInOrder)
     stepUntil([&] { return seen.size() == count; });
     ASSERT_EQ(seen.size(), static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
-        EXPECT_EQ(seen[static_cast<std::size_t>(i)], (Frame { i + 1, EVENT_HEAT_BEAT, { static_cast<std::uint8_t>(i) } }));
+        EXPECT_EQ(seen[static_cast<std::size_t>(i)],
+                  (Frame { i + 1, EVENT_HEAT_BEAT, { static_cast<std::uint8_t>(i) } }));
     sendCommand(EVENT_MUTE_STATE, 1);
     stepUntil([&] { return seen.size() == count + 1; });
     EXPECT_EQ(seen.back(), (Frame { count + 1, EVENT_MUTE_STATE, { 1 } })) << "the unanswered frame was given up";

@@ -36,7 +36,8 @@ public:
     static int count(const std::string& text)
     {
         const std::lock_guard guard(lock());
-        return static_cast<int>(std::count_if(lines().begin(), lines().end(), [&](auto& each) { return each.text == text; }));
+        return static_cast<int>(
+            std::count_if(lines().begin(), lines().end(), [&](auto& each) { return each.text == text; }));
     }
 
 private:

@@ -27,8 +27,8 @@ public:
     {
         Bytes bytes;
         bytes.reserve(frame.data.size() + 8);
-        for (const int value : { 0xA0, 0x55, frame.sequence, 8 + static_cast<int>(frame.data.size()), frame.command >> 8,
-                                 frame.command & 0xff })
+        for (const int value : { 0xA0, 0x55, frame.sequence, 8 + static_cast<int>(frame.data.size()),
+                                 frame.command >> 8, frame.command & 0xff })
             bytes.push_back(static_cast<std::uint8_t>(value));
         for (const auto value : frame.data)
             bytes.push_back(value);
