@@ -10,18 +10,17 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/DataManager.h"
+#include "EngineLayer/DspNotices.h"
 #include "EngineLayer/SystemInfo.h"
 #include "EngineLayer/UnitLines.h"
+#include "EngineLayer/UsbStorage.h"
 #include "EngineLayer/VideoDecoder.h"
 #include "factory/ScheduleFactroy.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/BytePool.h"
-#include "platform/Configuration.h"
 #include "platform/Logger.h"
 #include "platform/System.h"
-
-#include <optional>
 
 namespace EngineLayer
 {
@@ -53,26 +52,15 @@ constexpr int autoTestMs = 2000;
 constexpr int powerOffMs = 6000;
 
 constexpr juce::uint32 fullVolume = 0xffffffff;
-constexpr int usbMountPoints = 8;
 
 /** Entries of the system-information table, and the setting that the first of them repeats. */
 constexpr int sysInfoSetting22 = 36;
 constexpr int sysInfoLowBattery = 38;
 constexpr int setting22 = 22;
-constexpr int zoneNameSetting = 284;
 
 constexpr std::uint8_t autoTestReady[] = { 0x82, 0x02 };
 /** Parameter of the favourites message that tells the satellite program of the power-off. */
 constexpr int siriusPowerOff = 3;
-constexpr int muteZone = 3; ///< stands for the mute in volume messages
-constexpr int firstZone = 1;
-
-/** The wired remote shows volume and mute in its second row. */
-constexpr int remoteRow = 1;
-constexpr int volumeColumn = 1;
-constexpr int muteColumn = 11;
-constexpr int remoteTextMs = 2000;
-constexpr int cancelRestore = -1;
 
 /** Per process, not per manager: the decoder keeps its registers. */
 VideoDecoder& videoDecoder()
@@ -92,32 +80,12 @@ void logSource(int line, const char* what, McuSource source)
                                              source.number);
 }
 
-/** Type and number in front of a frame's data; none when there are fewer bytes. */
-std::optional<McuSource> sourceIn(const LowLayer::BytePool* data)
+/** Type and number in front of a frame's data; -1 for what a short frame lacks. */
+McuSource sourceIn(const LowLayer::BytePool* data)
 {
-    if (data == nullptr || data->length() < 2)
-        return std::nullopt;
-    return McuSource { data->dataPointer()[0], data->dataPointer()[1] };
-}
-
-/** What a frame that is too short for both still says, for the log line. */
-McuSource loggedSource(const LowLayer::BytePool* data)
-{
-    if (const auto source = sourceIn(data))
-        return *source;
-    return { data != nullptr && data->length() > 0 ? data->dataPointer()[0] : -1, -1 };
-}
-
-bool isUsbPresent()
-{
-    for (int index = 0; index < usbMountPoints; ++index)
-    {
-        const bool isSdCard = index == 0 && Platform::CorvaneConfig::isUseSDAsUsb();
-        if (isSdCard ? Platform::ExternalDeviceState::isSDConnect()
-                     : Platform::ExternalDeviceState::isHardDiskPresent(index))
-            return true;
-    }
-    return false;
+    const auto byteAt = [data](int at)
+    { return data != nullptr && data->length() > at ? data->dataPointer()[at] : -1; };
+    return { byteAt(0), byteAt(1) };
 }
 
 /** Sources whose device may appear after the start. */
@@ -139,17 +107,6 @@ bool mayStillAppear(int source)
 void sendHeartbeat()
 {
     EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, 0);
-}
-
-void tellVolumeBar(int zone, int value)
-{
-    if (auto* bar = Provided<EngineApi::VolumeBar>::get())
-        bar->postMessage(Kernel::MSG_VOLUME_SHOW, zone, value, nullptr);
-}
-
-void tellNetwork(int zone, int value)
-{
-    Kernel::postSystemMessage(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, zone, value);
 }
 
 } // namespace
@@ -211,7 +168,7 @@ void DeviceStatusManager::startHardware()
     driveHigh(UnitLine::startOutput1);
     driveHigh(UnitLine::startOutput2);
     DataManager::getInstance()->loadSystemFile();
-    devices.set(EngineApi::usbStorage, isUsbPresent());
+    devices.set(EngineApi::usbStorage, isUsbStoragePresent());
     videoDecoder().initialise();
     startTimer(timerCameraVideo, cameraVideoMs);
 }
@@ -305,14 +262,14 @@ void DeviceStatusManager::hostEvent(int command, const Kernel::Payload& payload)
         lastMemoryAnswered();
         break;
     case EngineApi::EVENT_SRC_SWITCH:
-        logSource(__LINE__, "MCU Requeset", loggedSource(data));
-        if (source)
-            mcuRequestsSource(*source);
+        logSource(__LINE__, "MCU Requeset", source);
+        if (source.isComplete())
+            mcuRequestsSource(source);
         break;
     case EngineApi::EVENT_SRC_SWITCH_REPORT:
-        logSource(__LINE__, "MCU report", loggedSource(data));
-        if (source)
-            agreement.mcuConfirms(*source);
+        logSource(__LINE__, "MCU report", source);
+        if (source.isComplete())
+            agreement.mcuConfirms(source);
         break;
     case EngineApi::EVENT_DEVICE_STATUS:
         mcuAsksDeviceStatus();
@@ -372,7 +329,7 @@ int DeviceStatusManager::firstState(const StartConditions& conditions)
 
 void DeviceStatusManager::mcuAsksDeviceStatus()
 {
-    devices.set(EngineApi::usbStorage, isUsbPresent());
+    devices.set(EngineApi::usbStorage, isUsbStoragePresent());
     if (devices.isReported())
         sendDeviceStatus();
     else
@@ -472,7 +429,7 @@ void DeviceStatusManager::removeDeviceStateListener(EngineApi::DeviceStateInterf
 
 void DeviceStatusManager::scanUsb()
 {
-    if (devices.set(EngineApi::usbStorage, isUsbPresent()))
+    if (devices.set(EngineApi::usbStorage, isUsbStoragePresent()))
         reportChanges();
 }
 
@@ -529,36 +486,12 @@ void DeviceStatusManager::setLowBatteryAlert(bool on)
 
 void DeviceStatusManager::onVolumeChanged(int volume, int zone, bool show)
 {
-    if (show)
-        tellVolumeBar(zone, volume);
-    tellNetwork(zone, volume);
-    auto* remote = Provided<EngineApi::WiredRemote>::get();
-    if (!show || remote == nullptr)
-        return;
-    remote->clearRow(remoteRow);
-    remote->restoreAfter(remoteTextMs);
-    const auto zoneText = zone == firstZone ? juce::String("Zone1") : EngineApi::getSettingString(zoneNameSetting);
-    remote->showText(remoteRow, volumeColumn, zoneText + " Vol." + juce::String(volume), true);
+    announceVolume(zone, volume, show);
 }
 
 void DeviceStatusManager::onMuteChanged(bool mute)
 {
-    tellVolumeBar(muteZone, mute ? 1 : 0);
-    tellNetwork(muteZone, mute ? 1 : 0);
-    auto* remote = Provided<EngineApi::WiredRemote>::get();
-    if (remote == nullptr)
-        return;
-    if (!mute)
-    {
-        remote->restore();
-        return;
-    }
-    if (remote->isRestorePending())
-    {
-        remote->restoreAfter(cancelRestore);
-        remote->clearRow(remoteRow);
-    }
-    remote->showText(remoteRow, muteColumn, " Mute", true);
+    announceMute(mute);
 }
 
 void DeviceStatusManager::onSecondNotice(int, int) {}

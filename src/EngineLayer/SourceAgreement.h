@@ -8,6 +8,8 @@ struct McuSource
 {
     int type = -1;
     int number = -1;
+
+    bool isComplete() const { return type >= 0 && number >= 0; }
     bool operator==(const McuSource&) const = default;
 };
 
