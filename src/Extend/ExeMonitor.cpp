@@ -81,6 +81,16 @@ struct RunningProgram
     Platform::ProcessHandle process; ///< null when it cannot be told
 };
 
+/** Past the queue of the channel, so that the answer goes out before everything that waits for the program there. */
+void acknowledgeHello(int appType)
+{
+    const auto answer = Platform::RemoteMessage::obtain();
+    answer->what = RMSG_APP_HELLO_ACK;
+    answer->arg1 = appType;
+    if (!MessageHelper::postMessage(appType, answer))
+        sendRemoteMessage(appType, answer);
+}
+
 /** The foreign navigation program is known by its window, every other by the owner of its name on the bus. */
 RunningProgram findRunningProgram(int appType)
 {
@@ -191,9 +201,8 @@ bool ExeMonitor::start(const LaunchRequest& request)
     }
     if (request.path.isEmpty())
     {
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  appText(appType) + " | no program for page "
-                                                      + Pubhead::pageName(request.page));
+        Platform::Logger::getInstance()->logError(
+            logFile, __LINE__, logTag, appText(appType) + " | no program for page " + Pubhead::pageName(request.page));
         return false;
     }
     juce::StringArray arguments;
@@ -271,7 +280,7 @@ void ExeMonitor::onFilterMessage(const Platform::RemoteMessage& message)
                                                   appText(appType) + " | calls itself " + juce::String(message.arg1));
     if (message.what == RMSG_APP_HELLO)
     {
-        // A program may speak before its launch is recorded: kStarting is told first, or it would discard the answer.
+        // A program may speak before its launch is recorded: kStarting comes first all the same.
         const juce::ScopedLock launching(launchLock);
         Kernel::postSystemMessage(Kernel::exeMonitorId, msgHello, appType, message.arg2);
     }
@@ -330,8 +339,7 @@ void ExeMonitor::handleHello(int appType)
 {
     if (!monitor.isProcessRunning(appType))
         monitor.watchProcess(appType, findRunningProgram(appType).process);
-    // It waits with the channel until the program counts as connected and then goes out before anything else.
-    sendRemoteMessage(appType, RMSG_APP_HELLO_ACK, appType, 0);
+    acknowledgeHello(appType);
     setAppState(appType, kConnected);
 }
 

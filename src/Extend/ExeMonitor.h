@@ -42,8 +42,7 @@ public:
 private:
     friend class Kernel::Singleton<ExeMonitor>;
 
-    enum PrivateMessage : juce::int32
-    {
+    enum PrivateMessage : juce::int32 {
         msgHello = 1,          ///< arg1 program
         msgHeartbeatReply = 2, ///< arg1 program
         msgStateChanged = 3,   ///< arg1 program, arg2 new state

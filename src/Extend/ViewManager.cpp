@@ -310,16 +310,15 @@ void ViewManager::showNavigationWindow(bool visible)
 
 void ViewManager::logPage(const char* label, int page) const
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
-                                             juce::String(label) + pageName(page)
-                                                 + " | ShowState: " + showStateNames[showState]);
+    Platform::Logger::getInstance()->logInfo(
+        logFile, __LINE__, logTag, juce::String(label) + pageName(page) + " | ShowState: " + showStateNames[showState]);
 }
 
 void ViewManager::logCurrentPage() const
 {
     Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
-                                             juce::String("CurrShowPage : ") + pageName(currentPage)
-                                                 + " | CurrPageState : " + pageStateNames[currentPageState]);
+                                             juce::String("CurrShowPage : ") + pageName(currentPage) +
+                                                 " | CurrPageState : " + pageStateNames[currentPageState]);
 }
 
 } // namespace EngineLayer

@@ -13,8 +13,9 @@ namespace EngineLayer
 {
 
 /**
-    Brings one page after the other to the front: the old page's program hides it and says so, then the new page's program
-    shows it and says so. Each answer is waited for with a time-out. What other threads ask is posted to the component.
+    Brings one page after the other to the front: the old page's program hides it and says so, then the new page's
+   program shows it and says so. Each answer is waited for with a time-out. What other threads ask is posted to the
+   component.
 */
 class ViewManager : public Kernel::ComponentTask,
                     public EngineApi::AppConnectStateInterface,
@@ -80,8 +81,8 @@ private:
 
     // The component's thread only.
     int nextPage = Pubhead::NUM_OF_PAGES;
-    int thirdPage = Pubhead::NUM_OF_PAGES;  ///< asked for while one page goes and another comes; the latest counts
-    bool thirdPageRequested = false;        ///< by its program itself
+    int thirdPage = Pubhead::NUM_OF_PAGES; ///< asked for while one page goes and another comes; the latest counts
+    bool thirdPageRequested = false;       ///< by its program itself
     PageState currentPageState = kAppHidden;
     int reportPage = Pubhead::NUM_OF_PAGES; ///< the page whose report is waited for
     bool resendShow = false;                ///< the current page is told to show again on its next request
