@@ -11,9 +11,9 @@ namespace ApplicationLayer
 class ApplicationTask;
 
 /**
-    One page inside its application: carries out the scheduler's orders, passes keys and notices on to the page's program,
-    takes the program's messages, and asks the scheduler for what the page wants. The virtual operations run on the
-    application's thread, except where EngineApi::PageHandler says otherwise.
+    One page inside its application: carries out the scheduler's orders, passes keys and notices on to the page's
+   program, takes the program's messages, and asks the scheduler for what the page wants. The virtual operations run on
+   the application's thread, except where EngineApi::PageHandler says otherwise.
 */
 class AppHandler : public EngineApi::PageHandler
 {
@@ -37,8 +37,7 @@ public:
     void adjustScheduleInfo(EngineLayer::ScheduleInfo&) override {}
     /** Before an order's command line is sent: the handler may attach data to it. */
     virtual void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                                     const EngineLayer::PageStates& newStates,
-                                     Platform::AppCommandLine& commandLine);
+                                     const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine);
 
     const EngineLayer::PageScheduleConfig& getConfig() const override { return config; }
     EngineApi::PageRunState getRunState() const override;

@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::auxInApplicationId,
-    []() -> Kernel::SystemTask* { return new AuxInApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new AuxInApplication; } };
 
 } // namespace
 

@@ -10,7 +10,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::bluetoothApplicationId,
-    []() -> Kernel::SystemTask* { return new BluetoothApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new BluetoothApplication; } };
 
 } // namespace
 

@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::generalApplicationId,
-    []() -> Kernel::SystemTask* { return new GeneralApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new GeneralApplication; } };
 
 } // namespace
 

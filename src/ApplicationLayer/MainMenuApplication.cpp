@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::mainMenuApplicationId,
-    []() -> Kernel::SystemTask* { return new MainMenuApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new MainMenuApplication; } };
 
 } // namespace
 

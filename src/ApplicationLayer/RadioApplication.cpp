@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::radioApplicationId,
-    []() -> Kernel::SystemTask* { return new RadioApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new RadioApplication; } };
 
 } // namespace
 

@@ -112,8 +112,8 @@ void AppHandler::storeSetting(const RemoteMessage& remote)
     if (remote.bundle == nullptr || remote.bundle->isEmpty())
     {
         Platform::Logger::getInstance()->logError("ApplicationLayer/AppHandler", __LINE__, "AppHandler",
-                                                  juce::String(appTypeName(config.appType)) + " sends setting "
-                                                      + juce::String(index) + " without a value");
+                                                  juce::String(appTypeName(config.appType)) + " sends setting " +
+                                                      juce::String(index) + " without a value");
         return;
     }
     // A value of the wrong type leaves the setting as it is.

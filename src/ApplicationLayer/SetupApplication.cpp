@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::setupApplicationId,
-    []() -> Kernel::SystemTask* { return new SetupApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new SetupApplication; } };
 
 } // namespace
 

@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::siriusApplicationId,
-    []() -> Kernel::SystemTask* { return new SiriusApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new SiriusApplication; } };
 
 } // namespace
 

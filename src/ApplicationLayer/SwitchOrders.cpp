@@ -76,8 +76,8 @@ bool AppHandler::change(const AppStateSwitch& order, const PageStates& current)
 {
     if (order.states.showState == topShowState)
     {
-        const bool needed = config.appType != AppNavi || !isAppConnected(AppNavi)
-                            || current.showState != order.states.showState;
+        const bool needed =
+            config.appType != AppNavi || !isAppConnected(AppNavi) || current.showState != order.states.showState;
         if (config.page != mbThirdPart && needed)
             showOrLaunchApp(config.appType, config.page, appProgram.path, formatted(order.commandLine));
         return false;
@@ -95,8 +95,7 @@ bool AppHandler::hideWhenInFront(const AppCommandLine& commandLine, const PageSt
     if (current.showState != topShowState || getCurrentPage() != config.page)
     {
         Platform::Logger::getInstance()->logInfo("ApplicationLayer/AppHandler", __LINE__, "AppHandler",
-                                                 juce::String(pageName(config.page))
-                                                     + " not send page hide message");
+                                                 juce::String(pageName(config.page)) + " not send page hide message");
         return false;
     }
     sendCommandLine(commandLine);

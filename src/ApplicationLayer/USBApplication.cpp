@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::usbApplicationId,
-    []() -> Kernel::SystemTask* { return new USBApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new USBApplication; } };
 
 } // namespace
 

@@ -9,7 +9,7 @@ namespace
 {
 
 const Kernel::ComponentRegistration registration { Kernel::iPodApplicationId,
-    []() -> Kernel::SystemTask* { return new iPodApplication; } };
+                                                   []() -> Kernel::SystemTask* { return new iPodApplication; } };
 
 } // namespace
 
