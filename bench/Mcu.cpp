@@ -10,6 +10,7 @@
 #include <sys/eventfd.h>
 #include <termios.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Bench
 {

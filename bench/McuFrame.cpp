@@ -1,5 +1,6 @@
 #include "bench/McuFrame.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -71,12 +72,17 @@ std::string nameOf(int command, const char* CommandName::* direction)
 
 Bytes encode(const McuFrame& frame)
 {
-    Bytes bytes {sync1, sync2, frame.sequence, static_cast<std::uint8_t>(overhead + frame.data.size()),
-                 static_cast<std::uint8_t>(frame.command >> 8), static_cast<std::uint8_t>(frame.command & 0xFF)};
-    bytes.insert(bytes.end(), frame.data.begin(), frame.data.end());
-    const auto sum = sumOf(bytes);
-    bytes.push_back(static_cast<std::uint8_t>(sum >> 8));
-    bytes.push_back(static_cast<std::uint8_t>(sum & 0xFF));
+    Bytes bytes(overhead + frame.data.size());
+    bytes[0] = sync1;
+    bytes[1] = sync2;
+    bytes[2] = frame.sequence;
+    bytes[3] = static_cast<std::uint8_t>(bytes.size());
+    bytes[4] = static_cast<std::uint8_t>(frame.command >> 8);
+    bytes[5] = static_cast<std::uint8_t>(frame.command & 0xFF);
+    std::copy(frame.data.begin(), frame.data.end(), bytes.begin() + headerSize);
+    const auto sum = sumOf(bytes); // the checksum's own bytes are still 0
+    bytes[bytes.size() - 2] = static_cast<std::uint8_t>(sum >> 8);
+    bytes[bytes.size() - 1] = static_cast<std::uint8_t>(sum & 0xFF);
     return bytes;
 }
 

@@ -1,6 +1,7 @@
 #include "bench/console/Script.h"
 
 #include <charconv>
+#include <utility>
 
 namespace Bench
 {
