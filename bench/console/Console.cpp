@@ -175,7 +175,7 @@ bool Console::runScript(std::istream& script, const std::string& name)
     {
         ++number;
         const auto words = parseLine(text).words;
-        const bool speaksForItself = words.empty() || words[0] == "say" || words[0] == "expect";
+        const bool speaksForItself = words.empty() || words[0] == "say" || words[0] == "expect" || words[0] == "pause";
         if (!speaksForItself)
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();

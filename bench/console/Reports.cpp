@@ -94,7 +94,8 @@ Outcome Console::state(const Words&)
                     std::to_string(mcu.sent) + " out, " + std::to_string(mcu.resent) + " resent, " +
                     std::to_string(mcu.givenUp) + " given up, " + std::to_string(mcu.duplicates) + " repeated, " +
                     std::to_string(mcu.damaged) + " damaged");
-    output << style.bold("Last frames") << style.dim("  (<- from the unit)") << "\n";
+    if (!mcu.recent.empty())
+        output << style.bold("Last frames") << style.dim("  (<- from the unit)") << "\n";
     for (const auto& frame : mcu.recent)
         output << "  " << frame << "\n";
     return {};

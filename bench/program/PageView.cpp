@@ -51,6 +51,10 @@ juce::String statusOf(int page, int source)
         return "Touch a key to go on";
     if (page == mbAntitheft)
         return "Enter the code to unlock";
+    if (page == mbCamera)
+        return "Rear view";
+    if (page == mbBTPhone)
+        return "No call";
     if (!isSource(page))
         return "Settings apply at once";
     return page == source ? "Playing" : "Ready";

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 
 namespace
 {
@@ -28,45 +29,79 @@ std::string controlPath(const std::string& startedAs)
     return std::filesystem::is_socket(beside, ignored) ? beside.string() : "";
 }
 
+/** What the command line asked for. */
+struct Start
+{
+    int appType = Pubhead::AppUnknown;
+    int pageAlone = Pubhead::NUM_OF_PAGES; ///< shown at once, without a unit
+    std::string commandLine;
+    std::string control;
+};
+
+Start start;
+
+/** A JUCE application, so that the toolkit lives through what an X server without a window manager complains about. */
+class ProgramApplication : public juce::JUCEApplication
+{
+public:
+    const juce::String getApplicationName() override { return Pubhead::appTypeName(start.appType); }
+    const juce::String getApplicationVersion() override { return {}; }
+    bool moreThanOneInstanceAllowed() override { return true; }
+
+    void initialise(const juce::String&) override
+    {
+        const bool draws =
+            environmentValue("HEADUNIT_BENCH_DISPLAY") != "none" && !juce::Desktop::getInstance().isHeadless();
+        view = std::make_unique<BenchProgram::PageView>(Platform::IPCMsg::MessageHelper::getDestName(start.appType), draws);
+        program = std::make_unique<BenchProgram::SourceProgram>(start.appType, *view);
+        view->chosen = [this](int page) { program->choosePage(page); };
+        view->left = [this](int page) { program->leavePage(page); };
+        if (start.pageAlone == Pubhead::NUM_OF_PAGES)
+        {
+            program->start(start.commandLine, start.control);
+            return;
+        }
+        view->setSource(start.pageAlone);
+        view->show(start.pageAlone);
+    }
+
+    void shutdown() override
+    {
+        program.reset();
+        view.reset();
+    }
+
+private:
+    std::unique_ptr<BenchProgram::PageView> view;
+    std::unique_ptr<BenchProgram::SourceProgram> program;
+};
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     const std::string startedAs = argv[0];
     std::string name = std::filesystem::path(startedAs).filename().string();
-    std::string commandLine, page;
+    std::string page;
     CLI::App app {"Stands for a source program of the unit."};
     app.add_option("--app", name, "Which program to be (AppRadio ...); the name that it is started by otherwise");
-    app.add_option("--command-line", commandLine, "What the engine starts it for, as JSON");
+    app.add_option("--command-line", start.commandLine, "What the engine starts it for, as JSON");
     app.add_option("--page", page, "Show this page at once, without a unit, to look at it");
     CLI11_PARSE(app, argc, argv);
 
-    const auto shownAlone = Bench::findPage(page);
-    if (!page.empty() && shownAlone == Pubhead::NUM_OF_PAGES)
+    start.pageAlone = Bench::findPage(page);
+    if (!page.empty() && start.pageAlone == Pubhead::NUM_OF_PAGES)
     {
         std::cerr << "there is no page '" << page << "'\n";
         return 2;
     }
-    const auto appType = page.empty() ? Bench::findApp(name) : Bench::pageInfo(shownAlone)->appType;
-    if (appType == Pubhead::AppUnknown)
+    start.appType = page.empty() ? Bench::findApp(name) : Bench::pageInfo(start.pageAlone)->appType;
+    if (start.appType == Pubhead::AppUnknown)
     {
         std::cerr << "'" << name << "' is no program of the unit: start it under such a name, or with --app\n";
         return 2;
     }
-
-    const juce::ScopedJuceInitialiser_GUI framework;
-    const bool draws = environmentValue("HEADUNIT_BENCH_DISPLAY") != "none" && !juce::Desktop::getInstance().isHeadless();
-    BenchProgram::PageView view(Platform::IPCMsg::MessageHelper::getDestName(appType), draws);
-    BenchProgram::SourceProgram program(appType, view);
-    view.chosen = [&program](int chosen) { program.choosePage(chosen); };
-    view.left = [&program](int left) { program.leavePage(left); };
-    if (!page.empty())
-    {
-        view.setSource(shownAlone);
-        view.show(shownAlone);
-    }
-    else
-        program.start(commandLine, controlPath(startedAs));
-    juce::MessageManager::getInstance()->runDispatchLoop();
-    return 0;
+    start.control = controlPath(startedAs);
+    juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return new ProgramApplication(); };
+    return juce::JUCEApplicationBase::main(argc, const_cast<const char**>(argv));
 }

@@ -110,8 +110,9 @@ RunningProgram findRunningProgram(int appType)
     }
     if (pid < 0)
         return { true, nullptr };
+    // A process that is gone takes its window or name with it, even where the news has not arrived yet.
     auto process = Platform::openProcess(pid);
-    return { process != nullptr, process }; // A process that is gone takes its window or name with it.
+    return { process != nullptr, process };
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "bench/GpioLines.h"
+#include "bench/Names.h"
 #include "bench/Programs.h"
 #include "bench/VideoDecoder.h"
 #include "bench/WireValues.h"

@@ -19,7 +19,6 @@ struct State
     juce::String registryError;
     bool daylightSavingDisabled = false;
     bool exceptionHookInstalled = false;
-    bool display = false;
     juce::uint32 waveOutVolume = fullVolume;
 };
 
@@ -71,12 +70,6 @@ bool requestRealtimePriority()
     return false;
 }
 
-bool UIHelper::hasDisplay()
-{
-    const std::scoped_lock lock(mutex);
-    return state().display && Configuration::get().display != "none";
-}
-
 namespace doubles
 {
 
@@ -108,12 +101,6 @@ bool SystemDouble::isExceptionHookInstalled()
 {
     const std::scoped_lock lock(mutex);
     return state().exceptionHookInstalled;
-}
-
-void SystemDouble::setDisplay(bool present)
-{
-    const std::scoped_lock lock(mutex);
-    state().display = present;
 }
 
 } // namespace doubles
