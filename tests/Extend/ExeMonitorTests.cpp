@@ -190,11 +190,10 @@ TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
     expectNothingPosted();
     EXPECT_EQ(monitor.getTimerInterval(ExeMonitor::closingTimer), 1500);
 
+    IpcDouble::setPresent(AppRadio, false);
     fire(monitor, ExeMonitor::closingTimer);
     EXPECT_THAT(ProcessDouble::takeTerminated(), Contains(hanging));
-    IpcDouble::setPresent(AppRadio, false);
-    awaitState(AppRadio, kDisconnect); // What waited for it has run when this is handled.
-    EXPECT_EQ(monitor.getAppState(AppRadio), kStarting);
+    awaitState(AppRadio, kStarting);
     const auto launches = ProcessDouble::takeLaunches();
     ASSERT_EQ(launches.size(), 1u);
     EXPECT_FALSE(monitor.isTimerRunning(ExeMonitor::closingTimer));

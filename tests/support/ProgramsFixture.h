@@ -81,7 +81,12 @@ protected:
     /** The watching thread is real: its report comes when it comes. */
     void awaitState(int appType, int state)
     {
-        ASSERT_TRUE(eventually([&] { return monitor.getAppState(appType) == state; }));
+        ASSERT_TRUE(eventually(
+            [&]
+            {
+                run();
+                return monitor.getAppState(appType) == state;
+            }));
         run();
     }
 
