@@ -53,7 +53,7 @@ int lastPid = ProcessDouble::ownPid; // Never used twice, so that no test meets 
 
 std::shared_ptr<State> add(int parentPid, bool child)
 {
-    const auto state = std::make_shared<State>(State { .pid = ++lastPid, .parentPid = parentPid, .child = child });
+    auto state = std::make_shared<State>(State { .pid = ++lastPid, .parentPid = parentPid, .child = child });
     table.processes[state->pid] = state;
     return state;
 }
@@ -96,13 +96,13 @@ private:
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProcessLifetime lifetime)
 {
     const std::lock_guard guard(lock);
     if (table.creationFails)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
-    table.launches.push_back({ path, arguments, state->pid });
+    table.launches.push_back({ path, arguments, state->pid, lifetime });
     return std::make_shared<ProcessInTable>(state);
 }
 
@@ -152,10 +152,12 @@ int ProcessWaiter::wait(const std::vector<ProcessHandle>& processes)
     changed.wait(guard,
                  [&]
                  {
+                     outcome = woken;
                      if (std::exchange(backend->woken, false))
                          return true;
                      const auto ended =
-                         std::find_if(processes.begin(), processes.end(), [](const ProcessHandle& process)
+                         std::find_if(processes.begin(), processes.end(),
+                                      [](const ProcessHandle& process)
                                       { return dynamic_cast<const ProcessInTable&>(*process).hasEnded(); });
                      outcome = static_cast<int>(ended - processes.begin());
                      return ended != processes.end();

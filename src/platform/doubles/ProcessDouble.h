@@ -1,6 +1,7 @@
 #pragma once
 
-#include <juce_core/juce_core.h>
+#include "platform/Process.h"
+
 #include <vector>
 
 namespace Platform::doubles
@@ -17,6 +18,7 @@ struct ProcessDouble
         juce::String path;
         juce::StringArray arguments;
         int pid;
+        ProcessLifetime lifetime;
     };
 
     /** Handles that exist still answer, as for ended processes. */

@@ -44,7 +44,7 @@ struct WindowDouble
 
     /** Title given to `startWindowMessages`; "" when window messages are not started. */
     static juce::String getMessageWindowTitle();
-    /** A message to the program under test, delivered on the calling thread. False when window messages are not started. */
+    /** Delivers a message to the program under test on the calling thread. False while it has not started them. */
     static bool injectMessage(std::int32_t message, std::int32_t wParam, std::int32_t lParam);
 };
 
