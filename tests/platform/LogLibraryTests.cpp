@@ -133,6 +133,7 @@ TEST(LogLibraryTest, ItOffersItsEntryPointsOnly)
     ASSERT_TRUE(symbols.start(command));
     for (const auto& line : juce::StringArray::fromLines(symbols.readAllProcessOutput().trim()))
         EXPECT_TRUE(line.contains(" VX_")) << line;
+    EXPECT_TRUE(symbols.waitForProcessToFinish(5000)) << "an ended process has to be collected";
 }
 
 /** Each of these needs the library as a new process finds it. */
