@@ -15,6 +15,12 @@ juce::String normalised(const juce::String& name)
     return name.replaceCharacter('\\', '/').trimCharactersAtStart("/").toLowerCase();
 }
 
+/** The archive hands out names as they are, and a text that is no UTF-8 must not reach the string functions. */
+bool isWellFormed(const juce::String& name)
+{
+    return juce::CharPointer_UTF8::isValidString(name.toRawUTF8(), static_cast<int>(name.getNumBytesAsUTF8()));
+}
+
 void logProblem(int line, const char* what, const juce::String& name)
 {
     Logger::getInstance()->logError("platform/Resources", line, "CVXResPathManager", "%s: %s", what, name.toRawUTF8());
@@ -43,7 +49,13 @@ bool CVXResPathManager::addResPath(const juce::String& pack, const juce::String&
         return false;
     }
     for (int index = 0; index < archive->getNumEntries(); ++index)
-        entries.try_emplace(normalised(prefix + archive->getEntry(index)->filename), Entry { archive, index });
+    {
+        const auto name = archive->getEntry(index)->filename;
+        if (isWellFormed(name))
+            entries.try_emplace(normalised(prefix + name), Entry { archive, index });
+        else
+            logProblem(__LINE__, "the resource pack has a damaged name", pack);
+    }
     return true;
 }
 

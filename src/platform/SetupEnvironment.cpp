@@ -1,7 +1,6 @@
 #include "platform/SetupEnvironment.h"
 
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <mutex>
 
@@ -178,7 +177,7 @@ int SetupEnvironment::read(int index, std::string& value)
         {
             const std::shared_lock lock(mutex);
             if (environment == nullptr)
-                return MDB_NOTFOUND;
+                return notOpen;
             result = begin(threadReader);
             if (result == MDB_SUCCESS)
             {
@@ -229,7 +228,7 @@ int SetupEnvironment::writeOnce(const std::function<int(MDB_txn*)>& change)
 {
     const std::shared_lock lock(mutex);
     if (environment == nullptr)
-        return ENODEV;
+        return notOpen;
     if (++writes % writesPerReaderCheck == 0)
         checkReaders(environment);
 

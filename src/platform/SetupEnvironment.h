@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cerrno>
 #include <functional>
 #include <lmdb.h>
 #include <map>
@@ -23,6 +24,8 @@ using SetupValues = std::map<int, std::string>;
 class SetupEnvironment
 {
 public:
+    static constexpr int notOpen = ENODEV; ///< what reads and writes answer then
+
     /** Never destroyed, as threads may read settings until the process is gone. */
     static SetupEnvironment& get();
 

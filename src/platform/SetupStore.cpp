@@ -148,30 +148,38 @@ bool openAndFill()
     return result == MDB_SUCCESS;
 }
 
-/** Opens the store on its first use. */
-void prepare()
+/** Opens the store, unless that has failed before. */
+bool isReady()
 {
-    if (SetupEnvironment::get().isOpen())
-        return;
     const std::scoped_lock lock(opening().mutex);
     if (!SetupEnvironment::get().isOpen() && !opening().failed)
         openAndFill();
+    return SetupEnvironment::get().isOpen();
+}
+
+/** An access to the store, which its first use opens; it may also be closed by another thread in between. */
+template <typename Access>
+int whenReady(Access access)
+{
+    int result = access();
+    while (result == SetupEnvironment::notOpen && isReady())
+        result = access();
+    return result;
 }
 
 std::string readValue(int index)
 {
-    prepare();
     std::string value;
-    const int result = SetupEnvironment::get().read(index, value);
-    if (result != MDB_SUCCESS && result != MDB_NOTFOUND)
+    const int result = whenReady([&] { return SetupEnvironment::get().read(index, value); });
+    // That the store cannot be had was said when it was opened.
+    if (result != MDB_SUCCESS && result != MDB_NOTFOUND && result != SetupEnvironment::notOpen)
         logError(__LINE__, "setting %d cannot be read: %s", index, mdb_strerror(result));
     return value;
 }
 
 bool writeValue(int index, const std::string& value)
 {
-    prepare();
-    const int result = SetupEnvironment::get().write(index, value);
+    const int result = whenReady([&] { return SetupEnvironment::get().write(index, value); });
     if (result != MDB_SUCCESS)
         logError(__LINE__, "setting %d cannot be written: %s", index, mdb_strerror(result));
     return result == MDB_SUCCESS;
