@@ -203,6 +203,13 @@ void ApplicationManager::announceNormalSource(int page) const
         Kernel::postSystemMessage(receiver, Kernel::MSG_NORMAL_SOURCE, page, 0);
 }
 
+void ApplicationManager::startBackgroundCheck()
+{
+    // Stopped first: the framework reads the interval of a running timer on its own thread.
+    stopTimer(backgroundTimer);
+    startTimer(backgroundTimer, backgroundCheckMs);
+}
+
 void ApplicationManager::timerCallback(int timerId)
 {
     // While anything moves, the timer keeps running and the check is made at a later expiry.

@@ -51,7 +51,7 @@ public:
     /** Tells who must know of a completed switch. */
     void postSwitchUpdate();
     /** Programs that nobody needs are closed after a while. */
-    void startBackgroundCheck() { startTimer(backgroundTimer, backgroundCheckMs); }
+    void startBackgroundCheck();
 
     /** Message thread. */
     void timerCallback(int timerId) override;

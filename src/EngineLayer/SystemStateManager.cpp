@@ -79,7 +79,7 @@ void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
         takePendingState();
         break;
     case stateForeignSwitch:
-        switchState(arg1, arg2);
+        changeState(arg1, arg2);
         break;
     case Kernel::MSG_POWER_OFF:
         switchState(kPowerOff, kIdle);
@@ -95,19 +95,33 @@ void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
 
 void SystemStateManager::takePendingState()
 {
-    if (pendingStates.empty())
+    // While anything is switched they wait, in their order; the end of the switch posts again.
+    if (current == nullptr || pendingStates.empty() || current->subState != kIdle)
         return;
     const int next = pendingStates.front();
     pendingStates.pop_front();
     switchState(next, kIdle);
+    // A refused state, or one that the unit was in already, must not hold up what waits behind it.
+    if (current->subState == kIdle)
+        postFollowUp();
 }
 
 void SystemStateManager::requestSwitch(int state, int subState)
 {
     if (juce::Thread::getCurrentThreadId() == ownThread)
-        switchState(state, subState);
+        changeState(state, subState);
     else
         postToSelf(stateForeignSwitch, state, subState);
+}
+
+void SystemStateManager::changeState(int state, int subState)
+{
+    // Asked for from outside, even the state that is current already waits: taken at once it would cut the switch short,
+    // while its orders are still out.
+    if (current != nullptr && current->subState != kIdle && state == current->getState())
+        pendingStates.push_back(state);
+    else
+        switchState(state, subState);
 }
 
 void SystemStateManager::switchState(int next, int nextSubState)
@@ -130,7 +144,7 @@ void SystemStateManager::switchState(int next, int nextSubState)
     current->subState = nextSubState;
     publish();
     if ((nextSubState == kIdle && subState != kIdle) || previousState != current->getState())
-        postToSelf(pendingStates.empty() ? stateIdle : stateTakePending, 0, 0);
+        postFollowUp();
     Platform::Logger::getInstance()->logInfo(sourceFile, __LINE__, tag, "State: %s | SubState: %s",
                                              systemStateName(current->getState()), systemSubStateName(nextSubState));
 }
@@ -151,6 +165,11 @@ bool SystemStateManager::enterState(int next)
     current->onEnter(left->getState());
     left->onExit(next);
     return true;
+}
+
+void SystemStateManager::postFollowUp()
+{
+    postToSelf(pendingStates.empty() ? stateIdle : stateTakePending, 0, 0);
 }
 
 void SystemStateManager::publish()

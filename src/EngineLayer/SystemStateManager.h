@@ -52,8 +52,10 @@ private:
     SystemStateManager();
 
     void addState(SystemState::Ptr state);
+    void changeState(int state, int subState);
     bool enterState(int state);
     void takePendingState();
+    void postFollowUp();
     void publish();
 
     std::map<int, SystemState::Ptr> states;

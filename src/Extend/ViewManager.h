@@ -14,8 +14,8 @@ namespace EngineLayer
 
 /**
     Brings one page after the other to the front: the old page's program hides it and says so, then the new page's
-   program shows it and says so. Each answer is waited for with a time-out. What other threads ask is posted to the
-   component.
+    program shows it and says so. Each answer is waited for with a time-out. What other threads ask is posted to the
+    component.
 */
 class ViewManager : public Kernel::ComponentTask,
                     public EngineApi::AppConnectStateInterface,

@@ -55,15 +55,21 @@ std::unique_ptr<juce::InputStream> CVXResPathManager::open(const juce::String& n
 
     const auto& [pack, index] = found->second;
     const auto size = pack->getEntry(index)->uncompressedSize;
-    juce::MemoryBlock content;
-    if (size <= maxFileSize)
-        if (const std::unique_ptr<juce::InputStream> stream { pack->createStreamForEntry(index) })
-            stream->readIntoMemoryBlock(content, static_cast<ssize_t>(size) + 1); // one more shows a wrong size
-    if (static_cast<juce::int64>(content.getSize()) != size)
+    if (size > maxFileSize)
     {
-        logProblem(__LINE__, "the file is damaged or too large", name);
+        logProblem(__LINE__, "the file is too large", name);
         return nullptr;
     }
+    // One byte more than there should be: a content that goes on is as wrong as one that ends early.
+    juce::MemoryBlock content(static_cast<std::size_t>(size) + 1);
+    const std::unique_ptr<juce::InputStream> stream { pack->createStreamForEntry(index) };
+    const int length = stream == nullptr ? 0 : stream->read(content.getData(), static_cast<int>(size) + 1);
+    if (length != size)
+    {
+        logProblem(__LINE__, "the file is damaged", name);
+        return nullptr;
+    }
+    content.setSize(static_cast<std::size_t>(size));
     return std::make_unique<juce::MemoryInputStream>(std::move(content));
 }
 

@@ -252,7 +252,7 @@ int SetupEnvironment::put(MDB_txn* transaction, int index, const std::string& va
     return mdb_put(transaction, database, &keyValue, &data, 0);
 }
 
-/** Maps more of the file when that was the reason of a failure; false when it was not, or there is no more to be had. */
+/** Maps more of the file when that was the reason of a failure; false when it was not, or there is no more. */
 bool SetupEnvironment::makeRoom(int reason)
 {
     if (reason != MDB_MAP_FULL && reason != MDB_MAP_RESIZED)

@@ -59,7 +59,8 @@ private:
 
     static thread_local Reader threadReader;
 
-    std::shared_mutex mutex; ///< shared by reads and writes; alone when the environment is opened, closed or mapped anew
+    /** Shared by reads and writes; held alone while the environment is opened, closed or mapped anew. */
+    std::shared_mutex mutex;
     MDB_env* environment = nullptr;
     MDB_dbi database = 0;
     unsigned generation = 0; ///< tells a thread that its parked transaction went with an earlier environment

@@ -6,8 +6,9 @@
 #include "EngineApi/Settings.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/ApplicationManager.h"
-#include "platform/Configuration.h"
+#include "EngineLayer/DataManager.h"
 #include "support/ProgramsFixture.h"
+#include "support/ScratchUnit.h"
 
 using namespace ApplicationLayer;
 using namespace EngineApi;
@@ -36,7 +37,8 @@ class PlainApplication : public ApplicationTask
 public:
     PlainApplication()
         : ApplicationTask({ new AppHandler(mbAuxin1), new AppHandler(mbAuxin2), new AppHandler(mbRearAV1),
-                            new AppHandler(mbAVOff), new AppHandler(mbEQ), new AppHandler(mbMainMenu) })
+                            new AppHandler(mbAVOff), new AppHandler(mbEQ), new AppHandler(mbMainMenu),
+                            new AppHandler(mbBTAudio), new AppHandler(mbUSBAudio) })
     {
     }
     void handleOwnMessage(const Kernel::SystemMessage& message) override
@@ -137,7 +139,7 @@ protected:
     static void remember(int page)
     {
         auto& manager = *EngineLayer::ApplicationManager::getInstance();
-        manager.getScheduleState().lastNormalSource = page;
+        manager.schedule({ page, AppAction::ToRun, false });
         manager.refreshSnapshot();
     }
 
@@ -150,6 +152,7 @@ protected:
                      static_cast<int>(action) | (autoSwitch ? autoFlag : 0));
     }
 
+    ScratchUnit unit;
     ViewManager& view = *ViewManager::getInstance();
     juce::ReferenceCountedObjectPtr<PlainApplication> application;
     WiredRemoteRecorder wiredRemote;
@@ -328,6 +331,7 @@ TEST_F(AppHandlerTest, PassesKeysAndNoticesToTheProgram)
 TEST_F(AppHandlerTest, ProcessesWhatAllProgramsMaySay)
 {
     connect(AppMainMenu);
+    takePosted();
     remote(RMSG_APP_EVENT, 5, mbSetup);
     expectPosted(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_PAGE, mbSetup, 0);
     remote(RMSG_APP_EVENT, 4, 7);
@@ -383,6 +387,8 @@ TEST_F(AppHandlerTest, ServesTheWiredRemoteAndTheNetwork)
 TEST_F(AppHandlerTest, StoresSettingsOfPrograms)
 {
     constexpr int number = 279, text = 284;
+    ScratchUnit::emptySettings("279 = 1\n284 = \"Zone 2\"\n");
+    ASSERT_TRUE(EngineLayer::DataManager::getInstance()->loadSystemFile());
     remote(RMSG_SETTING_CHANGED, number, 1, RemoteObjFormat::formatInt(6));
     remote(RMSG_SETTING_CHANGED, text, 0, RemoteObjFormat::formatString("Cabin"));
     EXPECT_EQ(getSettingInt(number), 6);

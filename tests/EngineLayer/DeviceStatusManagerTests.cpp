@@ -7,13 +7,14 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
+#include "EngineLayer/DataManager.h"
 #include "EngineLayer/HostSessionManager.h"
 #include "EngineLayer/VideoDecoder.h"
 #include "kernel/MessageIds.h"
 #include "lowlayer/HostcommDev.h"
-#include "platform/Ipc.h"
 #include "platform/doubles/IpcDouble.h"
 #include "platform/doubles/LinesDouble.h"
+#include "platform/doubles/SystemDouble.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
 #include "support/McuLink.h"
@@ -121,8 +122,13 @@ protected:
     DeviceStatusTest()
     {
         Platform::IpcDouble::reset();
-        media.createDirectory();
-        Platform::Configuration::get().mediaRoot = media.getFullPathName() + "/";
+        LinesDouble::reset();
+        Platform::doubles::SystemDouble::reset();
+        folder.createDirectory();
+        folder.getChildFile("factory-settings.toml").replaceWithText("22 = 5\n284 = \"Aft\"\n");
+        auto& configuration = Platform::Configuration::get();
+        configuration.mediaRoot = configuration.systemPath = configuration.resourcePath =
+            folder.getFullPathName() + "/";
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
         add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         Provided<WiredRemote>::set(&remote);
@@ -144,7 +150,9 @@ protected:
         Provided<AutoTestSession>::set(nullptr);
         for (const auto& page : pages)
             unregisterHandler(page.get());
-        media.deleteRecursively();
+        DataManager::getInstance()->onRelease();
+        Platform::Configuration::get() = previous;
+        folder.deleteRecursively();
     }
 
     struct Command
@@ -204,8 +212,8 @@ protected:
     FakeBar<LowBatteryBar> lowBatteryBar;
     FakeAudio audio;
     FakeAutoTest autoTest;
-    juce::File media =
-        juce::File::getSpecialLocation(juce::File::tempDirectory).getNonexistentChildFile("headunit-media", "", false);
+    const Platform::Configuration previous = Platform::Configuration::get();
+    const juce::File folder = juce::File::createTempFile("unit");
     std::vector<juce::ReferenceCountedObjectPtr<FakePage>> pages;
     DeviceStatusManager& manager = *DeviceStatusManager::getInstance();
 };
@@ -259,6 +267,20 @@ TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
     EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty()) << "one attempt only";
 }
 
+TEST_F(DeviceStatusTest, TheStartBringsUpTheHardware)
+{
+    using Operation = LinesDouble::Operation;
+    EXPECT_TRUE(Platform::doubles::SystemDouble::isDaylightSavingDisabled());
+    auto calls = LinesDouble::takePinCalls();
+    ASSERT_GE(calls.size(), 4u);
+    calls.resize(4);
+    EXPECT_EQ(calls, (std::vector<LinesDouble::PinCall> { { 32856, Operation::function, 32 },
+                                                          { 32856, Operation::write, 1 },
+                                                          { 32771, Operation::function, 32 },
+                                                          { 32771, Operation::write, 1 } }));
+    EXPECT_EQ(manager.getTimerInterval(4), 1000);
+}
+
 TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHeartbeat)
 {
     toManager(Kernel::MSG_SYS_START);
@@ -275,6 +297,7 @@ TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHea
     const auto broadcasts = Platform::IpcDouble::takeNamedBroadcasts();
     ASSERT_EQ(broadcasts.size(), 1u);
     EXPECT_EQ(broadcasts[0].bundle->getInt("index", 0), 36);
+    EXPECT_EQ(broadcasts[0].bundle->getInt("value", 0), 5) << "the setting from the store that the start has loaded";
     fireTimer(1);
     EXPECT_EQ(commands(), std::vector<Command> {});
     EXPECT_FALSE(manager.isTimerRunning(1));
@@ -423,11 +446,11 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     addDeviceStateListener(&listener);
     fireTimer(2);
     EXPECT_EQ(commands(), std::vector<Command> {});
-    media.getChildFile("Hard Disk3").createDirectory();
+    folder.getChildFile("Hard Disk3").createDirectory();
     fireTimer(2);
     fireTimer(2);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
-    media.getChildFile("Hard Disk3").deleteRecursively();
+    folder.getChildFile("Hard Disk3").deleteRecursively();
     hostEvent(EVENT_DEVICE_STATUS);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0 } } }));
 
@@ -440,13 +463,12 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     EXPECT_EQ(listener.kinds, (std::vector { 0, 0, 16, 16 }));
 
     Platform::Configuration::get().sdAsUsb = true;
-    media.getChildFile("Hard Disk").createDirectory();
+    folder.getChildFile("Hard Disk").createDirectory();
     fireTimer(2);
     EXPECT_FALSE(getDeviceState(usbStorage)) << "the card stands for the first mount point";
-    media.getChildFile("SD").createDirectory();
+    folder.getChildFile("SD").createDirectory();
     fireTimer(2);
     EXPECT_TRUE(getDeviceState(usbStorage));
-    Platform::Configuration::get().sdAsUsb = false;
 }
 
 TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
@@ -495,8 +517,11 @@ TEST_F(DeviceStatusTest, VolumeAndMuteAreShown)
     manager.onVolumeChanged(18, 2, false);
     EXPECT_EQ(remote.calls.size(), 3u) << "not to be shown";
     EXPECT_EQ(volumeBar.messages, (std::vector<std::array<int, 3>> { { volumeShow, 1, 17 } }));
+    manager.onVolumeChanged(0, 2, true);
+    EXPECT_EQ(remote.calls.back(), "text 1 1 Aft Vol.0 temporary");
     expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 1, 17);
     expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, 18);
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, 0);
 
     remote.calls.clear();
     remote.pending = true;

@@ -193,7 +193,8 @@ TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
     fire(monitor, ExeMonitor::closingTimer);
     EXPECT_THAT(ProcessDouble::takeTerminated(), Contains(hanging));
     IpcDouble::setPresent(AppRadio, false);
-    awaitState(AppRadio, kStarting);
+    awaitState(AppRadio, kDisconnect); // What waited for it has run when this is handled.
+    EXPECT_EQ(monitor.getAppState(AppRadio), kStarting);
     const auto launches = ProcessDouble::takeLaunches();
     ASSERT_EQ(launches.size(), 1u);
     EXPECT_FALSE(monitor.isTimerRunning(ExeMonitor::closingTimer));

@@ -68,8 +68,8 @@ TEST(LogLibraryTest, ALineTellsTimeLevelTagAndPlaceAndStaysALine)
     ASSERT_GE(lines.size(), 4);
     for (int each = 0; each < 4; ++each)
         EXPECT_THAT(lines[lines.size() - 4 + each].toStdString(),
-                    testing::MatchesRegex(std::string("[0-9-]{10} [0-9:.]{12}  ") + levels[each]
-                                          + " +Tag +layer/Source:42  volume = 20%  second"));
+                    testing::MatchesRegex(std::string("[0-9-]{10} [0-9:.]{12}  ") + levels[each] +
+                                          " +Tag +layer/Source:42  volume = 20%  second"));
     EXPECT_FALSE(log.log("VX_LogError", "%ls", L"\xD800")) << "a text that cannot be formed is reported";
 }
 

@@ -39,7 +39,11 @@ void LockState::onIdle()
     if (const auto exit = std::exchange(heldExit, std::nullopt))
         onIdleExit(*exit);
     else if (const auto request = manager.takeRequest())
+    {
         onIdleRequest(*request);
+        // One that starts nothing must not hold up the next.
+        manager.postToSelf(stateIdle, 0, 0);
+    }
 }
 
 bool SystemStateAntitheft::canSwitchTo(int state) const

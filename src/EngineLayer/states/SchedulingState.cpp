@@ -5,6 +5,8 @@
 #include "EngineLayer/SystemStateManager.h"
 #include "kernel/MessageIds.h"
 
+#include <algorithm>
+
 using namespace EngineApi;
 
 namespace EngineLayer
@@ -14,6 +16,12 @@ namespace
 {
 
 constexpr int switchTimeOutMs = 3000;
+
+bool isAwaited(const SwitchAction& action, int page)
+{
+    return std::ranges::any_of(action.orders, [page](const auto& order)
+                               { return order->page == page && order->progress == OrderProgress::sent; });
+}
 
 } // namespace
 
@@ -128,8 +136,10 @@ void SchedulingState::sendOrders()
 
 void SchedulingState::onReport(int page, bool ok)
 {
+    // A late report of an earlier switch must not send the runs ahead of the stops.
+    const bool awaited = isAwaited(*switchAction, page);
     switchAction->markPage(page, ok);
-    if (!switchAction->allSent())
+    if (awaited && !switchAction->allSent())
         sendOrders();
     if (switchAction->allSent() && switchAction->allFinished())
         finishSwitch();

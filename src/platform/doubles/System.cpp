@@ -1,6 +1,5 @@
 #include "platform/System.h"
 
-#include "platform/Configuration.h"
 #include "platform/doubles/SystemDouble.h"
 
 #include <mutex>
@@ -19,7 +18,6 @@ struct State
     juce::String registryError;
     bool daylightSavingDisabled = false;
     bool exceptionHookInstalled = false;
-    bool display = false;
     juce::uint32 waveOutVolume = fullVolume;
 };
 
@@ -71,12 +69,6 @@ bool requestRealtimePriority()
     return false;
 }
 
-bool UIHelper::hasDisplay()
-{
-    const std::scoped_lock lock(mutex);
-    return state().display && Configuration::get().display != "none";
-}
-
 namespace doubles
 {
 
@@ -108,12 +100,6 @@ bool SystemDouble::isExceptionHookInstalled()
 {
     const std::scoped_lock lock(mutex);
     return state().exceptionHookInstalled;
-}
-
-void SystemDouble::setDisplay(bool present)
-{
-    const std::scoped_lock lock(mutex);
-    state().display = present;
 }
 
 } // namespace doubles

@@ -27,8 +27,6 @@ struct SystemDouble
     static bool isDaylightSavingDisabled();
     static bool isExceptionHookInstalled();
 
-    /** Whether a display opens while `unit.display` is "auto"; none does at first. */
-    static void setDisplay(bool present);
 };
 
 } // namespace Platform::doubles
