@@ -73,8 +73,8 @@ void SourceProgram::start(const juce::String& commandLine, const std::string& co
 
 void SourceProgram::later(std::function<void()> what)
 {
-    juce::MessageManager::callAsync([self = juce::WeakReference<SourceProgram>(this), what = std::move(what)] {
-        if (self != nullptr)
+    juce::MessageManager::callAsync([watched = std::weak_ptr<const bool>(alive), what = std::move(what)] {
+        if (!watched.expired())
             what();
     });
 }

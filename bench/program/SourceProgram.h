@@ -5,7 +5,7 @@
 #include "platform/Ipc.h"
 
 #include <juce_events/juce_events.h>
-#include <optional>
+#include <memory>
 
 namespace BenchProgram
 {
@@ -73,7 +73,9 @@ private:
     int delayMs = 0;
     bool engineHere = false;
     juce::String firstCommandLine; ///< kept until the engine is there to be asked for the page
-    JUCE_DECLARE_WEAK_REFERENCEABLE(SourceProgram)
+    /** Handed along by any thread; expired once this object is gone. Ended on the message thread. */
+    std::shared_ptr<const bool> alive = std::make_shared<const bool>(true);
+    JUCE_DECLARE_NON_COPYABLE(SourceProgram)
 };
 
 } // namespace BenchProgram

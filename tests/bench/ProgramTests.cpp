@@ -30,7 +30,10 @@ public:
         RemoteMessage::recycle(message);
     }
     void onWindowMessage(juce::int32, juce::int32, juce::int32) override {}
-    void onPresence(int, bool) override {}
+    void onPresence(int type, bool present) override
+    {
+        journal.add("presence", appTypeName(type) + std::string(present ? " here" : " gone"));
+    }
     void onBroadcast(const juce::String&) override {}
 
 private:
@@ -70,10 +73,14 @@ protected:
                                  (folder / "out").string(),
                                  {}}),
                   "");
+        ASSERT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppRadio", "running")));
     }
 
     void TearDown() override
     {
+        if (HasFailure())
+            for (const auto& event : journal.find(0, Journal::capacity, [](const Event&) { return true; }))
+                std::cerr << event.stream << ": " << event.text << "\n";
         session.close();
         programs.stop();
         program.end(1s);
@@ -171,7 +178,14 @@ TEST_F(SourceProgramTest, waitsForTheEngineToComeBack)
     EXPECT_EQ(hears(), words(RMSG_PAGE_SHOW_READY, mbFM));
     session.close();
     EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("page mbFM", "hidden")));
+    const auto restart = journal.end();
     ASSERT_TRUE(session.init(&engine));
+    ASSERT_TRUE(journal.waitFor(restart, Clock::now() + 10s, isEvent("presence", "AppRadio here")));
+    // A hello may be lost while the engine does not know its neighbours yet; its own announcement brings another.
+    const auto message = RemoteMessage::obtain();
+    message->what = RMSG_ENGINE_STARTED;
+    EXPECT_TRUE(IPCMsg::MessageHelper::broadcastMessage(message));
+    RemoteMessage::recycle(message);
     EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
 }
 
