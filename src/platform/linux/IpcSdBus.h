@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <systemd/sd-bus.h>
+
+namespace Platform
+{
+
+/** Owners of what the bus library hands out. A slot that goes cancels its match, object or pending call. */
+struct SdBusDeleter
+{
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+
+using SdBus = std::unique_ptr<sd_bus, SdBusDeleter>;
+using SdBusSlot = std::unique_ptr<sd_bus_slot, SdBusDeleter>;
+using SdBusMessage = std::unique_ptr<sd_bus_message, SdBusDeleter>;
+
+} // namespace Platform
