@@ -18,6 +18,8 @@ int getSystemState();         ///< kPowerOff while there is none
 int getPreviousSystemState(); ///< the state left by the last change of state
 int getSystemSubState();
 bool isSystemBusy(); ///< the sub-state is not kIdle
+/** The page that ISR mode returns to, NUM_OF_PAGES when there is none. */
+int getISRReturnPage();
 /** On the state manager's own thread at once, from any other posted to it. */
 void switchSystemState(int state, int subState);
 

@@ -7,6 +7,7 @@
 namespace EngineLayer
 {
 
+// clang-format off
 enum SourceId : std::int32_t
 {
     SRC_TUNER, SRC_DISC, SRC_CDC, SRC_MISC, SRC_NAVI, SRC_AUX_REAR, SRC_DVBT, SRC_SD, SRC_SAT_XM, SRC_IPOD, SRC_USB,
@@ -14,8 +15,10 @@ enum SourceId : std::int32_t
     SRC_HDRADIO_ISR, SRC_BT_PHONE, SRC_PANDORA, SRC_HDMI, SRC_WIFI,
     NUM_OF_SOURCES ///< no source
 };
+// clang-format on
 
 /** Audio input of the DSP routing. */
+// clang-format off
 enum AudioChannel : std::int32_t
 {
     eAudioTuner, eAudioWince, eAudioDisc, eAudioAux1, eAudioAux2, eAudioDVBT, eAudioSirius, eAudioXM, eAudioHDRadio,
@@ -23,13 +26,16 @@ enum AudioChannel : std::int32_t
     eAudioFM, eAudioAM, eAudioWB, eAudioPandora,
     noAudioChannel ///< never counts as a shared channel
 };
+// clang-format on
 
+// clang-format off
 enum VideoChannel : std::int32_t
 {
     eVideoWince, eVideoDisc, eVideoCamera, eVideoAux1, eVideoAux2, eVideoDVBT, eVideoAVOff, eVideoHDMI, eVideoDVR,
     eVideoWifi,
     noVideoChannel ///< never counts as a shared channel
 };
+// clang-format on
 
 /** What a request asks of a page. */
 enum class AppAction : std::int32_t

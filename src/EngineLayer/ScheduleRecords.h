@@ -61,4 +61,20 @@ struct AppStateSwitch : public juce::ReferenceCountedObject
     bool succeeded = false;
 };
 
+/** The channel change of one schedule; its end is reported as page NUM_OF_PAGES. */
+struct AppResourceSwitch : public juce::ReferenceCountedObject
+{
+    using Ptr = juce::ReferenceCountedObjectPtr<AppResourceSwitch>;
+
+    std::int32_t frontAudioChannel = eAudioAVOff;
+    std::int32_t frontVideoChannel = eVideoCamera;
+    std::int32_t rearAudioChannel = eAudioAVOff;
+    std::int32_t rearVideoChannel = eVideoAVOff;
+    bool mix = false;
+    bool trigger = false;
+    std::int32_t source = NUM_OF_SOURCES;
+    OrderProgress progress = OrderProgress::notSent;
+    bool succeeded = false;
+};
+
 } // namespace EngineLayer

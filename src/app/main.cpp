@@ -1,4 +1,43 @@
-int main()
+#include "app/MainApplication.h"
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+
+namespace
 {
-    return 0;
+
+constexpr int badConfiguration = 2;
+
+juce::JUCEApplicationBase* createApplication()
+{
+    return new MainApplication();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App arguments { "The main process of the head unit.", "headunit-engine" };
+    std::string configurationFile = "/etc/headunit/engine.toml";
+    arguments.add_option("--config", configurationFile, "configuration file")->capture_default_str();
+    arguments.set_version_flag("--version", std::string("headunit-engine ") + HEADUNIT_VERSION);
+    CLI11_PARSE(arguments, argc, argv);
+
+    if (const auto error = Platform::Configuration::load(configurationFile); !error.empty())
+    {
+        std::fprintf(stderr, "headunit-engine: %s\n", error.c_str());
+        return badConfiguration;
+    }
+    // A program that goes away while it is written to is an error of that write, no more.
+    std::signal(SIGPIPE, SIG_IGN);
+
+    juce::JUCEApplicationBase::createInstance = createApplication;
+    const char* frameworkArguments[] = { argv[0] };
+    const int status = juce::JUCEApplicationBase::main(1, frameworkArguments);
+    if (!MainApplication::wasInitialised())
+    {
+        std::fprintf(stderr, "headunit-engine: another engine is running on this machine\n");
+        return EXIT_FAILURE;
+    }
+    return status;
 }

@@ -29,8 +29,9 @@ public:
         if (group.priority > normalPriority)
         {
             const bool realtime = Platform::requestRealtimePriority();
-            Platform::Logger::getInstance()->logInfo("kernel/TaskGroup", __LINE__, "TaskGroup", "%s runs with %s priority",
-                                                     group.name.toRawUTF8(), realtime ? "real-time" : "normal");
+            Platform::Logger::getInstance()->logInfo("kernel/TaskGroup", __LINE__, "TaskGroup",
+                                                     "%s runs with %s priority", group.name.toRawUTF8(),
+                                                     realtime ? "real-time" : "normal");
         }
         group.run();
     }
@@ -145,22 +146,24 @@ void TaskGroup::waitForMessages()
 int TaskGroup::runPass()
 {
     takeOver();
+    std::size_t deferred = 0;
     std::size_t index = 0;
-    while (index < pending.size() && !stopping)
+    for (; index < pending.size() && !stopping; ++index)
     {
-        auto message = pending[index];
+        auto message = std::move(pending[index]);
         auto* receiver = findComponent(message->receiver);
         if (receiver != nullptr && !receiver->acceptMessage(*message))
         {
-            ++index;
+            pending[deferred++] = std::move(message);
             continue;
         }
         if (receiver != nullptr)
             receiver->dispatchMessage(*message);
-        pending.erase(pending.begin() + static_cast<std::ptrdiff_t>(index));
         MessagePool::recycle(message);
     }
-    return static_cast<int>(index);
+    const auto at = [this](std::size_t offset) { return pending.begin() + static_cast<std::ptrdiff_t>(offset); };
+    pending.erase(at(deferred), at(index));
+    return static_cast<int>(deferred);
 }
 
 bool TaskGroup::hasMessages() const

@@ -2,8 +2,8 @@
 
 #include "kernel/SystemTask.h"
 
-#include <deque>
 #include <map>
+#include <vector>
 
 namespace Kernel
 {
@@ -14,7 +14,8 @@ class TaskGroup : public juce::ReferenceCountedObject
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<TaskGroup>;
 
-    /** Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are deferred. */
+    /** Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are
+     * deferred. */
     TaskGroup(const juce::String& groupName, int threadPriority);
     ~TaskGroup() override;
 
@@ -35,8 +36,8 @@ public:
     void post(const SystemMessage::Ptr& message, bool urgent);
 
     /**
-        One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message to
-        its receiver. Answers how many were left pending. The group's thread, or a test in its place.
+        One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message
+       to its receiver. Answers how many were left pending. The group's thread, or a test in its place.
     */
     int runPass();
     /** True when a pass would find something. */
@@ -53,9 +54,10 @@ private:
     int priority;
     std::unique_ptr<MessageThread> thread;
     std::map<ComponentId, SystemTask::Ptr> components;
-    std::deque<SystemMessage::Ptr> pending;
-    std::deque<SystemMessage::Ptr> urgentQueue;
-    std::deque<SystemMessage::Ptr> normalQueue;
+    // Vectors keep their memory, so that steady traffic does not allocate.
+    std::vector<SystemMessage::Ptr> pending;
+    std::vector<SystemMessage::Ptr> urgentQueue;
+    std::vector<SystemMessage::Ptr> normalQueue;
     juce::WaitableEvent wakeUp;
     juce::CriticalSection queueLock;
     std::atomic<bool> stopping { false };

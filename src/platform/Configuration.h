@@ -37,8 +37,10 @@ struct Configuration
     std::map<int, juce::String> backgroundPrograms; ///< page -> path of its background program
 
     /**
-        Reads the file into the process-wide configuration. On failure nothing changes and the answer is one line that
-        names file, line and key ("engine.toml:12: mcu.baud: a whole number is wanted"); empty on success.
+        Reads the file into the process-wide configuration; what it does not name has its default. On failure nothing
+        changes and the answer is one line that names file, line and key ("engine.toml:12: mcu.baud: a whole number from
+        1 to 4000000 is wanted"); empty on success. A relative path is taken from the folder of the file; a log library
+        without '/' is searched as the system's loader does.
     */
     static std::string load(const juce::String& path);
 
@@ -57,7 +59,11 @@ struct AppConfig
     static juce::String getAppName(int page);
     static juce::String getBackAppPath(int page);
     static juce::String getBackAppName(int page);
-    /** Makes the bundled fonts known, so that text looks the same everywhere. */
+    /**
+        Makes the fonts in `fonts/` of the resource path the known ones, so that text looks the same everywhere. Message
+        thread, before anything is drawn and before other threads run. Without bundled fonts those of the system remain
+        (logged).
+    */
     static void loadFont();
 };
 
@@ -86,7 +92,7 @@ struct CameraControl
 {
     /** True while the camera owns the screen. */
     bool isSystemControl() const;
-    /** Takes the screen for this process. */
+    /** Takes the screen for this process: the hold file of the boot stage goes, if it is still there. */
     void retrieveControl();
 };
 

@@ -2,7 +2,6 @@
 
 #include "platform/Bundle.h"
 
-#include <memory>
 
 /** The message channel between the engine and the source programs. */
 namespace Platform
@@ -44,7 +43,7 @@ public:
 class MsgSession
 {
 public:
-    MsgSession();
+    MsgSession() = default;
     ~MsgSession(); ///< closes; no call to the receiver runs after it returns
 
     /** Owns the endpoint's name and starts delivery. False when the bus cannot be reached now; it goes on trying. */
@@ -52,8 +51,7 @@ public:
     void close();
 
 private:
-    struct Backend;
-    std::unique_ptr<Backend> backend;
+    bool open = false;
     JUCE_DECLARE_NON_COPYABLE(MsgSession)
 };
 

@@ -27,6 +27,12 @@ bool callEntryList(Logger::Entry entry, const char* file, int line, const char* 
     return entry != nullptr && entry(file, line, tag, format, arguments);
 }
 
+template <typename Function>
+Function resolve(void* library, const char* name)
+{
+    return reinterpret_cast<Function>(dlsym(library, name));
+}
+
 } // namespace
 
 Logger* Logger::getInstance()
@@ -45,14 +51,12 @@ void Logger::load(const juce::String& name)
     library = dlopen(name.toRawUTF8(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         return;
-    const auto resolve = [this](auto& entry, const char* symbol)
-    { entry = reinterpret_cast<std::remove_reference_t<decltype(entry)>>(dlsym(library, symbol)); };
-    resolve(debugEntry, "VX_LogDebug");
-    resolve(infoEntry, "VX_LogInfo");
-    resolve(warnEntry, "VX_LogWarn");
-    resolve(errorEntry, "VX_LogError");
-    resolve(readEntry, "VX_ReadLog");
-    resolve(saveEntry, "VX_SaveLog");
+    debugEntry = resolve<Entry>(library, "VX_LogDebug");
+    infoEntry = resolve<Entry>(library, "VX_LogInfo");
+    warnEntry = resolve<Entry>(library, "VX_LogWarn");
+    errorEntry = resolve<Entry>(library, "VX_LogError");
+    readEntry = resolve<StoreEntry>(library, "VX_ReadLog");
+    saveEntry = resolve<StoreEntry>(library, "VX_SaveLog");
 }
 
 bool Logger::logDebug(const char* file, int line, const char* tag, const juce::String& text)

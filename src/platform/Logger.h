@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdarg>
 #include <juce_core/juce_core.h>
 
@@ -36,7 +37,7 @@ public:
     bool logError(const char* file, int line, const char* tag, const char* format, ...)
         __attribute__((format(printf, 5, 6)));
 
-    /** What the levels do with a line instead of the library; for tests. Null makes a level silent. */
+    /** What the levels do with a line instead of the library; for tests, at any time. Null makes a level silent. */
     void redirect(Entry debug, Entry info, Entry warn, Entry error);
 
 private:
@@ -44,10 +45,10 @@ private:
     void load(const juce::String& library);
 
     void* library = nullptr;
-    Entry debugEntry = nullptr;
-    Entry infoEntry = nullptr;
-    Entry warnEntry = nullptr;
-    Entry errorEntry = nullptr;
+    std::atomic<Entry> debugEntry { nullptr };
+    std::atomic<Entry> infoEntry { nullptr };
+    std::atomic<Entry> warnEntry { nullptr };
+    std::atomic<Entry> errorEntry { nullptr };
     StoreEntry readEntry = nullptr;
     StoreEntry saveEntry = nullptr;
 };

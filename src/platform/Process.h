@@ -17,14 +17,25 @@ public:
     virtual bool isRunning() const = 0;
     /** Ends it by force (SIGKILL); its end is seen by whoever waits. Any thread. */
     virtual void terminate() = 0;
-    /** The exit status of a child of ours that has ended, else -1. */
+    /** The exit status of a child of ours that has ended (128 + the signal that ended it), else -1. */
     virtual int getExitCode() const = 0;
 };
 
 using ProcessHandle = std::shared_ptr<Process>;
 
-/** Starts a program; the child inherits standard input, output and error and nothing else. Null on failure (logged). */
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments);
+enum class ProcessLifetime {
+    /** The child gets SIGTERM when the thread that started it ends: start it from one that lives as long as we do. */
+    endsWithUs,
+    /** The child goes on by itself, as an update program must. */
+    independent
+};
+
+/**
+    Starts a program; the child inherits standard input, output and error and nothing else, and has default signal
+    handling. Null on failure (logged).
+*/
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments,
+                            ProcessLifetime lifetime = ProcessLifetime::endsWithUs);
 
 /** A handle for a running process that somebody else started; null when there is none. */
 ProcessHandle openProcess(int pid);

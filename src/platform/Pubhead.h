@@ -8,6 +8,7 @@ namespace Pubhead
 {
 
 /** A page is one screen of one source program. NUM_OF_PAGES also stands for "no page". */
+// clang-format off
 enum eAppServiceType : std::int32_t
 {
     mbTuner, mbHDRadio, mbTunerISR, mbHDRadioISR, mbDiscAudio, mbDiscVideo, mbUSBAudio, mbUSBVideo, mbSDAudio,
@@ -17,14 +18,17 @@ enum eAppServiceType : std::int32_t
     mbThirdPart, mbDAB, mbAC, mbSWC, mbUSBAudio2, mbUSBAudio3, mbUSBAudio4, mbUSBAudio5, mbUSBAudio6, mbUSBAudio7,
     mbUSBAudio8, mbFM, mbAM, mbWB, NUM_OF_PAGES
 };
+// clang-format on
 
 /** The source program (process) that owns a page; AppMain is the engine itself, AppUnknown none. */
+// clang-format off
 enum AppType : std::int32_t
 {
     AppMain, AppMainMenu, AppSetup, AppAntitheft, AppStandby, AppRadio, AppUSB, AppiPod, AppDisc, AppAuxIn, AppSirius,
     AppDVBT, AppCamera, AppBluetooth, AppEQ, AppNavi, AppHDMI, AppPandora, AppHDRadio, AppRadar, AppCarInfo, AppWifi,
     AppTelematics, AppDAB, AppAC, AppSWC, AppUnknown
 };
+// clang-format on
 
 /** Number of application types, AppUnknown included: a type is valid when 0 <= type < numOfAppTypes. */
 inline constexpr int numOfAppTypes = AppUnknown + 1;

@@ -1,21 +1,35 @@
 #pragma once
 
 #include <juce_core/juce_core.h>
+#include <map>
 #include <memory>
 
 namespace Platform
 {
 
-/** The resource packs, searched in the order in which they were added. Message thread. */
+/** The resource packs (zip archives), searched in the order in which they were added. Message thread. */
 class CVXResPathManager
 {
 public:
     static CVXResPathManager* getInstance();
     /** False, and logged, when the pack is missing or damaged. `prefix` goes in front of the names in the pack. */
     bool addResPath(const juce::String& pack, const juce::String& prefix);
-    /** A stream on a file of a pack, without regard to case and with '\' as '/'; null when no pack has it. */
+    /**
+        A stream on the whole of a file, without regard to case and with '\' as '/'; it outlives its pack. Null when no
+        pack has it, or when it is damaged or above 64 MiB (logged).
+    */
     std::unique_ptr<juce::InputStream> open(const juce::String& name);
     void clear();
+
+private:
+    CVXResPathManager() = default;
+
+    struct Entry
+    {
+        std::shared_ptr<juce::ZipFile> pack;
+        int index = 0;
+    };
+    std::map<juce::String, Entry> entries; ///< by full name in lower case
 };
 
 /** Closes the packs at the end of the process. */

@@ -14,19 +14,29 @@ public:
     virtual void onReceive(const void* data, int length) = 0;
 };
 
-/** A serial port (8N1, raw) with a reader thread of its own while it is open. */
+/**
+    A serial port (8N1, raw) with a reader thread of its own while it is open. When the device goes away the reader
+    tries to open it again until the port is closed. One thread opens and closes; any thread writes.
+*/
 class SerialPort
 {
 public:
     explicit SerialPort(SerialCallBack& receiver);
     ~SerialPort(); ///< closes
 
-    /** False when the device cannot be opened or set up; the reason is logged. An open port is closed first. */
+    /**
+        `name` is a device or "COM5:", the wired remote's port. False when it cannot be opened or set up, for example at
+        a baud rate that is not a standard one; the reason is logged. An open port is closed first.
+    */
     bool open(const juce::String& name, int baudRate);
     /** Ends the reader thread; no onReceive runs after it returns. Not to be called from onReceive. */
     void close();
+    /** From a successful `open` until `close`, also while the device is away. */
     bool isOpen() const;
-    /** Bytes written: `length`, or fewer on a closed port or an error. Blocks until the driver has taken them. */
+    /**
+        Bytes written: `length`, or fewer on a closed port, without the device or on an error, which is logged. Blocks
+        until the driver has taken them, or for a second in which it takes none.
+    */
     int write(const void* data, int length);
 
 private:

@@ -2,7 +2,11 @@
 
 #include <juce_core/juce_core.h>
 
-/** The system-information table: 128 signed 32-bit values in shared memory, each written atomically. Any thread. */
+/**
+    The system-information table: 128 signed 32-bit values in shared memory, each written atomically. Any thread. The
+    object is `/headunit-sysinfo`, or what the environment variable HEADUNIT_SYSINFO names; it is mapped on the first use
+    and stays for the other processes when this one ends. Where it cannot be had (logged), the values stay in this process.
+*/
 namespace Platform
 {
 
@@ -12,6 +16,7 @@ inline constexpr int sysInfoSize = 128;
 void VX_SetSysInfo(int index, juce::int32 value);
 /** 0 outside 0..127. */
 juce::int32 VX_GetSysInfo(int index);
+/** Unmaps the table; a later use maps it again. */
 void VX_ReleaseSysInfo();
 
 } // namespace Platform

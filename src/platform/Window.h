@@ -4,7 +4,12 @@
 #include <functional>
 #include <juce_core/juce_core.h>
 
-/** Native windows and window messages between programs. Without a display nothing is found and posts fail. Any thread. */
+/**
+    Native windows and window messages between programs. Without a display nothing is found and posts fail. A display is
+    tried once, on the first use; one that is lost, which is logged, stays lost. Any thread.
+
+    A message is an X11 client message of type `_CORVANE_WINDOW_MESSAGE`, format 32: message, wParam, lParam.
+*/
 namespace Platform
 {
 
@@ -13,7 +18,7 @@ inline constexpr WindowHandle noWindow = 0;
 /** Receiver of a message that goes to every top-level window. */
 inline constexpr WindowHandle allWindows = 0xffff;
 
-/** The top-level window with exactly this title, or noWindow. */
+/** The top-level window with exactly this title, shown or hidden, or noWindow. */
 WindowHandle findWindow(const juce::String& title);
 bool isWindow(WindowHandle window);
 /** Process of a window, -1 when it is unknown. */
@@ -26,9 +31,12 @@ void setForegroundWindow(WindowHandle window);
 /** Message, wParam, lParam; called on the window connection's thread. */
 using WindowMessageHandler = std::function<void(std::int32_t, std::int32_t, std::int32_t)>;
 
-/** Opens the window titled `title` that other programs post to. False without a display. */
+/**
+    Opens the window titled `title` that other programs post to, instead of one that is open. It is never seen. False
+    without a display, and on failure (logged). A thread "windows" receives the messages, as they come unasked.
+*/
 bool startWindowMessages(const juce::String& title, WindowMessageHandler handler);
-/** No handler call runs after it returns. */
+/** No handler call runs after it returns. Not to be called from the handler. */
 void stopWindowMessages();
 
 } // namespace Platform

@@ -65,7 +65,7 @@ protected:
         auto* group = engine().findGroup(recorderGroup);
         while (group->hasMessages())
             group->runPass();
-        return std::exchange(posted, {});
+        return std::exchange(recorded, {});
     }
 
     /** The next message to another address is this one. */
@@ -124,11 +124,11 @@ private:
 
     void addRecorder(Kernel::ComponentId id)
     {
-        Kernel::SystemTask::Ptr recorder = new Recorder(posted);
+        Kernel::SystemTask::Ptr recorder = new Recorder(recorded);
         recorder->assignId(id);
         engine().registerComponent(recorderGroup, recorder);
     }
 
-    std::vector<Posted> posted;
+    std::vector<Posted> recorded;
     std::vector<Posted> unread;
 };

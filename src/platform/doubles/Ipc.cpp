@@ -76,12 +76,6 @@ void record(int appType, const RemoteMessage& message)
 
 } // namespace
 
-struct MsgSession::Backend
-{
-};
-
-MsgSession::MsgSession() = default;
-
 MsgSession::~MsgSession()
 {
     close();
@@ -92,7 +86,7 @@ bool MsgSession::init(IMsgProc* newReceiver)
     {
         const std::lock_guard guard(receiverLock);
         receiver = newReceiver;
-        backend = std::make_unique<Backend>();
+        open = true;
     }
     const std::lock_guard guard(lock);
     return state.reachable;
@@ -101,9 +95,8 @@ bool MsgSession::init(IMsgProc* newReceiver)
 void MsgSession::close()
 {
     const std::lock_guard guard(receiverLock);
-    if (backend != nullptr)
+    if (std::exchange(open, false))
         receiver = nullptr;
-    backend = nullptr;
 }
 
 namespace IPCMsg

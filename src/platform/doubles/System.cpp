@@ -1,11 +1,108 @@
 #include "platform/System.h"
 
+#include "platform/Configuration.h"
+#include "platform/doubles/SystemDouble.h"
+
+#include <mutex>
+
 namespace Platform
 {
+
+namespace
+{
+
+constexpr juce::uint32 fullVolume = 0xFFFFFFFF;
+
+struct State
+{
+    std::vector<doubles::SystemDouble::RegistryWrite> registryWrites;
+    juce::String registryError;
+    bool daylightSavingDisabled = false;
+    bool exceptionHookInstalled = false;
+    juce::uint32 waveOutVolume = fullVolume;
+};
+
+std::mutex mutex;
+
+State& state()
+{
+    static State instance;
+    return instance;
+}
+
+} // namespace
+
+juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value)
+{
+    const std::scoped_lock lock(mutex);
+    if (state().registryError.isNotEmpty())
+        return juce::Result::fail(state().registryError);
+    state().registryWrites.push_back({ key, name, value });
+    return juce::Result::ok();
+}
+
+void disableDaylightSaving()
+{
+    const std::scoped_lock lock(mutex);
+    state().daylightSavingDisabled = true;
+}
+
+void setWaveOutVolume(juce::uint32 volume)
+{
+    const std::scoped_lock lock(mutex);
+    state().waveOutVolume = volume;
+}
+
+juce::uint32 getWaveOutVolume()
+{
+    const std::scoped_lock lock(mutex);
+    return state().waveOutVolume;
+}
+
+void installExceptionHook()
+{
+    const std::scoped_lock lock(mutex);
+    state().exceptionHookInstalled = true;
+}
 
 bool requestRealtimePriority()
 {
     return false;
 }
+
+namespace doubles
+{
+
+void SystemDouble::reset()
+{
+    const std::scoped_lock lock(mutex);
+    state() = {};
+}
+
+std::vector<SystemDouble::RegistryWrite> SystemDouble::getRegistryWrites()
+{
+    const std::scoped_lock lock(mutex);
+    return state().registryWrites;
+}
+
+void SystemDouble::failRegistry(const juce::String& error)
+{
+    const std::scoped_lock lock(mutex);
+    state().registryError = error;
+}
+
+bool SystemDouble::isDaylightSavingDisabled()
+{
+    const std::scoped_lock lock(mutex);
+    return state().daylightSavingDisabled;
+}
+
+bool SystemDouble::isExceptionHookInstalled()
+{
+    const std::scoped_lock lock(mutex);
+    return state().exceptionHookInstalled;
+}
+
+} // namespace doubles
 
 } // namespace Platform

@@ -32,11 +32,13 @@ void IpcSeats::setOwner(int appType, const std::string& connection)
     evaluate(appType);
 }
 
-void IpcSeats::setProcess(int appType, int pid)
+void IpcSeats::setProcess(int appType, const std::string& connection, int pid)
 {
     if (!isSeat(appType))
         return;
     auto& seat = seats[static_cast<std::size_t>(appType)];
+    if (seat.connection != connection)
+        return;
     seat.process = pid;
     seat.processKnown = true;
     evaluate(appType);

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <condition_variable>
+#include <chrono>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <thread>
+#include <vector>
+
+namespace Bench
+{
+
+/** A process that the bench starts. It ends with the bench, however that ends. Any thread, one at a time for `start`. */
+class Child
+{
+public:
+    struct Options
+    {
+        std::string program;
+        std::vector<std::string> arguments;
+        std::map<std::string, std::string> environment; ///< on top of this process's own
+        std::string outputFile;                         ///< gets standard output and error
+        std::vector<int> keptDescriptors;               ///< stay open in the child under the same numbers
+    };
+
+    /** The wait status as waitpid gives it. Called on the child's watching thread. */
+    using Ended = std::function<void(int status)>;
+
+    Child() = default;
+    ~Child(); ///< kills what still runs
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    /** Empty on success, else what failed. The child must not run already. */
+    std::string start(const Options& options, Ended ended = {});
+    bool isRunning() const;
+    int pid() const;
+    /** False when it does not run. */
+    bool signal(int number);
+    /** False at the deadline. */
+    bool waitForEnd(std::chrono::milliseconds limit) const;
+    /** SIGTERM, after `limit` SIGKILL; returns when it has ended. */
+    void end(std::chrono::milliseconds limit);
+
+private:
+    mutable std::mutex lock;
+    mutable std::condition_variable changed;
+    pid_t process = -1; // -1 as soon as it is reaped, so that no signal reaches a later process with its number
+    std::thread watcher;
+
+    void watch(pid_t watched, const Ended& ended);
+};
+
+/** "exit 0" or "signal 11". */
+std::string describeStatus(int status);
+
+} // namespace Bench

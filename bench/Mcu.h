@@ -1,0 +1,133 @@
+#pragma once
+
+#include "bench/Journal.h"
+#include "bench/McuFrame.h"
+#include "bench/Names.h"
+
+#include <atomic>
+#include <deque>
+#include <thread>
+
+namespace Bench
+{
+
+/**
+    The companion microcontroller at the other end of the serial link, behind a pseudo-terminal. It keeps the last source,
+    asks the unit for it after a start, follows the unit's own source changes, and can be made to misbehave.
+
+    Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement),
+    "mcu ready-for-power-off", "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received).
+    Every public operation may be called from any thread; none waits for the unit.
+*/
+class Mcu
+{
+public:
+    using Milliseconds = std::chrono::milliseconds;
+
+    explicit Mcu(Journal& journalToUse);
+    ~Mcu();
+    Mcu(const Mcu&) = delete;
+    Mcu& operator=(const Mcu&) = delete;
+
+    /** Opens the link and starts its thread. Empty on success, else what failed. */
+    std::string start();
+    void stop();
+    /** The character device that the unit opens. */
+    std::string portPath() const { return path; }
+    /** The unit is about to start again: its numbering begins anew, and what is left of the old run is thrown away. */
+    void unitRestarts();
+
+    void send(int command, Bytes data);
+    void pressKey(int value, int origin);
+    void requestSource(Source source);
+    void requestDeviceStatus();
+    void requestPowerOff();
+    /** The source asked for after the unit's next start. */
+    void setLastMemory(Source source);
+
+    // Faults. Counts are of frames that the microcontroller sends, each transmission counted; acknowledgements are spared.
+    void dropNext(int frames);
+    void dropEvery(int nth); ///< every nth frame is lost; 0 ends it
+    void corruptNext(int frames);
+    void repeatNext(int frames);
+    void withholdAcks(int frames); ///< the next frames of the unit are not acknowledged, and not taken
+    void delayBy(Milliseconds delay); ///< everything leaves this much later, acknowledgements too; 0 ends it
+    void silence(Milliseconds duration); ///< hears and says nothing for this long; 0 ends it
+    void clearFaults();
+
+    struct State
+    {
+        std::optional<Source> source; ///< agreed by both sides
+        std::optional<Source> wanted; ///< asked for, not yet reached
+        Source lastMemory;
+        bool agreed = false;
+        bool silent = false;
+        bool muted = false;
+        bool readyForPowerOff = false;
+        std::optional<Bytes> deviceStatus;
+        unsigned heartbeats = 0;
+        std::optional<Milliseconds> sinceHeartbeat;
+        unsigned received = 0, sent = 0, resent = 0, givenUp = 0, duplicates = 0, damaged = 0;
+        std::deque<std::string> recent; ///< the last frames in both directions, oldest first
+    };
+    State state() const;
+
+    static constexpr Milliseconds resendAfter {200};
+    static constexpr int transmissions = 3;
+
+private:
+    struct Outgoing
+    {
+        int command;
+        Bytes data;
+    };
+    struct InFlight
+    {
+        McuFrame frame;
+        int transmissionsLeft;
+        Clock::time_point due;
+    };
+    struct Faults
+    {
+        int drop = 0, dropEvery = 0, dropCount = 0, corrupt = 0, repeat = 0, withheldAcks = 0;
+        Milliseconds delay {0};
+        std::optional<Clock::time_point> silentUntil;
+    };
+
+    Journal& journal;
+    int master = -1, slave = -1, wakeUp = -1;
+    std::string path;
+    std::thread thread;
+    std::atomic<bool> stopping {false};
+
+    mutable std::mutex lock; // guards everything below
+    State current;
+    std::optional<Clock::time_point> lastHeartbeat;
+    Faults faults;
+    McuFrameReader reader;
+    std::deque<Outgoing> queue;
+    std::optional<InFlight> inFlight;
+    std::optional<McuFrame> lastReceived;
+    std::deque<std::pair<Clock::time_point, Bytes>> delayed;
+    std::uint8_t sequence = 0;
+
+    void run();
+    Milliseconds untilNextDeadline() const;
+    void readPort();
+    void runDeadlines();
+    void onFrame(const McuFrame& frame);
+    void onAck(const McuFrame& frame);
+    void act(const McuFrame& frame);
+    void agreeOn(Source source);
+    void sendLater(int command, Bytes data);
+    void sendNext();
+    void transmitInFlight();
+    void put(const Bytes& bytes);
+    void writeNow(const Bytes& bytes);
+    void note(const char* direction, const McuFrame& frame, const std::string& name, const char* remark = "");
+    void wake();
+    /** A change of the faults, made under the lock and seen at once by the thread. */
+    void change(const std::function<void()>& what);
+};
+
+} // namespace Bench

@@ -1,0 +1,255 @@
+#include "bench/Programs.h"
+
+#include "EngineApi/RemoteMessageIds.h"
+#include "bench/Names.h"
+
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+namespace Bench
+{
+
+using nlohmann::json;
+using namespace EngineApi;
+using namespace Pubhead;
+
+namespace
+{
+
+constexpr std::chrono::milliseconds endLimit {2000};
+/** Sub-code of RMSG_APP_EVENT: a page was chosen in the menu. */
+constexpr int menuPageChosen = 5;
+
+std::string programStream(int appType)
+{
+    return std::string("program ") + appTypeName(appType);
+}
+
+} // namespace
+
+Programs::Programs(Journal& journalToUse)
+    : journal(journalToUse)
+    , front(NUM_OF_PAGES)
+{
+}
+
+std::string Programs::start(const std::string& socketPath)
+{
+    return server.listen(socketPath, {[this](int connection, int pid) {
+                                          const std::scoped_lock guard(lock);
+                                          pidOfConnection[connection] = pid;
+                                      },
+                                      [this](int connection, PacketServer::Packet packet) { onPacket(connection, packet); },
+                                      [this](int connection) { onClosed(connection); }});
+}
+
+void Programs::stop()
+{
+    const auto left = running();
+    const auto from = journal.end();
+    for (const auto& [appType, program] : left)
+        exit(appType);
+    const auto deadline = Clock::now() + endLimit;
+    for (const auto& [appType, program] : left)
+        // The process number comes from the socket, and the connection is still there, so it is that very process.
+        if (!journal.waitFor(from, deadline, isEvent(programStream(appType), "gone")) && running().contains(appType))
+            ::kill(program.pid, SIGKILL);
+    server.close();
+}
+
+std::map<int, Programs::Program> Programs::running() const
+{
+    const std::scoped_lock guard(lock);
+    return programs;
+}
+
+int Programs::pageInFront() const
+{
+    const std::scoped_lock guard(lock);
+    return front;
+}
+
+void Programs::onPacket(int connection, PacketServer::Packet packet)
+{
+    const auto message = json::parse(packet.begin(), packet.end(), nullptr, false);
+    if (!message.is_object() || !message.contains("event") || !message["event"].is_string())
+    {
+        journal.add("program ?", "sent a packet that is no event");
+        return;
+    }
+    const auto number = [&](const char* key) {
+        return message.contains(key) && message[key].is_number_integer() ? message[key].get<int>() : 0;
+    };
+    const auto text = [&](const char* key) {
+        return message.contains(key) && message[key].is_string() ? message[key].get<std::string>() : std::string();
+    };
+    const auto event = text("event");
+
+    const std::scoped_lock guard(lock);
+    if (event == "hello")
+    {
+        onHello(connection, number("app"), text("commandLine"));
+        return;
+    }
+    const auto appType = appOfConnection(connection);
+    if (appType == AppUnknown)
+        return;
+    if (event == "connected")
+    {
+        programs[appType].connected = true;
+        journal.add(programStream(appType), event);
+    }
+    else if (event == "heartbeat")
+        ++programs[appType].heartbeats;
+    else if (event == "shown" || event == "hidden" || event == "covered" || event == "confirmed")
+        onPage(number("page"), event);
+    else
+        journal.add(programStream(appType), event + (message.contains("detail") ? " " + text("detail") : ""));
+}
+
+void Programs::onHello(int connection, int appType, const std::string& commandLine)
+{
+    if (pageOfApp(appType) == nullptr)
+        return;
+    programs[appType] = {connection, pidOfConnection[connection], false, {}, 0};
+    journal.add(programStream(appType), "running");
+    if (!commandLine.empty())
+        journal.add(programStream(appType), "started with " + commandLine);
+}
+
+void Programs::onClosed(int connection)
+{
+    const std::scoped_lock guard(lock);
+    pidOfConnection.erase(connection);
+    const auto appType = appOfConnection(connection);
+    if (appType == AppUnknown)
+        return;
+    programs.erase(appType);
+    journal.add(programStream(appType), "gone");
+    if (const auto* info = pageInfo(front); info != nullptr && info->appType == appType)
+        setFront(NUM_OF_PAGES);
+}
+
+void Programs::onPage(int page, const std::string& change)
+{
+    journal.add(std::string("page ") + pageName(page), change);
+    if (change == "shown")
+        setFront(page);
+    else if (change != "confirmed" && page == front)
+        setFront(NUM_OF_PAGES);
+}
+
+void Programs::setFront(int page)
+{
+    if (front == page)
+        return;
+    front = page;
+    journal.add("front", page == NUM_OF_PAGES ? "none" : pageName(page));
+}
+
+int Programs::appOfConnection(int connection) const
+{
+    for (const auto& [appType, program] : programs)
+        if (program.connection == connection)
+            return appType;
+    return AppUnknown;
+}
+
+bool Programs::order(int appType, const json& what, const std::string* fault)
+{
+    int connection = 0;
+    {
+        const std::scoped_lock guard(lock);
+        const auto found = programs.find(appType);
+        if (found == programs.end())
+            return false;
+        if (fault != nullptr)
+            found->second.fault = *fault;
+        connection = found->second.connection;
+    }
+    const auto text = what.dump();
+    return server.send(connection, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+bool Programs::setSilent(int appType, bool silent)
+{
+    const std::string fault = silent ? "silent" : "";
+    return order(appType, {{"order", "silent"}, {"on", silent}}, &fault);
+}
+
+bool Programs::setSlow(int appType, std::chrono::milliseconds delay)
+{
+    const auto fault = delay.count() > 0 ? "slow " + std::to_string(delay.count()) + " ms" : std::string();
+    return order(appType, {{"order", "slow"}, {"ms", delay.count()}}, &fault);
+}
+
+bool Programs::crash(int appType)
+{
+    return order(appType, {{"order", "crash"}});
+}
+
+bool Programs::hang(int appType)
+{
+    const std::string fault = "hung";
+    return order(appType, {{"order", "hang"}}, &fault);
+}
+
+bool Programs::wakeUp(int appType)
+{
+    const std::scoped_lock guard(lock);
+    const auto found = programs.find(appType);
+    if (found == programs.end() || found->second.pid <= 0)
+        return false;
+    found->second.fault.clear();
+    return ::kill(found->second.pid, SIGCONT) == 0;
+}
+
+bool Programs::exit(int appType)
+{
+    return order(appType, {{"order", "exit"}});
+}
+
+bool Programs::sendMessage(int appType, int what, int arg1, int arg2)
+{
+    return order(appType, {{"order", "send"}, {"what", what}, {"arg1", arg1}, {"arg2", arg2}});
+}
+
+int Programs::carrierFor(int appType) const
+{
+    const std::scoped_lock guard(lock);
+    const auto isConnected = [this](int type) {
+        const auto found = programs.find(type);
+        return found != programs.end() && found->second.connected;
+    };
+    if (isConnected(appType))
+        return appType;
+    if (const auto* info = pageInfo(front); info != nullptr && isConnected(info->appType))
+        return info->appType;
+    for (const auto& [type, program] : programs)
+        if (program.connected)
+            return type;
+    return AppUnknown;
+}
+
+std::string Programs::requestPage(int page)
+{
+    const auto* info = pageInfo(page);
+    const auto carrier = info != nullptr ? carrierFor(info->appType) : static_cast<int>(AppUnknown);
+    if (carrier == AppUnknown)
+        return "no program is connected that could ask for the page";
+    const bool sent = page == mbEQ ? sendMessage(carrier, RMSG_EQ_PAGE_SHOW, 0, 0)
+                                   : sendMessage(carrier, RMSG_APP_EVENT, menuPageChosen, page);
+    return sent ? "" : std::string(appTypeName(carrier)) + " does not take the order";
+}
+
+std::string Programs::stopPage(int page)
+{
+    const auto* info = pageInfo(page);
+    const auto appType = info != nullptr ? info->appType : static_cast<int>(AppUnknown);
+    const auto carrier = page == mbEQ ? carrierFor(appType) : appType;
+    const bool sent = page == mbEQ ? sendMessage(carrier, RMSG_EQ_PAGE_HIDE, 0, 0)
+                                   : sendMessage(carrier, RMSG_SOURCE_STOP, 0, 0);
+    return sent ? "" : std::string(appTypeName(appType)) + " does not run";
+}
+
+} // namespace Bench

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "bench/Journal.h"
+#include "bench/PacketServer.h"
+
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+
+namespace Bench
+{
+
+/**
+    The source programs of the unit. The engine starts and ends them; each running one reports here over a control socket
+    and takes orders from here. Packets are JSON objects, see bench/README.md.
+
+    Journal streams: "program AppRadio" (running, connected, gone, and what it received), "page mbFM" (shown, hidden,
+    covered, confirmed), "front" (the page in front, or "none"). Any thread.
+*/
+class Programs
+{
+public:
+    explicit Programs(Journal& journalToUse);
+
+    /** Opens the control socket. Empty on success, else what failed. */
+    std::string start(const std::string& socketPath);
+    /** Ends the programs that are left, the hung ones too, and closes the socket. */
+    void stop();
+
+    struct Program
+    {
+        int connection = 0;
+        int pid = -1;
+        bool connected = false; ///< the engine has acknowledged its hello
+        std::string fault;      ///< "silent", "slow 800 ms", "hung"; empty for none
+        unsigned heartbeats = 0;
+    };
+    /** By application type; those that run. */
+    std::map<int, Program> running() const;
+    /** NUM_OF_PAGES when no page of these programs is in front. */
+    int pageInFront() const;
+
+    // Orders; each is false when the program does not run.
+    bool setSilent(int appType, bool silent); ///< takes everything, answers nothing
+    bool setSlow(int appType, std::chrono::milliseconds delay); ///< answers this much later; 0 ends it
+    bool crash(int appType); ///< ends by a fault
+    bool hang(int appType);  ///< stops altogether, like a program in an endless loop
+    bool wakeUp(int appType); ///< ends `hang`
+    bool exit(int appType);  ///< ends properly
+    /** Any remote message to the engine, from this program. */
+    bool sendMessage(int appType, int what, int arg1, int arg2);
+
+    /** Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs, else
+        through the one in front, else any. Empty on success, else why not. */
+    std::string requestPage(int page);
+    /** Asks for a page to be left, in the same way. */
+    std::string stopPage(int page);
+
+private:
+    Journal& journal;
+    mutable std::mutex lock;
+    std::map<int, Program> programs;
+    std::map<int, int> pidOfConnection;
+    int front;
+    PacketServer server; // last: its thread ends before what it uses
+
+    void onPacket(int connection, PacketServer::Packet packet);
+    void onHello(int connection, int appType, const std::string& commandLine);
+    void onClosed(int connection);
+    void onPage(int page, const std::string& change);
+    void setFront(int page);
+    int appOfConnection(int connection) const;
+    int carrierFor(int appType) const;
+    bool order(int appType, const nlohmann::json& what, const std::string* fault = nullptr);
+};
+
+} // namespace Bench

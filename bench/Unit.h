@@ -1,0 +1,78 @@
+#pragma once
+
+#include "bench/Bus.h"
+#include "bench/Engine.h"
+#include "bench/GpioLines.h"
+#include "bench/LogFollower.h"
+#include "bench/Mcu.h"
+#include "bench/Programs.h"
+#include "bench/VideoDecoder.h"
+
+namespace Bench
+{
+
+/**
+    The whole unit on the bench: every device, the bus, the engine and its programs, all inside one fresh folder that goes
+    away with it. Used from one thread; the devices themselves from any.
+*/
+class Unit
+{
+public:
+    struct Options
+    {
+        std::string engine;     ///< the engine's program
+        std::string program;    ///< the program that stands for every source program
+        std::string logLibrary;
+        std::string resources;
+        bool keepFolder = false;
+        bool display = true; ///< let programs and bars draw when a display is there
+        /** Everything beside the running program: its folder, ../lib and ../resources. */
+        static Options besideThisProgram();
+    };
+
+    explicit Unit(Options optionsToUse);
+    ~Unit(); ///< ends everything
+
+    /** Makes the folder and starts the devices and the bus. Empty on success, else what failed. */
+    std::string start();
+    /** Starts the engine as after switching the unit on. */
+    std::string startEngine();
+    void stop();
+
+    const std::string& folder() const { return path; }
+    std::string logFile() const { return path + "/engine.log"; }
+
+    /** USB storage 1 to 8: the mount point is there or not. False outside. */
+    bool plugUsb(int number);
+    bool unplugUsb(int number);
+    bool isUsbPlugged(int number) const;
+    /** The engine's traffic dumps; holds from its next start on. */
+    void setSystemDebug(bool on) { systemDebug = on; }
+    bool isSystemDebug() const { return systemDebug; }
+
+    static constexpr int usbCount = 8;
+
+private:
+    Options options;
+    std::string path;
+    bool systemDebug = false;
+
+public:
+    Journal journal;
+    Mcu mcu {journal};
+    VideoDecoder videoDecoder {journal};
+    GpioLines gpio {journal};
+    Bus bus;
+    Programs programs {journal};
+    LogFollower log {journal};
+    Engine engine {journal};
+
+private:
+    std::string makeFolder();
+    std::string linkPrograms() const;
+    std::string writeConfiguration() const;
+    std::string mountPoint(int number) const;
+    std::string sysInfoName() const;
+};
+
+} // namespace Bench

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "bench/Journal.h"
+#include "bench/PacketServer.h"
+
+#include <array>
+
+namespace Bench
+{
+
+/**
+    The camera's video decoder on the I2C bus: 256 registers at address 0x88, and a camera that gives a picture or not.
+    Journal stream "i2c": "02=44" for each register written. Any thread.
+*/
+class VideoDecoder
+{
+public:
+    explicit VideoDecoder(Journal& journalToUse);
+
+    /** Serves the bus at this socket. Empty on success, else what failed. */
+    std::string start(const std::string& path);
+    void stop() { server.close(); }
+
+    /** Camera signal on: the status register 0x01 says that it is locked on a signal (bits 6 and 3). */
+    void setSignal(bool present);
+    bool hasSignal() const;
+    std::uint8_t readRegister(std::uint8_t number) const;
+    /** Transfers fail from now on, as with a decoder that does not answer. */
+    void setFailing(bool shouldFail);
+    unsigned writes() const;
+    unsigned reads() const;
+
+private:
+    Journal& journal;
+    mutable std::mutex lock;
+    std::array<std::uint8_t, 256> registers {};
+    bool failing = false;
+    unsigned writeCount = 0, readCount = 0;
+    PacketServer server; // last: its thread ends before what it uses
+
+    std::vector<std::uint8_t> answer(PacketServer::Packet request);
+};
+
+} // namespace Bench

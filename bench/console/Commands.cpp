@@ -1,0 +1,292 @@
+// What each command of the bench does to the unit.
+#include "bench/console/Console.h"
+
+#include <algorithm>
+#include <ostream>
+#include <thread>
+
+namespace Bench
+{
+
+using namespace Pubhead;
+
+namespace
+{
+
+constexpr int mostFrames = 1000;
+
+Outcome failed(std::string error)
+{
+    return {Outcome::failed, std::move(error)};
+}
+
+Outcome usageOf(const char* command)
+{
+    for (const auto& each : Console::commands())
+        if (std::string(each.name) == command)
+            return failed(std::string("usage: ") + each.usage);
+    return failed("usage: help");
+}
+
+Outcome ifTaken(bool taken, int appType)
+{
+    return taken ? Outcome {} : failed(std::string(appTypeName(appType)) + " does not run");
+}
+
+} // namespace
+
+Outcome Console::mcu(const Words& words)
+{
+    const auto what = words.size() > 1 ? words[1] : std::string();
+    if (what == "source" || what == "memory")
+    {
+        const auto source = findSource(std::span(words).subspan(2));
+        if (!source)
+            return failed("which source? am fm disc aux sirius ipod usb [1-7] bt off pandora wb, or TYPE NUMBER");
+        if (what == "memory")
+            unit.mcu.setLastMemory(*source);
+        else
+            unit.mcu.requestSource(*source);
+        return {};
+    }
+    if (what == "key" && (words.size() == 3 || words.size() == 4))
+    {
+        constexpr int highestByte = 255;
+        const auto key = findKey(words[2]);
+        const auto origin = words.size() == 4 ? parseNumber(words[3], 0, highestByte) : std::optional(0);
+        if (!key || !origin)
+            return failed("there is no key '" + words[2] + "': a name (menu, source ...) or 0 to 255, then an origin");
+        unit.mcu.pressKey(*key, *origin);
+        return {};
+    }
+    if (what == "send" && words.size() >= 3)
+    {
+        const auto command = commandOfName(words[2]);
+        Bytes data;
+        for (auto word = words.begin() + 3; word != words.end(); ++word)
+        {
+            constexpr int highestByte = 255;
+            const auto byte = parseNumber("0x" + *word, 0, highestByte);
+            if (!byte)
+                return failed("'" + *word + "' is no byte: two hexadecimal digits");
+            data.push_back(static_cast<std::uint8_t>(*byte));
+        }
+        if (command < 0 || data.size() > McuFrame::maxData)
+            return failed("a command (name or number) and at most 102 bytes, in hexadecimal");
+        unit.mcu.send(command, data);
+        return {};
+    }
+    if (words.size() == 2 && what == "status")
+        unit.mcu.requestDeviceStatus();
+    else if (words.size() == 2 && what == "power-off")
+        unit.mcu.requestPowerOff();
+    else
+        return mcuFault(words);
+    return {};
+}
+
+Outcome Console::mcuFault(const Words& words)
+{
+    const auto what = words.size() > 1 ? words[1] : std::string();
+    if (words.size() == 2 && what == "well")
+    {
+        unit.mcu.clearFaults();
+        return {};
+    }
+    if (words.size() == 3 && (what == "silent" || what == "delay"))
+    {
+        const auto duration = parseDuration(words[2]);
+        if (!duration)
+            return failed("'" + words[2] + "' is no time, for example 3s or 500ms");
+        if (what == "silent")
+            unit.mcu.silence(*duration);
+        else
+            unit.mcu.delayBy(*duration);
+        return {};
+    }
+    const bool every = words.size() == 4 && what == "drop" && words[2] == "every";
+    const auto count = words.size() == 2 ? std::optional(1)
+                       : words.size() == 3 || every ? parseNumber(words.back(), 0, mostFrames)
+                                                    : std::nullopt;
+    if (!count)
+        return usageOf("mcu");
+    if (every)
+        unit.mcu.dropEvery(*count);
+    else if (what == "drop")
+        unit.mcu.dropNext(*count);
+    else if (what == "corrupt")
+        unit.mcu.corruptNext(*count);
+    else if (what == "repeat")
+        unit.mcu.repeatNext(*count);
+    else if (what == "no-ack")
+        unit.mcu.withholdAcks(*count);
+    else
+        return usageOf("mcu");
+    return {};
+}
+
+Outcome Console::program(const Words& words)
+{
+    if (words.size() < 3)
+        return usageOf("program");
+    const auto appType = findApp(words[1]);
+    if (appType == AppUnknown)
+        return failed("there is no program '" + words[1] + "'");
+    const auto& what = words[2];
+    auto& programs = unit.programs;
+    if ((what == "show" || what == "stop") && words.size() <= 4)
+    {
+        const auto named = findPage(words.size() == 4 ? words[3] : words[1]);
+        const auto page = named != NUM_OF_PAGES ? named : pageOfApp(appType)->page;
+        if ((words.size() == 4 && named == NUM_OF_PAGES) || pageInfo(page)->appType != appType)
+            return failed(std::string(appTypeName(appType)) + " has no page '" + words.back() + "'");
+        const auto error = what == "show" ? programs.requestPage(page) : programs.stopPage(page);
+        return error.empty() ? Outcome {} : failed(error);
+    }
+    if (what == "crash" && words.size() == 3)
+        return ifTaken(programs.crash(appType), appType);
+    if (what == "hang" && words.size() == 3)
+        return ifTaken(programs.hang(appType), appType);
+    if (what == "wake" && words.size() == 3)
+        return ifTaken(programs.wakeUp(appType), appType);
+    if (what == "exit" && words.size() == 3)
+        return ifTaken(programs.exit(appType), appType);
+    if (what == "silent" && (words.size() == 3 || (words.size() == 4 && words[3] == "off")))
+        return ifTaken(programs.setSilent(appType, words.size() == 3), appType);
+    if (what == "slow" && words.size() == 4)
+    {
+        const auto delay = words[3] == "off" ? std::chrono::milliseconds(0) : parseDuration(words[3]);
+        return delay ? ifTaken(programs.setSlow(appType, *delay), appType)
+                     : failed("'" + words[3] + "' is no time, for example 800ms, or off");
+    }
+    if (what == "send" && words.size() >= 4 && words.size() <= 6)
+    {
+        std::array<int, 3> values {};
+        for (std::size_t i = 3; i < words.size(); ++i)
+        {
+            const auto number = parseNumber(words[i], std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
+            if (!number)
+                return failed("'" + words[i] + "' is no number");
+            values[i - 3] = *number;
+        }
+        return ifTaken(programs.sendMessage(appType, values[0], values[1], values[2]), appType);
+    }
+    return usageOf("program");
+}
+
+Outcome Console::usb(const Words& words)
+{
+    const auto number = words.size() == 3 ? parseNumber(words[2], 1, Unit::usbCount) : std::optional(1);
+    if (words.size() < 2 || words.size() > 3 || !number || (words[1] != "plug" && words[1] != "unplug"))
+        return usageOf("usb");
+    const bool done = words[1] == "plug" ? unit.plugUsb(*number) : unit.unplugUsb(*number);
+    return done ? Outcome {} : failed("the mount point cannot be changed");
+}
+
+Outcome Console::camera(const Words& words)
+{
+    if (words.size() != 2 || (words[1] != "on" && words[1] != "off"))
+        return usageOf("camera");
+    unit.videoDecoder.setSignal(words[1] == "on");
+    return {};
+}
+
+Outcome Console::engine(const Words& words)
+{
+    const auto what = words.size() == 2 ? words[1] : std::string();
+    if (what == "stop" || what == "restart")
+        unit.engine.stop();
+    else if (what == "kill")
+        unit.engine.kill();
+    else if (what != "start")
+        return usageOf("engine");
+    if (what == "start" || what == "restart")
+        if (auto error = unit.startEngine(); !error.empty())
+            return failed(error);
+    return {};
+}
+
+Outcome Console::log(const Words& words)
+{
+    constexpr int defaultTail = 20;
+    constexpr int longestTail = 10'000;
+    const auto what = words.size() > 1 ? words[1] : std::string("tail");
+    if (words.size() == 2 && (what == "on" || what == "off"))
+    {
+        unit.setSystemDebug(what == "on");
+        output << style.dim("Holds from the engine's next start on: engine restart") << "\n";
+        return {};
+    }
+    const auto count = words.size() == 3 ? parseNumber(words[2], 1, longestTail) : std::optional(defaultTail);
+    if (what != "tail" || words.size() > 3 || !count)
+        return usageOf("log");
+    for (const auto& event : unit.journal.find(0, static_cast<std::size_t>(*count), isIn("log")))
+        output << event.text << "\n";
+    output << style.dim(unit.logFile()) << "\n";
+    return {};
+}
+
+Outcome Console::expect(const Words& words)
+{
+    Words rest(words.begin() + 1, words.end());
+    auto limit = !rest.empty() && rest.front() == "no" ? Expectations::defaultAbsence : Expectations::defaultLimit;
+    if (auto error = takeLimit(rest, limit); !error.empty())
+        return failed(error);
+    const bool refuses = !rest.empty() && rest.front() == "no";
+    if (refuses)
+        rest.erase(rest.begin());
+    const auto parsed = parseExpectation(rest);
+    if (!parsed.error.empty())
+        return failed(parsed.error);
+    if (refuses)
+    {
+        if (!expectations.staysAway(parsed.expectation, limit))
+            return failed("seen although it should not be: " + parsed.expectation.description);
+        output << "  " << style.good("✓") << " no " << parsed.expectation.description << "\n";
+        return {};
+    }
+    const auto start = Clock::now();
+    const auto instead = expectations.wait(parsed.expectation, limit);
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+    if (!instead.empty())
+        return failed("not seen within " + std::to_string(limit.count()) + " ms: " + parsed.expectation.description + "\n" +
+                      instead);
+    output << "  " << style.good("✓") << " " << parsed.expectation.description
+           << style.dim("  " + std::to_string(took) + " ms") << "\n";
+    return {};
+}
+
+Outcome Console::mark(const Words& words)
+{
+    if (words.size() != 1)
+        return usageOf("mark");
+    expectations.forgetThePast();
+    return {};
+}
+
+Outcome Console::say(const Words& words)
+{
+    std::string text;
+    for (auto word = words.begin() + 1; word != words.end(); ++word)
+        text += (text.empty() ? "" : " ") + *word;
+    output << "\n" << style.bold(text) << "\n";
+    return {};
+}
+
+Outcome Console::pause(const Words& words)
+{
+    const auto duration = words.size() == 2 ? parseDuration(words[1]) : std::nullopt;
+    if (!duration)
+        return usageOf("pause");
+    // For the eye only: nothing that a script checks may rest on it, so without an onlooker it is left out.
+    if (watched)
+        unit.journal.waitFor(unit.journal.end(), Clock::now() + *duration, [](const Event&) { return false; });
+    return {};
+}
+
+Outcome Console::quit(const Words&)
+{
+    return {Outcome::leave};
+}
+
+} // namespace Bench

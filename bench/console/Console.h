@@ -1,0 +1,72 @@
+#pragma once
+
+#include "bench/Unit.h"
+#include "bench/console/Expect.h"
+#include "bench/console/Style.h"
+
+#include <iosfwd>
+
+namespace Bench
+{
+
+/** What became of one command. */
+struct Outcome
+{
+    enum Kind { done, failed, leave } kind = done;
+    std::string error {}; ///< for `failed`; one line, more for what was seen instead
+};
+
+/** The commands of the bench, from a person or a script. Everything that they do is done on a Unit. One thread. */
+class Console
+{
+public:
+    struct Command
+    {
+        const char* name;
+        const char* usage;
+        const char* help;
+        Outcome (Console::*run)(const Words& words);
+        /** What may come at the place of the word that is being typed, given the words before it. */
+        Words (*completions)(const Words& before);
+    };
+
+    Console(Unit& unitToUse, Style styleToUse, std::ostream& outputToUse, bool somebodyWatches);
+
+    Outcome run(const std::string& line);
+    /** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded. */
+    bool runScript(std::istream& script, const std::string& name);
+    /** One line: what the unit is doing. */
+    std::string promptState() const;
+    /** Words that may come next, each a whole word. */
+    static Words completionsFor(const Words& before);
+    static std::span<const Command> commands();
+
+private:
+    Unit& unit;
+    Style style;
+    std::ostream& output;
+    bool watched;
+    Expectations expectations;
+
+    Outcome mcu(const Words& words);
+    Outcome program(const Words& words);
+    Outcome usb(const Words& words);
+    Outcome camera(const Words& words);
+    Outcome engine(const Words& words);
+    Outcome gpio(const Words& words);
+    Outcome log(const Words& words);
+    Outcome state(const Words& words);
+    Outcome pages(const Words& words);
+    Outcome events(const Words& words);
+    Outcome expect(const Words& words);
+    Outcome mark(const Words& words);
+    Outcome say(const Words& words);
+    Outcome pause(const Words& words);
+    Outcome help(const Words& words);
+    Outcome quit(const Words& words);
+
+    Outcome mcuFault(const Words& words);
+    void row(const std::string& label, const std::string& value) const;
+};
+
+} // namespace Bench

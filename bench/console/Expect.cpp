@@ -1,0 +1,164 @@
+#include "bench/console/Expect.h"
+
+#include "bench/McuFrame.h"
+#include "bench/Names.h"
+
+#include <algorithm>
+
+namespace Bench
+{
+
+namespace
+{
+
+ParsedExpectation failed(std::string error)
+{
+    return {{}, std::move(error)};
+}
+
+std::string joined(const Words& words)
+{
+    std::string text;
+    for (const auto& word : words)
+        text += (text.empty() ? "" : " ") + word;
+    return text;
+}
+
+bool meets(const Event& event, const Expectation& expectation)
+{
+    return event.stream == expectation.stream &&
+           (expectation.text.empty() || event.text == expectation.text ||
+            (expectation.isPart && event.text.find(expectation.text) != std::string::npos));
+}
+
+ParsedExpectation expectMcu(const Words& words)
+{
+    if (words.size() == 2 && words[1] == "agreed")
+        return {{"mcu agreed", {}, false, false, {}}, {}};
+    if (words.size() == 2 && words[1] == "ready-for-power-off")
+        return {{"mcu ready-for-power-off", {}, false, false, {}}, {}};
+    if (words.size() >= 3 && words[1] == "source")
+    {
+        const auto source = findSource(std::span(words).subspan(2));
+        if (!source)
+            return failed("there is no source '" + words[2] + "'");
+        return {{"mcu source", sourceName(*source), false, false, {}}, {}};
+    }
+    if (words.size() >= 3 && words[1] == "frame")
+    {
+        const auto command = commandOfName(words[2]);
+        if (command < 0)
+            return failed("there is no frame '" + words[2] + "'");
+        return {{"frame " + unitCommandName(command), joined(Words(words.begin() + 3, words.end())), false, false, {}}, {}};
+    }
+    if (words.size() >= 3 && words[1] == "link")
+        return {{"mcu link", joined(Words(words.begin() + 2, words.end())), true, false, {}}, {}};
+    return failed("expect mcu source NAME | agreed | frame NAME [BYTES] | link TEXT | ready-for-power-off");
+}
+
+ParsedExpectation expectPage(const Words& words)
+{
+    if (words.size() != 3)
+        return failed("expect page NAME shown | hidden | covered | confirmed | in-front");
+    const auto page = findPage(words[1]);
+    if (page == Pubhead::NUM_OF_PAGES)
+        return failed("there is no page '" + words[1] + "'");
+    if (words[2] == "in-front")
+        return {{"front", Pubhead::pageName(page), false, true, {}}, {}};
+    for (const auto* change : {"shown", "hidden", "covered", "confirmed"})
+        if (words[2] == change)
+            return {{std::string("page ") + Pubhead::pageName(page), change, false, false, {}}, {}};
+    return failed("a page is shown, hidden, covered, confirmed or in-front, not '" + words[2] + "'");
+}
+
+ParsedExpectation expectProgram(const Words& words)
+{
+    if (words.size() < 3)
+        return failed("expect program NAME running | connected | gone | TEXT");
+    const auto appType = findApp(words[1]);
+    if (appType == Pubhead::AppUnknown)
+        return failed("there is no program '" + words[1] + "'");
+    const auto text = joined(Words(words.begin() + 2, words.end()));
+    const bool isWhole = text == "running" || text == "connected" || text == "gone";
+    return {{std::string("program ") + Pubhead::appTypeName(appType), text, !isWhole, false, {}}, {}};
+}
+
+} // namespace
+
+ParsedExpectation parseExpectation(const Words& words)
+{
+    const auto subject = words.empty() ? std::string() : words[0];
+    ParsedExpectation parsed;
+    if (subject == "mcu")
+        parsed = expectMcu(words);
+    else if (subject == "page")
+        parsed = expectPage(words);
+    else if (subject == "program")
+        parsed = expectProgram(words);
+    else if (subject == "log" && words.size() == 2)
+        parsed = {{"log", words[1], true, false, {}}, {}};
+    else if (subject == "engine" && words.size() >= 2)
+        parsed = {{"engine", joined(Words(words.begin() + 1, words.end())), false, false, {}}, {}};
+    else if (subject == "gpio" && words.size() == 3)
+        parsed = {{"gpio " + words[1], words[2], false, false, {}}, {}};
+    else
+        parsed = failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL");
+    parsed.expectation.description = joined(words);
+    return parsed;
+}
+
+Expectations::Expectations(const Journal& journalToRead)
+    : journal(journalToRead)
+{
+}
+
+void Expectations::forgetThePast()
+{
+    beginning = journal.end();
+    cursors.clear();
+}
+
+std::uint64_t Expectations::cursorOf(const std::string& stream) const
+{
+    const auto found = cursors.find(stream);
+    return found != cursors.end() ? found->second : beginning;
+}
+
+std::string Expectations::wait(const Expectation& expectation, std::chrono::milliseconds limit)
+{
+    const auto deadline = Clock::now() + limit;
+    const auto from = cursorOf(expectation.stream);
+    if (expectation.isState)
+        return journal.waitForLatest(expectation.stream, expectation.text, deadline) ? ""
+                                                                                     : seenInstead(expectation, beginning);
+    const auto met = journal.waitFor(from, deadline, [&](const Event& event) { return meets(event, expectation); });
+    if (!met)
+        return seenInstead(expectation, from);
+    cursors[expectation.stream] = met->number + 1;
+    return {};
+}
+
+bool Expectations::staysAway(const Expectation& expectation, std::chrono::milliseconds duration) const
+{
+    return !journal.waitFor(cursorOf(expectation.stream), Clock::now() + duration,
+                            [&](const Event& event) { return meets(event, expectation); });
+}
+
+std::string Expectations::seenInstead(const Expectation& expectation, std::uint64_t from) const
+{
+    if (journal.isInterrupted())
+        return "interrupted";
+    constexpr std::size_t shown = 8;
+    auto seen = journal.find(from, shown, isIn(expectation.stream));
+    std::string text;
+    if (seen.empty())
+    {
+        text = "nothing on '" + expectation.stream + "'; the last on the others:";
+        seen = journal.find(from, shown, [](const Event& event) { return event.stream != "log" && event.stream != "i2c"; });
+    }
+    for (const auto& event : seen)
+        text += (text.empty() ? "" : "\n") + event.stream + " " + event.text;
+    return text;
+}
+
+} // namespace Bench

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "bench/Journal.h"
+#include "bench/console/Script.h"
+
+#include <map>
+
+namespace Bench
+{
+
+/** What an `expect` line waits for. */
+struct Expectation
+{
+    std::string stream;      ///< of the journal
+    std::string text;        ///< the event's text; empty takes any
+    bool isPart = false;     ///< the text is a part of the event's (log lines)
+    bool isState = false;    ///< holds while it is the newest event of the stream, and consumes nothing
+    std::string description; ///< "page mbFM shown"
+};
+
+/** From the words after `expect`, without the limit. An error text when they make no sense. */
+struct ParsedExpectation
+{
+    Expectation expectation;
+    std::string error;
+};
+ParsedExpectation parseExpectation(const Words& words);
+
+/**
+    Waits for expectations, each stream with a cursor of its own: an expectation looks at what came after the event that
+    met the previous one on the same stream, however long ago that was. Different streams do not disturb each other, so
+    "page mbFM shown" and "page mbMainMenu hidden" may come in any order.
+*/
+class Expectations
+{
+public:
+    explicit Expectations(const Journal& journalToRead);
+
+    /** Empty when it was met in time, else what was seen on the stream instead. */
+    std::string wait(const Expectation& expectation, std::chrono::milliseconds limit);
+    /** True when it was not met from the cursor on, nor within this time. Moves no cursor. */
+    bool staysAway(const Expectation& expectation, std::chrono::milliseconds duration) const;
+    /** From here on only what comes now counts, on every stream. */
+    void forgetThePast();
+
+    static constexpr std::chrono::milliseconds defaultLimit {5000};
+    static constexpr std::chrono::milliseconds defaultAbsence {1000};
+
+private:
+    const Journal& journal;
+    std::uint64_t beginning = 0;
+    std::map<std::string, std::uint64_t> cursors;
+
+    std::uint64_t cursorOf(const std::string& stream) const;
+    std::string seenInstead(const Expectation& expectation, std::uint64_t from) const;
+};
+
+} // namespace Bench

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Bench
+{
+
+using Words = std::vector<std::string>;
+
+struct Line
+{
+    Words words;       ///< none for a blank line or a comment
+    std::string error; ///< not empty when the line is malformed
+};
+
+/** Cuts a line into words at blanks. "double quotes" keep blanks, `\"` inside is a quote; # starts a comment. */
+Line parseLine(const std::string& text);
+
+/** "300ms", "3s", "1.5s"; a bare number is seconds. Empty when it is none of these or above an hour. */
+std::optional<std::chrono::milliseconds> parseDuration(const std::string& text);
+
+/** A whole number within the limits, decimal or 0x; empty otherwise. */
+std::optional<int> parseNumber(const std::string& text, int lowest, int highest);
+
+/** Takes "within 3s" off the end of the words. Empty error on success; `limit` stays when there is none. */
+std::string takeLimit(Words& words, std::chrono::milliseconds& limit);
+
+} // namespace Bench

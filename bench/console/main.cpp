@@ -1,0 +1,217 @@
+// The simulated unit by hand or by script.
+#include "bench/console/Console.h"
+
+#include <CLI/CLI.hpp>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <readline/history.h>
+#include <readline/readline.h>
+#include <thread>
+#include <unistd.h>
+
+namespace
+{
+
+using namespace Bench;
+
+/** Ends every wait of the console when the user or the system asks the bench to end, so that it still cleans up. */
+class Interruption
+{
+public:
+    explicit Interruption(Journal& journal)
+    {
+        // The signals are blocked before any thread starts, so that this thread alone gets them.
+        thread = std::thread([this, &journal] {
+            int number = 0;
+            while (::sigwait(&signals(), &number) == 0 && !ending)
+                journal.interrupt();
+        });
+    }
+
+    ~Interruption()
+    {
+        ending = true;
+        ::pthread_kill(thread.native_handle(), SIGTERM);
+        thread.join();
+    }
+
+    static void block() { ::pthread_sigmask(SIG_BLOCK, &signals(), nullptr); }
+
+private:
+    std::atomic<bool> ending {false};
+    std::thread thread;
+
+    static const sigset_t& signals()
+    {
+        static const sigset_t set = [] {
+            sigset_t made;
+            ::sigemptyset(&made);
+            for (const auto number : {SIGINT, SIGTERM, SIGHUP})
+                ::sigaddset(&made, number);
+            return made;
+        }();
+        return set;
+    }
+};
+
+Words completionCandidates;
+
+char* nextCompletion(const char* text, int state)
+{
+    static std::size_t next = 0;
+    if (state == 0)
+        next = 0;
+    while (next < completionCandidates.size())
+        if (const auto& word = completionCandidates[next++]; word.starts_with(text))
+            return ::strdup(word.c_str());
+    return nullptr;
+}
+
+char** complete(const char* text, int start, int)
+{
+    rl_attempted_completion_over = 1; // never file names
+    completionCandidates = Console::completionsFor(parseLine(std::string(rl_line_buffer).substr(0, start)).words);
+    return rl_completion_matches(text, nextCompletion);
+}
+
+/** Colours in a prompt are marked, so that readline does not count them. */
+std::string markedPrompt(const std::string& text)
+{
+    std::string marked;
+    bool inCode = false;
+    for (const char c : text)
+    {
+        if (c == '\033')
+        {
+            marked += RL_PROMPT_START_IGNORE;
+            inCode = true;
+        }
+        marked += c;
+        if (inCode && c == 'm')
+        {
+            marked += RL_PROMPT_END_IGNORE;
+            inCode = false;
+        }
+    }
+    return marked;
+}
+
+void converse(Console& console, const Style& style, const Journal& journal)
+{
+    rl_readline_name = "headunit-bench";
+    rl_attempted_completion_function = complete;
+    rl_catch_signals = 0;
+    ::using_history();
+    // With the signals blocked, readline would not leave on one: it looks here ten times a second while nobody types.
+    static const Journal* watchedJournal = nullptr;
+    watchedJournal = &journal;
+    rl_event_hook = [] {
+        if (watchedJournal->isInterrupted())
+            rl_done = 1;
+        return 0;
+    };
+    while (!journal.isInterrupted())
+    {
+        char* line = ::readline(markedPrompt(console.promptState() + style.accent(" › ")).c_str());
+        if (line == nullptr || journal.isInterrupted())
+        {
+            std::cout << "\n";
+            std::free(line);
+            return;
+        }
+        const std::string text = line;
+        std::free(line);
+        if (text.find_first_not_of(" \t") != std::string::npos)
+            ::add_history(text.c_str());
+        const auto outcome = console.run(text);
+        if (outcome.kind == Outcome::leave)
+            return;
+        if (outcome.kind == Outcome::failed)
+            std::cout << style.bad(outcome.error) << "\n";
+    }
+}
+
+std::string tourFile()
+{
+    const auto resources = std::filesystem::path(Unit::Options::besideThisProgram().resources);
+    return (resources / "bench" / "tour.scenario").string();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    auto options = Unit::Options::besideThisProgram();
+    std::string script;
+    bool tour = false, console = false, noDisplay = false, noEngine = false;
+    CLI::App app {"A head unit on the bench: the engine with every device and program around it, simulated."};
+    app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")->check(CLI::ExistingFile);
+    app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
+    app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
+    app.add_flag("--keep", options.keepFolder, "Keep the unit's folder (configuration, settings, log)");
+    app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there");
+    app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
+    app.add_option("--engine", options.engine, "The engine's program")->capture_default_str();
+    app.add_option("--program", options.program, "The program that stands for every source program")->capture_default_str();
+    app.add_option("--log-library", options.logLibrary, "The log library that the engine loads")->capture_default_str();
+    app.add_option("--resources", options.resources, "The engine's resource folder")->capture_default_str();
+    CLI11_PARSE(app, argc, argv);
+    options.display = !noDisplay;
+
+    const bool atTerminal = ::isatty(STDIN_FILENO) == 1;
+    const bool watched = ::isatty(STDOUT_FILENO) == 1;
+    if (script.empty() && (tour || (!atTerminal && !console)))
+        script = tourFile();
+    if (!script.empty() && !std::filesystem::exists(script))
+    {
+        std::cerr << script << ": there is no such file\n";
+        return 2;
+    }
+
+    Interruption::block();
+    const auto style = Style::forOutput();
+    Unit unit(options);
+    const Interruption interruption(unit.journal);
+    auto error = unit.start();
+    if (error.empty() && !noEngine)
+        error = unit.startEngine();
+    if (!error.empty())
+    {
+        std::cerr << style.bad(error) << "\n";
+        return 2;
+    }
+    std::cout << style.bold("Head unit on the bench") << style.dim("  " + unit.folder()) << "\n";
+
+    Console commands(unit, style, std::cout, watched);
+    int status = 0;
+    if (!script.empty())
+    {
+        std::ifstream file(script);
+        const auto name = std::filesystem::path(script).filename().string();
+        const auto succeeded = commands.runScript(file, name);
+        status = succeeded ? 0 : 1;
+        std::cout << "\n" << (succeeded ? style.good("✓ " + name + " passed.") : style.bad("✗ " + name + " failed."));
+        std::cout << style.dim(succeeded         ? "  Drive it yourself: headunit-bench, then help."
+                               : options.keepFolder ? "  The engine's log: " + unit.logFile()
+                                                    : "  Run it again with --keep for the engine's log.")
+                  << std::endl;
+    }
+    else if (atTerminal)
+    {
+        std::cout << style.dim("Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.") << "\n";
+        converse(commands, style, unit.journal);
+    }
+    else
+        status = commands.runScript(std::cin, "standard input") ? 0 : 1;
+    const auto folder = unit.folder();
+    unit.stop();
+    if (options.keepFolder)
+        std::cout << style.dim("Kept: " + folder) << "\n";
+    return status;
+}

@@ -1,0 +1,288 @@
+#include "bench/program/SourceProgram.h"
+
+#include "EngineApi/RemoteMessageIds.h"
+#include "platform/Pubhead.h"
+
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <sys/resource.h>
+
+namespace BenchProgram
+{
+
+using namespace EngineApi;
+using namespace Platform;
+using namespace Pubhead;
+
+namespace
+{
+
+constexpr int menuPageChosen = 5;   ///< sub-code of RMSG_APP_EVENT
+constexpr int preparePowerOff = 3;  ///< first argument of RMSG_SXM_FAVOURITE
+constexpr int readyForPowerOff = 5; ///< sub-code of RMSG_SXM_EVENT
+
+juce::String describe(const AppCommandLine& line)
+{
+    const juce::String page = pageName(line.getPage());
+    if (line.isPageShow())
+        return "pageShow " + page;
+    if (line.isSourceEnter())
+        return "sourceEnter " + page + (line.isOnTop() ? " onTop" : "");
+    return (line.isPageHide() ? "pageHide " : "sourceExit ") + page + " for " + pageName(line.getOtherPage());
+}
+
+} // namespace
+
+SourceProgram::SourceProgram(int ownType, Display& displayToUse)
+    : appType(ownType)
+    , display(displayToUse)
+    , shownPage(NUM_OF_PAGES)
+    , source(NUM_OF_PAGES)
+{
+}
+
+SourceProgram::~SourceProgram()
+{
+    session.close();
+    control.close();
+}
+
+void SourceProgram::start(const juce::String& commandLine, const std::string& controlPath)
+{
+    control.open(
+        controlPath, [this](const nlohmann::json& order) { later([this, order] { onOrder(order); }); },
+        [this] { later([this] { quit(); }); });
+    control.report({{"event", "hello"}, {"app", appType}, {"commandLine", commandLine.toStdString()}});
+    IPCMsg::MessageHelper::config(appType, IPCMsg::MessageHelper::getDestName);
+    startTimer(engineAwayLimitMs);
+    firstCommandLine = commandLine;
+    if (session.init(this) && IPCMsg::MessageHelper::isPresent(AppMain))
+        onEnginePresence(true);
+}
+
+void SourceProgram::later(std::function<void()> what)
+{
+    juce::MessageManager::callAsync([self = juce::WeakReference<SourceProgram>(this), what = std::move(what)] {
+        if (self != nullptr)
+            what();
+    });
+}
+
+void SourceProgram::onRemoteMessage(RemoteMessage::Ptr message)
+{
+    later([this, message] {
+        handle(*message);
+        RemoteMessage::recycle(message);
+    });
+}
+
+void SourceProgram::onWindowMessage(juce::int32, juce::int32, juce::int32)
+{
+    // Window messages are for the engine and the navigation program.
+}
+
+void SourceProgram::onPresence(int type, bool present)
+{
+    if (type == AppMain)
+        later([this, present] { onEnginePresence(present); });
+}
+
+void SourceProgram::onBroadcast(const juce::String&)
+{
+    // "showWindow" and "hideWindow" are for the engine.
+}
+
+void SourceProgram::onEnginePresence(bool present)
+{
+    if (present == std::exchange(engineHere, present))
+        return;
+    if (present)
+    {
+        stopTimer();
+        sayHello();
+        if (const auto line = std::exchange(firstCommandLine, {}); line.isNotEmpty())
+            onCommandLine(CmdLineHelper::parseCommandLine(line));
+        return;
+    }
+    // Who shows what is the engine's decision; the next one starts with an empty screen.
+    if (shownPage != NUM_OF_PAGES)
+        hidePage(shownPage, "hidden");
+    startTimer(engineAwayLimitMs);
+}
+
+void SourceProgram::timerCallback()
+{
+    quit();
+}
+
+void SourceProgram::sayHello()
+{
+    answer(RMSG_APP_HELLO, appType);
+}
+
+void SourceProgram::handle(const RemoteMessage& message)
+{
+    switch (message.what)
+    {
+    case RMSG_ENGINE_STARTED:
+        sayHello();
+        break;
+    case RMSG_APP_HELLO_ACK:
+        report("connected");
+        break;
+    case RMSG_HEARTBEAT:
+        report("heartbeat");
+        answer(RMSG_HEARTBEAT_REPLY, appType);
+        break;
+    case RMSG_COMMAND_LINE:
+        onCommandLine(message.bundle);
+        break;
+    case RMSG_PAGE_SHOW:
+        showPage(message.arg1);
+        answer(RMSG_PAGE_SHOW_READY, message.arg1);
+        break;
+    case RMSG_PAGE_HIDE:
+        hidePage(message.arg1, "hidden");
+        answer(RMSG_PAGE_HIDE_READY, message.arg1);
+        break;
+    case RMSG_PAGE_COVERED:
+        hidePage(message.arg1, "covered");
+        break;
+    case RMSG_SOURCE_STOP:
+        report("stop");
+        quit();
+        break;
+    case RMSG_PAGE_NOTIFY:
+        report("power-off", pageName(message.arg1));
+        answer(RMSG_STATE_TO_SYSTEM, message.arg1);
+        break;
+    case RMSG_KEY:
+        report("key", juce::String(message.arg1) + " " + juce::String(message.arg2));
+        break;
+    case RMSG_SXM_FAVOURITE:
+        report("message", juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
+        if (appType == AppSirius && message.arg1 == preparePowerOff)
+            answer(RMSG_SXM_EVENT, readyForPowerOff);
+        break;
+    default:
+        report("message", juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
+        break;
+    }
+}
+
+void SourceProgram::onCommandLine(const Bundle::Ptr& bundle)
+{
+    const auto line = RemoteObjFormat::generateCommandLine(bundle);
+    if (line == nullptr)
+    {
+        report("command-line", "malformed");
+        return;
+    }
+    report("command-line", describe(*line));
+    if (line->isSourceEnter())
+        display.setSource(source = line->getPage());
+    if (line->isSourceExit() && line->getPage() == source)
+        display.setSource(source = NUM_OF_PAGES);
+    if (line->isFrontShow())
+        answer(RMSG_PAGE_REQUEST_SHOW, line->getPage());
+    // The page stays on the screen until the next one is ready; this only says that the order has arrived.
+    if (line->isPageHide() && line->getPage() == shownPage && shownPage != NUM_OF_PAGES)
+    {
+        reportPage("confirmed", shownPage);
+        answer(RMSG_PAGE_TOP_SHOWN, shownPage);
+    }
+}
+
+void SourceProgram::showPage(int page)
+{
+    shownPage = page;
+    display.show(page);
+    reportPage("shown", page);
+}
+
+void SourceProgram::hidePage(int page, const char* change)
+{
+    if (page == shownPage)
+    {
+        shownPage = NUM_OF_PAGES;
+        display.hide();
+    }
+    reportPage(change, page);
+}
+
+void SourceProgram::onOrder(const nlohmann::json& order)
+{
+    const auto name = order.value("order", std::string());
+    if (name == "silent")
+        silent = order.value("on", true);
+    else if (name == "slow")
+        delayMs = order.value("ms", 0);
+    else if (name == "send")
+        answer(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
+    else if (name == "exit")
+        quit();
+    else if (name == "hang")
+        std::raise(SIGSTOP);
+    else if (name == "crash")
+    {
+        const rlimit noDump {0, 0};
+        ::setrlimit(RLIMIT_CORE, &noDump);
+        std::signal(SIGSEGV, SIG_DFL);
+        std::raise(SIGSEGV);
+    }
+}
+
+void SourceProgram::choosePage(int page)
+{
+    if (page == mbEQ)
+        answer(RMSG_EQ_PAGE_SHOW, 0);
+    else
+        answer(RMSG_APP_EVENT, menuPageChosen, page);
+}
+
+void SourceProgram::leavePage(int page)
+{
+    if (page == mbEQ)
+        answer(RMSG_EQ_PAGE_HIDE, 0);
+    else
+        answer(RMSG_SOURCE_STOP, 0);
+}
+
+void SourceProgram::answer(int what, int arg1, int arg2)
+{
+    if (silent)
+        return;
+    const auto post = [what, arg1, arg2] {
+        const auto message = RemoteMessage::obtain();
+        message->what = what;
+        message->arg1 = arg1;
+        message->arg2 = arg2;
+        // Without an engine there is nobody to tell; its return brings a new hello.
+        IPCMsg::MessageHelper::postMessage(AppMain, message);
+        RemoteMessage::recycle(message);
+    };
+    if (delayMs > 0)
+        juce::Timer::callAfterDelay(delayMs, post);
+    else
+        post();
+}
+
+void SourceProgram::report(const char* event, const juce::String& detail)
+{
+    nlohmann::json message {{"event", event}};
+    if (detail.isNotEmpty())
+        message["detail"] = detail.toStdString();
+    control.report(message);
+}
+
+void SourceProgram::reportPage(const char* event, int page)
+{
+    control.report({{"event", event}, {"page", page}});
+}
+
+void SourceProgram::quit()
+{
+    juce::MessageManager::getInstance()->stopDispatchLoop();
+}
+
+} // namespace BenchProgram

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "bench/program/ControlChannel.h"
+#include "platform/CommandLine.h"
+#include "platform/Ipc.h"
+
+#include <juce_events/juce_events.h>
+#include <optional>
+
+namespace BenchProgram
+{
+
+/** What a source program shows. Message thread. */
+class Display
+{
+public:
+    virtual ~Display() = default;
+    virtual void show(int page) = 0;
+    virtual void hide() = 0;
+    /** The source of the page plays, or none does (NUM_OF_PAGES). */
+    virtual void setSource(int page) = 0;
+};
+
+/**
+    A source program as the engine sees it: says hello, asks for its pages, shows and hides them when told, answers the
+    heartbeat, confirms, and quits when its source is stopped or the engine stays away. On the bench's order it misbehaves.
+    Everything is done on the message thread; the channels' threads only hand over.
+*/
+class SourceProgram : private Platform::IMsgProc, private juce::Timer
+{
+public:
+    SourceProgram(int ownType, Display& displayToUse);
+    ~SourceProgram() override;
+
+    /** `commandLine` is the value of --command-line, "" for none. `controlPath` may be "" or nobody's. */
+    void start(const juce::String& commandLine, const std::string& controlPath);
+
+    // What the user does in the page.
+    void choosePage(int page);
+    void leavePage(int page);
+
+    static constexpr int engineAwayLimitMs = 10'000;
+
+private:
+    void onRemoteMessage(Platform::RemoteMessage::Ptr message) override;
+    void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) override;
+    void onPresence(int type, bool present) override;
+    void onBroadcast(const juce::String& text) override;
+    void timerCallback() override; ///< the engine did not come back
+
+    void handle(const Platform::RemoteMessage& message);
+    void onEnginePresence(bool present);
+    void onCommandLine(const Platform::Bundle::Ptr& bundle);
+    void onOrder(const nlohmann::json& order);
+    void showPage(int page);
+    void hidePage(int page, const char* change);
+    void sayHello();
+    /** To the engine, unless the bench wants this program silent; later when it wants it slow. */
+    void answer(int what, int arg1, int arg2 = 0);
+    void report(const char* event, const juce::String& detail = {});
+    void reportPage(const char* event, int page);
+    void quit();
+    /** Runs it on the message thread while this object lives. */
+    void later(std::function<void()> what);
+
+    const int appType;
+    Display& display;
+    ControlChannel control;
+    Platform::MsgSession session;
+    int shownPage;
+    int source;
+    bool silent = false;
+    int delayMs = 0;
+    bool engineHere = false;
+    juce::String firstCommandLine; ///< kept until the engine is there to be asked for the page
+    JUCE_DECLARE_WEAK_REFERENCEABLE(SourceProgram)
+};
+
+} // namespace BenchProgram

@@ -1,0 +1,107 @@
+// Stands for any source program of the unit. The name that it is started by says which: AppRadio, AppEQ ...
+#include "bench/Names.h"
+#include "bench/program/PageView.h"
+#include "bench/program/SourceProgram.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+namespace
+{
+
+std::string environmentValue(const char* name)
+{
+    const auto* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+/** The bench's control socket: as it says itself, else beside the folder that this program was started from. */
+std::string controlPath(const std::string& startedAs)
+{
+    const auto named = environmentValue("HEADUNIT_BENCH_CONTROL");
+    if (!named.empty())
+        return named;
+    const auto beside = std::filesystem::path(startedAs).parent_path().parent_path() / "control";
+    std::error_code ignored;
+    return std::filesystem::is_socket(beside, ignored) ? beside.string() : "";
+}
+
+/** What the command line asked for. */
+struct Start
+{
+    int appType = Pubhead::AppUnknown;
+    int pageAlone = Pubhead::NUM_OF_PAGES; ///< shown at once, without a unit
+    std::string commandLine;
+    std::string control;
+};
+
+Start start;
+
+/** A JUCE application, so that the toolkit lives through what an X server without a window manager complains about. */
+class ProgramApplication : public juce::JUCEApplication
+{
+public:
+    const juce::String getApplicationName() override { return Pubhead::appTypeName(start.appType); }
+    const juce::String getApplicationVersion() override { return {}; }
+    bool moreThanOneInstanceAllowed() override { return true; }
+
+    void initialise(const juce::String&) override
+    {
+        const bool draws =
+            environmentValue("HEADUNIT_BENCH_DISPLAY") != "none" && !juce::Desktop::getInstance().isHeadless();
+        view = std::make_unique<BenchProgram::PageView>(Platform::IPCMsg::MessageHelper::getDestName(start.appType), draws);
+        program = std::make_unique<BenchProgram::SourceProgram>(start.appType, *view);
+        view->chosen = [this](int page) { program->choosePage(page); };
+        view->left = [this](int page) { program->leavePage(page); };
+        if (start.pageAlone == Pubhead::NUM_OF_PAGES)
+        {
+            program->start(start.commandLine, start.control);
+            return;
+        }
+        view->setSource(start.pageAlone);
+        view->show(start.pageAlone);
+    }
+
+    void shutdown() override
+    {
+        program.reset();
+        view.reset();
+    }
+
+private:
+    std::unique_ptr<BenchProgram::PageView> view;
+    std::unique_ptr<BenchProgram::SourceProgram> program;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::string startedAs = argv[0];
+    std::string name = std::filesystem::path(startedAs).filename().string();
+    std::string page;
+    CLI::App app {"Stands for a source program of the unit."};
+    app.add_option("--app", name, "Which program to be (AppRadio ...); the name that it is started by otherwise");
+    app.add_option("--command-line", start.commandLine, "What the engine starts it for, as JSON");
+    app.add_option("--page", page, "Show this page at once, without a unit, to look at it");
+    CLI11_PARSE(app, argc, argv);
+
+    start.pageAlone = Bench::findPage(page);
+    if (!page.empty() && start.pageAlone == Pubhead::NUM_OF_PAGES)
+    {
+        std::cerr << "there is no page '" << page << "'\n";
+        return 2;
+    }
+    start.appType = page.empty() ? Bench::findApp(name) : Bench::pageInfo(start.pageAlone)->appType;
+    if (start.appType == Pubhead::AppUnknown)
+    {
+        std::cerr << "'" << name << "' is no program of the unit: start it under such a name, or with --app\n";
+        return 2;
+    }
+    start.control = controlPath(startedAs);
+    juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return new ProgramApplication(); };
+    return juce::JUCEApplicationBase::main(argc, const_cast<const char**>(argv));
+}

@@ -1,0 +1,67 @@
+#include "EngineLayer/Scheduler.h"
+
+#include <benchmark/benchmark.h>
+
+using namespace EngineLayer;
+using namespace Pubhead;
+
+namespace
+{
+
+/** Every page registered; six run: the menu, the settings and the camera behind a source, the phone, one rear page. */
+ScheduleInput busyUnit()
+{
+    ScheduleInput input;
+    for (int page = 0; page < NUM_OF_PAGES; ++page)
+    {
+        const auto* config = pageScheduleConfig(page);
+        if (config == nullptr)
+            continue;
+        ScheduleInfo::Ptr info = new ScheduleInfo();
+        info->page = page;
+        info->showLevel = config->showLevel;
+        info->playLevel = config->playLevel;
+        info->videoLevel = config->videoLevel;
+        info->audioLevel = config->audioLevel;
+        info->audioChannel = config->audioChannel;
+        info->videoChannel = config->videoChannel;
+        info->isSourcePage = config->isSourcePage;
+        info->isNormalSource = config->isNormalSource;
+        info->isRear = config->isRear;
+        input.pages[page] = info;
+    }
+    std::int32_t place = 0;
+    for (const int page : { mbFM, mbMainMenu, mbSetup, mbCamera, mbBTPhone, mbRearAV1 })
+        input.pages[page]->states.showState = ++place;
+    input.pages[mbFM]->states = { 1, PageStates::playing, PageStates::held, PageStates::held };
+    input.runningPages = { mbBTPhone, mbCamera, mbMainMenu, mbSetup, mbFM };
+    input.rearPage = mbRearAV1;
+    input.request = { mbUSBAudio, AppAction::ToRun, false };
+    input.frontShow = input.normalSource = mbFM;
+    return input;
+}
+
+void schedule(benchmark::State& state)
+{
+    const auto input = busyUnit();
+    Scheduler scheduler;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(scheduler.schedule(input));
+}
+BENCHMARK(schedule)->Name("Scheduler/schedule");
+
+/** What the manager pays in any case: a fresh description of every page. */
+void copyInput(benchmark::State& state)
+{
+    const auto input = busyUnit();
+    for (auto _ : state)
+    {
+        auto copy = input;
+        for (auto& [page, info] : copy.pages)
+            info = new ScheduleInfo(*info);
+        benchmark::DoNotOptimize(copy);
+    }
+}
+BENCHMARK(copyInput)->Name("Scheduler/copyOfTheInput");
+
+} // namespace

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "EngineApi/Settings.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+
+#include <mutex>
+
+namespace EngineLayer
+{
+
+/**
+    The engine's door to the settings store: reads and writes through, tells the listeners later, on its own thread, what
+    the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
+*/
+class DataManager : public Kernel::ComponentTask, public Kernel::Singleton<DataManager>
+{
+public:
+    juce::int32 getInt(int index) const;
+    juce::String getString(int index) const;
+    /** Nothing happens when the value is stored already. A value that cannot be stored is not announced. */
+    void setInt(int index, juce::int32 value, bool notify, int origin);
+    void setString(int index, const juce::String& value, bool notify, int origin);
+    Platform::Bundle::Ptr formatSetting(int index) const;
+
+    /** A listener that is added twice is called twice; removing takes its first entry. Not owned. */
+    void addListener(EngineApi::SettingDataChangeListener* listener);
+    /** Waits for a call that runs on the data manager's thread, so that the listener may be deleted afterwards. */
+    void removeListener(EngineApi::SettingDataChangeListener* listener);
+
+    /** False when the store or its factory values cannot be had; the store has logged why. */
+    bool loadSystemFile();
+    bool loadFactoryFile();
+
+    /** A reset was asked for in the life of this process; a full one also sets the first. */
+    bool isResetInProgress() const { return resetInProgress; }
+    bool isFullReset() const { return fullReset; }
+
+    void onRelease() override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+
+private:
+    friend class Kernel::Singleton<DataManager>;
+    DataManager() = default;
+
+    void postChange(int index, int origin);
+    void notifyListeners(int index, int origin);
+    void reset();
+    bool isRegistered(EngineApi::SettingDataChangeListener* listener) const;
+
+    std::vector<EngineApi::SettingDataChangeListener*> listeners;
+    mutable std::mutex listLock;
+    /** Held during each call of a listener; a listener may remove itself and others. */
+    std::recursive_mutex callLock;
+    std::atomic<bool> fullReset { false };
+    std::atomic<bool> resetInProgress { false };
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace EngineLayer
+{
+
+/** Cuts the received byte stream back into frames. Knows no device, thread or clock. */
+class HostFrameParser
+{
+public:
+    class Sink
+    {
+    public:
+        virtual ~Sink() = default;
+        /** An intact acknowledgement frame: the acknowledged sequence and its value byte. */
+        virtual void onAcknowledgement(int sequence, int value) = 0;
+        /** Any other intact frame, sync to checksum, 6 to 110 bytes; valid during the call. */
+        virtual void onFrame(const std::uint8_t* frame, int length) = 0;
+        /** A frame of plausible length whose checksum is wrong; it is skipped whole. */
+        virtual void onChecksumError() = 0;
+    };
+
+    static constexpr int capacity = 1024;
+
+    /**
+        Takes one chunk and hands on what is complete. A chunk that does not fit is lost and counted; the bytes held are
+        searched for frames before the next one, so that even a stream of broken headers cannot block the link.
+    */
+    void appendReceived(const void* bytes, int n, Sink& sink);
+
+    /** One pass over the bytes. Answers how many at the end are to be kept for the next pass. */
+    static int parseFrames(const std::uint8_t* buffer, int count, Sink& sink);
+
+    void reset();
+    /** Bytes that wait for the rest of their frame. */
+    int held() const { return count; }
+    int lostChunks() const { return lost; }
+
+private:
+    void parseHeld(Sink& sink);
+
+    std::array<std::uint8_t, capacity> buffer {};
+    int count = 0;
+    int lost = 0;
+    bool blocked = false;
+};
+
+} // namespace EngineLayer

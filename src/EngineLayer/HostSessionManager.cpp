@@ -1,0 +1,409 @@
+#include "EngineLayer/HostSessionManager.h"
+
+#include "EngineLayer/HostCommands.h"
+#include "EngineLayer/MonitorSendThread.h"
+#include "factory/MsgSpecialHandler.h"
+#include "kernel/MessageIds.h"
+#include "kernel/SystemEngine.h"
+#include "lowlayer/HostcommDev.h"
+#include "platform/Configuration.h"
+#include "platform/Logger.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+constexpr const char* logFile = "EngineLayer/HostSessionManager";
+constexpr const char* logTag = "HostSessionManager";
+
+/** Line numbers under which the log is read and filtered. */
+enum LogLine {
+    lineResend = 126,
+    lineSendError = 147,
+    lineAcknowledged = 181,
+    lineSendCommand = 401,
+    lineHardwareFail = 406,
+    lineReceiveCommand = 468
+};
+
+constexpr const char* monitorGroup = "MonitorSendThread";
+constexpr int monitorPriority = 5;
+constexpr int noSequence = 65535; ///< matches no sequence byte
+
+Platform::Logger& logger()
+{
+    return *Platform::Logger::getInstance();
+}
+
+} // namespace
+
+HostSessionManager::HostSessionManager()
+    : lastSequence(noSequence)
+    , previousSequence(noSequence)
+{
+}
+
+HostSessionManager::~HostSessionManager() = default;
+
+void HostSessionManager::initialize()
+{
+    LowLayer::HostcommDev::getInstance()->setClient(this);
+    sequenceCounter = 0;
+    lastSequence = previousSequence = noSequence;
+    waitingForAcknowledgement = false;
+    inFlight = nullptr;
+    auto* engine = Kernel::SystemEngine::getInstance();
+    engine->createGroup(monitorGroup, monitorPriority);
+    monitor = new MonitorSendThread();
+    monitor->assignId(Kernel::monitorSendThreadId);
+    engine->registerComponent(monitorGroup, monitor.get());
+}
+
+void HostSessionManager::onStop()
+{
+    if (monitor != nullptr)
+        monitor->stopWatching();
+}
+
+void HostSessionManager::onRelease()
+{
+    monitor = nullptr;
+    LowLayer::HostcommDev::getInstance()->clearClient();
+    {
+        const juce::ScopedLock guard(queueLock);
+        sendQueue.clear();
+    }
+    inFlight = nullptr;
+    frameBuffers.clear();
+}
+
+void HostSessionManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                                       const Kernel::Payload& payload)
+{
+    switch (id)
+    {
+    case msgFrameReceived:
+        frameReceived(arg1, payload);
+        break;
+    case msgAcknowledged:
+        acknowledged(arg1, arg2);
+        break;
+    case msgSendNext:
+        sendNext();
+        break;
+    case msgSendNow:
+        sendNow(payload);
+        break;
+    case msgResend:
+        resend(arg1);
+        break;
+    case msgSendFailed:
+        sendFailed(arg1);
+        break;
+    default:
+        break;
+    }
+}
+
+// Sending, callers' threads.
+
+void HostSessionManager::sendCommand(int command)
+{
+    auto frame = HostDataFormat::obtainFrame();
+    frame->build(command);
+    queue(std::move(frame), false);
+}
+
+void HostSessionManager::sendCommand(int command, int b1)
+{
+    auto frame = HostDataFormat::obtainFrame();
+    frame->build(command, b1);
+    queue(std::move(frame), false);
+}
+
+void HostSessionManager::sendCommand(int command, int b1, int b2)
+{
+    auto frame = HostDataFormat::obtainFrame();
+    frame->build(command, b1, b2);
+    queue(std::move(frame), false);
+}
+
+void HostSessionManager::sendCommand(int command, int b1, int b2, int b3)
+{
+    auto frame = HostDataFormat::obtainFrame();
+    frame->build(command, b1, b2, b3);
+    queue(std::move(frame), false);
+}
+
+void HostSessionManager::sendData(int command, const void* data, int n)
+{
+    sendBlock(command, data, n, false);
+}
+
+void HostSessionManager::sendDataUrgent(int command, const void* data, int n)
+{
+    sendBlock(command, data, n, true);
+}
+
+void HostSessionManager::sendBlock(int command, const void* data, int n, bool urgent)
+{
+    if (data != nullptr && (n < 0 || n > HostFrame::maxDataLength))
+    {
+        ++refusedSends;
+        logger().logError(logFile, __LINE__, logTag, "%s not sent: %d data bytes, a frame carries %d",
+                          hostCommand(command).sentName, n, HostFrame::maxDataLength);
+        return;
+    }
+    auto frame = HostDataFormat::obtainFrame();
+    if (!frame->buildBlock(command, data, n))
+        frame->build(command);
+    queue(std::move(frame), urgent);
+}
+
+void HostSessionManager::queue(HostDataFormat::Ptr frame, bool urgent)
+{
+    SendItem::Ptr item = new SendItem();
+    item->frame = std::move(frame);
+    if (!append(item, urgent))
+        return;
+    (urgent ? Kernel::postUrgentSystemMessage : Kernel::postSystemMessage)(Kernel::hostSessionManagerId, msgSendNext, 0,
+                                                                           0, nullptr);
+}
+
+bool HostSessionManager::append(const SendItem::Ptr& item, bool urgent)
+{
+    const juce::ScopedLock guard(queueLock);
+    if (sendQueue.size() >= maxWaitingFrames)
+    {
+        ++refusedSends;
+        if (!std::exchange(queueFull, true))
+            logger().logError(logFile, __LINE__, logTag, "%d frames wait, %s and what follows is not sent",
+                              maxWaitingFrames, hostCommand(item->frame->commandOf()).sentName);
+        return false;
+    }
+    if (urgent)
+        sendQueue.push_front(item);
+    else
+        sendQueue.push_back(item);
+    return true;
+}
+
+HostSessionManager::SendItem::Ptr HostSessionManager::takeFront()
+{
+    const juce::ScopedLock guard(queueLock);
+    queueFull = false;
+    if (sendQueue.empty())
+        return nullptr;
+    auto item = std::move(sendQueue.front());
+    sendQueue.pop_front();
+    return item;
+}
+
+// Sending, group thread.
+
+void HostSessionManager::sendNext()
+{
+    if (waitingForAcknowledgement || monitor == nullptr)
+        return;
+    inFlight = takeFront();
+    if (inFlight == nullptr)
+    {
+        monitor->stopWatching();
+        return;
+    }
+    ++sequenceCounter;
+    inFlight->frame->setSequence(sequenceCounter);
+    waitingForAcknowledgement = true;
+    transmit(*inFlight->frame);
+    monitor->watch(sequenceCounter);
+}
+
+void HostSessionManager::sendNow(const Kernel::Payload& payload)
+{
+    if (auto* frame = Kernel::payloadAs<HostDataFormat>(payload))
+    {
+        transmit(*frame);
+        HostDataFormat::releaseFrame(*frame);
+    }
+}
+
+void HostSessionManager::transmit(const HostDataFormat& frame)
+{
+    const bool debug = Platform::CorvaneConfig::isSystemDebug();
+    if (debug)
+        logger().logInfo(logFile, lineSendCommand, logTag,
+                         "Host Send cmd: " + juce::String(hostCommand(frame.commandOf()).sentName));
+    // A write that failed is made good by the resends.
+    if (!LowLayer::HostcommDev::getInstance()->write(frame.getBytes(), frame.getFrameLength()) && debug)
+        logger().logError(logFile, lineHardwareFail, logTag, "Host Send data hardware fail!");
+}
+
+void HostSessionManager::acknowledged(int sequence, int value)
+{
+    logger().logError(logFile, lineAcknowledged, logTag, "MCU received ACK arg1: %d, arg2: %d", sequence, value);
+    if (!waitingForAcknowledgement || sequence != sequenceCounter || inFlight == nullptr)
+        return;
+    releaseInFlight();
+    monitor->stopWatching();
+    sendNext();
+}
+
+void HostSessionManager::resend(int sequence)
+{
+    // The monitor may have asked just before the acknowledgement came; by now the next frame can be in flight.
+    if (isStale(sequence))
+        return;
+    if (waitingForAcknowledgement && inFlight != nullptr)
+    {
+        logger().logError(logFile, lineResend, logTag,
+                          "MCU ReSend ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+        transmit(*inFlight->frame);
+        return;
+    }
+    waitingForAcknowledgement = false;
+    sendNext();
+}
+
+void HostSessionManager::sendFailed(int sequence)
+{
+    if (isStale(sequence))
+        return;
+    if (inFlight != nullptr)
+    {
+        logger().logError(logFile, lineSendError, logTag,
+                          "MCU Send Error ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+        releaseInFlight();
+    }
+    waitingForAcknowledgement = false;
+    sendNext();
+}
+
+void HostSessionManager::releaseInFlight()
+{
+    HostDataFormat::releaseFrame(*inFlight->frame);
+    inFlight = nullptr;
+    waitingForAcknowledgement = false;
+}
+
+// Receiving, group thread.
+
+void HostSessionManager::onData(int kind, int length, juce::ReferenceCountedObject* data)
+{
+    const auto* bytes = dynamic_cast<LowLayer::BytePool*>(data);
+    if (kind == LowLayer::hostBytesReceived && bytes != nullptr)
+        parser.appendReceived(bytes->dataPointer(), std::min(length, bytes->length()), *this);
+}
+
+void HostSessionManager::onAcknowledgement(int sequence, int value)
+{
+    Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgAcknowledged, sequence, value);
+}
+
+void HostSessionManager::onFrame(const std::uint8_t* frame, int length)
+{
+    const int sequence = frame[HostFrame::sequenceAt];
+    if (sequence == lastSequence || sequence == previousSequence)
+        return;
+    previousSequence = std::exchange(lastSequence, sequence);
+    auto buffer = frameBuffers.obtain();
+    buffer->assign(frame, length);
+    Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgFrameReceived, length, 0, std::move(buffer));
+}
+
+void HostSessionManager::onChecksumError()
+{
+    logger().logError(logFile, __LINE__, logTag, "MCU Recv CheckSum Error");
+}
+
+void HostSessionManager::frameReceived(int length, const Kernel::Payload& payload)
+{
+    auto* buffer = Kernel::payloadAs<LowLayer::BytePool>(payload);
+    if (buffer == nullptr || length > buffer->length() || length < HostFrame::dataAt)
+        return;
+    const auto* frame = buffer->dataPointer();
+    acknowledge(frame[HostFrame::sequenceAt]);
+    if (frame[0] == HostFrame::sync1)
+        dispatch(frame, length);
+    buffer->recycle();
+}
+
+void HostSessionManager::acknowledge(int sequence)
+{
+    auto frame = HostDataFormat::obtainFrame();
+    frame->buildAcknowledgement(0);
+    frame->setSequence(sequence);
+    Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgSendNow, 0, 0, std::move(frame));
+}
+
+void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
+{
+    const int command = HostFrame::command(frame);
+    if (Platform::CorvaneConfig::isSystemDebug())
+        logger().logInfo(logFile, lineReceiveCommand, logTag,
+                         "Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
+    // Nothing reaches the managers before the answer to the request for the last memory.
+    if (!synchronised && command != EngineApi::EVENT_GET_LAST_MEMORY)
+        return;
+    const int dataLength = std::max(0, length - HostFrame::overhead);
+    LowLayer::BytePool::Ptr data;
+    if (dataLength > 0)
+    {
+        data = frameBuffers.obtain();
+        data->assign(frame + HostFrame::dataAt, dataLength);
+    }
+    Kernel::postSystemMessage(Factory::MsgSpecialHandler::getInstance()->componentForHostCommand(command),
+                              Kernel::MSG_HOST_EVENT, command, dataLength, std::move(data));
+    synchronised = true;
+}
+
+} // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::HostSessionManager& session()
+{
+    return *EngineLayer::HostSessionManager::getInstance();
+}
+
+} // namespace
+
+void sendCommand(int command)
+{
+    session().sendCommand(command);
+}
+
+void sendCommand(int command, int b1)
+{
+    session().sendCommand(command, b1);
+}
+
+void sendCommand(int command, int b1, int b2)
+{
+    session().sendCommand(command, b1, b2);
+}
+
+void sendCommand(int command, int b1, int b2, int b3)
+{
+    session().sendCommand(command, b1, b2, b3);
+}
+
+void sendData(int command, const void* data, int length)
+{
+    session().sendData(command, data, length);
+}
+
+void sendDataUrgent(int command, const void* data, int length)
+{
+    session().sendDataUrgent(command, data, length);
+}
+
+} // namespace EngineApi

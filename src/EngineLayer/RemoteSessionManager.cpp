@@ -1,0 +1,205 @@
+#include "EngineLayer/RemoteSessionManager.h"
+
+#include "EngineApi/Pages.h"
+#include "EngineApi/Programs.h"
+#include "kernel/MessageIds.h"
+#include "lowlayer/RemotecommDev.h"
+#include "platform/CommandLine.h"
+#include "platform/Logger.h"
+#include "platform/Pubhead.h"
+
+using namespace EngineApi;
+using LowLayer::RemotecommDev;
+using Platform::RemoteMessage;
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+constexpr const char* sourceFile = "EngineLayer/RemoteSessionManager";
+constexpr const char* tag = "RemoteSessionManager";
+/** A queue of this length says that a program is not coming; it is kept all the same. */
+constexpr std::size_t suspiciousQueue = 1000;
+
+bool isValid(int appType)
+{
+    return appType >= 0 && appType < Pubhead::numOfAppTypes;
+}
+
+/** A program that does not run has no source to leave. */
+bool isPointlessLater(const RemoteMessage& message)
+{
+    if (message.what == RMSG_SOURCE_STOP)
+        return true;
+    if (message.what != RMSG_COMMAND_LINE)
+        return false;
+    const auto commandLine = Platform::RemoteObjFormat::generateCommandLine(message.bundle);
+    return commandLine != nullptr && commandLine->isSourceExit();
+}
+
+} // namespace
+
+void RemoteSessionManager::initialize()
+{
+    RemotecommDev::getInstance()->setClient(this);
+}
+
+void RemoteSessionManager::onRelease()
+{
+    RemotecommDev::getInstance()->setClient(nullptr);
+    removeConnectListener(this);
+}
+
+void RemoteSessionManager::handleMessage(juce::int32 id, juce::int32, juce::int32, const Kernel::Payload&)
+{
+    if (id == Kernel::MSG_SYS_START)
+        addConnectListener(this);
+}
+
+bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& message)
+{
+    const juce::ScopedLock guard(lock);
+    if (registeredApps.count(appType) != 0)
+        return RemotecommDev::getInstance()->postToApp(appType, message);
+    if (isPointlessLater(*message))
+        return false;
+    auto& queue = pendingMessages[appType];
+    queue.push_back(message);
+    if (queue.size() == suspiciousQueue)
+        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "%d messages wait for %s",
+                                                  static_cast<int>(suspiciousQueue), Pubhead::appTypeName(appType));
+    return false;
+}
+
+void RemoteSessionManager::addMsgFilter(juce::int32 what, RemoteMsgFilterInterface* filter)
+{
+    const juce::ScopedLock guard(lock);
+    msgFilters[what] = filter;
+}
+
+bool RemoteSessionManager::isAppRegistered(int appType) const
+{
+    const juce::ScopedLock guard(lock);
+    return registeredApps.count(appType) != 0;
+}
+
+std::vector<int> RemoteSessionManager::getRegisteredApps() const
+{
+    const juce::ScopedLock guard(lock);
+    return { registeredApps.begin(), registeredApps.end() };
+}
+
+void RemoteSessionManager::onData(int kind, int appType, juce::ReferenceCountedObject* data)
+{
+    auto* message = dynamic_cast<RemoteMessage*>(data);
+    auto* logger = Platform::Logger::getInstance();
+    switch (kind)
+    {
+    case LowLayer::MSG_REMOTE_REGIST:
+        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_REGIST: %s", Pubhead::appTypeName(appType));
+        // A name alone is not enough: a program that has just started registers with its hello.
+        if (isValid(appType) && getAppState(appType) == kConnected)
+            registerApp(appType);
+        break;
+    case LowLayer::MSG_REMOTE_FORWARD:
+        if (isValid(appType) && message != nullptr)
+            sendToApp(appType, message);
+        break;
+    case LowLayer::MSG_REMOTE_UNREGIST:
+        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_UNREGIST: %s", Pubhead::appTypeName(appType));
+        if (isValid(appType))
+            unregisterApp(appType);
+        [[fallthrough]];
+    case LowLayer::MSG_REMOTE_MSG_REV:
+        if (message != nullptr)
+            receive(appType, *message);
+        break;
+    default:
+        break;
+    }
+}
+
+void RemoteSessionManager::receive(int appType, RemoteMessage& message)
+{
+    if (!isValid(appType))
+    {
+        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "MSG_REMOTE_MSG_REV AppType error");
+        return;
+    }
+    RemoteMsgFilterInterface* filter = nullptr;
+    {
+        const juce::ScopedLock guard(lock);
+        if (const auto found = msgFilters.find(message.what); found != msgFilters.end())
+            filter = found->second;
+    }
+    if (filter != nullptr)
+        filter->onFilterMessage(message);
+    else
+        postToPageOf(appType, Kernel::MSG_APP_REMOTE, &message);
+}
+
+void RemoteSessionManager::registerApp(int appType)
+{
+    {
+        const juce::ScopedLock guard(lock);
+        registeredApps.insert(appType);
+        const auto waiting = pendingMessages.find(appType);
+        if (waiting != pendingMessages.end())
+        {
+            for (const auto& message : waiting->second)
+                RemotecommDev::getInstance()->postToApp(appType, message);
+            pendingMessages.erase(waiting);
+        }
+    }
+    postToPageOf(appType, Kernel::MSG_APP_CONNECTED);
+}
+
+void RemoteSessionManager::unregisterApp(int appType)
+{
+    {
+        const juce::ScopedLock guard(lock);
+        registeredApps.erase(appType);
+        pendingMessages.erase(appType);
+    }
+    postToPageOf(appType, Kernel::MSG_APP_DISCONNECTED);
+}
+
+void RemoteSessionManager::dropPending(int appType)
+{
+    const juce::ScopedLock guard(lock);
+    pendingMessages.erase(appType);
+}
+
+void RemoteSessionManager::onAppConnectState(int appType, int state)
+{
+    switch (state)
+    {
+    case kDisconnect:
+        unregisterApp(appType);
+        break;
+    case kStarting:
+        dropPending(appType);
+        break;
+    case kConnected:
+        registerApp(appType);
+        break;
+    case kClosing:
+    {
+        const juce::ScopedLock guard(lock);
+        registeredApps.erase(appType);
+        pendingMessages.erase(appType);
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void RemoteSessionManager::postToPageOf(int appType, juce::int32 id, Kernel::Payload payload)
+{
+    postToPage(getPageOfAppType(appType), id, 0, 0, std::move(payload));
+}
+
+} // namespace EngineLayer

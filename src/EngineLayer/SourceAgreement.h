@@ -1,0 +1,45 @@
+#pragma once
+
+namespace EngineLayer
+{
+
+/** A source as the microcontroller names it. */
+struct McuSource
+{
+    int type = -1;
+    int number = -1;
+
+    bool isComplete() const { return type >= 0 && number >= 0; }
+    bool operator==(const McuSource&) const = default;
+};
+
+/** Keeps the unit and its microcontroller of one mind about the source that plays; either side may change it. */
+class SourceAgreement
+{
+public:
+    enum class Request {
+        repeated, ///< the pair is known; it only confirms
+        first,    ///< the first one since the last-memory answer: the unit starts with it
+        schedule  ///< switch to it now
+    };
+    enum class Report {
+        nothing, ///< the unit is on the way to what the microcontroller asked for
+        ask,     ///< ask the microcontroller to follow
+        confirm  ///< the unit has reached what the microcontroller asked for
+    };
+
+    /** The microcontroller has answered the last-memory request: its next request is the first. */
+    void restart() { firstRequestSeen = false; }
+    Request mcuRequests(McuSource source);
+    void mcuConfirms(McuSource source);
+    Report unitSwitchedTo(McuSource source);
+
+    bool isAgreed() const { return agreed; }
+
+private:
+    McuSource pending;
+    bool agreed = true;
+    bool firstRequestSeen = false;
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,467 @@
+#include "Extend/ExeMonitor.h"
+
+#include "kernel/MessageIds.h"
+#include "kernel/SystemEngine.h"
+#include "platform/CommandLine.h"
+#include "platform/Logger.h"
+#include "platform/Pubhead.h"
+#include "platform/Window.h"
+
+#include <algorithm>
+
+namespace EngineLayer
+{
+
+using namespace EngineApi;
+using Platform::IPCMsg::MessageHelper;
+
+namespace
+{
+
+constexpr const char* logFile = "Extend/ExeMonitor_win32";
+constexpr const char* logTag = "ExeMonitor";
+
+constexpr int heartbeatPeriodMs = 6000;
+constexpr int closingPeriodMs = 1500;
+constexpr int toleratedFailedHeartbeats = 5;
+constexpr int anyProcess = -1;
+constexpr const char* commandLineOption = "--command-line";
+
+const char* stateName(int state)
+{
+    switch (state)
+    {
+    case kDisconnect:
+        return "kDisconnect";
+    case kStarting:
+        return "kStarting";
+    case kConnected:
+        return "kConnected";
+    case kDead:
+        return "kDead";
+    case kClosing:
+        return "kClosing";
+    default:
+        return "";
+    }
+}
+
+juce::String appText(int appType)
+{
+    return juce::String("AppType: ") + Pubhead::appTypeName(appType);
+}
+
+bool holdsNothing(const Platform::Bundle::Ptr& bundle)
+{
+    return bundle == nullptr || bundle->isEmpty();
+}
+
+void sendCommandLine(int appType, const Platform::Bundle::Ptr& bundle)
+{
+    if (!holdsNothing(bundle))
+        sendRemoteMessage(appType, RMSG_COMMAND_LINE, 0, 0, bundle);
+}
+
+/** The command line as JSON, "" for none. */
+juce::String renderCommandLine(const Platform::Bundle::Ptr& bundle, bool background)
+{
+    if (holdsNothing(bundle) && !background)
+        return {};
+    if (Platform::RemoteObjFormat::generateCommandLine(bundle) != nullptr)
+        return Platform::CmdLineHelper::genCommandLine(bundle);
+    const auto stayHidden = Platform::AppCommandLine::genCmdPageHide(Pubhead::NUM_OF_PAGES, Pubhead::NUM_OF_PAGES);
+    if (!holdsNothing(bundle))
+        stayHidden->putExtraData(bundle);
+    return Platform::CmdLineHelper::genCommandLine(Platform::RemoteObjFormat::formatCommandLine(*stayHidden));
+}
+
+struct RunningProgram
+{
+    bool found = false;
+    Platform::ProcessHandle process; ///< null when it cannot be told
+};
+
+/** Past the queue of the channel, so that the answer goes out before everything that waits for the program there. */
+void acknowledgeHello(int appType)
+{
+    const auto answer = Platform::RemoteMessage::obtain();
+    answer->what = RMSG_APP_HELLO_ACK;
+    answer->arg1 = appType;
+    if (!MessageHelper::postMessage(appType, answer))
+        sendRemoteMessage(appType, answer);
+}
+
+/** The foreign navigation program is known by its window, every other by the owner of its name on the bus. */
+RunningProgram findRunningProgram(int appType)
+{
+    int pid = -1;
+    if (appType == Pubhead::AppNavi)
+    {
+        const auto window = Platform::findWindow(MessageHelper::getDestName(appType));
+        if (window == Platform::noWindow)
+            return {};
+        pid = Platform::windowProcess(window);
+    }
+    else
+    {
+        if (!MessageHelper::isPresent(appType))
+            return {};
+        pid = MessageHelper::ownerProcess(appType);
+    }
+    if (pid < 0)
+        return { true, nullptr };
+    // A process that is gone takes its window or name with it, even where the news has not arrived yet.
+    auto process = Platform::openProcess(pid);
+    return { process != nullptr, process };
+}
+
+} // namespace
+
+ExeMonitor::ExeMonitor()
+    : Kernel::SystemTimer(Kernel::exeMonitorId)
+    , monitor(lock, [this](int appType) { handleProcessEnd(appType); })
+{
+}
+
+ExeMonitor::~ExeMonitor()
+{
+    monitor.stop();
+}
+
+void ExeMonitor::initialize()
+{
+    monitor.startThread();
+}
+
+void ExeMonitor::onStop()
+{
+    monitor.stop();
+    stopTimer(heartbeatTimer);
+    stopTimer(closingTimer);
+}
+
+bool ExeMonitor::launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle,
+                           bool background)
+{
+    const LaunchRequest::Ptr request = new LaunchRequest;
+    request->appType = appType;
+    request->page = page;
+    request->path = path;
+    request->bundle = std::move(bundle);
+    request->background = background;
+    return launch(request);
+}
+
+bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)
+{
+    if (getAppState(appType) != kConnected)
+        return launchApp(appType, page, path, std::move(bundle), false);
+    setNextPage(page);
+    sendCommandLine(appType, bundle);
+    return true;
+}
+
+bool ExeMonitor::launch(const LaunchRequest::Ptr& request)
+{
+    const int appType = request->appType;
+    const juce::ScopedLock launching(launchLock);
+    int state = kDisconnect;
+    {
+        const juce::ScopedLock guard(lock);
+        state = getAppState(appType);
+        // Posted under the lock: the end of the closing process is handled after it and finds the request in the queue.
+        if (state == kClosing)
+            Kernel::postSystemMessage(Kernel::exeMonitorId, msgQueueLaunch, 0, 0, request.get());
+    }
+    if (state == kClosing)
+        return false;
+    if (state == kDisconnect)
+    {
+        if (!start(*request))
+            return false;
+    }
+    else
+    {
+        sendCommandLine(appType, request->bundle);
+    }
+    if (!request->background)
+        setNextPage(request->page);
+    return true;
+}
+
+bool ExeMonitor::start(const LaunchRequest& request)
+{
+    const int appType = request.appType;
+    if (const auto running = findRunningProgram(appType); running.found)
+    {
+        setAppState(appType, kConnected);
+        monitor.watchProcess(appType, running.process);
+        if (!holdsNothing(request.bundle))
+            Kernel::postSystemMessage(Kernel::exeMonitorId, msgCommandLine, appType, 0, request.bundle.get());
+        return true;
+    }
+    if (request.path.isEmpty())
+    {
+        Platform::Logger::getInstance()->logError(
+            logFile, __LINE__, logTag, appText(appType) + " | no program for page " + Pubhead::pageName(request.page));
+        return false;
+    }
+    juce::StringArray arguments;
+    if (appType != Pubhead::AppNavi)
+        if (const auto commandLine = renderCommandLine(request.bundle, request.background); commandLine.isNotEmpty())
+            arguments = { commandLineOption, commandLine };
+    const auto process = Platform::createProcess(request.path, arguments);
+    if (process == nullptr)
+    {
+        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
+                                                  appText(appType) + " | cannot be started: " + request.path);
+        return false;
+    }
+    MessageHelper::expectProcess(appType, process->getPid());
+    // The state first: a process that has ended already takes it back as soon as it is watched.
+    setAppState(appType, kStarting);
+    monitor.watchProcess(appType, process);
+    return true;
+}
+
+void ExeMonitor::terminateApp(int appType)
+{
+    Platform::ProcessHandle process;
+    {
+        const juce::ScopedLock guard(lock);
+        if (getAppState(appType) != kDisconnect)
+            process = monitor.getProcess(appType);
+    }
+    if (process == nullptr)
+        return;
+    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, appText(appType) + " | terminated");
+    process->terminate();
+}
+
+void ExeMonitor::setAppState(int appType, int state)
+{
+    const juce::ScopedLock guard(lock);
+    auto& stored = appStates.try_emplace(appType, kDisconnect).first->second;
+    if (stored == state)
+        return;
+    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
+                                             appText(appType) + " | State: " + stateName(state));
+    stored = state;
+    if (state == kDisconnect)
+        heartbeatPending.erase(appType);
+    // Under the lock, so that the changes are told in the order in which they happened.
+    Kernel::postSystemMessage(Kernel::exeMonitorId, msgStateChanged, appType, state);
+}
+
+int ExeMonitor::getAppState(int appType) const
+{
+    const juce::ScopedLock guard(lock);
+    const auto found = appStates.find(appType);
+    return found == appStates.end() ? kDisconnect : found->second;
+}
+
+void ExeMonitor::addConnectListener(AppConnectStateInterface* listener)
+{
+    const juce::ScopedLock guard(lock);
+    if (std::find(connectListeners.begin(), connectListeners.end(), listener) == connectListeners.end())
+        connectListeners.push_back(listener);
+}
+
+void ExeMonitor::removeConnectListener(AppConnectStateInterface* listener)
+{
+    const juce::ScopedLock guard(lock);
+    std::erase(connectListeners, listener);
+}
+
+void ExeMonitor::onFilterMessage(const Platform::RemoteMessage& message)
+{
+    const int appType = message.appType; // As the bus names it; what the program says of itself does not count.
+    if (message.arg1 != appType)
+        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
+                                                  appText(appType) + " | calls itself " + juce::String(message.arg1));
+    if (message.what == RMSG_APP_HELLO)
+    {
+        // A program may speak before its launch is recorded: kStarting comes first all the same.
+        const juce::ScopedLock launching(launchLock);
+        Kernel::postSystemMessage(Kernel::exeMonitorId, msgHello, appType, message.arg2);
+    }
+    else if (message.what == RMSG_HEARTBEAT_REPLY)
+    {
+        Kernel::postSystemMessage(Kernel::exeMonitorId, msgHeartbeatReply, appType, message.arg2);
+    }
+}
+
+void ExeMonitor::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload)
+{
+    switch (id)
+    {
+    case Kernel::MSG_SYS_START:
+        return handleStart();
+    case Kernel::MSG_SYS_READY:
+        return startTimer(heartbeatTimer, heartbeatPeriodMs);
+    case Kernel::MSG_SYS_TIMER:
+        return handleTimer(arg1);
+    case msgHello:
+        return handleHello(arg1);
+    case msgHeartbeatReply:
+        return handleHeartbeatReply(arg1);
+    case msgStateChanged:
+        return handleStateChange(arg1, arg2);
+    case msgCommandLine:
+        return sendCommandLine(arg1, Kernel::payloadAs<Platform::Bundle>(payload));
+    case msgQueueLaunch:
+        if (auto* request = Kernel::payloadAs<LaunchRequest>(payload))
+        {
+            launchQueue.push_back(request);
+            startTimer(closingTimer, closingPeriodMs);
+        }
+        return;
+    default:
+        return;
+    }
+}
+
+void ExeMonitor::handleStart()
+{
+    addRemoteMsgFilter(RMSG_APP_HELLO, this);
+    addRemoteMsgFilter(RMSG_HEARTBEAT_REPLY, this);
+    broadcastRemoteMessage(RMSG_ENGINE_STARTED, 0, 0);
+}
+
+void ExeMonitor::handleTimer(int timerId)
+{
+    if (timerId == heartbeatTimer)
+        runHeartbeatCycle();
+    else if (timerId == closingTimer)
+        endClosingApps();
+}
+
+void ExeMonitor::handleHello(int appType)
+{
+    if (!monitor.isProcessRunning(appType))
+        monitor.watchProcess(appType, findRunningProgram(appType).process);
+    acknowledgeHello(appType);
+    setAppState(appType, kConnected);
+}
+
+void ExeMonitor::handleHeartbeatReply(int appType)
+{
+    const juce::ScopedLock guard(lock);
+    heartbeatPending.erase(appType);
+}
+
+void ExeMonitor::handleStateChange(int appType, int state)
+{
+    if (state == kDisconnect)
+        runQueuedLaunches(appType);
+    std::vector<AppConnectStateInterface*> listeners;
+    {
+        const juce::ScopedLock guard(lock);
+        listeners = connectListeners;
+    }
+    for (auto* listener : listeners)
+        listener->onAppConnectState(appType, state);
+}
+
+void ExeMonitor::handleProcessEnd(int appType)
+{
+    MessageHelper::expectProcess(appType, anyProcess);
+    setAppState(appType, kDisconnect);
+}
+
+void ExeMonitor::runQueuedLaunches(int appType)
+{
+    if (launchQueue.empty())
+        return;
+    // Out of the queue first: a launch that has to wait again comes back as a message.
+    const auto due = std::stable_partition(launchQueue.begin(), launchQueue.end(),
+                                           [=](const auto& request) { return request->appType != appType; });
+    const std::vector<LaunchRequest::Ptr> requests(due, launchQueue.end());
+    launchQueue.erase(due, launchQueue.end());
+    if (launchQueue.empty())
+        stopTimer(closingTimer);
+    for (const auto& request : requests)
+        launch(request);
+}
+
+void ExeMonitor::runHeartbeatCycle()
+{
+    std::set<int> silentApps;
+    {
+        const juce::ScopedLock guard(lock);
+        silentApps.swap(heartbeatPending);
+        for (const auto& [appType, state] : appStates)
+            if (state == kConnected)
+                heartbeatPending.insert(appType);
+    }
+    judgeHeartbeat(silentApps);
+    broadcastRemoteMessage(RMSG_HEARTBEAT, 0, 0);
+}
+
+void ExeMonitor::judgeHeartbeat(const std::set<int>& silentApps)
+{
+    if (silentApps.empty())
+    {
+        failedHeartbeats = 0;
+        Platform::debugPrint("heat beat success\r\n");
+        return;
+    }
+    for (const int appType : silentApps)
+        Platform::debugPrint("heat beat failure::%s\r\n", Pubhead::appTypeName(appType));
+    ++failedHeartbeats;
+    if (failedHeartbeats > toleratedFailedHeartbeats)
+        Kernel::postSystemMessage(Kernel::deviceStatusManagerId, Kernel::MSG_HEARTBEAT_STOP, 0, 0);
+}
+
+void ExeMonitor::endClosingApps()
+{
+    // A program that has ended meanwhile is left to its change of state, which is on its way and runs the launches.
+    for (const auto& request : launchQueue)
+        if (getAppState(request->appType) == kClosing)
+            terminateApp(request->appType);
+}
+
+} // namespace EngineLayer
+
+namespace EngineApi
+{
+
+using EngineLayer::ExeMonitor;
+
+bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background)
+{
+    return ExeMonitor::getInstance()->launchApp(appType, page, path, std::move(bundle), background);
+}
+
+bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)
+{
+    return ExeMonitor::getInstance()->showOrLaunchApp(appType, page, path, std::move(bundle));
+}
+
+void terminateApp(int appType)
+{
+    ExeMonitor::getInstance()->terminateApp(appType);
+}
+
+void setAppState(int appType, int state)
+{
+    ExeMonitor::getInstance()->setAppState(appType, state);
+}
+
+int getAppState(int appType)
+{
+    return ExeMonitor::getInstance()->getAppState(appType);
+}
+
+void addConnectListener(AppConnectStateInterface* listener)
+{
+    ExeMonitor::getInstance()->addConnectListener(listener);
+}
+
+void removeConnectListener(AppConnectStateInterface* listener)
+{
+    if (auto* exeMonitor = ExeMonitor::getExisting())
+        exeMonitor->removeConnectListener(listener);
+}
+
+} // namespace EngineApi

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "EngineApi/Programs.h"
+#include "Extend/MonitorThread.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+#include "kernel/SystemTimer.h"
+
+#include <set>
+
+namespace EngineLayer
+{
+
+/**
+    Starts the source programs, follows their processes and their hello, asks them for a sign of life, and tells its
+    listeners of every change of a program's state. The operations may be called from any thread.
+*/
+class ExeMonitor : public Kernel::ComponentTask,
+                   public EngineApi::RemoteMsgFilterInterface,
+                   public Kernel::SystemTimer,
+                   public Kernel::Singleton<ExeMonitor>
+{
+public:
+    enum Timer : int { heartbeatTimer = 1, closingTimer = 2 };
+
+    ~ExeMonitor() override;
+
+    bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background);
+    bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle);
+    void terminateApp(int appType);
+    void setAppState(int appType, int state);
+    int getAppState(int appType) const;
+    void addConnectListener(EngineApi::AppConnectStateInterface* listener);
+    /** Returns at once; a call that is under way on the monitor's group thread is not waited for. */
+    void removeConnectListener(EngineApi::AppConnectStateInterface* listener);
+
+    void initialize() override;
+    void onStop() override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+    void onFilterMessage(const Platform::RemoteMessage& message) override;
+
+private:
+    friend class Kernel::Singleton<ExeMonitor>;
+
+    enum PrivateMessage : juce::int32 {
+        msgHello = 1,          ///< arg1 program
+        msgHeartbeatReply = 2, ///< arg1 program
+        msgStateChanged = 3,   ///< arg1 program, arg2 new state
+        msgCommandLine = 4,    ///< arg1 program, payload bundle
+        msgQueueLaunch = 5     ///< payload the request
+    };
+
+    struct LaunchRequest : public juce::ReferenceCountedObject
+    {
+        using Ptr = juce::ReferenceCountedObjectPtr<LaunchRequest>;
+
+        int appType;
+        int page;
+        juce::String path;
+        Platform::Bundle::Ptr bundle;
+        bool background;
+    };
+
+    ExeMonitor();
+
+    bool launch(const LaunchRequest::Ptr& request);
+    bool start(const LaunchRequest& request);
+    void handleStart();
+    void handleTimer(int timerId);
+    void handleHello(int appType);
+    void handleHeartbeatReply(int appType);
+    void handleStateChange(int appType, int state);
+    void handleProcessEnd(int appType);
+    void runQueuedLaunches(int appType);
+    void runHeartbeatCycle();
+    void judgeHeartbeat(const std::set<int>& silentApps);
+    void endClosingApps();
+
+    /** One launch at a time; held while a process is made, so that nothing of it is handled half-way. */
+    juce::CriticalSection launchLock;
+    /** Guards everything up to the monitor, and its table. */
+    juce::CriticalSection lock;
+    std::map<int, int> appStates;
+    std::set<int> heartbeatPending;
+    std::vector<EngineApi::AppConnectStateInterface*> connectListeners;
+    MonitorThread monitor;
+
+    // The component's thread only.
+    std::vector<LaunchRequest::Ptr> launchQueue;
+    int failedHeartbeats = 0;
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Process.h"
+
+#include <functional>
+#include <map>
+
+namespace EngineLayer
+{
+
+/**
+    Waits for the end of the source programs' processes, at most one a program. Its table is guarded by the lock of the
+    program states, so that a state and its process change together.
+*/
+class MonitorThread : public juce::Thread
+{
+public:
+    /** `endHandler` runs on this thread and under the lock, when the process is out of the table already. */
+    MonitorThread(juce::CriticalSection& statesLock, std::function<void(int appType)> endHandler);
+    ~MonitorThread() override;
+
+    /** Replaces the program's earlier process; null changes nothing. Any thread. */
+    void watchProcess(int appType, Platform::ProcessHandle process);
+    /** Any thread. */
+    bool isProcessRunning(int appType) const;
+    /** The process that is watched for the program, or null. Any thread. */
+    Platform::ProcessHandle getProcess(int appType) const;
+
+    /** Asks the thread to end and waits at most 200 ms; one that still runs is logged and left alone. */
+    void stop();
+
+private:
+    void run() override;
+    void handleEnd(int appType, const Platform::ProcessHandle& process);
+
+    juce::CriticalSection& lock;
+    const std::function<void(int)> onEnded;
+    std::map<int, Platform::ProcessHandle> watched;
+    Platform::ProcessWaiter waiter;
+};
+
+} // namespace EngineLayer

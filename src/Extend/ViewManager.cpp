@@ -1,0 +1,351 @@
+#include "Extend/ViewManager.h"
+
+#include "EngineApi/Pages.h"
+#include "kernel/MessageIds.h"
+#include "kernel/SystemEngine.h"
+#include "platform/Logger.h"
+
+namespace EngineLayer
+{
+
+using namespace EngineApi;
+using namespace Pubhead;
+
+namespace
+{
+
+constexpr const char* logFile = "Extend/ViewManager";
+constexpr const char* logTag = "ViewManager";
+
+constexpr int requestDelayMs = 1500;
+constexpr int answerTimeoutMs = 1500;
+constexpr int reportTimeoutMs = 400;
+/** Where no answer can come. */
+constexpr int atOnceMs = 1;
+
+constexpr juce::int32 succeeded = 1;
+
+/** Titles of the navigation programs that the unit may carry, after the name of the endpoint. */
+constexpr const char* navigationTitles[] = { "iGO 8", "GPS - Navigation", "NavMate", "Navi", "QRTNavi" };
+
+constexpr const char* showStateNames[] = { "kNormal", "kHiding", "kShowing" };
+constexpr const char* pageStateNames[] = { "kAppShow", "kAppHiding", "kAppHidden" };
+
+/** False when it did not go out, also for a page that no program owns. */
+bool sendToProgram(juce::int32 what, int page)
+{
+    const int appType = appTypeOfPage(page);
+    return appType != AppUnknown && sendRemoteMessage(appType, what, page, 0);
+}
+
+} // namespace
+
+ViewManager::ViewManager()
+    : Kernel::SystemTimer(Kernel::viewManagerId)
+{
+}
+
+void ViewManager::setNextPage(int page)
+{
+    Kernel::postSystemMessage(Kernel::viewManagerId, msgSetNextPage, page, 0);
+}
+
+void ViewManager::reportTopPage(int page)
+{
+    Kernel::postSystemMessage(Kernel::viewManagerId, msgReportTopPage, page, 0);
+}
+
+void ViewManager::onRelease()
+{
+    removeConnectListener(this);
+}
+
+void ViewManager::onAppConnectState(int appType, int state)
+{
+    if (showState == kNormal && state == kDisconnect && appTypeOfPage(currentPage) == appType)
+        currentPageState = kAppHidden;
+}
+
+void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
+{
+    const auto postToSelf = [&](PrivateMessage id)
+    { Kernel::postSystemMessage(Kernel::viewManagerId, id, message.arg1, message.arg2); };
+    switch (message.what)
+    {
+    case RMSG_PAGE_REQUEST_SHOW:
+        return postToSelf(msgRequestShow);
+    case RMSG_PAGE_SHOW_READY:
+        return postToSelf(msgShowReady);
+    case RMSG_PAGE_HIDE_READY:
+        return postToSelf(msgHideReady);
+    case RMSG_PAGE_TOP_SHOWN:
+        return postToSelf(msgTopShown);
+    default:
+        return;
+    }
+}
+
+void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
+{
+    switch (id)
+    {
+    case Kernel::MSG_SYS_START:
+        return handleStart();
+    case Kernel::MSG_SYS_TIMER:
+        return handleTimer(arg1);
+    case msgSetNextPage:
+        return handleNextPage(arg1);
+    case msgRequestShow:
+        return handleRequestShow(arg1);
+    case msgHideReady:
+        return handleHideReady(arg1);
+    case msgShowReady:
+        return handleShowReady(arg1);
+    case msgReportTopPage:
+        return handleReportTopPage(arg1);
+    case msgTopShown:
+        return handleTopShown(arg1);
+    default:
+        return;
+    }
+}
+
+void ViewManager::handleStart()
+{
+    addConnectListener(this);
+    for (const auto what : { RMSG_PAGE_REQUEST_SHOW, RMSG_PAGE_HIDE_READY, RMSG_PAGE_SHOW_READY, RMSG_PAGE_TOP_SHOWN })
+        addRemoteMsgFilter(what, this);
+}
+
+void ViewManager::handleTimer(int timerId)
+{
+    stopTimer(timerId);
+    switch (timerId)
+    {
+    case requestTimer:
+        if (showState != kNormal)
+            return;
+        if (thirdPage != NUM_OF_PAGES)
+            nextPage = std::exchange(thirdPage, NUM_OF_PAGES);
+        return Kernel::postSystemMessage(Kernel::viewManagerId, msgRequestShow, nextPage, 0);
+    // A program that stays silent counts as one that has answered.
+    case showTimer:
+        return Kernel::postSystemMessage(Kernel::viewManagerId, msgShowReady, nextPage, 0);
+    case hideTimer:
+        return Kernel::postSystemMessage(Kernel::viewManagerId, msgHideReady, currentPage, 0);
+    case reportTimer:
+        return confirmReport();
+    default:
+        return;
+    }
+}
+
+void ViewManager::handleNextPage(int page)
+{
+    if (showState == kNormal)
+    {
+        nextPage = page;
+        logPage("Set NextShowPage : ", page);
+    }
+    else if (page != nextPage)
+    {
+        thirdPage = page;
+        thirdPageRequested = false;
+        logPage("Set ThirdShowPage : ", page);
+    }
+    if (showState == kNormal && isInFront(nextPage))
+        nextPage = NUM_OF_PAGES;
+    else // The program has this long to ask for its page itself.
+        startTimer(requestTimer, nextPage == mbNavi ? atOnceMs : requestDelayMs);
+}
+
+void ViewManager::handleRequestShow(int page)
+{
+    logPage("RequestShow : ", page);
+    if (showState == kNormal)
+    {
+        stopTimer(requestTimer);
+        if (page == NUM_OF_PAGES || isInFront(page))
+        {
+            if (page == currentPage && std::exchange(resendShow, false))
+                sendToProgram(RMSG_PAGE_SHOW, page);
+            return;
+        }
+        if (page == nextPage)
+        {
+            if (currentPageState == kAppShow)
+                hidePage(currentPage);
+            else
+                showNextPage();
+        }
+    }
+    if (page == thirdPage)
+        thirdPageRequested = true;
+    logCurrentPage();
+}
+
+void ViewManager::handleHideReady(int page)
+{
+    logPage("HidingPageReady : ", page);
+    if (showState != kHiding || page != currentPage)
+        return;
+    currentPageState = kAppHiding;
+    stopTimer(hideTimer);
+    if (thirdPage != NUM_OF_PAGES)
+    {
+        nextPage = std::exchange(thirdPage, NUM_OF_PAGES);
+        if (!thirdPageRequested)
+        {
+            showState = kNormal;
+            return;
+        }
+    }
+    showNextPage();
+}
+
+void ViewManager::handleShowReady(int page)
+{
+    logPage("ShowPageReady : ", page);
+    if (showState != kShowing || page != nextPage)
+        return;
+    stopTimer(showTimer);
+    coverCurrentPage();
+    currentPage = nextPage;
+    nextPage = std::exchange(thirdPage, NUM_OF_PAGES);
+    if (nextPage != NUM_OF_PAGES && thirdPageRequested)
+    {
+        hidePage(currentPage);
+        currentPageState = kAppHiding;
+    }
+    else
+    {
+        currentPageState = kAppShow;
+        showState = kNormal;
+    }
+    resendShow = false;
+    logCurrentPage();
+}
+
+void ViewManager::handleReportTopPage(int page)
+{
+    reportPage = page;
+    startTimer(reportTimer, reportTimeoutMs);
+}
+
+void ViewManager::handleTopShown(int page)
+{
+    if (page != reportPage)
+        return;
+    resendShow = reportPage == currentPage && showState == kNormal;
+    confirmReport();
+    stopTimer(reportTimer);
+}
+
+void ViewManager::confirmReport()
+{
+    const int page = std::exchange(reportPage, NUM_OF_PAGES);
+    if (page != NUM_OF_PAGES)
+        Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, page, succeeded);
+}
+
+void ViewManager::showNextPage()
+{
+    showState = kShowing;
+    if (nextPage == mbNavi)
+    {
+        showNavigationWindow(true);
+        startTimer(showTimer, atOnceMs);
+        return;
+    }
+    startTimer(showTimer, sendToProgram(RMSG_PAGE_SHOW, nextPage) ? answerTimeoutMs : atOnceMs);
+}
+
+void ViewManager::hidePage(int page)
+{
+    showState = kHiding;
+    if (page == mbNavi)
+        startTimer(hideTimer, atOnceMs);
+    else
+        startTimer(hideTimer, sendToProgram(RMSG_PAGE_HIDE, page) ? answerTimeoutMs : atOnceMs);
+}
+
+void ViewManager::coverCurrentPage()
+{
+    // A program changes between its own pages itself.
+    if (appTypeOfPage(currentPage) == appTypeOfPage(nextPage))
+        return;
+    if (currentPage != mbNavi)
+    {
+        sendToProgram(RMSG_PAGE_COVERED, currentPage);
+        return;
+    }
+    showNavigationWindow(false);
+    if (thirdPage == NUM_OF_PAGES)
+        Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, juce::String(">>>>>>>>>>>>>>>Navi Hide"));
+}
+
+Platform::WindowHandle ViewManager::findNavigationWindow()
+{
+    if (navigationWindow != Platform::noWindow && Platform::isWindow(navigationWindow))
+        return navigationWindow;
+    navigationWindow = Platform::findWindow(Platform::IPCMsg::MessageHelper::getDestName(AppNavi));
+    for (const auto* title : navigationTitles)
+    {
+        if (navigationWindow != Platform::noWindow)
+            break;
+        navigationWindow = Platform::findWindow(title);
+    }
+    return navigationWindow;
+}
+
+void ViewManager::showNavigationWindow(bool visible)
+{
+    const auto window = findNavigationWindow();
+    if (window == Platform::noWindow)
+        return;
+    Platform::showWindow(window, visible);
+    if (visible)
+        Platform::setForegroundWindow(window);
+}
+
+void ViewManager::logPage(const char* label, int page) const
+{
+    Platform::Logger::getInstance()->logInfo(
+        logFile, __LINE__, logTag, juce::String(label) + pageName(page) + " | ShowState: " + showStateNames[showState]);
+}
+
+void ViewManager::logCurrentPage() const
+{
+    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
+                                             juce::String("CurrShowPage : ") + pageName(currentPage) +
+                                                 " | CurrPageState : " + pageStateNames[currentPageState]);
+}
+
+} // namespace EngineLayer
+
+namespace EngineApi
+{
+
+using EngineLayer::ViewManager;
+
+void setNextPage(int page)
+{
+    ViewManager::getInstance()->setNextPage(page);
+}
+
+void reportTopPage(int page)
+{
+    ViewManager::getInstance()->reportTopPage(page);
+}
+
+int getCurrentPage()
+{
+    return ViewManager::getInstance()->getCurrentPage();
+}
+
+bool isPageChanging()
+{
+    return ViewManager::getInstance()->isChanging();
+}
+
+} // namespace EngineApi

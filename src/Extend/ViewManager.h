@@ -1,0 +1,92 @@
+#pragma once
+
+#include "EngineApi/Programs.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+#include "kernel/SystemTimer.h"
+#include "platform/Pubhead.h"
+#include "platform/Window.h"
+
+#include <atomic>
+
+namespace EngineLayer
+{
+
+/**
+    Brings one page after the other to the front: the old page's program hides it and says so, then the new page's
+    program shows it and says so. Each answer is waited for with a time-out. What other threads ask is posted to the
+    component.
+*/
+class ViewManager : public Kernel::ComponentTask,
+                    public EngineApi::AppConnectStateInterface,
+                    public EngineApi::RemoteMsgFilterInterface,
+                    public Kernel::SystemTimer,
+                    public Kernel::Singleton<ViewManager>
+{
+public:
+    enum Timer : int { requestTimer = 1, showTimer = 2, hideTimer = 3, reportTimer = 4 };
+
+    /** Any thread. */
+    void setNextPage(int page);
+    void reportTopPage(int page);
+    int getCurrentPage() const { return currentPage; }
+    bool isChanging() const { return showState != kNormal; }
+
+    void onRelease() override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+    void onFilterMessage(const Platform::RemoteMessage& message) override;
+    void onAppConnectState(int appType, int state) override;
+
+private:
+    friend class Kernel::Singleton<ViewManager>;
+
+    enum PrivateMessage : juce::int32 // arg1 the page
+    {
+        msgSetNextPage = 1,
+        msgRequestShow = 2,
+        msgHideReady = 3,
+        msgShowReady = 4,
+        msgReportTopPage = 5,
+        msgTopShown = 6
+    };
+
+    enum ShowState { kNormal, kHiding, kShowing };
+    enum PageState { kAppShow, kAppHiding, kAppHidden };
+
+    ViewManager();
+
+    void handleStart();
+    void handleTimer(int timerId);
+    void handleNextPage(int page);
+    void handleRequestShow(int page);
+    void handleHideReady(int page);
+    void handleShowReady(int page);
+    void handleReportTopPage(int page);
+    void handleTopShown(int page);
+
+    bool isInFront(int page) const { return page == currentPage && currentPageState == kAppShow; }
+    void showNextPage();
+    void hidePage(int page);
+    void coverCurrentPage();
+    void confirmReport();
+
+    Platform::WindowHandle findNavigationWindow();
+    void showNavigationWindow(bool visible);
+
+    void logPage(const char* label, int page) const;
+    void logCurrentPage() const;
+
+    std::atomic<int> currentPage { Pubhead::NUM_OF_PAGES };
+    std::atomic<ShowState> showState { kNormal };
+
+    // The component's thread only.
+    int nextPage = Pubhead::NUM_OF_PAGES;
+    int thirdPage = Pubhead::NUM_OF_PAGES; ///< asked for while one page goes and another comes; the latest counts
+    bool thirdPageRequested = false;       ///< by its program itself
+    PageState currentPageState = kAppHidden;
+    int reportPage = Pubhead::NUM_OF_PAGES; ///< the page whose report is waited for
+    bool resendShow = false;                ///< the current page is told to show again on its next request
+    Platform::WindowHandle navigationWindow = Platform::noWindow;
+};
+
+} // namespace EngineLayer

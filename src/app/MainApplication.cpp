@@ -1,0 +1,83 @@
+#include "app/MainApplication.h"
+
+#include "factory/SystemFactory.h"
+#include "kernel/SystemEngine.h"
+#include "platform/Logger.h"
+#include "platform/Resources.h"
+#include "platform/System.h"
+
+namespace
+{
+
+constexpr int cameraTimer = 1;
+constexpr int cameraPollMs = 100;
+bool initialised = false;
+
+void writeDriverSetting()
+{
+    if (const auto result = Platform::writeRegistryValue("\\Drivers\\AppleAccessory\\", "HardwareType", 1);
+        result.failed())
+        Platform::debugPrint("%s", result.getErrorMessage().toRawUTF8());
+}
+
+} // namespace
+
+MainApplication::MainApplication()
+{
+    Platform::installExceptionHook();
+    writeDriverSetting();
+}
+
+MainApplication::~MainApplication()
+{
+    Platform::ResourceAutoDelete();
+}
+
+bool MainApplication::wasInitialised()
+{
+    return initialised;
+}
+
+void MainApplication::initialise(const juce::String&)
+{
+    initialised = true;
+    Platform::AppConfig::loadFont();
+    for (const auto* pack : { "CommonRes.spp", "MainRes.spp" })
+        Platform::CVXResPathManager::getInstance()->addResPath(Platform::AppConfig::getResourcePath() + pack, {});
+    juce::MessageManager::getInstance()->registerBroadcastListener(this);
+    if (cameraControl.isSystemControl())
+        startTimer(cameraTimer, cameraPollMs);
+    else
+        startEngine();
+    mainWindow.setVisible(false);
+}
+
+void MainApplication::startEngine()
+{
+    Factory::SystemFactory::getInstance()->build();
+    Kernel::SystemEngine::getInstance()->start();
+    cameraControl.retrieveControl();
+}
+
+void MainApplication::timerCallback(int timerId)
+{
+    if (timerId != cameraTimer || cameraControl.isSystemControl())
+        return;
+    startEngine();
+    stopTimer(cameraTimer);
+}
+
+void MainApplication::shutdown()
+{
+    juce::MessageManager::getInstance()->deregisterBroadcastListener(this);
+    Kernel::SystemEngine::getInstance()->stop();
+    Kernel::SystemEngine::getInstance()->release();
+}
+
+void MainApplication::actionListenerCallback(const juce::String& message)
+{
+    if (message == "showWindow")
+        mainWindow.setVisible(true);
+    else if (message == "hideWindow")
+        mainWindow.setVisible(false);
+}

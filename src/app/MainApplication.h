@@ -1,0 +1,35 @@
+#pragma once
+
+#include "app/MainWindow.h"
+#include "app/TerminationSignal.h"
+#include "platform/Configuration.h"
+
+/** The application object: prepares the process, builds the engine once the camera leaves the screen, and takes it
+ * down. */
+class MainApplication : public juce::JUCEApplication, public juce::MultiTimer, public juce::ActionListener
+{
+public:
+    MainApplication();
+    ~MainApplication() override;
+
+    const juce::String getApplicationName() override { return "MainApplication"; }
+    const juce::String getApplicationVersion() override { return HEADUNIT_VERSION; }
+    bool moreThanOneInstanceAllowed() override { return false; }
+    void initialise(const juce::String& commandLine) override;
+    void shutdown() override;
+    void anotherInstanceStarted(const juce::String&) override {}
+
+    void timerCallback(int timerId) override;
+    /** "showWindow" and "hideWindow", exactly; any other text is ignored. */
+    void actionListenerCallback(const juce::String& message) override;
+
+    /** False when another engine kept this one from starting. */
+    static bool wasInitialised();
+
+private:
+    void startEngine();
+
+    TerminationSignal terminationSignal;
+    MainWindow mainWindow;
+    Platform::CameraControl cameraControl;
+};

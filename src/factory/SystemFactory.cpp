@@ -1,0 +1,61 @@
+#include "factory/SystemFactory.h"
+
+#include "EngineLayer/DataManager.h"
+#include "EngineLayer/DeviceStatusManager.h"
+#include "EngineLayer/HostSessionManager.h"
+#include "EngineLayer/RemoteSessionManager.h"
+#include "EngineLayer/SystemStateManager.h"
+#include "Extend/ExeMonitor.h"
+#include "Extend/ViewManager.h"
+#include "kernel/ComponentRegistration.h"
+#include "kernel/SystemEngine.h"
+#include "lowlayer/HostcommDev.h"
+
+namespace Factory
+{
+
+namespace
+{
+
+/** Priorities on the scale 0 to 10. */
+constexpr int aboveNormal = 7;
+constexpr int normal = 5;
+
+void addComponent(const juce::String& group, Kernel::SystemTask* component, Kernel::ComponentId id)
+{
+    component->assignId(id);
+    Kernel::SystemEngine::getInstance()->registerComponent(group, component);
+}
+
+} // namespace
+
+void SystemFactory::build()
+{
+    auto* engine = Kernel::SystemEngine::getInstance();
+    engine->createGroup(highGroup, aboveNormal);
+    engine->createGroup(normalGroup, normal);
+    engine->createGroup(lowGroup, normal);
+    engine->createGroup(systemGroup, aboveNormal);
+    buildApplications();
+    buildManagers();
+}
+
+void SystemFactory::buildApplications()
+{
+    for (const auto* record = Kernel::ComponentRegistration::head(); record != nullptr; record = record->next)
+        addComponent(lowGroup, record->creator(), record->id);
+}
+
+void SystemFactory::buildManagers()
+{
+    addComponent(highGroup, LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
+    addComponent(highGroup, EngineLayer::HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
+    addComponent(highGroup, EngineLayer::RemoteSessionManager::getInstance(), Kernel::remoteSessionManagerId);
+    addComponent(systemGroup, EngineLayer::DeviceStatusManager::getInstance(), Kernel::deviceStatusManagerId);
+    addComponent(systemGroup, EngineLayer::SystemStateManager::getInstance(), Kernel::systemStateManagerId);
+    addComponent(normalGroup, EngineLayer::DataManager::getInstance(), Kernel::dataManagerId);
+    addComponent(normalGroup, EngineLayer::ExeMonitor::getInstance(), Kernel::exeMonitorId);
+    addComponent(normalGroup, EngineLayer::ViewManager::getInstance(), Kernel::viewManagerId);
+}
+
+} // namespace Factory

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <juce_core/juce_core.h>
+#include <vector>
+
+namespace LowLayer
+{
+
+class BytePoolStore;
+
+/** One reusable byte buffer. Owned by one thread at a time: the one that holds the message that carries it. */
+class BytePool : public juce::ReferenceCountedObject
+{
+public:
+    using Ptr = juce::ReferenceCountedObjectPtr<BytePool>;
+
+    /** The store outlives every `recycle`; null for a buffer that belongs to none. */
+    BytePool(int bufferSize, BytePoolStore* owningStore);
+
+    /** Copies n bytes in; the buffer grows to exactly n when they do not fit. Nothing happens without a source. */
+    void assign(const void* source, int n);
+
+    const std::uint8_t* dataPointer() const { return data.data(); }
+    int length() const { return used; }
+    int capacity() const { return static_cast<int>(data.size()); }
+
+    /** Gives the buffer back to its store when the caller's is the last reference; else nothing happens. */
+    void recycle();
+
+private:
+    friend class BytePoolStore;
+
+    std::vector<std::uint8_t> data;
+    int used = 0;
+    bool inPool = false;
+    BytePoolStore* owner;
+};
+
+/** Spare buffers of one size. Never refuses: an empty store makes a new buffer. Any thread. */
+class BytePoolStore
+{
+public:
+    explicit BytePoolStore(int sizeOfBuffers);
+
+    /** The buffer that came back last, with its old content, or a new one of length 0. */
+    BytePool::Ptr obtain();
+    void clear();
+    int spareBuffers() const;
+
+private:
+    friend class BytePool;
+
+    std::vector<BytePool::Ptr> spare;
+    juce::CriticalSection lock;
+    int bufferSize;
+};
+
+} // namespace LowLayer

@@ -1,0 +1,123 @@
+#include "lowlayer/HostcommDev.h"
+
+#include "kernel/SystemEngine.h"
+#include "platform/Configuration.h"
+#include "platform/Logger.h"
+
+#include <algorithm>
+
+namespace LowLayer
+{
+
+namespace
+{
+
+constexpr const char* logFile = "lowlayer\\HostcommDev";
+constexpr const char* logTag = "HostcommDev";
+
+/** Line numbers under which the log is read and filtered. */
+enum LogLine { lineSend = 103, lineReceive = 167 };
+
+void logTraffic(LogLine line, const char* direction, const void* data, int length)
+{
+    if (Platform::CorvaneConfig::isSystemDebug())
+        Platform::Logger::getInstance()->logDebug(logFile, line, logTag,
+                                                  juce::String(direction) + Platform::hexPairs(data, length));
+}
+
+} // namespace
+
+HostcommDev::~HostcommDev()
+{
+    // The reader thread uses the store.
+    port.reset();
+}
+
+void HostcommDev::initialize()
+{
+    if (store == nullptr)
+        store = std::make_unique<BytePoolStore>(pieceLength);
+    if (port == nullptr)
+    {
+        port = std::make_unique<Platform::SerialPort>(*this);
+        openPort();
+    }
+}
+
+void HostcommDev::onStop()
+{
+    if (port != nullptr)
+        port->close();
+}
+
+void HostcommDev::onRelease()
+{
+    port.reset();
+    if (store != nullptr)
+        store->clear();
+}
+
+void HostcommDev::setClient(ClientCallBack* newClient)
+{
+    client = newClient;
+}
+
+void HostcommDev::clearClient()
+{
+    client = nullptr;
+}
+
+bool HostcommDev::write(const void* data, int length)
+{
+    if (port == nullptr || data == nullptr)
+        return false;
+    logTraffic(lineSend, "send: ", data, length);
+    return port->write(data, length) == length;
+}
+
+void HostcommDev::reopen()
+{
+    if (port != nullptr)
+        port->close();
+    Kernel::postSystemMessage(getId(), msgReopen, 0, 0);
+}
+
+void HostcommDev::onReceive(const void* data, int length)
+{
+    if (data == nullptr)
+        return;
+    logTraffic(lineReceive, "recv: ", data, length);
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    for (int sent = 0; sent < length; sent += pieceLength)
+        postPiece(bytes + sent, std::min(pieceLength, length - sent));
+}
+
+void HostcommDev::postPiece(const std::uint8_t* data, int length)
+{
+    auto buffer = store->obtain();
+    buffer->assign(data, length);
+    Kernel::postSystemMessage(Kernel::hostcommDevId, msgReceived, length, 0, std::move(buffer));
+}
+
+void HostcommDev::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload& payload)
+{
+    if (id == msgReopen)
+    {
+        openPort();
+    }
+    else if (id == msgReceived)
+    {
+        if (client != nullptr)
+            client->onData(hostBytesReceived, arg1, payload.get());
+        if (auto* buffer = Kernel::payloadAs<BytePool>(payload))
+            buffer->recycle();
+    }
+}
+
+void HostcommDev::openPort()
+{
+    if (port != nullptr)
+        port->open(Platform::CorvaneConfig::getMcuUartName(), Platform::CorvaneConfig::getMcuUartBandRate());
+}
+
+} // namespace LowLayer

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+#include "lowlayer/BytePool.h"
+#include "lowlayer/ClientCallBack.h"
+#include "platform/SerialPort.h"
+
+#include <memory>
+
+namespace LowLayer
+{
+
+/** The serial link to the microcontroller as its one client sees it. Group thread of the link. */
+class HostcommDevInterface
+{
+public:
+    virtual ~HostcommDevInterface() = default;
+
+    virtual void setClient(ClientCallBack* newClient) = 0;
+    /** True when the port has taken every byte. Blocks until the driver has them. */
+    virtual bool write(const void* data, int length) = 0;
+    /** Closes the port now and opens it again from the group thread; until then writes fail. */
+    virtual void reopen() = 0;
+    virtual void clearClient() = 0;
+};
+
+/**
+    Owns the microcontroller's serial port. Received bytes leave the port's reader thread in pooled buffers of 32 bytes
+    and reach the client on the group thread.
+*/
+class HostcommDev : public Kernel::ComponentTask,
+                    public Platform::SerialCallBack,
+                    public HostcommDevInterface,
+                    public Kernel::Singleton<HostcommDev>
+{
+public:
+    /** Largest piece that one message carries. */
+    static constexpr int pieceLength = 32;
+
+    ~HostcommDev() override;
+
+    /** Opens the port, so that it is open before the group threads start. */
+    void initialize() override;
+    void onStop() override;
+    void onRelease() override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+
+    void setClient(ClientCallBack* newClient) override;
+    bool write(const void* data, int length) override;
+    void reopen() override;
+    void clearClient() override;
+
+    /** Port reader thread. */
+    void onReceive(const void* data, int length) override;
+
+private:
+    friend class Kernel::Singleton<HostcommDev>;
+    HostcommDev() = default;
+
+    enum PrivateMessage : juce::int32 { msgReceived = 1, msgReopen = 2 };
+
+    void openPort();
+    void postPiece(const std::uint8_t* data, int length);
+
+    std::unique_ptr<Platform::SerialPort> port;
+    ClientCallBack* client = nullptr;
+    std::unique_ptr<BytePoolStore> store;
+};
+
+} // namespace LowLayer

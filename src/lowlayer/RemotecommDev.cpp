@@ -1,0 +1,130 @@
+#include "lowlayer/RemotecommDev.h"
+
+#include "kernel/MessageIds.h"
+#include "kernel/SystemEngine.h"
+#include "platform/Logger.h"
+#include "platform/Pubhead.h"
+
+namespace LowLayer
+{
+
+namespace
+{
+
+/** Window messages that programs post to the engine. */
+enum WindowMessage : juce::int32
+{
+    setupEvent = 1126,
+    menuCommand = 1133,
+    menuRelay = 1140,
+    eqShow = 1766,
+    eqHide = 1767,
+    naviEvent = 2026,
+    deviceDriver = 33769,
+    iPodDriver = 48654
+};
+
+/** To the main menu program: a relayed value. */
+constexpr juce::int32 menuNotify = 1174;
+constexpr juce::int32 menuRelayNotice = 4;
+
+} // namespace
+
+RemotecommDev::RemotecommDev()
+{
+    Platform::IPCMsg::MessageHelper::config(Pubhead::AppMain, Platform::IPCMsg::MessageHelper::getDestName);
+    if (!session.init(this))
+        Platform::Logger::getInstance()->logError("lowlayer/RemotecommDev", __LINE__, "RemotecommDev",
+                                                  "the message channel is not there yet");
+}
+
+void RemotecommDev::setClient(ClientCallBack* newClient)
+{
+    const juce::ScopedLock guard(clientLock);
+    client = newClient;
+}
+
+bool RemotecommDev::postToApp(int appType, const Platform::RemoteMessage::Ptr& message)
+{
+    if (Platform::IPCMsg::MessageHelper::postMessage(appType, message))
+        return true;
+    Platform::Logger::getInstance()->logError("lowlayer/RemotecommDev", __LINE__, "RemotecommDev",
+                                              "postMessage error! dest: %s", Pubhead::appTypeName(appType));
+    return false;
+}
+
+void RemotecommDev::tellClient(RemoteDataKind kind, int appType, juce::ReferenceCountedObject* data)
+{
+    const juce::ScopedLock guard(clientLock);
+    if (client != nullptr)
+        client->onData(kind, appType, data);
+}
+
+void RemotecommDev::onRemoteMessage(Platform::RemoteMessage::Ptr message)
+{
+    // The engine's own traffic is none of the client's business.
+    if (message->appType != Pubhead::AppMain)
+        tellClient(MSG_REMOTE_MSG_REV, message->appType, message.get());
+    Platform::RemoteMessage::recycle(std::move(message));
+}
+
+void RemotecommDev::onPresence(int appType, bool present)
+{
+    tellClient(present ? MSG_REMOTE_REGIST : MSG_REMOTE_UNREGIST, appType, nullptr);
+}
+
+void RemotecommDev::onBroadcast(const juce::String& text)
+{
+    juce::MessageManager::getInstance()->deliverBroadcastMessage(text);
+}
+
+void RemotecommDev::translate(int appType, juce::int32 what, juce::int32 wParam, juce::int32 lParam)
+{
+    auto message = Platform::RemoteMessage::obtain();
+    message->what = what;
+    message->arg1 = wParam;
+    message->arg2 = lParam;
+    message->appType = appType;
+    onRemoteMessage(std::move(message));
+}
+
+void RemotecommDev::onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam)
+{
+    switch (message)
+    {
+    case setupEvent:
+        translate(Pubhead::AppSetup, message, wParam, lParam);
+        break;
+    case menuCommand:
+        Kernel::postSystemMessage(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_COMMAND, wParam, lParam);
+        break;
+    case menuRelay:
+    {
+        auto relayed = Platform::RemoteMessage::obtain();
+        relayed->what = menuNotify;
+        relayed->arg1 = menuRelayNotice;
+        relayed->arg2 = wParam;
+        tellClient(MSG_REMOTE_FORWARD, Pubhead::AppMainMenu, relayed.get());
+        break;
+    }
+    case eqShow:
+        Kernel::postSystemMessage(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_SHOW, 0, 0);
+        break;
+    case eqHide:
+        Kernel::postSystemMessage(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_HIDE, 0, 0);
+        break;
+    case naviEvent:
+        translate(Pubhead::AppNavi, message, wParam, lParam);
+        break;
+    case deviceDriver:
+        Kernel::postSystemMessage(Kernel::deviceStatusManagerId, Kernel::MSG_DEVICE_WINDOW_EVENT, wParam, lParam);
+        break;
+    case iPodDriver:
+        translate(Pubhead::AppiPod, message, wParam, lParam);
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace LowLayer

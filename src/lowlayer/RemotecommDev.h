@@ -1,0 +1,42 @@
+#pragma once
+
+#include "kernel/Singleton.h"
+#include "lowlayer/ClientCallBack.h"
+#include "platform/Ipc.h"
+
+namespace LowLayer
+{
+
+/**
+    The engine's endpoint on the message channel. What arrives goes to the one client, on the channel's delivery thread;
+    posting is allowed from any thread.
+*/
+class RemotecommDev : public Platform::IMsgProc, public Kernel::Singleton<RemotecommDev>
+{
+public:
+    /** Null clears it; no call to the former client runs after this returns, unless it is made from one. */
+    void setClient(ClientCallBack* newClient);
+
+    /** False, and logged, when the program cannot be reached. */
+    bool postToApp(int appType, const Platform::RemoteMessage::Ptr& message);
+
+    void onRemoteMessage(Platform::RemoteMessage::Ptr message) override;
+    void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) override;
+    /** A gained name registers its program with the client, a lost one unregisters it. */
+    void onPresence(int appType, bool present) override;
+    void onBroadcast(const juce::String& text) override;
+
+private:
+    friend class Kernel::Singleton<RemotecommDev>;
+    RemotecommDev();
+
+    void tellClient(RemoteDataKind kind, int appType, juce::ReferenceCountedObject* data);
+    /** A window message of a program that has no endpoint, as if it had come over the channel. */
+    void translate(int appType, juce::int32 what, juce::int32 wParam, juce::int32 lParam);
+
+    juce::CriticalSection clientLock;
+    ClientCallBack* client = nullptr;
+    Platform::MsgSession session; ///< last: it ends before what its calls use
+};
+
+} // namespace LowLayer

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace Platform::doubles
+{
+
+/** The GPIO lines and I2C devices of a test: what was done to them, and what they answer. Any thread. */
+struct LinesDouble
+{
+    enum class Operation { function, write, read };
+
+    struct PinCall
+    {
+        int line;
+        Operation operation;
+        int value; ///< function number, level written or level read
+        bool operator==(const PinCall&) const = default;
+    };
+
+    struct RegisterWrite
+    {
+        int address; ///< 8-bit form, as given
+        int registerNumber;
+        std::uint8_t value;
+        bool operator==(const RegisterWrite&) const = default;
+    };
+
+    static void reset();
+
+    /** Every successful call since the last `takePinCalls`, in order. */
+    static std::vector<PinCall> takePinCalls();
+    /** The level that reads answer; 0 at first. A write changes it too. */
+    static void setPin(int line, int level);
+    static int getPin(int line);
+    static void failPin(int line, bool fails);
+
+    static void failI2cOpen(bool fails);
+    /** A failing device answers neither writes nor reads. */
+    static void failI2cDevice(int address, bool fails);
+    /** The value that reads answer; 0 at first. A write changes it too. */
+    static void setRegister(int address, int registerNumber, std::uint8_t value);
+    static std::vector<RegisterWrite> takeRegisterWrites();
+    /** Devices that are open now. */
+    static int getOpenI2cDevices();
+    /** Successful openings since the last reset, and the time-out given with the latest. */
+    static int getI2cOpenCount();
+    static int getI2cTimeout();
+};
+
+} // namespace Platform::doubles

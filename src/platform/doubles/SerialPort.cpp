@@ -1,0 +1,182 @@
+#include "platform/SerialPort.h"
+
+#include "platform/doubles/SerialPortDouble.h"
+
+#include <map>
+#include <mutex>
+
+namespace Platform
+{
+
+struct SerialPort::Backend
+{
+    explicit Backend(SerialCallBack& callBack)
+        : receiver(callBack)
+    {
+    }
+
+    SerialCallBack& receiver;
+    juce::String name;
+};
+
+namespace
+{
+
+/** One end of a port while it is open. Closing takes the lock, so that no delivery outlives it. */
+struct Delivery
+{
+    std::mutex lock;
+    SerialCallBack* receiver = nullptr;
+};
+
+struct Line
+{
+    std::shared_ptr<Delivery> delivery;
+    int baudRate = 0;
+    int openCount = 0;
+    juce::MemoryBlock written;
+    bool openFails = false;
+    int writeLimit = -1;
+};
+
+struct Lines
+{
+    std::mutex lock;
+    std::map<juce::String, Line> byName;
+};
+
+Lines& lines()
+{
+    static Lines instance;
+    return instance;
+}
+
+/** What the action answers about the named line, under the lock. */
+template <typename Action>
+auto withLine(const juce::String& name, Action action)
+{
+    const std::lock_guard guard(lines().lock);
+    return action(lines().byName[name]);
+}
+
+} // namespace
+
+SerialPort::SerialPort(SerialCallBack& receiver)
+    : backend(std::make_unique<Backend>(receiver))
+{
+}
+
+SerialPort::~SerialPort()
+{
+    close();
+}
+
+bool SerialPort::open(const juce::String& name, int baudRate)
+{
+    close();
+    const bool opened = withLine(name,
+                                 [&](Line& line)
+                                 {
+                                     line.baudRate = baudRate;
+                                     if (line.openFails)
+                                         return false;
+                                     ++line.openCount;
+                                     line.delivery = std::make_shared<Delivery>();
+                                     line.delivery->receiver = &backend->receiver;
+                                     return true;
+                                 });
+    if (opened)
+        backend->name = name;
+    return opened;
+}
+
+void SerialPort::close()
+{
+    if (!isOpen())
+        return;
+    const auto delivery = withLine(backend->name, [](Line& line) { return std::exchange(line.delivery, nullptr); });
+    backend->name.clear();
+    if (delivery == nullptr)
+        return;
+    const std::lock_guard guard(delivery->lock);
+    delivery->receiver = nullptr;
+}
+
+bool SerialPort::isOpen() const
+{
+    return backend->name.isNotEmpty();
+}
+
+int SerialPort::write(const void* data, int length)
+{
+    if (!isOpen())
+        return 0;
+    return withLine(backend->name,
+                    [&](Line& line)
+                    {
+                        const int taken = line.writeLimit < 0 ? length : std::min(length, line.writeLimit);
+                        line.written.append(data, static_cast<size_t>(taken));
+                        return taken;
+                    });
+}
+
+namespace doubles
+{
+
+void SerialPortDouble::reset()
+{
+    const std::lock_guard guard(lines().lock);
+    for (auto& [name, line] : lines().byName)
+        line = Line { .delivery = line.delivery, .baudRate = line.baudRate, .written = {} };
+}
+
+bool SerialPortDouble::isOpen(const juce::String& name)
+{
+    return withLine(name, [](const Line& line) { return line.delivery != nullptr; });
+}
+
+int SerialPortDouble::getBaudRate(const juce::String& name)
+{
+    return withLine(name, [](const Line& line) { return line.baudRate; });
+}
+
+int SerialPortDouble::getOpenCount(const juce::String& name)
+{
+    return withLine(name, [](const Line& line) { return line.openCount; });
+}
+
+juce::MemoryBlock SerialPortDouble::getWritten(const juce::String& name)
+{
+    return withLine(name, [](const Line& line) { return line.written; });
+}
+
+juce::MemoryBlock SerialPortDouble::takeWritten(const juce::String& name)
+{
+    return withLine(name, [](Line& line) { return std::exchange(line.written, {}); });
+}
+
+void SerialPortDouble::failOpen(const juce::String& name, bool fails)
+{
+    withLine(name, [fails](Line& line) { line.openFails = fails; });
+}
+
+void SerialPortDouble::limitWrites(const juce::String& name, int bytesPerWrite)
+{
+    withLine(name, [bytesPerWrite](Line& line) { line.writeLimit = bytesPerWrite; });
+}
+
+bool SerialPortDouble::receive(const juce::String& name, const void* data, int length)
+{
+    const auto delivery = withLine(name, [](const Line& line) { return line.delivery; });
+    if (delivery == nullptr)
+        return false;
+    const std::lock_guard guard(delivery->lock);
+    if (delivery->receiver == nullptr)
+        return false;
+    delivery->receiver->onReceive(data, length);
+    return true;
+}
+
+} // namespace doubles
+
+} // namespace Platform

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+
+namespace Platform::doubles
+{
+
+/**
+    What a test sees and does at the other end of the serial ports. A port is known by the name it was opened with; what
+    was written to a name stays readable after it was closed. Any thread.
+*/
+struct SerialPortDouble
+{
+    /** Forgets everything written and every fault; ports that are open stay open. */
+    static void reset();
+
+    static bool isOpen(const juce::String& name);
+    /** Of the latest opening, also a failed one; 0 when there was none. */
+    static int getBaudRate(const juce::String& name);
+    /** How often the port was opened successfully. */
+    static int getOpenCount(const juce::String& name);
+
+    /** Everything written to the port since the last `takeWritten`. */
+    static juce::MemoryBlock getWritten(const juce::String& name);
+    static juce::MemoryBlock takeWritten(const juce::String& name);
+
+    static void failOpen(const juce::String& name, bool fails);
+    /** Each write takes at most this many bytes; 0 makes writes fail, a negative number lifts the limit. */
+    static void limitWrites(const juce::String& name, int bytesPerWrite);
+
+    /** Delivers bytes on the calling thread, as one read would. False when nobody has the port open. */
+    static bool receive(const juce::String& name, const void* data, int length);
+};
+
+} // namespace Platform::doubles

@@ -1,0 +1,88 @@
+#include "platform/socket/SocketDevice.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <system_error>
+
+namespace Platform
+{
+
+namespace
+{
+
+constexpr const char* prefix = "socket:";
+constexpr int millisecondsPerSecond = 1000;
+constexpr suseconds_t microsecondsPerMillisecond = 1000;
+
+/** The call's answer, asked again when a signal came between. */
+template <typename Call>
+ssize_t uninterrupted(Call call)
+{
+    for (;;)
+        if (const ssize_t answer = call(); answer >= 0 || errno != EINTR)
+            return answer;
+}
+
+} // namespace
+
+juce::String SocketDevice::pathOf(const juce::String& configured)
+{
+    return configured.startsWith(prefix) ? configured.fromFirstOccurrenceOf(prefix, false, false) : juce::String();
+}
+
+juce::Result SocketDevice::connect(const juce::String& path, int timeoutMs)
+{
+    sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    if (path.getNumBytesAsUTF8() >= sizeof(address.sun_path))
+        return fail(path + ": the path is too long for a socket");
+    path.copyToUTF8(address.sun_path, sizeof(address.sun_path));
+
+    socket.reset(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    if (!socket)
+        return failStep("socket");
+    const timeval limit { timeoutMs / millisecondsPerSecond,
+                          timeoutMs % millisecondsPerSecond * microsecondsPerMillisecond };
+    for (const int direction : { SO_SNDTIMEO, SO_RCVTIMEO })
+        if (setsockopt(socket.get(), SOL_SOCKET, direction, &limit, sizeof(limit)) < 0)
+            return failStep("time-out");
+    if (uninterrupted(
+            [&] { return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)); }) < 0)
+        return failStep(path.toRawUTF8());
+    return juce::Result::ok();
+}
+
+juce::Result SocketDevice::exchange(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply,
+                                    size_t& length)
+{
+    if (!isConnected())
+        return fail("not connected");
+    if (uninterrupted([&] { return send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL); }) < 0)
+        return failStep("request");
+    // MSG_TRUNC answers the whole length of a packet that does not fit.
+    const ssize_t received = uninterrupted([&] { return recv(socket.get(), reply.data(), reply.size(), MSG_TRUNC); });
+    if (received < 0)
+        return failStep("reply");
+    if (received == 0)
+        return fail("the simulated device has closed the connection");
+    if (static_cast<size_t>(received) > reply.size())
+        return fail("a reply of " + juce::String(static_cast<int>(received)) + " bytes is too long");
+    length = static_cast<size_t>(received);
+    return juce::Result::ok();
+}
+
+juce::Result SocketDevice::fail(const juce::String& reason)
+{
+    close();
+    return juce::Result::fail(reason);
+}
+
+juce::Result SocketDevice::failStep(const char* step)
+{
+    // A socket's time-out is reported as "try again".
+    const auto reason = errno == EAGAIN ? std::string("timed out") : std::generic_category().message(errno);
+    return fail(juce::String::fromUTF8(step) + ": " + reason);
+}
+
+} // namespace Platform

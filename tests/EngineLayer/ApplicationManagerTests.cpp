@@ -1,0 +1,201 @@
+#include "EngineApi/Bars.h"
+#include "EngineApi/Provided.h"
+#include "platform/Configuration.h"
+#include "support/LogCapture.h"
+#include "support/StateFixture.h"
+
+using namespace EngineApi;
+using namespace EngineLayer;
+using namespace Pubhead;
+using namespace testing;
+
+namespace
+{
+
+class ApplicationManagerTest : public StateFixture
+{
+protected:
+    ~ApplicationManagerTest() override { Platform::Configuration::get().systemDebug = false; }
+
+    /** The program is present, and its page handler says whether it must stay. */
+    void connectPage(int page, bool resident)
+    {
+        pages[page]->resident = resident;
+        connect(appTypeOfPage(page));
+    }
+    void fireBackgroundCheck()
+    {
+        applications.timerCallback(ApplicationManager::backgroundTimer);
+        run();
+    }
+    bool isCheckRunning() const { return applications.isTimerRunning(ApplicationManager::backgroundTimer); }
+};
+
+class ImagesOnly : public VolumeBar
+{
+public:
+    ImagesOnly() { Provided<VolumeBar>::set(this); }
+    ~ImagesOnly() override { Provided<VolumeBar>::set(nullptr); }
+    void postMessage(juce::int32, juce::int32, juce::int32, Kernel::Payload) override {}
+    void updateImages(int frontPage) override { fronts.push_back(frontPage); }
+
+    std::vector<int> fronts;
+};
+
+} // namespace
+
+TEST_F(ApplicationManagerTest, UnknownPagesAreNobodys)
+{
+    for (const int page : { static_cast<int>(mbDVBT), static_cast<int>(NUM_OF_PAGES), -1, 4711 })
+    {
+        SCOPED_TRACE(page);
+        EXPECT_EQ(getHandler(page), nullptr);
+        EXPECT_EQ(getOwnerId(page), 0);
+        EXPECT_EQ(getSource(page), NUM_OF_SOURCES);
+        EXPECT_EQ(appTypeOfPage(page), AppUnknown);
+        EXPECT_FALSE(isNormalSource(page) || isRearPage(page) || isAvailable(page));
+        requestShowPage(page, true);
+        requestStopPage(page);
+        notifyPage(page);
+        launchBackProgram(page);
+        postScheduleResult(page, scheduleDone);
+        postToPage(page, Kernel::MSG_APP_KEY, 1, 2);
+    }
+    run();
+    EXPECT_EQ(events(), Events {});
+    EXPECT_EQ(getPageOfAppType(AppDVBT), NUM_OF_PAGES);
+    EXPECT_EQ(getRearPage(), mbRearOff);
+}
+
+TEST_F(ApplicationManagerTest, AnApplicationTypeAnswersToThePageRegisteredLast)
+{
+    EXPECT_EQ(getPageOfAppType(AppRadio), mbWB);
+    EXPECT_EQ(getOwnerId(mbFM), Kernel::radioApplicationId);
+    unregisterHandler(pages[mbWB].get());
+    EXPECT_EQ(getPageOfAppType(AppRadio), NUM_OF_PAGES);
+    EXPECT_EQ(getHandler(mbWB), nullptr);
+    EXPECT_NE(getHandler(mbFM), nullptr);
+}
+
+TEST_F(ApplicationManagerTest, ThePictureOfTheUnitIsLogged)
+{
+    enterNormalRun();
+    complete(mbFM);
+    complete(mbRearAV1);
+    complete(mbSetup);
+    Platform::Configuration::get().systemDebug = true;
+    const LogCapture log;
+    request(mbAM, AppAction::ToRun, true);
+    const auto lines = LogCapture::take();
+    Events texts;
+    for (const auto& line : lines)
+        if (line.tag == "ApplicationManager")
+            texts.push_back(line.text);
+    const std::string rule(60, '-');
+    ASSERT_GE(texts.size(), 8u);
+    EXPECT_EQ(texts[0], rule);
+    EXPECT_THAT(texts[1], StartsWith("ReqAPP: mbAM | ReqType: "));
+    EXPECT_THAT(texts[1], EndsWith(" | AutoSwitch: 1"));
+    EXPECT_EQ(texts[2], rule);
+    // The rear page took the top of the stack, and setup took it from the rear page.
+    EXPECT_EQ(Events(texts.begin() + 3, texts.begin() + 8),
+              (Events { "NormalSrc: mbFM", "FirstBackSrc: mbFM", "LastBack: mbFM", "FrontShow: mbSetup", "Playing: mbFM" }));
+    EXPECT_THAT(texts, Contains("++++++++++++ | Current Rear App State"));
+    EXPECT_THAT(texts, Contains("------------ | Next Front App State"));
+    EXPECT_THAT(texts, Contains("++++++++++++ | Schedule SwitchAction"));
+
+    answerAll();
+    Platform::Configuration::get().systemDebug = false;
+    LogCapture::take();
+    request(mbFM, AppAction::ToRun);
+    for (const auto& line : LogCapture::take())
+        EXPECT_TRUE(line.tag != "ApplicationManager" || line.text == rule || line.text.starts_with("ReqAPP")) << line.text;
+}
+
+TEST_F(ApplicationManagerTest, AdjustedLevelsReachTheScheduler)
+{
+    enterNormalRun();
+    complete(mbFM);
+    pages[mbBTPhone]->competesForSound = false;
+    complete(mbBTPhone);
+    EXPECT_EQ(pages[mbFM]->getRunState().states.playState, PageStates::playing);
+    complete(mbBTPhone, AppAction::ToStop);
+    pages[mbBTPhone]->competesForSound = true;
+    complete(mbBTPhone);
+    EXPECT_EQ(pages[mbFM]->getRunState().states.playState, PageStates::stopped);
+}
+
+TEST_F(ApplicationManagerTest, ACompletedSwitchIsAnnounced)
+{
+    const ImagesOnly bar;
+    connect(AppMainMenu);
+    enterNormalRun();
+    complete(mbFM);
+    takeSent();
+    request(mbRearAV1, AppAction::ToRun);
+    EXPECT_EQ(bar.fronts.back(), mbFM);
+    answerAll();
+    EXPECT_EQ(takeSent(), (std::vector<Sent> { { AppMainMenu, RMSG_MAINMENU_NOTIFY, 1, mbRearAV1 } }));
+    EXPECT_EQ(bar.fronts.back(), mbRearAV1);
+    EXPECT_EQ(getRearPage(), mbRearAV1);
+    const auto drawn = bar.fronts.size();
+
+    // The same source once more: nothing is new to anybody.
+    complete(mbMainMenu);
+    events();
+    request(mbFM, AppAction::ToShow);
+    answerAll();
+    for (const auto& event : events())
+        EXPECT_THAT(event, Not(StartsWith("normal ")));
+    EXPECT_EQ(takeSent(), std::vector<Sent> {});
+    EXPECT_EQ(bar.fronts.size(), drawn + 2);
+}
+
+TEST_F(ApplicationManagerTest, ProgramsThatNobodyNeedsAreClosed)
+{
+    enterNormalRun();
+    connectPage(mbMainMenu, false); // in front
+    connectPage(mbFM, false);       // runs, a source page
+    connectPage(mbSetup, false);    // runs behind the front
+    connectPage(mbUSBAudio, true);  // stays
+    connectPage(mbRearAV1, false);  // runs in the rear zone
+    connectPage(mbEQ, false);       // does not run
+    connect(AppDVBT);               // no page
+    for (const int page : { mbFM, mbRearAV1, mbSetup, mbMainMenu })
+        complete(page);
+    takeSent();
+    ASSERT_TRUE(isCheckRunning());
+
+    // While anything is switched the check waits.
+    request(mbFM, AppAction::ToPlay);
+    request(mbAM, AppAction::ToPlay);
+    ASSERT_TRUE(isSystemBusy());
+    fireBackgroundCheck();
+    EXPECT_TRUE(isCheckRunning());
+    EXPECT_EQ(takeSent(), std::vector<Sent> {});
+    answerAll();
+
+    fireBackgroundCheck();
+    EXPECT_FALSE(isCheckRunning());
+    EXPECT_EQ(takeSent(), (std::vector<Sent> { { AppSetup, RMSG_SOURCE_STOP, 0 }, { AppEQ, RMSG_SOURCE_STOP, 0 } }));
+    EXPECT_EQ(getAppState(AppSetup), kClosing);
+    EXPECT_EQ(getAppState(AppRadio), kConnected);
+}
+
+TEST_F(ApplicationManagerTest, TheProgramThatIsrModeReturnsToStaysOpen)
+{
+    connectPage(mbUSBAudio, false);
+    enterNormalRun();
+    complete(mbUSBAudio);
+    enter(kISRMode);
+    answerAll();
+    takeSent();
+    fireBackgroundCheck();
+    EXPECT_EQ(takeSent(), std::vector<Sent> {});
+
+    complete(mbFM);
+    enter(kDummyPowerOff);
+    answerAll();
+    fireBackgroundCheck();
+    EXPECT_EQ(takeSent(), (std::vector<Sent> { { AppUSB, RMSG_SOURCE_STOP, 0 } }));
+}

@@ -1,0 +1,536 @@
+#include "EngineLayer/DeviceStatusManager.h"
+
+#include "EngineApi/AutoTestSession.h"
+#include "EngineApi/Bars.h"
+#include "EngineApi/HostLink.h"
+#include "EngineApi/Pages.h"
+#include "EngineApi/Provided.h"
+#include "EngineApi/SystemState.h"
+#include "EngineApi/WiredRemote.h"
+#include "EngineLayer/DataManager.h"
+#include "EngineLayer/HostSessionManager.h"
+#include "EngineLayer/VideoDecoder.h"
+#include "kernel/MessageIds.h"
+#include "lowlayer/HostcommDev.h"
+#include "platform/doubles/IpcDouble.h"
+#include "platform/doubles/LinesDouble.h"
+#include "platform/doubles/SystemDouble.h"
+#include "support/KernelFixture.h"
+#include "support/LogCapture.h"
+#include "support/McuLink.h"
+
+using namespace EngineApi;
+using namespace EngineLayer;
+using Platform::doubles::LinesDouble;
+using Bytes = McuLink::Bytes;
+using Calls = std::vector<std::string>;
+
+namespace
+{
+
+class FakePage : public PageHandler
+{
+public:
+    explicit FakePage(const PageScheduleConfig& pageConfig)
+        : config(pageConfig)
+    {
+    }
+    const PageScheduleConfig& getConfig() const override { return config; }
+    PageRunState getRunState() const override { return {}; }
+    bool isAvailable() const override { return available; }
+    bool isResident() const override { return false; }
+    juce::String getBackProgramPath() const override { return {}; }
+    void requestState(AppAction action, bool autoSwitch) override
+    {
+        calls.push_back(std::string(action == AppAction::ToStop ? "stop " : "other ") + (autoSwitch ? "auto" : "user"));
+    }
+    void requestShow(bool autoSwitch) override { calls.push_back(autoSwitch ? "show auto" : "show user"); }
+    void notifyPage() override {}
+    void adjustScheduleInfo(ScheduleInfo&) override {}
+
+    PageScheduleConfig config;
+    bool available = true;
+    Calls calls;
+};
+
+class FakeRemote : public WiredRemote
+{
+public:
+    bool showText(int row, int column, const juce::String& text, bool temporary) override
+    {
+        note("text " + juce::String(row) + " " + juce::String(column) + " " + text + (temporary ? " temporary" : ""));
+        return true;
+    }
+    void clearRow(int row) override { note("clear row " + juce::String(row)); }
+    void clearDisplay(bool forget) override { note(forget ? "clear and forget" : "clear"); }
+    void setDimmer(int level) override { note("dimmer " + juce::String(level)); }
+    void restoreAfter(int ms) override { note("restore after " + juce::String(ms)); }
+    bool isRestorePending() override { return pending; }
+    bool restore() override
+    {
+        note("restore");
+        return true;
+    }
+
+    void note(const juce::String& call) { calls.push_back(call.toStdString()); }
+    bool pending = false;
+    Calls calls;
+};
+
+template <typename Bar>
+class FakeBar : public Bar
+{
+public:
+    void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload) override
+    {
+        messages.push_back({ id, arg1, arg2 });
+    }
+    std::vector<std::array<int, 3>> messages;
+};
+
+class FakeVolumeBar : public FakeBar<VolumeBar>
+{
+    void updateImages(int) override {}
+};
+
+class FakeAudio : public ACService, public ChipManager
+{
+public:
+    void changeSource(int channel) override { calls.push_back("source " + std::to_string(channel)); }
+    void setAlert(bool on) override { calls.push_back(on ? "alert on" : "alert off"); }
+    bool init(CDSPStateListener&) override
+    {
+        calls.push_back("init");
+        return true;
+    }
+    Calls calls;
+};
+
+class FakeAutoTest : public AutoTestSession
+{
+public:
+    void start() override { running = true; }
+    bool isRunning() const override { return running; }
+    void addMsgToBuffer(const juce::MemoryBlock& message) override { messages.push_back(message); }
+    bool running = false;
+    std::vector<juce::MemoryBlock> messages;
+};
+
+class DeviceStatusTest : public KernelFixture
+{
+protected:
+    DeviceStatusTest()
+    {
+        Platform::IpcDouble::reset();
+        LinesDouble::reset();
+        Platform::doubles::SystemDouble::reset();
+        folder.createDirectory();
+        folder.getChildFile("factory-settings.toml").replaceWithText("22 = 5\n284 = \"Aft\"\n");
+        auto& configuration = Platform::Configuration::get();
+        configuration.mediaRoot = configuration.systemPath = configuration.resourcePath =
+            folder.getFullPathName() + "/";
+        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
+        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
+        Provided<WiredRemote>::set(&remote);
+        Provided<VolumeBar>::set(&volumeBar);
+        Provided<LowBatteryBar>::set(&lowBatteryBar);
+        Provided<ACService>::set(&audio);
+        Provided<ChipManager>::set(&audio);
+        Provided<AutoTestSession>::set(&autoTest);
+        add(&manager, Kernel::deviceStatusManagerId);
+    }
+
+    ~DeviceStatusTest() override
+    {
+        Provided<WiredRemote>::set(nullptr);
+        Provided<VolumeBar>::set(nullptr);
+        Provided<LowBatteryBar>::set(nullptr);
+        Provided<ACService>::set(nullptr);
+        Provided<ChipManager>::set(nullptr);
+        Provided<AutoTestSession>::set(nullptr);
+        for (const auto& page : pages)
+            unregisterHandler(page.get());
+        DataManager::getInstance()->onRelease();
+        Platform::Configuration::get() = previous;
+        folder.deleteRecursively();
+    }
+
+    struct Command
+    {
+        int command;
+        Bytes data;
+        bool operator==(const Command&) const = default;
+    };
+
+    /** What the unit says to the microcontroller, which acknowledges all of it. */
+    std::vector<Command> commands()
+    {
+        std::vector<Command> said;
+        for (run();; run())
+        {
+            const auto frames = mcu.takeWritten();
+            if (frames.empty())
+                return said;
+            for (const auto& frame : frames)
+            {
+                said.push_back({ frame.command, frame.data });
+                mcu.send(McuLink::acknowledgementOf(frame.sequence));
+            }
+        }
+    }
+
+    void hostEvent(int command, const Bytes& data = {})
+    {
+        LowLayer::BytePool::Ptr buffer;
+        if (!data.empty())
+        {
+            buffer = new LowLayer::BytePool(static_cast<int>(data.size()), nullptr);
+            buffer->assign(data.data(), static_cast<int>(data.size()));
+        }
+        send(Kernel::deviceStatusManagerId, Kernel::MSG_HOST_EVENT, command, static_cast<int>(data.size()),
+             std::move(buffer));
+    }
+    void toManager(juce::int32 id, juce::int32 arg1 = 0) { send(Kernel::deviceStatusManagerId, id, arg1); }
+    void fireTimer(int timer) { toManager(Kernel::MSG_SYS_TIMER, timer); }
+
+    FakePage& addPage(int page, int source, bool available = true)
+    {
+        PageScheduleConfig config;
+        config.page = page;
+        config.source = source;
+        config.isNormalSource = true;
+        juce::ReferenceCountedObjectPtr<FakePage> handler = new FakePage(config);
+        handler->available = available;
+        pages.push_back(handler);
+        registerHandler(handler.get());
+        return *handler;
+    }
+
+    McuLink mcu;
+    FakeRemote remote;
+    FakeVolumeBar volumeBar;
+    FakeBar<LowBatteryBar> lowBatteryBar;
+    FakeAudio audio;
+    FakeAutoTest autoTest;
+    const Platform::Configuration previous = Platform::Configuration::get();
+    const juce::File folder = juce::File::createTempFile("unit");
+    std::vector<juce::ReferenceCountedObjectPtr<FakePage>> pages;
+    DeviceStatusManager& manager = *DeviceStatusManager::getInstance();
+};
+
+class NotingListener : public DeviceStateInterface
+{
+public:
+    void onDeviceStateChanged(int kind) override
+    {
+        kinds.push_back(kind);
+        if (leavesAfterFirst)
+            removeDeviceStateListener(this);
+    }
+    std::vector<int> kinds;
+    bool leavesAfterFirst = false;
+};
+
+} // namespace
+
+TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
+{
+    LinesDouble::reset();
+    VideoDecoder decoder;
+    decoder.initialise();
+    const auto writes = LinesDouble::takeRegisterWrites();
+    ASSERT_EQ(writes.size(), 46u);
+    EXPECT_EQ(writes.front(), (LinesDouble::RegisterWrite { 0x88, 0x02, 0x44 }));
+    EXPECT_EQ(writes.back(), (LinesDouble::RegisterWrite { 0x88, 0x2F, 0xE0 }));
+    EXPECT_EQ(LinesDouble::getPin(32772), 1);
+    EXPECT_EQ(LinesDouble::getI2cTimeout(), 10000);
+    decoder.initialise();
+    EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty());
+
+    for (const auto& [value, signal] :
+         std::map<int, bool> { { 0x48, true }, { 0xFF, true }, { 0x40, false }, { 0x08, false } })
+    {
+        LinesDouble::setRegister(0x88, 0x01, static_cast<std::uint8_t>(value));
+        EXPECT_EQ(decoder.hasSignal(), signal) << value;
+    }
+    LinesDouble::setRegister(0x88, 0x01, 0x48);
+    LinesDouble::failI2cDevice(0x88, true);
+    EXPECT_FALSE(decoder.hasSignal());
+    EXPECT_EQ(LinesDouble::getOpenI2cDevices(), 0);
+
+    LinesDouble::reset();
+    LinesDouble::failI2cOpen(true);
+    VideoDecoder deaf;
+    deaf.initialise();
+    LinesDouble::failI2cOpen(false);
+    deaf.initialise();
+    EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty()) << "one attempt only";
+}
+
+TEST_F(DeviceStatusTest, TheStartBringsUpTheHardware)
+{
+    using Operation = LinesDouble::Operation;
+    EXPECT_TRUE(Platform::doubles::SystemDouble::isDaylightSavingDisabled());
+    auto calls = LinesDouble::takePinCalls();
+    ASSERT_GE(calls.size(), 4u);
+    calls.resize(4);
+    EXPECT_EQ(calls, (std::vector<LinesDouble::PinCall> { { 32856, Operation::function, 32 },
+                                                          { 32856, Operation::write, 1 },
+                                                          { 32771, Operation::function, 32 },
+                                                          { 32771, Operation::write, 1 } }));
+    EXPECT_EQ(manager.getTimerInterval(4), 1000);
+}
+
+TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHeartbeat)
+{
+    toManager(Kernel::MSG_SYS_START);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
+    fireTimer(1);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
+    EXPECT_TRUE(manager.isTimerRunning(1));
+    takePosted();
+
+    hostEvent(EVENT_GET_LAST_MEMORY);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT, 0, 0);
+    EXPECT_EQ(audio.calls, Calls { "init" });
+    const auto broadcasts = Platform::IpcDouble::takeNamedBroadcasts();
+    ASSERT_EQ(broadcasts.size(), 1u);
+    EXPECT_EQ(broadcasts[0].bundle->getInt("index", 0), 36);
+    EXPECT_EQ(broadcasts[0].bundle->getInt("value", 0), 5) << "the setting from the store that the start has loaded";
+    fireTimer(1);
+    EXPECT_EQ(commands(), std::vector<Command> {});
+    EXPECT_FALSE(manager.isTimerRunning(1));
+
+    EXPECT_EQ(manager.getTimerInterval(5), 3000);
+    fireTimer(5);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
+    const LogCapture log;
+    toManager(Kernel::MSG_HEARTBEAT_STOP);
+    EXPECT_EQ(log.count("APP stop sending the heatbeat packets to MCU \r\n"), 1);
+    EXPECT_FALSE(manager.isTimerRunning(5));
+}
+
+TEST_F(DeviceStatusTest, TheAutoTestIsHandedOverUntilItsSessionRuns)
+{
+    const std::uint8_t ready[] = { 0x82, 0x02 };
+    hostEvent(EVENT_GET_LAST_MEMORY);
+    autoTest.running = false;
+    fireTimer(6);
+    EXPECT_TRUE(manager.isTimerRunning(6));
+    autoTest.running = true;
+    fireTimer(6);
+    EXPECT_FALSE(manager.isTimerRunning(6));
+    ASSERT_EQ(autoTest.messages.size(), 2u);
+    EXPECT_EQ(autoTest.messages[1], juce::MemoryBlock(ready, 2));
+}
+
+TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
+{
+    auto& fm = addPage(Pubhead::mbFM, SRC_TUNER);
+    auto& usb = addPage(Pubhead::mbUSBAudio4, SRC_USB);
+    const LogCapture log;
+    hostEvent(EVENT_SRC_SWITCH, { 10 });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES) << "too short";
+    hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
+    EXPECT_EQ(log.count("MCU Requeset Src Switch type:1  Num:0"), 1);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_MUTE_STATE, { 1 } } }));
+    EXPECT_EQ(manager.getStartPage(), Pubhead::mbFM);
+    EXPECT_EQ(fm.calls, Calls {}) << "the state machine starts it";
+
+    manager.startSourceWhenReady();
+    EXPECT_EQ(fm.calls, Calls { "show auto" });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+
+    hostEvent(EVENT_SRC_SWITCH, { 10, 3 });
+    hostEvent(EVENT_SRC_SWITCH, { 10, 3 });
+    EXPECT_EQ(usb.calls, Calls { "show auto" }) << "a repeated request only confirms";
+    EXPECT_EQ(commands(), std::vector<Command> {});
+}
+
+TEST(DeviceStatusStateTest, TheFirstStateFollowsTheLocks)
+{
+    const std::pair<DeviceStatusManager::StartConditions, int> cases[] = {
+        { {}, kNormalRun },
+        { { 4, 0, true }, kISRMode },
+        { { 2, 0, true }, kAntitheft },
+        { { 3, 0, false }, kAntitheft },
+        { { 2, 1, false }, kLocked },
+        { { 3, 5, true }, kLocked },
+        { { 1, 7, false }, kNormalRun },
+    };
+    for (const auto& [conditions, state] : cases)
+        EXPECT_EQ(DeviceStatusManager::firstState(conditions), state) << conditions.antitheftMode;
+}
+
+TEST_F(DeviceStatusTest, AStartPageThatCannotRunIsReplacedUnlessItsDeviceMayCome)
+{
+    auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
+    auto& usb = addPage(Pubhead::mbUSBAudio, SRC_USB, false);
+    addPage(Pubhead::mbAuxin2, SRC_AUX_FRONT, false);
+    hostEvent(EVENT_SRC_SWITCH, { 10, 0 });
+    manager.runStartSrc();
+    EXPECT_EQ(manager.getStartPage(), Pubhead::mbUSBAudio);
+    EXPECT_EQ(off.calls, Calls {});
+    usb.available = true;
+    manager.runStartSrc();
+    EXPECT_EQ(usb.calls, Calls { "show auto" });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+
+    hostEvent(EVENT_GET_LAST_MEMORY);
+    hostEvent(EVENT_SRC_SWITCH, { 5, 0 });
+    manager.runStartSrc();
+    EXPECT_EQ(off.calls, Calls { "show auto" });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+}
+
+TEST_F(DeviceStatusTest, AfterTheAntitheftPageItsPageIsStopped)
+{
+    auto& antitheft = addPage(Pubhead::mbAntitheft, NUM_OF_SOURCES);
+    auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
+    manager.startTimer(3, 2000);
+    fireTimer(3);
+    EXPECT_FALSE(manager.isTimerRunning(3));
+    EXPECT_EQ(off.calls, Calls { "show auto" });
+    EXPECT_EQ(antitheft.calls, Calls { "stop auto" });
+}
+
+// No schedule has run, so the unit's source has no name at the microcontroller: type 0, number 0.
+TEST_F(DeviceStatusTest, AChangeOfSourceIsReportedUnlessTheFactoryResetRuns)
+{
+    toManager(Kernel::MSG_NORMAL_SOURCE, Pubhead::mbCamera);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_SRC_SWITCH, { 0, 0 } } }));
+    hostEvent(EVENT_SRC_SWITCH_REPORT, { 0, 0 });
+    hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
+    commands();
+    toManager(Kernel::MSG_NORMAL_SOURCE);
+    EXPECT_EQ(commands(), std::vector<Command> {}) << "still on the way to FM";
+    hostEvent(EVENT_SRC_SWITCH, { 0, 0 });
+    const LogCapture log;
+    toManager(Kernel::MSG_NORMAL_SOURCE);
+    EXPECT_EQ(log.count("APP  REQUESET Src Switch type:0  Num:0"), 1);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_SRC_SWITCH, { 0, 0 } } }));
+    hostEvent(EVENT_SRC_SWITCH_REPORT, { 0, 0 });
+    toManager(Kernel::MSG_FACTORY_RESET);
+    toManager(Kernel::MSG_NORMAL_SOURCE);
+    EXPECT_EQ(commands(), std::vector<Command> {});
+}
+
+TEST_F(DeviceStatusTest, DeviceChangesReachListenersAndMcu)
+{
+    NotingListener first;
+    NotingListener second;
+    first.leavesAfterFirst = true;
+    addDeviceStateListener(&first);
+    addDeviceStateListener(&second);
+    setDeviceState(iPodConnected, true);
+    setDeviceState(satelliteTuner, true);
+    EXPECT_TRUE(second.kinds.empty()) << "told on the group thread only";
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } }));
+    EXPECT_EQ(first.kinds, std::vector { 1 });
+    EXPECT_EQ(second.kinds, (std::vector { 1, 18 }));
+    EXPECT_TRUE(getDeviceState(iPodConnected));
+    EXPECT_FALSE(getDeviceState(satelliteTuner));
+
+    hostEvent(EVENT_DEVICE_STATUS);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } })) << "asked for, unchanged";
+    removeDeviceStateListener(&second);
+    setDeviceState(iPodConnected, false);
+    run();
+    EXPECT_EQ(second.kinds.size(), 2u);
+}
+
+TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
+{
+    NotingListener listener;
+    addDeviceStateListener(&listener);
+    fireTimer(2);
+    EXPECT_EQ(commands(), std::vector<Command> {});
+    folder.getChildFile("Hard Disk3").createDirectory();
+    fireTimer(2);
+    fireTimer(2);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
+    folder.getChildFile("Hard Disk3").deleteRecursively();
+    hostEvent(EVENT_DEVICE_STATUS);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0 } } }));
+
+    LinesDouble::setRegister(0x88, 0x01, 0x48);
+    fireTimer(4);
+    EXPECT_TRUE(getDeviceState(cameraVideo));
+    LinesDouble::setRegister(0x88, 0x01, 0);
+    fireTimer(4);
+    EXPECT_FALSE(getDeviceState(cameraVideo));
+    EXPECT_EQ(listener.kinds, (std::vector { 0, 0, 16, 16 }));
+
+    Platform::Configuration::get().sdAsUsb = true;
+    folder.getChildFile("Hard Disk").createDirectory();
+    fireTimer(2);
+    EXPECT_FALSE(getDeviceState(usbStorage)) << "the card stands for the first mount point";
+    folder.getChildFile("SD").createDirectory();
+    fireTimer(2);
+    EXPECT_TRUE(getDeviceState(usbStorage));
+}
+
+TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
+{
+    hostEvent(EVENT_POWER_OFF_READY);
+    EXPECT_EQ(remote.calls, (Calls { "dimmer 0", "clear and forget" }));
+    EXPECT_EQ(manager.getTimerInterval(7), 6000);
+    takePosted();
+    fireTimer(7);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
+    EXPECT_FALSE(manager.isTimerRunning(7));
+    hostEvent(EVENT_POWER_OFF_READY);
+    takePosted();
+    toManager(Kernel::MSG_POWER_OFF_CONFIRM, Pubhead::mbSirius);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
+    EXPECT_FALSE(manager.isTimerRunning(7));
+}
+
+TEST_F(DeviceStatusTest, StandbyIsEnteredAndLeftOnce)
+{
+    auto& standby = addPage(Pubhead::mbStandby, NUM_OF_SOURCES);
+    for (const int leave : { 1, 0, 0, 1, 1 })
+        toManager(Kernel::MSG_STANDBY, leave);
+    EXPECT_EQ(standby.calls, (Calls { "show auto", "stop auto" }));
+}
+
+TEST_F(DeviceStatusTest, TheLowBatteryAlertGoesToBarTableAndSoundOnce)
+{
+    for (const bool on : { false, true, true, false })
+        setLowBatteryAlert(on);
+    constexpr int alert = Kernel::MSG_LOW_BATTERY_ALERT;
+    EXPECT_EQ(lowBatteryBar.messages, (std::vector<std::array<int, 3>> { { alert, 1, 0 }, { alert, 0, 0 } }));
+    EXPECT_EQ(audio.calls, (Calls { "alert on", "alert off" }));
+    std::vector<int> values;
+    for (const auto& each : Platform::IpcDouble::takeNamedBroadcasts())
+        if (each.bundle->getInt("index", 0) == 38)
+            values.push_back(each.bundle->getInt("value", -1));
+    EXPECT_EQ(values, (std::vector { 1, 0 }));
+}
+
+TEST_F(DeviceStatusTest, VolumeAndMuteAreShown)
+{
+    constexpr int volumeShow = Kernel::MSG_VOLUME_SHOW;
+    manager.onVolumeChanged(17, 1, true);
+    EXPECT_EQ(remote.calls, (Calls { "clear row 1", "restore after 2000", "text 1 1 Zone1 Vol.17 temporary" }));
+    manager.onVolumeChanged(18, 2, false);
+    EXPECT_EQ(remote.calls.size(), 3u) << "not to be shown";
+    EXPECT_EQ(volumeBar.messages, (std::vector<std::array<int, 3>> { { volumeShow, 1, 17 } }));
+    manager.onVolumeChanged(0, 2, true);
+    EXPECT_EQ(remote.calls.back(), "text 1 1 Aft Vol.0 temporary");
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 1, 17);
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, 18);
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, 0);
+
+    remote.calls.clear();
+    remote.pending = true;
+    manager.onMuteChanged(true);
+    remote.pending = false;
+    manager.onMuteChanged(true);
+    manager.onMuteChanged(false);
+    EXPECT_EQ(remote.calls, (Calls { "restore after -1", "clear row 1", "text 1 11  Mute temporary",
+                                     "text 1 11  Mute temporary", "restore" }));
+    EXPECT_EQ(volumeBar.messages.back(), (std::array<int, 3> { volumeShow, 3, 0 }));
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 3, 1);
+}

@@ -1,0 +1,98 @@
+#include "EngineLayer/SwitchAction.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace EngineLayer;
+using namespace Pubhead;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace
+{
+
+SwitchAction::Ptr actionOf(std::initializer_list<std::pair<int, SwitchType>> orders)
+{
+    SwitchAction::Ptr action = new SwitchAction();
+    for (const auto& [page, type] : orders)
+    {
+        AppStateSwitch::Ptr order = new AppStateSwitch();
+        order->page = page;
+        order->switchType = type;
+        action->orders.push_back(order);
+    }
+    return action;
+}
+
+std::vector<int> pagesOf(const SwitchAction::Orders& orders)
+{
+    std::vector<int> pages;
+    for (const auto& order : orders)
+        pages.push_back(order->page);
+    return pages;
+}
+
+} // namespace
+
+TEST(SwitchAction, StopsAndChangesGoFirstTheRestAfterTheFirstReport)
+{
+    const auto action = actionOf({ { mbUSBAudio, SwitchType::ToStop },
+                                   { mbMainMenu, SwitchType::ToChange },
+                                   { mbSetup, SwitchType::ToShowTopLevel },
+                                   { mbFM, SwitchType::ToRun } });
+    EXPECT_THAT(pagesOf(action->sendNext()), ElementsAre(mbUSBAudio, mbMainMenu));
+    EXPECT_FALSE(action->allSent());
+    action->markPage(mbFM, false);
+    EXPECT_EQ(action->orders[3]->progress, OrderProgress::notSent) << "a report that nobody asked for";
+    action->markPage(mbUSBAudio, true);
+    EXPECT_THAT(pagesOf(action->sendNext()), ElementsAre(mbSetup, mbFM));
+    EXPECT_TRUE(action->allSent());
+    EXPECT_THAT(action->sendNext(), IsEmpty());
+
+    for (const int page : { mbMainMenu, mbSetup })
+        action->markPage(page, true);
+    EXPECT_FALSE(action->allFinished());
+    action->markPage(mbFM, true);
+    EXPECT_TRUE(action->allFinished() && action->allSucceeded());
+}
+
+TEST(SwitchAction, OneFailureFailsIt)
+{
+    const auto action = actionOf({ { mbUSBAudio, SwitchType::ToStop }, { mbFM, SwitchType::ToRun } });
+    action->sendNext();
+    EXPECT_THAT(action->sentPages(), ElementsAre(mbUSBAudio)) << "only they hear of a failure";
+    action->markPage(mbUSBAudio, false);
+    action->markPage(mbUSBAudio, true);
+    action->sendNext();
+    action->markPage(mbFM, true);
+    EXPECT_TRUE(action->allFinished());
+    EXPECT_FALSE(action->allSucceeded()) << "the first report of a page counts";
+    EXPECT_THAT(action->sentPages(), ElementsAre(mbUSBAudio, mbFM));
+}
+
+TEST(SwitchAction, AResourceSwitchIsAwaitedOnlyWhenThereIsOne)
+{
+    const auto action = actionOf({});
+    EXPECT_TRUE(action->allSent() && action->allFinished() && action->allSucceeded());
+    EXPECT_FALSE(action->hasAction());
+
+    action->resourceSwitch = new AppResourceSwitch();
+    EXPECT_TRUE(action->hasAction());
+    EXPECT_FALSE(action->allSent() || action->allFinished() || action->allSucceeded());
+    action->markPage(NUM_OF_PAGES, true);
+    EXPECT_FALSE(action->allFinished()) << "it was not sent";
+    action->resourceSwitch->progress = OrderProgress::sent;
+    action->markPage(NUM_OF_PAGES, true);
+    EXPECT_TRUE(action->allFinished() && action->allSucceeded());
+}
+
+TEST(SwitchAction, DescribesItself)
+{
+    const auto action = actionOf({ { mbFM, SwitchType::ToRun } });
+    action->orders.front()->states = { 1, 1, 1, 1 };
+    action->resourceSwitch = new AppResourceSwitch();
+    EXPECT_THAT(action->describe(),
+                ElementsAre("++++++++++++ | Schedule SwitchAction", "APP: mbFM | Action: ToRun",
+                            "SC: 1 | SP: 1 | AC: 1 | VC: 1", "FAC: eAudioAVOff | FVC: eVideoCamera",
+                            "RAC: eAudioAVOff | RVC: eVideoAVOff", "SRC: NUM_OF_SOURCES", "Mix: 0", "Trigger: 0"));
+}

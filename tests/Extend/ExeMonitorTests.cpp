@@ -1,0 +1,276 @@
+#include "support/ProgramsFixture.h"
+
+#include <thread>
+
+using namespace EngineApi;
+using namespace Pubhead;
+using namespace testing;
+using EngineLayer::ExeMonitor;
+using Platform::AppCommandLine;
+using Platform::Bundle;
+using Platform::RemoteObjFormat;
+using Platform::doubles::ProcessDouble;
+using Platform::doubles::WindowDouble;
+namespace IpcDouble = Platform::IpcDouble;
+
+namespace
+{
+
+constexpr const char* radioPath = "/programs/radio";
+/** Private message of the view manager: a page is to come next. */
+constexpr juce::int32 setNextPageMessage = 1;
+
+class ExeMonitorTest : public ProgramsFixture, public AppConnectStateInterface
+{
+protected:
+    ExeMonitorTest()
+    {
+        takePosted();
+        monitor.addConnectListener(this);
+    }
+
+    void onAppConnectState(int appType, int state) override { told.emplace_back(appType, state); }
+
+    bool launchRadio(Bundle::Ptr bundle = nullptr, bool background = false)
+    {
+        const bool launched = monitor.launchApp(AppRadio, mbFM, radioPath, std::move(bundle), background);
+        run();
+        return launched;
+    }
+
+    /** The radio runs and has said hello; its process. */
+    int startRadio()
+    {
+        launchRadio();
+        const int pid = ProcessDouble::takeLaunches().front().pid;
+        IpcDouble::setPresent(AppRadio, true, pid);
+        fromProgram(AppRadio, RMSG_APP_HELLO, AppRadio);
+        takeSent();
+        takePosted();
+        told.clear();
+        return pid;
+    }
+
+    static Bundle::Ptr pageShow()
+    {
+        return RemoteObjFormat::formatCommandLine(*AppCommandLine::genCmdPageShow(mbFM, false));
+    }
+
+    std::vector<std::pair<int, int>> told;
+};
+
+} // namespace
+
+/** From launch to end: the hello is answered before anything that waited for the program, and its end is told. */
+TEST_F(ExeMonitorTest, FollowsAProgramFromItsLaunchToItsEnd)
+{
+    ASSERT_TRUE(launchRadio());
+    const auto launches = ProcessDouble::takeLaunches();
+    ASSERT_EQ(launches.size(), 1u);
+    EXPECT_EQ(launches[0].path, radioPath);
+    EXPECT_EQ(IpcDouble::expectedProcess(AppRadio), launches[0].pid);
+    EXPECT_EQ(monitor.getAppState(AppRadio), kStarting);
+    expectPosted(Kernel::viewManagerId, setNextPageMessage, mbFM, 0);
+
+    sendRemoteMessage(AppRadio, RMSG_KEY, 1, 2);
+    IpcDouble::setPresent(AppRadio, true, launches[0].pid);
+    fromProgram(AppRadio, RMSG_APP_HELLO, AppRadio);
+    EXPECT_THAT(takeSent(),
+                ElementsAre(Sent { AppRadio, RMSG_APP_HELLO_ACK, AppRadio }, Sent { AppRadio, RMSG_KEY, 1, 2 }));
+
+    ProcessDouble::end(launches[0].pid);
+    awaitState(AppRadio, kDisconnect);
+    EXPECT_THAT(told, ElementsAre(Pair(AppRadio, kStarting), Pair(AppRadio, kConnected), Pair(AppRadio, kDisconnect)));
+    EXPECT_EQ(IpcDouble::expectedProcess(AppRadio), -1);
+}
+
+TEST_F(ExeMonitorTest, StartsProgramsWithTheCommandLineThatTheLaunchImplies)
+{
+    const auto extra = Bundle::obtain();
+    extra->putInt("Favourite", 3);
+    struct Case
+    {
+        const char* name;
+        int appType;
+        Bundle::Ptr bundle;
+        bool background;
+        bool hasArguments;
+        bool isPageHide;
+        int favourite;
+    };
+    const Case cases[] = {
+        { "nothing to say", AppRadio, nullptr, false, false, false, -1 },
+        { "in the background", AppUSB, nullptr, true, true, true, -1 },
+        { "in the background with an empty bundle", AppiPod, Bundle::obtain(), true, true, true, -1 },
+        { "with a command line", AppDisc, pageShow(), true, true, false, -1 },
+        { "with data only", AppAuxIn, extra, false, true, true, 3 },
+        { "the foreign program", AppNavi, pageShow(), false, false, false, -1 },
+    };
+    for (const auto& each : cases)
+    {
+        SCOPED_TRACE(each.name);
+        ASSERT_TRUE(monitor.launchApp(each.appType, mbFM, radioPath, each.bundle, each.background));
+        const auto arguments = ProcessDouble::takeLaunches().at(0).arguments;
+        ASSERT_EQ(arguments.size(), each.hasArguments ? 2 : 0);
+        if (!each.hasArguments)
+            continue;
+        EXPECT_EQ(arguments[0], "--command-line");
+        const auto commandLine =
+            RemoteObjFormat::generateCommandLine(Platform::CmdLineHelper::parseCommandLine(arguments[1]));
+        ASSERT_NE(commandLine, nullptr);
+        EXPECT_EQ(commandLine->isPageHide(), each.isPageHide);
+        EXPECT_EQ(commandLine->getPage(), each.isPageHide ? NUM_OF_PAGES : mbFM);
+        EXPECT_EQ(commandLine->hasExtraData() ? commandLine->getExtraData()->getInt("Favourite", -1) : -1,
+                  each.favourite);
+    }
+}
+
+/** A program that somebody else started is taken over: no second process, and its end is noticed. */
+TEST_F(ExeMonitorTest, TakesOverAProgramThatRunsAlready)
+{
+    const int radio = ProcessDouble::addProcess();
+    IpcDouble::setPresent(AppRadio, true, radio);
+    EXPECT_TRUE(launchRadio(pageShow()));
+    EXPECT_EQ(monitor.getAppState(AppRadio), kConnected);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppRadio, RMSG_COMMAND_LINE, 0 }));
+    ProcessDouble::end(radio);
+    awaitState(AppRadio, kDisconnect);
+
+    const int navigation = ProcessDouble::addProcess();
+    WindowDouble::add("AppNavi", navigation);
+    EXPECT_TRUE(monitor.launchApp(AppNavi, mbNavi, "/programs/navi", nullptr, false));
+    EXPECT_EQ(monitor.getAppState(AppNavi), kConnected);
+    EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
+    ProcessDouble::end(navigation);
+    awaitState(AppNavi, kDisconnect);
+
+    // The bus may not have noticed yet that the process is gone.
+    EXPECT_TRUE(launchRadio());
+    EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
+}
+
+TEST_F(ExeMonitorTest, HandsARunningProgramTheCommandLineOnly)
+{
+    startRadio();
+    EXPECT_TRUE(launchRadio(nullptr, true));
+    expectNothingPosted();
+    EXPECT_TRUE(launchRadio(pageShow()));
+    expectPosted(Kernel::viewManagerId, setNextPageMessage, mbFM, 0);
+    EXPECT_TRUE(monitor.showOrLaunchApp(AppRadio, mbAM, radioPath, pageShow()));
+    expectPosted(Kernel::viewManagerId, setNextPageMessage, mbAM, 0);
+    EXPECT_THAT(takeSent(),
+                ElementsAre(Sent { AppRadio, RMSG_COMMAND_LINE, 0 }, Sent { AppRadio, RMSG_COMMAND_LINE, 0 }));
+    EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
+
+    EXPECT_TRUE(monitor.showOrLaunchApp(AppUSB, mbUSBAudio, "/programs/usb", nullptr));
+    EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
+}
+
+TEST_F(ExeMonitorTest, AFailedLaunchChangesNothing)
+{
+    EXPECT_FALSE(monitor.launchApp(AppRadio, mbFM, "", nullptr, false));
+    ProcessDouble::failCreation(true);
+    EXPECT_FALSE(launchRadio());
+    EXPECT_EQ(monitor.getAppState(AppRadio), kDisconnect);
+    EXPECT_TRUE(told.empty());
+    EXPECT_EQ(IpcDouble::expectedProcess(AppRadio), -1);
+    expectNothingPosted();
+}
+
+/**
+    The radio was told to quit and hangs when it is wanted again, twice. It is ended by force, then starts once; the
+    second wish only gives the new process its command line.
+*/
+TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
+{
+    const int hanging = startRadio();
+    monitor.setAppState(AppRadio, kClosing);
+    EXPECT_FALSE(launchRadio());
+    EXPECT_FALSE(launchRadio(pageShow()));
+    expectNothingPosted();
+    EXPECT_EQ(monitor.getTimerInterval(ExeMonitor::closingTimer), 1500);
+
+    fire(monitor, ExeMonitor::closingTimer);
+    EXPECT_THAT(ProcessDouble::takeTerminated(), Contains(hanging));
+    IpcDouble::setPresent(AppRadio, false);
+    awaitState(AppRadio, kStarting);
+    const auto launches = ProcessDouble::takeLaunches();
+    ASSERT_EQ(launches.size(), 1u);
+    EXPECT_FALSE(monitor.isTimerRunning(ExeMonitor::closingTimer));
+
+    IpcDouble::setPresent(AppRadio, true, launches[0].pid);
+    fromProgram(AppRadio, RMSG_APP_HELLO, AppRadio);
+    EXPECT_EQ(takeSent().size(), 2u) << "the command line and the answer to the hello";
+    ProcessDouble::end(launches[0].pid);
+    awaitState(AppRadio, kDisconnect);
+    EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
+}
+
+/** Five cycles without an answer are borne, each further one stops the heartbeat to the microcontroller. */
+TEST_F(ExeMonitorTest, ReportsTheSixthFailingHeartbeat)
+{
+    startRadio();
+    send(Kernel::exeMonitorId, Kernel::MSG_SYS_READY);
+    EXPECT_EQ(monitor.getTimerInterval(ExeMonitor::heartbeatTimer), 6000);
+    const auto cycles = [this](int count)
+    {
+        for (int cycle = 0; cycle < count; ++cycle)
+            fire(monitor, ExeMonitor::heartbeatTimer);
+    };
+    cycles(1 + 5);
+    expectNothingPosted();
+    cycles(1);
+    expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_HEARTBEAT_STOP, 0, 0);
+    cycles(1);
+    expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_HEARTBEAT_STOP, 0, 0);
+    EXPECT_THAT(takeSent(), AllOf(SizeIs(8), Each(Sent { -1, RMSG_HEARTBEAT, 0 })));
+
+    fromProgram(AppRadio, RMSG_HEARTBEAT_REPLY, AppRadio);
+    cycles(1 + 5);
+    expectNothingPosted();
+    // A program that is gone owes no answer.
+    monitor.setAppState(AppRadio, kDisconnect);
+    cycles(3);
+    expectNothingPosted();
+}
+
+/** The bus says who speaks: a radio that calls itself the USB player stays the radio. */
+TEST_F(ExeMonitorTest, BelievesTheBusAboutWhoSaysHello)
+{
+    IpcDouble::setPresent(AppRadio, true, ProcessDouble::addProcess());
+    fromProgram(AppRadio, RMSG_APP_HELLO, AppUSB);
+    EXPECT_EQ(monitor.getAppState(AppRadio), kConnected);
+    EXPECT_EQ(monitor.getAppState(AppUSB), kDisconnect);
+}
+
+/** Waiting fails for a while, as it may when the system is short of descriptors: no end of a process is missed. */
+TEST_F(ExeMonitorTest, SurvivesFailingWaits)
+{
+    const int pid = startRadio();
+    ProcessDouble::failWaits(3);
+    monitor.launchApp(AppUSB, mbUSBAudio, "/programs/usb", nullptr, true);
+    ProcessDouble::end(pid);
+    awaitState(AppRadio, kDisconnect);
+    EXPECT_EQ(monitor.getAppState(AppUSB), kStarting);
+}
+
+/** Several threads want the same program at the same moment while others come and go: it starts once. */
+TEST_F(ExeMonitorTest, StartsAProgramOnceForManyThreads)
+{
+    std::vector<std::thread> threads;
+    std::atomic<int> launched { 0 };
+    for (int thread = 0; thread < 4; ++thread)
+        threads.emplace_back(
+            [&]
+            {
+                launched += monitor.launchApp(AppRadio, mbFM, radioPath, nullptr, true) ? 1 : 0;
+                monitor.launchApp(AppUSB, mbUSBAudio, "/programs/usb", nullptr, true);
+                monitor.terminateApp(AppUSB);
+            });
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(launched, 4);
+    const auto launches = ProcessDouble::takeLaunches();
+    EXPECT_EQ(std::count_if(launches.begin(), launches.end(), [](const auto& each) { return each.path == radioPath; }),
+              1);
+}

@@ -1,0 +1,280 @@
+#include "support/ProgramsFixture.h"
+
+using namespace EngineApi;
+using namespace Pubhead;
+using namespace testing;
+using EngineLayer::ViewManager;
+using Platform::doubles::WindowDouble;
+
+namespace
+{
+
+/** A page that only says whose it is. */
+class PageStub : public PageHandler
+{
+public:
+    explicit PageStub(int page)
+        : config(*EngineLayer::pageScheduleConfig(page))
+    {
+    }
+    const EngineLayer::PageScheduleConfig& getConfig() const override { return config; }
+    PageRunState getRunState() const override { return {}; }
+    bool isAvailable() const override { return true; }
+    bool isResident() const override { return false; }
+    juce::String getBackProgramPath() const override { return {}; }
+    void requestState(EngineLayer::AppAction, bool) override {}
+    void requestShow(bool) override {}
+    void notifyPage() override {}
+    void adjustScheduleInfo(EngineLayer::ScheduleInfo&) override {}
+
+private:
+    EngineLayer::PageScheduleConfig config;
+};
+
+class ViewManagerTest : public ProgramsFixture
+{
+protected:
+    ViewManagerTest()
+    {
+        add(&view, Kernel::viewManagerId);
+        send(Kernel::viewManagerId, Kernel::MSG_SYS_START);
+        for (const int page : { mbFM, mbAM, mbUSBAudio, mbSetup })
+        {
+            registerHandler(new PageStub(page));
+            connect(appTypeOfPage(page));
+        }
+        takePosted();
+    }
+
+    void setNext(int page)
+    {
+        setNextPage(page);
+        run();
+    }
+    void says(juce::int32 what, int page) { fromProgram(appTypeOfPage(page), what, page); }
+    void asksFor(int page) { says(RMSG_PAGE_REQUEST_SHOW, page); }
+    Sent show(int page) { return { appTypeOfPage(page), RMSG_PAGE_SHOW, page }; }
+    Sent hide(int page) { return { appTypeOfPage(page), RMSG_PAGE_HIDE, page }; }
+    Sent covered(int page) { return { appTypeOfPage(page), RMSG_PAGE_COVERED, page }; }
+
+    /** The page is in front and nothing is under way. */
+    void bringToFront(int page)
+    {
+        setNext(page);
+        asksFor(page);
+        if (view.isTimerRunning(ViewManager::hideTimer))
+            fire(view, ViewManager::hideTimer);
+        says(RMSG_PAGE_SHOW_READY, page);
+        ASSERT_EQ(getCurrentPage(), page);
+        ASSERT_FALSE(isPageChanging());
+        takeSent();
+    }
+
+    ViewManager& view = *ViewManager::getInstance();
+};
+
+} // namespace
+
+TEST_F(ViewManagerTest, ChangesPagesByHandshake)
+{
+    setNext(mbFM);
+    EXPECT_TRUE(takeSent().empty()) << "the program has time to ask for its page itself";
+    asksFor(mbFM);
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbFM))) << "nothing is in front that would have to go";
+    EXPECT_TRUE(isPageChanging());
+    says(RMSG_PAGE_SHOW_READY, mbFM);
+    EXPECT_EQ(getCurrentPage(), mbFM);
+    EXPECT_FALSE(isPageChanging());
+    EXPECT_TRUE(takeSent().empty());
+
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    EXPECT_THAT(takeSent(), ElementsAre(hide(mbFM)));
+    says(RMSG_PAGE_SHOW_READY, mbUSBAudio); // Out of turn.
+    says(RMSG_PAGE_HIDE_READY, mbUSBAudio); // Not the page that hides.
+    EXPECT_TRUE(takeSent().empty());
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
+    EXPECT_EQ(getCurrentPage(), mbFM);
+    says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+    EXPECT_THAT(takeSent(), ElementsAre(covered(mbFM)));
+    EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+}
+
+TEST_F(ViewManagerTest, LeavesTwoPagesOfOneProgramToTheProgram)
+{
+    bringToFront(mbFM);
+    setNext(mbAM);
+    asksFor(mbAM);
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    says(RMSG_PAGE_SHOW_READY, mbAM);
+    EXPECT_THAT(takeSent(), ElementsAre(hide(mbFM), show(mbAM)));
+    EXPECT_EQ(getCurrentPage(), mbAM);
+}
+
+/** Silent programs hold the screen 1500 ms a step; one that cannot be reached does not hold it at all. */
+TEST_F(ViewManagerTest, GoesOnWithoutAnswers)
+{
+    bringToFront(mbFM);
+    setNext(mbUSBAudio);
+    EXPECT_EQ(view.getTimerInterval(ViewManager::requestTimer), 1500);
+    fire(view, ViewManager::requestTimer);
+    EXPECT_FALSE(view.isTimerRunning(ViewManager::requestTimer));
+    EXPECT_EQ(view.getTimerInterval(ViewManager::hideTimer), 1500);
+    fire(view, ViewManager::hideTimer);
+    EXPECT_FALSE(view.isTimerRunning(ViewManager::hideTimer));
+    EXPECT_EQ(view.getTimerInterval(ViewManager::showTimer), 1500);
+    fire(view, ViewManager::showTimer);
+    EXPECT_FALSE(view.isTimerRunning(ViewManager::showTimer));
+    EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+    EXPECT_FALSE(isPageChanging());
+
+    Platform::IpcDouble::setPresent(AppUSB, false);
+    Platform::IpcDouble::setPresent(AppSetup, false);
+    setNext(mbSetup);
+    fire(view, ViewManager::requestTimer);
+    EXPECT_EQ(view.getTimerInterval(ViewManager::hideTimer), 1);
+    fire(view, ViewManager::hideTimer);
+    EXPECT_EQ(view.getTimerInterval(ViewManager::showTimer), 1);
+    fire(view, ViewManager::showTimer);
+    EXPECT_EQ(getCurrentPage(), mbSetup);
+}
+
+/** While FM hides for USB, setup is wanted: USB is never shown. */
+TEST_F(ViewManagerTest, APageWantedWhileTheOldOneHidesReplacesTheNext)
+{
+    for (const bool asksItself : { true, false })
+    {
+        SCOPED_TRACE(asksItself);
+        bringToFront(mbFM);
+        setNext(mbUSBAudio);
+        asksFor(mbUSBAudio);
+        setNext(mbSetup);
+        if (asksItself)
+            asksFor(mbSetup);
+        says(RMSG_PAGE_HIDE_READY, mbFM);
+        if (!asksItself)
+        {
+            EXPECT_FALSE(isPageChanging()) << "it waits for the program, or its time";
+            fire(view, ViewManager::requestTimer);
+        }
+        says(RMSG_PAGE_SHOW_READY, mbSetup);
+        EXPECT_THAT(takeSent(), ElementsAre(hide(mbFM), show(mbSetup), covered(mbFM)));
+        EXPECT_EQ(getCurrentPage(), mbSetup);
+    }
+}
+
+/** While USB comes up, setup is wanted: USB is shown, then setup. The last of several wishes counts. */
+TEST_F(ViewManagerTest, APageWantedWhileTheNewOneComesFollowsIt)
+{
+    for (const bool asksItself : { true, false })
+    {
+        SCOPED_TRACE(asksItself);
+        bringToFront(mbFM);
+        setNext(mbUSBAudio);
+        asksFor(mbUSBAudio);
+        says(RMSG_PAGE_HIDE_READY, mbFM);
+        setNext(mbAM);
+        setNext(mbSetup);
+        if (asksItself)
+            asksFor(mbSetup);
+        takeSent();
+        says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+        EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+        EXPECT_EQ(isPageChanging(), asksItself);
+        if (!asksItself)
+            fire(view, ViewManager::requestTimer);
+        EXPECT_THAT(takeSent(), ElementsAre(covered(mbFM), hide(mbUSBAudio)));
+        says(RMSG_PAGE_HIDE_READY, mbUSBAudio);
+        says(RMSG_PAGE_SHOW_READY, mbSetup);
+        EXPECT_THAT(takeSent(), ElementsAre(show(mbSetup), covered(mbUSBAudio)));
+        EXPECT_EQ(getCurrentPage(), mbSetup);
+        EXPECT_FALSE(isPageChanging());
+    }
+}
+
+/** The navigation program answers nothing: its window is shown and hidden directly, and found under any of its titles.
+ */
+TEST_F(ViewManagerTest, ShowsAndHidesTheNavigationWindowItself)
+{
+    using Operation = WindowDouble::Operation;
+    for (const char* title : { "AppNavi", "GPS - Navigation", "QRTNavi" })
+    {
+        SCOPED_TRACE(title);
+        const auto window = WindowDouble::add(title);
+        bringToFront(mbFM);
+        setNext(mbNavi);
+        EXPECT_EQ(view.getTimerInterval(ViewManager::requestTimer), 1);
+        fire(view, ViewManager::requestTimer);
+        says(RMSG_PAGE_HIDE_READY, mbFM);
+        EXPECT_EQ(view.getTimerInterval(ViewManager::showTimer), 1);
+        fire(view, ViewManager::showTimer);
+        EXPECT_EQ(getCurrentPage(), mbNavi);
+        EXPECT_THAT(WindowDouble::takeActions(), ElementsAre(WindowDouble::Action { window, Operation::show },
+                                                             WindowDouble::Action { window, Operation::foreground }));
+        setNext(mbUSBAudio);
+        asksFor(mbUSBAudio);
+        EXPECT_EQ(view.getTimerInterval(ViewManager::hideTimer), 1);
+        fire(view, ViewManager::hideTimer);
+        EXPECT_TRUE(WindowDouble::takeActions().empty()) << "it stays until the next page is there";
+        says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+        EXPECT_THAT(WindowDouble::takeActions(), ElementsAre(WindowDouble::Action { window, Operation::hide }));
+        EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+        WindowDouble::remove(window);
+    }
+}
+
+/** The program in front dies: nobody has to hide, and even its own page can come back. */
+TEST_F(ViewManagerTest, ShowsAtOnceWhenTheProgramInFrontIsGone)
+{
+    for (const int next : { mbUSBAudio, mbFM })
+    {
+        SCOPED_TRACE(pageName(next));
+        bringToFront(mbFM);
+        monitor.setAppState(AppRadio, kDisconnect);
+        run();
+        connect(AppRadio);
+        setNext(next);
+        asksFor(next);
+        EXPECT_THAT(takeSent(), ElementsAre(show(next)));
+        says(RMSG_PAGE_SHOW_READY, next);
+        EXPECT_EQ(getCurrentPage(), next);
+    }
+}
+
+TEST_F(ViewManagerTest, HasNothingToDoForThePageInFront)
+{
+    bringToFront(mbFM);
+    setNext(mbFM);
+    EXPECT_FALSE(view.isTimerRunning(ViewManager::requestTimer));
+    asksFor(mbFM);
+    asksFor(mbUSBAudio); // Nobody wanted it.
+    EXPECT_TRUE(takeSent().empty());
+    EXPECT_FALSE(isPageChanging());
+}
+
+/** The page in front was told again what it shows: its report waits for the program, which may then ask once more. */
+TEST_F(ViewManagerTest, ConfirmsThePageOnTopOnce)
+{
+    bringToFront(mbFM);
+    reportTopPage(mbFM);
+    run();
+    EXPECT_EQ(view.getTimerInterval(ViewManager::reportTimer), 400);
+    says(RMSG_PAGE_TOP_SHOWN, mbUSBAudio);
+    expectNothingPosted();
+    says(RMSG_PAGE_TOP_SHOWN, mbFM);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
+    EXPECT_FALSE(view.isTimerRunning(ViewManager::reportTimer));
+    asksFor(mbFM);
+    asksFor(mbFM);
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbFM)));
+
+    reportTopPage(mbFM);
+    run();
+    fire(view, ViewManager::reportTimer);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
+    says(RMSG_PAGE_TOP_SHOWN, mbFM);
+    expectNothingPosted();
+    asksFor(mbFM);
+    EXPECT_TRUE(takeSent().empty());
+}

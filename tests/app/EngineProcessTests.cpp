@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+#include <juce_core/juce_core.h>
+
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace
+{
+
+const juce::String engineProgram = HEADUNIT_BUILD_DIR "/bin/headunit-engine";
+
+/** What a finished process said and how it ended. */
+struct Outcome
+{
+    int status = -1;
+    juce::String output;
+};
+
+/** The engine as a process of its own, with a pseudo-terminal in the microcontroller's place. */
+class EngineProcessTest : public testing::Test
+{
+protected:
+    EngineProcessTest()
+    {
+        folder.createDirectory();
+        std::array<char, 64> name {};
+        EXPECT_EQ(openpty(&terminal, &terminalUser, name.data(), nullptr, nullptr), 0);
+        termios settings {};
+        tcgetattr(terminalUser, &settings);
+        cfmakeraw(&settings);
+        tcsetattr(terminalUser, TCSANOW, &settings);
+        port = name.data();
+    }
+
+    ~EngineProcessTest() override
+    {
+        if (pid > 0)
+        {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+        close(terminal);
+        close(terminalUser);
+        folder.deleteRecursively();
+    }
+
+    juce::File writeConfiguration(const juce::String& extra = {}) const
+    {
+        const auto file = folder.getChildFile("engine.toml");
+        file.replaceWithText("[unit]\nsystem_path = \"system/\"\nresource_path = \"" HEADUNIT_BUILD_DIR "/resources/\"\n"
+                             "registry_path = \"registry/\"\ndisplay = \"none\"\nmedia_root = \"media/\"\n"
+                             "camera_hold_file = \"camera\"\n"
+                             "[mcu]\nport = \"" +
+                             port + "\"\n[bus]\ni2c1 = \"socket:i2c\"\ngpio = \"socket:gpio\"\n[ipc]\naddress = \"unix:path=" +
+                             folder.getChildFile("no-bus").getFullPathName() + "\"\n" + extra);
+        return file;
+    }
+
+    void start(const juce::StringArray& arguments)
+    {
+        std::array<int, 2> ends {};
+        ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+        pid = fork();
+        if (pid == 0)
+        {
+            dup2(ends[1], STDOUT_FILENO);
+            dup2(ends[1], STDERR_FILENO);
+            setenv("HEADUNIT_SYSINFO", ("/headunit-test-" + juce::String(getpid())).toRawUTF8(), 1);
+            std::vector<char*> argv { const_cast<char*>(engineProgram.toRawUTF8()) };
+            for (const auto& argument : arguments)
+                argv.push_back(const_cast<char*>(argument.toRawUTF8()));
+            argv.push_back(nullptr);
+            execv(argv[0], argv.data());
+            _exit(127);
+        }
+        close(ends[1]);
+        outputEnd = ends[0];
+    }
+
+    Outcome finish()
+    {
+        Outcome outcome;
+        std::array<char, 512> bytes {};
+        for (ssize_t count = 0; (count = read(outputEnd, bytes.data(), bytes.size())) > 0;)
+            outcome.output += juce::String::fromUTF8(bytes.data(), static_cast<int>(count));
+        close(outputEnd);
+        int raw = 0;
+        waitpid(std::exchange(pid, -1), &raw, 0);
+        outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -WTERMSIG(raw);
+        return outcome;
+    }
+
+    /** True when the engine sent anything within the time. */
+    bool engineSpeaks(int milliseconds) const
+    {
+        pollfd descriptor { terminal, POLLIN, 0 };
+        return poll(&descriptor, 1, milliseconds) == 1;
+    }
+
+    juce::File folder = juce::File::createTempFile("engine");
+    juce::String port;
+
+private:
+    int terminal = -1;
+    int terminalUser = -1;
+    int outputEnd = -1;
+
+protected:
+    pid_t pid = -1;
+};
+
+} // namespace
+
+TEST_F(EngineProcessTest, SaysItsVersionAndRefusesABadConfigurationInOneLine)
+{
+    start({ "--version" });
+    const auto version = finish();
+    EXPECT_EQ(version.status, 0);
+    EXPECT_TRUE(version.output.contains("2.0.28")) << version.output;
+
+    const auto file = writeConfiguration("[mystery]\nkey = 1\n");
+    start({ "--config", file.getFullPathName() });
+    const auto refused = finish();
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_TRUE(refused.output.contains("engine.toml") && refused.output.contains("mystery")) << refused.output;
+    EXPECT_EQ(refused.output.trim().indexOfChar('\n'), -1) << "one line, not more";
+
+    start({ "--config", folder.getChildFile("absent.toml").getFullPathName() });
+    EXPECT_EQ(finish().status, 2);
+}
+
+/** The boot stage's camera holds the screen: nothing starts. It lets go: the engine asks the microcontroller for the last memory. */
+TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
+{
+    const auto hold = folder.getChildFile("camera");
+    hold.create();
+    start({ "--config", writeConfiguration().getFullPathName() });
+    EXPECT_FALSE(engineSpeaks(1500));
+    hold.deleteFile();
+    EXPECT_TRUE(engineSpeaks(10000));
+    EXPECT_EQ(folder.getChildFile("registry/Drivers/AppleAccessory/HardwareType").loadFileAsString(), "1\n");
+    kill(pid, SIGTERM);
+    EXPECT_EQ(finish().status, 0);
+}

@@ -1,0 +1,200 @@
+#include "bench/console/Console.h"
+
+#include <gmock/gmock.h>
+#include <sstream>
+#include <thread>
+
+namespace
+{
+
+using namespace Bench;
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+TEST(Script, cutsLinesIntoWords)
+{
+    struct Case
+    {
+        const char* line;
+        Words words;
+        bool malformed;
+    };
+    const Case cases[] = {{"mcu  source\tusb 2", {"mcu", "source", "usb", "2"}, false},
+                          {"  # a comment", {}, false},
+                          {"state # the rest", {"state"}, false},
+                          {"expect log \"a # b \\\"c\\\"\" within 3s", {"expect", "log", "a # b \"c\"", "within", "3s"}, false},
+                          {"say \"\"", {"say", ""}, false},
+                          {"expect log \"open", {}, true}};
+    for (const auto& each : cases)
+    {
+        const auto line = parseLine(each.line);
+        EXPECT_EQ(line.words, each.words) << each.line;
+        EXPECT_EQ(!line.error.empty(), each.malformed) << each.line;
+    }
+}
+
+TEST(Script, readsTimesAndLimits)
+{
+    EXPECT_EQ(parseDuration("300ms"), 300ms);
+    EXPECT_EQ(parseDuration("1.5s"), 1500ms);
+    EXPECT_EQ(parseDuration("2"), 2000ms);
+    for (const auto* wrong : {"", "s", "3m", "-1s", "inf", "nan", "1e9", "999999s"})
+        EXPECT_FALSE(parseDuration(wrong)) << wrong;
+
+    auto limit = 5000ms;
+    Words words {"page", "fm", "shown", "within", "3s"};
+    EXPECT_EQ(takeLimit(words, limit), "");
+    EXPECT_EQ(words, (Words {"page", "fm", "shown"}));
+    EXPECT_EQ(limit, 3000ms);
+    Words without {"page", "fm", "shown", "within"};
+    EXPECT_NE(takeLimit(without, limit), "");
+}
+
+TEST(Expectation, namesItsStream)
+{
+    struct Case
+    {
+        Words words;
+        const char* stream;
+        const char* text;
+    };
+    const Case cases[] = {{{"mcu", "source", "usb", "2"}, "mcu source", "usb 2"},
+                          {{"mcu", "frame", "IND_KEY"}, "frame EVENT_KEY", ""},
+                          {{"mcu", "frame", "4", "01", "00"}, "frame EVENT_DEVICE_STATUS", "01 00"},
+                          {{"page", "eq", "shown"}, "page mbEQ", "shown"},
+                          {{"page", "MBFM", "in-front"}, "front", "mbFM"},
+                          {{"program", "radio", "gone"}, "program AppRadio", "gone"},
+                          {{"program", "aux", "key", "66", "0"}, "program AppAuxIn", "key 66 0"},
+                          {{"engine", "exit", "0"}, "engine", "exit 0"}};
+    for (const auto& each : cases)
+    {
+        const auto parsed = parseExpectation(each.words);
+        EXPECT_EQ(parsed.error, "");
+        EXPECT_EQ(parsed.expectation.stream, each.stream);
+        EXPECT_EQ(parsed.expectation.text, each.text);
+    }
+    for (const auto& wrong : {Words {}, Words {"page", "nowhere", "shown"}, Words {"page", "fm", "gone"}, Words {"mcu", "source", "tape"},
+                              Words {"mcu", "frame", "EVENT_NONE"}, Words {"log"}, Words {"program", "radio"}})
+        EXPECT_NE(parseExpectation(wrong).error, "");
+}
+
+// Each stream has its own place. An event that met one expectation does not meet the next; the order between streams is
+// free; an event from before the mark does not count.
+TEST(Expectations, consumeEachStreamInItsOrder)
+{
+    Journal journal;
+    Expectations expectations(journal);
+    const auto wait = [&](const Words& words, std::chrono::milliseconds limit) {
+        return expectations.wait(parseExpectation(words).expectation, limit);
+    };
+    journal.add("page mbMainMenu", "hidden");
+    journal.add("page mbFM", "shown");
+    EXPECT_EQ(wait({"page", "fm", "shown"}, 0ms), "");
+    EXPECT_EQ(wait({"page", "menu", "hidden"}, 0ms), "");
+    EXPECT_NE(wait({"page", "fm", "shown"}, 10ms), "") << "the same event twice";
+
+    journal.add("page mbFM", "hidden");
+    EXPECT_THAT(wait({"page", "fm", "shown"}, 10ms), HasSubstr("page mbFM hidden")) << "tells what came instead";
+
+    journal.add("log", "first line");
+    expectations.forgetThePast();
+    EXPECT_NE(wait({"log", "first"}, 10ms), "");
+
+    std::jthread later([&] { journal.add("log", "[info] second line"); });
+    EXPECT_EQ(wait({"log", "second"}, 5s), "");
+}
+
+TEST(Expectations, seeStatesAndAbsence)
+{
+    Journal journal;
+    Expectations expectations(journal);
+    const auto inFront = parseExpectation({"page", "eq", "in-front"}).expectation;
+    journal.add("front", "mbEQ");
+    EXPECT_EQ(expectations.wait(inFront, 0ms), "");
+    EXPECT_EQ(expectations.wait(inFront, 0ms), "") << "a state is not used up";
+    journal.add("front", "none");
+    EXPECT_NE(expectations.wait(inFront, 10ms), "");
+
+    const auto key = parseExpectation({"program", "radio", "key", "66"}).expectation;
+    EXPECT_TRUE(expectations.staysAway(key, 10ms));
+    journal.add("program AppRadio", "key 66 0");
+    EXPECT_FALSE(expectations.staysAway(key, 10ms));
+    EXPECT_EQ(expectations.wait(key, 0ms), "");
+    EXPECT_TRUE(expectations.staysAway(key, 10ms)) << "what was expected before is behind";
+}
+
+TEST(Expectations, endWhenTheUserWantsToLeave)
+{
+    Journal journal;
+    Expectations expectations(journal);
+    std::jthread leaver([&] { journal.interrupt(); });
+    EXPECT_EQ(expectations.wait(parseExpectation({"mcu", "agreed"}).expectation, 60s), "interrupted");
+}
+
+TEST(Journal, forgetsTheOldestAndCountsIt)
+{
+    Journal journal;
+    constexpr std::size_t extra = 5;
+    for (std::size_t i = 0; i < Journal::capacity + extra; ++i)
+        journal.add("log", std::to_string(i));
+    EXPECT_EQ(journal.forgotten(), extra);
+    EXPECT_EQ(journal.waitFor(0, Clock::now(), isIn("log"))->text, std::to_string(extra));
+}
+
+TEST(Names, haveShortFormsAndStayUnambiguous)
+{
+    EXPECT_EQ(findApp("radio"), Pubhead::AppRadio);
+    EXPECT_EQ(findApp("eq"), Pubhead::AppEQ);
+    EXPECT_EQ(findApp("fm"), Pubhead::AppRadio);
+    EXPECT_EQ(findApp("bogus"), Pubhead::AppUnknown);
+    EXPECT_EQ(allPages().size(), 23u);
+    auto names = pageNames();
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end()) << "two pages with one name";
+    for (const auto& name : names)
+        EXPECT_NE(findPage(name), Pubhead::NUM_OF_PAGES) << name;
+}
+
+/** A console on a unit that was never started: enough for everything that is refused. */
+class ConsoleCommands : public testing::Test
+{
+protected:
+    Unit unit {Unit::Options::besideThisProgram()};
+    std::ostringstream output;
+    Console console {unit, Style(false), output, false};
+};
+
+TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
+{
+    for (const auto* line : {"mcu source", "mcu source tape", "mcu key 256", "mcu send 5 1g", "mcu send 0", "mcu drop -1", "mcu silent",
+                             "mcu sing", "program radio", "program nobody crash", "program radio crash", "program eq show fm",
+                             "usb plug 9", "camera maybe", "engine fly", "log tail 0", "pause long", "expect", "frobnicate", "say \"x"})
+    {
+        const auto outcome = console.run(line);
+        EXPECT_EQ(outcome.kind, Outcome::failed) << line;
+        EXPECT_THAT(outcome.error, testing::Not(IsEmpty())) << line;
+    }
+    EXPECT_EQ(console.run("quit").kind, Outcome::leave);
+    EXPECT_EQ(console.run("").kind, Outcome::done);
+}
+
+TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
+{
+    std::istringstream script("# story\nsay hello\nexpect mcu agreed within 10ms\nsay not reached\n");
+    EXPECT_FALSE(console.runScript(script, "x.scenario"));
+    EXPECT_THAT(output.str(), HasSubstr("x.scenario:3"));
+    EXPECT_THAT(output.str(), testing::Not(HasSubstr("not reached")));
+}
+
+TEST_F(ConsoleCommands, completesWhatMayFollow)
+{
+    using testing::Contains;
+    EXPECT_THAT(Console::completionsFor({}), Contains("expect"));
+    EXPECT_THAT(Console::completionsFor({"mcu", "source"}), Contains("aux"));
+    EXPECT_THAT(Console::completionsFor({"program"}), Contains("AppRadio"));
+    EXPECT_THAT(Console::completionsFor({"expect", "page"}), Contains("mbEQ"));
+    EXPECT_THAT(Console::completionsFor({"bogus"}), IsEmpty());
+}
+
+} // namespace

@@ -1,0 +1,211 @@
+#include "kernel/ComponentRegistration.h"
+#include "kernel/MessageIds.h"
+#include "kernel/SystemTimer.h"
+#include "support/KernelFixture.h"
+
+#include <thread>
+
+using namespace Kernel;
+
+namespace
+{
+
+class SystemEngineTest : public KernelFixture
+{
+};
+
+/** Writes what happens to it into a list that all of them share. */
+class Journalling : public ComponentTask
+{
+public:
+    Journalling(std::vector<std::string>& target, std::string name)
+        : journal(target)
+        , ownName(std::move(name))
+    {
+    }
+    void initialize() override { journal.push_back(ownName + " initialize"); }
+    void onStop() override { journal.push_back(ownName + " stop"); }
+    void onRelease() override { journal.push_back(ownName + " release"); }
+    void handleMessage(juce::int32, juce::int32, juce::int32, const Payload&) override {}
+
+private:
+    std::vector<std::string>& journal;
+    std::string ownName;
+};
+
+class PayloadProbe : public juce::ReferenceCountedObject
+{
+};
+
+} // namespace
+
+TEST_F(SystemEngineTest, AMessageKeepsItsPayloadAndGoesBackToThePoolEmpty)
+{
+    MessagePool::clear();
+    Payload payload = new PayloadProbe;
+    postSystemMessage(5, 42, 1, 2, payload);
+    postHandlerMessage(5, 52, 43, 0, 0);
+    EXPECT_EQ(payload->getReferenceCount(), 2);
+    {
+        const auto posted = takePosted();
+        ASSERT_EQ(posted.size(), 2u);
+        EXPECT_EQ(posted[0].payload, payload);
+        EXPECT_EQ(posted[0].handlerIndex, -1);
+        EXPECT_EQ(posted[1].handlerIndex, 52);
+    }
+    EXPECT_EQ(payload->getReferenceCount(), 1) << "the pooled message must not hold the payload";
+    EXPECT_EQ(MessagePool::size(), 2);
+    const auto again = MessagePool::obtain();
+    EXPECT_EQ(again->id, -1);
+    EXPECT_EQ(again->handlerIndex, -1);
+    EXPECT_EQ(again->receiver, 0);
+}
+
+TEST_F(SystemEngineTest, ThePoolIsBoundedAndKeepsNoMessageThatSomebodyHolds)
+{
+    MessagePool::clear();
+    std::vector<SystemMessage::Ptr> taken;
+    for (int count = 0; count < MessagePool::capacity + 1; ++count)
+        taken.push_back(MessagePool::obtain());
+    auto held = taken.front();
+    MessagePool::recycle(taken.front());
+    EXPECT_EQ(MessagePool::size(), 0);
+    held = nullptr;
+    for (auto& message : taken)
+        MessagePool::recycle(message);
+    EXPECT_EQ(MessagePool::size(), MessagePool::capacity);
+}
+
+TEST_F(SystemEngineTest, WhatHasNoRouteOrComesTooLateIsDropped)
+{
+    EXPECT_FALSE(engine().createGroup("Tested", 7));
+    MessagePool::clear();
+    postSystemMessage(33, 1, 0, 0);
+    EXPECT_EQ(MessagePool::size(), 1) << "nobody kept the message without a route";
+    std::vector<std::string> journal;
+    SystemTask::Ptr homeless = new Journalling(journal, "homeless");
+    homeless->assignId(34);
+    engine().registerComponent("no such group", homeless);
+    postSystemMessage(34, 1, 0, 0);
+    engine().stop();
+    postSystemMessage(5, 1, 0, 0);
+    EXPECT_EQ(MessagePool::size(), 1);
+}
+
+TEST_F(SystemEngineTest, ComponentsStopGroupByGroupAndReleaseInIdOrder)
+{
+    std::vector<std::string> journal;
+    engine().createGroup("Second", 5);
+    for (const int id : { 41, 40 })
+    {
+        SystemTask::Ptr component = new Journalling(journal, std::to_string(id));
+        component->assignId(id);
+        engine().registerComponent(id == 41 ? "Tested" : "Second", component);
+    }
+    add(new Journalling(journal, "39"), 39);
+    journal.clear();
+    engine().stop();
+    engine().release();
+    EXPECT_EQ(journal, (std::vector<std::string> { "39 stop", "41 stop", "40 stop", "39 release", "41 release", "40 release" }));
+}
+
+TEST_F(SystemEngineTest, EveryTimerOfAComponentReachesItsOwner)
+{
+    SystemTimer timers(24);
+    timers.timerCallback(5);
+    timers.timerCallback(6);
+    expectPosted(24, MSG_SYS_TIMER, 5, 0);
+    expectPosted(24, MSG_SYS_TIMER, 6, 0);
+    expectNothingPosted();
+}
+
+namespace
+{
+
+class CountingTask : public SingalTask
+{
+public:
+    std::atomic<int> runs { 0 };
+    std::atomic<bool> sawStop { false };
+
+private:
+    void runTask(const SystemMessage&) override
+    {
+        ++runs;
+        while (!isStopRequested())
+            waitForWakeUp(50);
+        sawStop = true;
+    }
+};
+
+class Counting : public ComponentTask
+{
+public:
+    std::atomic<int> handled { 0 };
+    std::atomic<int> outOfOrder { 0 };
+    juce::WaitableEvent done;
+    int expected = 0;
+
+private:
+    void handleMessage(juce::int32 id, juce::int32 poster, juce::int32 sequence, const Payload&) override
+    {
+        if (id != 7)
+            return;
+        if (sequence != next[static_cast<std::size_t>(poster)]++)
+            ++outOfOrder;
+        if (++handled == expected)
+            done.signal();
+    }
+    std::array<int, 4> next {};
+};
+
+} // namespace
+
+/** A run is asked to end by another thread; a request that came before the run does not count. */
+TEST_F(SystemEngineTest, ASignalTaskEndsWhenAskedDuringItsRun)
+{
+    engine().createGroup("Signal", 5);
+    juce::ReferenceCountedObjectPtr<CountingTask> task = new CountingTask;
+    task->assignId(50);
+    engine().registerComponent("Signal", task.get());
+    task->requestStop();
+    engine().start();
+    postSystemMessage(50, SingalTask::runMessage, 0, 0);
+    while (task->runs == 0)
+        std::this_thread::yield();
+    EXPECT_FALSE(task->sawStop);
+    task->requestStop();
+    while (!task->isIdle())
+        std::this_thread::yield();
+    EXPECT_TRUE(task->sawStop);
+    EXPECT_EQ(task->runs, 1);
+}
+
+/** Four threads post to one group while it works and sleeps: nothing is lost, and each poster's order is kept. */
+TEST_F(SystemEngineTest, NoPostIsLostBetweenThreads)
+{
+    constexpr int perPoster = 5000;
+    engine().createGroup("Busy", 7);
+    juce::ReferenceCountedObjectPtr<Counting> component = new Counting;
+    component->expected = 4 * perPoster;
+    component->assignId(51);
+    engine().registerComponent("Busy", component.get());
+    engine().start();
+    std::vector<std::thread> posters;
+    for (int poster = 0; poster < 4; ++poster)
+        posters.emplace_back(
+            [poster]
+            {
+                for (int sequence = 0; sequence < perPoster; ++sequence)
+                {
+                    postSystemMessage(51, 7, poster, sequence);
+                    if (sequence % 100 == 0)
+                        std::this_thread::yield();
+                }
+            });
+    for (auto& poster : posters)
+        poster.join();
+    EXPECT_TRUE(component->done.wait(20000));
+    EXPECT_EQ(component->handled, component->expected);
+    EXPECT_EQ(component->outOfOrder, 0);
+}

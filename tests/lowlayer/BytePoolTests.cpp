@@ -1,0 +1,68 @@
+#include "lowlayer/BytePool.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace LowLayer;
+
+namespace
+{
+
+std::string contentOf(const BytePool& buffer)
+{
+    return { reinterpret_cast<const char*>(buffer.dataPointer()), static_cast<std::size_t>(buffer.length()) };
+}
+
+} // namespace
+
+TEST(BytePoolTest, BuffersComeBackLastInFirstOut)
+{
+    BytePoolStore store(32);
+    auto first = store.obtain();
+    auto second = store.obtain();
+    auto* const firstAddress = first.get();
+    auto* const secondAddress = second.get();
+    first->recycle();
+    first = nullptr;
+    second->recycle();
+    second = nullptr;
+    EXPECT_EQ(store.obtain().get(), secondAddress);
+    store.obtain()->recycle();
+    ASSERT_EQ(store.spareBuffers(), 1);
+    EXPECT_EQ(store.obtain().get(), firstAddress);
+}
+
+TEST(BytePoolTest, ABufferThatSomebodyHoldsStaysOut)
+{
+    BytePoolStore store(32);
+    auto held = store.obtain();
+    const auto second = held;
+    held->recycle();
+    EXPECT_EQ(store.spareBuffers(), 0);
+    auto alone = store.obtain();
+    alone->recycle();
+    alone->recycle();
+    EXPECT_EQ(store.spareBuffers(), 1) << "recycled twice, pooled once";
+    BytePool::Ptr free = new BytePool(8, nullptr);
+    free->recycle();
+    store.clear();
+    EXPECT_EQ(store.spareBuffers(), 0);
+}
+
+TEST(BytePoolTest, AssignGrowsToWhatItIsGivenAndNeverReadsMore)
+{
+    BytePoolStore store(4);
+    auto buffer = store.obtain();
+    EXPECT_EQ(buffer->length(), 0);
+    buffer->assign("abc", 3);
+    EXPECT_EQ(contentOf(*buffer), "abc");
+    EXPECT_EQ(buffer->capacity(), 4);
+    buffer->assign("abcdefgh", 7);
+    EXPECT_EQ(contentOf(*buffer), "abcdefg");
+    EXPECT_EQ(buffer->capacity(), 7);
+    buffer->assign("xy", 2);
+    EXPECT_EQ(contentOf(*buffer), "xy");
+    EXPECT_EQ(buffer->capacity(), 7);
+    buffer->assign(nullptr, 5);
+    EXPECT_EQ(contentOf(*buffer), "xy");
+}

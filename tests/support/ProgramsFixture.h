@@ -1,0 +1,90 @@
+#pragma once
+
+#include "EngineApi/Pages.h"
+#include "EngineLayer/RemoteSessionManager.h"
+#include "Extend/ExeMonitor.h"
+#include "Extend/ViewManager.h"
+#include "kernel/MessageIds.h"
+#include "platform/CommandLine.h"
+#include "platform/doubles/IpcDouble.h"
+#include "platform/doubles/ProcessDouble.h"
+#include "platform/doubles/WindowDouble.h"
+#include "support/KernelFixture.h"
+
+#include <gmock/gmock.h>
+
+/** The message channel and the executable monitor among programs, windows and a bus that exist in memory only. */
+class ProgramsFixture : public KernelFixture
+{
+protected:
+    /** One message to a program, as far as the tests compare it. */
+    struct Sent
+    {
+        int appType;
+        juce::int32 what;
+        juce::int32 arg1;
+        juce::int32 arg2 = 0;
+
+        bool operator==(const Sent&) const = default;
+        friend void PrintTo(const Sent& sent, std::ostream* stream)
+        {
+            *stream << sent.what << " to " << Pubhead::appTypeName(sent.appType) << " (" << sent.arg1 << ", "
+                    << sent.arg2 << ")";
+        }
+    };
+
+    ProgramsFixture()
+    {
+        Platform::IpcDouble::reset();
+        Platform::doubles::ProcessDouble::reset();
+        Platform::doubles::WindowDouble::reset();
+        add(EngineLayer::RemoteSessionManager::getInstance(), Kernel::remoteSessionManagerId);
+        add(&monitor, Kernel::exeMonitorId);
+        send(Kernel::remoteSessionManagerId, Kernel::MSG_SYS_START);
+        send(Kernel::exeMonitorId, Kernel::MSG_SYS_START);
+        Platform::IpcDouble::takePosted();
+    }
+
+    /** The program is on the bus and has said hello, whatever process it is. */
+    void connect(int appType)
+    {
+        Platform::IpcDouble::setPresent(appType, true);
+        monitor.setAppState(appType, EngineApi::kConnected);
+        run();
+        Platform::IpcDouble::takePosted();
+    }
+
+    void fromProgram(int appType, juce::int32 what, juce::int32 arg1 = 0, juce::int32 arg2 = 0,
+                     Platform::Bundle::Ptr bundle = nullptr)
+    {
+        ASSERT_TRUE(Platform::IpcDouble::injectMessage(appType, what, arg1, arg2, std::move(bundle)));
+        run();
+    }
+
+    /** Everything that programs were told since the last call, in order. */
+    static std::vector<Sent> takeSent()
+    {
+        std::vector<Sent> sent;
+        for (const auto& each : Platform::IpcDouble::takePosted())
+            sent.push_back({ each.appType, each.what, each.arg1, each.arg2 });
+        return sent;
+    }
+
+    void fire(Kernel::SystemTimer& owner, int timerId)
+    {
+        ASSERT_TRUE(owner.isTimerRunning(timerId));
+        owner.timerCallback(timerId);
+        run();
+    }
+
+    /** The watching thread is real: its report comes when it comes. */
+    void awaitState(int appType, int state)
+    {
+        for (int wait = 0; wait < 5000 && monitor.getAppState(appType) != state; ++wait)
+            juce::Thread::sleep(1);
+        ASSERT_EQ(monitor.getAppState(appType), state);
+        run();
+    }
+
+    EngineLayer::ExeMonitor& monitor = *EngineLayer::ExeMonitor::getInstance();
+};

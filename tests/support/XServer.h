@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/Process.h"
+#include "support/Eventually.h"
+
+#include <cstdlib>
+
+/** A virtual X server on a free display, which DISPLAY names while it lives. Without Xvfb there is none. */
+class XServer
+{
+public:
+    XServer()
+    {
+        if (!isInstalled())
+            return;
+        server = Platform::createProcess(
+            "/bin/sh", { "-c", "exec Xvfb -displayfd 1 -screen 0 800x480x24 -nolisten tcp >\"$0\" 2>/dev/null",
+                         numberFile.getFile().getFullPathName() });
+        // The number is there, with its line end, once the server takes connections.
+        if (server == nullptr || !eventually([this] { return number().endsWithChar('\n'); }))
+            return;
+        setenv("DISPLAY", (":" + number().trim()).toRawUTF8(), 1);
+        runs = true;
+    }
+
+    ~XServer()
+    {
+        stop();
+        if (before.isEmpty())
+            unsetenv("DISPLAY");
+        else
+            setenv("DISPLAY", before.toRawUTF8(), 1);
+    }
+
+    static bool isInstalled() { return juce::File("/usr/bin/Xvfb").existsAsFile(); }
+
+    bool isRunning() const { return runs; }
+
+    /** Ends the server as a crash would. */
+    void stop()
+    {
+        if (server == nullptr)
+            return;
+        server->terminate();
+        Platform::ProcessWaiter().wait({ server });
+        server.reset();
+        runs = false;
+    }
+
+private:
+    juce::String number() const { return numberFile.getFile().loadFileAsString(); }
+
+    const juce::String before = juce::SystemStats::getEnvironmentVariable("DISPLAY", {});
+    bool runs = false;
+    juce::TemporaryFile numberFile;
+    Platform::ProcessHandle server;
+};
