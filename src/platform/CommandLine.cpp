@@ -89,7 +89,8 @@ void putValue(Bundle& bundle, const juce::String& key, const nlohmann::json& val
         const auto bytes = value.get<std::vector<std::uint8_t>>();
         bundle.putByteArray(key, bytes.data(), static_cast<int>(bytes.size()));
     }
-    else if (value.is_array() && std::all_of(value.begin(), value.end(), [](const auto& each) { return each.is_object(); }))
+    else if (value.is_array() &&
+             std::all_of(value.begin(), value.end(), [](const auto& each) { return each.is_object(); }))
     {
         std::vector<Bundle::Ptr> list;
         std::transform(value.begin(), value.end(), std::back_inserter(list),

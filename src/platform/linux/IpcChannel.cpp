@@ -86,8 +86,10 @@ bool IpcChannel::open(IMsgProc& newReceiver)
     guard.unlock();
 
     if (ownType == Pubhead::AppMain)
-        startWindowMessages(resolver(ownType), [this](std::int32_t message, std::int32_t wParam, std::int32_t lParam)
-                            { fileWindowMessage({ message, wParam, lParam }); });
+        startWindowMessages(resolver(ownType),
+                            [this](std::int32_t message, std::int32_t wParam, std::int32_t lParam) {
+                                fileWindowMessage({ message, wParam, lParam });
+                            });
     return succeeded;
 }
 
@@ -101,8 +103,7 @@ void IpcChannel::close()
         thread.join();
     const std::lock_guard guard(lock);
     link.reset();
-    seats.clearOwners();
-    seats.forgetExpectations();
+    seats.reset();
     events.clear();
     receiver = nullptr;
     claimed = false;
@@ -256,7 +257,8 @@ void IpcChannel::wake() const
     eventfd_write(wakeDescriptor, 1);
 }
 
-template <typename Send> bool IpcChannel::send(Send&& call)
+template <typename Send>
+bool IpcChannel::send(Send&& call)
 {
     if (link == nullptr)
         return false;

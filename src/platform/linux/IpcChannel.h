@@ -59,7 +59,8 @@ private:
     bool mayDeliver() const { return link == nullptr || link->isSettled(); }
     void loseLink(const char* what, int error);
     void finishAttempt(bool succeeded);
-    template <typename Send> bool send(Send&& call);
+    template <typename Send>
+    bool send(Send&& call);
 
     void fileWindowMessage(IpcWindowMessage message);
     void wake() const;

@@ -72,8 +72,8 @@ int IpcLink::start(const std::string& address)
     if (result >= 0)
         result = sd_bus_start(raw);
     // Who comes after the listening began is reported, who was there before is listed: nobody is missed.
-    for (const auto step : { &IpcLink::exportObject, &IpcLink::listenForOwners, &IpcLink::listenForBroadcasts,
-                             &IpcLink::listNames })
+    for (const auto step :
+         { &IpcLink::exportObject, &IpcLink::listenForOwners, &IpcLink::listenForBroadcasts, &IpcLink::listNames })
         if (result >= 0)
             result = (this->*step)();
     return result;
@@ -110,11 +110,10 @@ int IpcLink::listenForBroadcasts()
     // The engine is the one that broadcasts.
     if (self == Pubhead::AppMain)
         return 0;
-    const auto rule = std::string("type='signal',path='") + endpointPath + "',interface='" + endpointInterface +
-                      "',member='Message'";
+    const auto rule =
+        std::string("type='signal',path='") + endpointPath + "',interface='" + endpointInterface + "',member='Message'";
     sd_bus_slot* slot = nullptr;
-    const int result =
-        sd_bus_add_match_async(bus.get(), &slot, rule.c_str(), onMessageSignal, onMatchInstalled, this);
+    const int result = sd_bus_add_match_async(bus.get(), &slot, rule.c_str(), onMessageSignal, onMatchInstalled, this);
     broadcastMatch.reset(slot);
     return result;
 }
@@ -122,7 +121,8 @@ int IpcLink::listenForBroadcasts()
 int IpcLink::listNames()
 {
     sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_call_method_async(bus.get(), &slot, busName, busPath, busName, "ListNames", onNames, this, "");
+    const int result =
+        sd_bus_call_method_async(bus.get(), &slot, busName, busPath, busName, "ListNames", onNames, this, "");
     listCall.reset(slot);
     return result;
 }
@@ -200,7 +200,8 @@ int IpcLink::sendFilled(SdBusMessage message, int filled)
     return filled < 0 ? filled : sd_bus_send(bus.get(), message.get(), nullptr);
 }
 
-int IpcLink::call(SdBusSlot& slot, const char* method, const char* argument, sd_bus_message_handler_t handler, void* data)
+int IpcLink::call(SdBusSlot& slot, const char* method, const char* argument, sd_bus_message_handler_t handler,
+                  void* data)
 {
     sd_bus_slot* raw = nullptr;
     const int result =
@@ -273,7 +274,8 @@ int IpcLink::ownerChanged(int appType, const char* connection)
         lookup.processCall.reset();
         seats.setOwner(appType, connection);
         if (*connection != '\0')
-            if (const int result = call(lookup.processCall, "GetConnectionUnixProcessID", connection, onProcess, &lookup);
+            if (const int result =
+                    call(lookup.processCall, "GetConnectionUnixProcessID", connection, onProcess, &lookup);
                 result < 0)
                 return result;
     }
@@ -300,8 +302,8 @@ int IpcLink::claimOnceAllAreKnown()
         return 0;
     claimed = true;
     sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_request_name_async(bus.get(), &slot, nameOfType(self).c_str(), SD_BUS_NAME_QUEUE,
-                                                 onNameClaimed, this);
+    const int result =
+        sd_bus_request_name_async(bus.get(), &slot, nameOfType(self).c_str(), SD_BUS_NAME_QUEUE, onNameClaimed, this);
     claimCall.reset(slot);
     return result;
 }
@@ -317,7 +319,8 @@ int IpcLink::onNameClaimed(sd_bus_message* reply, void* data, sd_bus_error*)
     link.claimAnswered = true;
     link.nameOwned = link.nameOwned || answer == primaryOwner;
     if (!link.nameOwned)
-        Logger::getInstance()->logError(file, __LINE__, tag, "%s has another owner; it is taken over when that one goes",
+        Logger::getInstance()->logError(file, __LINE__, tag,
+                                        "%s has another owner; it is taken over when that one goes",
                                         link.nameOfType(link.self).c_str());
     return 0;
 }
