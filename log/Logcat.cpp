@@ -185,9 +185,8 @@ VX_ENTRY VX_SaveLog(const char* path)
     try
     {
         std::error_code error;
-        return path != nullptr
-               && std::filesystem::copy_file(Log::get().getPath(), path, std::filesystem::copy_options::overwrite_existing,
-                                             error);
+        return path != nullptr && std::filesystem::copy_file(Log::get().getPath(), path,
+                                                             std::filesystem::copy_options::overwrite_existing, error);
     }
     catch (...)
     {

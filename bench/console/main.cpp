@@ -205,6 +205,10 @@ int main(int argc, char** argv)
     else if (atTerminal)
     {
         std::cout << style.dim("Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.") << "\n";
+        // The first prompt tells of a unit that has come up, when it does so at once.
+        constexpr std::chrono::seconds usualStart {3};
+        if (!noEngine)
+            unit.journal.waitFor(0, Clock::now() + usualStart, isIn("mcu agreed"));
         converse(commands, style, unit.journal);
     }
     else

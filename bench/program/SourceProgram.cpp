@@ -3,6 +3,7 @@
 #include "EngineApi/RemoteMessageIds.h"
 #include "platform/Pubhead.h"
 
+#include <cmath>
 #include <csignal>
 #include <nlohmann/json.hpp>
 #include <sys/resource.h>
@@ -29,6 +30,16 @@ juce::String describe(const AppCommandLine& line)
     if (line.isSourceEnter())
         return "sourceEnter " + page + (line.isOnTop() ? " onTop" : "");
     return (line.isPageHide() ? "pageHide " : "sourceExit ") + page + " for " + pageName(line.getOtherPage());
+}
+
+/** Runs it at this time of the millisecond counter, never before: the toolkit's timers may fire up to 100 ms early. */
+void runAt(double time, const std::function<void()>& what)
+{
+    const auto left = juce::roundToInt(std::ceil(time - juce::Time::getMillisecondCounterHiRes()));
+    if (left <= 0)
+        what();
+    else
+        juce::Timer::callAfterDelay(left, [time, what] { runAt(time, what); });
 }
 
 } // namespace
@@ -261,10 +272,7 @@ void SourceProgram::answer(int what, int arg1, int arg2)
         IPCMsg::MessageHelper::postMessage(AppMain, message);
         RemoteMessage::recycle(message);
     };
-    if (delayMs > 0)
-        juce::Timer::callAfterDelay(delayMs, post);
-    else
-        post();
+    runAt(juce::Time::getMillisecondCounterHiRes() + delayMs, post);
 }
 
 void SourceProgram::report(const char* event, const juce::String& detail)

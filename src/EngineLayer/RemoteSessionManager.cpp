@@ -111,7 +111,8 @@ void RemoteSessionManager::onData(int kind, int appType, juce::ReferenceCountedO
         break;
     case LowLayer::MSG_REMOTE_UNREGIST:
         logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_UNREGIST: %s", Pubhead::appTypeName(appType));
-        if (isValid(appType))
+        // A name that is lost late must not take along what waits for the program's next process.
+        if (isValid(appType) && isAppRegistered(appType))
             unregisterApp(appType);
         [[fallthrough]];
     case LowLayer::MSG_REMOTE_MSG_REV:

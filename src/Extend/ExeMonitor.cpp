@@ -180,6 +180,10 @@ bool ExeMonitor::launch(const LaunchRequest::Ptr& request)
         if (!start(*request))
             return false;
     }
+    else if (state == kStarting)
+    {
+        postCommandLine(appType, request->bundle);
+    }
     else
     {
         sendCommandLine(appType, request->bundle);
@@ -196,8 +200,7 @@ bool ExeMonitor::start(const LaunchRequest& request)
     {
         setAppState(appType, kConnected);
         monitor.watchProcess(appType, running.process);
-        if (!holdsNothing(request.bundle))
-            Kernel::postSystemMessage(Kernel::exeMonitorId, msgCommandLine, appType, 0, request.bundle.get());
+        postCommandLine(appType, request.bundle);
         return true;
     }
     if (request.path.isEmpty())
@@ -222,6 +225,12 @@ bool ExeMonitor::start(const LaunchRequest& request)
     setAppState(appType, kStarting);
     monitor.watchProcess(appType, process);
     return true;
+}
+
+void ExeMonitor::postCommandLine(int appType, const Platform::Bundle::Ptr& bundle)
+{
+    if (!holdsNothing(bundle))
+        Kernel::postSystemMessage(Kernel::exeMonitorId, msgCommandLine, appType, 0, bundle.get());
 }
 
 void ExeMonitor::terminateApp(int appType)

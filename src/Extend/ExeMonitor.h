@@ -65,6 +65,8 @@ private:
 
     bool launch(const LaunchRequest::Ptr& request);
     bool start(const LaunchRequest& request);
+    /** Behind the changes of state that are on their way: kStarting discards what waits for a program. */
+    void postCommandLine(int appType, const Platform::Bundle::Ptr& bundle);
     void handleStart();
     void handleTimer(int timerId);
     void handleHello(int appType);

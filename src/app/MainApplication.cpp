@@ -17,7 +17,7 @@ void writeDriverSetting()
 {
     if (const auto result = Platform::writeRegistryValue("\\Drivers\\AppleAccessory\\", "HardwareType", 1);
         result.failed())
-        Platform::debugPrint("%s", result.getErrorMessage().toRawUTF8());
+        Platform::debugPrint("%s\n", result.getErrorMessage().toRawUTF8());
 }
 
 } // namespace

@@ -117,8 +117,8 @@ std::string takeDisplay(const toml::node& value, const juce::File&, Configuratio
 std::string takeScreen(const toml::node& value, const juce::File&, Configuration& target)
 {
     const auto* sides = value.as_array();
-    if (sides == nullptr || sides->size() != 2 || !takeInt(*sides->get(0), 1, maxScreenSide, target.screenWidth)
-        || !takeInt(*sides->get(1), 1, maxScreenSide, target.screenHeight))
+    if (sides == nullptr || sides->size() != 2 || !takeInt(*sides->get(0), 1, maxScreenSide, target.screenWidth) ||
+        !takeInt(*sides->get(1), 1, maxScreenSide, target.screenHeight))
         return "[width, height] in pixels, each from 1 to " + std::to_string(maxScreenSide) + ", is wanted";
     return {};
 }
@@ -193,9 +193,8 @@ std::string take(const std::string& section, std::string_view key, const toml::n
 
 bool isSection(std::string_view name)
 {
-    return name == "gpio_lines" || name == "programs" || name == "background_programs"
-           || std::ranges::any_of(keys,
-                                  [name](const Key& key) { return key.name.substr(0, key.name.find('.')) == name; });
+    return name == "gpio_lines" || name == "programs" || name == "background_programs" ||
+           std::ranges::any_of(keys, [name](const Key& key) { return key.name.substr(0, key.name.find('.')) == name; });
 }
 
 std::string problem(const juce::String& path, const toml::source_region& source, const std::string& text)

@@ -16,8 +16,8 @@ void AppConfig::loadFont()
                                         folder.getFullPathName().toRawUTF8());
         return;
     }
-    // The font list reads this variable when it is made, on the first question; with it the fonts of the system stay out,
-    // and the start does not wait for them to be scanned. It is not for the programs that this process starts.
+    // The font list reads this variable when it is made, on the first question; with it the fonts of the system stay
+    // out, and the start does not wait for them to be scanned. It is not for the programs that this process starts.
     constexpr auto searchPath = "JUCE_FONT_PATH";
     setenv(searchPath, folder.getFullPathName().toRawUTF8(), 1);
     juce::Font::findAllTypefaceNames();

@@ -22,7 +22,8 @@ bool callEntry(Logger::Entry entry, const char* file, int line, const char* tag,
     return result;
 }
 
-bool callEntryList(Logger::Entry entry, const char* file, int line, const char* tag, const char* format, va_list arguments)
+bool callEntryList(Logger::Entry entry, const char* file, int line, const char* tag, const char* format,
+                   va_list arguments)
 {
     return entry != nullptr && entry(file, line, tag, format, arguments);
 }

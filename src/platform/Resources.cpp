@@ -15,6 +15,12 @@ juce::String normalised(const juce::String& name)
     return name.replaceCharacter('\\', '/').trimCharactersAtStart("/").toLowerCase();
 }
 
+/** The archive hands out names as they are, and a text that is no UTF-8 must not reach the string functions. */
+bool isWellFormed(const juce::String& name)
+{
+    return juce::CharPointer_UTF8::isValidString(name.toRawUTF8(), static_cast<int>(name.getNumBytesAsUTF8()));
+}
+
 void logProblem(int line, const char* what, const juce::String& name)
 {
     Logger::getInstance()->logError("platform/Resources", line, "CVXResPathManager", "%s: %s", what, name.toRawUTF8());
@@ -43,7 +49,13 @@ bool CVXResPathManager::addResPath(const juce::String& pack, const juce::String&
         return false;
     }
     for (int index = 0; index < archive->getNumEntries(); ++index)
-        entries.try_emplace(normalised(prefix + archive->getEntry(index)->filename), Entry { archive, index });
+    {
+        const auto name = archive->getEntry(index)->filename;
+        if (isWellFormed(name))
+            entries.try_emplace(normalised(prefix + name), Entry { archive, index });
+        else
+            logProblem(__LINE__, "the resource pack has a damaged name", pack);
+    }
     return true;
 }
 
@@ -55,15 +67,21 @@ std::unique_ptr<juce::InputStream> CVXResPathManager::open(const juce::String& n
 
     const auto& [pack, index] = found->second;
     const auto size = pack->getEntry(index)->uncompressedSize;
-    juce::MemoryBlock content;
-    if (size <= maxFileSize)
-        if (const std::unique_ptr<juce::InputStream> stream { pack->createStreamForEntry(index) })
-            stream->readIntoMemoryBlock(content, static_cast<ssize_t>(size) + 1); // one more shows a wrong size
-    if (static_cast<juce::int64>(content.getSize()) != size)
+    if (size > maxFileSize)
     {
-        logProblem(__LINE__, "the file is damaged or too large", name);
+        logProblem(__LINE__, "the file is too large", name);
         return nullptr;
     }
+    // One byte more than there should be: a content that goes on is as wrong as one that ends early.
+    juce::MemoryBlock content(static_cast<std::size_t>(size) + 1);
+    const std::unique_ptr<juce::InputStream> stream { pack->createStreamForEntry(index) };
+    const int length = stream == nullptr ? 0 : stream->read(content.getData(), static_cast<int>(size) + 1);
+    if (length != size)
+    {
+        logProblem(__LINE__, "the file is damaged", name);
+        return nullptr;
+    }
+    content.setSize(static_cast<std::size_t>(size));
     return std::make_unique<juce::MemoryInputStream>(std::move(content));
 }
 

@@ -1,7 +1,6 @@
 #include "platform/SetupEnvironment.h"
 
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <mutex>
 
@@ -178,7 +177,7 @@ int SetupEnvironment::read(int index, std::string& value)
         {
             const std::shared_lock lock(mutex);
             if (environment == nullptr)
-                return MDB_NOTFOUND;
+                return notOpen;
             result = begin(threadReader);
             if (result == MDB_SUCCESS)
             {
@@ -229,7 +228,7 @@ int SetupEnvironment::writeOnce(const std::function<int(MDB_txn*)>& change)
 {
     const std::shared_lock lock(mutex);
     if (environment == nullptr)
-        return ENODEV;
+        return notOpen;
     if (++writes % writesPerReaderCheck == 0)
         checkReaders(environment);
 
@@ -252,7 +251,7 @@ int SetupEnvironment::put(MDB_txn* transaction, int index, const std::string& va
     return mdb_put(transaction, database, &keyValue, &data, 0);
 }
 
-/** Maps more of the file when that was the reason of a failure; false when it was not, or there is no more to be had. */
+/** Maps more of the file when that was the reason of a failure; false when it was not, or there is no more. */
 bool SetupEnvironment::makeRoom(int reason)
 {
     if (reason != MDB_MAP_FULL && reason != MDB_MAP_RESIZED)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cerrno>
 #include <functional>
 #include <lmdb.h>
 #include <map>
@@ -23,6 +24,8 @@ using SetupValues = std::map<int, std::string>;
 class SetupEnvironment
 {
 public:
+    static constexpr int notOpen = ENODEV; ///< what reads and writes answer then
+
     /** Never destroyed, as threads may read settings until the process is gone. */
     static SetupEnvironment& get();
 
@@ -59,7 +62,8 @@ private:
 
     static thread_local Reader threadReader;
 
-    std::shared_mutex mutex; ///< shared by reads and writes; alone when the environment is opened, closed or mapped anew
+    /** Shared by reads and writes; held alone while the environment is opened, closed or mapped anew. */
+    std::shared_mutex mutex;
     MDB_env* environment = nullptr;
     MDB_dbi database = 0;
     unsigned generation = 0; ///< tells a thread that its parked transaction went with an earlier environment

@@ -45,8 +45,8 @@ bool isInt(const std::string& value)
 
 bool isText(const std::string& value)
 {
-    return !value.empty() && value.front() == textType
-           && juce::CharPointer_UTF8::isValidString(value.data() + 1, static_cast<int>(value.size()) - 1);
+    return !value.empty() && value.front() == textType &&
+           juce::CharPointer_UTF8::isValidString(value.data() + 1, static_cast<int>(value.size()) - 1);
 }
 
 std::filesystem::path settingsFolder()
@@ -70,8 +70,8 @@ SetupValues readFactoryValues()
             const auto text = value.value_exact<std::string>();
             if (error != std::errc {} || end != name.data() + name.size() || index < 0)
                 logError(__LINE__, "%s:%u: not a setting index", path.c_str(), key.source().begin.line);
-            else if (number && *number >= std::numeric_limits<juce::int32>::min()
-                     && *number <= std::numeric_limits<juce::int32>::max())
+            else if (number && *number >= std::numeric_limits<juce::int32>::min() &&
+                     *number <= std::numeric_limits<juce::int32>::max())
                 values[index] = encode(static_cast<juce::int32>(*number));
             else if (text && text->size() <= maxTextBytes)
                 values[index] = encode(*text);
@@ -82,7 +82,8 @@ SetupValues readFactoryValues()
     }
     catch (const toml::parse_error& error)
     {
-        logError(__LINE__, "%s:%u: %s", path.c_str(), error.source().begin.line, std::string(error.description()).c_str());
+        logError(__LINE__, "%s:%u: %s", path.c_str(), error.source().begin.line,
+                 std::string(error.description()).c_str());
         return {};
     }
     if (values.empty())
@@ -93,8 +94,8 @@ SetupValues readFactoryValues()
 /** What LMDB answers when the files are not those of a whole store, as against one that cannot be reached. */
 bool isDamage(int result)
 {
-    return result == MDB_INVALID || result == MDB_CORRUPTED || result == MDB_VERSION_MISMATCH
-           || result == MDB_PAGE_NOTFOUND || result == MDB_INCOMPATIBLE || result == MDB_PANIC;
+    return result == MDB_INVALID || result == MDB_CORRUPTED || result == MDB_VERSION_MISMATCH ||
+           result == MDB_PAGE_NOTFOUND || result == MDB_INCOMPATIBLE || result == MDB_PANIC;
 }
 
 int openEnvironment()
@@ -147,30 +148,38 @@ bool openAndFill()
     return result == MDB_SUCCESS;
 }
 
-/** Opens the store on its first use. */
-void prepare()
+/** Opens the store, unless that has failed before. */
+bool isReady()
 {
-    if (SetupEnvironment::get().isOpen())
-        return;
     const std::scoped_lock lock(opening().mutex);
     if (!SetupEnvironment::get().isOpen() && !opening().failed)
         openAndFill();
+    return SetupEnvironment::get().isOpen();
+}
+
+/** An access to the store, which its first use opens; it may also be closed by another thread in between. */
+template <typename Access>
+int whenReady(Access access)
+{
+    int result = access();
+    while (result == SetupEnvironment::notOpen && isReady())
+        result = access();
+    return result;
 }
 
 std::string readValue(int index)
 {
-    prepare();
     std::string value;
-    const int result = SetupEnvironment::get().read(index, value);
-    if (result != MDB_SUCCESS && result != MDB_NOTFOUND)
+    const int result = whenReady([&] { return SetupEnvironment::get().read(index, value); });
+    // That the store cannot be had was said when it was opened.
+    if (result != MDB_SUCCESS && result != MDB_NOTFOUND && result != SetupEnvironment::notOpen)
         logError(__LINE__, "setting %d cannot be read: %s", index, mdb_strerror(result));
     return value;
 }
 
 bool writeValue(int index, const std::string& value)
 {
-    prepare();
-    const int result = SetupEnvironment::get().write(index, value);
+    const int result = whenReady([&] { return SetupEnvironment::get().write(index, value); });
     if (result != MDB_SUCCESS)
         logError(__LINE__, "setting %d cannot be written: %s", index, mdb_strerror(result));
     return result == MDB_SUCCESS;
@@ -187,7 +196,8 @@ juce::int32 VX_GetSetupValueInt(int index)
 juce::String VX_GetSetupValueString(int index)
 {
     const auto value = readValue(index);
-    return isText(value) ? juce::String::fromUTF8(value.data() + 1, static_cast<int>(value.size()) - 1) : juce::String();
+    return isText(value) ? juce::String::fromUTF8(value.data() + 1, static_cast<int>(value.size()) - 1)
+                         : juce::String();
 }
 
 bool VX_SetSetupValueInt(int index, juce::int32 value)

@@ -3,9 +3,10 @@
 #include <juce_core/juce_core.h>
 
 /**
-    The settings store, shared in the sense that it outlives the process: integers and texts by setup index. Any thread.
-    A setting that the store does not know, or that has the other type or a damaged value, reads as 0 or "". The store is
-    opened by the first use. A damaged store is set aside as `settings.damaged` (logged) and a new one begun.
+    The settings store, shared in the sense that it outlives the process: integers and texts by setup index. Any
+    thread. A setting that the store does not know, or that has the other type or a damaged value, reads as 0 or "".
+    The store is opened by the first use. A damaged store is set aside as `settings.damaged` (logged) and a new one
+    begun.
 */
 namespace Platform
 {

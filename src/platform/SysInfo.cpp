@@ -42,11 +42,13 @@ Values* mapObject(const std::string& name)
     const int descriptor = shm_open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, accessMode);
     if (descriptor < 0)
         return nullptr;
-    struct stat status {};
-    const bool sized = fstat(descriptor, &status) == 0
-                       && (status.st_size >= static_cast<off_t>(sizeof(Values))
-                           || ftruncate(descriptor, sizeof(Values)) == 0);
-    void* memory = sized ? mmap(nullptr, sizeof(Values), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0) : MAP_FAILED;
+    struct stat status
+    {
+    };
+    const bool sized = fstat(descriptor, &status) == 0 && (status.st_size >= static_cast<off_t>(sizeof(Values)) ||
+                                                           ftruncate(descriptor, sizeof(Values)) == 0);
+    void* memory =
+        sized ? mmap(nullptr, sizeof(Values), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0) : MAP_FAILED;
     const int reason = errno;
     close(descriptor);
     errno = reason;
@@ -95,8 +97,8 @@ private:
         mapped = mapObject(name);
         if (mapped != nullptr)
             return;
-        Logger::getInstance()->logError("platform/SysInfo", __LINE__, "SysInfo", "%s: %s; other processes see no values",
-                                        name.c_str(), std::strerror(errno));
+        Logger::getInstance()->logError("platform/SysInfo", __LINE__, "SysInfo",
+                                        "%s: %s; other processes see no values", name.c_str(), std::strerror(errno));
         mapped = &ownValues;
     }
 

@@ -4,8 +4,9 @@
 
 /**
     The system-information table: 128 signed 32-bit values in shared memory, each written atomically. Any thread. The
-    object is `/headunit-sysinfo`, or what the environment variable HEADUNIT_SYSINFO names; it is mapped on the first use
-    and stays for the other processes when this one ends. Where it cannot be had (logged), the values stay in this process.
+    object is `/headunit-sysinfo`, or what the environment variable HEADUNIT_SYSINFO names; it is mapped on the first
+    use and stays for the other processes when this one ends. Where it cannot be had (logged), the values stay in this
+    process.
 */
 namespace Platform
 {

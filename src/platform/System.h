@@ -7,24 +7,28 @@ namespace Platform
 {
 
 /**
-    Writes a driver setting, one file a value: key "\Drivers\AppleAccessory\" names its folders below the registry path.
-    On failure nothing is written and the error is the line to print, without its end: "RegOpenKeyEx  failure 13" when the
-    folder cannot be made, "111  RegOpenKeyEx  failure 13" when it cannot be written into, with the system's error number.
+    Writes a driver setting, one file a value: key "\Drivers\AppleAccessory\" names its folders below the registry
+    path. On failure nothing is written and the error is the line to print, without its end: "RegOpenKeyEx  failure
+    13" when the folder cannot be made, "111  RegOpenKeyEx  failure 13" when it cannot be written into, with the
+    system's error number.
 */
 juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value);
 
 /** This process and its children use the zone's standard offset all year. Once, early: it changes the environment. */
 void disableDaylightSaving();
 
-/** Gain of the default wave output: left in the low 16 bits, right in the high; 0xFFFF is full, as at start. Any thread. */
+/**
+    Gain of the default wave output: left in the low 16 bits, right in the high; 0xFFFF is full, as at start. Any
+    thread.
+*/
 void setWaveOutVolume(juce::uint32 volume);
 juce::uint32 getWaveOutVolume();
 
 /**
     Any fault (SEGV, BUS, FPE, ILL, ABRT, std::terminate) ends the process through the normal exit path with status 0,
-    after one line and a backtrace on standard error and in the log. A second fault, or an exit that takes longer than two
-    seconds, leaves at once with status 0. Once, early; an overflow of the stack is caught on the calling thread only.
-    Does nothing in sanitizer builds, which report faults themselves.
+    after one line and a backtrace on standard error and in the log. A second fault, or an exit that takes longer than
+    two seconds, leaves at once with status 0. Once, early; an overflow of the stack is caught on the calling thread
+    only. Does nothing in sanitizer builds, which report faults themselves.
 */
 void installExceptionHook();
 

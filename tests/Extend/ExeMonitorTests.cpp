@@ -190,9 +190,9 @@ TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
     expectNothingPosted();
     EXPECT_EQ(monitor.getTimerInterval(ExeMonitor::closingTimer), 1500);
 
+    IpcDouble::setPresent(AppRadio, false);
     fire(monitor, ExeMonitor::closingTimer);
     EXPECT_THAT(ProcessDouble::takeTerminated(), Contains(hanging));
-    IpcDouble::setPresent(AppRadio, false);
     awaitState(AppRadio, kStarting);
     const auto launches = ProcessDouble::takeLaunches();
     ASSERT_EQ(launches.size(), 1u);

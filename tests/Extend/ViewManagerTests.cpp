@@ -1,3 +1,4 @@
+#include "support/FakePageHandler.h"
 #include "support/ProgramsFixture.h"
 
 using namespace EngineApi;
@@ -9,28 +10,6 @@ using Platform::doubles::WindowDouble;
 namespace
 {
 
-/** A page that only says whose it is. */
-class PageStub : public PageHandler
-{
-public:
-    explicit PageStub(int page)
-        : config(*EngineLayer::pageScheduleConfig(page))
-    {
-    }
-    const EngineLayer::PageScheduleConfig& getConfig() const override { return config; }
-    PageRunState getRunState() const override { return {}; }
-    bool isAvailable() const override { return true; }
-    bool isResident() const override { return false; }
-    juce::String getBackProgramPath() const override { return {}; }
-    void requestState(EngineLayer::AppAction, bool) override {}
-    void requestShow(bool) override {}
-    void notifyPage() override {}
-    void adjustScheduleInfo(EngineLayer::ScheduleInfo&) override {}
-
-private:
-    EngineLayer::PageScheduleConfig config;
-};
-
 class ViewManagerTest : public ProgramsFixture
 {
 protected:
@@ -40,7 +19,7 @@ protected:
         send(Kernel::viewManagerId, Kernel::MSG_SYS_START);
         for (const int page : { mbFM, mbAM, mbUSBAudio, mbSetup })
         {
-            registerHandler(new PageStub(page));
+            registerHandler(new FakePageHandler(page));
             connect(appTypeOfPage(page));
         }
         takePosted();

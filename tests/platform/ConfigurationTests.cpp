@@ -106,7 +106,7 @@ TEST_F(ConfigurationTest, TheSampleStatesTheDefaults)
     const Configuration defaults;
     const auto texts = [](const Configuration& each)
     {
-        return juce::StringArray { each.systemPath, each.resourcePath,   each.applicationPath, each.profilePath,
+        return juce::StringArray { each.systemPath,   each.resourcePath, each.applicationPath, each.profilePath,
                                    each.registryPath, each.mediaRoot,    each.display,         each.cameraHoldFile,
                                    each.logLibrary,   each.mcuPort,      each.wiredRemotePort, each.spi2,
                                    each.i2c1,         each.gpio,         each.ipcAddress }

@@ -17,10 +17,10 @@ constexpr auto libraryPath = HEADUNIT_BUILD_DIR "/lib/libVX_Logcat.so";
 class LogLibrary
 {
 public:
-    LogLibrary()
+    explicit LogLibrary(const char* console = "off", const char* path = nullptr)
     {
-        setenv("HEADUNIT_LOG_FILE", file.getFullPathName().toRawUTF8(), 1);
-        setenv("HEADUNIT_LOG_CONSOLE", "off", 1);
+        setenv("HEADUNIT_LOG_FILE", path == nullptr ? file.getFullPathName().toRawUTF8() : path, 1);
+        setenv("HEADUNIT_LOG_CONSOLE", console, 1);
         handle = dlopen(libraryPath, RTLD_NOW | RTLD_LOCAL);
     }
 
@@ -68,8 +68,8 @@ TEST(LogLibraryTest, ALineTellsTimeLevelTagAndPlaceAndStaysALine)
     ASSERT_GE(lines.size(), 4);
     for (int each = 0; each < 4; ++each)
         EXPECT_THAT(lines[lines.size() - 4 + each].toStdString(),
-                    testing::MatchesRegex(std::string("[0-9-]{10} [0-9:.]{12}  ") + levels[each]
-                                          + " +Tag +layer/Source:42  volume = 20%  second"));
+                    testing::MatchesRegex(std::string("[0-9-]{10} [0-9:.]{12}  ") + levels[each] +
+                                          " +Tag +layer/Source:42  volume = 20%  second"));
     EXPECT_FALSE(log.log("VX_LogError", "%ls", L"\xD800")) << "a text that cannot be formed is reported";
 }
 
@@ -133,29 +133,25 @@ TEST(LogLibraryTest, ItOffersItsEntryPointsOnly)
     ASSERT_TRUE(symbols.start(command));
     for (const auto& line : juce::StringArray::fromLines(symbols.readAllProcessOutput().trim()))
         EXPECT_TRUE(line.contains(" VX_")) << line;
+    EXPECT_TRUE(symbols.waitForProcessToFinish(5000)) << "an ended process has to be collected";
 }
 
 /** Each of these needs the library as a new process finds it. */
 TEST(LogLibraryDeathTest, TheConsoleFollowsTheEnvironmentAndAMissingFileIsSaidOnce)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto run = [](const char* console, const char* path)
+    const auto run = [](const char* console)
     {
-        setenv("HEADUNIT_LOG_CONSOLE", console, 1);
-        setenv("HEADUNIT_LOG_FILE", path, 1);
-        LogLibrary log;
-        if (path != nullptr)
-            setenv("HEADUNIT_LOG_FILE", path, 1);
-        setenv("HEADUNIT_LOG_CONSOLE", console, 1);
+        const LogLibrary log(console, "/dev/null/unit.log");
         log.log("VX_LogDebug", "fine point");
         log.log("VX_LogError", "trouble");
         _exit(0);
     };
     const auto zero = testing::ExitedWithCode(0);
-    EXPECT_EXIT(run("error", "/dev/null/unit.log"), zero, "^no log file[^\n]*\n[^\n]*trouble\n$");
-    EXPECT_EXIT(run("debug", "/dev/null/unit.log"), zero, "^no log file[^\n]*\n[^\n]*fine point\n[^\n]*trouble\n$");
-    EXPECT_EXIT(run("off", "/dev/null/unit.log"), zero, "^no log file[^\n]*\n$");
-    EXPECT_EXIT(run("loud", "/dev/null/unit.log"), zero, "HEADUNIT_LOG_CONSOLE is 'loud'.*trouble\n$");
+    EXPECT_EXIT(run("error"), zero, "no log file[^\n]*\n[^\n]*trouble\n$");
+    EXPECT_EXIT(run("debug"), zero, "no log file[^\n]*\n[^\n]*fine point\n[^\n]*trouble\n$");
+    EXPECT_EXIT(run("off"), zero, "no log file[^\n]*\n$");
+    EXPECT_EXIT(run("loud"), zero, "HEADUNIT_LOG_CONSOLE is 'loud'.*trouble\n$");
 }
 
 /** Without the library the logger answers false; with it, a text passes as it stands, whatever it contains. */

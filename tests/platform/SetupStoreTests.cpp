@@ -1,4 +1,5 @@
 #include "platform/Configuration.h"
+#include "platform/SetupEnvironment.h"
 #include "platform/SetupStore.h"
 #include "support/ScratchUnit.h"
 
@@ -53,9 +54,21 @@ TEST_F(SetupStoreTest, ASettingHasOneType)
     EXPECT_EQ(VX_GetSetupValueString(-1), "");
 }
 
+TEST_F(SetupStoreTest, ADamagedValueReadsAsUnknown)
+{
+    ASSERT_TRUE(VX_LoadDataFromSystemFile());
+    for (const std::string damaged : { "", "i", "i12", "i12345", "x1234", "s\xff\xfe", "s\xc3" })
+    {
+        ASSERT_EQ(SetupEnvironment::get().write(279, damaged), 0);
+        EXPECT_EQ(VX_GetSetupValueInt(279), 0) << damaged;
+        EXPECT_EQ(VX_GetSetupValueString(279), "") << damaged;
+        EXPECT_FALSE(VX_IsSetupValueString(279)) << damaged;
+    }
+}
+
 /**
-    The reset of a running unit: it goes on with the factory values, what it writes until it is switched off is lost, and
-    its next start begins with the factory values as they are then.
+    The reset of a running unit: it goes on with the factory values, what it writes until it is switched off is lost,
+    and its next start begins with the factory values as they are then.
 */
 TEST_F(SetupStoreTest, AFactoryResetHoldsNowAndAfterTheNextStart)
 {

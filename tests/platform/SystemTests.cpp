@@ -38,9 +38,10 @@ TEST(System, TheStandardOffsetHoldsInSummerAndWinter)
         long offset;
     };
     // Both halves of the earth, half hours, no daylight saving, and a zone that calls its summer time the standard.
-    constexpr Zone zones[] = { { "Europe/Berlin", 3600 },        { "America/New_York", -18000 }, { "Australia/Sydney", 36000 },
-                               { "Australia/Lord_Howe", 37800 }, { "America/St_Johns", -12600 }, { "Asia/Tokyo", 32400 },
-                               { "Europe/Dublin", 0 },           { "UTC", 0 } };
+    constexpr Zone zones[] = { { "Europe/Berlin", 3600 },      { "America/New_York", -18000 },
+                               { "Australia/Sydney", 36000 },  { "Australia/Lord_Howe", 37800 },
+                               { "America/St_Johns", -12600 }, { "Asia/Tokyo", 32400 },
+                               { "Europe/Dublin", 0 },         { "UTC", 0 } };
     const juce::String before = getenv("TZ");
     for (const auto& zone : zones)
     {
@@ -84,6 +85,12 @@ int overflowStack(const volatile int* previous, long depth)
     return depth == 0 ? 0 : overflowStack(page, depth - 1) + page[0];
 }
 
+void waitForever()
+{
+    for (;;)
+        pause();
+}
+
 void throwInAThread()
 {
     std::thread([] { throw std::runtime_error("no such device"); }).join();
@@ -102,8 +109,7 @@ TEST(SystemFaultsDeathTest, EveryFaultTakesTheNormalExitWithStatusZero)
     EXPECT_EXIT((prepareToFault(), readFrom(nullptr)), zero, "SIGSEGV.*\n.*exit handlers ran");
     EXPECT_EXIT((prepareToFault(), std::abort()), zero, "SIGABRT.*\n.*exit handlers ran");
     EXPECT_EXIT((prepareToFault(), faultInAThread()), zero, "SIGFPE.*\n.*exit handlers ran");
-    EXPECT_EXIT((prepareToFault(), throwInAThread()), zero,
-                "unhandled exception: no such device\n.*exit handlers ran");
+    EXPECT_EXIT((prepareToFault(), throwInAThread()), zero, "unhandled exception: no such device\n.*exit handlers ran");
     EXPECT_EXIT(
         {
             prepareToFault();
@@ -117,7 +123,7 @@ TEST(SystemFaultsDeathTest, AnExitThatFaultsOrHangsIsCutShort)
 {
     const auto zero = testing::ExitedWithCode(0);
     EXPECT_EXIT((prepareToFault(), std::atexit([] { raise(SIGBUS); }), raise(SIGILL)), zero, "SIGILL");
-    EXPECT_EXIT((prepareToFault(), std::atexit([] { for (;;) pause(); }), raise(SIGILL)), zero, "SIGILL");
+    EXPECT_EXIT((prepareToFault(), std::atexit(waitForever), raise(SIGILL)), zero, "SIGILL");
 }
 
 #endif

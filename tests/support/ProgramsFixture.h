@@ -9,6 +9,7 @@
 #include "platform/doubles/IpcDouble.h"
 #include "platform/doubles/ProcessDouble.h"
 #include "platform/doubles/WindowDouble.h"
+#include "support/Eventually.h"
 #include "support/KernelFixture.h"
 
 #include <gmock/gmock.h>
@@ -80,9 +81,12 @@ protected:
     /** The watching thread is real: its report comes when it comes. */
     void awaitState(int appType, int state)
     {
-        for (int wait = 0; wait < 5000 && monitor.getAppState(appType) != state; ++wait)
-            juce::Thread::sleep(1);
-        ASSERT_EQ(monitor.getAppState(appType), state);
+        ASSERT_TRUE(eventually(
+            [&]
+            {
+                run();
+                return monitor.getAppState(appType) == state;
+            }));
         run();
     }
 

@@ -152,6 +152,7 @@ int ProcessWaiter::wait(const std::vector<ProcessHandle>& processes)
     changed.wait(guard,
                  [&]
                  {
+                     outcome = woken;
                      if (std::exchange(backend->woken, false))
                          return true;
                      const auto ended =

@@ -1,6 +1,5 @@
 #include "platform/System.h"
 
-#include "platform/Configuration.h"
 #include "platform/doubles/SystemDouble.h"
 
 #include <mutex>

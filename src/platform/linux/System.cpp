@@ -45,8 +45,8 @@ long offsetInMonth(int year, int month)
 juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value)
 {
     const std::filesystem::path root = Configuration::get().registryPath.toStdString();
-    const auto folder
-        = root / key.replaceCharacter('\\', '/').trimCharactersAtStart("/").trimCharactersAtEnd("/").toStdString();
+    const auto folder =
+        root / key.replaceCharacter('\\', '/').trimCharactersAtStart("/").trimCharactersAtEnd("/").toStdString();
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error)
@@ -81,8 +81,8 @@ void disableDaylightSaving()
     const auto minutes = static_cast<int>(std::labs(offset) / secondsPerMinute);
     const auto clock = [minutes](const char* separator)
     {
-        return juce::String(minutes / minutesPerHour).paddedLeft('0', 2) + separator
-               + juce::String(minutes % minutesPerHour).paddedLeft('0', 2);
+        return juce::String(minutes / minutesPerHour).paddedLeft('0', 2) + separator +
+               juce::String(minutes % minutesPerHour).paddedLeft('0', 2);
     };
     // The name is free; behind it the sign counts westwards.
     const auto text = (offset < 0 ? "<-" + clock("") + ">+" : "<+" + clock("") + ">-") + clock(":");

@@ -47,7 +47,7 @@ void writeToStandardError(const char* text)
 
 void limitTimeOfExit()
 {
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_handler = leaveAtOnce;
     sigaction(SIGALRM, &action, nullptr);
     sigset_t signals;
@@ -58,8 +58,8 @@ void limitTimeOfExit()
 }
 
 /**
-    The way out. What comes first needs neither the heap nor a lock; the log and the exit handlers may need what the fault
-    has broken, or a lock that its thread holds: then the second fault or the time limit ends it.
+    The way out. What comes first needs neither the heap nor a lock; the log and the exit handlers may need what the
+    fault has broken, or a lock that its thread holds: then the second fault or the time limit ends it.
 */
 [[noreturn]] void leave(const char* description)
 {
@@ -128,7 +128,7 @@ void installExceptionHook()
     stack.ss_size = alternateStack.size();
     sigaltstack(&stack, nullptr);
 
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_sigaction = onSignal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER; // a second fault has to be seen
     for (const auto signal : faultSignals)

@@ -1,0 +1,178 @@
+#include "EngineApi/RemoteMessageIds.h"
+#include "bench/Bus.h"
+#include "bench/Programs.h"
+#include "platform/CommandLine.h"
+#include "platform/Configuration.h"
+#include "platform/Ipc.h"
+#include "platform/Pubhead.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace
+{
+
+using namespace Bench;
+using namespace EngineApi;
+using namespace Platform;
+using namespace Pubhead;
+using namespace std::chrono_literals;
+
+/** The engine's end of the message channel, played by the test: what the program says goes into the journal. */
+class FakeEngine : public IMsgProc
+{
+public:
+    explicit FakeEngine(Journal& journalToUse) : journal(journalToUse) {}
+
+    void onRemoteMessage(RemoteMessage::Ptr message) override
+    {
+        journal.add("said", std::to_string(message->what) + " " + std::to_string(message->arg1));
+        RemoteMessage::recycle(message);
+    }
+    void onWindowMessage(juce::int32, juce::int32, juce::int32) override {}
+    void onPresence(int, bool) override {}
+    void onBroadcast(const juce::String&) override {}
+
+private:
+    Journal& journal;
+};
+
+class SourceProgramTest : public testing::Test
+{
+protected:
+    Journal journal;
+    std::filesystem::path folder;
+    Bus bus;
+    Programs programs {journal};
+    FakeEngine engine {journal};
+    MsgSession session;
+    Child program;
+
+    void SetUp() override
+    {
+        auto pattern = (std::filesystem::temp_directory_path() / "bench-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+        ASSERT_EQ(bus.start(folder), "");
+        ASSERT_EQ(programs.start((folder / "control").string()), "");
+        Configuration::get().ipcAddress = bus.address();
+        IPCMsg::MessageHelper::config(AppMain, IPCMsg::MessageHelper::getDestName);
+        ASSERT_TRUE(session.init(&engine));
+        // The name that it is started by makes it the radio's program.
+        std::filesystem::create_symlink(HEADUNIT_BUILD_DIR "/bin/headunit-bench-program", folder / "AppRadio");
+        const auto line = AppCommandLine::genCmdSourceEnter(mbFM, false, true);
+        const auto json = CmdLineHelper::genCommandLine(RemoteObjFormat::formatCommandLine(*line));
+        ASSERT_EQ(program.start({(folder / "AppRadio").string(),
+                                 {"--command-line", json.toStdString()},
+                                 {{"DBUS_SESSION_BUS_ADDRESS", bus.address()},
+                                  {"HEADUNIT_BENCH_CONTROL", (folder / "control").string()},
+                                  {"HEADUNIT_BENCH_DISPLAY", "none"}},
+                                 (folder / "out").string(),
+                                 {}}),
+                  "");
+    }
+
+    void TearDown() override
+    {
+        session.close();
+        programs.stop();
+        program.end(1s);
+        bus.stop();
+        Configuration::get() = {};
+        std::filesystem::remove_all(folder);
+    }
+
+    static void tell(int what, int arg1, const Bundle::Ptr& bundle = nullptr)
+    {
+        const auto message = RemoteMessage::obtain();
+        message->what = what;
+        message->arg1 = arg1;
+        message->bundle = bundle;
+        EXPECT_TRUE(IPCMsg::MessageHelper::postMessage(AppRadio, message));
+        RemoteMessage::recycle(message);
+    }
+
+    /** The program's next words, after those heard before. */
+    std::string hears(std::chrono::milliseconds limit = 10s)
+    {
+        const auto event = journal.waitFor(next, Clock::now() + limit, isIn("said"));
+        next = event ? event->number + 1 : next;
+        return event ? event->text : "nothing";
+    }
+
+    /** The program reports to the bench on another channel than it answers the engine, so this is waited for. */
+    bool hasInFront(const std::string& page) const { return journal.waitForLatest("front", page, Clock::now() + 10s); }
+
+    static std::string words(int what, int arg1) { return std::to_string(what) + " " + std::to_string(arg1); }
+
+private:
+    std::uint64_t next = 0;
+};
+
+// A whole life: started for FM, it says hello before it asks for its page, goes through the page handshake, confirms a page
+// that is taken from the top, keeps the screen until it is told to hide, and quits when its source is stopped.
+TEST_F(SourceProgramTest, livesAsTheEngineExpects)
+{
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbFM));
+    tell(RMSG_APP_HELLO_ACK, AppRadio);
+    tell(RMSG_PAGE_SHOW, mbFM);
+    EXPECT_EQ(hears(), words(RMSG_PAGE_SHOW_READY, mbFM));
+    EXPECT_TRUE(hasInFront("mbFM"));
+    tell(RMSG_HEARTBEAT, 0);
+    EXPECT_EQ(hears(), words(RMSG_HEARTBEAT_REPLY, AppRadio));
+
+    const auto hide = AppCommandLine::genCmdPageHide(mbFM, mbEQ);
+    tell(RMSG_COMMAND_LINE, 0, RemoteObjFormat::formatCommandLine(*hide));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_TOP_SHOWN, mbFM));
+    EXPECT_TRUE(hasInFront("mbFM"));
+    tell(RMSG_PAGE_HIDE, mbFM);
+    EXPECT_EQ(hears(), words(RMSG_PAGE_HIDE_READY, mbFM));
+    EXPECT_TRUE(hasInFront("none"));
+
+    tell(RMSG_PAGE_NOTIFY, mbFM);
+    EXPECT_EQ(hears(), words(RMSG_STATE_TO_SYSTEM, mbFM));
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppRadio", "connected")));
+    tell(RMSG_SOURCE_STOP, 0);
+    EXPECT_TRUE(program.waitForEnd(10s));
+}
+
+// On order it takes everything and answers nothing, or answers late; a crash is a real one.
+TEST_F(SourceProgramTest, misbehavesOnOrder)
+{
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbFM));
+    ASSERT_TRUE(programs.setSilent(AppRadio, true));
+    // Orders keep their order, so this one meets a program that is silent already.
+    ASSERT_TRUE(programs.sendMessage(AppRadio, RMSG_KEY, 0, 0));
+    EXPECT_EQ(hears(300ms), "nothing");
+    tell(RMSG_PAGE_SHOW, mbFM);
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("page mbFM", "shown"))) << "it does what it is told";
+    EXPECT_EQ(hears(300ms), "nothing") << "but does not say so";
+
+    ASSERT_TRUE(programs.setSilent(AppRadio, false));
+    ASSERT_TRUE(programs.setSlow(AppRadio, 300ms));
+    const auto before = Clock::now();
+    ASSERT_TRUE(programs.sendMessage(AppRadio, RMSG_RADIO_EVENT, 7, 0));
+    EXPECT_EQ(hears(), words(RMSG_RADIO_EVENT, 7));
+    EXPECT_GE(Clock::now() - before, 290ms);
+
+    ASSERT_TRUE(programs.crash(AppRadio));
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppRadio", "gone")));
+    EXPECT_TRUE(hasInFront("none"));
+}
+
+// The engine goes away: the page leaves the screen, and the program comes back with a hello when the engine does.
+TEST_F(SourceProgramTest, waitsForTheEngineToComeBack)
+{
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbFM));
+    tell(RMSG_PAGE_SHOW, mbFM);
+    EXPECT_EQ(hears(), words(RMSG_PAGE_SHOW_READY, mbFM));
+    session.close();
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("page mbFM", "hidden")));
+    ASSERT_TRUE(session.init(&engine));
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
+}
+
+} // namespace
