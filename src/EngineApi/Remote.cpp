@@ -49,6 +49,8 @@ bool sendRemoteMessage(int appType, juce::int32 what, juce::int32 arg1, juce::in
 
 bool sendRemoteMessage(int appType, const RemoteMessage::Ptr& message)
 {
+    if (message == nullptr)
+        return false;
     if (appType == Pubhead::AppNavi)
         return postToNavigation(message->arg1, message->arg2);
     return manager().sendToApp(appType, message);

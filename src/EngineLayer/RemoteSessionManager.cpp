@@ -60,6 +60,8 @@ void RemoteSessionManager::handleMessage(juce::int32 id, juce::int32, juce::int3
 
 bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& message)
 {
+    if (message == nullptr || !isValid(appType))
+        return false;
     const juce::ScopedLock guard(lock);
     if (registeredApps.count(appType) != 0)
         return RemotecommDev::getInstance()->postToApp(appType, message);
@@ -149,8 +151,11 @@ void RemoteSessionManager::registerApp(int appType)
         const auto waiting = pendingMessages.find(appType);
         if (waiting != pendingMessages.end())
         {
-            for (const auto& message : waiting->second)
+            for (auto& message : waiting->second)
+            {
                 RemotecommDev::getInstance()->postToApp(appType, message);
+                RemoteMessage::recycle(std::move(message));
+            }
             pendingMessages.erase(waiting);
         }
     }

@@ -12,8 +12,8 @@ namespace EngineLayer
 {
 
 /**
-    Knows which programs are registered, keeps messages for those that are not yet, and routes what they send: ids with a
-    filter to the filter, everything else to the handler of the program's page. Sending is allowed from any thread.
+    Knows which programs are registered, keeps messages for those that are not yet, and routes what they send: ids with
+   a filter to the filter, everything else to the handler of the program's page. Sending is allowed from any thread.
 */
 class RemoteSessionManager : public Kernel::ComponentTask,
                              public LowLayer::ClientCallBack,

@@ -27,6 +27,9 @@ constexpr const char* bodiesKey = "bodies";
 /** In the order of AppCommandLine::Type. */
 constexpr std::array typeNames { "pageShow", "pageHide", "sourceEnter", "sourceExit" };
 
+/** Deeper than any page's handler nests its data; what lies below is left out. */
+constexpr int maxDepth = 32;
+
 nlohmann::json toJson(const Bundle& bundle);
 
 struct ValueToJson
@@ -59,7 +62,7 @@ nlohmann::json toJson(const Bundle& bundle)
     return object;
 }
 
-Bundle::Ptr toBundle(const nlohmann::json& object);
+Bundle::Ptr toBundle(const nlohmann::json& object, int depth);
 
 bool isByte(const nlohmann::json& value)
 {
@@ -67,38 +70,42 @@ bool isByte(const nlohmann::json& value)
 }
 
 /** What a bundle cannot hold is left out. */
-void putValue(Bundle& bundle, const juce::String& key, const nlohmann::json& value)
+void putValue(Bundle& bundle, const juce::String& key, const nlohmann::json& value, int depth)
 {
     if (value.is_boolean())
         bundle.putBool(key, value.get<bool>());
     else if (value.is_number_integer())
     {
-        const auto wide = value.get<std::int64_t>();
-        if (wide == static_cast<juce::int32>(wide))
-            bundle.putInt(key, static_cast<juce::int32>(wide));
+        using Limits = std::numeric_limits<juce::int32>;
+        if (value >= Limits::min() && value <= Limits::max())
+            bundle.putInt(key, value.get<juce::int32>());
     }
     else if (value.is_string())
         bundle.putString(key, juce::String::fromUTF8(value.get_ref<const std::string&>().c_str()));
     else if (value.is_object())
-        bundle.putBundle(key, toBundle(value));
+        bundle.putBundle(key, toBundle(value, depth + 1));
     else if (value.is_array() && std::all_of(value.begin(), value.end(), isByte))
     {
         const auto bytes = value.get<std::vector<std::uint8_t>>();
         bundle.putByteArray(key, bytes.data(), static_cast<int>(bytes.size()));
     }
-    else if (value.is_array() && std::all_of(value.begin(), value.end(), [](const auto& each) { return each.is_object(); }))
+    else if (value.is_array() &&
+             std::all_of(value.begin(), value.end(), [](const auto& each) { return each.is_object(); }))
     {
         std::vector<Bundle::Ptr> list;
-        std::transform(value.begin(), value.end(), std::back_inserter(list), toBundle);
+        std::transform(value.begin(), value.end(), std::back_inserter(list),
+                       [&](const auto& each) { return toBundle(each, depth + 1); });
         bundle.putBundleList(key, std::move(list));
     }
 }
 
-Bundle::Ptr toBundle(const nlohmann::json& object)
+Bundle::Ptr toBundle(const nlohmann::json& object, int depth)
 {
+    if (depth > maxDepth)
+        return nullptr;
     const auto bundle = Bundle::obtain();
     for (const auto& [key, value] : object.items())
-        putValue(*bundle, juce::String::fromUTF8(key.c_str()), value);
+        putValue(*bundle, juce::String::fromUTF8(key.c_str()), value, depth);
     return bundle;
 }
 
@@ -266,7 +273,7 @@ Bundle::Ptr CmdLineHelper::parseCommandLine(const juce::String& json)
     const auto parsed = nlohmann::json::parse(json.toStdString(), nullptr, false);
     if (!parsed.is_object())
         return nullptr;
-    const auto bundle = toBundle(parsed);
+    const auto bundle = toBundle(parsed, 0);
     return RemoteObjFormat::generateCommandLine(bundle) == nullptr ? nullptr : bundle;
 }
 

@@ -12,7 +12,9 @@ MsgSession::~MsgSession()
 
 bool MsgSession::init(IMsgProc* receiver)
 {
-    open = receiver != nullptr;
+    if (receiver == nullptr || open)
+        return false;
+    open = IpcChannel::get().claim();
     return open && IpcChannel::get().open(*receiver);
 }
 

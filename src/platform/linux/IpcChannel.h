@@ -1,27 +1,36 @@
 #pragma once
 
-#include "platform/linux/IpcSeats.h"
-#include "platform/linux/IpcSdBus.h"
+#include "platform/linux/IpcLink.h"
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace Platform
 {
 
 /**
-    The endpoint of this process on the bus. One thread processes the bus, with handlers that only file events, and
-    delivers the events to the receiver outside the lock. Sends are allowed from any thread and never wait for a peer. A
-    bus that goes away is tried again with growing pauses.
+    The endpoint of this process on the bus. One thread processes the bus under the lock, with handlers that only file
+    events, and delivers the events to the receiver outside it. Sends are allowed from any thread and never wait for a
+    peer. A bus that goes away is tried again with growing pauses; meanwhile every program counts as absent.
 */
 class IpcChannel
 {
 public:
     static IpcChannel& get();
 
-    void config(int selfIndex, const char* (*nameOf)(int));
+    void config(int selfIndex, IpcLink::NameOf nameOf);
+    /** False when another session has it. `close` gives it back. */
+    bool claim();
+    /**
+        Starts the loop, and waits for the bus to answer, two seconds at most: the programs that are present are known
+        then. False when it has not, or the own name has another owner.
+    */
     bool open(IMsgProc& newReceiver);
+    /** No call to the receiver runs after it returns. Not from a call to the receiver. */
     void close();
 
     bool post(int appType, const RemoteMessage& message);
@@ -32,51 +41,45 @@ public:
     void expectProcess(int appType, int pid);
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     IpcChannel();
 
     // The loop thread.
     void run();
-    bool connect();
-    void process();
-    void disconnect(int error);
+    void tendLink();
     void deliver();
     void deliverOne(IpcEvent& event);
     void waitForTraffic();
-    void pause();
+    void sendRest();
 
-    // Set-up of a connection and its handlers, under the lock.
-    int claimName();
-    int exportObject();
-    int watchNames();
-    int watchBroadcasts();
-    int callBus(const char* member, const std::string& argument, sd_bus_message_handler_t handler, void* data,
-                sd_bus_destroy_t destroy);
-    void ownerChanged(const char* name, const char* connection);
-    void askForProcess(int appType, const std::string& connection);
-    int appTypeOfName(const char* name) const;
-    std::string nameOfType(int appType) const;
-    bool send(sd_bus_message* message);
-    void wake();
+    // Under the lock.
+    void connect();
+    /** What is heard while the own name is not claimed yet waits: an answer would come from a stranger. */
+    bool mayDeliver() const { return link == nullptr || link->isSettled(); }
+    void loseLink(const char* what, int error);
+    void finishAttempt(bool succeeded);
+    template <typename Send>
+    bool send(Send&& call);
 
-    static int onPost(sd_bus_message* message, void* self, sd_bus_error* error);
-    static int onBroadcastText(sd_bus_message* message, void* self, sd_bus_error* error);
-    static int onMessageSignal(sd_bus_message* message, void* self, sd_bus_error* error);
-    static int onNameOwnerChanged(sd_bus_message* message, void* self, sd_bus_error* error);
-    static int onNameClaimed(sd_bus_message* reply, void* self, sd_bus_error* error);
-    static int onNameList(sd_bus_message* reply, void* self, sd_bus_error* error);
-    static int onNameOwner(sd_bus_message* reply, void* query, sd_bus_error* error);
-    static int onProcess(sd_bus_message* reply, void* query, sd_bus_error* error);
-    static const sd_bus_vtable vtable[];
+    void fileWindowMessage(IpcWindowMessage message);
+    void wake() const;
 
     std::mutex lock;
-    SdBus bus;
+    std::condition_variable attemptFinished;
     std::deque<IpcEvent> events;
     IpcSeats seats { events };
+    std::unique_ptr<IpcLink> link;
     int self = Pubhead::AppMain;
-    const char* (*resolver)(int) = Pubhead::appTypeName;
-    std::atomic<bool> stopping { true };
+    IpcLink::NameOf resolver = Pubhead::appTypeName;
+    std::optional<bool> firstAttempt;
     bool lossLogged = false;
-    int pauseMs;
+    std::chrono::milliseconds pause {};
+    Clock::time_point retryAt;
+    int refusedSends = 0;
+
+    bool claimed = false;
+    std::atomic<bool> stopping { false };
     int wakeDescriptor;
     IMsgProc* receiver = nullptr;
     std::thread thread;

@@ -58,8 +58,10 @@ void IpcSeats::clearOwners()
         setOwner(appType, {});
 }
 
-void IpcSeats::forgetExpectations()
+void IpcSeats::reset()
 {
+    clearOwners();
+    dropped = 0;
     for (auto& seat : seats)
         seat.expected = -1;
 }
@@ -105,7 +107,8 @@ bool IpcSeats::isPresent(int appType) const
 
 bool IpcSeats::isChecking() const
 {
-    return std::any_of(seats.begin(), seats.end(), [](const Seat& seat) { return seat.standing == Standing::checking; });
+    return std::any_of(seats.begin(), seats.end(),
+                       [](const Seat& seat) { return seat.standing == Standing::checking; });
 }
 
 std::string IpcSeats::connectionOf(int appType) const

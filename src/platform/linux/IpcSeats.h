@@ -47,12 +47,14 @@ public:
 
     /** A name got another owner; "" for none. The owner's process is to be asked for. */
     void setOwner(int appType, const std::string& connection);
-    /** The answer: process of that owner, -1 when the bus does not know it. Ignored when the name has another owner by now. */
+    /** The answer: process of that owner, -1 when the bus does not know it. Ignored when the name has another owner by
+     * now. */
     void setProcess(int appType, const std::string& connection, int pid);
     void expectProcess(int appType, int pid);
     /** The bus is gone. Expectations stay. */
     void clearOwners();
-    void forgetExpectations();
+    /** For a new session: expectations and counts begin anew. */
+    void reset();
 
     bool isPresent(int appType) const;
     bool isChecking() const;

@@ -50,7 +50,8 @@ struct AppendVariant
     }
     int operator()(const juce::MemoryBlock& value) const
     {
-        return inVariant("ay", [&] { return sd_bus_message_append_array(target, 'y', value.getData(), value.getSize()); });
+        return inVariant("ay",
+                         [&] { return sd_bus_message_append_array(target, 'y', value.getData(), value.getSize()); });
     }
     int operator()(const Bundle::Ptr& value) const
     {
@@ -69,7 +70,8 @@ struct AppendVariant
     }
 
 private:
-    template <typename Content> int inVariant(const char* type, Content&& content) const
+    template <typename Content>
+    int inVariant(const char* type, Content&& content) const
     {
         if (const int result = sd_bus_message_open_container(target, 'v', type); result < 0)
             return result;

@@ -3,7 +3,8 @@
 #include "platform/Ipc.h"
 #include "platform/linux/IpcSdBus.h"
 
-/** Bundles and messages as they stand in a bus message. Every call answers a negative errno on failure, as the bus library. */
+/** Bundles and messages as they stand in a bus message. Every call answers a negative errno on failure, as the bus
+ * library. */
 namespace Platform::IpcWire
 {
 
