@@ -204,8 +204,13 @@ TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)
         expectNothingPosted();
     }
 
-    for (const int page : { mbSetup, mbNavi, mbiPodAudio })
+    for (const int page : { mbSetup, mbiPodAudio })
         registerHandler(new FakePageHandler(page));
+    EngineLayer::PageScheduleConfig navigation;
+    navigation.ownerId = Kernel::generalApplicationId;
+    navigation.page = mbNavi;
+    navigation.appType = AppNavi;
+    registerHandler(new FakePageHandler(navigation));
     for (const auto& [windowMessage, page, appType] :
          { std::tuple(1126, mbSetup, AppSetup), std::tuple(2026, mbNavi, AppNavi),
            std::tuple(48654, mbiPodAudio, AppiPod) })

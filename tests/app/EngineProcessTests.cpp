@@ -146,5 +146,6 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
     EXPECT_TRUE(engineSpeaks(10000));
     EXPECT_EQ(folder.getChildFile("registry/Drivers/AppleAccessory/HardwareType").loadFileAsString(), "1\n");
     kill(pid, SIGTERM);
-    EXPECT_EQ(finish().status, 0);
+    const auto outcome = finish();
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
 }

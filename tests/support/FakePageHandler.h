@@ -14,7 +14,12 @@ public:
     using Ptr = juce::ReferenceCountedObjectPtr<FakePageHandler>;
 
     explicit FakePageHandler(int page)
-        : config(*EngineLayer::pageScheduleConfig(page))
+        : FakePageHandler(*EngineLayer::pageScheduleConfig(page))
+    {
+    }
+    /** For a page that no application of this unit has. */
+    explicit FakePageHandler(const EngineLayer::PageScheduleConfig& ownConfig)
+        : config(ownConfig)
     {
     }
 
