@@ -16,11 +16,11 @@ namespace
 {
 
 constexpr int startLimitMs = 5000;
-constexpr std::chrono::milliseconds stopLimit {2000};
+constexpr std::chrono::milliseconds stopLimit { 2000 };
 
 std::string findDaemon()
 {
-    for (const auto* path : {"/usr/bin/dbus-daemon", "/usr/local/bin/dbus-daemon", "/bin/dbus-daemon"})
+    for (const auto* path : { "/usr/bin/dbus-daemon", "/usr/local/bin/dbus-daemon", "/bin/dbus-daemon" })
         if (std::filesystem::exists(path))
             return path;
     return {};
@@ -34,34 +34,35 @@ std::string Bus::start(const std::string& folder)
     if (program.empty())
         return "dbus-daemon is not installed";
     const auto configuration = folder + "/bus.conf";
-    std::ofstream(configuration) << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-                                    " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-                                    "<busconfig>\n"
-                                    "  <type>session</type>\n"
-                                    "  <listen>unix:path="
-                                 << folder
-                                 << "/bus</listen>\n"
-                                    "  <auth>EXTERNAL</auth>\n"
-                                    "  <policy context=\"default\">\n"
-                                    "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
-                                    "    <allow eavesdrop=\"true\"/>\n"
-                                    "    <allow own=\"*\"/>\n"
-                                    "  </policy>\n"
-                                    "</busconfig>\n";
+    std::ofstream(configuration)
+        << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+           "<busconfig>\n"
+           "  <type>session</type>\n"
+           "  <listen>unix:path="
+        << folder
+        << "/bus</listen>\n"
+           "  <auth>EXTERNAL</auth>\n"
+           "  <policy context=\"default\">\n"
+           "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
+           "    <allow eavesdrop=\"true\"/>\n"
+           "    <allow own=\"*\"/>\n"
+           "  </policy>\n"
+           "</busconfig>\n";
     int ready[2];
     if (::pipe2(ready, O_CLOEXEC) != 0)
         return std::string("pipe: ") + std::strerror(errno);
-    auto error = daemon.start({program,
-                               {"--config-file=" + configuration, "--nofork", "--nopidfile",
-                                "--print-address=" + std::to_string(ready[1])},
-                               {},
-                               folder + "/bus.log",
-                               {ready[1]}});
+    auto error = daemon.start({ program,
+                                { "--config-file=" + configuration, "--nofork", "--nopidfile",
+                                  "--print-address=" + std::to_string(ready[1]) },
+                                {},
+                                folder + "/bus.log",
+                                { ready[1] } });
     ::close(ready[1]);
     if (error.empty())
     {
         // The daemon writes its address once it listens.
-        pollfd wait {ready[0], POLLIN, 0};
+        pollfd wait { ready[0], POLLIN, 0 };
         std::array<char, 512> text {};
         const auto count = ::poll(&wait, 1, startLimitMs) == 1 ? ::read(ready[0], text.data(), text.size()) : 0;
         if (count > 0)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <condition_variable>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -14,7 +14,8 @@
 namespace Bench
 {
 
-/** A process that the bench starts. It ends with the bench, however that ends. Any thread, one at a time for `start`. */
+/** A process that the bench starts. It ends with the bench, however that ends. Any thread, one at a time for `start`.
+ */
 class Child
 {
 public:

@@ -15,12 +15,9 @@ std::string Engine::start(const Options& options)
     if (child.isRunning())
         return "the engine runs already";
     journal.add("engine", "started");
-    const auto error = child.start({options.program,
-                                    {"--config", options.configuration},
-                                    options.environment,
-                                    options.outputFile,
-                                    {}},
-                                   [this](int status) { journal.add("engine", describeStatus(status)); });
+    const auto error = child.start(
+        { options.program, { "--config", options.configuration }, options.environment, options.outputFile, {} },
+        [this](int status) { journal.add("engine", describeStatus(status)); });
     if (!error.empty())
         journal.add("engine", "not started: " + error);
     return error;

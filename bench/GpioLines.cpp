@@ -28,9 +28,9 @@ GpioLines::GpioLines(Journal& journalToUse)
 
 std::string GpioLines::start(const std::string& path)
 {
-    return server.listen(path, {{}, [this](int connection, PacketServer::Packet request) {
-                                    server.send(connection, answer(request));
-                                }, {}});
+    return server.listen(
+        path,
+        { {}, [this](int connection, PacketServer::Packet request) { server.send(connection, answer(request)); }, {} });
 }
 
 std::vector<std::uint8_t> GpioLines::answer(PacketServer::Packet request)

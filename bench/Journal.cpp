@@ -9,7 +9,7 @@ void Journal::add(std::string stream, std::string text)
 {
     {
         const std::scoped_lock guard(lock);
-        events.push_back({nextNumber++, Clock::now(), std::move(stream), std::move(text)});
+        events.push_back({ nextNumber++, Clock::now(), std::move(stream), std::move(text) });
         if (events.size() > capacity)
             events.pop_front();
     }
@@ -46,7 +46,8 @@ std::optional<Event> Journal::waitFor(std::uint64_t from, Clock::time_point dead
 bool Journal::waitForLatest(const std::string& stream, const std::string& text, Clock::time_point deadline) const
 {
     std::unique_lock guard(lock);
-    const auto isLatest = [&] {
+    const auto isLatest = [&]
+    {
         const auto newest = std::find_if(events.rbegin(), events.rend(), isIn(stream));
         return newest != events.rend() && newest->text == text;
     };
@@ -89,9 +90,8 @@ std::uint64_t Journal::forgotten() const
 
 Journal::Matches isEvent(std::string stream, std::string text)
 {
-    return [stream = std::move(stream), text = std::move(text)](const Event& event) {
-        return event.stream == stream && event.text == text;
-    };
+    return [stream = std::move(stream), text = std::move(text)](const Event& event)
+    { return event.stream == stream && event.text == text; };
 }
 
 Journal::Matches isIn(std::string stream)

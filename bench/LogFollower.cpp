@@ -48,7 +48,7 @@ void LogFollower::stop()
         [[maybe_unused]] const auto written = ::write(wakeUp, &one, sizeof one);
         thread.join();
     }
-    for (auto* each : {&notifications, &wakeUp, &descriptor})
+    for (auto* each : { &notifications, &wakeUp, &descriptor })
         if (*each >= 0)
             ::close(std::exchange(*each, -1));
 }
@@ -60,7 +60,7 @@ void LogFollower::run()
         readNew();
         if (stopping)
             return;
-        std::array<pollfd, 2> waits {pollfd {notifications, POLLIN, 0}, pollfd {wakeUp, POLLIN, 0}};
+        std::array<pollfd, 2> waits { pollfd { notifications, POLLIN, 0 }, pollfd { wakeUp, POLLIN, 0 } };
         if (::poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR)
             return;
         std::array<char, 4096> ignored {};
@@ -90,7 +90,9 @@ void LogFollower::readNew()
 
 void LogFollower::reopenIfReplaced()
 {
-    struct stat opened {}, named {};
+    struct stat opened
+    {
+    }, named {};
     if (descriptor >= 0 && ::fstat(descriptor, &opened) == 0 && ::stat(file.c_str(), &named) == 0 &&
         (opened.st_ino != named.st_ino || named.st_size < ::lseek(descriptor, 0, SEEK_CUR)))
         ::close(std::exchange(descriptor, -1));

@@ -8,7 +8,8 @@
 namespace Bench
 {
 
-/** Reads a growing log file into the journal, stream "log", one event a line. Starts again when the file is replaced. */
+/** Reads a growing log file into the journal, stream "log", one event a line. Starts again when the file is replaced.
+ */
 class LogFollower
 {
 public:
@@ -26,7 +27,7 @@ private:
     std::string file;
     int notifications = -1, wakeUp = -1;
     std::thread thread;
-    std::atomic<bool> stopping {false};
+    std::atomic<bool> stopping { false };
     int descriptor = -1;
     std::string partial;
 

@@ -56,7 +56,7 @@ std::string Mcu::start()
     if (::openpty(&master, &slave, name.data(), &raw, nullptr) != 0)
         return failure("pseudo-terminal");
     // The slave stays open here, so that the link does not hang up while the unit is away.
-    for (const auto descriptor : {master, slave})
+    for (const auto descriptor : { master, slave })
         ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
     ::fcntl(master, F_SETFL, O_NONBLOCK);
     wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
@@ -76,7 +76,7 @@ void Mcu::stop()
         wake();
         thread.join();
     }
-    for (auto* descriptor : {&master, &slave, &wakeUp})
+    for (auto* descriptor : { &master, &slave, &wakeUp })
         if (*descriptor >= 0)
             ::close(std::exchange(*descriptor, -1));
 }
@@ -98,19 +98,21 @@ void Mcu::change(const std::function<void()>& what)
 
 void Mcu::unitRestarts()
 {
-    change([this] {
-        ::tcflush(slave, TCIOFLUSH);
-        reader.reset();
-        queue.clear();
-        delayed.clear();
-        inFlight.reset();
-        lastReceived.reset();
-        lastHeartbeat.reset();
-        current.source.reset();
-        current.wanted.reset();
-        current.agreed = current.muted = current.readyForPowerOff = false;
-        current.deviceStatus.reset();
-    });
+    change(
+        [this]
+        {
+            ::tcflush(slave, TCIOFLUSH);
+            reader.reset();
+            queue.clear();
+            delayed.clear();
+            inFlight.reset();
+            lastReceived.reset();
+            lastHeartbeat.reset();
+            current.source.reset();
+            current.wanted.reset();
+            current.agreed = current.muted = current.readyForPowerOff = false;
+            current.deviceStatus.reset();
+        });
 }
 
 void Mcu::send(int command, Bytes data)
@@ -120,19 +122,22 @@ void Mcu::send(int command, Bytes data)
 
 void Mcu::pressKey(int value, int origin)
 {
-    send(key, {static_cast<std::uint8_t>(origin), static_cast<std::uint8_t>(value)});
+    send(key, { static_cast<std::uint8_t>(origin), static_cast<std::uint8_t>(value) });
 }
 
 void Mcu::requestSource(Source source)
 {
-    change([&] {
-        if (!(current.agreed && current.source == source)) // the unit does not answer what it already does
+    change(
+        [&]
         {
-            current.wanted = source;
-            current.agreed = false;
-        }
-        sendLater(sourceSwitch, {static_cast<std::uint8_t>(source.type), static_cast<std::uint8_t>(source.number)});
-    });
+            if (!(current.agreed && current.source == source)) // the unit does not answer what it already does
+            {
+                current.wanted = source;
+                current.agreed = false;
+            }
+            sendLater(sourceSwitch,
+                      { static_cast<std::uint8_t>(source.type), static_cast<std::uint8_t>(source.number) });
+        });
 }
 
 void Mcu::requestDeviceStatus()
@@ -182,21 +187,25 @@ void Mcu::delayBy(Milliseconds delay)
 
 void Mcu::silence(Milliseconds duration)
 {
-    change([&] {
-        if (!faults.silentUntil && duration.count() > 0)
-            journal.add("mcu link", "silent");
-        faults.silentUntil = Clock::now() + duration;
-    });
+    change(
+        [&]
+        {
+            if (!faults.silentUntil && duration.count() > 0)
+                journal.add("mcu link", "silent");
+            faults.silentUntil = Clock::now() + duration;
+        });
 }
 
 void Mcu::clearFaults()
 {
-    change([this] {
-        const auto silentUntil = faults.silentUntil;
-        faults = {};
-        if (silentUntil)
-            faults.silentUntil = Clock::now(); // ends through the thread, which takes the link up again
-    });
+    change(
+        [this]
+        {
+            const auto silentUntil = faults.silentUntil;
+            faults = {};
+            if (silentUntil)
+                faults.silentUntil = Clock::now(); // ends through the thread, which takes the link up again
+        });
 }
 
 Mcu::State Mcu::state() const
@@ -214,7 +223,7 @@ void Mcu::run()
 {
     while (!stopping)
     {
-        std::array<pollfd, 2> waits {pollfd {master, POLLIN, 0}, pollfd {wakeUp, POLLIN, 0}};
+        std::array<pollfd, 2> waits { pollfd { master, POLLIN, 0 }, pollfd { wakeUp, POLLIN, 0 } };
         Milliseconds timeout;
         {
             const std::scoped_lock guard(lock);
@@ -258,12 +267,14 @@ void Mcu::readPort()
             return;
         if (faults.silentUntil)
             continue;
-        reader.push({buffer.data(), static_cast<std::size_t>(count)}, [this](const McuFrame& frame) {
-            if (frame.isAck())
-                onAck(frame);
-            else
-                onFrame(frame);
-        });
+        reader.push({ buffer.data(), static_cast<std::size_t>(count) },
+                    [this](const McuFrame& frame)
+                    {
+                        if (frame.isAck())
+                            onAck(frame);
+                        else
+                            onFrame(frame);
+                    });
     }
 }
 
@@ -283,7 +294,7 @@ void Mcu::runDeadlines()
         reader.reset();
         journal.add("mcu link", "back");
         if (inFlight)
-            *inFlight = {inFlight->frame, transmissions, now};
+            *inFlight = { inFlight->frame, transmissions, now };
     }
     if (!inFlight || inFlight->due > now)
         return;
@@ -329,15 +340,15 @@ void Mcu::onFrame(const McuFrame& frame)
 
 void Mcu::act(const McuFrame& frame)
 {
-    const auto source = frame.data.size() >= 2 ? std::optional(Source {frame.data[0], frame.data[1]}) : std::nullopt;
+    const auto source = frame.data.size() >= 2 ? std::optional(Source { frame.data[0], frame.data[1] }) : std::nullopt;
     switch (frame.command)
     {
     case lastMemory:
         sendLater(lastMemory, {});
         current.wanted = current.lastMemory;
         current.agreed = false;
-        sendLater(sourceSwitch, {static_cast<std::uint8_t>(current.lastMemory.type),
-                                 static_cast<std::uint8_t>(current.lastMemory.number)});
+        sendLater(sourceSwitch, { static_cast<std::uint8_t>(current.lastMemory.type),
+                                  static_cast<std::uint8_t>(current.lastMemory.number) });
         break;
     case sourceSwitch:
         if (source)
@@ -387,7 +398,7 @@ void Mcu::sendLater(int command, Bytes data)
     if (queue.size() >= longestQueue)
         journal.add("mcu link", "queue full, lost " + mcuCommandName(command));
     else
-        queue.push_back({command, std::move(data)});
+        queue.push_back({ command, std::move(data) });
 }
 
 void Mcu::sendNext()
@@ -397,7 +408,9 @@ void Mcu::sendNext()
     auto next = std::move(queue.front());
     queue.pop_front();
     ++current.sent;
-    inFlight = {McuFrame {++sequence, static_cast<std::uint16_t>(next.command), std::move(next.data)}, transmissions, {}};
+    inFlight = { McuFrame { ++sequence, static_cast<std::uint16_t>(next.command), std::move(next.data) },
+                 transmissions,
+                 {} };
     note("->", inFlight->frame, mcuCommandName(inFlight->frame.command));
     transmitInFlight();
 }

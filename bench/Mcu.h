@@ -12,8 +12,8 @@ namespace Bench
 {
 
 /**
-    The companion microcontroller at the other end of the serial link, behind a pseudo-terminal. It keeps the last source,
-    asks the unit for it after a start, follows the unit's own source changes, and can be made to misbehave.
+    The companion microcontroller at the other end of the serial link, behind a pseudo-terminal. It keeps the last
+   source, asks the unit for it after a start, follows the unit's own source changes, and can be made to misbehave.
 
     Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement),
     "mcu ready-for-power-off", "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received).
@@ -45,13 +45,14 @@ public:
     /** The source asked for after the unit's next start. */
     void setLastMemory(Source source);
 
-    // Faults. Counts are of frames that the microcontroller sends, each transmission counted; acknowledgements are spared.
+    // Faults. Counts are of frames that the microcontroller sends, each transmission counted; acknowledgements are
+    // spared.
     void dropNext(int frames);
     void dropEvery(int nth); ///< every nth frame is lost; 0 ends it
     void corruptNext(int frames);
     void repeatNext(int frames);
-    void withholdAcks(int frames); ///< the next frames of the unit are not acknowledged, and not taken
-    void delayBy(Milliseconds delay); ///< everything leaves this much later, acknowledgements too; 0 ends it
+    void withholdAcks(int frames);       ///< the next frames of the unit are not acknowledged, and not taken
+    void delayBy(Milliseconds delay);    ///< everything leaves this much later, acknowledgements too; 0 ends it
     void silence(Milliseconds duration); ///< hears and says nothing for this long; 0 ends it
     void clearFaults();
 
@@ -72,7 +73,7 @@ public:
     };
     State state() const;
 
-    static constexpr Milliseconds resendAfter {200};
+    static constexpr Milliseconds resendAfter { 200 };
     static constexpr int transmissions = 3;
 
 private:
@@ -90,7 +91,7 @@ private:
     struct Faults
     {
         int drop = 0, dropEvery = 0, dropCount = 0, corrupt = 0, repeat = 0, withheldAcks = 0;
-        Milliseconds delay {0};
+        Milliseconds delay { 0 };
         std::optional<Clock::time_point> silentUntil;
     };
 
@@ -98,7 +99,7 @@ private:
     int master = -1, slave = -1, wakeUp = -1;
     std::string path;
     std::thread thread;
-    std::atomic<bool> stopping {false};
+    std::atomic<bool> stopping { false };
 
     mutable std::mutex lock; // guards everything below
     State current;

@@ -12,8 +12,8 @@ namespace Bench
 using Bytes = std::vector<std::uint8_t>;
 
 /**
-    One frame of the microcontroller's serial link: A0 55, sequence, length of the whole frame, command (2 bytes, high byte
-    first), data, and the 16-bit sum of all bytes before it, high byte first. Command 0 acknowledges a sequence.
+    One frame of the microcontroller's serial link: A0 55, sequence, length of the whole frame, command (2 bytes, high
+   byte first), data, and the 16-bit sum of all bytes before it, high byte first. Command 0 acknowledges a sequence.
 */
 struct McuFrame
 {
@@ -24,7 +24,7 @@ struct McuFrame
     static constexpr std::size_t maxData = 102;
 
     bool isAck() const { return command == 0; }
-    static McuFrame ack(std::uint8_t sequence) { return {sequence, 0, {0}}; }
+    static McuFrame ack(std::uint8_t sequence) { return { sequence, 0, { 0 } }; }
     bool operator==(const McuFrame&) const = default;
 };
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cctype>
+#include <charconv>
 #include <set>
 #include <sstream>
 
@@ -15,30 +15,29 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr std::array pageTable {
-    PageInfo {mbMainMenu, AppMainMenu, "Main menu", "menu mainmenu", true},
-    PageInfo {mbSetup, AppSetup, "Setup", "setup", false},
-    PageInfo {mbBTPhone, AppBluetooth, "Phone", "phone btphone", false},
-    PageInfo {mbBTAudio, AppBluetooth, "Bluetooth audio", "btaudio bt bluetooth", false},
-    PageInfo {mbFM, AppRadio, "FM radio", "fm", false},
-    PageInfo {mbAM, AppRadio, "AM radio", "am", false},
-    PageInfo {mbWB, AppRadio, "Weather radio", "wb weather", false},
-    PageInfo {mbUSBAudio, AppUSB, "USB music", "usb usbaudio", false},
-    PageInfo {mbUSBVideo, AppUSB, "USB video", "usbvideo", false},
-    PageInfo {mbiPodAudio, AppiPod, "iPod music", "ipod ipodaudio", false},
-    PageInfo {mbiPodVideo, AppiPod, "iPod video", "ipodvideo", false},
-    PageInfo {mbReariPod, AppiPod, "iPod, rear zone", "rearipod", false},
-    PageInfo {mbiPodPandora, AppPandora, "Pandora", "pandora", false},
-    PageInfo {mbSirius, AppSirius, "Satellite radio", "sirius sxm satellite", true},
-    PageInfo {mbAuxin1, AppAuxIn, "AUX 1", "aux1 auxin1", false},
-    PageInfo {mbAuxin2, AppAuxIn, "AUX 2", "aux aux2 auxin auxin2", false},
-    PageInfo {mbRearAV1, AppAuxIn, "AUX 1, rear zone", "rear1 rearav1", false},
-    PageInfo {mbRearAV2, AppAuxIn, "AUX 2, rear zone", "rear2 rearav2", false},
-    PageInfo {mbStandby, AppStandby, "Standby", "standby", false},
-    PageInfo {mbAVOff, AppStandby, "Audio off", "off avoff", false},
-    PageInfo {mbEQ, AppEQ, "Equaliser", "eq equaliser", false},
-    PageInfo {mbAntitheft, AppAntitheft, "Unit locked", "antitheft lock", false},
-    PageInfo {mbCamera, AppCamera, "Camera", "camera", false}};
+constexpr std::array pageTable { PageInfo { mbMainMenu, AppMainMenu, "Main menu", "menu mainmenu", true },
+                                 PageInfo { mbSetup, AppSetup, "Setup", "setup", false },
+                                 PageInfo { mbBTPhone, AppBluetooth, "Phone", "phone btphone", false },
+                                 PageInfo { mbBTAudio, AppBluetooth, "Bluetooth audio", "btaudio bt bluetooth", false },
+                                 PageInfo { mbFM, AppRadio, "FM radio", "fm", false },
+                                 PageInfo { mbAM, AppRadio, "AM radio", "am", false },
+                                 PageInfo { mbWB, AppRadio, "Weather radio", "wb weather", false },
+                                 PageInfo { mbUSBAudio, AppUSB, "USB music", "usb usbaudio", false },
+                                 PageInfo { mbUSBVideo, AppUSB, "USB video", "usbvideo", false },
+                                 PageInfo { mbiPodAudio, AppiPod, "iPod music", "ipod ipodaudio", false },
+                                 PageInfo { mbiPodVideo, AppiPod, "iPod video", "ipodvideo", false },
+                                 PageInfo { mbReariPod, AppiPod, "iPod, rear zone", "rearipod", false },
+                                 PageInfo { mbiPodPandora, AppPandora, "Pandora", "pandora", false },
+                                 PageInfo { mbSirius, AppSirius, "Satellite radio", "sirius sxm satellite", true },
+                                 PageInfo { mbAuxin1, AppAuxIn, "AUX 1", "aux1 auxin1", false },
+                                 PageInfo { mbAuxin2, AppAuxIn, "AUX 2", "aux aux2 auxin auxin2", false },
+                                 PageInfo { mbRearAV1, AppAuxIn, "AUX 1, rear zone", "rear1 rearav1", false },
+                                 PageInfo { mbRearAV2, AppAuxIn, "AUX 2, rear zone", "rear2 rearav2", false },
+                                 PageInfo { mbStandby, AppStandby, "Standby", "standby", false },
+                                 PageInfo { mbAVOff, AppStandby, "Audio off", "off avoff", false },
+                                 PageInfo { mbEQ, AppEQ, "Equaliser", "eq equaliser", false },
+                                 PageInfo { mbAntitheft, AppAntitheft, "Unit locked", "antitheft lock", false },
+                                 PageInfo { mbCamera, AppCamera, "Camera", "camera", false } };
 
 struct SourceEntry
 {
@@ -49,11 +48,17 @@ struct SourceEntry
 
 constexpr int usbType = 10;
 
-constexpr std::array sourceTable {
-    SourceEntry {"am", 0, ""},          SourceEntry {"fm", 1, ""},         SourceEntry {"disc", 2, ""},
-    SourceEntry {"aux", 5, "aux2"},     SourceEntry {"sirius", 8, "sxm satellite"}, SourceEntry {"ipod", 9, ""},
-    SourceEntry {"usb", usbType, ""},   SourceEntry {"bt", 13, "bluetooth btaudio"}, SourceEntry {"off", 17, "avoff"},
-    SourceEntry {"pandora", 21, ""},    SourceEntry {"wb", 22, "weather"}};
+constexpr std::array sourceTable { SourceEntry { "am", 0, "" },
+                                   SourceEntry { "fm", 1, "" },
+                                   SourceEntry { "disc", 2, "" },
+                                   SourceEntry { "aux", 5, "aux2" },
+                                   SourceEntry { "sirius", 8, "sxm satellite" },
+                                   SourceEntry { "ipod", 9, "" },
+                                   SourceEntry { "usb", usbType, "" },
+                                   SourceEntry { "bt", 13, "bluetooth btaudio" },
+                                   SourceEntry { "off", 17, "avoff" },
+                                   SourceEntry { "pandora", 21, "" },
+                                   SourceEntry { "wb", 22, "weather" } };
 
 struct KeyEntry
 {
@@ -62,13 +67,15 @@ struct KeyEntry
 };
 
 constexpr std::array keyTable {
-    KeyEntry {"playpause", 2},   KeyEntry {"next", 3},     KeyEntry {"pre", 4},        KeyEntry {"source", 6},
-    KeyEntry {"power-on", 7},    KeyEntry {"power-off", 8}, KeyEntry {"amfm", 10},     KeyEntry {"volume-down", 12},
-    KeyEntry {"volume-up", 13},  KeyEntry {"power", 14},   KeyEntry {"mms1", 35},      KeyEntry {"menu", 42},
-    KeyEntry {"enter", 54},      KeyEntry {"ams1", 55},    KeyEntry {"camera", 61},    KeyEntry {"return", 66},
-    KeyEntry {"version", 67},    KeyEntry {"rotary-next", 80}, KeyEntry {"rotary-pre", 81},
-    KeyEntry {"favorites", 125}, KeyEntry {"playpause-long", 130}, KeyEntry {"pre-long", 131},
-    KeyEntry {"next-long", 132}, KeyEntry {"show-menu", 255}};
+    KeyEntry { "playpause", 2 },   KeyEntry { "next", 3 },         KeyEntry { "pre", 4 },
+    KeyEntry { "source", 6 },      KeyEntry { "power-on", 7 },     KeyEntry { "power-off", 8 },
+    KeyEntry { "amfm", 10 },       KeyEntry { "volume-down", 12 }, KeyEntry { "volume-up", 13 },
+    KeyEntry { "power", 14 },      KeyEntry { "mms1", 35 },        KeyEntry { "menu", 42 },
+    KeyEntry { "enter", 54 },      KeyEntry { "ams1", 55 },        KeyEntry { "camera", 61 },
+    KeyEntry { "return", 66 },     KeyEntry { "version", 67 },     KeyEntry { "rotary-next", 80 },
+    KeyEntry { "rotary-pre", 81 }, KeyEntry { "favorites", 125 },  KeyEntry { "playpause-long", 130 },
+    KeyEntry { "pre-long", 131 },  KeyEntry { "next-long", 132 },  KeyEntry { "show-menu", 255 }
+};
 
 bool holdsWord(const char* words, const std::string& word)
 {
@@ -158,7 +165,7 @@ std::vector<int> allApps()
     std::set<int> types;
     for (const auto& info : pageTable)
         types.insert(info.appType);
-    return {types.begin(), types.end()};
+    return { types.begin(), types.end() };
 }
 
 std::vector<std::string> appNames()
@@ -191,9 +198,9 @@ std::optional<Source> findSource(std::span<const std::string> words)
     const auto wanted = lowerCase(words[0]);
     for (const auto& entry : sourceTable)
         if (wanted == entry.name || holdsWord(entry.otherNames, wanted))
-            return Source {entry.type, *number};
+            return Source { entry.type, *number };
     if (const auto type = numberIn(wanted, highestByte); type && words.size() == 2)
-        return Source {*type, *number};
+        return Source { *type, *number };
     return {};
 }
 

@@ -53,7 +53,7 @@ void PacketServer::close()
     for (const auto& [connection, descriptor] : descriptors)
         ::close(descriptor);
     descriptors.clear();
-    for (auto* descriptor : {&listener, &wakeUp})
+    for (auto* descriptor : { &listener, &wakeUp })
         if (*descriptor >= 0)
             ::close(std::exchange(*descriptor, -1));
 }
@@ -62,22 +62,22 @@ bool PacketServer::send(int connection, Packet packet)
 {
     const std::scoped_lock guard(lock);
     const auto found = descriptors.find(connection);
-    return found != descriptors.end() && ::send(found->second, packet.data(), packet.size(), MSG_NOSIGNAL | MSG_DONTWAIT) ==
-                                             static_cast<ssize_t>(packet.size());
+    return found != descriptors.end() && ::send(found->second, packet.data(), packet.size(),
+                                                MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(packet.size());
 }
 
 void PacketServer::run()
 {
     while (!stopping)
     {
-        std::vector<pollfd> waits {{listener, POLLIN, 0}, {wakeUp, POLLIN, 0}};
+        std::vector<pollfd> waits { { listener, POLLIN, 0 }, { wakeUp, POLLIN, 0 } };
         std::vector<int> connections;
         {
             const std::scoped_lock guard(lock);
             for (const auto& [connection, descriptor] : descriptors)
             {
                 connections.push_back(connection);
-                waits.push_back({descriptor, POLLIN, 0});
+                waits.push_back({ descriptor, POLLIN, 0 });
             }
         }
         if (::poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR)
@@ -128,7 +128,7 @@ bool PacketServer::receive(int connection, int descriptor)
         return errno == EAGAIN || errno == EINTR;
     if (count == 0)
         return false;
-    handlers.received(connection, {buffer.data(), static_cast<std::size_t>(count)});
+    handlers.received(connection, { buffer.data(), static_cast<std::size_t>(count) });
     return true;
 }
 

@@ -13,8 +13,8 @@ namespace Bench
 {
 
 /**
-    A listening SOCK_SEQPACKET socket in the file system with one thread. Several connections may be open at once; each has
-    a number that is never used again. Handlers run on the server's thread, `send` on any.
+    A listening SOCK_SEQPACKET socket in the file system with one thread. Several connections may be open at once; each
+   has a number that is never used again. Handlers run on the server's thread, `send` on any.
 */
 class PacketServer
 {
@@ -47,7 +47,7 @@ private:
     std::string path;
     int listener = -1, wakeUp = -1;
     std::thread thread;
-    std::atomic<bool> stopping {false};
+    std::atomic<bool> stopping { false };
     std::mutex lock; // guards the two below; a descriptor is closed under it, so a sender never meets a reused one
     std::map<int, int> descriptors;
     int nextConnection = 1;

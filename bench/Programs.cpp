@@ -16,7 +16,7 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr std::chrono::milliseconds endLimit {2000};
+constexpr std::chrono::milliseconds endLimit { 2000 };
 /** Sub-code of RMSG_APP_EVENT: a page was chosen in the menu. */
 constexpr int menuPageChosen = 5;
 
@@ -35,12 +35,14 @@ Programs::Programs(Journal& journalToUse)
 
 std::string Programs::start(const std::string& socketPath)
 {
-    return server.listen(socketPath, {[this](int connection, int pid) {
-                                          const std::scoped_lock guard(lock);
-                                          pidOfConnection[connection] = pid;
-                                      },
-                                      [this](int connection, PacketServer::Packet packet) { onPacket(connection, packet); },
-                                      [this](int connection) { onClosed(connection); }});
+    return server.listen(socketPath,
+                         { [this](int connection, int pid)
+                           {
+                               const std::scoped_lock guard(lock);
+                               pidOfConnection[connection] = pid;
+                           },
+                           [this](int connection, PacketServer::Packet packet) { onPacket(connection, packet); },
+                           [this](int connection) { onClosed(connection); } });
 }
 
 void Programs::stop()
@@ -77,12 +79,10 @@ void Programs::onPacket(int connection, PacketServer::Packet packet)
         journal.add("program ?", "sent a packet that is no event");
         return;
     }
-    const auto number = [&](const char* key) {
-        return message.contains(key) && message[key].is_number_integer() ? message[key].get<int>() : 0;
-    };
-    const auto text = [&](const char* key) {
-        return message.contains(key) && message[key].is_string() ? message[key].get<std::string>() : std::string();
-    };
+    const auto number = [&](const char* key)
+    { return message.contains(key) && message[key].is_number_integer() ? message[key].get<int>() : 0; };
+    const auto text = [&](const char* key)
+    { return message.contains(key) && message[key].is_string() ? message[key].get<std::string>() : std::string(); };
     const auto event = text("event");
 
     const std::scoped_lock guard(lock);
@@ -111,7 +111,7 @@ void Programs::onHello(int connection, int appType, const std::string& commandLi
 {
     if (pageOfApp(appType) == nullptr)
         return;
-    programs[appType] = {connection, pidOfConnection[connection], false, {}, 0};
+    programs[appType] = { connection, pidOfConnection[connection], false, {}, 0 };
     journal.add(programStream(appType), "running");
     if (!commandLine.empty())
         journal.add(programStream(appType), "started with " + commandLine);
@@ -168,30 +168,30 @@ bool Programs::order(int appType, const json& what, const std::string* fault)
         connection = found->second.connection;
     }
     const auto text = what.dump();
-    return server.send(connection, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    return server.send(connection, { reinterpret_cast<const std::uint8_t*>(text.data()), text.size() });
 }
 
 bool Programs::setSilent(int appType, bool silent)
 {
     const std::string fault = silent ? "silent" : "";
-    return order(appType, {{"order", "silent"}, {"on", silent}}, &fault);
+    return order(appType, { { "order", "silent" }, { "on", silent } }, &fault);
 }
 
 bool Programs::setSlow(int appType, std::chrono::milliseconds delay)
 {
     const auto fault = delay.count() > 0 ? "slow " + std::to_string(delay.count()) + " ms" : std::string();
-    return order(appType, {{"order", "slow"}, {"ms", delay.count()}}, &fault);
+    return order(appType, { { "order", "slow" }, { "ms", delay.count() } }, &fault);
 }
 
 bool Programs::crash(int appType)
 {
-    return order(appType, {{"order", "crash"}});
+    return order(appType, { { "order", "crash" } });
 }
 
 bool Programs::hang(int appType)
 {
     const std::string fault = "hung";
-    return order(appType, {{"order", "hang"}}, &fault);
+    return order(appType, { { "order", "hang" } }, &fault);
 }
 
 bool Programs::wakeUp(int appType)
@@ -206,18 +206,19 @@ bool Programs::wakeUp(int appType)
 
 bool Programs::exit(int appType)
 {
-    return order(appType, {{"order", "exit"}});
+    return order(appType, { { "order", "exit" } });
 }
 
 bool Programs::sendMessage(int appType, int what, int arg1, int arg2)
 {
-    return order(appType, {{"order", "send"}, {"what", what}, {"arg1", arg1}, {"arg2", arg2}});
+    return order(appType, { { "order", "send" }, { "what", what }, { "arg1", arg1 }, { "arg2", arg2 } });
 }
 
 int Programs::carrierFor(int appType) const
 {
     const std::scoped_lock guard(lock);
-    const auto isConnected = [this](int type) {
+    const auto isConnected = [this](int type)
+    {
         const auto found = programs.find(type);
         return found != programs.end() && found->second.connected;
     };
@@ -247,8 +248,8 @@ std::string Programs::stopPage(int page)
     const auto* info = pageInfo(page);
     const auto appType = info != nullptr ? info->appType : static_cast<int>(AppUnknown);
     const auto carrier = page == mbEQ ? carrierFor(appType) : appType;
-    const bool sent = page == mbEQ ? sendMessage(carrier, RMSG_EQ_PAGE_HIDE, 0, 0)
-                                   : sendMessage(carrier, RMSG_SOURCE_STOP, 0, 0);
+    const bool sent =
+        page == mbEQ ? sendMessage(carrier, RMSG_EQ_PAGE_HIDE, 0, 0) : sendMessage(carrier, RMSG_SOURCE_STOP, 0, 0);
     return sent ? "" : std::string(appTypeName(appType)) + " does not run";
 }
 

@@ -10,8 +10,8 @@ namespace Bench
 {
 
 /**
-    The source programs of the unit. The engine starts and ends them; each running one reports here over a control socket
-    and takes orders from here. Packets are JSON objects, see bench/README.md.
+    The source programs of the unit. The engine starts and ends them; each running one reports here over a control
+   socket and takes orders from here. Packets are JSON objects, see bench/README.md.
 
     Journal streams: "program AppRadio" (running, connected, gone, and what it received), "page mbFM" (shown, hidden,
     covered, confirmed), "front" (the page in front, or "none"). Any thread.
@@ -40,17 +40,17 @@ public:
     int pageInFront() const;
 
     // Orders; each is false when the program does not run.
-    bool setSilent(int appType, bool silent); ///< takes everything, answers nothing
+    bool setSilent(int appType, bool silent);                   ///< takes everything, answers nothing
     bool setSlow(int appType, std::chrono::milliseconds delay); ///< answers this much later; 0 ends it
-    bool crash(int appType); ///< ends by a fault
-    bool hang(int appType);  ///< stops altogether, like a program in an endless loop
-    bool wakeUp(int appType); ///< ends `hang`
-    bool exit(int appType);  ///< ends properly
+    bool crash(int appType);                                    ///< ends by a fault
+    bool hang(int appType);                                     ///< stops altogether, like a program in an endless loop
+    bool wakeUp(int appType);                                   ///< ends `hang`
+    bool exit(int appType);                                     ///< ends properly
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
 
-    /** Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs, else
-        through the one in front, else any. Empty on success, else why not. */
+    /** Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs,
+       else through the one in front, else any. Empty on success, else why not. */
     std::string requestPage(int page);
     /** Asks for a page to be left, in the same way. */
     std::string stopPage(int page);

@@ -35,8 +35,12 @@ Unit::Options Unit::Options::besideThisProgram()
     std::error_code ignored;
     const auto folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     const auto around = folder.parent_path();
-    return {(folder / "headunit-engine").string(), (folder / "headunit-bench-program").string(),
-            (around / "lib" / "libVX_Logcat.so").string(), (around / "resources").string(), false, true};
+    return { (folder / "headunit-engine").string(),
+             (folder / "headunit-bench-program").string(),
+             (around / "lib" / "libVX_Logcat.so").string(),
+             (around / "resources").string(),
+             false,
+             true };
 }
 
 Unit::Unit(Options optionsToUse)
@@ -53,8 +57,9 @@ std::string Unit::start()
 {
     if (auto error = makeFolder(); !error.empty())
         return error;
-    for (const auto& error : {linkPrograms(), mcu.start(), videoDecoder.start(path + "/i2c"), gpio.start(path + "/gpio"),
-                              programs.start(path + "/control"), log.start(logFile()), bus.start(path)})
+    for (const auto& error :
+         { linkPrograms(), mcu.start(), videoDecoder.start(path + "/i2c"), gpio.start(path + "/gpio"),
+           programs.start(path + "/control"), log.start(logFile()), bus.start(path) })
         if (!error.empty())
             return error;
     return {};
@@ -67,7 +72,7 @@ std::string Unit::makeFolder()
     if (error || ::mkdtemp(pattern.data()) == nullptr)
         return pattern + ": " + (error ? error.message() : std::strerror(errno));
     path = pattern;
-    for (const auto* folder : {"programs", "media", "system", "registry", "application", "profile"})
+    for (const auto* folder : { "programs", "media", "system", "registry", "application", "profile" })
         fs::create_directory(path + "/" + folder, error);
     return {};
 }
@@ -98,14 +103,15 @@ std::string Unit::writeConfiguration() const
          << "display = " << (options.display ? "\"auto\"" : "\"none\"") << "\n"
          << "camera_hold_file = " << quoted(path + "/camera-hold") << "\n"
          << "log_library = " << quoted(options.logLibrary) << "\n\n"
-         << "[mcu]\nport = " << quoted(mcu.portPath()) << "\n\n"
+         << "[mcu]\nport = " << quoted(mcu.portPath())
+         << "\n\n"
          // Nobody is at the other end of these two: the engine reports them as failed and goes on.
          << "[wired_remote]\nport = " << quoted(path + "/wired-remote") << "\n\n"
          << "[bus]\nspi2 = " << quoted("socket:" + path + "/spi2") << "\n"
          << "i2c1 = " << quoted("socket:" + path + "/i2c") << "\n"
          << "gpio = " << quoted("socket:" + path + "/gpio") << "\n\n"
          << "[ipc]\naddress = " << quoted(bus.address()) << "\n";
-    for (const bool background : {false, true})
+    for (const bool background : { false, true })
     {
         file << (background ? "\n[background_programs]\n" : "\n[programs]\n");
         for (const auto& info : allPages())
@@ -123,15 +129,15 @@ std::string Unit::startEngine()
     if (auto error = writeConfiguration(); !error.empty())
         return error;
     mcu.unitRestarts();
-    return engine.start({options.engine,
-                         path + "/engine.toml",
-                         {{"DBUS_SESSION_BUS_ADDRESS", bus.address()},
-                          {"HEADUNIT_SYSINFO", sysInfoName()},
-                          {"HEADUNIT_LOG_FILE", logFile()},
-                          {"HEADUNIT_LOG_CONSOLE", "off"},
-                          {"HEADUNIT_BENCH_CONTROL", path + "/control"},
-                          {"HEADUNIT_BENCH_DISPLAY", options.display ? "auto" : "none"}},
-                         path + "/engine.out"});
+    return engine.start({ options.engine,
+                          path + "/engine.toml",
+                          { { "DBUS_SESSION_BUS_ADDRESS", bus.address() },
+                            { "HEADUNIT_SYSINFO", sysInfoName() },
+                            { "HEADUNIT_LOG_FILE", logFile() },
+                            { "HEADUNIT_LOG_CONSOLE", "off" },
+                            { "HEADUNIT_BENCH_CONTROL", path + "/control" },
+                            { "HEADUNIT_BENCH_DISPLAY", options.display ? "auto" : "none" } },
+                          path + "/engine.out" });
 }
 
 void Unit::stop()

@@ -12,16 +12,16 @@ namespace Bench
 {
 
 /**
-    The whole unit on the bench: every device, the bus, the engine and its programs, all inside one fresh folder that goes
-    away with it. Used from one thread; the devices themselves from any.
+    The whole unit on the bench: every device, the bus, the engine and its programs, all inside one fresh folder that
+   goes away with it. Used from one thread; the devices themselves from any.
 */
 class Unit
 {
 public:
     struct Options
     {
-        std::string engine;     ///< the engine's program
-        std::string program;    ///< the program that stands for every source program
+        std::string engine;  ///< the engine's program
+        std::string program; ///< the program that stands for every source program
         std::string logLibrary;
         std::string resources;
         bool keepFolder = false;
@@ -59,13 +59,13 @@ private:
 
 public:
     Journal journal;
-    Mcu mcu {journal};
-    VideoDecoder videoDecoder {journal};
-    GpioLines gpio {journal};
+    Mcu mcu { journal };
+    VideoDecoder videoDecoder { journal };
+    GpioLines gpio { journal };
     Bus bus;
-    Programs programs {journal};
-    LogFollower log {journal};
-    Engine engine {journal};
+    Programs programs { journal };
+    LogFollower log { journal };
+    Engine engine { journal };
 
 private:
     std::string makeFolder();

@@ -17,7 +17,7 @@ constexpr int mostFrames = 1000;
 
 Outcome failed(std::string error)
 {
-    return {Outcome::failed, std::move(error)};
+    return { Outcome::failed, std::move(error) };
 }
 
 Outcome usageOf(const char* command)
@@ -105,7 +105,7 @@ Outcome Console::mcuFault(const Words& words)
         return {};
     }
     const bool every = words.size() == 4 && what == "drop" && words[2] == "every";
-    const auto count = words.size() == 2 ? std::optional(1)
+    const auto count = words.size() == 2            ? std::optional(1)
                        : words.size() == 3 || every ? parseNumber(words.back(), 0, mostFrames)
                                                     : std::nullopt;
     if (!count)
@@ -249,8 +249,8 @@ Outcome Console::expect(const Words& words)
     const auto instead = expectations.wait(parsed.expectation, limit);
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
     if (!instead.empty())
-        return failed("not seen within " + std::to_string(limit.count()) + " ms: " + parsed.expectation.description + "\n" +
-                      instead);
+        return failed("not seen within " + std::to_string(limit.count()) + " ms: " + parsed.expectation.description +
+                      "\n" + instead);
     output << "  " << style.good("✓") << " " << parsed.expectation.description
            << style.dim("  " + std::to_string(took) + " ms") << "\n";
     return {};
@@ -286,7 +286,7 @@ Outcome Console::pause(const Words& words)
 
 Outcome Console::quit(const Words&)
 {
-    return {Outcome::leave};
+    return { Outcome::leave };
 }
 
 } // namespace Bench

@@ -27,8 +27,8 @@ Words nothing(const Words&)
 Words mcuWords(const Words& before)
 {
     if (before.size() == 1)
-        return {"source", "memory", "key", "send", "status", "power-off", "silent", "drop", "corrupt", "delay", "repeat",
-                "no-ack", "well"};
+        return { "source", "memory",  "key",   "send",   "status", "power-off", "silent",
+                 "drop",   "corrupt", "delay", "repeat", "no-ack", "well" };
     if (before.size() == 2 && (before[1] == "source" || before[1] == "memory"))
         return sourceNames();
     if (before.size() == 2 && before[1] == "key")
@@ -36,45 +36,45 @@ Words mcuWords(const Words& before)
     if (before.size() == 2 && before[1] == "send")
         return commandNames();
     if (before.size() == 2 && before[1] == "drop")
-        return {"every"};
+        return { "every" };
     return {};
 }
 
 Words programWords(const Words& before)
 {
     if (before.size() == 1)
-        return joinedLists({appNames(), pageNames()});
+        return joinedLists({ appNames(), pageNames() });
     if (before.size() == 2)
-        return {"show", "stop", "crash", "silent", "slow", "hang", "wake", "exit", "send"};
+        return { "show", "stop", "crash", "silent", "slow", "hang", "wake", "exit", "send" };
     if (before.size() == 3 && (before[2] == "show" || before[2] == "stop"))
         return pageNames();
     if (before.size() == 3 && (before[2] == "silent" || before[2] == "slow"))
-        return {"off"};
+        return { "off" };
     return {};
 }
 
 Words expectWords(const Words& before)
 {
     if (before.size() == 1)
-        return {"mcu", "page", "program", "log", "engine", "gpio", "no"};
+        return { "mcu", "page", "program", "log", "engine", "gpio", "no" };
     const auto& subject = before[1];
     if (before.size() == 2 && subject == "mcu")
-        return {"source", "agreed", "frame", "link", "ready-for-power-off"};
+        return { "source", "agreed", "frame", "link", "ready-for-power-off" };
     if (before.size() == 2 && subject == "page")
         return pageNames();
     if (before.size() == 2 && subject == "program")
         return appNames();
     if (before.size() == 2 && subject == "engine")
-        return {"started", "exit", "signal"};
+        return { "started", "exit", "signal" };
     if (before.size() == 3 && subject == "mcu" && before[2] == "source")
         return sourceNames();
     if (before.size() == 3 && subject == "mcu" && before[2] == "frame")
         return commandNames();
     if (before.size() == 3 && subject == "page")
-        return {"shown", "hidden", "covered", "confirmed", "in-front"};
+        return { "shown", "hidden", "covered", "confirmed", "in-front" };
     if (before.size() == 3 && subject == "program")
-        return {"running", "connected", "gone", "within"};
-    return {"within"};
+        return { "running", "connected", "gone", "within" };
+    return { "within" };
 }
 
 Words oneOf(const Words& before, Words words)
@@ -95,39 +95,53 @@ Words helpWords(const Words& before)
 std::span<const Console::Command> Console::commands()
 {
     static const Command table[] = {
-        {"mcu",
-         "mcu source NAME [N] | memory NAME [N] | key NAME|N [ORIGIN] | send COMMAND [BYTES] | status | power-off\n"
-         "mcu silent TIME | delay TIME | drop [N] | drop every N | corrupt [N] | repeat [N] | no-ack [N] | well",
-         "The microcontroller: ask for a source, press a key, send a frame; or let its link fail. 'well' ends all faults.",
-         &Console::mcu, mcuWords},
-        {"program", "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "
-                    "send WHAT [ARG1 [ARG2]]",
-         "A source program: let it ask for a page or give it back, send a message to the engine, or misbehave.",
-         &Console::program, programWords},
-        {"usb", "usb plug|unplug [1-8]", "USB storage comes and goes.", &Console::usb,
-         [](const Words& before) { return oneOf(before, {"plug", "unplug"}); }},
-        {"camera", "camera on|off", "The camera's picture signal.", &Console::camera,
-         [](const Words& before) { return oneOf(before, {"on", "off"}); }},
-        {"engine", "engine start|stop|restart|kill", "The engine's process.", &Console::engine,
-         [](const Words& before) { return oneOf(before, {"start", "stop", "restart", "kill"}); }},
-        {"state", "state", "What the bench knows: engine, source, agreement, heartbeat, last frames.", &Console::state, nothing},
-        {"pages", "pages", "Every page with its program, and which one is in front.", &Console::pages, nothing},
-        {"events", "events [N]", "What happened last, on all devices.", &Console::events, nothing},
-        {"gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio, nothing},
-        {"log", "log [tail [N]] | on | off", "The engine's log; 'on' adds its traffic dumps.", &Console::log,
-         [](const Words& before) { return oneOf(before, {"tail", "on", "off"}); }},
-        {"expect",
-         "expect mcu source NAME | agreed | frame NAME [BYTES] | link TEXT | ready-for-power-off [within TIME]\n"
-         "expect page NAME shown|hidden|covered|confirmed|in-front [within TIME]\n"
-         "expect program NAME running|connected|gone|TEXT [within TIME]\n"
-         "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]",
-         "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream has its own place: what met one expectation is behind.",
-         &Console::expect, expectWords},
-        {"mark", "mark", "From here on, expect looks only at what comes now.", &Console::mark, nothing},
-        {"say", "say TEXT", "A headline.", &Console::say, nothing},
-        {"pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing},
-        {"help", "help [COMMAND]", "This.", &Console::help, helpWords},
-        {"quit", "quit", "Ends the unit and leaves.", &Console::quit, nothing}};
+        { "mcu",
+          "mcu source NAME [N] | memory NAME [N] | key NAME|N [ORIGIN] | send COMMAND [BYTES] | status | power-off\n"
+          "mcu silent TIME | delay TIME | drop [N] | drop every N | corrupt [N] | repeat [N] | no-ack [N] | well",
+          "The microcontroller: ask for a source, press a key, send a frame; or let its link fail. 'well' ends all "
+          "faults.",
+          &Console::mcu, mcuWords },
+        { "program",
+          "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "
+          "send WHAT [ARG1 [ARG2]]",
+          "A source program: let it ask for a page or give it back, send a message to the engine, or misbehave.",
+          &Console::program, programWords },
+        { "usb", "usb plug|unplug [1-8]", "USB storage comes and goes.", &Console::usb,
+          [](const Words& before) {
+              return oneOf(before, { "plug", "unplug" });
+          } },
+        { "camera", "camera on|off", "The camera's picture signal.", &Console::camera,
+          [](const Words& before) {
+              return oneOf(before, { "on", "off" });
+          } },
+        { "engine", "engine start|stop|restart|kill", "The engine's process.", &Console::engine,
+          [](const Words& before) {
+              return oneOf(before, { "start", "stop", "restart", "kill" });
+          } },
+        { "state", "state", "What the bench knows: engine, source, agreement, heartbeat, last frames.", &Console::state,
+          nothing },
+        { "pages", "pages", "Every page with its program, and which one is in front.", &Console::pages, nothing },
+        { "events", "events [N]", "What happened last, on all devices.", &Console::events, nothing },
+        { "gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio,
+          nothing },
+        { "log", "log [tail [N]] | on | off", "The engine's log; 'on' adds its traffic dumps.", &Console::log,
+          [](const Words& before) {
+              return oneOf(before, { "tail", "on", "off" });
+          } },
+        { "expect",
+          "expect mcu source NAME | agreed | frame NAME [BYTES] | link TEXT | ready-for-power-off [within TIME]\n"
+          "expect page NAME shown|hidden|covered|confirmed|in-front [within TIME]\n"
+          "expect program NAME running|connected|gone|TEXT [within TIME]\n"
+          "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]",
+          "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "
+          "has its own place: what met one expectation is behind.",
+          &Console::expect, expectWords },
+        { "mark", "mark", "From here on, expect looks only at what comes now.", &Console::mark, nothing },
+        { "say", "say TEXT", "A headline.", &Console::say, nothing },
+        { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },
+        { "help", "help [COMMAND]", "This.", &Console::help, helpWords },
+        { "quit", "quit", "Ends the unit and leaves.", &Console::quit, nothing }
+    };
     return table;
 }
 
@@ -159,13 +173,13 @@ Outcome Console::run(const std::string& text)
 {
     const auto line = parseLine(text);
     if (!line.error.empty())
-        return {Outcome::failed, line.error};
+        return { Outcome::failed, line.error };
     if (line.words.empty())
         return {};
     for (const auto& command : commands())
         if (line.words[0] == command.name)
             return (this->*command.run)(line.words);
-    return {Outcome::failed, "there is no command '" + line.words[0] + "', see help"};
+    return { Outcome::failed, "there is no command '" + line.words[0] + "', see help" };
 }
 
 bool Console::runScript(std::istream& script, const std::string& name)
@@ -179,13 +193,14 @@ bool Console::runScript(std::istream& script, const std::string& name)
         if (!speaksForItself)
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();
-        const auto outcome = unit.journal.isInterrupted() ? Outcome {Outcome::failed, "interrupted"} : run(text);
+        const auto outcome = unit.journal.isInterrupted() ? Outcome { Outcome::failed, "interrupted" } : run(text);
         if (outcome.kind == Outcome::leave)
             return true;
         if (outcome.kind == Outcome::failed)
         {
             const auto end = outcome.error.find('\n');
-            output << "  " << style.bad("✗ " + name + ":" + std::to_string(number) + ": " + outcome.error.substr(0, end))
+            output << "  "
+                   << style.bad("✗ " + name + ":" + std::to_string(number) + ": " + outcome.error.substr(0, end))
                    << "\n";
             std::string rest = end == std::string::npos ? "" : "    " + outcome.error.substr(end + 1);
             for (std::size_t at = 0; (at = rest.find('\n', at)) != std::string::npos; at += 5)

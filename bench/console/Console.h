@@ -33,7 +33,8 @@ public:
     Console(Unit& unitToUse, Style styleToUse, std::ostream& outputToUse, bool somebodyWatches);
 
     Outcome run(const std::string& line);
-    /** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded. */
+    /** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded.
+     */
     bool runScript(std::istream& script, const std::string& name);
     /** One line: what the unit is doing. */
     std::string promptState() const;

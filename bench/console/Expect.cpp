@@ -13,7 +13,7 @@ namespace
 
 ParsedExpectation failed(std::string error)
 {
-    return {{}, std::move(error)};
+    return { {}, std::move(error) };
 }
 
 std::string joined(const Words& words)
@@ -34,25 +34,27 @@ bool meets(const Event& event, const Expectation& expectation)
 ParsedExpectation expectMcu(const Words& words)
 {
     if (words.size() == 2 && words[1] == "agreed")
-        return {{"mcu agreed", {}, false, false, {}}, {}};
+        return { { "mcu agreed", {}, false, false, {} }, {} };
     if (words.size() == 2 && words[1] == "ready-for-power-off")
-        return {{"mcu ready-for-power-off", {}, false, false, {}}, {}};
+        return { { "mcu ready-for-power-off", {}, false, false, {} }, {} };
     if (words.size() >= 3 && words[1] == "source")
     {
         const auto source = findSource(std::span(words).subspan(2));
         if (!source)
             return failed("there is no source '" + words[2] + "'");
-        return {{"mcu source", sourceName(*source), false, false, {}}, {}};
+        return { { "mcu source", sourceName(*source), false, false, {} }, {} };
     }
     if (words.size() >= 3 && words[1] == "frame")
     {
         const auto command = commandOfName(words[2]);
         if (command < 0)
             return failed("there is no frame '" + words[2] + "'");
-        return {{"frame " + unitCommandName(command), joined(Words(words.begin() + 3, words.end())), false, false, {}}, {}};
+        return {
+            { "frame " + unitCommandName(command), joined(Words(words.begin() + 3, words.end())), false, false, {} }, {}
+        };
     }
     if (words.size() >= 3 && words[1] == "link")
-        return {{"mcu link", joined(Words(words.begin() + 2, words.end())), true, false, {}}, {}};
+        return { { "mcu link", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
     return failed("expect mcu source NAME | agreed | frame NAME [BYTES] | link TEXT | ready-for-power-off");
 }
 
@@ -64,10 +66,10 @@ ParsedExpectation expectPage(const Words& words)
     if (page == Pubhead::NUM_OF_PAGES)
         return failed("there is no page '" + words[1] + "'");
     if (words[2] == "in-front")
-        return {{"front", Pubhead::pageName(page), false, true, {}}, {}};
-    for (const auto* change : {"shown", "hidden", "covered", "confirmed"})
+        return { { "front", Pubhead::pageName(page), false, true, {} }, {} };
+    for (const auto* change : { "shown", "hidden", "covered", "confirmed" })
         if (words[2] == change)
-            return {{std::string("page ") + Pubhead::pageName(page), change, false, false, {}}, {}};
+            return { { std::string("page ") + Pubhead::pageName(page), change, false, false, {} }, {} };
     return failed("a page is shown, hidden, covered, confirmed or in-front, not '" + words[2] + "'");
 }
 
@@ -80,7 +82,7 @@ ParsedExpectation expectProgram(const Words& words)
         return failed("there is no program '" + words[1] + "'");
     const auto text = joined(Words(words.begin() + 2, words.end()));
     const bool isWhole = text == "running" || text == "connected" || text == "gone";
-    return {{std::string("program ") + Pubhead::appTypeName(appType), text, !isWhole, false, {}}, {}};
+    return { { std::string("program ") + Pubhead::appTypeName(appType), text, !isWhole, false, {} }, {} };
 }
 
 } // namespace
@@ -96,13 +98,14 @@ ParsedExpectation parseExpectation(const Words& words)
     else if (subject == "program")
         parsed = expectProgram(words);
     else if (subject == "log" && words.size() == 2)
-        parsed = {{"log", words[1], true, false, {}}, {}};
+        parsed = { { "log", words[1], true, false, {} }, {} };
     else if (subject == "engine" && words.size() >= 2)
-        parsed = {{"engine", joined(Words(words.begin() + 1, words.end())), false, false, {}}, {}};
+        parsed = { { "engine", joined(Words(words.begin() + 1, words.end())), false, false, {} }, {} };
     else if (subject == "gpio" && words.size() == 3)
-        parsed = {{"gpio " + words[1], words[2], false, false, {}}, {}};
+        parsed = { { "gpio " + words[1], words[2], false, false, {} }, {} };
     else
-        parsed = failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL");
+        parsed =
+            failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL");
     parsed.expectation.description = joined(words);
     return parsed;
 }
@@ -129,8 +132,9 @@ std::string Expectations::wait(const Expectation& expectation, std::chrono::mill
     const auto deadline = Clock::now() + limit;
     const auto from = cursorOf(expectation.stream);
     if (expectation.isState)
-        return journal.waitForLatest(expectation.stream, expectation.text, deadline) ? ""
-                                                                                     : seenInstead(expectation, beginning);
+        return journal.waitForLatest(expectation.stream, expectation.text, deadline)
+                   ? ""
+                   : seenInstead(expectation, beginning);
     const auto met = journal.waitFor(from, deadline, [&](const Event& event) { return meets(event, expectation); });
     if (!met)
         return seenInstead(expectation, from);
@@ -154,7 +158,8 @@ std::string Expectations::seenInstead(const Expectation& expectation, std::uint6
     if (seen.empty())
     {
         text = "nothing on '" + expectation.stream + "'; the last on the others:";
-        seen = journal.find(from, shown, [](const Event& event) { return event.stream != "log" && event.stream != "i2c"; });
+        seen = journal.find(from, shown,
+                            [](const Event& event) { return event.stream != "log" && event.stream != "i2c"; });
     }
     for (const auto& event : seen)
         text += (text.empty() ? "" : "\n") + event.stream + " " + event.text;

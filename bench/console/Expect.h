@@ -43,8 +43,8 @@ public:
     /** From here on only what comes now counts, on every stream. */
     void forgetThePast();
 
-    static constexpr std::chrono::milliseconds defaultLimit {5000};
-    static constexpr std::chrono::milliseconds defaultAbsence {1000};
+    static constexpr std::chrono::milliseconds defaultLimit { 5000 };
+    static constexpr std::chrono::milliseconds defaultAbsence { 1000 };
 
 private:
     const Journal& journal;

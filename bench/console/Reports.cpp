@@ -28,7 +28,8 @@ std::string deviceStatusText(const Bytes& status)
     if (status.size() < 2)
         return hex(status);
     std::string present;
-    const auto add = [&](bool isThere, const char* name) {
+    const auto add = [&](bool isThere, const char* name)
+    {
         if (isThere)
             present += (present.empty() ? "" : ", ") + std::string(name);
     };
@@ -44,8 +45,8 @@ std::string deviceStatusText(const Bytes& status)
 
 void Console::row(const std::string& label, const std::string& value) const
 {
-    output << "  " << style.dim(label + std::string(std::max(1, labelWidth - static_cast<int>(label.size())), ' ')) << value
-           << "\n";
+    output << "  " << style.dim(label + std::string(std::max(1, labelWidth - static_cast<int>(label.size())), ' '))
+           << value << "\n";
 }
 
 std::string Console::promptState() const
@@ -54,7 +55,7 @@ std::string Console::promptState() const
     const auto front = unit.programs.pageInFront();
     const auto running = unit.programs.running().size();
     const auto source = mcu.source ? sourceName(*mcu.source) : std::string("no source");
-    auto text = mcu.silent ? style.warning("mcu silent")
+    auto text = mcu.silent   ? style.warning("mcu silent")
                 : mcu.agreed ? style.good(source)
                              : style.warning(mcu.wanted ? source + " → " + sourceName(*mcu.wanted) : source);
     text += style.dim(" · ") + (front == NUM_OF_PAGES ? style.dim("no page") : style.bold(pageName(front)));
@@ -69,7 +70,8 @@ Outcome Console::state(const Words&)
     row("engine", unit.engine.isRunning() ? style.good("runs") + style.dim("  pid " + std::to_string(unit.engine.pid()))
                                           : style.bad("off"));
     const auto front = unit.programs.pageInFront();
-    row("in front", front == NUM_OF_PAGES ? "no page" : std::string(pageInfo(front)->title) + style.dim("  ") + pageName(front));
+    row("in front",
+        front == NUM_OF_PAGES ? "no page" : std::string(pageInfo(front)->title) + style.dim("  ") + pageName(front));
     std::string usb;
     for (int number = 1; number <= Unit::usbCount; ++number)
         if (unit.isUsbPlugged(number))
@@ -105,11 +107,11 @@ Outcome Console::pages(const Words&)
 {
     const auto running = unit.programs.running();
     const auto front = unit.programs.pageInFront();
-    const auto cell = [](const std::string& text, std::size_t width) {
-        return text.size() < width ? text + std::string(width - text.size(), ' ') : text;
-    };
+    const auto cell = [](const std::string& text, std::size_t width)
+    { return text.size() < width ? text + std::string(width - text.size(), ' ') : text; };
     constexpr std::size_t page = 14, title = 18, program = 14, pid = 9;
-    output << style.dim("  " + cell("page", page) + cell("", title) + cell("program", program) + cell("pid", pid) + "state")
+    output << style.dim("  " + cell("page", page) + cell("", title) + cell("program", program) + cell("pid", pid) +
+                        "state")
            << "\n";
     for (const auto& info : allPages())
     {
@@ -135,7 +137,7 @@ Outcome Console::gpio(const Words& words)
         const auto line = parseNumber(words[1], 0, highestLine);
         const auto level = parseNumber(words[2], 0, 1);
         if (!line || !level)
-            return {Outcome::failed, "gpio LINE 0|1"};
+            return { Outcome::failed, "gpio LINE 0|1" };
         unit.gpio.drive(static_cast<std::uint32_t>(*line), static_cast<std::uint32_t>(*level));
         return {};
     }
@@ -143,8 +145,9 @@ Outcome Console::gpio(const Words& words)
     if (lines.empty())
         output << style.dim("  The unit has touched no line yet.") << "\n";
     for (const auto& [number, line] : lines)
-        row("line " + std::to_string(number), "level " + std::to_string(line.level) + style.dim("  function " +
-                std::to_string(line.function) + ", written " + std::to_string(line.writes) + " times"));
+        row("line " + std::to_string(number), "level " + std::to_string(line.level) +
+                                                  style.dim("  function " + std::to_string(line.function) +
+                                                            ", written " + std::to_string(line.writes) + " times"));
     return {};
 }
 
@@ -154,12 +157,14 @@ Outcome Console::events(const Words& words)
     constexpr int mostEvents = 10'000;
     const auto count = words.size() == 2 ? parseNumber(words[1], 1, mostEvents) : std::optional(defaultCount);
     if (words.size() > 2 || !count)
-        return {Outcome::failed, "events [N]"};
-    const auto shown = unit.journal.find(0, static_cast<std::size_t>(*count),
-                                         [](const Event& event) { return event.stream != "log" && event.stream != "i2c"; });
+        return { Outcome::failed, "events [N]" };
+    const auto shown =
+        unit.journal.find(0, static_cast<std::size_t>(*count),
+                          [](const Event& event) { return event.stream != "log" && event.stream != "i2c"; });
     const auto now = Clock::now();
     for (const auto& event : shown)
-        output << style.dim("  -" + secondsText(std::chrono::duration_cast<std::chrono::milliseconds>(now - event.at)) + "  ")
+        output << style.dim("  -" + secondsText(std::chrono::duration_cast<std::chrono::milliseconds>(now - event.at)) +
+                            "  ")
                << style.accent(event.stream) << " " << event.text << "\n";
     return {};
 }
@@ -176,7 +181,8 @@ Outcome Console::help(const Words& words)
         output << "      " << command.help << "\n";
     }
     if (words.size() == 1)
-        output << style.dim("  Names are the system's (mbEQ, AppRadio) or short (eq, radio, fm, aux). Tab completes.") << "\n";
+        output << style.dim("  Names are the system's (mbEQ, AppRadio) or short (eq, radio, fm, aux). Tab completes.")
+               << "\n";
     return {};
 }
 

@@ -12,7 +12,8 @@ Line parseLine(const std::string& text)
     std::string word;
     bool inWord = false;
     bool inQuotes = false;
-    const auto finish = [&] {
+    const auto finish = [&]
+    {
         if (inWord)
             line.words.push_back(std::exchange(word, {}));
         inWord = false;
@@ -43,7 +44,7 @@ Line parseLine(const std::string& text)
     }
     finish();
     if (inQuotes)
-        return {{}, "the quotes are not closed"};
+        return { {}, "the quotes are not closed" };
     return line;
 }
 

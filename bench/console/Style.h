@@ -11,7 +11,10 @@ class Style
 public:
     /** For standard output. */
     static Style forOutput();
-    explicit Style(bool useColour) : colour(useColour) {}
+    explicit Style(bool useColour)
+        : colour(useColour)
+    {
+    }
 
     std::string bold(const std::string& text) const { return wrapped("1", text); }
     std::string dim(const std::string& text) const { return wrapped("2", text); }

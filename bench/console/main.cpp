@@ -27,11 +27,13 @@ public:
     explicit Interruption(Journal& journal)
     {
         // The signals are blocked before any thread starts, so that this thread alone gets them.
-        thread = std::thread([this, &journal] {
-            int number = 0;
-            while (::sigwait(&signals(), &number) == 0 && !ending)
-                journal.interrupt();
-        });
+        thread = std::thread(
+            [this, &journal]
+            {
+                int number = 0;
+                while (::sigwait(&signals(), &number) == 0 && !ending)
+                    journal.interrupt();
+            });
     }
 
     ~Interruption()
@@ -44,15 +46,16 @@ public:
     static void block() { ::pthread_sigmask(SIG_BLOCK, &signals(), nullptr); }
 
 private:
-    std::atomic<bool> ending {false};
+    std::atomic<bool> ending { false };
     std::thread thread;
 
     static const sigset_t& signals()
     {
-        static const sigset_t set = [] {
+        static const sigset_t set = []
+        {
             sigset_t made;
             ::sigemptyset(&made);
-            for (const auto number : {SIGINT, SIGTERM, SIGHUP})
+            for (const auto number : { SIGINT, SIGTERM, SIGHUP })
                 ::sigaddset(&made, number);
             return made;
         }();
@@ -111,7 +114,8 @@ void converse(Console& console, const Style& style, const Journal& journal)
     // With the signals blocked, readline would not leave on one: it looks here ten times a second while nobody types.
     static const Journal* watchedJournal = nullptr;
     watchedJournal = &journal;
-    rl_event_hook = [] {
+    rl_event_hook = []
+    {
         if (watchedJournal->isInterrupted())
             rl_done = 1;
         return 0;
@@ -150,15 +154,17 @@ int main(int argc, char** argv)
     auto options = Unit::Options::besideThisProgram();
     std::string script;
     bool tour = false, console = false, noDisplay = false, noEngine = false;
-    CLI::App app {"A head unit on the bench: the engine with every device and program around it, simulated."};
-    app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")->check(CLI::ExistingFile);
+    CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
+    app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
+        ->check(CLI::ExistingFile);
     app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
     app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
     app.add_flag("--keep", options.keepFolder, "Keep the unit's folder (configuration, settings, log)");
     app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there");
     app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
     app.add_option("--engine", options.engine, "The engine's program")->capture_default_str();
-    app.add_option("--program", options.program, "The program that stands for every source program")->capture_default_str();
+    app.add_option("--program", options.program, "The program that stands for every source program")
+        ->capture_default_str();
     app.add_option("--log-library", options.logLibrary, "The log library that the engine loads")->capture_default_str();
     app.add_option("--resources", options.resources, "The engine's resource folder")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
@@ -197,16 +203,17 @@ int main(int argc, char** argv)
         const auto succeeded = commands.runScript(file, name);
         status = succeeded ? 0 : 1;
         std::cout << "\n" << (succeeded ? style.good("✓ " + name + " passed.") : style.bad("✗ " + name + " failed."));
-        std::cout << style.dim(succeeded         ? "  Drive it yourself: headunit-bench, then help."
+        std::cout << style.dim(succeeded            ? "  Drive it yourself: headunit-bench, then help."
                                : options.keepFolder ? "  The engine's log: " + unit.logFile()
                                                     : "  Run it again with --keep for the engine's log.")
                   << std::endl;
     }
     else if (atTerminal)
     {
-        std::cout << style.dim("Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.") << "\n";
+        std::cout << style.dim("Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.")
+                  << "\n";
         // The first prompt tells of a unit that has come up, when it does so at once.
-        constexpr std::chrono::seconds usualStart {3};
+        constexpr std::chrono::seconds usualStart { 3 };
         if (!noEngine)
             unit.journal.waitFor(0, Clock::now() + usualStart, isIn("mcu agreed"));
         converse(commands, style, unit.journal);

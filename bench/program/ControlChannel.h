@@ -29,7 +29,7 @@ public:
 
 private:
     int descriptor = -1;
-    std::atomic<bool> closing {false};
+    std::atomic<bool> closing { false };
     std::thread thread;
 
     void run(const Order& onOrder, const Lost& onLost) const;

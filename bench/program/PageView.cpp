@@ -16,8 +16,8 @@ constexpr int topBarHeight = 60;
 constexpr int buttonHeight = 64;
 constexpr int buttonGap = 12;
 constexpr int menuColumns = 4;
-constexpr int menuPages[] = {mbFM,      mbAM,      mbWB,     mbSirius, mbUSBAudio, mbiPodAudio,
-                             mbBTAudio, mbAuxin2,  mbBTPhone, mbCamera, mbEQ,      mbSetup};
+constexpr int menuPages[] = { mbFM,      mbAM,     mbWB,      mbSirius, mbUSBAudio, mbiPodAudio,
+                              mbBTAudio, mbAuxin2, mbBTPhone, mbCamera, mbEQ,       mbSetup };
 constexpr int dayBegins = 7;
 constexpr int nightBegins = 19;
 constexpr int clockCheckMs = 1000;
@@ -121,7 +121,8 @@ void PageView::layOut()
 {
     tiles.clear();
     buttons.clear();
-    auto area = juce::Rectangle<int>(width, height).reduced(margin, 0).withTrimmedTop(topBarHeight).withTrimmedBottom(24);
+    auto area =
+        juce::Rectangle<int>(width, height).reduced(margin, 0).withTrimmedTop(topBarHeight).withTrimmedBottom(24);
     if (shownPage == mbMainMenu)
     {
         const int count = static_cast<int>(std::size(menuPages));
@@ -129,23 +130,23 @@ void PageView::layOut()
         const int tileWidth = (area.getWidth() - (menuColumns - 1) * buttonGap) / menuColumns;
         const int tileHeight = (area.getHeight() - (rows - 1) * buttonGap) / rows;
         for (int i = 0; i < count; ++i)
-            tiles.push_back({{area.getX() + (i % menuColumns) * (tileWidth + buttonGap),
-                              area.getY() + (i / menuColumns) * (tileHeight + buttonGap), tileWidth, tileHeight},
-                             menuPages[i],
-                             false,
-                             Bench::pageInfo(menuPages[i])->title});
+            tiles.push_back({ { area.getX() + (i % menuColumns) * (tileWidth + buttonGap),
+                                area.getY() + (i / menuColumns) * (tileHeight + buttonGap), tileWidth, tileHeight },
+                              menuPages[i],
+                              false,
+                              Bench::pageInfo(menuPages[i])->title });
         return;
     }
     if (shownPage == mbAntitheft)
         return;
     auto row = area.removeFromBottom(buttonHeight);
-    std::vector<Touch> wanted {{{}, mbMainMenu, false, "Menu"}};
+    std::vector<Touch> wanted { { {}, mbMainMenu, false, "Menu" } };
     if (shownPage == mbEQ || shownPage == mbSetup || shownPage == mbCamera || shownPage == mbBTPhone)
-        wanted.push_back({{}, shownPage, true, "Close"});
+        wanted.push_back({ {}, shownPage, true, "Close" });
     else
-        wanted.push_back({{}, mbEQ, false, "Equaliser"});
+        wanted.push_back({ {}, mbEQ, false, "Equaliser" });
     if (isSource(shownPage))
-        wanted.push_back({{}, mbAVOff, true, "Off"});
+        wanted.push_back({ {}, mbAVOff, true, "Off" });
     const int count = static_cast<int>(wanted.size());
     const int buttonWidth = (row.getWidth() - (count - 1) * buttonGap) / count;
     for (auto& button : wanted)
@@ -158,7 +159,7 @@ void PageView::layOut()
 
 void PageView::mouseUp(const juce::MouseEvent& event)
 {
-    for (const auto* list : {&tiles, &buttons})
+    for (const auto* list : { &tiles, &buttons })
         for (const auto& touch : *list)
             if (touch.area.contains(event.getPosition()))
             {
@@ -227,15 +228,19 @@ void PageView::paintPage(juce::Graphics& g) const
     const auto* info = Bench::pageInfo(shownPage);
     const auto colour = pageColour(shownPage);
     constexpr float plate = 176.0f;
-    const auto area = juce::Rectangle<int>(width, height).reduced(margin, 0).withTrimmedTop(topBarHeight)
+    const auto area = juce::Rectangle<int>(width, height)
+                          .reduced(margin, 0)
+                          .withTrimmedTop(topBarHeight)
                           .withTrimmedBottom(buttonHeight + 24);
     const auto icon = juce::Rectangle<float>(static_cast<float>(margin) + 16.0f,
                                              static_cast<float>(area.getCentreY()) - plate / 2.0f, plate, plate);
-    g.setGradientFill(juce::ColourGradient::vertical(colour.brighter(0.12f), icon.getY(), colour.darker(0.35f), icon.getBottom()));
+    g.setGradientFill(
+        juce::ColourGradient::vertical(colour.brighter(0.12f), icon.getY(), colour.darker(0.35f), icon.getBottom()));
     g.fillRoundedRectangle(icon, 28.0f);
     drawPageIcon(g, shownPage, icon.reduced(42.0f), juce::Colours::white);
 
-    auto text = area.withTrimmedLeft(static_cast<int>(plate) + 56).withSizeKeepingCentre(area.getWidth() - static_cast<int>(plate) - 56, 124);
+    auto text = area.withTrimmedLeft(static_cast<int>(plate) + 56)
+                    .withSizeKeepingCentre(area.getWidth() - static_cast<int>(plate) - 56, 124);
     text.setLeft(static_cast<int>(icon.getRight()) + 40);
     g.setColour(ink(0.95f));
     g.setFont(font(46.0f, true));
@@ -246,7 +251,8 @@ void PageView::paintPage(juce::Graphics& g) const
     g.drawText(statusOf(shownPage, source), text.removeFromTop(36), juce::Justification::centredLeft);
     g.setColour(ink(0.38f));
     g.setFont(font(15.0f));
-    g.drawText(juce::String(pageName(shownPage)) + "   " + getName(), text.removeFromTop(28), juce::Justification::centredLeft);
+    g.drawText(juce::String(pageName(shownPage)) + "   " + getName(), text.removeFromTop(28),
+               juce::Justification::centredLeft);
 }
 
 void PageView::paintButtons(juce::Graphics& g) const

@@ -63,7 +63,7 @@ void SourceProgram::start(const juce::String& commandLine, const std::string& co
     control.open(
         controlPath, [this](const nlohmann::json& order) { later([this, order] { onOrder(order); }); },
         [this] { later([this] { quit(); }); });
-    control.report({{"event", "hello"}, {"app", appType}, {"commandLine", commandLine.toStdString()}});
+    control.report({ { "event", "hello" }, { "app", appType }, { "commandLine", commandLine.toStdString() } });
     IPCMsg::MessageHelper::config(appType, IPCMsg::MessageHelper::getDestName);
     startTimer(engineAwayLimitMs);
     firstCommandLine = commandLine;
@@ -73,18 +73,22 @@ void SourceProgram::start(const juce::String& commandLine, const std::string& co
 
 void SourceProgram::later(std::function<void()> what)
 {
-    juce::MessageManager::callAsync([watched = std::weak_ptr<const bool>(alive), what = std::move(what)] {
-        if (!watched.expired())
-            what();
-    });
+    juce::MessageManager::callAsync(
+        [watched = std::weak_ptr<const bool>(alive), what = std::move(what)]
+        {
+            if (!watched.expired())
+                what();
+        });
 }
 
 void SourceProgram::onRemoteMessage(RemoteMessage::Ptr message)
 {
-    later([this, message] {
-        handle(*message);
-        RemoteMessage::recycle(message);
-    });
+    later(
+        [this, message]
+        {
+            handle(*message);
+            RemoteMessage::recycle(message);
+        });
 }
 
 void SourceProgram::onWindowMessage(juce::int32, juce::int32, juce::int32)
@@ -171,12 +175,14 @@ void SourceProgram::handle(const RemoteMessage& message)
         report("key", juce::String(message.arg1) + " " + juce::String(message.arg2));
         break;
     case RMSG_SXM_FAVOURITE:
-        report("message", juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
+        report("message",
+               juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
         if (appType == AppSirius && message.arg1 == preparePowerOff)
             answer(RMSG_SXM_EVENT, readyForPowerOff);
         break;
     default:
-        report("message", juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
+        report("message",
+               juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
         break;
     }
 }
@@ -236,7 +242,7 @@ void SourceProgram::onOrder(const nlohmann::json& order)
         std::raise(SIGSTOP);
     else if (name == "crash")
     {
-        const rlimit noDump {0, 0};
+        const rlimit noDump { 0, 0 };
         ::setrlimit(RLIMIT_CORE, &noDump);
         std::signal(SIGSEGV, SIG_DFL);
         std::raise(SIGSEGV);
@@ -263,7 +269,8 @@ void SourceProgram::answer(int what, int arg1, int arg2)
 {
     if (silent)
         return;
-    const auto post = [what, arg1, arg2] {
+    const auto post = [what, arg1, arg2]
+    {
         const auto message = RemoteMessage::obtain();
         message->what = what;
         message->arg1 = arg1;
@@ -277,7 +284,7 @@ void SourceProgram::answer(int what, int arg1, int arg2)
 
 void SourceProgram::report(const char* event, const juce::String& detail)
 {
-    nlohmann::json message {{"event", event}};
+    nlohmann::json message { { "event", event } };
     if (detail.isNotEmpty())
         message["detail"] = detail.toStdString();
     control.report(message);
@@ -285,7 +292,7 @@ void SourceProgram::report(const char* event, const juce::String& detail)
 
 void SourceProgram::reportPage(const char* event, int page)
 {
-    control.report({{"event", event}, {"page", page}});
+    control.report({ { "event", event }, { "page", page } });
 }
 
 void SourceProgram::quit()

@@ -23,8 +23,8 @@ public:
 
 /**
     A source program as the engine sees it: says hello, asks for its pages, shows and hides them when told, answers the
-    heartbeat, confirms, and quits when its source is stopped or the engine stays away. On the bench's order it misbehaves.
-    Everything is done on the message thread; the channels' threads only hand over.
+    heartbeat, confirms, and quits when its source is stopped or the engine stays away. On the bench's order it
+   misbehaves. Everything is done on the message thread; the channels' threads only hand over.
 */
 class SourceProgram : private Platform::IMsgProc, private juce::Timer
 {

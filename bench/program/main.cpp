@@ -52,7 +52,8 @@ public:
     {
         const bool draws =
             environmentValue("HEADUNIT_BENCH_DISPLAY") != "none" && !juce::Desktop::getInstance().isHeadless();
-        view = std::make_unique<BenchProgram::PageView>(Platform::IPCMsg::MessageHelper::getDestName(start.appType), draws);
+        view = std::make_unique<BenchProgram::PageView>(Platform::IPCMsg::MessageHelper::getDestName(start.appType),
+                                                        draws);
         program = std::make_unique<BenchProgram::SourceProgram>(start.appType, *view);
         view->chosen = [this](int page) { program->choosePage(page); };
         view->left = [this](int page) { program->leavePage(page); };
@@ -83,7 +84,7 @@ int main(int argc, char** argv)
     const std::string startedAs = argv[0];
     std::string name = std::filesystem::path(startedAs).filename().string();
     std::string page;
-    CLI::App app {"Stands for a source program of the unit."};
+    CLI::App app { "Stands for a source program of the unit." };
     app.add_option("--app", name, "Which program to be (AppRadio ...); the name that it is started by otherwise");
     app.add_option("--command-line", start.commandLine, "What the engine starts it for, as JSON");
     app.add_option("--page", page, "Show this page at once, without a unit, to look at it");

@@ -20,7 +20,11 @@ public:
     /** The page in front has changed: the bar takes that page's images. */
     virtual void updateImages(int frontPage) = 0;
 };
-class FavoriteBar : public BarMessages {};
-class LowBatteryBar : public BarMessages {};
+class FavoriteBar : public BarMessages
+{
+};
+class LowBatteryBar : public BarMessages
+{
+};
 
 } // namespace EngineApi

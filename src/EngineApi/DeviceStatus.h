@@ -4,8 +4,7 @@
 namespace EngineApi
 {
 
-enum DeviceKind : int
-{
+enum DeviceKind : int {
     usbStorage = 0,
     iPodConnected = 1,
     bluetoothConnected = 2,

@@ -7,14 +7,13 @@ namespace EngineApi
 {
 
 /** Command codes, one space for both directions. */
-enum HostCommand : int
-{
+enum HostCommand : int {
     EVENT_UNKNOWN = 0,
     EVENT_GET_LAST_MEMORY = 1,
     EVENT_SRC_SWITCH = 2,
     EVENT_SRC_SWITCH_REPORT = 3,
-    EVENT_DEVICE_STATUS = 4, ///< from the MCU: EVENT_GET_DEVICE_STATUS
-    EVENT_KEY = 5,           ///< from the MCU: IND_KEY
+    EVENT_DEVICE_STATUS = 4,   ///< from the MCU: EVENT_GET_DEVICE_STATUS
+    EVENT_KEY = 5,             ///< from the MCU: IND_KEY
     EVENT_POWER_OFF_READY = 6, ///< from the MCU: EVENT_POWER_OFF
     EVENT_DATA_SEND_CAN = 7,
     EVENT_MCU_UPDATE_CTRL = 8,

@@ -10,8 +10,7 @@ namespace EngineApi
 {
 
 /** Connection states of a program; the names are "kDisconnect" ... */
-enum ProgramState : int
-{
+enum ProgramState : int {
     kDisconnect = 0, ///< no process known
     kStarting = 1,   ///< process created, no hello yet
     kConnected = 2,  ///< said hello, or ran already

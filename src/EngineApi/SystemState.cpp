@@ -10,7 +10,7 @@ namespace EngineApi
 namespace
 {
 
-constexpr std::array stateNames { "kBooting", "kAntitheft", "kLocked", "kNormalRun",
+constexpr std::array stateNames { "kBooting", "kAntitheft",     "kLocked",  "kNormalRun",
                                   "kISRMode", "kDummyPowerOff", "kPowerOff" };
 constexpr std::array subStateNames { "kIdle", "kSchedule", "kSwitch", "kRecovery" };
 

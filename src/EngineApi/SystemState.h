@@ -4,9 +4,14 @@
 namespace EngineApi
 {
 
-enum SystemStateId : int
-{
-    kBooting = 0, kAntitheft = 1, kLocked = 2, kNormalRun = 3, kISRMode = 4, kDummyPowerOff = 5, kPowerOff = 6
+enum SystemStateId : int {
+    kBooting = 0,
+    kAntitheft = 1,
+    kLocked = 2,
+    kNormalRun = 3,
+    kISRMode = 4,
+    kDummyPowerOff = 5,
+    kPowerOff = 6
 };
 
 enum SystemSubState : int { kIdle = 0, kSchedule = 1, kSwitch = 2, kRecovery = 3 };

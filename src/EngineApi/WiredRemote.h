@@ -14,7 +14,7 @@ public:
     virtual bool showText(int row, int column, const juce::String& text, bool temporary) = 0;
     virtual void clearRow(int row) = 0;
     virtual void clearDisplay(bool forgetStored) = 0;
-    virtual void setDimmer(int level) = 0; ///< 0 to 15
+    virtual void setDimmer(int level) = 0;           ///< 0 to 15
     virtual void restoreAfter(int milliseconds) = 0; ///< below 1 cancels
     virtual bool isRestorePending() = 0;
     virtual bool restore() = 0;

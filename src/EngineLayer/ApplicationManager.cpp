@@ -175,7 +175,8 @@ void ApplicationManager::refreshSnapshot()
         const auto line = [](const char* label, int page)
         { return juce::String(label) + ": " + Pubhead::pageName(page); };
         logLines({ line("NormalSrc", fresh.normalSource), line("FirstBackSrc", fresh.firstBackSource),
-                   line("LastBack", fresh.lastBack), line("FrontShow", fresh.frontShow), line("Playing", fresh.playing) },
+                   line("LastBack", fresh.lastBack), line("FrontShow", fresh.frontShow),
+                   line("Playing", fresh.playing) },
                  __LINE__);
     }
     const std::lock_guard guard(lock);
@@ -193,7 +194,8 @@ void ApplicationManager::postSwitchUpdate()
     if (state.normalSourceChanged && state.lastNormalSource != getSnapshot().normalSource)
         announceNormalSource(state.lastNormalSource);
     else if (state.rearChanged)
-        EngineApi::sendRemoteMessage(Pubhead::AppMainMenu, EngineApi::RMSG_MAINMENU_NOTIFY, menuSourceNotice, state.rearPage);
+        EngineApi::sendRemoteMessage(Pubhead::AppMainMenu, EngineApi::RMSG_MAINMENU_NOTIFY, menuSourceNotice,
+                                     state.rearPage);
 }
 
 void ApplicationManager::announceNormalSource(int page) const

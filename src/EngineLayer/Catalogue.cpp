@@ -10,18 +10,17 @@ namespace
 
 using namespace Pubhead;
 
-constexpr std::array sourceNames {
-    "SRC_TUNER", "SRC_DISC", "SRC_CDC", "SRC_MISC", "SRC_NAVI", "SRC_AUX_REAR", "SRC_DVBT", "SRC_SD", "SRC_SAT_XM",
-    "SRC_IPOD", "SRC_USB", "SRC_CAMERA", "SRC_AUX_FRONT", "SRC_BT_AUDIO", "SRC_SAT_SIRIUS", "SRC_HDRADIO",
-    "SRC_INTERNET", "SRC_AV_OFF", "SRC_TUNER_ISR", "SRC_HDRADIO_ISR", "SRC_BT_PHONE", "SRC_PANDORA", "SRC_HDMI",
-    "SRC_WIFI", "NUM_OF_SOURCES"
-};
+constexpr std::array sourceNames { "SRC_TUNER",    "SRC_DISC",     "SRC_CDC",       "SRC_MISC",      "SRC_NAVI",
+                                   "SRC_AUX_REAR", "SRC_DVBT",     "SRC_SD",        "SRC_SAT_XM",    "SRC_IPOD",
+                                   "SRC_USB",      "SRC_CAMERA",   "SRC_AUX_FRONT", "SRC_BT_AUDIO",  "SRC_SAT_SIRIUS",
+                                   "SRC_HDRADIO",  "SRC_INTERNET", "SRC_AV_OFF",    "SRC_TUNER_ISR", "SRC_HDRADIO_ISR",
+                                   "SRC_BT_PHONE", "SRC_PANDORA",  "SRC_HDMI",      "SRC_WIFI",      "NUM_OF_SOURCES" };
 static_assert(sourceNames.size() == NUM_OF_SOURCES + 1);
 
 constexpr std::array audioChannelNames {
-    "eAudioTuner", "eAudioWince", "eAudioDisc", "eAudioAux1", "eAudioAux2", "eAudioDVBT", "eAudioSirius", "eAudioXM",
-    "eAudioHDRadio", "eAudioBT", "eAudioTunerISR", "eAudioAVOff", "eAudioDAB", "eAudioHDMI", "eAudioWifi",
-    "eAudioTelematics", "eAudioBTAudio", "eAudioFM", "eAudioAM", "eAudioWB", "eAudioPandora"
+    "eAudioTuner", "eAudioWince",      "eAudioDisc",    "eAudioAux1",     "eAudioAux2",  "eAudioDVBT", "eAudioSirius",
+    "eAudioXM",    "eAudioHDRadio",    "eAudioBT",      "eAudioTunerISR", "eAudioAVOff", "eAudioDAB",  "eAudioHDMI",
+    "eAudioWifi",  "eAudioTelematics", "eAudioBTAudio", "eAudioFM",       "eAudioAM",    "eAudioWB",   "eAudioPandora"
 };
 static_assert(audioChannelNames.size() == noAudioChannel);
 

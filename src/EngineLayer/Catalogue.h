@@ -38,8 +38,7 @@ enum VideoChannel : std::int32_t
 // clang-format on
 
 /** What a request asks of a page. */
-enum class AppAction : std::int32_t
-{
+enum class AppAction : std::int32_t {
     None,
     ToRun,  ///< bring the page to the front and make it play
     ToPlay, ///< play without raising it
@@ -49,8 +48,7 @@ enum class AppAction : std::int32_t
 };
 
 /** What one order asks of one page. */
-enum class SwitchType : std::int32_t
-{
+enum class SwitchType : std::int32_t {
     Unknown,
     ToRun,         ///< enter the running set
     ToStop,        ///< leave it

@@ -3,8 +3,8 @@
 #include "EngineLayer/ScheduleRecords.h"
 
 /**
-    Who gives way when `page`, the one that is being decided, wants what `other` has. A rule changes the one state of the
-    two records that it is named after.
+    Who gives way when `page`, the one that is being decided, wants what `other` has. A rule changes the one state of
+   the two records that it is named after.
 */
 namespace EngineLayer
 {

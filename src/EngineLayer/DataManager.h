@@ -10,8 +10,8 @@ namespace EngineLayer
 {
 
 /**
-    The engine's door to the settings store: reads and writes through, tells the listeners later, on its own thread, what
-    the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
+    The engine's door to the settings store: reads and writes through, tells the listeners later, on its own thread,
+   what the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
 */
 class DataManager : public Kernel::ComponentTask, public Kernel::Singleton<DataManager>
 {

@@ -24,8 +24,7 @@ struct RequestInfo
 };
 
 /** Status of MSG_SCHEDULE_RESULT. */
-enum ScheduleStatus : std::int32_t
-{
+enum ScheduleStatus : std::int32_t {
     scheduleDone = 1,    ///< carried out completely
     scheduleRefused = 2, ///< refused, or nothing to do
     scheduleQueued = 3,  ///< waits behind another request

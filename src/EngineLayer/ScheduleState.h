@@ -11,15 +11,16 @@ namespace EngineLayer
 struct ScheduleInput
 {
     RequestInfo request;
-    /** Every registered page as its handler describes it now, adjusted by the handler. The scheduler works on copies. */
+    /** Every registered page as its handler describes it now, adjusted by the handler. The scheduler works on copies.
+     */
     std::map<int, ScheduleInfo::Ptr> pages;
-    std::vector<int> runningPages;          ///< front pages that run, in the order of the running list
-    int rearPage = Pubhead::NUM_OF_PAGES;   ///< the rear page that runs; mbRearOff or NUM_OF_PAGES when none does
-    int frontShow = Pubhead::NUM_OF_PAGES;  ///< the manager's front page at the start of this schedule
+    std::vector<int> runningPages;            ///< front pages that run, in the order of the running list
+    int rearPage = Pubhead::NUM_OF_PAGES;     ///< the rear page that runs; mbRearOff or NUM_OF_PAGES when none does
+    int frontShow = Pubhead::NUM_OF_PAGES;    ///< the manager's front page at the start of this schedule
     int normalSource = Pubhead::NUM_OF_PAGES; ///< the manager's normal source at the start of this schedule
-    bool deviceFlag = false;                ///< flag of the command lines that show a page or enter a source
-    bool bluetoothSetting = true;           ///< setting 7 is not 0
-    bool pandoraSetting = true;             ///< setting 9 is not 0
+    bool deviceFlag = false;                  ///< flag of the command lines that show a page or enter a source
+    bool bluetoothSetting = true;             ///< setting 7 is not 0
+    bool pandoraSetting = true;               ///< setting 9 is not 0
     int defaultSource = Pubhead::mbAVOff;
 
     /** The page's record, or null for a page that nobody registered. */
@@ -39,7 +40,7 @@ struct ScheduleState
 
     List nextFront;    ///< the front pages as they will be
     List currentFront; ///< the front pages as they are
-    List showStack;    ///< the pages that compete for the screen, top first; shares its records with nextFront, nextRear
+    List showStack; ///< the pages that compete for the screen, top first; shares its records with nextFront, nextRear
     ScheduleInfo::Ptr nextRear, currentRear; ///< the page of the rear zone, or null
     ScheduleInfo::Ptr request;               ///< the requested page; null when nobody registered it
 

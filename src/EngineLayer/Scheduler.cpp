@@ -82,12 +82,12 @@ bool Scheduler::showAllowed(const ScheduleInput& input)
         return !raisesSource && !(raises(action) && page == mbBTPhone);
     // The setup screen stays while the user switches off what plays.
     if (input.frontShow == mbSetup && handler != nullptr)
-        return !(input.normalSource == mbBTAudio && !input.bluetoothSetting)
-               && !(input.normalSource == mbiPodPandora && !input.pandoraSetting);
+        return !(input.normalSource == mbBTAudio && !input.bluetoothSetting) &&
+               !(input.normalSource == mbiPodPandora && !input.pandoraSetting);
     if (input.frontShow == mbThirdPart && handler != nullptr)
         return !raisesSource;
-    return !(input.normalSource == mbDiscAuto && input.frontShow != mbDiscAuto
-             && (page == mbDiscAudio || page == mbDiscVideo));
+    return !(input.normalSource == mbDiscAuto && input.frontShow != mbDiscAuto &&
+             (page == mbDiscAudio || page == mbDiscVideo));
 }
 
 void Scheduler::resolve(AppAction action, bool toFront)
@@ -156,8 +156,8 @@ void Scheduler::dropIdlePages()
     std::erase_if(state.nextFront,
                   [this](const ScheduleInfo::Ptr& info)
                   {
-                      return info->page != state.request->page && info->states.showState == notShown
-                             && info->states.playState == PageStates::stopped;
+                      return info->page != state.request->page && info->states.showState == notShown &&
+                             info->states.playState == PageStates::stopped;
                   });
     if (state.nextRear != nullptr && state.nextRear->states.showState == notShown)
         state.nextRear = nullptr;
@@ -169,8 +169,8 @@ void Scheduler::startDefaultSource(const ScheduleInput& input)
     const auto defaultSource = input.find(input.defaultSource);
     const bool menuOnTop = std::ranges::any_of(
         front, [](const auto& info) { return info->page == Pubhead::mbMainMenu && info->states.showState == 1; });
-    if (defaultSource == nullptr || !menuOnTop
-        || std::ranges::any_of(front, [](const auto& info) { return info->isNormalSource; }))
+    if (defaultSource == nullptr || !menuOnTop ||
+        std::ranges::any_of(front, [](const auto& info) { return info->isNormalSource; }))
         return;
 
     std::int32_t last = 1;

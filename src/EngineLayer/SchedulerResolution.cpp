@@ -47,7 +47,8 @@ void Scheduler::resolveShow(ScheduleInfo& page)
     }
     own = notShown;
     auto* best = state.showStack.empty() ? &page : state.showStack.front().get();
-    // Only the page that is overtaken moves down: it may share its new number with the next until the stack is renumbered.
+    // Only the page that is overtaken moves down: it may share its new number with the next until the stack is
+    // renumbered.
     for (const auto& other : state.showStack)
     {
         auto& theirs = other->states.showState;
@@ -125,8 +126,8 @@ void Scheduler::releasePlay(ScheduleInfo& page)
     }
     else if (page.states.playState == PageStates::mixed)
     {
-        const auto partner = std::ranges::find_if(
-            front, [](const auto& info) { return info->states.playState == PageStates::mixed; });
+        const auto partner =
+            std::ranges::find_if(front, [](const auto& info) { return info->states.playState == PageStates::mixed; });
         if (partner != front.end())
         {
             (*partner)->states.playState = PageStates::playing;
@@ -152,8 +153,8 @@ void Scheduler::dropCoveredSources(const ScheduleInfo& page, bool rear)
     if (rear || !page.isNormalSource)
         return;
     for (const auto& other : state.nextFront)
-        if (other->isNormalSource && other->states.showState > page.states.showState
-            && other->states.playState == PageStates::stopped)
+        if (other->isNormalSource && other->states.showState > page.states.showState &&
+            other->states.playState == PageStates::stopped)
             other->states.showState = notShown;
 }
 

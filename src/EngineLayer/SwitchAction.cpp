@@ -87,17 +87,18 @@ std::vector<juce::String> SwitchAction::describe() const
     auto add = [&](auto&&... parts) { (lines.emplace_back() << ... << parts); };
     for (const auto& order : orders)
     {
-        add("APP: ", Pubhead::pageName(order->page), " | Action: ", switchTypeName(static_cast<int>(order->switchType)));
+        add("APP: ", Pubhead::pageName(order->page),
+            " | Action: ", switchTypeName(static_cast<int>(order->switchType)));
         add("SC: ", order->states.showState, " | SP: ", order->states.playState, " | AC: ", order->states.audioState,
             " | VC: ", order->states.videoState);
     }
     if (resourceSwitch != nullptr)
     {
         const auto& resource = *resourceSwitch;
-        add("FAC: ", audioChannelName(resource.frontAudioChannel), " | FVC: ",
-            videoChannelName(resource.frontVideoChannel));
-        add("RAC: ", audioChannelName(resource.rearAudioChannel), " | RVC: ",
-            videoChannelName(resource.rearVideoChannel));
+        add("FAC: ", audioChannelName(resource.frontAudioChannel),
+            " | FVC: ", videoChannelName(resource.frontVideoChannel));
+        add("RAC: ", audioChannelName(resource.rearAudioChannel),
+            " | RVC: ", videoChannelName(resource.rearVideoChannel));
         add("SRC: ", sourceName(resource.source));
         add("Mix: ", resource.mix ? 1 : 0);
         add("Trigger: ", resource.trigger ? 1 : 0);

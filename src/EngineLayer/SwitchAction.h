@@ -16,7 +16,7 @@ public:
     using Orders = std::vector<AppStateSwitch::Ptr>;
 
     Orders orders;
-    AppResourceSwitch::Ptr resourceSwitch; ///< the channel change of the schedule, or null
+    AppResourceSwitch::Ptr resourceSwitch;            ///< the channel change of the schedule, or null
     std::int32_t requestPage = Pubhead::NUM_OF_PAGES; ///< receives the result
 
     bool hasAction() const { return !orders.empty() || resourceSwitch != nullptr; }
@@ -28,8 +28,8 @@ public:
     Orders sendNext();
 
     /**
-        Takes a page's report: the order that was sent to it is finished. NUM_OF_PAGES reports the resource switch. Without a
-        sent order of that page nothing changes; a second report changes nothing.
+        Takes a page's report: the order that was sent to it is finished. NUM_OF_PAGES reports the resource switch.
+       Without a sent order of that page nothing changes; a second report changes nothing.
     */
     void markPage(int page, bool ok);
 

@@ -67,10 +67,10 @@ void Scheduler::orderStops()
     {
         if (findPage(state.nextFront, info->page) != nullptr)
             continue;
-        state.stopList.push_back(
-            makeOrder(*info, SwitchType::ToStop,
-                      info->isNormalSource ? AppCommandLine::genCmdSourceExit(info->page, state.lastNormalSource)
-                                           : AppCommandLine::genCmdPageHide(info->page, state.frontShowPage)));
+        state.stopList.push_back(makeOrder(*info, SwitchType::ToStop,
+                                           info->isNormalSource
+                                               ? AppCommandLine::genCmdSourceExit(info->page, state.lastNormalSource)
+                                               : AppCommandLine::genCmdPageHide(info->page, state.frontShowPage)));
     }
     const auto& rear = state.currentRear;
     if (rear != nullptr && (state.nextRear == nullptr || state.nextRear->page != rear->page))
@@ -95,8 +95,8 @@ void Scheduler::orderFrontPages(int requestPage, bool deviceFlag)
                 raised.push_back(held);
         }
         else if (next->page == requestPage && onTop(*next))
-            raised.push_back(makeOrder(*next, SwitchType::ToShowTopLevel,
-                                       AppCommandLine::genCmdPageShow(next->page, deviceFlag)));
+            raised.push_back(
+                makeOrder(*next, SwitchType::ToShowTopLevel, AppCommandLine::genCmdPageShow(next->page, deviceFlag)));
     }
     state.changeList.insert(state.changeList.end(), raised.begin(), raised.end());
 }

@@ -68,7 +68,8 @@ void SystemStateManager::dispatchMessage(const Kernel::SystemMessage& message)
     ComponentTask::dispatchMessage(message);
 }
 
-void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload)
+void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                                       const Kernel::Payload& payload)
 {
     switch (id)
     {
@@ -116,8 +117,8 @@ void SystemStateManager::requestSwitch(int state, int subState)
 
 void SystemStateManager::changeState(int state, int subState)
 {
-    // Asked for from outside, even the state that is current already waits: taken at once it would cut the switch short,
-    // while its orders are still out.
+    // Asked for from outside, even the state that is current already waits: taken at once it would cut the switch
+    // short, while its orders are still out.
     if (current != nullptr && current->subState != kIdle && state == current->getState())
         pendingStates.push_back(state);
     else
@@ -154,8 +155,8 @@ bool SystemStateManager::enterState(int next)
     const auto found = states.find(next);
     if (found == states.end() || !current->canSwitchTo(next))
     {
-        Platform::Logger::getInstance()->logInfo(sourceFile, __LINE__, tag,
-                                                 juce::String("SystemState can not switch to ") + systemStateName(next));
+        Platform::Logger::getInstance()->logInfo(
+            sourceFile, __LINE__, tag, juce::String("SystemState can not switch to ") + systemStateName(next));
         return false;
     }
     const auto left = current;

@@ -16,10 +16,9 @@ struct McuSource
 
 /** One source a type. USB is the exception: its number tells the pages apart. */
 constexpr McuSource mcuSources[] {
-    { 0, Pubhead::mbAM },          { 1, Pubhead::mbFM },      { 2, Pubhead::mbDiscAudio },
-    { 5, Pubhead::mbAuxin2 },      { 8, Pubhead::mbSirius },  { 9, Pubhead::mbiPodAudio },
-    { 10, Pubhead::mbUSBAudio },   { 13, Pubhead::mbBTAudio }, { 17, Pubhead::mbAVOff },
-    { 21, Pubhead::mbiPodPandora }, { 22, Pubhead::mbWB }
+    { 0, Pubhead::mbAM },     { 1, Pubhead::mbFM },           { 2, Pubhead::mbDiscAudio }, { 5, Pubhead::mbAuxin2 },
+    { 8, Pubhead::mbSirius }, { 9, Pubhead::mbiPodAudio },    { 10, Pubhead::mbUSBAudio }, { 13, Pubhead::mbBTAudio },
+    { 17, Pubhead::mbAVOff }, { 21, Pubhead::mbiPodPandora }, { 22, Pubhead::mbWB }
 };
 constexpr int usbType = 10;
 

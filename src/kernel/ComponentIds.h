@@ -8,8 +8,7 @@ namespace Kernel
 /** The address of a component. Numbers that are missing belong to no component; a message to them is dropped. */
 using ComponentId = juce::int32;
 
-enum : ComponentId
-{
+enum : ComponentId {
     noComponent = 0,
     mainMenuApplicationId = 1,
     setupApplicationId = 2,

@@ -50,7 +50,8 @@ private:
     std::map<ComponentId, SystemTask::Ptr> components;
 };
 
-/** Obtains, fills, posts on the normal queue and recycles. Returns nothing: a message that cannot be delivered is dropped. */
+/** Obtains, fills, posts on the normal queue and recycles. Returns nothing: a message that cannot be delivered is
+ * dropped. */
 void postSystemMessage(ComponentId receiver, juce::int32 id, juce::int32 arg1, juce::int32 arg2,
                        Payload payload = nullptr);
 /** The same on the urgent queue. */

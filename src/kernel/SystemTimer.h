@@ -8,8 +8,8 @@ namespace Kernel
 {
 
 /**
-    Numbered timers of a component. Every expiry is posted to the owner as MSG_SYS_TIMER with the timer id, so that it is
-    handled on the owner's group thread. Timers repeat until they are stopped; times are in milliseconds. Starting and
+    Numbered timers of a component. Every expiry is posted to the owner as MSG_SYS_TIMER with the timer id, so that it
+   is handled on the owner's group thread. Timers repeat until they are stopped; times are in milliseconds. Starting and
     stopping is allowed from any thread.
 */
 class SystemTimer : public juce::MultiTimer

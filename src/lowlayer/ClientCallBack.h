@@ -8,13 +8,7 @@ namespace LowLayer
 /** Kinds of `ClientCallBack::onData` of the serial link ... */
 inline constexpr int hostBytesReceived = 1;
 /** ... and of the remote channel. */
-enum RemoteDataKind
-{
-    MSG_REMOTE_REGIST = 1,
-    MSG_REMOTE_MSG_REV = 2,
-    MSG_REMOTE_FORWARD = 3,
-    MSG_REMOTE_UNREGIST = 4
-};
+enum RemoteDataKind { MSG_REMOTE_REGIST = 1, MSG_REMOTE_MSG_REV = 2, MSG_REMOTE_FORWARD = 3, MSG_REMOTE_UNREGIST = 4 };
 
 /** Receive interface of the serial link and of the remote channel. */
 class ClientCallBack

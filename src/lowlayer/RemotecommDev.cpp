@@ -12,8 +12,7 @@ namespace
 {
 
 /** Window messages that programs post to the engine. */
-enum WindowMessage : juce::int32
-{
+enum WindowMessage : juce::int32 {
     setupEvent = 1126,
     menuCommand = 1133,
     menuRelay = 1140,

@@ -35,7 +35,8 @@ void Bundle::putBundleList(const juce::String& key, std::vector<Ptr> value)
     values.insert_or_assign(key, Value(std::move(value)));
 }
 
-template <typename T> const T* Bundle::find(const juce::String& key) const
+template <typename T>
+const T* Bundle::find(const juce::String& key) const
 {
     const auto found = values.find(key);
     return found == values.end() ? nullptr : std::get_if<T>(&found->second);

@@ -36,7 +36,8 @@ public:
     const std::map<juce::String, Value>& getValues() const { return values; }
 
 private:
-    template <typename T> const T* find(const juce::String& key) const;
+    template <typename T>
+    const T* find(const juce::String& key) const;
     std::map<juce::String, Value> values;
 };
 

@@ -63,7 +63,13 @@ struct RemoteObjFormat
     static juce::MemoryBlock getByteArray(const Bundle::Ptr& bundle);
 
     /** One entry of a message list: `bytes` only for data bodies. */
-    struct MessageBody { juce::int32 kind = 0; juce::int32 key = 0; juce::int32 value = 0; juce::MemoryBlock bytes; };
+    struct MessageBody
+    {
+        juce::int32 kind = 0;
+        juce::int32 key = 0;
+        juce::int32 value = 0;
+        juce::MemoryBlock bytes;
+    };
     /** {"bodies": [...]}. */
     static Bundle::Ptr formatMessageBodyList(const std::vector<MessageBody>& bodies);
 };

@@ -98,8 +98,9 @@ TEST_F(ApplicationManagerTest, ThePictureOfTheUnitIsLogged)
     EXPECT_THAT(texts[1], EndsWith(" | AutoSwitch: 1"));
     EXPECT_EQ(texts[2], rule);
     // The rear page took the top of the stack, and setup took it from the rear page.
-    EXPECT_EQ(Events(texts.begin() + 3, texts.begin() + 8),
-              (Events { "NormalSrc: mbFM", "FirstBackSrc: mbFM", "LastBack: mbFM", "FrontShow: mbSetup", "Playing: mbFM" }));
+    EXPECT_EQ(
+        Events(texts.begin() + 3, texts.begin() + 8),
+        (Events { "NormalSrc: mbFM", "FirstBackSrc: mbFM", "LastBack: mbFM", "FrontShow: mbSetup", "Playing: mbFM" }));
     EXPECT_THAT(texts, Contains("++++++++++++ | Current Rear App State"));
     EXPECT_THAT(texts, Contains("------------ | Next Front App State"));
     EXPECT_THAT(texts, Contains("++++++++++++ | Schedule SwitchAction"));
@@ -109,7 +110,8 @@ TEST_F(ApplicationManagerTest, ThePictureOfTheUnitIsLogged)
     LogCapture::take();
     request(mbFM, AppAction::ToRun);
     for (const auto& line : LogCapture::take())
-        EXPECT_TRUE(line.tag != "ApplicationManager" || line.text == rule || line.text.starts_with("ReqAPP")) << line.text;
+        EXPECT_TRUE(line.tag != "ApplicationManager" || line.text == rule || line.text.starts_with("ReqAPP"))
+            << line.text;
 }
 
 TEST_F(ApplicationManagerTest, AdjustedLevelsReachTheScheduler)

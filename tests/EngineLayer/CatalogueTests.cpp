@@ -17,9 +17,9 @@ TEST(Catalogue, NamesEndWhereTheEnumerationsEnd)
     EXPECT_STREQ(actionName(static_cast<int>(AppAction::ToStop)), "ToStop");
     EXPECT_STREQ(switchTypeName(static_cast<int>(SwitchType::ToShowTopLevel)), "ToShowTopLevel");
     EXPECT_STREQ(pageName(NUM_OF_PAGES), "NUM_OF_PAGES");
-    for (const char* name : { sourceName(NUM_OF_SOURCES + 1), audioChannelName(noAudioChannel),
-                              videoChannelName(noVideoChannel), actionName(6), switchTypeName(5), sourceName(-1),
-                              pageName(NUM_OF_PAGES + 1) })
+    for (const char* name :
+         { sourceName(NUM_OF_SOURCES + 1), audioChannelName(noAudioChannel), videoChannelName(noVideoChannel),
+           actionName(6), switchTypeName(5), sourceName(-1), pageName(NUM_OF_PAGES + 1) })
         EXPECT_STREQ(name, "");
 }
 
@@ -77,11 +77,16 @@ TEST(ConflictRules, Play)
     };
     constexpr int plays = PageStates::playing, mixes = PageStates::mixed, silent = PageStates::stopped;
     const Case cases[] {
-        { page(21), page(20), plays, silent },         { page(20), page(20), silent, plays },
-        { page(39), page(20), plays, silent },         { page(40), page(20), mixes, mixes },
-        { page(49), page(20), mixes, mixes },          { page(50), page(20), plays, silent },
-        { page(21), page(40), mixes, mixes },          { page(21), page(41), silent, plays },
-        { page(20, true), page(20, true), plays, silent }, { page(20, true), page(21, true), silent, plays },
+        { page(21), page(20), plays, silent },
+        { page(20), page(20), silent, plays },
+        { page(39), page(20), plays, silent },
+        { page(40), page(20), mixes, mixes },
+        { page(49), page(20), mixes, mixes },
+        { page(50), page(20), plays, silent },
+        { page(21), page(40), mixes, mixes },
+        { page(21), page(41), silent, plays },
+        { page(20, true), page(20, true), plays, silent },
+        { page(20, true), page(21, true), silent, plays },
         { page(60, true), page(20), silent, plays },
     };
     for (auto each : cases)

@@ -35,7 +35,8 @@ protected:
 } // namespace
 
 // The state manager works while the applications ask for pages, the toolkit's thread looks for idle programs, others
-// query, and one keeps changing the unit's state. Every request gets one final answer. For the thread sanitizer above all.
+// query, and one keeps changing the unit's state. Every request gets one final answer. For the thread sanitizer above
+// all.
 TEST_F(ManagerConcurrencyTest, QueriesAndRequestsFromEveryThread)
 {
     constexpr int requestsEach = 60;
@@ -66,7 +67,8 @@ TEST_F(ManagerConcurrencyTest, QueriesAndRequestsFromEveryThread)
             {
                 const auto seen = applications.getSnapshot();
                 for (const int page : { seen.normalSource, seen.frontShow, seen.playing })
-                    inconsistent += page < 0 || page > NUM_OF_PAGES || (page != NUM_OF_PAGES && !getHandler(page)) ? 1 : 0;
+                    inconsistent +=
+                        page < 0 || page > NUM_OF_PAGES || (page != NUM_OF_PAGES && !getHandler(page)) ? 1 : 0;
                 inconsistent += getSystemState() == kBooting || getSystemSubState() > kSwitch ? 1 : 0;
                 for (const auto& [page, handler] : applications.getAllHandlers())
                     handler->getRunState();

@@ -27,8 +27,7 @@ inline std::ostream& operator<<(std::ostream& out, const Step& step)
     if (step.kind == Step::bluetooth)
         return out << "setting 7 " << step.on;
     constexpr const char* verbs[] { "none", "run", "play", "show", "hide", "stop" };
-    out << "request " << Pubhead::pageName(step.info.page) << ' '
-        << verbs[static_cast<std::size_t>(step.info.action)];
+    out << "request " << Pubhead::pageName(step.info.page) << ' ' << verbs[static_cast<std::size_t>(step.info.action)];
     return step.info.autoSwitch ? out << " auto" : out;
 }
 

@@ -33,8 +33,8 @@ rc::Gen<Scenario> anyScenario()
     for (int page = 0; page < NUM_OF_PAGES; ++page)
         if (pageScheduleConfig(page) != nullptr)
             pages.push_back(page);
-    const auto action = rc::gen::element(AppAction::ToRun, AppAction::ToPlay, AppAction::ToShow, AppAction::ToHide,
-                                         AppAction::ToStop);
+    const auto action =
+        rc::gen::element(AppAction::ToRun, AppAction::ToPlay, AppAction::ToShow, AppAction::ToHide, AppAction::ToStop);
     const auto request = rc::gen::construct<RequestInfo>(rc::gen::elementOf(pages), action, rc::gen::arbitrary<bool>());
     const auto step = rc::gen::construct<Step>(
         rc::gen::weightedElement<Step::Kind>({ { 20, Step::request }, { 2, Step::call }, { 1, Step::bluetooth } }),
@@ -73,12 +73,13 @@ bool isHeard(const ScheduleInfo& info)
 bool raisesBesideTop(const ScheduleUnit& unit, const Step& step)
 {
     const auto& info = step.info;
-    return step.kind == Step::request && unit.runs(info.page) && unit.states(info.page).showState == 1
-           && (info.action == AppAction::ToRun || info.action == AppAction::ToShow)
-           && !Scheduler::showAllowed(unit.describe(info));
+    return step.kind == Step::request && unit.runs(info.page) && unit.states(info.page).showState == 1 &&
+           (info.action == AppAction::ToRun || info.action == AppAction::ToShow) &&
+           !Scheduler::showAllowed(unit.describe(info));
 }
 
-/** What page handlers let through: a page that does not run is run, not shown, and leaving a source is entering "off". */
+/** What page handlers let through: a page that does not run is run, not shown, and leaving a source is entering "off".
+ */
 Step throughHandler(const ScheduleUnit& unit, Step step)
 {
     auto& info = step.info;
@@ -135,7 +136,8 @@ TEST(SchedulerProperties, OneFrontPageIsHeardAndItIsTheOneThatPlays)
                        { return [condition](const ScheduleInfo& info) { return !info.isRear && condition(info); }; };
                        const auto playing = unit.running(front(playsOrMixes));
                        RC_ASSERT(playing == unit.running(front(isHeard)));
-                       // A source that is stopped during a call leaves "off" behind the menu, which plays nothing aloud.
+                       // A source that is stopped during a call leaves "off" behind the menu, which plays nothing
+                       // aloud.
                        const std::vector<int> callOverOff { mbBTPhone, mbAVOff };
                        RC_ASSERT((playing.size() <= 1u || playing == callOverOff));
                    });
@@ -146,9 +148,9 @@ TEST(SchedulerProperties, OneFrontPageHoldsTheVideoAndItIsShown)
     afterEveryStep("one front page holds the video",
                    [](const ScheduleUnit& unit, const Step&)
                    {
-                       const auto seen = unit.running(
-                           [](const ScheduleInfo& info)
-                           { return !info.isRear && info.states.videoState == PageStates::held; });
+                       const auto seen =
+                           unit.running([](const ScheduleInfo& info)
+                                        { return !info.isRear && info.states.videoState == PageStates::held; });
                        RC_ASSERT(seen.size() <= 1u);
                        // It may lie behind a page that does without: the phone, a menu.
                        for (const int page : seen)
@@ -158,8 +160,7 @@ TEST(SchedulerProperties, OneFrontPageHoldsTheVideoAndItIsShown)
 
 TEST(SchedulerProperties, TheRearZoneHoldsOnePage)
 {
-    afterEveryStep("one rear page",
-                   [](const ScheduleUnit& unit, const Step&)
+    afterEveryStep("one rear page", [](const ScheduleUnit& unit, const Step&)
                    { RC_ASSERT(unit.running([](const ScheduleInfo& info) { return info.isRear; }).size() <= 1u); });
 }
 
@@ -176,8 +177,8 @@ TEST(SchedulerProperties, OrdersLeadExactlyToTheTables)
                        {
                            RC_ASSERT(pageScheduleConfig(order->page) != nullptr);
                            RC_ASSERT(ordered.insert(order->page).second);
-                           const bool starts = order->switchType == SwitchType::ToRun
-                                               || order->switchType == SwitchType::ToShowTopLevel;
+                           const bool starts = order->switchType == SwitchType::ToRun ||
+                                               order->switchType == SwitchType::ToShowTopLevel;
                            RC_ASSERT((starts || !started));
                            started = starts;
                        }
@@ -196,7 +197,8 @@ TEST(SchedulerProperties, OrdersLeadExactlyToTheTables)
                        }
                        const auto running = unit.running([](const ScheduleInfo&) { return true; });
                        RC_ASSERT((left == std::set<int>(running.begin(), running.end())));
-                       if (step.kind == Step::request && step.info.action == AppAction::ToStop && step.info.page != mbAVOff)
+                       if (step.kind == Step::request && step.info.action == AppAction::ToStop &&
+                           step.info.page != mbAVOff)
                            RC_ASSERT(!unit.runs(step.info.page));
                    });
 }
@@ -211,8 +213,8 @@ TEST(SchedulerProperties, BehindHandlersTheRememberedPagesAreThoseThatRun)
                               for (const auto& step : scenario.steps)
                               {
                                   unit.apply(throughHandler(unit, step));
-                                  const auto sources = unit.running(
-                                      [](const ScheduleInfo& info) { return info.isNormalSource; });
+                                  const auto sources =
+                                      unit.running([](const ScheduleInfo& info) { return info.isNormalSource; });
                                   RC_ASSERT(sources.size() <= 1u);
                                   // "Off" also starts unremembered: behind the menu, when no source is left.
                                   if (!sources.empty() && sources.front() != mbAVOff)

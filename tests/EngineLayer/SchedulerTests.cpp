@@ -47,8 +47,8 @@ TEST(Scheduler, ASourceComesOverTheMenuAndDisplacesTheSourceBefore)
 
     unit.run(mbUSBAudio);
     EXPECT_THAT(unit.orders(), ElementsAre("ToShowTopLevel mbUSBAudio show"));
-    EXPECT_FALSE(unit.remembered().normalSourceChanged || unit.remembered().lastSourceChanged
-                 || unit.remembered().frontShowChanged);
+    EXPECT_FALSE(unit.remembered().normalSourceChanged || unit.remembered().lastSourceChanged ||
+                 unit.remembered().frontShowChanged);
     EXPECT_EQ(unit.remembered().request->showLevel, 20) << "the advantage lasts for one schedule only";
     EXPECT_EQ(unit.remembered().request->playLevel, 20);
 }
@@ -60,9 +60,10 @@ TEST(Scheduler, ANewSourceStopsEveryOtherOne)
     unit.run(mbFM).show(mbUSBAudio);
     EXPECT_TRUE(unit.plays(mbFM)) << "showing takes no sound";
     unit.play(mbSirius);
-    EXPECT_THAT(unit.orders(), ElementsAre("ToStop mbUSBAudio exit(mbSirius)", "ToStop mbFM exit(mbSirius)",
-                                           "ToRun mbSirius enter"));
-    EXPECT_EQ(unit.states(mbSirius), (PageStates { notShown, PageStates::playing, PageStates::held, PageStates::notHeld }));
+    EXPECT_THAT(unit.orders(),
+                ElementsAre("ToStop mbUSBAudio exit(mbSirius)", "ToStop mbFM exit(mbSirius)", "ToRun mbSirius enter"));
+    EXPECT_EQ(unit.states(mbSirius),
+              (PageStates { notShown, PageStates::playing, PageStates::held, PageStates::notHeld }));
 }
 
 // The phone rings over FM, the user looks at the settings, the call ends.
@@ -243,7 +244,8 @@ TEST(Scheduler, WhatTheSystemAsksForDoesNotPushCertainPagesAway)
         input.bluetoothSetting = each.bluetooth;
         input.pandoraSetting = each.pandora;
         EXPECT_EQ(Scheduler::showAllowed(input), each.allowed)
-            << pageName(each.page) << ' ' << actionName(static_cast<int>(each.action)) << " over " << pageName(each.front);
+            << pageName(each.page) << ' ' << actionName(static_cast<int>(each.action)) << " over "
+            << pageName(each.front);
         input.request.autoSwitch = false;
         EXPECT_TRUE(Scheduler::showAllowed(input)) << "the user may always";
     }
@@ -268,10 +270,9 @@ TEST(Scheduler, AnUnknownPageOrActionChangesNothing)
 {
     ScheduleUnit unit;
     unit.run(mbFM);
-    for (const RequestInfo& bad : { RequestInfo { mbDiscAudio, AppAction::ToRun, false },
-                                    RequestInfo { NUM_OF_PAGES, AppAction::ToRun, false },
-                                    RequestInfo { mbFM, AppAction::None, false },
-                                    RequestInfo { mbFM, static_cast<AppAction>(6), false } })
+    for (const RequestInfo& bad :
+         { RequestInfo { mbDiscAudio, AppAction::ToRun, false }, RequestInfo { NUM_OF_PAGES, AppAction::ToRun, false },
+           RequestInfo { mbFM, AppAction::None, false }, RequestInfo { mbFM, static_cast<AppAction>(6), false } })
     {
         unit.request(bad);
         EXPECT_THAT(unit.orders(), IsEmpty());
@@ -284,7 +285,8 @@ TEST(Scheduler, TheInputIsNotTouched)
     ScheduleUnit unit;
     unit.run(mbFM).run(mbRearAV1);
     const auto input = unit.describe({ mbUSBAudio, AppAction::ToRun, false });
-    const auto fm = input.find(mbFM)->states, rear = input.find(mbRearAV1)->states, usb = input.find(mbUSBAudio)->states;
+    const auto fm = input.find(mbFM)->states, rear = input.find(mbRearAV1)->states,
+               usb = input.find(mbUSBAudio)->states;
     Scheduler().schedule(input);
     EXPECT_EQ(input.find(mbFM)->states, fm);
     EXPECT_EQ(input.find(mbRearAV1)->states, rear);
@@ -299,15 +301,14 @@ TEST(Scheduler, DescribesItsTables)
     ScheduleUnit unit;
     unit.run(mbFM).run(mbMainMenu);
     const auto before = Scheduler::describeBefore(unit.describe({ mbUSBAudio, AppAction::ToRun, false }));
-    EXPECT_THAT(before,
-                ElementsAre("************ | Request App State",
-                            "APP: mbUSBAudio | SC: 125 L: 20 | SP: 3 L: 20 | VC: 2 L: 20 | AC: 2 L: 20",
-                            "++++++++++++ | Current Front App State",
-                            "APP: mbMainMenu | SC: 1 L: 20 | SP: 3 L: 10 | VC: 2 L: 10 | AC: 2 L: 10",
-                            "APP: mbFM | SC: 2 L: 20 | SP: 1 L: 20 | VC: 1 L: 20 | AC: 1 L: 20",
-                            "++++++++++++ | Current Rear App State", "++++++++++++ | Next Front App State",
-                            "APP: mbMainMenu | SC: 1 L: 20 | SP: 3 L: 10 | VC: 2 L: 10 | AC: 2 L: 10",
-                            "++++++++++++ | Next Rear App State"));
+    EXPECT_THAT(before, ElementsAre("************ | Request App State",
+                                    "APP: mbUSBAudio | SC: 125 L: 20 | SP: 3 L: 20 | VC: 2 L: 20 | AC: 2 L: 20",
+                                    "++++++++++++ | Current Front App State",
+                                    "APP: mbMainMenu | SC: 1 L: 20 | SP: 3 L: 10 | VC: 2 L: 10 | AC: 2 L: 10",
+                                    "APP: mbFM | SC: 2 L: 20 | SP: 1 L: 20 | VC: 1 L: 20 | AC: 1 L: 20",
+                                    "++++++++++++ | Current Rear App State", "++++++++++++ | Next Front App State",
+                                    "APP: mbMainMenu | SC: 1 L: 20 | SP: 3 L: 10 | VC: 2 L: 10 | AC: 2 L: 10",
+                                    "++++++++++++ | Next Rear App State"));
 
     Scheduler scheduler;
     scheduler.schedule(unit.describe({ mbUSBAudio, AppAction::ToRun, false }));

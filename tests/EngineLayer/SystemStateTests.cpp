@@ -53,8 +53,8 @@ TEST_F(SystemStateTest, CarriesOneRequestFromOrderToResult)
     answer(mbAVOff);
     EXPECT_EQ(events(), Events { "mbFM run" });
     answer(mbFM);
-    EXPECT_EQ(events(), (Events { "last source mbFM", "normal mbFM to 1", "normal mbFM to 3", "normal mbFM to 21",
-                                  "mbFM = 1" }));
+    EXPECT_EQ(events(),
+              (Events { "last source mbFM", "normal mbFM to 1", "normal mbFM to 3", "normal mbFM to 21", "mbFM = 1" }));
     EXPECT_EQ(getSystemSubState(), kIdle);
     EXPECT_EQ(getNormalSource(), mbFM);
     EXPECT_EQ(getFrontShow(), mbFM);

@@ -53,12 +53,13 @@ protected:
     juce::File writeConfiguration(const juce::String& extra = {}) const
     {
         const auto file = folder.getChildFile("engine.toml");
-        file.replaceWithText("[unit]\nsystem_path = \"system/\"\nresource_path = \"" HEADUNIT_BUILD_DIR "/resources/\"\n"
-                             "registry_path = \"registry/\"\ndisplay = \"none\"\nmedia_root = \"media/\"\n"
-                             "camera_hold_file = \"camera\"\n"
-                             "[mcu]\nport = \"" +
-                             port + "\"\n[bus]\ni2c1 = \"socket:i2c\"\ngpio = \"socket:gpio\"\n[ipc]\naddress = \"unix:path=" +
-                             folder.getChildFile("no-bus").getFullPathName() + "\"\n" + extra);
+        file.replaceWithText(
+            "[unit]\nsystem_path = \"system/\"\nresource_path = \"" HEADUNIT_BUILD_DIR "/resources/\"\n"
+            "registry_path = \"registry/\"\ndisplay = \"none\"\nmedia_root = \"media/\"\n"
+            "camera_hold_file = \"camera\"\n"
+            "[mcu]\nport = \"" +
+            port + "\"\n[bus]\ni2c1 = \"socket:i2c\"\ngpio = \"socket:gpio\"\n[ipc]\naddress = \"unix:path=" +
+            folder.getChildFile("no-bus").getFullPathName() + "\"\n" + extra);
         return file;
     }
 
@@ -135,7 +136,8 @@ TEST_F(EngineProcessTest, SaysItsVersionAndRefusesABadConfigurationInOneLine)
     EXPECT_EQ(finish().status, 2);
 }
 
-/** The boot stage's camera holds the screen: nothing starts. It lets go: the engine asks the microcontroller for the last memory. */
+/** The boot stage's camera holds the screen: nothing starts. It lets go: the engine asks the microcontroller for the
+ * last memory. */
 TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
 {
     const auto hold = folder.getChildFile("camera");

@@ -20,12 +20,14 @@ TEST(Script, cutsLinesIntoWords)
         Words words;
         bool malformed;
     };
-    const Case cases[] = {{"mcu  source\tusb 2", {"mcu", "source", "usb", "2"}, false},
-                          {"  # a comment", {}, false},
-                          {"state # the rest", {"state"}, false},
-                          {"expect log \"a # b \\\"c\\\"\" within 3s", {"expect", "log", "a # b \"c\"", "within", "3s"}, false},
-                          {"say \"\"", {"say", ""}, false},
-                          {"expect log \"open", {}, true}};
+    const Case cases[] = {
+        { "mcu  source\tusb 2", { "mcu", "source", "usb", "2" }, false },
+        { "  # a comment", {}, false },
+        { "state # the rest", { "state" }, false },
+        { "expect log \"a # b \\\"c\\\"\" within 3s", { "expect", "log", "a # b \"c\"", "within", "3s" }, false },
+        { "say \"\"", { "say", "" }, false },
+        { "expect log \"open", {}, true }
+    };
     for (const auto& each : cases)
     {
         const auto line = parseLine(each.line);
@@ -39,15 +41,15 @@ TEST(Script, readsTimesAndLimits)
     EXPECT_EQ(parseDuration("300ms"), 300ms);
     EXPECT_EQ(parseDuration("1.5s"), 1500ms);
     EXPECT_EQ(parseDuration("2"), 2000ms);
-    for (const auto* wrong : {"", "s", "3m", "-1s", "inf", "nan", "1e9", "999999s"})
+    for (const auto* wrong : { "", "s", "3m", "-1s", "inf", "nan", "1e9", "999999s" })
         EXPECT_FALSE(parseDuration(wrong)) << wrong;
 
     auto limit = 5000ms;
-    Words words {"page", "fm", "shown", "within", "3s"};
+    Words words { "page", "fm", "shown", "within", "3s" };
     EXPECT_EQ(takeLimit(words, limit), "");
-    EXPECT_EQ(words, (Words {"page", "fm", "shown"}));
+    EXPECT_EQ(words, (Words { "page", "fm", "shown" }));
     EXPECT_EQ(limit, 3000ms);
-    Words without {"page", "fm", "shown", "within"};
+    Words without { "page", "fm", "shown", "within" };
     EXPECT_NE(takeLimit(without, limit), "");
 }
 
@@ -59,14 +61,14 @@ TEST(Expectation, namesItsStream)
         const char* stream;
         const char* text;
     };
-    const Case cases[] = {{{"mcu", "source", "usb", "2"}, "mcu source", "usb 2"},
-                          {{"mcu", "frame", "IND_KEY"}, "frame EVENT_KEY", ""},
-                          {{"mcu", "frame", "4", "01", "00"}, "frame EVENT_DEVICE_STATUS", "01 00"},
-                          {{"page", "eq", "shown"}, "page mbEQ", "shown"},
-                          {{"page", "MBFM", "in-front"}, "front", "mbFM"},
-                          {{"program", "radio", "gone"}, "program AppRadio", "gone"},
-                          {{"program", "aux", "key", "66", "0"}, "program AppAuxIn", "key 66 0"},
-                          {{"engine", "exit", "0"}, "engine", "exit 0"}};
+    const Case cases[] = { { { "mcu", "source", "usb", "2" }, "mcu source", "usb 2" },
+                           { { "mcu", "frame", "IND_KEY" }, "frame EVENT_KEY", "" },
+                           { { "mcu", "frame", "4", "01", "00" }, "frame EVENT_DEVICE_STATUS", "01 00" },
+                           { { "page", "eq", "shown" }, "page mbEQ", "shown" },
+                           { { "page", "MBFM", "in-front" }, "front", "mbFM" },
+                           { { "program", "radio", "gone" }, "program AppRadio", "gone" },
+                           { { "program", "aux", "key", "66", "0" }, "program AppAuxIn", "key 66 0" },
+                           { { "engine", "exit", "0" }, "engine", "exit 0" } };
     for (const auto& each : cases)
     {
         const auto parsed = parseExpectation(each.words);
@@ -74,8 +76,9 @@ TEST(Expectation, namesItsStream)
         EXPECT_EQ(parsed.expectation.stream, each.stream);
         EXPECT_EQ(parsed.expectation.text, each.text);
     }
-    for (const auto& wrong : {Words {}, Words {"page", "nowhere", "shown"}, Words {"page", "fm", "gone"}, Words {"mcu", "source", "tape"},
-                              Words {"mcu", "frame", "EVENT_NONE"}, Words {"log"}, Words {"program", "radio"}})
+    for (const auto& wrong : { Words {}, Words { "page", "nowhere", "shown" }, Words { "page", "fm", "gone" },
+                               Words { "mcu", "source", "tape" }, Words { "mcu", "frame", "EVENT_NONE" },
+                               Words { "log" }, Words { "program", "radio" } })
         EXPECT_NE(parseExpectation(wrong).error, "");
 }
 
@@ -85,38 +88,37 @@ TEST(Expectations, consumeEachStreamInItsOrder)
 {
     Journal journal;
     Expectations expectations(journal);
-    const auto wait = [&](const Words& words, std::chrono::milliseconds limit) {
-        return expectations.wait(parseExpectation(words).expectation, limit);
-    };
+    const auto wait = [&](const Words& words, std::chrono::milliseconds limit)
+    { return expectations.wait(parseExpectation(words).expectation, limit); };
     journal.add("page mbMainMenu", "hidden");
     journal.add("page mbFM", "shown");
-    EXPECT_EQ(wait({"page", "fm", "shown"}, 0ms), "");
-    EXPECT_EQ(wait({"page", "menu", "hidden"}, 0ms), "");
-    EXPECT_NE(wait({"page", "fm", "shown"}, 10ms), "") << "the same event twice";
+    EXPECT_EQ(wait({ "page", "fm", "shown" }, 0ms), "");
+    EXPECT_EQ(wait({ "page", "menu", "hidden" }, 0ms), "");
+    EXPECT_NE(wait({ "page", "fm", "shown" }, 10ms), "") << "the same event twice";
 
     journal.add("page mbFM", "hidden");
-    EXPECT_THAT(wait({"page", "fm", "shown"}, 10ms), HasSubstr("page mbFM hidden")) << "tells what came instead";
+    EXPECT_THAT(wait({ "page", "fm", "shown" }, 10ms), HasSubstr("page mbFM hidden")) << "tells what came instead";
 
     journal.add("log", "first line");
     expectations.forgetThePast();
-    EXPECT_NE(wait({"log", "first"}, 10ms), "");
+    EXPECT_NE(wait({ "log", "first" }, 10ms), "");
 
     std::jthread later([&] { journal.add("log", "[info] second line"); });
-    EXPECT_EQ(wait({"log", "second"}, 5s), "");
+    EXPECT_EQ(wait({ "log", "second" }, 5s), "");
 }
 
 TEST(Expectations, seeStatesAndAbsence)
 {
     Journal journal;
     Expectations expectations(journal);
-    const auto inFront = parseExpectation({"page", "eq", "in-front"}).expectation;
+    const auto inFront = parseExpectation({ "page", "eq", "in-front" }).expectation;
     journal.add("front", "mbEQ");
     EXPECT_EQ(expectations.wait(inFront, 0ms), "");
     EXPECT_EQ(expectations.wait(inFront, 0ms), "") << "a state is not used up";
     journal.add("front", "none");
     EXPECT_NE(expectations.wait(inFront, 10ms), "");
 
-    const auto key = parseExpectation({"program", "radio", "key", "66"}).expectation;
+    const auto key = parseExpectation({ "program", "radio", "key", "66" }).expectation;
     EXPECT_TRUE(expectations.staysAway(key, 10ms));
     journal.add("program AppRadio", "key 66 0");
     EXPECT_FALSE(expectations.staysAway(key, 10ms));
@@ -129,7 +131,7 @@ TEST(Expectations, endWhenTheUserWantsToLeave)
     Journal journal;
     Expectations expectations(journal);
     std::jthread leaver([&] { journal.interrupt(); });
-    EXPECT_EQ(expectations.wait(parseExpectation({"mcu", "agreed"}).expectation, 60s), "interrupted");
+    EXPECT_EQ(expectations.wait(parseExpectation({ "mcu", "agreed" }).expectation, 60s), "interrupted");
 }
 
 TEST(Journal, forgetsTheOldestAndCountsIt)
@@ -160,16 +162,18 @@ TEST(Names, haveShortFormsAndStayUnambiguous)
 class ConsoleCommands : public testing::Test
 {
 protected:
-    Unit unit {Unit::Options::besideThisProgram()};
+    Unit unit { Unit::Options::besideThisProgram() };
     std::ostringstream output;
-    Console console {unit, Style(false), output, false};
+    Console console { unit, Style(false), output, false };
 };
 
 TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
 {
-    for (const auto* line : {"mcu source", "mcu source tape", "mcu key 256", "mcu send 5 1g", "mcu send 0", "mcu drop -1", "mcu silent",
-                             "mcu sing", "program radio", "program nobody crash", "program radio crash", "program eq show fm",
-                             "usb plug 9", "camera maybe", "engine fly", "log tail 0", "pause long", "expect", "frobnicate", "say \"x"})
+    for (const auto* line :
+         { "mcu source",          "mcu source tape",    "mcu key 256", "mcu send 5 1g", "mcu send 0",
+           "mcu drop -1",         "mcu silent",         "mcu sing",    "program radio", "program nobody crash",
+           "program radio crash", "program eq show fm", "usb plug 9",  "camera maybe",  "engine fly",
+           "log tail 0",          "pause long",         "expect",      "frobnicate",    "say \"x" })
     {
         const auto outcome = console.run(line);
         EXPECT_EQ(outcome.kind, Outcome::failed) << line;
@@ -191,10 +195,10 @@ TEST_F(ConsoleCommands, completesWhatMayFollow)
 {
     using testing::Contains;
     EXPECT_THAT(Console::completionsFor({}), Contains("expect"));
-    EXPECT_THAT(Console::completionsFor({"mcu", "source"}), Contains("aux"));
-    EXPECT_THAT(Console::completionsFor({"program"}), Contains("AppRadio"));
-    EXPECT_THAT(Console::completionsFor({"expect", "page"}), Contains("mbEQ"));
-    EXPECT_THAT(Console::completionsFor({"bogus"}), IsEmpty());
+    EXPECT_THAT(Console::completionsFor({ "mcu", "source" }), Contains("aux"));
+    EXPECT_THAT(Console::completionsFor({ "program" }), Contains("AppRadio"));
+    EXPECT_THAT(Console::completionsFor({ "expect", "page" }), Contains("mbEQ"));
+    EXPECT_THAT(Console::completionsFor({ "bogus" }), IsEmpty());
 }
 
 } // namespace

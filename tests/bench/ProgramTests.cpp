@@ -22,7 +22,10 @@ using namespace std::chrono_literals;
 class FakeEngine : public IMsgProc
 {
 public:
-    explicit FakeEngine(Journal& journalToUse) : journal(journalToUse) {}
+    explicit FakeEngine(Journal& journalToUse)
+        : journal(journalToUse)
+    {
+    }
 
     void onRemoteMessage(RemoteMessage::Ptr message) override
     {
@@ -46,8 +49,8 @@ protected:
     Journal journal;
     std::filesystem::path folder;
     Bus bus;
-    Programs programs {journal};
-    FakeEngine engine {journal};
+    Programs programs { journal };
+    FakeEngine engine { journal };
     MsgSession session;
     Child program;
 
@@ -65,13 +68,13 @@ protected:
         std::filesystem::create_symlink(HEADUNIT_BUILD_DIR "/bin/headunit-bench-program", folder / "AppRadio");
         const auto line = AppCommandLine::genCmdSourceEnter(mbFM, false, true);
         const auto json = CmdLineHelper::genCommandLine(RemoteObjFormat::formatCommandLine(*line));
-        ASSERT_EQ(program.start({(folder / "AppRadio").string(),
-                                 {"--command-line", json.toStdString()},
-                                 {{"DBUS_SESSION_BUS_ADDRESS", bus.address()},
-                                  {"HEADUNIT_BENCH_CONTROL", (folder / "control").string()},
-                                  {"HEADUNIT_BENCH_DISPLAY", "none"}},
-                                 (folder / "out").string(),
-                                 {}}),
+        ASSERT_EQ(program.start({ (folder / "AppRadio").string(),
+                                  { "--command-line", json.toStdString() },
+                                  { { "DBUS_SESSION_BUS_ADDRESS", bus.address() },
+                                    { "HEADUNIT_BENCH_CONTROL", (folder / "control").string() },
+                                    { "HEADUNIT_BENCH_DISPLAY", "none" } },
+                                  (folder / "out").string(),
+                                  {} }),
                   "");
         ASSERT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppRadio", "running")));
     }
@@ -116,8 +119,8 @@ private:
     std::uint64_t next = 0;
 };
 
-// A whole life: started for FM, it says hello before it asks for its page, goes through the page handshake, confirms a page
-// that is taken from the top, keeps the screen until it is told to hide, and quits when its source is stopped.
+// A whole life: started for FM, it says hello before it asks for its page, goes through the page handshake, confirms a
+// page that is taken from the top, keeps the screen until it is told to hide, and quits when its source is stopped.
 TEST_F(SourceProgramTest, livesAsTheEngineExpects)
 {
     EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));

@@ -66,11 +66,11 @@ TEST_F(ScheduleFactroyTest, EveryCodeOfTheMcuLeadsToAPage)
     {
         int type, number, page;
     };
-    constexpr Case cases[] { { 10, 0, mbUSBAudio },  { 10, 1, mbUSBAudio2 },    { 10, 3, mbUSBAudio4 },
-                             { 10, 7, mbUSBAudio8 }, { 10, 8, mbUSBAudio },     { 10, -1, mbUSBAudio },
-                             { 30, 0, mbFM },        { 3, 0, mbFM },            { -1, 0, mbFM },
-                             { 0, 9, mbAM },         { 21, 5, mbiPodPandora },  { 5, 0, mbAuxin2 },
-                             { 8, 0, mbSirius },     { 17, 0, mbAVOff },        { 22, 0, mbWB } };
+    constexpr Case cases[] { { 10, 0, mbUSBAudio },  { 10, 1, mbUSBAudio2 },   { 10, 3, mbUSBAudio4 },
+                             { 10, 7, mbUSBAudio8 }, { 10, 8, mbUSBAudio },    { 10, -1, mbUSBAudio },
+                             { 30, 0, mbFM },        { 3, 0, mbFM },           { -1, 0, mbFM },
+                             { 0, 9, mbAM },         { 21, 5, mbiPodPandora }, { 5, 0, mbAuxin2 },
+                             { 8, 0, mbSirius },     { 17, 0, mbAVOff },       { 22, 0, mbWB } };
     for (const auto& each : cases)
         EXPECT_EQ(policy().pageForMcuSource(each.type, each.number), each.page) << each.type << ", " << each.number;
 }

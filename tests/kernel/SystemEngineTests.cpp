@@ -106,7 +106,8 @@ TEST_F(SystemEngineTest, ComponentsStopGroupByGroupAndReleaseInIdOrder)
     journal.clear();
     engine().stop();
     engine().release();
-    EXPECT_EQ(journal, (std::vector<std::string> { "39 stop", "41 stop", "40 stop", "39 release", "41 release", "40 release" }));
+    EXPECT_EQ(journal,
+              (std::vector<std::string> { "39 stop", "41 stop", "40 stop", "39 release", "41 release", "40 release" }));
 }
 
 TEST_F(SystemEngineTest, EveryTimerOfAComponentReachesItsOwner)

@@ -73,7 +73,8 @@ protected:
     {
         if (unread.empty())
             unread = takePosted();
-        ASSERT_FALSE(unread.empty()) << "nothing was posted, expected " << std::hex << id << " to " << std::dec << receiver;
+        ASSERT_FALSE(unread.empty()) << "nothing was posted, expected " << std::hex << id << " to " << std::dec
+                                     << receiver;
         const auto next = unread.front();
         unread.erase(unread.begin());
         EXPECT_EQ(next.receiver, receiver);
@@ -87,8 +88,8 @@ protected:
         for (const auto& each : takePosted())
             unread.push_back(each);
         for (const auto& each : unread)
-            ADD_FAILURE() << "posted " << std::hex << each.id << " to " << std::dec << each.receiver << " (" << each.arg1
-                          << ", " << each.arg2 << ")";
+            ADD_FAILURE() << "posted " << std::hex << each.id << " to " << std::dec << each.receiver << " ("
+                          << each.arg1 << ", " << each.arg2 << ")";
         unread.clear();
     }
 
@@ -112,7 +113,8 @@ private:
         }
         void dispatchMessage(const Kernel::SystemMessage& message) override
         {
-            log.push_back({ message.receiver, message.id, message.arg1, message.arg2, message.handlerIndex, message.payload });
+            log.push_back(
+                { message.receiver, message.id, message.arg1, message.arg2, message.handlerIndex, message.payload });
         }
         void initialize() override {}
         void onStop() override {}

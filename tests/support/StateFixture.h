@@ -19,8 +19,8 @@ protected:
     StateFixture()
     {
         using namespace Pubhead;
-        for (const int page : { mbMainMenu, mbSetup, mbEQ, mbAntitheft, mbStandby, mbAVOff, mbFM, mbAM, mbWB, mbUSBAudio,
-                                mbSirius, mbBTPhone, mbRearAV1, mbRearAV2 })
+        for (const int page : { mbMainMenu, mbSetup, mbEQ, mbAntitheft, mbStandby, mbAVOff, mbFM, mbAM, mbWB,
+                                mbUSBAudio, mbSirius, mbBTPhone, mbRearAV1, mbRearAV2 })
         {
             pages[page] = new FakePageHandler(page);
             EngineApi::registerHandler(pages[page].get());
@@ -69,7 +69,8 @@ protected:
     void answer(int page, bool ok = true)
     {
         note();
-        const auto order = std::find_if(orders.begin(), orders.end(), [page](auto& each) { return each->page == page; });
+        const auto order =
+            std::find_if(orders.begin(), orders.end(), [page](auto& each) { return each->page == page; });
         ASSERT_NE(order, orders.end()) << Pubhead::pageName(page) << " has no order";
         pages.at(page)->carryOut(**order);
         orders.erase(order);

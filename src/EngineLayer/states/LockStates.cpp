@@ -48,7 +48,8 @@ void LockState::onIdle()
 
 bool SystemStateAntitheft::canSwitchTo(int state) const
 {
-    return state == kLocked || state == kNormalRun || state == kISRMode || state == kDummyPowerOff || state == kPowerOff;
+    return state == kLocked || state == kNormalRun || state == kISRMode || state == kDummyPowerOff ||
+           state == kPowerOff;
 }
 
 void SystemStateAntitheft::onIdleRequest(const RequestInfo& request)

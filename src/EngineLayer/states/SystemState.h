@@ -10,14 +10,13 @@ namespace EngineLayer
 class SystemStateManager;
 
 /** Messages that the state manager and its states post to component 17 themselves. */
-enum StateMessage : juce::int32
-{
-    stateIdle = 1,           ///< the pipeline is idle: take the oldest queued request
-    stateSchedule = 2,       ///< arguments of a request: schedule it
-    stateSwitch = 3,         ///< send the first orders
-    stateBeginPowerOff = 5,  ///< tell the programs to power off
-    stateTakePending = 6,    ///< take up the next pending state
-    stateForeignSwitch = 7   ///< arg1 state, arg2 sub-state: asked for by another thread
+enum StateMessage : juce::int32 {
+    stateIdle = 1,          ///< the pipeline is idle: take the oldest queued request
+    stateSchedule = 2,      ///< arguments of a request: schedule it
+    stateSwitch = 3,        ///< send the first orders
+    stateBeginPowerOff = 5, ///< tell the programs to power off
+    stateTakePending = 6,   ///< take up the next pending state
+    stateForeignSwitch = 7  ///< arg1 state, arg2 sub-state: asked for by another thread
 };
 
 /** One power or lock state of the unit. State manager's thread. */

@@ -30,7 +30,8 @@ State state;
 std::recursive_mutex receiverLock;
 IMsgProc* receiver = nullptr;
 
-template <typename Call> bool deliver(Call&& call)
+template <typename Call>
+bool deliver(Call&& call)
 {
     const std::lock_guard guard(receiverLock);
     if (receiver == nullptr)

@@ -26,7 +26,6 @@ struct SystemDouble
 
     static bool isDaylightSavingDisabled();
     static bool isExceptionHookInstalled();
-
 };
 
 } // namespace Platform::doubles

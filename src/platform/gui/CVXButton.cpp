@@ -22,7 +22,9 @@ CVXButton::CVXButton(const juce::String& name)
 
 void CVXButton::paintButton(juce::Graphics& graphics, bool, bool down)
 {
-    const auto state = !isEnabled() ? CVXButtonState::disabled : down ? CVXButtonState::pressed : CVXButtonState::normal;
+    const auto state = !isEnabled() ? CVXButtonState::disabled
+                       : down       ? CVXButtonState::pressed
+                                    : CVXButtonState::normal;
     content.paint(graphics, getLocalBounds(), state);
 }
 
