@@ -51,6 +51,17 @@ protected:
 
 using PageMessage = std::pair<juce::int32, juce::int32>;
 
+struct Filter : RemoteMsgFilterInterface
+{
+    void onFilterMessage(const RemoteMessage& message) override
+    {
+        senders.push_back(message.appType);
+        last = { message.arg1, message.arg2 };
+    }
+    std::vector<int> senders;
+    std::pair<int, int> last;
+};
+
 } // namespace
 
 /** Messages wait, in order, for the program they are for; what makes no sense to one that does not run is dropped. */
@@ -135,23 +146,19 @@ TEST_F(RemoteSessionTest, ANameAloneRegistersOnlyWhoIsConnected)
 
 TEST_F(RemoteSessionTest, RoutesWhatProgramsSend)
 {
-    struct Filter : RemoteMsgFilterInterface
-    {
-        void onFilterMessage(const RemoteMessage& message) override { seen.push_back(message.appType); }
-        std::vector<int> seen;
-    } filter;
+    Filter filter;
     addRemoteMsgFilter(RMSG_PAGE_SHOW_READY, &filter);
     const ErrorLog log;
 
     fromProgram(AppRadio, RMSG_PAGE_SHOW_READY);
     fromProgram(AppMain, RMSG_PAGE_SHOW_READY);
-    EXPECT_THAT(filter.seen, ElementsAre(AppRadio)) << "the engine's own is ignored";
+    EXPECT_THAT(filter.senders, ElementsAre(AppRadio)) << "the engine's own is ignored";
     EXPECT_THAT(takePageMessages(), IsEmpty());
     EXPECT_EQ(ErrorLog::count("AppType error"), 0);
 
     for (const int invalid : { -1, numOfAppTypes })
         fromProgram(invalid, RMSG_PAGE_SHOW_READY);
-    EXPECT_THAT(filter.seen, testing::SizeIs(1));
+    EXPECT_THAT(filter.senders, testing::SizeIs(1));
     EXPECT_EQ(ErrorLog::count("MSG_REMOTE_MSG_REV AppType error"), 2);
 
     fromProgram(AppUSB, RMSG_APP_EVENT, 7, 8);
@@ -204,28 +211,15 @@ TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)
         expectNothingPosted();
     }
 
-    for (const int page : { mbSetup, mbiPodAudio })
-        registerHandler(new FakePageHandler(page));
-    EngineLayer::PageScheduleConfig navigation;
-    navigation.ownerId = Kernel::generalApplicationId;
-    navigation.page = mbNavi;
-    navigation.appType = AppNavi;
-    registerHandler(new FakePageHandler(navigation));
-    for (const auto& [windowMessage, page, appType] :
-         { std::tuple(1126, mbSetup, AppSetup), std::tuple(2026, mbNavi, AppNavi),
-           std::tuple(48654, mbiPodAudio, AppiPod) })
+    Filter filter;
+    for (const auto& [windowMessage, appType] :
+         { std::pair(1126, AppSetup), std::pair(2026, AppNavi), std::pair(48654, AppiPod) })
     {
         SCOPED_TRACE(windowMessage);
+        addRemoteMsgFilter(windowMessage, &filter);
         IpcDouble::injectWindowMessage(windowMessage, 11, 12);
-        const auto posted = takePosted();
-        ASSERT_EQ(posted.size(), 1u);
-        EXPECT_EQ(posted[0].handlerIndex, page);
-        const auto* message = Kernel::payloadAs<RemoteMessage>(posted[0].payload);
-        ASSERT_NE(message, nullptr);
-        EXPECT_EQ(message->what, windowMessage);
-        EXPECT_EQ(message->appType, appType);
-        EXPECT_EQ(message->arg1, 11);
-        EXPECT_EQ(message->arg2, 12);
+        EXPECT_EQ(std::exchange(filter.senders, {}), std::vector<int> { appType });
+        EXPECT_EQ(filter.last, std::pair(11, 12));
     }
 
     connect(AppMainMenu);

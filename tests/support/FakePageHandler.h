@@ -14,12 +14,7 @@ public:
     using Ptr = juce::ReferenceCountedObjectPtr<FakePageHandler>;
 
     explicit FakePageHandler(int page)
-        : FakePageHandler(*EngineLayer::pageScheduleConfig(page))
-    {
-    }
-    /** For a page that no application of this unit has. */
-    explicit FakePageHandler(const EngineLayer::PageScheduleConfig& ownConfig)
-        : config(ownConfig)
+        : config(*EngineLayer::pageScheduleConfig(page))
     {
     }
 
