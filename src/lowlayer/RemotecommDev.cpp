@@ -74,7 +74,8 @@ void RemotecommDev::onPresence(int appType, bool present)
 
 void RemotecommDev::onBroadcast(const juce::String& text)
 {
-    juce::MessageManager::getInstance()->deliverBroadcastMessage(text);
+    // The list of listeners is the message thread's.
+    juce::MessageManager::callAsync([text] { juce::MessageManager::getInstance()->deliverBroadcastMessage(text); });
 }
 
 void RemotecommDev::translate(int appType, juce::int32 what, juce::int32 wParam, juce::int32 lParam)
