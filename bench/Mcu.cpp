@@ -420,6 +420,7 @@ void Mcu::transmitInFlight()
     --inFlight->transmissionsLeft;
     inFlight->due = Clock::now() + resendAfter + faults.delay;
     const auto name = mcuCommandName(inFlight->frame.command);
+    journal.add("sent " + name, hex(inFlight->frame.data));
     const auto isNth = faults.dropEvery > 0 && ++faults.dropCount % faults.dropEvery == 0;
     if (faults.drop > 0 || isNth)
     {

@@ -16,8 +16,9 @@ namespace Bench
    source, asks the unit for it after a start, follows the unit's own source changes, and can be made to misbehave.
 
     Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement),
-    "mcu ready-for-power-off", "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received).
-    Every public operation may be called from any thread; none waits for the unit.
+    "mcu ready-for-power-off", "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received),
+   "sent NAME" (each transmission of a frame). Every public operation may be called from any thread; none waits for the
+   unit.
 */
 class Mcu
 {

@@ -2,6 +2,7 @@
 #include "platform/Pubhead.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 using namespace Platform;
@@ -17,10 +18,13 @@ void require(bool condition)
 
 } // namespace
 
-/** Any text is refused or a command line, and what was accepted says the same after a round trip. */
+/** Any text (the channel and the JSON reader hand on valid UTF-8 only) is refused or a command line, and what was
+ * accepted says the same after a round trip. */
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string text(reinterpret_cast<const char*>(data), size);
+    if (!juce::CharPointer_UTF8::isValidString(text.c_str(), static_cast<int>(std::strlen(text.c_str()))))
+        return 0;
     const auto bundle = CmdLineHelper::parseCommandLine(juce::String::fromUTF8(text.c_str()));
     const auto commandLine = RemoteObjFormat::generateCommandLine(bundle);
     require((bundle == nullptr) == (commandLine == nullptr));

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <ostream>
 #include <thread>
+#include <utility>
 
 namespace Bench
 {
@@ -232,6 +233,8 @@ Outcome Console::expect(const Words& words)
     auto limit = !rest.empty() && rest.front() == "no" ? Expectations::defaultAbsence : Expectations::defaultLimit;
     if (auto error = takeLimit(rest, limit); !error.empty())
         return failed(error);
+    if (!rest.empty() && rest.front() == "order")
+        return expectOrder(rest, limit);
     const bool refuses = !rest.empty() && rest.front() == "no";
     if (refuses)
         rest.erase(rest.begin());
@@ -256,6 +259,28 @@ Outcome Console::expect(const Words& words)
     return {};
 }
 
+Outcome Console::expectOrder(const Words& words, std::chrono::milliseconds limit)
+{
+    std::vector<Expectation> inOrder;
+    for (auto word = words.begin() + 1; word != words.end(); ++word)
+    {
+        auto parsed = parseExpectation(parseLine(*word).words);
+        if (!parsed.error.empty())
+            return failed(parsed.error);
+        inOrder.push_back(std::move(parsed.expectation));
+    }
+    if (inOrder.size() < 2)
+        return usageOf("expect");
+    if (const auto instead = expectations.waitInOrder(inOrder, limit); !instead.empty())
+        return failed("not seen in this order within " + std::to_string(limit.count()) + " ms; " + instead);
+    const char* before = "";
+    output << "  " << style.good("✓") << " ";
+    for (const auto& expectation : inOrder)
+        output << std::exchange(before, ", then ") << expectation.description;
+    output << "\n";
+    return {};
+}
+
 Outcome Console::mark(const Words& words)
 {
     if (words.size() != 1)
@@ -270,6 +295,8 @@ Outcome Console::say(const Words& words)
     for (auto word = words.begin() + 1; word != words.end(); ++word)
         text += (text.empty() ? "" : " ") + *word;
     output << "\n" << style.bold(text) << "\n";
+    headline = unit.journal.end();
+    headlineAt = Clock::now();
     return {};
 }
 

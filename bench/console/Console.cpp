@@ -122,6 +122,7 @@ std::span<const Console::Command> Console::commands()
           nothing },
         { "pages", "pages", "Every page with its program, and which one is in front.", &Console::pages, nothing },
         { "events", "events [N]", "What happened last, on all devices.", &Console::events, nothing },
+        { "trail", "trail", "The frames and messages since the last headline.", &Console::trail, nothing },
         { "gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio,
           nothing },
         { "log", "log [tail [N]] | on | off", "The engine's log; 'on' adds its traffic dumps.", &Console::log,
@@ -129,12 +130,13 @@ std::span<const Console::Command> Console::commands()
               return oneOf(before, { "tail", "on", "off" });
           } },
         { "expect",
-          "expect mcu source NAME | agreed | frame NAME [BYTES] | link TEXT | ready-for-power-off [within TIME]\n"
+          "expect mcu source NAME | agreed | frame|sent NAME [BYTES] | link TEXT | ready-for-power-off [within TIME]\n"
           "expect page NAME shown|hidden|covered|confirmed|in-front [within TIME]\n"
           "expect program NAME running|connected|gone|TEXT [within TIME]\n"
-          "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]",
+          "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
+          "expect order \"mcu source aux\" \"page aux shown\" ... [within TIME]",
           "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "
-          "has its own place: what met one expectation is behind.",
+          "has its own place: what met one expectation is behind. 'order' wants them one after the other.",
           &Console::expect, expectWords },
         { "mark", "mark", "From here on, expect looks only at what comes now.", &Console::mark, nothing },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
@@ -189,7 +191,8 @@ bool Console::runScript(std::istream& script, const std::string& name)
     {
         ++number;
         const auto words = parseLine(text).words;
-        const bool speaksForItself = words.empty() || words[0] == "say" || words[0] == "expect" || words[0] == "pause";
+        const bool speaksForItself =
+            words.empty() || words[0] == "say" || words[0] == "expect" || words[0] == "pause" || words[0] == "trail";
         if (!speaksForItself)
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();

@@ -48,6 +48,8 @@ private:
     std::ostream& output;
     bool watched;
     Expectations expectations;
+    std::uint64_t headline = 0; ///< the journal's end when the last headline was written
+    Clock::time_point headlineAt = Clock::now();
 
     Outcome mcu(const Words& words);
     Outcome program(const Words& words);
@@ -59,7 +61,9 @@ private:
     Outcome state(const Words& words);
     Outcome pages(const Words& words);
     Outcome events(const Words& words);
+    Outcome trail(const Words& words);
     Outcome expect(const Words& words);
+    Outcome expectOrder(const Words& words, std::chrono::milliseconds limit);
     Outcome mark(const Words& words);
     Outcome say(const Words& words);
     Outcome pause(const Words& words);

@@ -53,9 +53,12 @@ ParsedExpectation expectMcu(const Words& words)
             { "frame " + unitCommandName(command), joined(Words(words.begin() + 3, words.end())), false, false, {} }, {}
         };
     }
+    if (words.size() >= 3 && words[1] == "sent")
+        return { { "sent " + words[2], joined(Words(words.begin() + 3, words.end())), false, false, {} }, {} };
     if (words.size() >= 3 && words[1] == "link")
         return { { "mcu link", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
-    return failed("expect mcu source NAME | agreed | frame NAME [BYTES] | link TEXT | ready-for-power-off");
+    return failed(
+        "expect mcu source NAME | agreed | frame NAME [BYTES] | sent NAME [BYTES] | link TEXT | ready-for-power-off");
 }
 
 ParsedExpectation expectPage(const Words& words)
@@ -139,6 +142,23 @@ std::string Expectations::wait(const Expectation& expectation, std::chrono::mill
     if (!met)
         return seenInstead(expectation, from);
     cursors[expectation.stream] = met->number + 1;
+    return {};
+}
+
+std::string Expectations::waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit)
+{
+    const auto deadline = Clock::now() + limit;
+    auto from = beginning;
+    for (const auto& expectation : inOrder)
+    {
+        from = std::max(from, cursorOf(expectation.stream));
+        const auto met = journal.waitFor(from, deadline, [&](const Event& event) { return meets(event, expectation); });
+        if (!met)
+            return "missing: " + expectation.description + "\n" +
+                   seenInstead(expectation, cursorOf(expectation.stream));
+        from = met->number + 1;
+        cursors[expectation.stream] = from;
+    }
     return {};
 }
 

@@ -40,6 +40,9 @@ public:
     std::string wait(const Expectation& expectation, std::chrono::milliseconds limit);
     /** True when it was not met from the cursor on, nor within this time. Moves no cursor. */
     bool staysAway(const Expectation& expectation, std::chrono::milliseconds duration) const;
+    /** Empty when they were met one after the other, all within this time, whatever their streams. Each stream's cursor
+     * moves behind the last event that met one of them. */
+    std::string waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit);
     /** From here on only what comes now counts, on every stream. */
     void forgetThePast();
 

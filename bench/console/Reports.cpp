@@ -169,6 +169,27 @@ Outcome Console::events(const Words& words)
     return {};
 }
 
+Outcome Console::trail(const Words& words)
+{
+    if (words.size() != 1)
+        return { Outcome::failed, "trail" };
+    constexpr std::size_t longest = 200;
+    // What comes every few hundred milliseconds, or repeats what another stream says, would bury the rest.
+    const auto tells = [](const Event& event)
+    {
+        const bool regular = event.stream == "frame EVENT_HEAT_BEAT" || event.text.starts_with("heartbeat");
+        const bool repeats = event.stream == "front" || event.stream == "mcu source";
+        return event.stream != "log" && event.stream != "i2c" && !regular && !repeats;
+    };
+    for (const auto& event : unit.journal.find(headline, longest, tells))
+    {
+        const auto after = std::chrono::duration_cast<std::chrono::milliseconds>(event.at - headlineAt).count();
+        output << style.dim("  +" + std::to_string(after) + " ms  ") << style.accent(event.stream) << " " << event.text
+               << "\n";
+    }
+    return {};
+}
+
 Outcome Console::help(const Words& words)
 {
     for (const auto& command : commands())

@@ -14,7 +14,7 @@ using namespace HostFrame;
 
 constexpr int headerSkip = 4; ///< sync, sequence and the length byte that was broken
 
-void handOn(const std::uint8_t* frame, int length, HostFrameParser::Sink& sink)
+inline void handOn(const std::uint8_t* frame, int length, HostFrameParser::Sink& sink)
 {
     // Below dataAt there is no command, and no such sum can be right. At dataAt the command bytes are the checksum,
     // which is never 0, so that an acknowledgement always has its value byte.
@@ -48,7 +48,14 @@ void HostFrameParser::appendReceived(const void* bytes, int n, Sink& sink)
         blocked = true;
         return;
     }
-    std::memcpy(buffer.data() + count, bytes, static_cast<std::size_t>(n));
+    if (count == 0)
+        first = 0;
+    else if (n > static_cast<int>(buffer.size()) - first - count)
+    {
+        std::memmove(buffer.data(), buffer.data() + first, static_cast<std::size_t>(count));
+        first = 0;
+    }
+    std::memcpy(buffer.data() + first + count, bytes, static_cast<std::size_t>(n));
     count += n;
     if (count >= overhead)
         parseHeld(sink);
@@ -56,9 +63,8 @@ void HostFrameParser::appendReceived(const void* bytes, int n, Sink& sink)
 
 void HostFrameParser::parseHeld(Sink& sink)
 {
-    const int keep = parseFrames(buffer.data(), count, sink);
-    if (keep > 0)
-        std::memmove(buffer.data(), buffer.data() + count - keep, static_cast<std::size_t>(keep));
+    const int keep = parseFrames(buffer.data() + first, count, sink);
+    first += count - keep;
     count = keep;
 }
 
@@ -99,6 +105,7 @@ int HostFrameParser::parseFrames(const std::uint8_t* buffer, int count, Sink& si
 
 void HostFrameParser::reset()
 {
+    first = 0;
     count = 0;
     lost = 0;
     blocked = false;

@@ -41,7 +41,9 @@ public:
 private:
     void parseHeld(Sink& sink);
 
-    std::array<std::uint8_t, capacity> buffer {};
+    // What is held moves through twice the room, so that it is copied to the front once in a while and not per chunk.
+    std::array<std::uint8_t, std::size_t { 2 } * capacity> buffer {};
+    int first = 0; ///< where the held bytes begin
     int count = 0;
     int lost = 0;
     bool blocked = false;

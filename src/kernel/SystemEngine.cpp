@@ -57,17 +57,17 @@ void SystemEngine::release()
     components.clear();
 }
 
-void SystemEngine::postMessage(const SystemMessage::Ptr& message)
+void SystemEngine::postMessage(SystemMessage::Ptr& message)
 {
     post(message, false);
 }
 
-void SystemEngine::postUrgentMessage(const SystemMessage::Ptr& message)
+void SystemEngine::postUrgentMessage(SystemMessage::Ptr& message)
 {
     post(message, true);
 }
 
-void SystemEngine::post(const SystemMessage::Ptr& message, bool urgent)
+void SystemEngine::post(SystemMessage::Ptr& message, bool urgent)
 {
     if (stopping)
         return;

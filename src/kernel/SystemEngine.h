@@ -30,9 +30,9 @@ public:
     void stop();
     void release();
 
-    /** Any thread. A message without a route, or after `stop`, is dropped. */
-    void postMessage(const SystemMessage::Ptr& message);
-    void postUrgentMessage(const SystemMessage::Ptr& message);
+    /** Any thread. Takes the message over; one without a route, or after `stop`, is dropped and left to the caller. */
+    void postMessage(SystemMessage::Ptr& message);
+    void postUrgentMessage(SystemMessage::Ptr& message);
     /** To every component in ascending id order, on the normal queue. Any thread. */
     void broadcastMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
 
@@ -42,7 +42,7 @@ public:
     const std::vector<TaskGroup::Ptr>& getGroups() const { return groups; }
 
 private:
-    void post(const SystemMessage::Ptr& message, bool urgent);
+    void post(SystemMessage::Ptr& message, bool urgent);
 
     std::vector<TaskGroup::Ptr> groups;
     std::map<ComponentId, TaskGroup::Ptr> routes;

@@ -29,10 +29,14 @@ private:
     bool inPool = false;
 };
 
-/** The process-wide stack of spare messages. Any thread. */
+/**
+    The process-wide stack of spare messages, last in, first out. Each thread has up to 16 of them at hand and exchanges
+    them with the others by eights. Any thread.
+*/
 class MessagePool
 {
 public:
+    /** As one thread sees it: what all share and what the thread has at hand. */
     static constexpr int capacity = 50;
 
     static SystemMessage::Ptr obtain();

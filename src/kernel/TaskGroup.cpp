@@ -3,6 +3,9 @@
 #include "platform/Logger.h"
 #include "platform/System.h"
 
+#include <iterator>
+#include <thread>
+
 namespace Kernel
 {
 
@@ -12,6 +15,8 @@ namespace
 constexpr int normalPriority = 5;
 constexpr int stopTimeoutMs = 200;
 constexpr int deferredBackOffMs = 5;
+constexpr int looksBeforeSleep = 6;
+constexpr int yieldsPerLook = 8; ///< the posters get on meanwhile: a look takes the queue out of their cache
 
 } // namespace
 
@@ -98,15 +103,16 @@ void TaskGroup::release()
     pending.clear();
 }
 
-void TaskGroup::post(const SystemMessage::Ptr& message, bool urgent)
+void TaskGroup::post(SystemMessage::Ptr& message, bool urgent)
 {
     if (stopping)
         return;
     {
-        const juce::ScopedLock guard(queueLock);
-        (urgent ? urgentQueue : normalQueue).push_back(message);
+        const std::lock_guard guard(inbox.lock);
+        (urgent ? inbox.urgentQueue : inbox.normalQueue).push_back(std::move(message));
+        inbox.filled.store(true, std::memory_order_relaxed);
     }
-    if (waiting.exchange(false))
+    if (inbox.waiting.load() && inbox.waiting.exchange(false))
         wakeUp.signal();
 }
 
@@ -114,31 +120,49 @@ void TaskGroup::run()
 {
     while (!stopping)
     {
-        takeOver();
+        const int deferred = runPass();
         if (pending.empty())
             waitForMessages();
-        else if (runPass() > 0 && priority > normalPriority)
+        else if (deferred > 0 && priority > normalPriority)
             juce::Thread::sleep(deferredBackOffMs);
     }
 }
 
 void TaskGroup::takeOver()
 {
-    const juce::ScopedLock guard(queueLock);
-    pending.insert(pending.begin(), urgentQueue.begin(), urgentQueue.end());
-    urgentQueue.clear();
-    pending.insert(pending.end(), normalQueue.begin(), normalQueue.end());
-    normalQueue.clear();
+    const auto moveAll = [this](std::vector<SystemMessage::Ptr>& queue, std::vector<SystemMessage::Ptr>::iterator where)
+    {
+        if (pending.empty())
+            pending.swap(queue);
+        else
+            pending.insert(where, std::make_move_iterator(queue.begin()), std::make_move_iterator(queue.end()));
+        queue.clear();
+    };
+    if (!inbox.filled.load(std::memory_order_relaxed))
+        return;
+    const std::lock_guard guard(inbox.lock);
+    moveAll(inbox.urgentQueue, pending.begin());
+    moveAll(inbox.normalQueue, pending.end());
+    inbox.filled.store(false, std::memory_order_relaxed);
 }
 
 void TaskGroup::waitForMessages()
 {
+    // Messages come in bursts. To look again a few times costs microseconds; to fall asleep at once costs every poster
+    // of the burst a call to the kernel.
+    for (int look = 0; look < looksBeforeSleep; ++look)
     {
-        // Under the lock: a poster either has appended already or finds the flag set and signals.
-        const juce::ScopedLock guard(queueLock);
-        if (!urgentQueue.empty() || !normalQueue.empty())
+        if (inbox.filled.load(std::memory_order_relaxed))
             return;
-        waiting = true;
+        for (int turn = 0; turn < yieldsPerLook; ++turn)
+            std::this_thread::yield();
+    }
+    {
+        // Once more, under the lock: a poster either has appended already or finds the flag set and signals.
+        const std::lock_guard guard(inbox.lock);
+        if (!inbox.urgentQueue.empty() || !inbox.normalQueue.empty())
+            return;
+        inbox.waiting = true;
     }
     wakeUp.wait();
 }
@@ -168,8 +192,8 @@ int TaskGroup::runPass()
 
 bool TaskGroup::hasMessages() const
 {
-    const juce::ScopedLock guard(queueLock);
-    return !pending.empty() || !urgentQueue.empty() || !normalQueue.empty();
+    const std::lock_guard guard(inbox.lock);
+    return !pending.empty() || !inbox.urgentQueue.empty() || !inbox.normalQueue.empty();
 }
 
 } // namespace Kernel

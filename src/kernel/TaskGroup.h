@@ -3,6 +3,7 @@
 #include "kernel/SystemTask.h"
 
 #include <map>
+#include <mutex>
 #include <vector>
 
 namespace Kernel
@@ -32,8 +33,9 @@ public:
     /** `onRelease` of the components in ascending id order; then the group is empty. */
     void release();
 
-    /** Appends to the normal or urgent queue and wakes the thread; dropped while stopping. Any thread. */
-    void post(const SystemMessage::Ptr& message, bool urgent);
+    /** Moves the message to the normal or urgent queue and wakes the thread; while stopping it drops it and leaves it
+     * to the caller. Any thread. */
+    void post(SystemMessage::Ptr& message, bool urgent);
 
     /**
         One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message
@@ -56,12 +58,19 @@ private:
     std::map<ComponentId, SystemTask::Ptr> components;
     // Vectors keep their memory, so that steady traffic does not allocate.
     std::vector<SystemMessage::Ptr> pending;
-    std::vector<SystemMessage::Ptr> urgentQueue;
-    std::vector<SystemMessage::Ptr> normalQueue;
-    juce::WaitableEvent wakeUp;
-    juce::CriticalSection queueLock;
     std::atomic<bool> stopping { false };
-    std::atomic<bool> waiting { false };
+    juce::WaitableEvent wakeUp;
+
+    /** What posters and the thread share, on cache lines of its own. */
+    struct alignas(64) Inbox
+    {
+        mutable std::mutex lock;
+        std::atomic<bool> filled { false };  ///< a queue holds something; written under the lock
+        std::atomic<bool> waiting { false }; ///< the thread sleeps or is about to; set under the lock
+        std::vector<SystemMessage::Ptr> normalQueue;
+        std::vector<SystemMessage::Ptr> urgentQueue;
+    };
+    Inbox inbox;
 };
 
 } // namespace Kernel
