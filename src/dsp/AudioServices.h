@@ -1,32 +1,108 @@
 #pragma once
 
-/** What the managers need of the audio DSP. Each is reached through EngineApi::Provided<...>. */
+#include <cstdint>
 
-/** Told of changes of volume and mute by the DSP setting helper. */
-class CDSPStateListener
-{
-public:
-    virtual ~CDSPStateListener() = default;
-    virtual void onVolumeChanged(int volume, int zone, bool show) = 0;
-    virtual void onSecondNotice(int first, int second) = 0;
-    virtual void onMuteChanged(bool mute) = 0;
-    virtual void onFourthNotice(int value) = 0;
-};
+class DSPSettingHelper;
 
-/** Brings the DSP up. */
-class ChipManager
-{
-public:
-    virtual ~ChipManager() = default;
-    /** Loads the DSP; from then on the listener hears of changes. */
-    virtual bool init(CDSPStateListener& listener) = 0;
-};
-
-/** Audio control: routing, levels, mute. */
+/**
+    Audio control: volumes, mute, routing and levels of the DSP. Volumes are steps 0 to 50. Zones are 1 and 2. Any
+    thread; calls are carried out one after the other. Failures of the bus are logged where they happen.
+*/
 class ACService
 {
 public:
     virtual ~ACService() = default;
-    virtual void changeSource(int audioChannel) = 0;
+
+    virtual void toggleMute(bool notify) = 0;
+    virtual bool isMute() = 0;
+    /** The zone of the calls that name none. */
+    virtual void setCurrentZone(int zone) = 0;
+    // Each of the next five answers 0, or -1 for an unknown zone. Any step ends the mute and reports that.
+    virtual int volumeUp(int steps, int zone) = 0;
+    virtual int volumeUp(int steps) = 0;
+    virtual int volumeDown(int steps, int zone) = 0;
+    virtual int volumeDown(int steps) = 0;
+    /** Zone 0 changes nothing and answers 0. */
+    virtual int setVolume(int volume, int zone) = 0;
+    virtual int reserved9() = 0;
+    virtual void reserved10() = 0;
+    /** The alert sound is heard whatever plays. */
     virtual void setAlert(bool on) = 0;
+    virtual void reserved12() = 0;
+    virtual void reserved13() = 0;
+    virtual void reserved14() = 0;
+    virtual void reserved15() = 0;
+    virtual void reserved16() = 0;
+    virtual void reserved17() = 0;
+    /** Takes over a channel (`eAudio*`) after 1000 ms without muting. */
+    virtual void setSource(int parameter, int audioChannel) = 0;
+    virtual void reserved19() = 0;
+    /** Mutes, and restores input, level, mute and channel gains 1000 ms later. */
+    virtual void changeSource(int audioChannel) = 0;
+    virtual void reserved21() = 0;
+    virtual void reserved22() = 0;
+    virtual void reserved23() = 0;
+    virtual void reserved24() = 0;
+    virtual void reserved25() = 0;
+    virtual void reserved26() = 0;
+    virtual void reserved27() = 0;
+    virtual void reserved28() = 0;
+    virtual void reserved29() = 0;
+    virtual void reserved30() = 0;
+    virtual int reserved31() = 0;
+    virtual void reserved32() = 0;
+    virtual void reserved33() = 0;
+    virtual void reserved34() = 0;
+    // A setting of zone 2 has changed.
+    virtual void zone2OnChanged() = 0;
+    virtual void zone2OutputModeChanged() = 0;
+    virtual void zone2VolumeModeChanged() = 0;
+    virtual void applySourceLevel() = 0;
+    virtual void setSubwooferDirect(bool on) = 0;
+    /** dB, kept for the next restore. */
+    virtual void setChannelGains(int gain1, int gain2, int gain3, int gain4) = 0;
+};
+
+/** Tone: equaliser, balance and fader, subwoofer, filters. Any thread, as above. */
+class EQService
+{
+public:
+    virtual ~EQService() = default;
+
+    virtual void reserved1() = 0;
+    virtual void reserved2() = 0;
+    virtual void reserved3() = 0;
+    virtual void reserved4() = 0;
+    virtual int applyBalance() = 0; ///< both apply balance and fader
+    virtual int applyFader() = 0;
+    virtual int reserved7() = 0;
+    virtual int reserved8() = 0;
+    virtual int reserved9() = 0;
+    virtual void setSubwooferLevel(int index) = 0; ///< 0 to 13
+    virtual bool reserved11() = 0;
+    virtual void reserved12() = 0;
+    virtual int reserved13() = 0;
+    virtual bool reserved14() = 0;
+    virtual void setHighPass(int index) = 0; ///< 0 (off) to 3
+    /** Band 0 to 6 of the user's curve; `stored` as in the settings, 0 to 12. */
+    virtual void setCustomBand(int band, int stored) = 0;
+    virtual bool applyPreset() = 0;
+    virtual bool reserved18() = 0;
+    virtual bool reserved19() = 0;
+    virtual bool reserved20() = 0;
+    virtual bool reserved21() = 0;
+    virtual void setSwitch(int which, bool on) = 0;
+    virtual bool updateSubwoofer() = 0;
+    virtual void setDmeState(bool on) = 0;
+};
+
+/** Owner of the two. Reached through EngineApi::Provided<ChipManager>. */
+class ChipManager
+{
+public:
+    virtual ~ChipManager() = default;
+    /** The first call boots the DSP; every call writes the equaliser anew. */
+    virtual bool init(DSPSettingHelper& helper) = 0;
+    virtual EQService& getEQService() = 0;
+    virtual ACService& getACService() = 0;
 };

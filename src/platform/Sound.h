@@ -1,0 +1,18 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+
+namespace Platform
+{
+
+/**
+    Plays a sound file in a loop on the default output, in place of one that plays; an empty name stops it. Its gain is
+    the wave-out volume (System.h), also when that changes meanwhile. Without a sound card it is logged once that
+    nothing can be heard, and nothing else happens; a file that cannot be read is logged. True when it plays. Any thread.
+*/
+bool PlaySound(const juce::String& file);
+
+/** Closes the device. At the end of the process, before the message loop is gone. */
+void releaseSound();
+
+} // namespace Platform
