@@ -14,12 +14,6 @@ constexpr std::array stateNames { "kBooting", "kAntitheft",     "kLocked",  "kNo
                                   "kISRMode", "kDummyPowerOff", "kPowerOff" };
 constexpr std::array subStateNames { "kIdle", "kSchedule", "kSwitch", "kRecovery" };
 
-template <typename Names>
-const char* nameIn(const Names& names, int value)
-{
-    return value >= 0 && value < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(value)] : "";
-}
-
 EngineLayer::SystemStateManager& manager()
 {
     return *EngineLayer::SystemStateManager::getInstance();
@@ -29,12 +23,12 @@ EngineLayer::SystemStateManager& manager()
 
 const char* systemStateName(int state)
 {
-    return nameIn(stateNames, state);
+    return Pubhead::nameIn(stateNames, state);
 }
 
 const char* systemSubStateName(int subState)
 {
-    return nameIn(subStateNames, subState);
+    return Pubhead::nameIn(subStateNames, subState);
 }
 
 int getSystemState()

@@ -17,13 +17,6 @@ constexpr std::array sourceNames { "SRC_TUNER",    "SRC_DISC",     "SRC_CDC",   
                                    "SRC_BT_PHONE", "SRC_PANDORA",  "SRC_HDMI",      "SRC_WIFI",      "NUM_OF_SOURCES" };
 static_assert(sourceNames.size() == NUM_OF_SOURCES + 1);
 
-constexpr std::array audioChannelNames {
-    "eAudioTuner", "eAudioWince",      "eAudioDisc",    "eAudioAux1",     "eAudioAux2",  "eAudioDVBT", "eAudioSirius",
-    "eAudioXM",    "eAudioHDRadio",    "eAudioBT",      "eAudioTunerISR", "eAudioAVOff", "eAudioDAB",  "eAudioHDMI",
-    "eAudioWifi",  "eAudioTelematics", "eAudioBTAudio", "eAudioFM",       "eAudioAM",    "eAudioWB",   "eAudioPandora"
-};
-static_assert(audioChannelNames.size() == noAudioChannel);
-
 constexpr std::array videoChannelNames { "eVideoWince", "eVideoDisc",  "eVideoCamera", "eVideoAux1", "eVideoAux2",
                                          "eVideoDVBT",  "eVideoAVOff", "eVideoHDMI",   "eVideoDVR",  "eVideoWifi" };
 static_assert(videoChannelNames.size() == noVideoChannel);
@@ -33,12 +26,6 @@ static_assert(actionNames.size() == static_cast<std::size_t>(AppAction::ToStop) 
 
 constexpr std::array switchTypeNames { "Unknown", "ToRun", "ToStop", "ToChange", "ToShowTopLevel" };
 static_assert(switchTypeNames.size() == static_cast<std::size_t>(SwitchType::ToShowTopLevel) + 1);
-
-template <typename Names>
-const char* nameIn(const Names& names, int value)
-{
-    return value >= 0 && value < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(value)] : "";
-}
 
 /** What kind of page it is; only these combinations exist. */
 enum class Kind { screen, sourceScreen, normalSource, rear };
@@ -127,11 +114,6 @@ constexpr std::array pages {
 const char* sourceName(int source)
 {
     return nameIn(sourceNames, source);
-}
-
-const char* audioChannelName(int channel)
-{
-    return nameIn(audioChannelNames, channel);
 }
 
 const char* videoChannelName(int channel)

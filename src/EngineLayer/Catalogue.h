@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dsp/AudioChannel.h"
 #include "kernel/ComponentIds.h"
 #include "platform/Pubhead.h"
 
@@ -14,17 +15,6 @@ enum SourceId : std::int32_t
     SRC_CAMERA, SRC_AUX_FRONT, SRC_BT_AUDIO, SRC_SAT_SIRIUS, SRC_HDRADIO, SRC_INTERNET, SRC_AV_OFF, SRC_TUNER_ISR,
     SRC_HDRADIO_ISR, SRC_BT_PHONE, SRC_PANDORA, SRC_HDMI, SRC_WIFI,
     NUM_OF_SOURCES ///< no source
-};
-// clang-format on
-
-/** Audio input of the DSP routing. */
-// clang-format off
-enum AudioChannel : std::int32_t
-{
-    eAudioTuner, eAudioWince, eAudioDisc, eAudioAux1, eAudioAux2, eAudioDVBT, eAudioSirius, eAudioXM, eAudioHDRadio,
-    eAudioBT, eAudioTunerISR, eAudioAVOff, eAudioDAB, eAudioHDMI, eAudioWifi, eAudioTelematics, eAudioBTAudio,
-    eAudioFM, eAudioAM, eAudioWB, eAudioPandora,
-    noAudioChannel ///< never counts as a shared channel
 };
 // clang-format on
 
@@ -58,7 +48,6 @@ enum class SwitchType : std::int32_t {
 
 /** Exact names for log lines; "" for a value outside the enumeration. The page and program names are in Pubhead. */
 const char* sourceName(int source);
-const char* audioChannelName(int channel);
 const char* videoChannelName(int channel);
 const char* actionName(int action);
 const char* switchTypeName(int type);

@@ -15,6 +15,8 @@
 #include "EngineLayer/UnitLines.h"
 #include "EngineLayer/UsbStorage.h"
 #include "EngineLayer/VideoDecoder.h"
+#include "dsp/AudioServices.h"
+#include "dsp/DSPSettingHelperImpl.h"
 #include "factory/ScheduleFactroy.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -290,7 +292,11 @@ void DeviceStatusManager::lastMemoryAnswered()
     agreement.restart();
     SystemInfo::getInstance()->set(sysInfoSetting22, EngineApi::getSettingInt(setting22));
     if (auto* chip = Provided<ChipManager>::get())
-        chip->init(*this);
+    {
+        auto* settings = DSPSettingHelperImpl::getInstance();
+        chip->init(*settings);
+        settings->setListener(this);
+    }
     if (auto* session = Provided<EngineApi::AutoTestSession>::get())
         session->start();
     startTimer(timerAutoTest, autoTestMs);
@@ -357,9 +363,9 @@ void DeviceStatusManager::sourceChanged()
     const auto [type, number] = policy().mcuSourceForPage(page);
     const McuSource source { type, number };
     const auto handler = EngineApi::getHandler(page);
-    auto* audio = Provided<ACService>::get();
-    if (handler != nullptr && audio != nullptr)
-        audio->changeSource(handler->getConfig().audioChannel);
+    auto* chip = Provided<ChipManager>::get();
+    if (handler != nullptr && chip != nullptr)
+        chip->getACService().changeSource(handler->getConfig().audioChannel);
     switch (agreement.unitSwitchedTo(source))
     {
     case SourceAgreement::Report::ask:
@@ -478,8 +484,8 @@ void DeviceStatusManager::setLowBatteryAlert(bool on)
     if (auto* bar = Provided<EngineApi::LowBatteryBar>::get())
         bar->postMessage(Kernel::MSG_LOW_BATTERY_ALERT, on ? 1 : 0, 0, nullptr);
     SystemInfo::getInstance()->set(sysInfoLowBattery, on ? 1 : 0);
-    if (auto* audio = Provided<ACService>::get())
-        audio->setAlert(on);
+    if (auto* chip = Provided<ChipManager>::get())
+        chip->getACService().setAlert(on);
 }
 
 // What the DSP says.

@@ -3,7 +3,7 @@
 #include "EngineApi/DeviceStatus.h"
 #include "EngineLayer/DeviceTable.h"
 #include "EngineLayer/SourceAgreement.h"
-#include "dsp/AudioServices.h"
+#include "dsp/DSPSettingHelper.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"

@@ -24,35 +24,35 @@ public:
     virtual int volumeDown(int steps) = 0;
     /** Zone 0 changes nothing and answers 0. */
     virtual int setVolume(int volume, int zone) = 0;
-    virtual int reserved9() = 0;
-    virtual void reserved10() = 0;
+    virtual int reserved9() { return 0; }
+    virtual void reserved10() {}
     /** The alert sound is heard whatever plays. */
     virtual void setAlert(bool on) = 0;
-    virtual void reserved12() = 0;
-    virtual void reserved13() = 0;
-    virtual void reserved14() = 0;
-    virtual void reserved15() = 0;
-    virtual void reserved16() = 0;
-    virtual void reserved17() = 0;
+    virtual void reserved12() {}
+    virtual void reserved13() {}
+    virtual void reserved14() {}
+    virtual void reserved15() {}
+    virtual void reserved16() {}
+    virtual void reserved17() {}
     /** Takes over a channel (`eAudio*`) after 1000 ms without muting. */
     virtual void setSource(int parameter, int audioChannel) = 0;
-    virtual void reserved19() = 0;
+    virtual void reserved19() {}
     /** Mutes, and restores input, level, mute and channel gains 1000 ms later. */
     virtual void changeSource(int audioChannel) = 0;
-    virtual void reserved21() = 0;
-    virtual void reserved22() = 0;
-    virtual void reserved23() = 0;
-    virtual void reserved24() = 0;
-    virtual void reserved25() = 0;
-    virtual void reserved26() = 0;
-    virtual void reserved27() = 0;
-    virtual void reserved28() = 0;
-    virtual void reserved29() = 0;
-    virtual void reserved30() = 0;
-    virtual int reserved31() = 0;
-    virtual void reserved32() = 0;
-    virtual void reserved33() = 0;
-    virtual void reserved34() = 0;
+    virtual void reserved21() {}
+    virtual void reserved22() {}
+    virtual void reserved23() {}
+    virtual void reserved24() {}
+    virtual void reserved25() {}
+    virtual void reserved26() {}
+    virtual void reserved27() {}
+    virtual void reserved28() {}
+    virtual void reserved29() {}
+    virtual void reserved30() {}
+    virtual int reserved31() { return 0; }
+    virtual void reserved32() {}
+    virtual void reserved33() {}
+    virtual void reserved34() {}
     // A setting of zone 2 has changed.
     virtual void zone2OnChanged() = 0;
     virtual void zone2OutputModeChanged() = 0;
@@ -69,28 +69,28 @@ class EQService
 public:
     virtual ~EQService() = default;
 
-    virtual void reserved1() = 0;
-    virtual void reserved2() = 0;
-    virtual void reserved3() = 0;
-    virtual void reserved4() = 0;
+    virtual void reserved1() {}
+    virtual void reserved2() {}
+    virtual void reserved3() {}
+    virtual void reserved4() {}
     virtual int applyBalance() = 0; ///< both apply balance and fader
     virtual int applyFader() = 0;
-    virtual int reserved7() = 0;
-    virtual int reserved8() = 0;
-    virtual int reserved9() = 0;
+    virtual int reserved7() { return 0; }
+    virtual int reserved8() { return 0; }
+    virtual int reserved9() { return 0; }
     virtual void setSubwooferLevel(int index) = 0; ///< 0 to 13
-    virtual bool reserved11() = 0;
-    virtual void reserved12() = 0;
-    virtual int reserved13() = 0;
-    virtual bool reserved14() = 0;
+    virtual bool reserved11() { return false; }
+    virtual void reserved12() {}
+    virtual int reserved13() { return 0; }
+    virtual bool reserved14() { return false; }
     virtual void setHighPass(int index) = 0; ///< 0 (off) to 3
     /** Band 0 to 6 of the user's curve; `stored` as in the settings, 0 to 12. */
     virtual void setCustomBand(int band, int stored) = 0;
     virtual bool applyPreset() = 0;
-    virtual bool reserved18() = 0;
-    virtual bool reserved19() = 0;
-    virtual bool reserved20() = 0;
-    virtual bool reserved21() = 0;
+    virtual bool reserved18() { return false; }
+    virtual bool reserved19() { return false; }
+    virtual bool reserved20() { return false; }
+    virtual bool reserved21() { return false; }
     virtual void setSwitch(int which, bool on) = 0;
     virtual bool updateSubwoofer() = 0;
     virtual void setDmeState(bool on) = 0;

@@ -30,24 +30,24 @@ public:
     virtual int getSetting14() = 0;
     virtual int getSetting264() = 0;
     virtual int getEqPreset() = 0; ///< 0 tone controls, 1 to 3 curves, 4 the user's
-    virtual int reserved10() = 0;
-    virtual int reserved11() = 0;
-    virtual int reserved12() = 0;
+    virtual int reserved10() { return 0; }
+    virtual int reserved11() { return 0; }
+    virtual int reserved12() { return 0; }
     virtual bool isEqSwitchOn() = 0;
     virtual int getBalance() = 0; ///< 0 to 12, 6 is the middle
     virtual int getFader() = 0;   ///< 0 to 12, 6 is the middle
     virtual int getBassGain() = 0;
-    virtual int reserved17() = 0;
-    virtual int reserved18() = 0;
+    virtual int reserved17() { return 0; }
+    virtual int reserved18() { return 0; }
     virtual int getMiddleGain() = 0;
-    virtual int reserved20() = 0;
-    virtual int reserved21() = 0;
+    virtual int reserved20() { return 0; }
+    virtual int reserved21() { return 0; }
     virtual int getTrebleGain() = 0;
-    virtual int reserved23() = 0;
-    virtual int reserved24() = 0;
+    virtual int reserved23() { return 0; }
+    virtual int reserved24() { return 0; }
     virtual int getSubwooferLevelIndex() = 0; ///< 0 to 13
     virtual bool isSubwooferOn() = 0;
-    virtual bool reserved27() = 0;
+    virtual bool reserved27() { return false; }
     virtual int getCrossoverFrequency() = 0; ///< Hz: 0, 55, 85 or 120
     virtual int getHighPassIndex() = 0;      ///< 0 to 3
     // Band levels, -7 to 7.
@@ -58,12 +58,12 @@ public:
     virtual int getBandLevel260() = 0;
     virtual int getBandLevel262() = 0;
     virtual int getBandLevel263() = 0;
-    virtual int reserved37() = 0;
-    virtual int getSourceLevelIndex() = 0;      ///< 0 to 6
-    virtual int getCustomEqGain(int band) = 0;  ///< band 0 to 6
+    virtual int reserved37() { return 0; }
+    virtual int getSourceLevelIndex() = 0;     ///< 0 to 6
+    virtual int getCustomEqGain(int band) = 0; ///< band 0 to 6
     virtual bool isZone2On() = 0;
-    virtual int getZone2VolumeMode() = 0;       ///< 0: zone 2 follows the steps of zone 1
-    virtual int getZone2OutputMode() = 0;       ///< 0 to 2
+    virtual int getZone2VolumeMode() = 0; ///< 0: zone 2 follows the steps of zone 1
+    virtual int getZone2OutputMode() = 0; ///< 0 to 2
     // To the listener, if there is one.
     virtual void notifyVolume(int volume, int zone, bool show) = 0;
     virtual void notifyPair(int first, int second) = 0;

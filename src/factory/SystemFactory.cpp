@@ -1,5 +1,6 @@
 #include "factory/SystemFactory.h"
 
+#include "EngineApi/Provided.h"
 #include "EngineLayer/DataManager.h"
 #include "EngineLayer/DeviceStatusManager.h"
 #include "EngineLayer/HostSessionManager.h"
@@ -7,6 +8,7 @@
 #include "EngineLayer/SystemStateManager.h"
 #include "Extend/ExeMonitor.h"
 #include "Extend/ViewManager.h"
+#include "dsp/akm/ak773ChipManager.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/HostcommDev.h"
@@ -48,6 +50,7 @@ void SystemFactory::buildApplications()
 
 void SystemFactory::buildManagers()
 {
+    EngineApi::Provided<ChipManager>::set(Dsp::ak773ChipManager::getInstance());
     addComponent(highGroup, LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
     addComponent(highGroup, EngineLayer::HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
     addComponent(highGroup, EngineLayer::RemoteSessionManager::getInstance(), Kernel::remoteSessionManagerId);

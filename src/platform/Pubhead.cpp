@@ -28,12 +28,6 @@ constexpr std::array appTypeNames { "AppMain",    "AppMainMenu", "AppSetup",    
                                     "AppSWC",     "AppUnknown" };
 static_assert(appTypeNames.size() == numOfAppTypes);
 
-template <typename Names>
-const char* nameIn(const Names& names, int value)
-{
-    return value >= 0 && value < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(value)] : "";
-}
-
 } // namespace
 
 const char* pageName(int page)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 /** The two enumerations that every program of the unit shares: the pages of the screen and the programs that own them.
@@ -33,6 +34,13 @@ enum AppType : std::int32_t
 
 /** Number of application types, AppUnknown included: a type is valid when 0 <= type < numOfAppTypes. */
 inline constexpr int numOfAppTypes = AppUnknown + 1;
+
+/** The entry of a table of names; "" outside it. */
+template <typename Names>
+const char* nameIn(const Names& names, int value)
+{
+    return value >= 0 && value < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(value)] : "";
+}
 
 /** "mbTuner" ... "NUM_OF_PAGES"; "" outside 0..55. */
 const char* pageName(int page);

@@ -15,6 +15,7 @@
 #include "platform/doubles/IpcDouble.h"
 #include "platform/doubles/LinesDouble.h"
 #include "platform/doubles/SystemDouble.h"
+#include "support/FakeAudio.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
 #include "support/McuLink.h"
@@ -93,19 +94,6 @@ class FakeVolumeBar : public FakeBar<VolumeBar>
     void updateImages(int) override {}
 };
 
-class FakeAudio : public ACService, public ChipManager
-{
-public:
-    void changeSource(int channel) override { calls.push_back("source " + std::to_string(channel)); }
-    void setAlert(bool on) override { calls.push_back(on ? "alert on" : "alert off"); }
-    bool init(CDSPStateListener&) override
-    {
-        calls.push_back("init");
-        return true;
-    }
-    Calls calls;
-};
-
 class FakeAutoTest : public AutoTestSession
 {
 public:
@@ -134,7 +122,6 @@ protected:
         Provided<WiredRemote>::set(&remote);
         Provided<VolumeBar>::set(&volumeBar);
         Provided<LowBatteryBar>::set(&lowBatteryBar);
-        Provided<ACService>::set(&audio);
         Provided<ChipManager>::set(&audio);
         Provided<AutoTestSession>::set(&autoTest);
         add(&manager, Kernel::deviceStatusManagerId);
@@ -145,7 +132,6 @@ protected:
         Provided<WiredRemote>::set(nullptr);
         Provided<VolumeBar>::set(nullptr);
         Provided<LowBatteryBar>::set(nullptr);
-        Provided<ACService>::set(nullptr);
         Provided<ChipManager>::set(nullptr);
         Provided<AutoTestSession>::set(nullptr);
         for (const auto& page : pages)

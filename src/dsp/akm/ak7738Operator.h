@@ -1,0 +1,62 @@
+#pragma once
+
+#include "dsp/akm/BootTable.h"
+#include "dsp/akm/FilterMap.h"
+#include "dsp/akm/FixedPoint.h"
+#include "kernel/Singleton.h"
+
+#include <vector>
+
+namespace Dsp
+{
+
+/**
+    The AK7738. Every command goes to it as one block, which it verifies by a checksum of its own; a block that does not
+    get there is logged where it fails and the next one is tried. Any thread.
+*/
+class ak7738Operator : public Kernel::Singleton<ak7738Operator>
+{
+public:
+    /** Up to three times, until the DSP answers the block's checksum (CRC-16/XMODEM). */
+    void writeBlock(std::span<const std::uint8_t> block);
+    /** Start-up line, registers, images, flat equaliser. Takes some hundred milliseconds. */
+    void boot();
+
+    /** Words into the running DSP, and the order to take them over; no other block comes in between. */
+    void writeCoefficients(std::uint16_t address, std::span<const std::uint8_t> words, Bank bank);
+    /** One gain word of a level in dB. */
+    void writeGain(std::uint16_t address, double decibels, Bank bank);
+    void writeRegister(std::uint8_t number, std::uint8_t value);
+    /** Registers and routing, all of it before any other block. */
+    void writeRegisters(std::span<const RegisterValue> registers);
+
+    // The equaliser.
+    /** A user band 0 to 6 in groups 1, 2 and if wanted 3; dB, at most 12. Other bands are ignored. */
+    void setGeqBand(int userBand, int gainDb, bool includeGroup3);
+    /** Group 3 follows the other two, or is flat. */
+    void syncGroup3(bool flat);
+    /** The sound of this system's own programs is lifted at the bottom and lowered at the top. */
+    void setSystemAudioCompensation(bool on);
+    void setFrontHighPass(int crossoverIndex);
+    void setHighPass(int crossoverIndex);
+    void setLowPass(int crossoverIndex);
+    void setSubwooferLowPass(bool on);
+    /** dB in the order of the channels; the two memories drive the speakers crosswise. */
+    void setChannelGains(const std::array<int, 4>& gains, Bank bank);
+
+private:
+    friend class Kernel::Singleton<ak7738Operator>;
+    ak7738Operator() = default;
+
+    void loadImages();
+    void flattenEqualiser();
+    void writeBand(const EqBand& band, int gainDb, bool groups1And2, bool group3);
+    void writeFixedFilter(std::uint16_t address, FilterType type, int frequency, Bank bank);
+
+    /** Recursive: what belongs together is held over several blocks. */
+    juce::CriticalSection lock;
+    std::array<int, numOfEqBands> bandGains {};
+    bool unverified = false; ///< said so in the log, and nothing was verified since
+};
+
+} // namespace Dsp
