@@ -3,8 +3,9 @@
 #include "platform/Logger.h"
 #include "platform/linux/Descriptor.h"
 
-// Bytes stay bytes: nothing here needs wide characters or the library that converts them.
+// Bytes stay bytes, and the header is the whole of it: the library behind it only adds the conversion of wide characters.
 #define SI_NO_CONVERSION
+#define SI_IMPLEMENTATION
 #include <SimpleIni.h>
 #include <charconv>
 #include <cstdio>
