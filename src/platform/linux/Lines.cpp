@@ -2,12 +2,11 @@
 
 #include "platform/Configuration.h"
 #include "platform/LineDevices.h"
-#include "platform/Logger.h"
+#include "platform/linux/FailureLog.h"
 #include "platform/socket/SocketDevice.h"
 
 #include <map>
 #include <mutex>
-#include <set>
 
 namespace Platform
 {
@@ -30,30 +29,6 @@ std::unique_ptr<I2CBus> busOf(const juce::String& configured, int timeoutMs, juc
     return socketPath.isEmpty() ? openI2cBus(configured, timeoutMs, error)
                                 : openSocketI2cBus(socketPath, timeoutMs, error);
 }
-
-/** Lets the first failure of each thing into the log, and the next one only after it has worked again. */
-class FailureLog
-{
-public:
-    explicit FailureLog(const char* logTag)
-        : tag(logTag)
-    {
-    }
-
-    /** Whether the result is a success. */
-    bool check(int thing, const juce::String& name, const juce::Result& result)
-    {
-        if (result.wasOk())
-            failing.erase(thing);
-        else if (failing.insert(thing).second)
-            Logger::getInstance()->logError(source, __LINE__, tag, name + ": " + result.getErrorMessage());
-        return result.wasOk();
-    }
-
-private:
-    const char* tag;
-    std::set<int> failing;
-};
 
 /** The process's one chip. It stays open, so that outputs keep their levels. */
 class GpioLines
@@ -85,7 +60,7 @@ private:
     std::mutex lock;
     juce::String path;
     std::unique_ptr<GpioChip> chip;
-    FailureLog failures { "GpioFunc" };
+    FailureLog failures { source, "GpioFunc" };
 };
 
 /** A camera is asked every second: a bus or device that is not there is reported once. */
@@ -93,9 +68,7 @@ struct I2cFailures
 {
     static bool check(int thing, const juce::String& name, const juce::Result& result)
     {
-        static std::mutex lock;
-        static FailureLog failures { "I2CDevice" };
-        const std::lock_guard guard(lock);
+        static FailureLog failures { source, "I2CDevice" };
         return failures.check(thing, name, result);
     }
 

@@ -72,6 +72,20 @@ juce::Result SocketDevice::exchange(std::span<const std::uint8_t> request, std::
     return juce::Result::ok();
 }
 
+juce::Result SocketDevice::operate(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t size)
+{
+    size_t length = 0;
+    if (auto result = exchange(request, reply, length); result.failed())
+        return result;
+    if (length < statusSize)
+        return juce::Result::fail("a reply of " + juce::String(static_cast<int>(length)) + " bytes is too short");
+    if (const auto status = static_cast<juce::int32>(juce::ByteOrder::littleEndianInt(reply.data())); status != 0)
+        return juce::Result::fail("the device answers " + juce::String(status));
+    if (length < size)
+        return juce::Result::fail("the reply lacks the value");
+    return juce::Result::ok();
+}
+
 juce::Result SocketDevice::fail(const juce::String& reason)
 {
     close();

@@ -26,6 +26,11 @@ public:
 
     /** `reply` is the room for the answer; `length` the bytes of it that came. A longer answer is a failure. */
     juce::Result exchange(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t& length);
+    /** One exchange whose reply begins with a status, 0 = done, and has at least `size` bytes when it is. */
+    juce::Result operate(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t size);
+
+    /** Bytes of the status. */
+    static constexpr size_t statusSize = 4;
 
 private:
     juce::Result fail(const juce::String& reason);

@@ -15,25 +15,9 @@ constexpr int gpioTimeoutMs = 1000;
 enum GpioOperation { function = 0, write = 1, read = 2 };
 enum I2cDirection { writing = 0, reading = 1 };
 
-constexpr size_t statusSize = 4;
+constexpr size_t statusSize = SocketDevice::statusSize;
 constexpr size_t gpioReplySize = 8;
 constexpr size_t i2cReadReplySize = 5;
-
-/** One exchange whose reply begins with a status, 0 = done, and has at least `size` bytes when it is. */
-juce::Result exchange(SocketDevice& device, std::span<const std::uint8_t> request, std::span<std::uint8_t> reply,
-                      size_t size)
-{
-    size_t length = 0;
-    if (auto result = device.exchange(request, reply, length); result.failed())
-        return result;
-    if (length < statusSize)
-        return juce::Result::fail("a reply of " + juce::String(static_cast<int>(length)) + " bytes is too short");
-    if (const auto status = static_cast<juce::int32>(juce::ByteOrder::littleEndianInt(reply.data())); status != 0)
-        return juce::Result::fail("the device answers " + juce::String(status));
-    if (length < size)
-        return juce::Result::fail("the reply lacks the value");
-    return juce::Result::ok();
-}
 
 class SocketGpioChip : public GpioChip
 {
@@ -76,13 +60,13 @@ private:
         const bool kept = device.isConnected();
         auto result = kept ? juce::Result::ok() : device.connect(path, gpioTimeoutMs);
         if (result.wasOk())
-            result = exchange(device, request, reply, gpioReplySize);
+            result = device.operate(request, reply, gpioReplySize);
         // A connection kept from before may belong to a simulated chip that has been restarted since.
         if (kept && !device.isConnected())
         {
             result = device.connect(path, gpioTimeoutMs);
             if (result.wasOk())
-                result = exchange(device, request, reply, gpioReplySize);
+                result = device.operate(request, reply, gpioReplySize);
         }
         answer = juce::ByteOrder::littleEndianInt(reply.data() + statusSize);
         return result;
@@ -104,14 +88,14 @@ public:
     {
         const std::array request { byte(address), byte(I2cDirection::writing), byte(registerNumber), value };
         std::array<std::uint8_t, i2cReadReplySize> reply {};
-        return exchange(device, request, reply, statusSize);
+        return device.operate(request, reply, statusSize);
     }
 
     juce::Result read(int address, int registerNumber, std::uint8_t& value) override
     {
         const std::array request { byte(address), byte(I2cDirection::reading), byte(registerNumber) };
         std::array<std::uint8_t, i2cReadReplySize> reply {};
-        auto result = exchange(device, request, reply, i2cReadReplySize);
+        auto result = device.operate(request, reply, i2cReadReplySize);
         if (result.wasOk())
             value = reply[statusSize];
         return result;
