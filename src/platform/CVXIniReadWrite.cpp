@@ -3,7 +3,8 @@
 #include "platform/Logger.h"
 #include "platform/linux/Descriptor.h"
 
-// Bytes stay bytes, and the header is the whole of it: the library behind it only adds the conversion of wide characters.
+// Bytes stay bytes, and the header is the whole of it: the library behind it only adds the conversion of wide
+// characters.
 #define SI_NO_CONVERSION
 #define SI_IMPLEMENTATION
 #include <SimpleIni.h>

@@ -16,7 +16,7 @@ public:
     virtual ~SpiBus() = default;
     /** Clock in Hz, bits per word, and eight values that the driver takes as they are. */
     virtual juce::Result configure(const std::array<std::uint32_t, 10>& record) = 0;
-    /** True holds the chip's select line low over all that follows. */
+    /** True holds the chip's select line low over all that follows, at the latest from its first byte. */
     virtual juce::Result select(bool on) = 0;
     virtual juce::Result write(std::span<const std::uint8_t> data) = 0;
     /** Sends the prefix, at most 4 bytes, and then fills the buffer. */
@@ -27,7 +27,10 @@ public:
 std::unique_ptr<SpiBus> openSpiBus(const juce::String& path, juce::String& error);
 std::unique_ptr<SpiBus> openSocketSpiBus(const juce::String& socketPath, juce::String& error);
 
-/** The unit's SPI driver. One thread at a time. A failure is logged with its reason, again only after a success. */
+/**
+    The unit's SPI driver. One thread at a time. A failure is logged with its reason, again only after the same step has
+    succeeded, on this or another object. What is not open fails in silence.
+*/
 class SpiDevice
 {
 public:
