@@ -4,6 +4,7 @@
 #include "kernel/SystemEngine.h"
 #include "platform/Logger.h"
 #include "platform/Resources.h"
+#include "platform/Sound.h"
 #include "platform/System.h"
 
 namespace
@@ -72,6 +73,7 @@ void MainApplication::shutdown()
     juce::MessageManager::getInstance()->deregisterBroadcastListener(this);
     Kernel::SystemEngine::getInstance()->stop();
     Kernel::SystemEngine::getInstance()->release();
+    Platform::releaseSound();
 }
 
 void MainApplication::actionListenerCallback(const juce::String& message)

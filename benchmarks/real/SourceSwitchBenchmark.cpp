@@ -1,8 +1,8 @@
 // From a frame on the port to the order at a program: the real engine, bus and programs, beside the bus's own round
 // trip.
 #include "bench/Unit.h"
+#include "benchmarks/Latencies.h"
 
-#include <algorithm>
 #include <array>
 #include <benchmark/benchmark.h>
 #include <poll.h>
@@ -17,19 +17,6 @@ using Microseconds = std::chrono::duration<double, std::micro>;
 
 constexpr int samples = 100;
 constexpr auto patience = std::chrono::seconds(10);
-
-void report(benchmark::State& state, std::vector<double> microseconds)
-{
-    if (microseconds.empty())
-        return;
-    std::sort(microseconds.begin(), microseconds.end());
-    const auto at = [&](double share)
-    { return microseconds[static_cast<std::size_t>(share * static_cast<double>(microseconds.size() - 1))]; };
-    constexpr double median = 0.5;
-    constexpr double p99 = 0.99;
-    state.counters["median_us"] = at(median);
-    state.counters["p99_us"] = at(p99);
-}
 
 /** AM and AUX in turn. Timed from the write of EVENT_SRC_SWITCH to the first command line that a connected program
  * reports, so the program's own report is part of it. */
@@ -66,7 +53,7 @@ void frameToOrder(benchmark::State& state)
         latencies.push_back(Microseconds(ordered->at - sent->at).count());
         state.SetIterationTime(latencies.back() / 1e6);
     }
-    report(state, latencies);
+    reportLatencies(state, latencies);
     unit.stop();
 }
 BENCHMARK(frameToOrder)
@@ -134,7 +121,7 @@ void busRoundTrip(benchmark::State& state)
     }
     stop = true;
     peer.join();
-    report(state, latencies);
+    reportLatencies(state, latencies);
     sd_bus_flush_close_unref(caller);
     sd_bus_flush_close_unref(callee);
 }

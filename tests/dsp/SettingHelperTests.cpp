@@ -1,0 +1,103 @@
+#include "DspFixture.h"
+
+namespace
+{
+
+class SettingHelperTest : public DspFixture
+{
+};
+
+class Listener : public CDSPStateListener
+{
+public:
+    void onVolumeChanged(int volume, int zone, bool) override { last = volume * 10 + zone; }
+    void onSecondNotice(int first, int) override { last = first; }
+    void onMuteChanged(bool mute) override { last = mute ? 1 : 0; }
+    void onFourthNotice(int value) override { last = value; }
+    int last = -1;
+};
+
+} // namespace
+
+TEST_F(SettingHelperTest, ReadsVolumesAndNeverStartsLoud)
+{
+    struct Case
+    {
+        juce::String content;
+        int source, zone2;
+    };
+    for (const auto& [content, source, zone2] :
+         { Case { "[Volume]\nSrc = 20\nZone2=7\n", 20, 7 }, Case { "[Volume]\nSrc=51\nZone2=-1\n", 0, 0 },
+           Case { "[Volume]\nSrc=2", 2, 0 }, Case { "[Volume\nSrc=9", 0, 0 }, Case { "Src=9\n", 0, 0 },
+           Case { "[Volume]\nSrc=loud\nZone2=99999999999999\n", 0, 0 }, Case { {}, 0, 0 } })
+    {
+        SCOPED_TRACE(content);
+        volumeFile().replaceWithText(content);
+        DSPSettingHelperImpl fresh;
+        EXPECT_EQ(fresh.getVolume(false), source);
+        EXPECT_EQ(fresh.getVolume(true), zone2);
+    }
+}
+
+TEST_F(SettingHelperTest, WritesABurstOfStepsOnceAndForeignKeysStay)
+{
+    volumeFile().replaceWithText("; the owner's\n[Volume]\nSrc = 3\nOther = 1\n[More]\nKey = text\n");
+    {
+        DSPSettingHelperImpl fresh;
+        for (int volume = 4; volume <= 13; ++volume)
+            fresh.setVolume(volume, false);
+        EXPECT_TRUE(volumeFile().loadFileAsString().contains("Src = 3"));
+    } // a write that is due is made at the end
+    const auto written = volumeFile().loadFileAsString();
+    for (const auto* kept : { "; the owner's", "Other", "Key = text", "Src = 13" })
+        EXPECT_TRUE(written.contains(kept)) << kept << " is missing in\n" << written;
+    DSPSettingHelperImpl again;
+    again.setNaviVolume(9);
+    again.setPhoneVolume(8);
+    DSPSettingHelperImpl next;
+    EXPECT_EQ(next.getNaviVolume() * 100 + next.getPhoneVolume(), 908);
+}
+
+TEST_F(SettingHelperTest, ConvertsSettingsAndLimitsThem)
+{
+    using Get = int (DSPSettingHelper::*)();
+    struct Case
+    {
+        int index, stored;
+        Get get;
+        int value;
+    };
+    for (const auto& [index, stored, get, value] :
+         { Case { 280, 0, &DSPSettingHelper::getBalance, 12 }, Case { 280, 99, &DSPSettingHelper::getBalance, 0 },
+           Case { 279, 6, &DSPSettingHelper::getFader, 6 }, Case { 279, -5, &DSPSettingHelper::getFader, 12 },
+           Case { 1281, 0, &DSPSettingHelper::getBassGain, -6 },
+           Case { 1283, 500, &DSPSettingHelper::getTrebleGain, 6 },
+           Case { 257, 14, &DSPSettingHelper::getBandLevel257, 7 },
+           Case { 263, -1, &DSPSettingHelper::getBandLevel263, -7 },
+           Case { 267, 3, &DSPSettingHelper::getCrossoverFrequency, 120 },
+           Case { 267, 4, &DSPSettingHelper::getCrossoverFrequency, 120 },
+           Case { 1284, 14, &DSPSettingHelper::getSubwooferLevelIndex, 13 },
+           Case { 6, 7, &DSPSettingHelper::getSourceLevelIndex, 6 },
+           Case { 1792, 7, &DSPSettingHelper::getEqPreset, 7 } })
+    {
+        set(index, stored);
+        EXPECT_EQ((helper().*get)(), value) << index << " = " << stored;
+    }
+    set(1291, 12);
+    EXPECT_EQ(helper().getCustomEqGain(6), 6);
+    EXPECT_EQ(helper().getCustomEqGain(60), 6);
+}
+
+TEST_F(SettingHelperTest, TellsItsOneListener)
+{
+    Listener listener;
+    helper().notifyMute(true);
+    helper().setListener(&listener);
+    helper().notifyVolume(12, 2, true);
+    EXPECT_EQ(listener.last, 122);
+    helper().notifyFourth(0x1ff);
+    EXPECT_EQ(listener.last, 0xff);
+    helper().setListener(nullptr);
+    helper().notifyMute(true);
+    EXPECT_EQ(listener.last, 0xff);
+}
