@@ -96,8 +96,9 @@ Outcome Console::dspState()
     row("chip", isRunning(memory) ? style.good("runs") : style.warning(state.awake ? "awake, does not run" : "asleep"));
     std::string images;
     for (const auto& image : state.images)
-        images += (images.empty() ? "" : ", ") + std::string(image.name) + " " + std::to_string(image.size);
-    row("images", images.empty() ? "none" : images + " bytes");
+        images +=
+            (images.empty() ? "" : ", ") + std::string(image.name) + style.dim(" " + std::to_string(image.size) + " B");
+    row("images", images.empty() ? "none" : images);
     row("bus", std::to_string(counters.blocks) + " blocks, " + std::to_string(counters.bytes) + " bytes, " +
                    std::to_string(counters.verified) + " verified, " + std::to_string(counters.crcReads) +
                    " crc reads, " + std::to_string(counters.malformed) + " malformed, " +

@@ -47,6 +47,14 @@ struct Curve
     bool isSilent() const { return !(highest() > quietestDb); }
 };
 
+/** Whether nobody could tell them apart. */
+bool coincide(const Curve& one, const Curve& other)
+{
+    constexpr double same = 0.05;
+    return std::equal(one.db.begin(), one.db.end(), other.db.begin(),
+                      [](double a, double b) { return std::abs(a - b) < same; });
+}
+
 double hzOfPoint(int point)
 {
     return lowestHz * std::pow(highestHz / lowestHz, static_cast<double>(point) / (pointCount - 1));
@@ -63,21 +71,36 @@ std::vector<double> sampled(const Function& function)
 
 std::vector<Curve> groupCurves(const DspMemory& memory)
 {
-    std::vector<Curve> curves;
+    std::vector<Curve> curves, nominals;
     for (std::size_t index = 0; index < dspGroupCount; ++index)
     {
         const auto group = groupOf(memory, index);
-        const auto colour = lineColours[index];
-        Curve curve { dspGroups[index].name, group.inPath ? "" : "out of the path", colour, 2.2f, false, {}, {} };
-        curve.db = sampled([&](double hz) { return group.gainDb(hz); });
+        Curve curve { dspGroups[index].name,
+                      group.inPath ? "in the path" : "out of the path",
+                      lineColours[index],
+                      2.2f,
+                      false,
+                      sampled([&](double hz) { return group.gainDb(hz); }),
+                      {} };
         for (std::size_t band = 0; band < dspBandCount; ++band)
             if (const auto gain = group.bandDb(band); std::abs(gain) >= 0.05)
                 curve.dots.emplace_back(dspBands[band].hz, gain);
-        Curve nominal { "nominal", "the gains set, analogue, Q 1.5", colour, 1.6f, true, {}, {} };
-        nominal.db = sampled([&](double hz) { return group.nominalDb(hz); });
         curves.push_back(std::move(curve));
-        curves.push_back(std::move(nominal));
+        Curve nominal { "nominal " + juce::String(index + 1),
+                        "the gains set, as analogue filters",
+                        ink,
+                        1.6f,
+                        true,
+                        sampled([&](double hz) { return group.nominalDb(hz); }),
+                        {} };
+        // Equalisers with the same settings have one nominal curve.
+        const auto same = [&](const Curve& other) { return coincide(other, nominal); };
+        if (const auto twin = std::find_if(nominals.begin(), nominals.end(), same); twin != nominals.end())
+            twin->label << ", " << juce::String(index + 1);
+        else
+            nominals.push_back(std::move(nominal));
     }
+    curves.insert(curves.end(), nominals.begin(), nominals.end());
     return curves;
 }
 
@@ -96,11 +119,11 @@ std::vector<Curve> outputCurves(const DspMemory& memory)
             continue;
         }
         colour += isRight ? 0 : 1;
-        curves.push_back({ output.name, {}, lineColours[colour - 1], 2.2f, isRight, std::move(db), {} });
+        Curve curve { output.name, {}, lineColours[colour - 1], 2.2f, isRight, std::move(db), {} };
+        constexpr double reference = 1000;
+        curve.remark = curve.isSilent() ? "silent" : juce::String(output.gainDb(reference), 1) + " dB at 1 kHz";
+        curves.push_back(std::move(curve));
     }
-    for (auto& curve : curves)
-        curve.remark = curve.isSilent() ? juce::String("silent")
-                                        : juce::String(curve.db[pointCount * 17 / 30], 1) + " dB at 1 kHz";
     return curves;
 }
 
@@ -174,21 +197,20 @@ private:
         if (!any)
             high = low = 0;
         low = std::max(low, high - mostSpan);
-        const auto middle = (high + low) / 2;
-        highestDb = std::ceil((std::max(high, middle + leastSpan / 2) + 1) / dbPerLine) * dbPerLine;
-        lowestDb = std::floor((std::min(low, middle - leastSpan / 2) - 1) / dbPerLine) * dbPerLine;
+        constexpr double air = 1;
+        const auto middle = std::round((high + low) / 2 / dbPerLine) * dbPerLine;
+        highestDb = std::ceil(std::max(high + air, middle + leastSpan / 2) / dbPerLine) * dbPerLine;
+        lowestDb = std::floor(std::min(low - air, middle - leastSpan / 2) / dbPerLine) * dbPerLine;
     }
 
     /** Curves that lie on each other become rims around the last of them. */
     static void spread(std::vector<Curve>& curves)
     {
         constexpr float rim = 3.2f;
-        constexpr double same = 0.05;
         for (std::size_t i = 0; i < curves.size(); ++i)
             for (std::size_t later = i + 1; later < curves.size(); ++later)
                 if (!curves[i].dashed && !curves[later].dashed && !curves[i].isSilent() &&
-                    std::equal(curves[i].db.begin(), curves[i].db.end(), curves[later].db.begin(),
-                               [](double one, double other) { return std::abs(one - other) < same; }))
+                    coincide(curves[i], curves[later]))
                     curves[i].thickness += rim;
     }
 
@@ -257,7 +279,7 @@ private:
             else
                 path.lineTo(at);
         }
-        g.setColour(curve.dashed ? curve.colour.darker(0.5f) : curve.colour);
+        g.setColour(curve.dashed ? curve.colour.darker(0.4f) : curve.colour);
         stroke(path, curve);
         for (const auto& [hz, db] : curve.dots)
         {
@@ -271,23 +293,25 @@ private:
 
     void drawLegend(const std::vector<Curve>& curves)
     {
+        constexpr int fullHeight = 46;
+        const auto rowHeight = juce::jmin(fullHeight, legend.getHeight() / static_cast<int>(curves.size()));
         auto rows = legend;
         for (const auto& curve : curves)
         {
-            auto row = rows.removeFromTop(46);
+            auto row = rows.removeFromTop(rowHeight);
             const auto sample = row.removeFromLeft(44).toFloat();
             juce::Path line;
             line.addLineSegment({ sample.getX(), sample.getY() + 11.0f, sample.getX() + 32.0f, sample.getY() + 11.0f },
                                 0.1f);
             const float strength = curve.isSilent() ? 0.35f : 1.0f;
-            g.setColour((curve.dashed ? curve.colour.darker(0.5f) : curve.colour).withAlpha(strength));
+            g.setColour((curve.dashed ? curve.colour.darker(0.4f) : curve.colour).withAlpha(strength));
             stroke(line, curve);
             g.setColour(ink.withAlpha(0.95f * strength));
             setFont(plain, 17.0f);
-            g.drawText(curve.label, row.removeFromTop(22), juce::Justification::centredLeft);
+            g.drawText(curve.label, row.removeFromTop(rowHeight / 2), juce::Justification::centredLeft);
             g.setColour(ink.withAlpha(0.6f * strength));
             setFont(plain, 14.0f);
-            g.drawText(curve.remark, row.removeFromTop(18), juce::Justification::centredLeft);
+            g.drawText(curve.remark, row.removeFromTop(rowHeight * 2 / 5), juce::Justification::centredLeft);
         }
     }
 };
