@@ -87,7 +87,8 @@ void Dsp::closed(int connection)
     if (selected == connection)
         selected = 0;
     // The bytes of a block that was never released reach no one.
-    sessions.erase(connection);
+    if (const auto session = sessions.extract(connection); session && !session.mapped().block.empty())
+        journal.add("dsp", "a block was cut off");
 }
 
 Bytes Dsp::answer(int connection, PacketServer::Packet request)

@@ -169,7 +169,6 @@ void DspChip::tellSource(std::size_t address, std::uint8_t value)
 {
     // The three input registers are written one after the other, and the converter's socket behind them: the last of
     // them makes the source complete.
-    constexpr std::uint8_t converterInput = 0x1A;
     const auto last = dspPaths[zonePath].inputRegister;
     const bool complete = (address == last && value != converterInput) ||
                           (address == converterRegister && words.registers[last] == converterInput);

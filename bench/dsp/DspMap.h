@@ -92,7 +92,8 @@ struct DspOutputPlace
 constexpr std::size_t dspOutputCount = 13;
 extern const DspOutputPlace dspOutputs[dspOutputCount];
 
-constexpr std::size_t converterRegister = 0x66; ///< which socket the analogue converter listens to
+constexpr std::uint8_t converterInput = 0x1A;   ///< in an input register: the analogue converter
+constexpr std::size_t converterRegister = 0x66; ///< which socket it listens to
 constexpr std::size_t runRegister = 0x85;
 constexpr std::uint8_t runValue = 0x1F;
 

@@ -15,8 +15,7 @@ namespace
 constexpr std::size_t valuesPerFilter = 5;
 constexpr std::uint32_t muteOn = 0x010000;
 
-/** What the three input registers may name. The analogue converter listens to one of several sockets. */
-constexpr std::uint8_t converterInput = 0x1A;
+/** What the three input registers may name, and the sockets of the analogue converter. */
 struct InputName
 {
     std::uint8_t value;
