@@ -94,6 +94,11 @@ Journal::Matches isEvent(std::string stream, std::string text)
     { return event.stream == stream && event.text == text; };
 }
 
+bool isDetail(const Event& event)
+{
+    return event.stream == "log" || event.stream == "i2c" || event.stream == "dsp write";
+}
+
 Journal::Matches isIn(std::string stream)
 {
     return [stream = std::move(stream)](const Event& event) { return event.stream == stream; };

@@ -64,6 +64,8 @@ private:
 
 /** Matches one stream and one text. */
 Journal::Matches isEvent(std::string stream, std::string text);
+/** The fine print: what would bury the rest where everything is listed. */
+bool isDetail(const Event& event);
 /** Matches a stream, whatever its text. */
 Journal::Matches isIn(std::string stream);
 

@@ -66,6 +66,13 @@ bool PacketServer::send(int connection, Packet packet)
                                                 MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(packet.size());
 }
 
+void PacketServer::drop(int connection)
+{
+    const std::scoped_lock guard(lock);
+    if (const auto found = descriptors.find(connection); found != descriptors.end())
+        ::shutdown(found->second, SHUT_RDWR);
+}
+
 void PacketServer::run()
 {
     while (!stopping)

@@ -39,6 +39,8 @@ public:
     void close();
     /** False when the connection is gone or its peer does not read. */
     bool send(int connection, Packet packet);
+    /** The peer finds its connection closed; `closed` is called soon after, on the server's thread. */
+    void drop(int connection);
 
     static constexpr std::size_t maxPacket = 64 * 1024;
 

@@ -59,7 +59,7 @@ std::string Unit::start()
         return error;
     for (const auto& error :
          { linkPrograms(), mcu.start(), videoDecoder.start(path + "/i2c"), gpio.start(path + "/gpio"),
-           programs.start(path + "/control"), log.start(logFile()), bus.start(path) })
+           dsp.start(path + "/spi2"), programs.start(path + "/control"), log.start(logFile()), bus.start(path) })
         if (!error.empty())
             return error;
     return {};
@@ -105,7 +105,7 @@ std::string Unit::writeConfiguration() const
          << "log_library = " << quoted(options.logLibrary) << "\n\n"
          << "[mcu]\nport = " << quoted(mcu.portPath())
          << "\n\n"
-         // Nobody is at the other end of these two: the engine reports them as failed and goes on.
+         // Nobody is at the other end of this one: the engine reports it as failed and goes on.
          << "[wired_remote]\nport = " << quoted(path + "/wired-remote") << "\n\n"
          << "[bus]\nspi2 = " << quoted("socket:" + path + "/spi2") << "\n"
          << "i2c1 = " << quoted("socket:" + path + "/i2c") << "\n"
@@ -148,6 +148,7 @@ void Unit::stop()
     log.stop();
     videoDecoder.stop();
     gpio.stop();
+    dsp.stop();
     mcu.stop();
     if (path.empty())
         return;

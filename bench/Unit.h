@@ -7,6 +7,7 @@
 #include "bench/Mcu.h"
 #include "bench/Programs.h"
 #include "bench/VideoDecoder.h"
+#include "bench/dsp/Dsp.h"
 
 namespace Bench
 {
@@ -41,6 +42,7 @@ public:
 
     const std::string& folder() const { return path; }
     std::string logFile() const { return path + "/engine.log"; }
+    const std::string& resources() const { return options.resources; }
 
     /** USB storage 1 to 8: the mount point is there or not. False outside. */
     bool plugUsb(int number);
@@ -62,6 +64,7 @@ public:
     Mcu mcu { journal };
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };
+    Dsp dsp { journal };
     Bus bus;
     Programs programs { journal };
     LogFollower log { journal };

@@ -53,10 +53,23 @@ Words programWords(const Words& before)
     return {};
 }
 
+Words dspWords(const Words& before)
+{
+    if (before.size() == 1)
+        return { "state", "plot", "play", "fail" };
+    if (before.size() == 2 && before[1] == "fail")
+        return { "open", "configure", "transfer", "crc", "slow", "gone", "well" };
+    if (before.size() == 3 && before[2] == "crc")
+        return { "once", "always" };
+    if (before.size() == 4 && before[1] == "play")
+        return { "front", "rear", "line", "output", "subwoofer" };
+    return {};
+}
+
 Words expectWords(const Words& before)
 {
     if (before.size() == 1)
-        return { "mcu", "page", "program", "log", "engine", "gpio", "no" };
+        return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "no" };
     const auto& subject = before[1];
     if (before.size() == 2 && subject == "mcu")
         return { "source", "agreed", "frame", "link", "ready-for-power-off" };
@@ -64,6 +77,8 @@ Words expectWords(const Words& before)
         return pageNames();
     if (before.size() == 2 && subject == "program")
         return appNames();
+    if (before.size() == 2 && subject == "dsp")
+        return { "boot", "mute", "source", "write" };
     if (before.size() == 2 && subject == "engine")
         return { "started", "exit", "signal" };
     if (before.size() == 3 && subject == "mcu" && before[2] == "source")
@@ -125,6 +140,14 @@ std::span<const Console::Command> Console::commands()
         { "trail", "trail", "The frames and messages since the last headline.", &Console::trail, nothing },
         { "gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio,
           nothing },
+        { "dsp",
+          "dsp state | plot FILE.png | play IN.wav OUT.wav [OUTPUT]\n"
+          "dsp fail open | configure | transfer [N] | crc [once|always] | slow TIME | gone | well",
+          "The audio DSP: what the words in its memory mean, what they do to sound (as a picture, or to a file, into "
+          "one "
+          "channel for each output or those whose name begins with OUTPUT); or let its bus fail. 'well' ends all "
+          "faults.",
+          &Console::dsp, dspWords },
         { "log", "log [tail [N]] | on | off", "The engine's log; 'on' adds its traffic dumps.", &Console::log,
           [](const Words& before) {
               return oneOf(before, { "tail", "on", "off" });
@@ -134,6 +157,7 @@ std::span<const Console::Command> Console::commands()
           "expect page NAME shown|hidden|covered|confirmed|in-front [within TIME]\n"
           "expect program NAME running|connected|gone|TEXT [within TIME]\n"
           "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
+          "expect dsp TEXT | dsp write TEXT [within TIME]\n"
           "expect order \"mcu source aux\" \"page aux shown\" ... [within TIME]",
           "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "
           "has its own place: what met one expectation is behind. 'order' wants them one after the other.",

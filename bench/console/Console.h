@@ -57,6 +57,7 @@ private:
     Outcome camera(const Words& words);
     Outcome engine(const Words& words);
     Outcome gpio(const Words& words);
+    Outcome dsp(const Words& words);
     Outcome log(const Words& words);
     Outcome state(const Words& words);
     Outcome pages(const Words& words);
@@ -71,6 +72,9 @@ private:
     Outcome quit(const Words& words);
 
     Outcome mcuFault(const Words& words);
+    Outcome dspState();
+    Outcome dspPlay(const Words& words);
+    Outcome dspFault(const Words& words);
     void row(const std::string& label, const std::string& value) const;
 };
 

@@ -104,11 +104,16 @@ ParsedExpectation parseExpectation(const Words& words)
         parsed = { { "log", words[1], true, false, {} }, {} };
     else if (subject == "engine" && words.size() >= 2)
         parsed = { { "engine", joined(Words(words.begin() + 1, words.end())), false, false, {} }, {} };
+    else if (subject == "dsp" && words.size() >= 3 && words[1] == "write")
+        parsed = { { "dsp write", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
+    else if (subject == "dsp" && words.size() >= 2 && words[1] != "write")
+        parsed = { { "dsp", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
     else if (subject == "gpio" && words.size() == 3)
         parsed = { { "gpio " + words[1], words[2], false, false, {} }, {} };
     else
         parsed =
-            failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL");
+            failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
+                   "dsp TEXT | dsp write TEXT");
     parsed.expectation.description = joined(words);
     return parsed;
 }
@@ -178,8 +183,7 @@ std::string Expectations::seenInstead(const Expectation& expectation, std::uint6
     if (seen.empty())
     {
         text = "nothing on '" + expectation.stream + "'; the last on the others:";
-        seen = journal.find(from, shown,
-                            [](const Event& event) { return event.stream != "log" && event.stream != "i2c"; });
+        seen = journal.find(from, shown, [](const Event& event) { return !isDetail(event); });
     }
     for (const auto& event : seen)
         text += (text.empty() ? "" : "\n") + event.stream + " " + event.text;

@@ -159,8 +159,7 @@ Outcome Console::events(const Words& words)
     if (words.size() > 2 || !count)
         return { Outcome::failed, "events [N]" };
     const auto shown =
-        unit.journal.find(0, static_cast<std::size_t>(*count),
-                          [](const Event& event) { return event.stream != "log" && event.stream != "i2c"; });
+        unit.journal.find(0, static_cast<std::size_t>(*count), [](const Event& event) { return !isDetail(event); });
     const auto now = Clock::now();
     for (const auto& event : shown)
         output << style.dim("  -" + secondsText(std::chrono::duration_cast<std::chrono::milliseconds>(now - event.at)) +
@@ -179,7 +178,7 @@ Outcome Console::trail(const Words& words)
     {
         const bool regular = event.stream == "frame EVENT_HEAT_BEAT" || event.text.starts_with("heartbeat");
         const bool repeats = event.stream == "front" || event.stream == "mcu source";
-        return event.stream != "log" && event.stream != "i2c" && !regular && !repeats;
+        return !isDetail(event) && !regular && !repeats;
     };
     for (const auto& event : unit.journal.find(headline, longest, tells))
     {

@@ -68,7 +68,9 @@ TEST(Expectation, namesItsStream)
                            { { "page", "MBFM", "in-front" }, "front", "mbFM" },
                            { { "program", "radio", "gone" }, "program AppRadio", "gone" },
                            { { "program", "aux", "key", "66", "0" }, "program AppAuxIn", "key 66 0" },
-                           { { "engine", "exit", "0" }, "engine", "exit 0" } };
+                           { { "engine", "exit", "0" }, "engine", "exit 0" },
+                           { { "dsp", "front", "left", "-10.0", "dB" }, "dsp", "front left -10.0 dB" },
+                           { { "dsp", "write", "equaliser" }, "dsp write", "equaliser" } };
     for (const auto& each : cases)
     {
         const auto parsed = parseExpectation(each.words);
@@ -76,9 +78,10 @@ TEST(Expectation, namesItsStream)
         EXPECT_EQ(parsed.expectation.stream, each.stream);
         EXPECT_EQ(parsed.expectation.text, each.text);
     }
-    for (const auto& wrong : { Words {}, Words { "page", "nowhere", "shown" }, Words { "page", "fm", "gone" },
-                               Words { "mcu", "source", "tape" }, Words { "mcu", "frame", "EVENT_NONE" },
-                               Words { "log" }, Words { "program", "radio" } })
+    for (const auto& wrong :
+         { Words {}, Words { "page", "nowhere", "shown" }, Words { "page", "fm", "gone" },
+           Words { "mcu", "source", "tape" }, Words { "mcu", "frame", "EVENT_NONE" }, Words { "log" },
+           Words { "program", "radio" }, Words { "dsp" }, Words { "dsp", "write" } })
         EXPECT_NE(parseExpectation(wrong).error, "");
 }
 
@@ -169,11 +172,34 @@ protected:
 
 TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
 {
-    for (const auto* line :
-         { "mcu source",          "mcu source tape",    "mcu key 256", "mcu send 5 1g", "mcu send 0",
-           "mcu drop -1",         "mcu silent",         "mcu sing",    "program radio", "program nobody crash",
-           "program radio crash", "program eq show fm", "usb plug 9",  "camera maybe",  "engine fly",
-           "log tail 0",          "pause long",         "expect",      "frobnicate",    "say \"x" })
+    for (const auto* line : { "mcu source",
+                              "mcu source tape",
+                              "mcu key 256",
+                              "mcu send 5 1g",
+                              "mcu send 0",
+                              "mcu drop -1",
+                              "mcu silent",
+                              "mcu sing",
+                              "program radio",
+                              "program nobody crash",
+                              "program radio crash",
+                              "program eq show fm",
+                              "usb plug 9",
+                              "camera maybe",
+                              "engine fly",
+                              "dsp sing",
+                              "dsp plot",
+                              "dsp plot /nowhere/x.png",
+                              "dsp play nothing.wav x.wav",
+                              "dsp fail",
+                              "dsp fail slow",
+                              "dsp fail transfer 0",
+                              "dsp fail crc twice",
+                              "log tail 0",
+                              "pause long",
+                              "expect",
+                              "frobnicate",
+                              "say \"x" })
     {
         const auto outcome = console.run(line);
         EXPECT_EQ(outcome.kind, Outcome::failed) << line;
@@ -181,6 +207,26 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
     }
     EXPECT_EQ(console.run("quit").kind, Outcome::leave);
     EXPECT_EQ(console.run("").kind, Outcome::done);
+}
+
+TEST_F(ConsoleCommands, tellTheStateOfTheDsp)
+{
+    const std::pair<const char*, const char*> faults[] = {
+        { "dsp fail configure", "cannot be configured" }, { "dsp fail transfer 3", "3 transfers will fail" },
+        { "dsp fail crc", "the next CRC will be wrong" }, { "dsp fail crc always", "every CRC is wrong" },
+        { "dsp fail slow 20ms", "20 ms longer" },         { "dsp fail gone", "gone" },
+        { "dsp fail open", "cannot be opened" }
+    };
+    for (const auto& [command, told] : faults)
+    {
+        EXPECT_EQ(console.run(command).error, "");
+        EXPECT_EQ(console.run("dsp state").kind, Outcome::done);
+        EXPECT_THAT(output.str(), HasSubstr(told)) << command;
+        output.str({});
+    }
+    EXPECT_EQ(console.run("dsp fail well").error, "");
+    console.run("dsp");
+    EXPECT_THAT(output.str(), testing::AllOf(HasSubstr("asleep"), testing::Not(HasSubstr("faults"))));
 }
 
 TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
@@ -198,6 +244,7 @@ TEST_F(ConsoleCommands, completesWhatMayFollow)
     EXPECT_THAT(Console::completionsFor({ "mcu", "source" }), Contains("aux"));
     EXPECT_THAT(Console::completionsFor({ "program" }), Contains("AppRadio"));
     EXPECT_THAT(Console::completionsFor({ "expect", "page" }), Contains("mbEQ"));
+    EXPECT_THAT(Console::completionsFor({ "dsp", "fail" }), Contains("crc"));
     EXPECT_THAT(Console::completionsFor({ "bogus" }), IsEmpty());
 }
 

@@ -1,3 +1,4 @@
+#include "BusClient.h"
 #include "bench/GpioLines.h"
 #include "bench/Names.h"
 #include "bench/Programs.h"
@@ -9,8 +10,6 @@
 #include <future>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace
@@ -39,33 +38,6 @@ protected:
     {
         return journal.waitFor(0, Clock::now() + 5s, isEvent(stream, text)).has_value();
     }
-};
-
-/** One connection of the unit's to a simulated bus. */
-class BusClient
-{
-public:
-    explicit BusClient(const std::string& path)
-    {
-        sockaddr_un address {};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-        EXPECT_EQ(::connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    }
-    ~BusClient() { ::close(descriptor); }
-
-    std::vector<std::uint8_t> ask(std::vector<std::uint8_t> request) const
-    {
-        EXPECT_EQ(::send(descriptor, request.data(), request.size(), 0), static_cast<ssize_t>(request.size()));
-        std::vector<std::uint8_t> reply(64);
-        const auto count = ::recv(descriptor, reply.data(), reply.size(), 0);
-        reply.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        return reply;
-    }
-
-private:
-    int descriptor;
 };
 
 TEST_F(Devices, videoDecoderHasRegistersAndASignal)
