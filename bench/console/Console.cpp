@@ -141,7 +141,7 @@ std::span<const Console::Command> Console::commands()
         { "gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio,
           nothing },
         { "dsp",
-          "dsp state | plot FILE.png | play IN.wav OUT.wav [OUTPUT]\n"
+          "dsp state | plot [FILE.png] | play IN.wav OUT.wav [OUTPUT]\n"
           "dsp fail open | configure | transfer [N] | crc [once|always] | slow TIME | gone | well",
           "The audio DSP: what the words in its memory mean, what they do to sound (as a picture, or to a file, into "
           "one "

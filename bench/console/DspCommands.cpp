@@ -77,11 +77,12 @@ Outcome Console::dsp(const Words& words)
         return dspFault(words);
     if (what == "play" && words.size() >= 4)
         return dspPlay(words);
-    if (what != "plot" || words.size() != 3)
-        return failed("dsp state | plot FILE.png | play IN.wav OUT.wav [OUTPUT] | fail ...");
-    if (auto error = plotDsp(unit.dsp.memory(), unit.resources() + "/fonts", words[2]); !error.empty())
+    if (what != "plot" || words.size() > 3)
+        return failed("dsp state | plot [FILE.png] | play IN.wav OUT.wav [OUTPUT] | fail ...");
+    const auto file = words.size() == 3 ? words[2] : unit.folder() + "/dsp.png";
+    if (auto error = plotDsp(unit.dsp.memory(), unit.resources() + "/fonts", file); !error.empty())
         return failed(error);
-    output << style.dim("  Drawn: " + words[2]) << "\n";
+    output << style.dim("  Drawn: " + file) << "\n";
     return {};
 }
 

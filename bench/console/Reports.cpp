@@ -177,8 +177,9 @@ Outcome Console::trail(const Words& words)
     const auto tells = [](const Event& event)
     {
         const bool regular = event.stream == "frame EVENT_HEAT_BEAT" || event.text.starts_with("heartbeat");
+        const bool level = event.stream == "dsp" && event.text.ends_with(" dB");
         const bool repeats = event.stream == "front" || event.stream == "mcu source";
-        return !isDetail(event) && !regular && !repeats;
+        return !isDetail(event) && !regular && !level && !repeats;
     };
     for (const auto& event : unit.journal.find(headline, longest, tells))
     {

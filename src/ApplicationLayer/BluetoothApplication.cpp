@@ -27,7 +27,7 @@ BTAudioHandler::BTAudioHandler()
 void BTPhoneHandler::adjustScheduleInfo(EngineLayer::ScheduleInfo& info)
 {
     if (EngineApi::isCallCondition())
-        info.audioChannel = EngineLayer::eAudioWince;
+        info.audioChannel = eAudioWince;
     else
         info.playLevel = info.audioLevel = EngineLayer::PageScheduleConfig::noCompetition;
 }
