@@ -91,6 +91,7 @@ public:
 class FakeVolumeBar : public FakeBar<VolumeBar>
 {
     void updateImages(int) override {}
+    bool isShown() const override { return false; }
 };
 
 class FakeAudio : public ACService, public ChipManager

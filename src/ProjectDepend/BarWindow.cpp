@@ -1,0 +1,67 @@
+#include "ProjectDepend/BarWindow.h"
+
+#include "platform/Configuration.h"
+#include "platform/Overlay.h"
+
+namespace Bar
+{
+
+BarWindow::BarWindow(const juce::String& name, const juce::String& layoutFile)
+    : juce::TopLevelWindow(name, false)
+    , Platform::FloatViewInterface(static_cast<juce::Component&>(*this))
+{
+    setOpaque(false);
+    setDropShadowEnabled(false);
+    window.setLayout(Platform::loadCtrlFromFile(layoutFile));
+    if (const auto* layout = window.getLayout())
+        setBounds(layout->getBounds());
+    addAndMakeVisible(window);
+    window.showWindow(true);
+    window.enableNoDrawBkg(true);
+    Platform::setOverlayCallback(*this, this);
+    if (window.getLayout() != nullptr && Platform::UIHelper::hasDisplay())
+        addToDesktop();
+}
+
+BarWindow::~BarWindow()
+{
+    Platform::setOverlayCallback(*this, nullptr);
+    removeFromDesktop();
+}
+
+int BarWindow::getDesktopWindowStyleFlags() const
+{
+    return juce::ComponentPeer::windowIsTemporary | juce::ComponentPeer::windowIgnoresKeyPresses;
+}
+
+void BarWindow::setPeerVisible(bool visible)
+{
+    auto* peer = getPeer();
+    if (peer == nullptr)
+        return;
+    if (visible)
+    {
+        const double scale = peer->getPlatformScaleFactor();
+        const auto pixels = [scale](int length) { return juce::roundToInt(length * scale); };
+        Platform::clipCorners(
+            static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(peer->getNativeHandle())),
+            pixels(getWidth()), pixels(getHeight()), pixels(Platform::cornerOf(*window.getLayout())));
+    }
+    peer->setVisible(visible);
+}
+
+void BarWindow::show(int parameter)
+{
+    shown = true;
+    setPeerVisible(true);
+    FloatViewInterface::show(parameter);
+}
+
+void BarWindow::hide()
+{
+    shown = false;
+    setPeerVisible(false);
+    FloatViewInterface::hide();
+}
+
+} // namespace Bar
