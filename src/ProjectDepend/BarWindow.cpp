@@ -12,9 +12,10 @@ BarWindow::BarWindow(const juce::String& name, const juce::String& layoutFile)
 {
     setOpaque(false);
     setDropShadowEnabled(false);
-    window.setLayout(Platform::loadCtrlFromFile(layoutFile));
-    if (const auto* layout = window.getLayout())
+    auto layout = Platform::loadCtrlFromFile(layoutFile);
+    if (layout != nullptr)
         setBounds(layout->getBounds());
+    window.setLayout(std::move(layout));
     addAndMakeVisible(window);
     window.showWindow(true);
     window.enableNoDrawBkg(true);
@@ -50,11 +51,19 @@ void BarWindow::setPeerVisible(bool visible)
     peer->setVisible(visible);
 }
 
+void BarWindow::sendToDisplay() const
+{
+    // The framework keeps requests until it next reads events, which may be seconds later; a question takes them along.
+    if (const auto* peer = getPeer())
+        static_cast<void>(peer->isFocused());
+}
+
 void BarWindow::show(int parameter)
 {
     shown = true;
     setPeerVisible(true);
     FloatViewInterface::show(parameter);
+    sendToDisplay();
 }
 
 void BarWindow::hide()
@@ -62,6 +71,7 @@ void BarWindow::hide()
     shown = false;
     setPeerVisible(false);
     FloatViewInterface::hide();
+    sendToDisplay();
 }
 
 } // namespace Bar

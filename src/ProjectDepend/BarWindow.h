@@ -40,6 +40,7 @@ protected:
 private:
     int getDesktopWindowStyleFlags() const override;
     void setPeerVisible(bool visible);
+    void sendToDisplay() const;
 
     Platform::CVXWindow window;
     std::atomic<bool> shown { false };

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+#include <vector>
+
+namespace Platform::doubles
+{
+
+/** The loudspeaker of a test. Any thread. */
+struct SoundDouble
+{
+    static void reset();
+
+    /** The name of every PlaySound since the last take, in order; "" stopped what played. */
+    static std::vector<juce::String> takeCalls();
+    /** The file that plays now, "" when none does. */
+    static juce::String getPlaying();
+    /** As without a sound card: nothing plays from now on. */
+    static void failPlay(bool fails);
+    static bool isReleased();
+};
+
+} // namespace Platform::doubles
