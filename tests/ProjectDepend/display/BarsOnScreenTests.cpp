@@ -191,7 +191,7 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
     EXPECT_LT(likeness("volumebar\\MainVolume\\ORB600 Vol28.png", volumeBounds, nothing), 990);
 }
 
-TEST_F(BarsOnScreenTest, ATouchBesideABarClosesIt)
+TEST_F(BarsOnScreenTest, ATouchBesideABarOrItsTimerClosesIt)
 {
     volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 1, nullptr); // stays by itself
     const auto centre = volumeBounds.getCentre();
@@ -207,4 +207,10 @@ TEST_F(BarsOnScreenTest, ATouchBesideABarClosesIt)
     person->press(20, 20);
     EXPECT_TRUE(pumpUntil([&] { return !volumeBar().isShown(); }));
     EXPECT_TRUE(isBackground(centre)) << "gone at once";
+
+    volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 1, nullptr);
+    ASSERT_TRUE(pumpUntil([&] { return !isBackground(centre); }));
+    volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 0, nullptr);
+    EXPECT_TRUE(pumpUntil([&] { return !volumeBar().isShown(); }));
+    EXPECT_TRUE(isBackground(centre)) << "gone with its timer";
 }
