@@ -13,12 +13,17 @@ public:
     virtual void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload) = 0;
 };
 
+/** To the volume bar: close, unless it shows that the audio is muted. */
+inline constexpr juce::int32 MSG_BAR_CLOSE = 1196;
+
 /** The three bars, each reached through Provided<...>. */
 class VolumeBar : public BarMessages
 {
 public:
-    /** The page in front has changed: the bar takes that page's images. */
+    /** The page in front has changed: the bar takes that page's images. Any thread. */
     virtual void updateImages(int frontPage) = 0;
+    /** Whether it is on the screen. Any thread. */
+    virtual bool isShown() const = 0;
 };
 class FavoriteBar : public BarMessages
 {

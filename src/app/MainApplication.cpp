@@ -1,5 +1,6 @@
 #include "app/MainApplication.h"
 
+#include "ProjectDepend/Bars.h"
 #include "factory/SystemFactory.h"
 #include "kernel/SystemEngine.h"
 #include "platform/Logger.h"
@@ -32,6 +33,7 @@ MainApplication::MainApplication()
 MainApplication::~MainApplication()
 {
     Platform::ResourceAutoDelete();
+    Bar::removeBars();
 }
 
 bool MainApplication::wasInitialised()
@@ -55,6 +57,7 @@ void MainApplication::initialise(const juce::String&)
 
 void MainApplication::startEngine()
 {
+    Bar::createBars();
     Factory::SystemFactory::getInstance()->build();
     Kernel::SystemEngine::getInstance()->start();
     cameraControl.retrieveControl();

@@ -38,6 +38,7 @@ public:
     ~ImagesOnly() override { Provided<VolumeBar>::set(nullptr); }
     void postMessage(juce::int32, juce::int32, juce::int32, Kernel::Payload) override {}
     void updateImages(int frontPage) override { fronts.push_back(frontPage); }
+    bool isShown() const override { return false; }
 
     std::vector<int> fronts;
 };

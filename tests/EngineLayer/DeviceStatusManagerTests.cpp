@@ -92,6 +92,7 @@ public:
 class FakeVolumeBar : public FakeBar<VolumeBar>
 {
     void updateImages(int) override {}
+    bool isShown() const override { return false; }
 };
 
 class FakeAutoTest : public AutoTestSession

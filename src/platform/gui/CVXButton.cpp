@@ -3,21 +3,42 @@
 namespace Platform
 {
 
-void CVXTextElement::setTextColour(CVXButtonState state, juce::Colour colour)
-{
-    colours[static_cast<std::size_t>(state)] = colour;
-}
-
-void CVXTextElement::paint(juce::Graphics& graphics, juce::Rectangle<int> area, CVXButtonState state) const
-{
-    graphics.setColour(colours[static_cast<std::size_t>(state)]);
-    graphics.setFont(fontSize);
-    graphics.drawText(text, area, juce::Justification::centred);
-}
-
 CVXButton::CVXButton(const juce::String& name)
     : juce::Button(name)
 {
+    addText(0);
+}
+
+bool CVXButton::setText(int index, const juce::String& newText)
+{
+    const auto found = texts.find(index);
+    if (found == texts.end())
+    {
+        reportOnce("platform/gui/CVXButton", __LINE__,
+                   "the button " + getName() + " has no text " + juce::String(index));
+        return false;
+    }
+    found->second.setText(newText);
+    repaint();
+    return true;
+}
+
+juce::String CVXButton::getText(int index) const
+{
+    const auto found = texts.find(index);
+    return found == texts.end() ? juce::String() : found->second.getText();
+}
+
+void CVXButton::setImagePath(const juce::String& name)
+{
+    picture.setName(name);
+    repaint();
+}
+
+void CVXButton::reloadImage()
+{
+    picture.reload();
+    repaint();
 }
 
 void CVXButton::paintButton(juce::Graphics& graphics, bool, bool down)
@@ -25,7 +46,9 @@ void CVXButton::paintButton(juce::Graphics& graphics, bool, bool down)
     const auto state = !isEnabled() ? CVXButtonState::disabled
                        : down       ? CVXButtonState::pressed
                                     : CVXButtonState::normal;
-    content.paint(graphics, getLocalBounds(), state);
+    picture.paint(graphics, getLocalBounds());
+    for (const auto& [index, element] : texts)
+        element.paint(graphics, getLocalBounds(), state);
 }
 
 void CVXButton::clicked()

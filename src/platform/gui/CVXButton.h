@@ -1,32 +1,15 @@
 #pragma once
 
-#include <array>
-#include <juce_gui_basics/juce_gui_basics.h>
+#include "platform/gui/CVXTextElement.h"
+#include "platform/gui/Picture.h"
+
+#include <map>
 
 namespace Platform
 {
 
-/** How a button looks just now; contents give their colours by these numbers. */
-enum class CVXButtonState : int { pressed = 1, disabled = 3, normal = 5 };
-
-/** A line of text as the content of a button, with a colour for each state. */
-class CVXTextElement
-{
-public:
-    void setText(const juce::String& newText) { text = newText; }
-    void setFontSize(float size) { fontSize = size; }
-    void setTextColour(CVXButtonState state, juce::Colour colour);
-
-    void paint(juce::Graphics& graphics, juce::Rectangle<int> area, CVXButtonState state) const;
-
-private:
-    juce::String text;
-    float fontSize = 15.0f;
-    std::array<juce::Colour, 6> colours {};
-};
-
-/** A push button that shows its content element. Message thread. */
-class CVXButton : private juce::Button
+/** A push button that shows a picture and lines of text above it. Message thread. */
+class CVXButton : public juce::Button
 {
 public:
     class Listener
@@ -38,11 +21,24 @@ public:
 
     explicit CVXButton(const juce::String& name);
 
-    CVXTextElement& getContent() { return content; }
+    /** Text 0, which every button has. */
+    CVXTextElement& getContent() { return texts[0]; }
+    /** Text `index`, made if there is none yet. */
+    CVXTextElement& addText(int index) { return texts[index]; }
+    /** False, and reported once, when the button has no such text. */
+    bool setText(int index, const juce::String& newText);
+    /** "" where the button has no such text. */
+    juce::String getText(int index) const;
+
+    /** The picture under the texts, by its name in the resource packs. */
+    void setImagePath(const juce::String& name);
+    /** Takes the picture from the packs again. */
+    void reloadImage();
+    const Picture& getPicture() const { return picture; }
+
     void setListener(Listener* newListener) { listener = newListener; }
     /** The button as a child of a window. */
     juce::Component& asComponent() { return *this; }
-    using juce::Button::setBounds;
     /** As a person's click. */
     void click() { clicked(); }
 
@@ -50,7 +46,8 @@ private:
     void paintButton(juce::Graphics& graphics, bool highlighted, bool down) override;
     void clicked() override;
 
-    CVXTextElement content;
+    std::map<int, CVXTextElement> texts;
+    Picture picture;
     Listener* listener = nullptr;
 };
 

@@ -1,0 +1,77 @@
+#include "ProjectDepend/BarWindow.h"
+
+#include "platform/Configuration.h"
+#include "platform/Overlay.h"
+
+namespace Bar
+{
+
+BarWindow::BarWindow(const juce::String& name, const juce::String& layoutFile)
+    : juce::TopLevelWindow(name, false)
+    , Platform::FloatViewInterface(static_cast<juce::Component&>(*this))
+{
+    setOpaque(false);
+    setDropShadowEnabled(false);
+    auto layout = Platform::loadCtrlFromFile(layoutFile);
+    if (layout != nullptr)
+        setBounds(layout->getBounds());
+    window.setLayout(std::move(layout));
+    addAndMakeVisible(window);
+    window.showWindow(true);
+    window.enableNoDrawBkg(true);
+    Platform::setOverlayCallback(*this, this);
+    if (window.getLayout() != nullptr && Platform::UIHelper::hasDisplay())
+        addToDesktop();
+}
+
+BarWindow::~BarWindow()
+{
+    Platform::setOverlayCallback(*this, nullptr);
+    removeFromDesktop();
+}
+
+int BarWindow::getDesktopWindowStyleFlags() const
+{
+    return juce::ComponentPeer::windowIsTemporary | juce::ComponentPeer::windowIgnoresKeyPresses;
+}
+
+void BarWindow::setPeerVisible(bool visible)
+{
+    auto* peer = getPeer();
+    if (peer == nullptr)
+        return;
+    if (visible)
+    {
+        const double scale = peer->getPlatformScaleFactor();
+        const auto pixels = [scale](int length) { return juce::roundToInt(length * scale); };
+        Platform::clipCorners(
+            static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(peer->getNativeHandle())),
+            pixels(getWidth()), pixels(getHeight()), pixels(Platform::cornerOf(*window.getLayout())));
+    }
+    peer->setVisible(visible);
+}
+
+void BarWindow::sendToDisplay() const
+{
+    // The framework keeps requests until it next reads events, which may be seconds later; a question takes them along.
+    if (const auto* peer = getPeer())
+        static_cast<void>(peer->isFocused());
+}
+
+void BarWindow::show(int parameter)
+{
+    shown = true;
+    setPeerVisible(true);
+    FloatViewInterface::show(parameter);
+    sendToDisplay();
+}
+
+void BarWindow::hide()
+{
+    shown = false;
+    setPeerVisible(false);
+    FloatViewInterface::hide();
+    sendToDisplay();
+}
+
+} // namespace Bar

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "kernel/SystemMessage.h"
+#include "platform/gui/CVXWindow.h"
+#include "platform/gui/FloatViewInterface.h"
+#include "platform/gui/Layout.h"
+#include "platform/gui/OverlayCallback.h"
+
+#include <atomic>
+
+namespace Bar
+{
+
+/**
+    What the bars have in common: a window above the pages with a layout of the resource packs, which hides when the
+    screen is touched beside it. Without a display, or without its layout, it keeps its state and draws nothing. Message
+    thread, but for `isBarShown`.
+*/
+class BarWindow : public juce::TopLevelWindow, public Platform::FloatViewInterface, public Platform::OverlayCallback
+{
+public:
+    BarWindow(const juce::String& name, const juce::String& layoutFile);
+    ~BarWindow() override;
+
+    /** Any thread. */
+    bool isBarShown() const { return shown; }
+
+    void show(int parameter) override;
+    void hide() override;
+    void touchedOutside() override { hide(); }
+
+protected:
+    /** Null, and reported, when the layout has no such control. */
+    template <typename Control>
+    Control* findControl(const juce::String& name) const
+    {
+        return Platform::CVXRelationHelper::findComponent<Control>(window.getLayout(), name);
+    }
+
+private:
+    int getDesktopWindowStyleFlags() const override;
+    void setPeerVisible(bool visible);
+    void sendToDisplay() const;
+
+    Platform::CVXWindow window;
+    std::atomic<bool> shown { false };
+};
+
+/** Carries a message to a bar on the message thread; a bar that has gone meanwhile gets none. */
+template <typename BarType>
+class BarCallbackMessage : public juce::CallbackMessage
+{
+public:
+    BarCallbackMessage(const juce::Component::SafePointer<BarType>& receiver, juce::int32 messageId, juce::int32 first,
+                       juce::int32 second, Kernel::Payload content)
+        : bar(receiver)
+        , id(messageId)
+        , arg1(first)
+        , arg2(second)
+        , payload(std::move(content))
+    {
+    }
+
+    void messageCallback() override
+    {
+        if (bar != nullptr)
+            bar->postMessage(id, arg1, arg2, payload);
+    }
+
+private:
+    const juce::Component::SafePointer<BarType> bar;
+    const juce::int32 id;
+    const juce::int32 arg1;
+    const juce::int32 arg2;
+    const Kernel::Payload payload;
+};
+
+} // namespace Bar

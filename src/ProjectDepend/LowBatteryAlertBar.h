@@ -1,0 +1,40 @@
+#pragma once
+
+#include "EngineApi/Bars.h"
+#include "ProjectDepend/BarWindow.h"
+
+namespace Bar
+{
+
+/** Says that the supply voltage is low, with a sound, until it is told to stop or the screen is touched beside it. */
+class LowBatteryAlertBar : public EngineApi::LowBatteryBar, public BarWindow
+{
+public:
+    using CallbackMessage = BarCallbackMessage<LowBatteryAlertBar>;
+
+    LowBatteryAlertBar();
+    ~LowBatteryAlertBar() override;
+
+    /** MSG_LOW_BATTERY_ALERT; others are ignored. Any thread. */
+    void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload) override;
+
+    void show(int parameter) override;
+    void hide() override;
+
+private:
+    /** Plays the alert in a loop, at a reduced volume, while it runs. */
+    class AlertAudioThread : public juce::Thread
+    {
+    public:
+        AlertAudioThread();
+        void run() override;
+    };
+
+    void startSound();
+    void stopSound();
+
+    std::unique_ptr<AlertAudioThread> alertThread = std::make_unique<AlertAudioThread>();
+    const juce::Component::SafePointer<LowBatteryAlertBar> self { this };
+};
+
+} // namespace Bar

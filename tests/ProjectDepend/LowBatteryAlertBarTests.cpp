@@ -1,0 +1,93 @@
+#include "ProjectDepend/LowBatteryAlertBar.h"
+
+#include "kernel/MessageIds.h"
+#include "platform/Configuration.h"
+#include "platform/Resources.h"
+#include "platform/System.h"
+#include "platform/doubles/OverlayDouble.h"
+#include "platform/doubles/SoundDouble.h"
+#include "support/Eventually.h"
+#include "support/Pump.h"
+
+#include <gmock/gmock.h>
+#include <thread>
+
+using namespace Platform;
+using testing::ElementsAre;
+
+namespace
+{
+
+class LowBatteryAlertBarTest : public testing::Test
+{
+protected:
+    LowBatteryAlertBarTest()
+    {
+        CVXResPathManager::getInstance()->addResPath(HEADUNIT_BUILD_DIR "/resources/MainRes.spp", {});
+        doubles::SoundDouble::takeCalls();
+        bar = std::make_unique<Bar::LowBatteryAlertBar>();
+    }
+    ~LowBatteryAlertBarTest() override
+    {
+        bar.reset();
+        ResourceAutoDelete();
+    }
+
+    void alert(int on) { bar->postMessage(Kernel::MSG_LOW_BATTERY_ALERT, on, 0, nullptr); }
+
+    void expectSound()
+    {
+        EXPECT_TRUE(bar->isBarShown());
+        EXPECT_TRUE(bar->isVisible());
+        std::vector<juce::String> played;
+        EXPECT_TRUE(eventually(
+            [&]
+            {
+                for (const auto& each : doubles::SoundDouble::takeCalls())
+                    played.push_back(each);
+                return !played.empty();
+            }));
+        EXPECT_THAT(played, ElementsAre(AppConfig::getProfilePath() + "alert_49.wav"));
+        EXPECT_EQ(getWaveOutVolume(), 0xEEEEEEEE);
+    }
+    static void expectSilence()
+    {
+        EXPECT_THAT(doubles::SoundDouble::takeCalls(), ElementsAre(""));
+        EXPECT_EQ(getWaveOutVolume(), 0xFFFFFFFF);
+    }
+
+    std::unique_ptr<Bar::LowBatteryAlertBar> bar;
+};
+
+} // namespace
+
+TEST_F(LowBatteryAlertBarTest, SoundsWhileItIsShownAndSaysEverythingOnce)
+{
+    alert(0);
+    bar->postMessage(Kernel::MSG_VOLUME_SHOW, 1, 0, nullptr);
+    EXPECT_FALSE(bar->isBarShown());
+    alert(1);
+    alert(1);
+    expectSound();
+    alert(2); // whatever is not 1 ends it
+    EXPECT_FALSE(bar->isVisible());
+    expectSilence();
+    alert(0);
+    EXPECT_THAT(doubles::SoundDouble::takeCalls(), ElementsAre());
+
+    std::thread([this] { alert(1); }).join();
+    EXPECT_FALSE(bar->isBarShown());
+    pump();
+    expectSound();
+    doubles::OverlayDouble::touch(0x1234);
+    pump();
+    EXPECT_FALSE(bar->isBarShown());
+    expectSilence();
+    EXPECT_EQ(bar->getName(), "LowBatteryAlertBar");
+
+    alert(1);
+    expectSound();
+    bar.reset();
+    expectSilence();
+    EXPECT_EQ(doubles::OverlayDouble::touch(0x1234), 0) << "nobody watches the touches any more";
+}
