@@ -188,7 +188,7 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
                               "camera maybe",
                               "engine fly",
                               "dsp sing",
-                              "dsp plot",
+                              "dsp plot a b",
                               "dsp plot /nowhere/x.png",
                               "dsp play nothing.wav x.wav",
                               "dsp fail",
