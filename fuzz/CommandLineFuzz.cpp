@@ -2,7 +2,7 @@
 #include "platform/Pubhead.h"
 
 #include <cstdlib>
-#include <cstring>
+#include <nlohmann/json.hpp>
 #include <string>
 
 using namespace Platform;
@@ -16,6 +16,19 @@ void require(bool condition)
         std::abort();
 }
 
+/** Well-formed UTF-8 without a null; the string class itself is not safe with anything else. */
+bool isText(const std::string& text)
+{
+    try
+    {
+        return !nlohmann::json(text).dump().empty() && text.find('\0') == std::string::npos;
+    }
+    catch (const nlohmann::json::type_error&)
+    {
+        return false;
+    }
+}
+
 } // namespace
 
 /** Any text (the channel and the JSON reader hand on valid UTF-8 only) is refused or a command line, and what was
@@ -23,7 +36,7 @@ void require(bool condition)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string text(reinterpret_cast<const char*>(data), size);
-    if (!juce::CharPointer_UTF8::isValidString(text.c_str(), static_cast<int>(std::strlen(text.c_str()))))
+    if (!isText(text))
         return 0;
     const auto bundle = CmdLineHelper::parseCommandLine(juce::String::fromUTF8(text.c_str()));
     const auto commandLine = RemoteObjFormat::generateCommandLine(bundle);
