@@ -177,7 +177,7 @@ Outcome Console::trail(const Words& words)
     const auto tells = [](const Event& event)
     {
         const bool regular = event.stream == "frame EVENT_HEAT_BEAT" || event.text.starts_with("heartbeat");
-        const bool level = event.stream == "dsp" && event.text.ends_with(" dB");
+        const bool level = event.stream == "dsp" && (event.text.ends_with(" dB") || event.text.ends_with(" silent"));
         const bool repeats = event.stream == "front" || event.stream == "mcu source";
         return !isDetail(event) && !regular && !level && !repeats;
     };
