@@ -74,7 +74,10 @@ std::string Unit::makeFolder()
     path = pattern;
     for (const auto* folder : { "programs", "media", "system", "registry", "application", "profile" })
         fs::create_directory(path + "/" + folder, error);
-    return {};
+    // As on a unit that has been in use: one fresh from the factory is silent.
+    std::ofstream volumes(path + "/system/VX_Volume.ini");
+    volumes << "[Volume]\nSrc = 20\nZone2 = 20\nNavi = 20\nPhone = 20\n";
+    return volumes.flush() ? "" : path + "/system/VX_Volume.ini: cannot be written";
 }
 
 std::string Unit::linkPrograms() const
