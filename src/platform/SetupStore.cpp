@@ -3,6 +3,7 @@
 #include "platform/Configuration.h"
 #include "platform/Logger.h"
 #include "platform/SetupEnvironment.h"
+#include "platform/Utf8.h"
 
 #include <charconv>
 #include <filesystem>
@@ -196,8 +197,7 @@ juce::int32 VX_GetSetupValueInt(int index)
 juce::String VX_GetSetupValueString(int index)
 {
     const auto value = readValue(index);
-    return isText(value) ? juce::String::fromUTF8(value.data() + 1, static_cast<int>(value.size()) - 1)
-                         : juce::String();
+    return isText(value) ? textOfUtf8(std::string_view(value).substr(1)) : juce::String();
 }
 
 bool VX_SetSetupValueInt(int index, juce::int32 value)

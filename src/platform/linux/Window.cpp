@@ -1,5 +1,6 @@
 #include "platform/Window.h"
 
+#include "platform/Utf8.h"
 #include "platform/linux/XConnection.h"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ juce::String textOf(const XConnection& x, const xcb_get_property_reply_t* reply)
     const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply));
     const int length = xcb_get_property_value_length(reply);
     if (reply->type == x.getAtoms().UTF8_STRING)
-        return juce::String::fromUTF8(bytes, length);
+        return textOfUtf8({ bytes, static_cast<size_t>(length) });
     juce::String latin1;
     for (const char byte : std::string_view(bytes, static_cast<size_t>(length)))
         latin1 += static_cast<juce::juce_wchar>(static_cast<unsigned char>(byte));
