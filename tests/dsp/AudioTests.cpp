@@ -92,15 +92,19 @@ protected:
 
 TEST_F(AudioTest, WritesWhatItAlwaysWrote)
 {
-    volumeFile().replaceWithText("[Volume]\nSrc = 20\nZone2 = 15\n");
+    helper().setVolume(20, false);
+    helper().setVolume(15, true);
     set(281, 1);
     set(1792, 1);
     ak7738Operator::getInstance()->boot();
-    expectGolden("dsp/golden/boot.txt", transcript());
+    const auto boot = transcript();
+    expectGolden("dsp/golden/boot.txt", boot);
     start();
-    transcript();
-    start(); // again, as when the microcontroller restarts: no boot
-    expectGolden("dsp/golden/equaliser-start.txt", transcript());
+    const auto init = transcript();
+    EXPECT_TRUE(init.startsWith(boot));
+    expectGolden("dsp/golden/init.txt", init.substring(boot.length()));
+    start();
+    EXPECT_TRUE(init.endsWith(transcript())) << "when the microcontroller restarts, only the equaliser is written anew";
     set(1792, 3);
     eq().applyPreset();
     expectGolden("dsp/golden/preset.txt", transcript());
