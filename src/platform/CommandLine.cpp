@@ -116,29 +116,31 @@ bool isPageOrNone(int page)
 
 } // namespace
 
-AppCommandLine::Ptr AppCommandLine::genCmdPageShow(int page, bool flag)
+AppCommandLine::Ptr AppCommandLine::make(Type type, int page)
 {
     Ptr commandLine = new AppCommandLine;
-    commandLine->type = Type::pageShow;
+    commandLine->type = type;
     commandLine->page = page;
+    return commandLine;
+}
+
+AppCommandLine::Ptr AppCommandLine::genCmdPageShow(int page, bool flag)
+{
+    auto commandLine = make(Type::pageShow, page);
     commandLine->flag = flag;
     return commandLine;
 }
 
 AppCommandLine::Ptr AppCommandLine::genCmdPageHide(int page, int otherPage)
 {
-    Ptr commandLine = new AppCommandLine;
-    commandLine->type = Type::pageHide;
-    commandLine->page = page;
+    auto commandLine = make(Type::pageHide, page);
     commandLine->otherPage = otherPage;
     return commandLine;
 }
 
 AppCommandLine::Ptr AppCommandLine::genCmdSourceEnter(int page, bool flag, bool onTop)
 {
-    Ptr commandLine = new AppCommandLine;
-    commandLine->type = Type::sourceEnter;
-    commandLine->page = page;
+    auto commandLine = make(Type::sourceEnter, page);
     commandLine->flag = flag;
     commandLine->onTop = onTop;
     return commandLine;
@@ -146,9 +148,7 @@ AppCommandLine::Ptr AppCommandLine::genCmdSourceEnter(int page, bool flag, bool 
 
 AppCommandLine::Ptr AppCommandLine::genCmdSourceExit(int page, int otherPage)
 {
-    Ptr commandLine = new AppCommandLine;
-    commandLine->type = Type::sourceExit;
-    commandLine->page = page;
+    auto commandLine = make(Type::sourceExit, page);
     commandLine->otherPage = otherPage;
     return commandLine;
 }

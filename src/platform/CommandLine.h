@@ -37,6 +37,8 @@ public:
     bool hasExtraData() const { return extra != nullptr && !extra->isEmpty(); }
 
 private:
+    static Ptr make(Type type, int page);
+
     Type type = Type::pageShow;
     int page = 0;
     bool flag = false;
