@@ -5,14 +5,21 @@
 namespace EngineApi
 {
 
-/** The factory test's session with the test equipment. Reached through Provided<AutoTestSession>. */
+/**
+    The factory test's way to the test equipment: messages leave one at a time, the next when the last was acknowledged.
+    Any thread. Reached through Provided<AutoTestSession>.
+*/
 class AutoTestSession
 {
 public:
     virtual ~AutoTestSession() = default;
     virtual void start() = 0; ///< nothing when it runs
     virtual bool isRunning() const = 0;
+    /** At most 97 bytes, what a frame carries; longer ones are cut and that is logged. An empty one is not queued. */
     virtual void addMsgToBuffer(const juce::MemoryBlock& message) = 0;
+    virtual void clearBuffer() = 0;
+    /** What the equipment answered: 0xFF acknowledged, 0xFC send the last message again. */
+    virtual void setPeerState(bool ready, int state) = 0;
 };
 
 } // namespace EngineApi

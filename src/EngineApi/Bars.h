@@ -27,6 +27,15 @@ public:
 };
 class FavoriteBar : public BarMessages
 {
+public:
+    /** Whether it is on the screen. Any thread, like the next two. */
+    virtual bool isShown() const = 0;
+    virtual int getCurrentIndex() const = 0;        ///< the selected favourite, 1 to 16
+    virtual bool isStored(int favourite) const = 0; ///< 1 to 16; false outside
+    /** How many favourites the source program offers; taken from 1 to 16. Any thread. */
+    virtual void setFavoriteCount(int count) = 0;
+    /** Takes the favourites from the settings again. Any thread; done on the message thread. */
+    virtual void refresh() = 0;
 };
 class LowBatteryBar : public BarMessages
 {

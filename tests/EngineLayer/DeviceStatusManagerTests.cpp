@@ -16,6 +16,7 @@
 #include "platform/doubles/LinesDouble.h"
 #include "platform/doubles/SystemDouble.h"
 #include "support/FakeAudio.h"
+#include "support/FakeDevices.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
 #include "support/McuLink.h"
@@ -52,57 +53,6 @@ public:
     PageScheduleConfig config;
     bool available = true;
     Calls calls;
-};
-
-class FakeRemote : public WiredRemote
-{
-public:
-    bool showText(int row, int column, const juce::String& text, bool temporary) override
-    {
-        note("text " + juce::String(row) + " " + juce::String(column) + " " + text + (temporary ? " temporary" : ""));
-        return true;
-    }
-    void clearRow(int row) override { note("clear row " + juce::String(row)); }
-    void clearDisplay(bool forget) override { note(forget ? "clear and forget" : "clear"); }
-    void setDimmer(int level) override { note("dimmer " + juce::String(level)); }
-    void restoreAfter(int ms) override { note("restore after " + juce::String(ms)); }
-    bool isRestorePending() override { return pending; }
-    bool restore() override
-    {
-        note("restore");
-        return true;
-    }
-
-    void note(const juce::String& call) { calls.push_back(call.toStdString()); }
-    bool pending = false;
-    Calls calls;
-};
-
-template <typename Bar>
-class FakeBar : public Bar
-{
-public:
-    void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload) override
-    {
-        messages.push_back({ id, arg1, arg2 });
-    }
-    std::vector<std::array<int, 3>> messages;
-};
-
-class FakeVolumeBar : public FakeBar<VolumeBar>
-{
-    void updateImages(int) override {}
-    bool isShown() const override { return false; }
-};
-
-class FakeAutoTest : public AutoTestSession
-{
-public:
-    void start() override { running = true; }
-    bool isRunning() const override { return running; }
-    void addMsgToBuffer(const juce::MemoryBlock& message) override { messages.push_back(message); }
-    bool running = false;
-    std::vector<juce::MemoryBlock> messages;
 };
 
 class DeviceStatusTest : public KernelFixture

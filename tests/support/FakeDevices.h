@@ -1,0 +1,81 @@
+#pragma once
+
+#include "EngineApi/AutoTestSession.h"
+#include "EngineApi/Bars.h"
+#include "EngineApi/WiredRemote.h"
+
+#include <array>
+#include <set>
+#include <string>
+#include <vector>
+
+// What the managers talk to, without devices: each writes down what it is asked for.
+
+class FakeRemote : public EngineApi::WiredRemote
+{
+public:
+    bool showText(int row, int column, const juce::String& text, bool temporary) override
+    {
+        note("text " + juce::String(row) + " " + juce::String(column) + " " + text + (temporary ? " temporary" : ""));
+        return true;
+    }
+    void clearRow(int row) override { note("clear row " + juce::String(row)); }
+    void clearDisplay(bool forget) override { note(forget ? "clear and forget" : "clear"); }
+    void setDimmer(int level) override { note("dimmer " + juce::String(level)); }
+    void restoreAfter(int ms) override { note("restore after " + juce::String(ms)); }
+    bool isRestorePending() override { return pending; }
+    bool restore() override
+    {
+        note("restore");
+        return true;
+    }
+
+    void note(const juce::String& call) { calls.push_back(call.toStdString()); }
+    bool pending = false;
+    std::vector<std::string> calls;
+};
+
+template <typename Bar>
+class FakeBar : public Bar
+{
+public:
+    void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload) override
+    {
+        messages.push_back({ id, arg1, arg2 });
+    }
+    std::vector<std::array<int, 3>> messages;
+};
+
+class FakeVolumeBar : public FakeBar<EngineApi::VolumeBar>
+{
+public:
+    void updateImages(int) override {}
+    bool isShown() const override { return shown; }
+    bool shown = false;
+};
+
+class FakeFavoriteBar : public FakeBar<EngineApi::FavoriteBar>
+{
+public:
+    bool isShown() const override { return shown; }
+    int getCurrentIndex() const override { return index; }
+    bool isStored(int favourite) const override { return stored.count(favourite) != 0; }
+    void setFavoriteCount(int) override {}
+    void refresh() override {}
+    bool shown = false;
+    int index = 1;
+    std::set<int> stored;
+};
+
+class FakeAutoTest : public EngineApi::AutoTestSession
+{
+public:
+    void start() override { running = true; }
+    bool isRunning() const override { return running; }
+    void addMsgToBuffer(const juce::MemoryBlock& message) override { messages.push_back(message); }
+    void clearBuffer() override { messages.clear(); }
+    void setPeerState(bool, int state) override { peerStates.push_back(state); }
+    bool running = false;
+    std::vector<juce::MemoryBlock> messages;
+    std::vector<int> peerStates;
+};
