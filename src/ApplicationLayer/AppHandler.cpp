@@ -3,13 +3,10 @@
 #include "EngineApi/AutoTestSession.h"
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/Pages.h"
-#include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "platform/Configuration.h"
-
-#include <algorithm>
 
 namespace ApplicationLayer
 {
@@ -20,21 +17,6 @@ using EngineLayer::AppAction;
 
 namespace
 {
-
-/** How the factory test names the page that now plays. */
-struct AutoTestCode
-{
-    int page;
-    juce::uint8 code;
-    juce::uint8 subCode;
-};
-
-constexpr AutoTestCode autoTestCodes[] = {
-    { mbFM, 0x00, 0x00 },     { mbAM, 0x00, 0x00 },     { mbWB, 0x00, 0x00 },          { mbUSBAudio, 0x0A, 0x01 },
-    { mbSirius, 0x0E, 0x00 }, { mbAuxin2, 0x05, 0x00 }, { mbiPodPandora, 0x15, 0x00 }, { mbBTAudio, 0x0D, 0x02 },
-};
-
-constexpr juce::uint8 autoTestSourceReport[] = { 0x00, 0x01 };
 
 const EngineLayer::PageScheduleConfig& configOf(int page)
 {
@@ -89,7 +71,9 @@ void AppHandler::handleMessage(const Kernel::SystemMessage& message)
     case Kernel::MSG_APP_VALUE:
         return onValue(message.arg1);
     case Kernel::MSG_SCHEDULE_RESULT:
-        return reportToAutoTest(message.arg1);
+        if (message.arg1 == EngineLayer::scheduleDone && getEnterTestMode())
+            reportSourceToAutoTest();
+        return;
     case Kernel::MSG_APP_SWITCH:
         if (const auto* order = Kernel::payloadAs<EngineLayer::AppStateSwitch>(message.payload))
             carryOut(*order);
@@ -145,21 +129,6 @@ void AppHandler::requestShow(bool autoSwitch)
         requestState(AppAction::ToRun, autoSwitch);
     else if (!autoSwitch || state.states.showState != 1)
         requestState(AppAction::ToShow, autoSwitch);
-}
-
-void AppHandler::reportToAutoTest(juce::int32 status) const
-{
-    if (status != EngineLayer::scheduleDone || !getEnterTestMode())
-        return;
-    auto* session = Provided<AutoTestSession>::get();
-    const auto found = std::find_if(std::begin(autoTestCodes), std::end(autoTestCodes),
-                                    [page = getNormalSource()](const auto& each) { return each.page == page; });
-    if (session == nullptr || found == std::end(autoTestCodes))
-        return;
-    juce::MemoryBlock message(autoTestSourceReport, sizeof(autoTestSourceReport));
-    message.append(&found->code, 1);
-    message.append(&found->subCode, 1);
-    session->addMsgToBuffer(message);
 }
 
 } // namespace ApplicationLayer

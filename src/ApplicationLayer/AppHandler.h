@@ -84,8 +84,6 @@ private:
     void storeSetting(const Platform::RemoteMessage& remote);
     void passToOwner(const Kernel::SystemMessage& message);
 
-    void reportToAutoTest(juce::int32 status) const;
-
     const EngineLayer::PageScheduleConfig config;
     const Program appProgram;  ///< shows the page
     const Program backProgram; ///< runs while the page runs without being on top; most pages have none

@@ -22,4 +22,7 @@ public:
     virtual void setPeerState(bool ready, int state) = 0;
 };
 
+/** Tells the test equipment the normal source, as {0x00, 0x01, type, number}; nothing when it has no name for it. */
+void reportSourceToAutoTest();
+
 } // namespace EngineApi

@@ -35,4 +35,7 @@ void installExceptionHook();
 /** Asks for a low real-time priority for the calling thread; false when the system does not allow it. */
 bool requestRealtimePriority();
 
+/** Milliseconds of a clock that only moves forward; wraps after 49 days. Any thread. */
+juce::uint32 getTickCount();
+
 } // namespace Platform

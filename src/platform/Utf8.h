@@ -12,4 +12,7 @@ namespace Platform
 */
 juce::String textOfUtf8(std::string_view bytes);
 
+/** The text's bytes, at most so many, cut between two characters. The view holds while the text does. */
+std::string_view utf8Prefix(const juce::String& text, std::size_t longest);
+
 } // namespace Platform

@@ -1,12 +1,11 @@
 #include "ApplicationLayer/ApplicationTask.h"
-#include "EngineApi/AutoTestSession.h"
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/MarineNetwork.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
-#include "EngineApi/WiredRemote.h"
 #include "EngineLayer/ApplicationManager.h"
 #include "EngineLayer/DataManager.h"
+#include "support/FakeDevices.h"
 #include "support/ProgramsFixture.h"
 #include "support/ScratchUnit.h"
 
@@ -50,36 +49,10 @@ public:
     std::vector<std::pair<int, int>> own;
 };
 
-struct WiredRemoteRecorder : WiredRemote
-{
-    bool showText(int row, int column, const juce::String& text, bool temporary) override
-    {
-        calls.add("text " + juce::String(row) + " " + juce::String(column) + " " + text +
-                  (temporary ? " temporary" : ""));
-        return true;
-    }
-    void clearRow(int) override {}
-    void clearDisplay(bool forgetStored) override { calls.add(forgetStored ? "clear and forget" : "clear"); }
-    void setDimmer(int level) override { calls.add("dimmer " + juce::String(level)); }
-    void restoreAfter(int) override {}
-    bool isRestorePending() override { return false; }
-    bool restore() override { return false; }
-
-    juce::StringArray calls;
-};
-
 struct MarineNetworkRecorder : MarineNetwork
 {
     void transmit(int operation, const Bundle::Ptr& bundle) override { calls.emplace_back(operation, bundle); }
     std::vector<std::pair<int, Bundle::Ptr>> calls;
-};
-
-struct AutoTestRecorder : AutoTestSession
-{
-    void start() override {}
-    bool isRunning() const override { return true; }
-    void addMsgToBuffer(const juce::MemoryBlock& message) override { reports.push_back(message); }
-    std::vector<juce::MemoryBlock> reports;
 };
 
 class AppHandlerTest : public ProgramsFixture
@@ -155,9 +128,9 @@ protected:
     ScratchUnit unit;
     ViewManager& view = *ViewManager::getInstance();
     juce::ReferenceCountedObjectPtr<PlainApplication> application;
-    WiredRemoteRecorder wiredRemote;
+    FakeRemote wiredRemote;
     MarineNetworkRecorder marineNetwork;
-    AutoTestRecorder autoTest;
+    FakeAutoTest autoTest;
 };
 
 AppCommandLine::Ptr withExtra(AppCommandLine::Ptr commandLine)
@@ -368,8 +341,8 @@ TEST_F(AppHandlerTest, ServesTheWiredRemoteAndTheNetwork)
     remote(RMSG_WIRED_REMOTE_TEXT, 0, 1, texts);
     remote(RMSG_WIRED_REMOTE_TEXT, 2, 9);
     remote(RMSG_WIRED_REMOTE_TEXT, 1, 9, texts);
-    EXPECT_EQ(wiredRemote.calls.joinIntoString(", "),
-              "clear and forget, text 0 2 Artist, text 1 4 Title, text 0 2 Artist, text 1 4 Title, dimmer 9");
+    EXPECT_THAT(wiredRemote.calls, ElementsAre("clear and forget", "text 0 2 Artist", "text 1 4 Title",
+                                               "text 0 2 Artist", "text 1 4 Title", "dimmer 9"));
 
     remote(RMSG_N2K_TX, 0, 0, texts);
     remote(RMSG_N2K_TX_2);
@@ -405,7 +378,7 @@ TEST_F(AppHandlerTest, TellsTheFactoryTestWhichSourcePlays)
         remember(page);
         toPage(mbAuxin2, Kernel::MSG_SCHEDULE_RESULT, status);
         juce::StringArray reports;
-        for (const auto& each : std::exchange(autoTest.reports, {}))
+        for (const auto& each : std::exchange(autoTest.messages, {}))
             reports.add(juce::String::toHexString(each.getData(), static_cast<int>(each.getSize())));
         return reports.joinIntoString(", ");
     };

@@ -103,17 +103,9 @@ protected:
     std::vector<Command> commands()
     {
         std::vector<Command> said;
-        for (run();; run())
-        {
-            const auto frames = mcu.takeWritten();
-            if (frames.empty())
-                return said;
-            for (const auto& frame : frames)
-            {
-                said.push_back({ frame.command, frame.data });
-                mcu.send(McuLink::acknowledgementOf(frame.sequence));
-            }
-        }
+        for (const auto& frame : mcu.converse([this] { run(); }))
+            said.push_back({ frame.command, frame.data });
+        return said;
     }
 
     void hostEvent(int command, const Bytes& data = {})

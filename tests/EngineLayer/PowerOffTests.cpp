@@ -26,19 +26,9 @@ protected:
     /** How often the microcontroller was told since the last call that the unit may go off. */
     int readyReports()
     {
-        int count = 0;
-        for (run();; run())
-        {
-            const auto frames = mcu.takeWritten();
-            if (frames.empty())
-                return count;
-            for (const auto& frame : frames)
-            {
-                count += frame.command == EVENT_POWER_OFF_READY ? 1 : 0;
-                if (frame.command != 0)
-                    mcu.send(McuLink::acknowledgementOf(frame.sequence));
-            }
-        }
+        const auto said = mcu.converse([this] { run(); });
+        return static_cast<int>(std::count_if(
+            said.begin(), said.end(), [](const auto& frame) { return frame.command == EVENT_POWER_OFF_READY; }));
     }
 
     void powerOff() { send(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF); }

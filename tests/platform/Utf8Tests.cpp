@@ -1,6 +1,7 @@
 #include "platform/Utf8.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 TEST(Utf8, ReplacesWhatIsMalformed)
 {
@@ -15,4 +16,15 @@ TEST(Utf8, ReplacesWhatIsMalformed)
            Case { "overlong \xC0\x80.", "overlong \xEF\xBF\xBD\xEF\xBF\xBD." },
            Case { std::string_view("cut\0here", 8), "cut" }, Case { "", "" } })
         EXPECT_EQ(Platform::textOfUtf8(bytes), juce::String::fromUTF8(text)) << bytes;
+}
+
+TEST(Utf8, IsCutBetweenCharacters)
+{
+    const auto text = juce::String::fromUTF8("a\xC3\xA9\xE2\x82\xAC!");
+    const std::vector<std::string> byLength {
+        "", "a", "a", "a\xC3\xA9", "a\xC3\xA9", "a\xC3\xA9", "a\xC3\xA9\xE2\x82\xAC"
+    };
+    for (std::size_t longest = 0; longest < byLength.size(); ++longest)
+        EXPECT_EQ(Platform::utf8Prefix(text, longest), byLength[longest]) << longest;
+    EXPECT_EQ(Platform::utf8Prefix(text, 100), text.toStdString());
 }

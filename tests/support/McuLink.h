@@ -61,6 +61,27 @@ public:
         return frames;
     }
 
+    /** Everything that the unit says until it has no more to say, acknowledgements apart; each is acknowledged. `run`
+     * lets the unit work. */
+    template <typename Run>
+    static std::vector<Frame> converse(const Run& run)
+    {
+        std::vector<Frame> said;
+        for (run();; run())
+        {
+            const auto frames = takeWritten();
+            if (frames.empty())
+                return said;
+            for (const auto& frame : frames)
+            {
+                if (frame.command == 0)
+                    continue;
+                said.push_back(frame);
+                send(acknowledgementOf(frame.sequence));
+            }
+        }
+    }
+
     static juce::String portName() { return Platform::CorvaneConfig::getMcuUartName(); }
 };
 

@@ -19,6 +19,7 @@ struct State
     bool daylightSavingDisabled = false;
     bool exceptionHookInstalled = false;
     juce::uint32 waveOutVolume = fullVolume;
+    juce::uint32 ticks = 0;
 };
 
 std::mutex mutex;
@@ -103,5 +104,17 @@ bool SystemDouble::isExceptionHookInstalled()
 }
 
 } // namespace doubles
+
+juce::uint32 getTickCount()
+{
+    const std::scoped_lock lock(mutex);
+    return state().ticks;
+}
+
+void doubles::SystemDouble::advanceTicks(juce::uint32 milliseconds)
+{
+    const std::scoped_lock lock(mutex);
+    state().ticks += milliseconds;
+}
 
 } // namespace Platform

@@ -26,6 +26,9 @@ struct SystemDouble
 
     static bool isDaylightSavingDisabled();
     static bool isExceptionHookInstalled();
+
+    /** The clock stands still until it is moved; 0 after `reset`. */
+    static void advanceTicks(juce::uint32 milliseconds);
 };
 
 } // namespace Platform::doubles

@@ -107,4 +107,9 @@ bool requestRealtimePriority()
     return pthread_setschedparam(pthread_self(), SCHED_RR, &parameters) == 0;
 }
 
+juce::uint32 getTickCount()
+{
+    return juce::Time::getMillisecondCounter();
+}
+
 } // namespace Platform

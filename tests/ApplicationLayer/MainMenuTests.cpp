@@ -1,0 +1,248 @@
+#include "ApplicationLayer/MainMenuApplication.h"
+
+#include "EngineApi/DeviceStatus.h"
+#include "EngineApi/KeyCodes.h"
+#include "EngineApi/Programs.h"
+#include "EngineApi/Provided.h"
+#include "EngineApi/Settings.h"
+#include "EngineLayer/ApplicationManager.h"
+#include "dsp/DSPSettingHelperImpl.h"
+#include "support/FakeAudio.h"
+#include "support/FakeDevices.h"
+#include "support/FakePageHandler.h"
+#include "support/ProgramsFixture.h"
+#include "support/ScratchUnit.h"
+
+using namespace ApplicationLayer;
+using namespace EngineApi;
+using namespace EngineLayer;
+using namespace Pubhead;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace
+{
+
+/** The menu among fake pages; what it asks for is read as "mbFM run auto". */
+class MainMenuTest : public ProgramsFixture
+{
+protected:
+    using Texts = std::vector<std::string>;
+
+    MainMenuTest()
+    {
+        ScratchUnit::emptySettings("281 = 1\n284 = \"Stern\"\n");
+        Provided<ChipManager>::set(&audio);
+        Provided<WiredRemote>::set(&remote);
+        Provided<VolumeBar>::set(&volumeBar);
+        for (const int page : { mbFM, mbUSBAudio, mbiPodPandora, mbAVOff, mbBTPhone, mbRearAV1, mbSirius })
+            pages[page] = new FakePageHandler(page);
+        for (const auto& [page, handler] : pages)
+            registerHandler(handler.get());
+        add(&menu, Kernel::mainMenuApplicationId);
+        connect(AppMainMenu);
+        connect(AppRadio);
+        playing(mbFM);
+        takePosted();
+    }
+
+    ~MainMenuTest() override
+    {
+        Provided<ChipManager>::set(nullptr);
+        Provided<WiredRemote>::set(nullptr);
+        Provided<VolumeBar>::set(nullptr);
+        setDeviceState(pandoraOniPod, false);
+    }
+
+    /** The page plays in front of everything. */
+    void playing(int page)
+    {
+        ApplicationManager::getInstance()->schedule({ page, AppAction::ToRun, false });
+        state(page, { 1, 1, 1, 1 });
+    }
+
+    void state(int page, const PageStates& states)
+    {
+        AppStateSwitch::Ptr order = new AppStateSwitch;
+        order->page = page;
+        order->switchType = SwitchType::ToRun;
+        order->states = states;
+        pages.at(page)->carryOut(*order);
+        ApplicationManager::getInstance()->refreshSnapshot();
+    }
+    void menuOnTop(bool onTop)
+    {
+        AppStateSwitch::Ptr order = new AppStateSwitch;
+        order->page = mbMainMenu;
+        order->switchType = onTop ? SwitchType::ToRun : SwitchType::ToStop;
+        order->states = onTop ? PageStates { 1, 0, 0, 0 } : PageStates {};
+        Kernel::postHandlerMessage(Kernel::mainMenuApplicationId, mbMainMenu, Kernel::MSG_APP_SWITCH,
+                                   static_cast<int>(order->switchType), 0, order);
+        run();
+        takeSent();
+        takePosted();
+    }
+
+    void toMenu(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0)
+    {
+        Kernel::postHandlerMessage(Kernel::mainMenuApplicationId, mbMainMenu, id, arg1, arg2);
+        run();
+    }
+    void key(int code, int value = 0) { toMenu(Kernel::MSG_APP_KEY, code, value); }
+    void command(int which, int value = 0)
+    {
+        send(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_COMMAND, which, value);
+    }
+
+    Texts requests()
+    {
+        Texts seen;
+        for (const auto& each : takePosted())
+            if (each.id == Kernel::MSG_SCHEDULE_REQUEST)
+            {
+                constexpr const char* actions[] = { " none", " run", " play", " show", " hide", " stop" };
+                seen.push_back(std::string(pageName(each.arg1)) + actions[each.arg2 & 0xffff] +
+                               (each.arg2 >> 16 != 0 ? " auto" : ""));
+            }
+        return seen;
+    }
+
+    ScratchUnit unit;
+    FakeAudio audio;
+    FakeRemote remote;
+    FakeVolumeBar volumeBar;
+    std::map<int, FakePageHandler::Ptr> pages;
+    MainMenuApplication& menu = *new MainMenuApplication;
+};
+
+} // namespace
+
+TEST_F(MainMenuTest, KeysOpenWalkAndClose)
+{
+    key(KEY_SOURCE);
+    EXPECT_THAT(requests(), ElementsAre("mbMainMenu run auto"));
+    key(KEY_SOURCE, 2);
+    EXPECT_THAT(requests(), ElementsAre("mbMainMenu run auto"));
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppMainMenu, RMSG_KEY, KEY_SOURCE, 2 }));
+    key(KEY_RETURN);
+    EXPECT_THAT(requests(), IsEmpty());
+
+    menuOnTop(true);
+    key(KEY_SOURCE, 2);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppMainMenu, RMSG_KEY, KEY_SOURCE, 221 }));
+    EXPECT_THAT(requests(), IsEmpty());
+    key(KEY_SOURCE);
+    key(KEY_RETURN);
+    EXPECT_THAT(requests(), ElementsAre("mbMainMenu stop auto", "mbMainMenu stop auto"));
+    key(KEY_MENU, 3);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppMainMenu, RMSG_KEY, KEY_MENU, 3 }));
+}
+
+TEST_F(MainMenuTest, ReturnsToTheSourceWhenNobodyTouchesIt)
+{
+    auto& handler = dynamic_cast<MainMenuHandler&>(*getHandler(mbMainMenu));
+    constexpr int idle = 2;
+    key(KEY_INFOBAR_SWITCH_SPEAKER);
+    EXPECT_EQ(handler.getTimerInterval(idle), 5000);
+    handler.timerCallback(idle);
+    run();
+    EXPECT_THAT(requests(), IsEmpty()); // the menu is not on top
+    menuOnTop(true);
+    handler.timerCallback(idle);
+    run();
+    EXPECT_FALSE(handler.isTimerRunning(idle));
+    EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
+}
+
+TEST_F(MainMenuTest, ShowsWhatIsChosen)
+{
+    const auto choose = [this](int page)
+    {
+        toMenu(Kernel::MSG_MENU_PAGE, page);
+        return requests();
+    };
+    EXPECT_THAT(choose(mbBTPhone), ElementsAre("mbBTPhone run"));
+    EXPECT_THAT(choose(mbTunerISR), ElementsAre("mbAVOff run"));
+    EXPECT_THAT(choose(mbUSBAudio), ElementsAre("mbUSBAudio run"));
+    setDeviceState(pandoraOniPod, true);
+    EXPECT_THAT(choose(mbUSBAudio), ElementsAre("mbiPodPandora run"));
+    state(mbRearAV1, { 1, 1, 1, 0 });
+    EXPECT_THAT(choose(mbRearOff), ElementsAre("mbRearAV1 stop auto"));
+
+    // A program that is closing is ended first; half a second later its page is shown.
+    monitor.setAppState(AppSirius, kClosing);
+    EXPECT_THAT(choose(mbSirius), IsEmpty());
+    auto& handler = dynamic_cast<MainMenuHandler&>(*getHandler(mbMainMenu));
+    constexpr int retry = 1;
+    ASSERT_EQ(handler.getTimerInterval(retry), 500);
+    monitor.setAppState(AppSirius, kDisconnect);
+    handler.timerCallback(retry);
+    run();
+    EXPECT_THAT(requests(), ElementsAre("mbSirius run"));
+}
+
+TEST_F(MainMenuTest, TellsItsProgramWhatThereIs)
+{
+    Platform::IpcDouble::takePosted();
+    fromProgram(AppMainMenu, RMSG_APP_EVENT, 6);
+    toMenu(Kernel::MSG_NORMAL_SOURCE, mbFM);
+    toMenu(Kernel::MSG_LAST_SOURCE_PAGE, mbAM);
+    toMenu(Kernel::MSG_MENU_VALUE, 2, 3);
+    const auto posted = Platform::IpcDouble::takePosted();
+    ASSERT_EQ(posted.size(), 4u);
+    const std::uint8_t offered[] = { mbUSBAudio, mbiPodPandora, mbBTPhone, mbSirius,
+                                     mbMainMenu, mbRearAV1,     mbAVOff,   mbFM };
+    const auto state = posted[0].bundle->getByteArray("state");
+    EXPECT_EQ(state, juce::MemoryBlock(offered, sizeof offered));
+    EXPECT_EQ(posted[0].bundle->getInt("normalSrc", 0), mbFM);
+    EXPECT_EQ(posted[0].bundle->getInt("rearSrc", 0), mbRearOff);
+    const auto notice = [&](std::size_t i) { return std::pair(posted[i].arg1, posted[i].arg2); };
+    EXPECT_EQ(notice(1), std::pair(1, static_cast<int>(mbFM)));
+    EXPECT_EQ(notice(2), std::pair(8, static_cast<int>(mbAM)));
+    EXPECT_EQ(notice(3), std::pair(3, 0x20003));
+}
+
+TEST_F(MainMenuTest, CarriesOutCommandsOfOtherPrograms)
+{
+    struct Case
+    {
+        int command, value;
+        Texts requests;
+        Texts sound {};
+    };
+    for (const auto& each : std::initializer_list<Case> {
+             { 2, 0, {} }, // no rear page runs: there is nothing to show
+             { 3, 0, {} }, // this unit has no navigation page
+             { 4, 0, { "mbMainMenu run" } },
+             { 5, 0, { "mbBTPhone run" } },
+             { 11, 0, {} }, // the source is in front already
+             { 12, 0, {}, { "volume + 1 1" } },
+             { 12, 1, {}, { "volume - 1 1" } },
+             { 12, 4, { "mbMainMenu run auto" } },
+             { 12, 5, {}, { "mute on" } },
+             { 12, 3, { "mbMainMenu run auto" } },
+             { 99, 0, {} },
+         })
+    {
+        command(each.command, each.value);
+        EXPECT_EQ(requests(), each.requests) << each.command << " " << each.value;
+        EXPECT_EQ(std::exchange(audio.calls, {}), each.sound) << each.command << " " << each.value;
+    }
+
+    // The source for a while, and back.
+    send(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_REMOTE_EVENT, 1);
+    EXPECT_THAT(requests(), ElementsAre("mbFM show auto"));
+    command(12, 3);
+    EXPECT_THAT(requests(), ElementsAre("mbFM show auto"));
+}
+
+TEST_F(MainMenuTest, ShowsTheVolumeOfZone2)
+{
+    DSPSettingHelperImpl::getInstance()->setVolume(17, true);
+    command(12, 6);
+    EXPECT_THAT(volumeBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLUME_SHOW), 2, 17 }));
+    EXPECT_THAT(remote.calls, ElementsAre("clear row 1", "restore after 2000", "text 1 1 Stern Vol. 17 temporary"));
+    setSettingInt(281, 0, false, AppUnknown);
+    command(12, 6);
+    EXPECT_EQ(volumeBar.messages.size(), 1u);
+}
