@@ -6,6 +6,7 @@
 #include "EngineLayer/HostSessionManager.h"
 #include "EngineLayer/RemoteSessionManager.h"
 #include "EngineLayer/SystemStateManager.h"
+#include "EngineLayer/TLX70Dev.h"
 #include "Extend/ExeMonitor.h"
 #include "Extend/ViewManager.h"
 #include "dsp/akm/ak773ChipManager.h"
@@ -51,6 +52,7 @@ void SystemFactory::buildApplications()
 void SystemFactory::buildManagers()
 {
     EngineApi::Provided<ChipManager>::set(Dsp::ak773ChipManager::getInstance());
+    EngineApi::Provided<EngineApi::WiredRemote>::set(EngineLayer::TLX70Dev::getInstance());
     addComponent(highGroup, LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
     addComponent(highGroup, EngineLayer::HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
     addComponent(highGroup, EngineLayer::RemoteSessionManager::getInstance(), Kernel::remoteSessionManagerId);
@@ -58,6 +60,7 @@ void SystemFactory::buildManagers()
     addComponent(systemGroup, EngineLayer::SystemStateManager::getInstance(), Kernel::systemStateManagerId);
     addComponent(normalGroup, EngineLayer::DataManager::getInstance(), Kernel::dataManagerId);
     addComponent(normalGroup, EngineLayer::ExeMonitor::getInstance(), Kernel::exeMonitorId);
+    addComponent(normalGroup, EngineLayer::TLX70Dev::getInstance(), Kernel::wiredRemoteId);
     addComponent(normalGroup, EngineLayer::ViewManager::getInstance(), Kernel::viewManagerId);
 }
 

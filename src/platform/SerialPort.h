@@ -26,13 +26,16 @@ public:
 
     /**
         `name` is a device or "COM5:", the wired remote's port. False when it cannot be opened or set up, for example at
-        a baud rate that is not a standard one; the reason is logged. An open port is closed first.
+        a baud rate that is not a standard one; the reason is logged. An open port is closed first. With `awaitDevice`
+        the port then counts as open and its device as away: it is tried again until it is there.
     */
-    bool open(const juce::String& name, int baudRate);
+    bool open(const juce::String& name, int baudRate, bool awaitDevice = false);
     /** Ends the reader thread; no onReceive runs after it returns. Not to be called from onReceive. */
     void close();
-    /** From a successful `open` until `close`, also while the device is away. */
+    /** From a successful or awaiting `open` until `close`, also while the device is away. */
     bool isOpen() const;
+    /** Open, and the device is there. Any thread. */
+    bool isConnected() const;
     /**
         Bytes written: `length`, or fewer on a closed port, without the device or on an error, which is logged. Blocks
         until the driver has taken them, or for a second in which it takes none.

@@ -288,6 +288,30 @@ TEST(SerialPortTest, ADeviceThatVanishesIsOpenedAgainWhenItReturns)
     EXPECT_EQ(log.take().size(), 1u);
 }
 
+/** The unit starts without the device, which is plugged in later. */
+TEST(SerialPortTest, AnAwaitedDeviceIsOpenedWhenItAppears)
+{
+    const juce::TemporaryFile place;
+    ErrorLog log;
+    Receiver receiver;
+    SerialPort port(receiver);
+    EXPECT_FALSE(port.open(place.getFile().getFullPathName(), baudRate, true));
+    EXPECT_TRUE(port.isOpen());
+    EXPECT_FALSE(port.isConnected());
+    EXPECT_EQ(port.write("x", 1), 0);
+
+    const Terminal terminal;
+    ASSERT_TRUE(juce::File(terminal.name).createSymbolicLink(place.getFile(), true));
+    EXPECT_TRUE(eventually([&] { return port.isConnected(); }));
+    terminal.send("hello");
+    EXPECT_TRUE(receiver.waitForBytes(5));
+    EXPECT_EQ(port.write("reply", 5), 5);
+    EXPECT_EQ(terminal.receive(5), "reply");
+    port.close();
+    EXPECT_FALSE(port.isConnected());
+    EXPECT_EQ(log.take().size(), 1u);
+}
+
 TEST(SerialPortTest, ClosesWhileTheDeviceIsAway)
 {
     ErrorLog log;

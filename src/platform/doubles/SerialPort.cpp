@@ -37,6 +37,7 @@ struct Line
     juce::MemoryBlock written;
     bool openFails = false;
     int writeLimit = -1;
+    std::function<void(const juce::MemoryBlock&)> writeObserver;
 };
 
 struct Lines
@@ -71,23 +72,21 @@ SerialPort::~SerialPort()
     close();
 }
 
-bool SerialPort::open(const juce::String& name, int baudRate)
+bool SerialPort::open(const juce::String& name, int baudRate, bool awaitDevice)
 {
     close();
-    const bool opened = withLine(name,
-                                 [&](Line& line)
-                                 {
-                                     line.baudRate = baudRate;
-                                     if (line.openFails)
-                                         return false;
-                                     ++line.openCount;
-                                     line.delivery = std::make_shared<Delivery>();
-                                     line.delivery->receiver = &backend->receiver;
-                                     return true;
-                                 });
-    if (opened)
-        backend->name = name;
-    return opened;
+    return withLine(name,
+                    [&](Line& line)
+                    {
+                        line.baudRate = baudRate;
+                        if (line.openFails && !awaitDevice)
+                            return false;
+                        line.openCount += line.openFails ? 0 : 1;
+                        line.delivery = std::make_shared<Delivery>();
+                        line.delivery->receiver = &backend->receiver;
+                        backend->name = name;
+                        return !line.openFails;
+                    });
 }
 
 void SerialPort::close()
@@ -107,15 +106,22 @@ bool SerialPort::isOpen() const
     return backend->name.isNotEmpty();
 }
 
+bool SerialPort::isConnected() const
+{
+    return isOpen() && withLine(backend->name, [](const Line& line) { return !line.openFails; });
+}
+
 int SerialPort::write(const void* data, int length)
 {
-    if (!isOpen())
+    if (!isConnected())
         return 0;
     return withLine(backend->name,
                     [&](Line& line)
                     {
                         const int taken = line.writeLimit < 0 ? length : std::min(length, line.writeLimit);
                         line.written.append(data, static_cast<size_t>(taken));
+                        if (line.writeObserver)
+                            line.writeObserver({ data, static_cast<size_t>(taken) });
                         return taken;
                     });
 }
@@ -127,7 +133,7 @@ void SerialPortDouble::reset()
 {
     const std::lock_guard guard(lines().lock);
     for (auto& [name, line] : lines().byName)
-        line = Line { .delivery = line.delivery, .baudRate = line.baudRate, .written = {} };
+        line = Line { .delivery = line.delivery, .baudRate = line.baudRate, .written = {}, .writeObserver = {} };
 }
 
 bool SerialPortDouble::isOpen(const juce::String& name)
@@ -165,9 +171,14 @@ void SerialPortDouble::limitWrites(const juce::String& name, int bytesPerWrite)
     withLine(name, [bytesPerWrite](Line& line) { line.writeLimit = bytesPerWrite; });
 }
 
+void SerialPortDouble::onWrite(const juce::String& name, std::function<void(const juce::MemoryBlock&)> observer)
+{
+    withLine(name, [&](Line& line) { line.writeObserver = std::move(observer); });
+}
+
 bool SerialPortDouble::receive(const juce::String& name, const void* data, int length)
 {
-    const auto delivery = withLine(name, [](const Line& line) { return line.delivery; });
+    const auto delivery = withLine(name, [](const Line& line) { return line.openFails ? nullptr : line.delivery; });
     if (delivery == nullptr)
         return false;
     const std::lock_guard guard(delivery->lock);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <juce_core/juce_core.h>
 
 namespace Platform::doubles
@@ -24,9 +25,13 @@ struct SerialPortDouble
     static juce::MemoryBlock getWritten(const juce::String& name);
     static juce::MemoryBlock takeWritten(const juce::String& name);
 
+    /** The device is away: opening fails, and a port that is open awaits it. */
     static void failOpen(const juce::String& name, bool fails);
     /** Each write takes at most this many bytes; 0 makes writes fail, a negative number lifts the limit. */
     static void limitWrites(const juce::String& name, int bytesPerWrite);
+
+    /** Called with the bytes taken of each write, on the writing thread; must not use the ports itself. */
+    static void onWrite(const juce::String& name, std::function<void(const juce::MemoryBlock&)> observer);
 
     /** Delivers bytes on the calling thread, as one read would. False when nobody has the port open. */
     static bool receive(const juce::String& name, const void* data, int length);

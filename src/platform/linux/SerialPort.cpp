@@ -65,11 +65,12 @@ struct SerialPort::Backend
     {
     }
 
-    bool open(const juce::String& name, int baudRate);
+    bool open(const juce::String& name, int baudRate, bool awaitDevice);
     void close();
     int write(const char* bytes, int length);
 
     std::atomic<bool> opened { false };
+    std::atomic<bool> connected { false };
 
 private:
     enum class Wait { ready, closing, timeout };
@@ -95,23 +96,25 @@ private:
     bool lossReported = false;
 };
 
-bool SerialPort::Backend::open(const juce::String& name, int baudRate)
+bool SerialPort::Backend::open(const juce::String& name, int baudRate, bool awaitDevice)
 {
     close();
     device = deviceOf(name);
     baud = baudRate;
-    if (const auto result = openPort(); result.failed())
+    const auto result = openPort();
+    if (result.failed())
     {
         Logger::getInstance()->logError(source, __LINE__, tag,
                                         "cannot open " + device + ": " + result.getErrorMessage());
-        return false;
+        if (!awaitDevice)
+            return false;
     }
     closing.clear();
     retry = shortestRetry;
-    lossReported = false;
+    lossReported = result.failed();
     opened = true;
     reader = std::jthread([this] { run(); });
-    return true;
+    return result.wasOk();
 }
 
 void SerialPort::Backend::close()
@@ -147,12 +150,14 @@ juce::Result SerialPort::Backend::openPort()
 
     const std::lock_guard guard(portLock);
     port = std::move(candidate);
+    connected = true;
     return juce::Result::ok();
 }
 
 void SerialPort::Backend::dropPort()
 {
     const std::lock_guard guard(portLock);
+    connected = false;
     asio::error_code ignored; // Whatever close says, the descriptor is gone.
     port.close(ignored);
 }
@@ -171,6 +176,8 @@ SerialPort::Backend::Wait SerialPort::Backend::waitFor(int descriptor, short eve
 void SerialPort::Backend::run()
 {
     juce::Thread::setCurrentThreadName("serial");
+    if (!connected && !reopen())
+        return;
     while (receiveUntilLost())
     {
         dropPort();
@@ -214,7 +221,7 @@ bool SerialPort::Backend::reopen()
         retry = std::min(retry * 2, longestRetry);
         if (openPort().failed())
             continue;
-        Logger::getInstance()->logInfo(source, __LINE__, tag, device + " is open again");
+        Logger::getInstance()->logInfo(source, __LINE__, tag, device + " is open now");
         return true;
     }
     return false;
@@ -264,9 +271,9 @@ SerialPort::~SerialPort()
     close();
 }
 
-bool SerialPort::open(const juce::String& name, int baudRate)
+bool SerialPort::open(const juce::String& name, int baudRate, bool awaitDevice)
 {
-    return backend->open(name, baudRate);
+    return backend->open(name, baudRate, awaitDevice);
 }
 
 void SerialPort::close()
@@ -277,6 +284,11 @@ void SerialPort::close()
 bool SerialPort::isOpen() const
 {
     return backend->opened;
+}
+
+bool SerialPort::isConnected() const
+{
+    return backend->connected;
 }
 
 int SerialPort::write(const void* data, int length)
