@@ -25,6 +25,8 @@ constexpr const char* portName = "COM5:";
 constexpr int baudRate = 57600;
 
 constexpr int secondRow = 1;
+/** Columns up to this one are taken; those beyond the display show nothing. */
+constexpr int highestColumn = 31;
 constexpr int startBrightness = 3;
 
 /** What the transmitter needs before the first byte, and the last byte before the transmitter goes off. */
@@ -133,10 +135,9 @@ bool TLX70Dev::showText(int row, int column, const juce::String& text, bool temp
 {
     if (text.isEmpty())
         return false;
-    if (column < 0 || column >= Protocol::columns)
+    if (column < 0 || column > highestColumn)
     {
-        logger().logError(logFile, __LINE__, logTag, "no text at column %d, the display has %d", column,
-                          Protocol::columns);
+        logger().logError(logFile, __LINE__, logTag, "no text at column %d, the highest is %d", column, highestColumn);
         return false;
     }
     const Line line { row, column, text };

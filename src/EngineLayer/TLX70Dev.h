@@ -45,7 +45,7 @@ public:
     /** One command on the bus. True when the port has taken every byte. */
     bool writeBytes(const void* data, int n);
 
-    /** False for an empty text, and for a column outside of the display, which is logged; neither is remembered. */
+    /** False for an empty text, and for a column outside 0 to 31, which is logged; neither is remembered. */
     bool showText(int row, int column, const juce::String& text, bool temporary) override;
     void clearRow(int row) override;
     void clearDisplay(bool forgetStored) override;

@@ -1,6 +1,7 @@
 #include "ProjectDepend/BarWindow.h"
 
 #include "platform/Configuration.h"
+#include "platform/Logger.h"
 #include "platform/Overlay.h"
 
 namespace Bar
@@ -58,9 +59,16 @@ void BarWindow::sendToDisplay() const
         static_cast<void>(peer->isFocused());
 }
 
+void BarWindow::setShown(bool nowShown)
+{
+    if (shown.exchange(nowShown) != nowShown)
+        Platform::Logger::getInstance()->logInfo("ProjectDepend/BarWindow", __LINE__, "Bar", "%s %s",
+                                                 getName().toRawUTF8(), nowShown ? "shown" : "hidden");
+}
+
 void BarWindow::show(int parameter)
 {
-    shown = true;
+    setShown(true);
     setPeerVisible(true);
     FloatViewInterface::show(parameter);
     sendToDisplay();
@@ -68,7 +76,7 @@ void BarWindow::show(int parameter)
 
 void BarWindow::hide()
 {
-    shown = false;
+    setShown(false);
     setPeerVisible(false);
     FloatViewInterface::hide();
     sendToDisplay();

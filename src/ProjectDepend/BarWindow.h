@@ -39,6 +39,7 @@ protected:
 
 private:
     int getDesktopWindowStyleFlags() const override;
+    void setShown(bool nowShown);
     void setPeerVisible(bool visible);
     void sendToDisplay() const;
 

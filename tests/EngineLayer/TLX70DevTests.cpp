@@ -180,7 +180,7 @@ TEST_F(TLX70DevTest, TheStoredLinesComeBackAfterATemporaryText)
     remote.showText(0, 2, "Radio", false);
     remote.showText(1, 0, "98.5", false);
     remote.showText(1, 11, " Mute", true);
-    remote.showText(0, 20, "refused", false);
+    remote.showText(0, 32, "refused", false);
     remote.restoreAfter(60000);
     EXPECT_TRUE(remote.isRestorePending());
     sent();
