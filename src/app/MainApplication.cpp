@@ -1,5 +1,6 @@
 #include "app/MainApplication.h"
 
+#include "EngineLayer/CATestSessionManager.h"
 #include "ProjectDepend/Bars.h"
 #include "factory/SystemFactory.h"
 #include "kernel/SystemEngine.h"
@@ -75,6 +76,9 @@ void MainApplication::shutdown()
 {
     juce::MessageManager::getInstance()->deregisterBroadcastListener(this);
     Kernel::SystemEngine::getInstance()->stop();
+    // Its thread belongs to no group, and sends through what is released now.
+    if (auto* session = EngineLayer::CATestSessionManager::getExisting())
+        session->stop();
     Kernel::SystemEngine::getInstance()->release();
     Platform::releaseSound();
 }

@@ -1,6 +1,7 @@
 #include "factory/SystemFactory.h"
 
 #include "EngineApi/Provided.h"
+#include "EngineLayer/CATestSessionManager.h"
 #include "EngineLayer/DataManager.h"
 #include "EngineLayer/DeviceStatusManager.h"
 #include "EngineLayer/HostSessionManager.h"
@@ -64,6 +65,8 @@ void SystemFactory::buildManagers()
     addComponent(normalGroup, EngineLayer::ExeMonitor::getInstance(), Kernel::exeMonitorId);
     addComponent(normalGroup, EngineLayer::TLX70Dev::getInstance(), Kernel::wiredRemoteId);
     addComponent(normalGroup, EngineLayer::ViewManager::getInstance(), Kernel::viewManagerId);
+    // After the host session, which its thread sends through: the framework deletes in reverse order.
+    EngineApi::Provided<EngineApi::AutoTestSession>::set(EngineLayer::CATestSessionManager::getInstance());
 }
 
 } // namespace Factory
