@@ -1,21 +1,10 @@
 #include "EngineLayer/KeyManager.h"
 
-#include "EngineApi/DeviceStatus.h"
-#include "EngineApi/HostLink.h"
-#include "EngineApi/Provided.h"
 #include "EngineApi/RemoteMessageIds.h"
 #include "EngineApi/Settings.h"
 #include "EngineLayer/DataManager.h"
-#include "EngineLayer/HostSessionManager.h"
-#include "lowlayer/HostcommDev.h"
-#include "platform/doubles/LinesDouble.h"
-#include "platform/doubles/SystemDouble.h"
-#include "support/FakeAudio.h"
-#include "support/FakeDevices.h"
+#include "support/KeyFixture.h"
 #include "support/LogCapture.h"
-#include "support/McuLink.h"
-#include "support/ScratchUnit.h"
-#include "support/StateFixture.h"
 
 using namespace EngineApi;
 using namespace EngineLayer;
@@ -25,110 +14,7 @@ using Platform::doubles::SystemDouble;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Bytes = McuLink::Bytes;
-
-namespace
-{
-
-/** The radio plays in front; the key manager among fake devices, with the real link to the microcontroller. */
-class KeyManagerTest : public StateFixture
-{
-protected:
-    KeyManagerTest()
-    {
-        SystemDouble::reset();
-        LinesDouble::reset();
-        ScratchUnit::emptySettings(
-            "7 = 1\n24 = 52\n25 = 53\n281 = 0\n286 = 11\n1028 = \"\"\n1031 = \"\"\n1042 = \"\"\n");
-        Provided<WiredRemote>::set(&remote);
-        Provided<VolumeBar>::set(&volumeBar);
-        Provided<FavoriteBar>::set(&favoriteBar);
-        Provided<ChipManager>::set(&audio);
-        Provided<AutoTestSession>::set(&session);
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
-        add(&keys, Kernel::keyManagerId);
-        pages[mbCamera] = new FakePageHandler(mbCamera);
-        registerHandler(pages[mbCamera].get());
-        enterNormalRun();
-        complete(mbFM);
-        connect(AppRadio);
-        mcu.send({ 200, EVENT_GET_LAST_MEMORY, {} });
-        mcuHears();
-        SystemDouble::advanceTicks(1000);
-    }
-
-    ~KeyManagerTest() override
-    {
-        Provided<WiredRemote>::set(nullptr);
-        Provided<VolumeBar>::set(nullptr);
-        Provided<FavoriteBar>::set(nullptr);
-        Provided<ChipManager>::set(nullptr);
-        Provided<AutoTestSession>::set(nullptr);
-        setLowBatteryAlert(false);
-        setEnterTestMode(false);
-    }
-
-    /** A frame of the microcontroller. */
-    void fromMcu(int command, const Bytes& data)
-    {
-        mcu.send({ sequence++ & 0xff, command, data });
-        run();
-    }
-    void press(int key, int origin = originFrontPanel)
-    {
-        SystemDouble::advanceTicks(1000);
-        fromMcu(EVENT_KEY, { static_cast<std::uint8_t>(origin), static_cast<std::uint8_t>(key) });
-    }
-
-    /** What the microcontroller is told. */
-    std::vector<std::string> mcuHears()
-    {
-        std::vector<std::string> said;
-        for (const auto& frame : mcu.converse([this] { run(); }))
-            said.push_back(std::to_string(frame.command) + " " +
-                           Platform::hexPairs(frame.data.data(), static_cast<int>(frame.data.size())).toStdString());
-        return said;
-    }
-
-    /** The key messages that pages got, as "mbCamera 65545 0". */
-    Events pageKeys()
-    {
-        Events seen;
-        for (const auto& each : takePosted())
-            if (each.id == Kernel::MSG_APP_KEY)
-                seen.push_back(std::string(pageName(each.handlerIndex)) + " " + std::to_string(each.arg1) + " " +
-                               std::to_string(each.arg2));
-        return seen;
-    }
-
-    /** A command of the test equipment. */
-    void autoTest(const Bytes& parameters)
-    {
-        Bytes frame { 0xFF, 0xAA, 0x01, static_cast<std::uint8_t>(parameters.size() + 5) };
-        frame.insert(frame.end(), parameters.begin(), parameters.end());
-        frame.push_back(static_cast<std::uint8_t>(std::accumulate(frame.begin(), frame.end(), 0u)));
-        fromMcu(EVENT_AUTOTEST_INFO, frame);
-    }
-    std::vector<std::string> answers()
-    {
-        std::vector<std::string> said;
-        for (const auto& message : std::exchange(session.messages, {}))
-            said.push_back(Platform::hexPairs(message.getData(), static_cast<int>(message.getSize())).toStdString());
-        return said;
-    }
-
-    ScratchUnit unit;
-    McuLink mcu;
-    int sequence = 1;
-    FakeRemote remote;
-    FakeVolumeBar volumeBar;
-    FakeFavoriteBar favoriteBar;
-    FakeAudio audio;
-    FakeAutoTest session;
-    KeyManager& keys = *KeyManager::getInstance();
-};
-
-} // namespace
+using KeyManagerTest = KeyFixture;
 
 TEST_F(KeyManagerTest, ARepeatWithin60MsIsDroppedAndAReleaseNever)
 {
