@@ -1,8 +1,9 @@
 #include "EngineLayer/WiredRemoteProtocol.h"
+#include "platform/Utf8.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <string>
+#include <string_view>
 
 using namespace EngineLayer::WiredRemoteProtocol;
 
@@ -44,10 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto* bytes = data + 2;
     const auto length = static_cast<int>(size - 2);
 
-    // As a text of any bytes, and as what the bytes are in UTF-8, damaged or not.
-    const std::string raw(bytes, bytes + length);
-    checkText(row, column, encodeText(row, column, juce::String(juce::CharPointer_UTF8(raw.c_str()))));
-    checkText(row, column, encodeText(row, column, juce::String::createStringFromData(bytes, length)));
+    const std::string_view text(reinterpret_cast<const char*>(bytes), size - 2);
+    checkText(row, column, encodeText(row, column, Platform::textOfUtf8(text)));
     checkText(row, 0, encodeClearRow(row));
     checkLevel(column, encodeStartBrightness(column));
     checkLevel(column, encodeDimmerA(column));
