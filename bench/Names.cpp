@@ -222,12 +222,38 @@ std::optional<int> findKey(const std::string& name)
     return numberIn(wanted, highestKey);
 }
 
+std::string keyName(int value)
+{
+    constexpr int release = 0xffff;
+    if (value == release)
+        return "release";
+    const auto found = std::find_if(keyTable.begin(), keyTable.end(), [&](auto& key) { return key.value == value; });
+    return found != keyTable.end() ? found->name : std::to_string(value);
+}
+
 std::vector<std::string> keyNames()
 {
     std::vector<std::string> names;
     for (const auto& entry : keyTable)
         names.emplace_back(entry.name);
     return names;
+}
+
+std::string lineName(std::uint32_t line)
+{
+    struct LineEntry
+    {
+        std::uint32_t number;
+        const char* name;
+    };
+    constexpr std::array lineTable {
+        LineEntry { 32768, "wired remote: transmit" }, LineEntry { 32771, "unit is on, output 2" },
+        LineEntry { 32772, "video decoder: power" },   LineEntry { 32778, "audio DSP: start" },
+        LineEntry { 32856, "unit is on, output 1" },
+    };
+    const auto found =
+        std::find_if(lineTable.begin(), lineTable.end(), [&](auto& each) { return each.number == line; });
+    return found != lineTable.end() ? found->name : "";
 }
 
 } // namespace Bench

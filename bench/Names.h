@@ -2,6 +2,7 @@
 
 #include "platform/Pubhead.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -52,6 +53,11 @@ std::vector<std::string> sourceNames();
 /** A key by name ("menu") or number, decimal or 0x; empty when it is neither or above 255. */
 std::optional<int> findKey(const std::string& name);
 std::vector<std::string> keyNames();
+/** The key's name; its number when it has none. */
+std::string keyName(int value);
+
+/** What a general-purpose line does on the unit, "" for one without a name. */
+std::string lineName(std::uint32_t line);
 
 std::string lowerCase(std::string text);
 

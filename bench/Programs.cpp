@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 namespace Bench
 {
@@ -104,14 +105,18 @@ void Programs::onPacket(int connection, PacketServer::Packet packet)
     else if (event == "shown" || event == "hidden" || event == "covered" || event == "confirmed")
         onPage(number("page"), event);
     else
+    {
+        if (event == "command-line")
+            onCommandLine(appType, text("detail"));
         journal.add(programStream(appType), event + (message.contains("detail") ? " " + text("detail") : ""));
+    }
 }
 
 void Programs::onHello(int connection, int appType, const std::string& commandLine)
 {
     if (pageOfApp(appType) == nullptr)
         return;
-    programs[appType] = { connection, pidOfConnection[connection], false, {}, 0 };
+    programs[appType] = { connection, pidOfConnection[connection], false, {}, 0, NUM_OF_PAGES };
     journal.add(programStream(appType), "running");
     if (!commandLine.empty())
         journal.add(programStream(appType), "started with " + commandLine);
@@ -125,6 +130,7 @@ void Programs::onClosed(int connection)
     if (appType == AppUnknown)
         return;
     programs.erase(appType);
+    std::erase_if(shown, [&](int page) { return pageInfo(page)->appType == appType; });
     journal.add(programStream(appType), "gone");
     if (const auto* info = pageInfo(front); info != nullptr && info->appType == appType)
         setFront(NUM_OF_PAGES);
@@ -133,10 +139,32 @@ void Programs::onClosed(int connection)
 void Programs::onPage(int page, const std::string& change)
 {
     journal.add(std::string("page ") + pageName(page), change);
+    if (change != "confirmed")
+        std::erase(shown, page);
+    if (change == "shown" || change == "covered")
+        shown.insert(change == "shown" || shown.empty() ? shown.begin() : shown.begin() + 1, page);
     if (change == "shown")
         setFront(page);
     else if (change != "confirmed" && page == front)
         setFront(NUM_OF_PAGES);
+}
+
+void Programs::onCommandLine(int appType, const std::string& text)
+{
+    std::istringstream words(text);
+    std::string what, page;
+    words >> what >> page;
+    auto& source = programs[appType].source;
+    if (what == "sourceEnter")
+        source = findPage(page);
+    else if (what == "sourceExit" && source == findPage(page))
+        source = NUM_OF_PAGES;
+}
+
+std::vector<int> Programs::pagesShown() const
+{
+    const std::scoped_lock guard(lock);
+    return shown;
 }
 
 void Programs::setFront(int page)
@@ -212,6 +240,11 @@ bool Programs::exit(int appType)
 bool Programs::sendMessage(int appType, int what, int arg1, int arg2)
 {
     return order(appType, { { "order", "send" }, { "what", what }, { "arg1", arg1 }, { "arg2", arg2 } });
+}
+
+bool Programs::sendWindowMessage(int appType, int message, int wParam, int lParam)
+{
+    return order(appType, { { "order", "window" }, { "what", message }, { "arg1", wParam }, { "arg2", lParam } });
 }
 
 int Programs::carrierFor(int appType) const

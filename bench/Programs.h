@@ -33,11 +33,14 @@ public:
         bool connected = false; ///< the engine has acknowledged its hello
         std::string fault;      ///< "silent", "slow 800 ms", "hung"; empty for none
         unsigned heartbeats = 0;
+        int source; ///< the page whose source it plays, NUM_OF_PAGES for none
     };
     /** By application type; those that run. */
     std::map<int, Program> running() const;
     /** NUM_OF_PAGES when no page of these programs is in front. */
     int pageInFront() const;
+    /** The pages of running programs that have been in front and not been taken back, the last one first. */
+    std::vector<int> pagesShown() const;
 
     // Orders; each is false when the program does not run.
     bool setSilent(int appType, bool silent);                   ///< takes everything, answers nothing
@@ -48,6 +51,8 @@ public:
     bool exit(int appType);                                     ///< ends properly
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
+    /** The same to the engine's window; without a display there is none. */
+    bool sendWindowMessage(int appType, int message, int wParam, int lParam);
 
     /** Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs,
        else through the one in front, else any. Empty on success, else why not. */
@@ -61,12 +66,14 @@ private:
     std::map<int, Program> programs;
     std::map<int, int> pidOfConnection;
     int front;
-    PacketServer server; // last: its thread ends before what it uses
+    std::vector<int> shown; ///< pages, the last one first
+    PacketServer server;    // last: its thread ends before what it uses
 
     void onPacket(int connection, PacketServer::Packet packet);
     void onHello(int connection, int appType, const std::string& commandLine);
     void onClosed(int connection);
     void onPage(int page, const std::string& change);
+    void onCommandLine(int appType, const std::string& text);
     void setFront(int page);
     int appOfConnection(int connection) const;
     int carrierFor(int appType) const;

@@ -1,6 +1,7 @@
 #include "bench/Unit.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -57,9 +58,9 @@ std::string Unit::start()
 {
     if (auto error = makeFolder(); !error.empty())
         return error;
-    for (const auto& error :
-         { linkPrograms(), mcu.start(), videoDecoder.start(path + "/i2c"), gpio.start(path + "/gpio"),
-           dsp.start(path + "/spi2"), programs.start(path + "/control"), log.start(logFile()), bus.start(path) })
+    for (const auto& error : { linkPrograms(), mcu.start(), remote.start(remotePath()),
+                               videoDecoder.start(path + "/i2c"), gpio.start(path + "/gpio"), dsp.start(path + "/spi2"),
+                               programs.start(path + "/control"), log.start(logFile()), bus.start(path) })
         if (!error.empty())
             return error;
     return {};
@@ -106,10 +107,8 @@ std::string Unit::writeConfiguration() const
          << "display = " << (options.display ? "\"auto\"" : "\"none\"") << "\n"
          << "camera_hold_file = " << quoted(path + "/camera-hold") << "\n"
          << "log_library = " << quoted(options.logLibrary) << "\n\n"
-         << "[mcu]\nport = " << quoted(mcu.portPath())
-         << "\n\n"
-         // Nobody is at the other end of this one: the engine reports it as failed and goes on.
-         << "[wired_remote]\nport = " << quoted(path + "/wired-remote") << "\n\n"
+         << "[mcu]\nport = " << quoted(mcu.portPath()) << "\n\n"
+         << "[wired_remote]\nport = " << quoted(remotePath()) << "\n\n"
          << "[bus]\nspi2 = " << quoted("socket:" + path + "/spi2") << "\n"
          << "i2c1 = " << quoted("socket:" + path + "/i2c") << "\n"
          << "gpio = " << quoted("socket:" + path + "/gpio") << "\n\n"
@@ -152,6 +151,7 @@ void Unit::stop()
     videoDecoder.stop();
     gpio.stop();
     dsp.stop();
+    remote.stop();
     mcu.stop();
     if (path.empty())
         return;
@@ -170,6 +170,17 @@ std::string Unit::sysInfoName() const
 std::string Unit::mountPoint(int number) const
 {
     return path + "/media/Hard Disk" + (number > 1 ? std::to_string(number) : "");
+}
+
+std::string Unit::remotePath() const
+{
+    return path + "/wired-remote";
+}
+
+bool Unit::draws() const
+{
+    const char* display = std::getenv("DISPLAY");
+    return options.display && display != nullptr && *display != '\0';
 }
 
 bool Unit::plugUsb(int number)

@@ -7,6 +7,7 @@
 #include "bench/Mcu.h"
 #include "bench/Programs.h"
 #include "bench/VideoDecoder.h"
+#include "bench/WiredRemote.h"
 #include "bench/dsp/Dsp.h"
 
 namespace Bench
@@ -51,6 +52,8 @@ public:
     /** The engine's traffic dumps; holds from its next start on. */
     void setSystemDebug(bool on) { systemDebug = on; }
     bool isSystemDebug() const { return systemDebug; }
+    /** Whether programs and bars draw. */
+    bool draws() const;
 
     static constexpr int usbCount = 8;
 
@@ -62,6 +65,7 @@ private:
 public:
     Journal journal;
     Mcu mcu { journal };
+    WiredRemote remote { journal };
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };
     Dsp dsp { journal };
@@ -76,6 +80,7 @@ private:
     std::string writeConfiguration() const;
     std::string mountPoint(int number) const;
     std::string sysInfoName() const;
+    std::string remotePath() const;
 };
 
 } // namespace Bench

@@ -160,7 +160,7 @@ Outcome Console::program(const Words& words)
         return delay ? ifTaken(programs.setSlow(appType, *delay), appType)
                      : failed("'" + words[3] + "' is no time, for example 800ms, or off");
     }
-    if (what == "send" && words.size() >= 4 && words.size() <= 6)
+    if ((what == "send" || what == "window") && words.size() >= 4 && words.size() <= 6)
     {
         std::array<int, 3> values {};
         for (std::size_t i = 3; i < words.size(); ++i)
@@ -170,7 +170,9 @@ Outcome Console::program(const Words& words)
                 return failed("'" + words[i] + "' is no number");
             values[i - 3] = *number;
         }
-        return ifTaken(programs.sendMessage(appType, values[0], values[1], values[2]), appType);
+        const bool taken = what == "send" ? programs.sendMessage(appType, values[0], values[1], values[2])
+                                          : programs.sendWindowMessage(appType, values[0], values[1], values[2]);
+        return ifTaken(taken, appType);
     }
     return usageOf("program");
 }

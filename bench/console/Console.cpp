@@ -19,6 +19,9 @@ Words joinedLists(std::initializer_list<Words> lists)
     return all;
 }
 
+/** In front of a command of a script: leave it out when nothing is drawn. */
+constexpr std::string_view displayCondition = "if-display";
+
 Words nothing(const Words&)
 {
     return {};
@@ -45,10 +48,24 @@ Words programWords(const Words& before)
     if (before.size() == 1)
         return joinedLists({ appNames(), pageNames() });
     if (before.size() == 2)
-        return { "show", "stop", "crash", "silent", "slow", "hang", "wake", "exit", "send" };
+        return { "show", "stop", "crash", "silent", "slow", "hang", "wake", "exit", "send", "window" };
     if (before.size() == 3 && (before[2] == "show" || before[2] == "stop"))
         return pageNames();
     if (before.size() == 3 && (before[2] == "silent" || before[2] == "slow"))
+        return { "off" };
+    return {};
+}
+
+Words remoteWords(const Words& before)
+{
+    Words keys;
+    for (const auto& key : WiredRemote::keys())
+        keys.emplace_back(key.name);
+    if (before.size() == 1)
+        return joinedLists({ keys, { "hold", "bytes", "unplug", "plug", "stall", "show" } });
+    if (before.size() == 2 && before[1] == "hold")
+        return keys;
+    if (before.size() == 2 && before[1] == "stall")
         return { "off" };
     return {};
 }
@@ -69,7 +86,7 @@ Words dspWords(const Words& before)
 Words expectWords(const Words& before)
 {
     if (before.size() == 1)
-        return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "no" };
+        return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "remote", "no" };
     const auto& subject = before[1];
     if (before.size() == 2 && subject == "mcu")
         return { "source", "agreed", "frame", "link", "ready-for-power-off" };
@@ -79,6 +96,8 @@ Words expectWords(const Words& before)
         return appNames();
     if (before.size() == 2 && subject == "dsp")
         return { "boot", "mute", "source", "write" };
+    if (before.size() == 2 && subject == "remote")
+        return { "dimmer", "plugged", "unplugged" };
     if (before.size() == 2 && subject == "engine")
         return { "started", "exit", "signal" };
     if (before.size() == 3 && subject == "mcu" && before[2] == "source")
@@ -118,8 +137,10 @@ std::span<const Console::Command> Console::commands()
           &Console::mcu, mcuWords },
         { "program",
           "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "
-          "send WHAT [ARG1 [ARG2]]",
-          "A source program: let it ask for a page or give it back, send a message to the engine, or misbehave.",
+          "send WHAT [ARG1 [ARG2]] | window MESSAGE [W [L]]",
+          "A source program: let it ask for a page or give it back, send a message to the engine (over the bus, or to "
+          "its "
+          "window), or misbehave.",
           &Console::program, programWords },
         { "usb", "usb plug|unplug [1-8]", "USB storage comes and goes.", &Console::usb,
           [](const Words& before) {
@@ -140,6 +161,9 @@ std::span<const Console::Command> Console::commands()
         { "trail", "trail", "The frames and messages since the last headline.", &Console::trail, nothing },
         { "gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio,
           nothing },
+        { "remote", "remote KEY | hold KEY TIME | bytes HEX... | unplug | plug | stall [off] | show",
+          "The wired remote: press a key, let it go away or take no bytes, look at its display.", &Console::remote,
+          remoteWords },
         { "dsp",
           "dsp state | plot [FILE.png] | play IN.wav OUT.wav [OUTPUT]\n"
           "dsp fail open | configure | transfer [N] | crc [once|always] | slow TIME | gone | well",
@@ -157,11 +181,15 @@ std::span<const Console::Command> Console::commands()
           "expect page NAME shown|hidden|covered|confirmed|in-front [within TIME]\n"
           "expect program NAME running|connected|gone|TEXT [within TIME]\n"
           "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
+          "expect remote \"TEXT\" | remote dimmer TEXT [within TIME]\n"
           "expect dsp TEXT | dsp write TEXT [within TIME]\n"
           "expect order \"mcu source aux\" \"page aux shown\" ... [within TIME]",
           "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "
           "has its own place: what met one expectation is behind. 'order' wants them one after the other.",
           &Console::expect, expectWords },
+        { "watch", "watch [TIME]",
+          "The whole unit at a glance, drawn again and again until a key is pressed; once when nobody watches.",
+          &Console::watch, nothing },
         { "mark", "mark", "From here on, expect looks only at what comes now.", &Console::mark, nothing },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
         { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },
@@ -202,10 +230,20 @@ Outcome Console::run(const std::string& text)
         return { Outcome::failed, line.error };
     if (line.words.empty())
         return {};
+    if (line.words[0] == displayCondition)
+        return ifDisplay(text.substr(text.find(displayCondition) + displayCondition.size()));
     for (const auto& command : commands())
         if (line.words[0] == command.name)
             return (this->*command.run)(line.words);
     return { Outcome::failed, "there is no command '" + line.words[0] + "', see help" };
+}
+
+Outcome Console::ifDisplay(const std::string& command)
+{
+    if (unit.draws())
+        return run(command);
+    output << style.dim("    left out without a display") << "\n";
+    return {};
 }
 
 bool Console::runScript(std::istream& script, const std::string& name)

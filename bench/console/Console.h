@@ -57,6 +57,8 @@ private:
     Outcome camera(const Words& words);
     Outcome engine(const Words& words);
     Outcome gpio(const Words& words);
+    Outcome remote(const Words& words);
+    Outcome watch(const Words& words);
     Outcome dsp(const Words& words);
     Outcome log(const Words& words);
     Outcome state(const Words& words);
@@ -70,6 +72,7 @@ private:
     Outcome pause(const Words& words);
     Outcome help(const Words& words);
     Outcome quit(const Words& words);
+    Outcome ifDisplay(const std::string& command);
 
     Outcome mcuFault(const Words& words);
     Outcome dspState();

@@ -88,6 +88,14 @@ ParsedExpectation expectProgram(const Words& words)
     return { { std::string("program ") + Pubhead::appTypeName(appType), text, !isWhole, false, {} }, {} };
 }
 
+ParsedExpectation expectRemote(const Words& words)
+{
+    const bool dimmer = words[1] == "dimmer";
+    const bool plug = words.size() == 2 && (words[1] == "plugged" || words[1] == "unplugged");
+    const auto text = joined(Words(words.begin() + (dimmer ? 2 : 1), words.end()));
+    return { { dimmer ? "remote dimmer" : plug ? "remote" : "remote display", text, true, false, {} }, {} };
+}
+
 } // namespace
 
 ParsedExpectation parseExpectation(const Words& words)
@@ -108,12 +116,14 @@ ParsedExpectation parseExpectation(const Words& words)
         parsed = { { "dsp write", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
     else if (subject == "dsp" && words.size() >= 2 && words[1] != "write")
         parsed = { { "dsp", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
+    else if (subject == "remote" && words.size() >= 2)
+        parsed = expectRemote(words);
     else if (subject == "gpio" && words.size() == 3)
         parsed = { { "gpio " + words[1], words[2], false, false, {} }, {} };
     else
         parsed =
             failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
-                   "dsp TEXT | dsp write TEXT");
+                   "remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT");
     parsed.expectation.description = joined(words);
     return parsed;
 }

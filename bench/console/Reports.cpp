@@ -141,13 +141,18 @@ Outcome Console::gpio(const Words& words)
         unit.gpio.drive(static_cast<std::uint32_t>(*line), static_cast<std::uint32_t>(*level));
         return {};
     }
+    constexpr std::size_t longestName = 24;
     const auto lines = unit.gpio.lines();
     if (lines.empty())
         output << style.dim("  The unit has touched no line yet.") << "\n";
     for (const auto& [number, line] : lines)
-        row("line " + std::to_string(number), "level " + std::to_string(line.level) +
+    {
+        auto name = lineName(number);
+        name.resize(longestName, ' ');
+        row("line " + std::to_string(number), (line.level != 0 ? style.good("high") : style.dim("low ")) + "  " + name +
                                                   style.dim("  function " + std::to_string(line.function) +
                                                             ", written " + std::to_string(line.writes) + " times"));
+    }
     return {};
 }
 

@@ -1,7 +1,9 @@
 #include "bench/program/SourceProgram.h"
 
 #include "EngineApi/RemoteMessageIds.h"
+#include "bench/Names.h"
 #include "platform/Pubhead.h"
+#include "platform/Window.h"
 
 #include <cmath>
 #include <csignal>
@@ -21,6 +23,38 @@ namespace
 constexpr int menuPageChosen = 5;   ///< sub-code of RMSG_APP_EVENT
 constexpr int preparePowerOff = 3;  ///< first argument of RMSG_SXM_FAVOURITE
 constexpr int readyForPowerOff = 5; ///< sub-code of RMSG_SXM_EVENT
+
+/** First argument of the favourite messages. */
+enum FavouriteMode { storeFavourite = 0, playFavourite = 1, openFavourites = 2 };
+/** Settings of favourite 1 to 16, less its number. */
+constexpr int favouritePageSetting = 23;
+constexpr int favouriteLabelSetting = 39;
+/** Second argument of RMSG_SETTING_CHANGED. */
+constexpr int integerSetting = 1;
+constexpr int textSetting = 0;
+
+/** What the page's source is tuned to. */
+juce::String stationOn(int page)
+{
+    switch (page)
+    {
+    case mbFM:
+        return "101.1";
+    case mbAM:
+        return "1000";
+    case mbWB:
+        return "3";
+    case mbSirius:
+        return "Channel 18";
+    default:
+        return pageName(page);
+    }
+}
+
+juce::String keyText(int key, int argument)
+{
+    return Bench::keyName(key) + (argument != 0 ? " " + std::to_string(argument) : "");
+}
 
 juce::String describe(const AppCommandLine& line)
 {
@@ -172,13 +206,19 @@ void SourceProgram::handle(const RemoteMessage& message)
         answer(RMSG_STATE_TO_SYSTEM, message.arg1);
         break;
     case RMSG_KEY:
-        report("key", juce::String(message.arg1) + " " + juce::String(message.arg2));
+        report("key", keyText(message.arg1, message.arg2));
         break;
     case RMSG_SXM_FAVOURITE:
-        report("message",
-               juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
         if (appType == AppSirius && message.arg1 == preparePowerOff)
+        {
+            report("prepares-power-off");
             answer(RMSG_SXM_EVENT, readyForPowerOff);
+            break;
+        }
+        [[fallthrough]];
+    case RMSG_FAVOURITE:
+    case RMSG_DAB_FAVOURITE:
+        onFavourite(message.arg1, message.arg2);
         break;
     default:
         report("message",
@@ -210,6 +250,33 @@ void SourceProgram::onCommandLine(const Bundle::Ptr& bundle)
     }
 }
 
+void SourceProgram::onFavourite(int mode, int favourite)
+{
+    switch (mode)
+    {
+    case storeFavourite:
+    {
+        const int page = source != NUM_OF_PAGES ? source : shownPage;
+        const auto label = stationOn(page);
+        answer(RMSG_SETTING_CHANGED, favouritePageSetting + favourite, integerSetting,
+               RemoteObjFormat::formatInt(page));
+        answer(RMSG_SETTING_CHANGED, favouriteLabelSetting + favourite, textSetting,
+               RemoteObjFormat::formatString(label));
+        report("favourite", "stored " + juce::String(favourite) + " " + label);
+        break;
+    }
+    case playFavourite:
+        report("favourite", "played " + juce::String(favourite));
+        break;
+    case openFavourites:
+        report("favourite", "opened at " + juce::String(favourite));
+        break;
+    default:
+        report("favourite", "mode " + juce::String(mode) + " " + juce::String(favourite));
+        break;
+    }
+}
+
 void SourceProgram::showPage(int page)
 {
     shownPage = page;
@@ -236,6 +303,8 @@ void SourceProgram::onOrder(const nlohmann::json& order)
         delayMs = order.value("ms", 0);
     else if (name == "send")
         answer(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
+    else if (name == "window")
+        postToWindow(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
     else if (name == "exit")
         quit();
     else if (name == "hang")
@@ -247,6 +316,12 @@ void SourceProgram::onOrder(const nlohmann::json& order)
         std::signal(SIGSEGV, SIG_DFL);
         std::raise(SIGSEGV);
     }
+}
+
+void SourceProgram::postToWindow(int message, int wParam, int lParam)
+{
+    if (!Platform::postWindowMessage(Platform::findWindow(appTypeName(AppMain)), message, wParam, lParam))
+        report("window-message-failed", juce::String(message));
 }
 
 void SourceProgram::choosePage(int page)
@@ -265,16 +340,17 @@ void SourceProgram::leavePage(int page)
         answer(RMSG_SOURCE_STOP, 0);
 }
 
-void SourceProgram::answer(int what, int arg1, int arg2)
+void SourceProgram::answer(int what, int arg1, int arg2, Bundle::Ptr bundle)
 {
     if (silent)
         return;
-    const auto post = [what, arg1, arg2]
+    const auto post = [what, arg1, arg2, bundle = std::move(bundle)]
     {
         const auto message = RemoteMessage::obtain();
         message->what = what;
         message->arg1 = arg1;
         message->arg2 = arg2;
+        message->bundle = bundle;
         // Without an engine there is nobody to tell; its return brings a new hello.
         IPCMsg::MessageHelper::postMessage(AppMain, message);
         RemoteMessage::recycle(message);

@@ -56,7 +56,10 @@ private:
     void hidePage(int page, const char* change);
     void sayHello();
     /** To the engine, unless the bench wants this program silent; later when it wants it slow. */
-    void answer(int what, int arg1, int arg2 = 0);
+    void answer(int what, int arg1, int arg2 = 0, Platform::Bundle::Ptr bundle = nullptr);
+    /** The program writes down what it plays, or plays what was written down. */
+    void onFavourite(int mode, int favourite);
+    void postToWindow(int message, int wParam, int lParam);
     void report(const char* event, const juce::String& detail = {});
     void reportPage(const char* event, int page);
     void quit();
