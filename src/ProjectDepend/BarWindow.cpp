@@ -42,11 +42,14 @@ void BarWindow::setPeerVisible(bool visible)
         return;
     if (visible)
     {
+        const auto handle =
+            static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(peer->getNativeHandle()));
         const double scale = peer->getPlatformScaleFactor();
         const auto pixels = [scale](int length) { return juce::roundToInt(length * scale); };
-        Platform::clipCorners(
-            static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(peer->getNativeHandle())),
-            pixels(getWidth()), pixels(getHeight()), pixels(Platform::cornerOf(*window.getLayout())));
+        Platform::clipCorners(handle, pixels(getWidth()), pixels(getHeight()),
+                              pixels(Platform::cornerOf(*window.getLayout())));
+        // The framework asks the window manager for this, which does not know the window.
+        Platform::raiseWindow(handle);
     }
     peer->setVisible(visible);
 }
