@@ -30,6 +30,12 @@ BarWindow::~BarWindow()
     removeFromDesktop();
 }
 
+void BarWindow::setVisibleIf(juce::Component* control, bool visible)
+{
+    if (control != nullptr)
+        control->setVisible(visible);
+}
+
 int BarWindow::getDesktopWindowStyleFlags() const
 {
     return juce::ComponentPeer::windowIsTemporary | juce::ComponentPeer::windowIgnoresKeyPresses;
