@@ -31,6 +31,12 @@ BarWindow::~BarWindow()
     removeFromDesktop();
 }
 
+void BarWindow::setVisibleIf(juce::Component* control, bool visible)
+{
+    if (control != nullptr)
+        control->setVisible(visible);
+}
+
 int BarWindow::getDesktopWindowStyleFlags() const
 {
     return juce::ComponentPeer::windowIsTemporary | juce::ComponentPeer::windowIgnoresKeyPresses;
@@ -43,11 +49,14 @@ void BarWindow::setPeerVisible(bool visible)
         return;
     if (visible)
     {
+        const auto handle =
+            static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(peer->getNativeHandle()));
         const double scale = peer->getPlatformScaleFactor();
         const auto pixels = [scale](int length) { return juce::roundToInt(length * scale); };
-        Platform::clipCorners(
-            static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(peer->getNativeHandle())),
-            pixels(getWidth()), pixels(getHeight()), pixels(Platform::cornerOf(*window.getLayout())));
+        Platform::clipCorners(handle, pixels(getWidth()), pixels(getHeight()),
+                              pixels(Platform::cornerOf(*window.getLayout())));
+        // The framework asks the window manager for this, which does not know the window.
+        Platform::raiseWindow(handle);
     }
     peer->setVisible(visible);
 }

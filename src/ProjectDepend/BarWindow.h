@@ -36,6 +36,8 @@ protected:
     {
         return Platform::CVXRelationHelper::findComponent<Control>(window.getLayout(), name);
     }
+    /** Nothing happens for a control that the layout lacks. */
+    static void setVisibleIf(juce::Component* control, bool visible);
 
 private:
     int getDesktopWindowStyleFlags() const override;
@@ -60,6 +62,17 @@ public:
         , arg2(second)
         , payload(std::move(content))
     {
+    }
+
+    /** False on the message thread, where the bar handles the message itself; elsewhere it is on its way then. */
+    static bool passOn(const juce::Component::SafePointer<BarType>& receiver, juce::int32 messageId, juce::int32 first,
+                       juce::int32 second, const Kernel::Payload& content)
+    {
+        if (juce::MessageManager::existsAndIsCurrentThread())
+            return false;
+        // Refused only while the message loop ends, when nothing is to be seen any more.
+        (new BarCallbackMessage(receiver, messageId, first, second, content))->post();
+        return true;
     }
 
     void messageCallback() override

@@ -1,6 +1,7 @@
 #include "ProjectDepend/Bars.h"
 
 #include "EngineApi/Provided.h"
+#include "ProjectDepend/FavoriteBar.h"
 #include "ProjectDepend/LowBatteryAlertBar.h"
 #include "ProjectDepend/VolumeBar.h"
 
@@ -13,6 +14,7 @@ namespace
 struct Bars
 {
     VolumeBar volume;
+    FavoriteBar favorites;
     LowBatteryAlertBar lowBattery;
 };
 
@@ -24,12 +26,14 @@ void createBars()
 {
     bars = std::make_unique<Bars>();
     EngineApi::Provided<EngineApi::VolumeBar>::set(&bars->volume);
+    EngineApi::Provided<EngineApi::FavoriteBar>::set(&bars->favorites);
     EngineApi::Provided<EngineApi::LowBatteryBar>::set(&bars->lowBattery);
 }
 
 void removeBars()
 {
     EngineApi::Provided<EngineApi::VolumeBar>::set(nullptr);
+    EngineApi::Provided<EngineApi::FavoriteBar>::set(nullptr);
     EngineApi::Provided<EngineApi::LowBatteryBar>::set(nullptr);
     bars.reset();
 }

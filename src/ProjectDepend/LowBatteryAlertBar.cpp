@@ -35,12 +35,8 @@ LowBatteryAlertBar::~LowBatteryAlertBar()
 
 void LowBatteryAlertBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
 {
-    if (!juce::MessageManager::existsAndIsCurrentThread())
-    {
-        // Refused only while the message loop ends, when nothing is to be seen any more.
-        (new CallbackMessage(self, id, arg1, arg2, std::move(payload)))->post();
+    if (CallbackMessage::passOn(self, id, arg1, arg2, payload))
         return;
-    }
     if (id != Kernel::MSG_LOW_BATTERY_ALERT)
         return;
     if (arg1 == alertOn)

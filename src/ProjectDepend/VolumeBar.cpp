@@ -39,12 +39,6 @@ void setCurrentZone(int zone)
         chips->getACService().setCurrentZone(zone);
 }
 
-void setVisibleIf(juce::Component* control, bool visible)
-{
-    if (control != nullptr)
-        control->setVisible(visible);
-}
-
 } // namespace
 
 VolumeBar::VolumeBar()
@@ -57,12 +51,8 @@ VolumeBar::VolumeBar()
 
 void VolumeBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
 {
-    if (!juce::MessageManager::existsAndIsCurrentThread())
-    {
-        // Refused only while the message loop ends, when nothing is to be seen any more.
-        (new CallbackMessage(self, id, arg1, arg2, std::move(payload)))->post();
+    if (CallbackMessage::passOn(self, id, arg1, arg2, payload))
         return;
-    }
     if (id == Kernel::MSG_VOLUME_SHOW)
         showVolume(arg1, arg2);
     else if (id == EngineApi::MSG_BAR_CLOSE && !muted)

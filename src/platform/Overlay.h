@@ -32,4 +32,10 @@ std::unique_ptr<TouchWatch> watchTouches(TouchHandler handler);
 */
 bool clipCorners(WindowHandle window, int width, int height, int radius);
 
+/**
+    Puts a window that no window manager looks after above all others, those of other programs too. False without a
+   display or such a window. Any thread.
+*/
+bool raiseWindow(WindowHandle window);
+
 } // namespace Platform

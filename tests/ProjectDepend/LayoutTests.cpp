@@ -41,7 +41,7 @@ protected:
 
 constexpr const char* whole = R"(<Window name="W" x="10" y="20" width="300" height="100" corner="9">
     <Group name="G" width="300" height="50" visible="0"><Static name="T" x="1" y="2" width="3" height="4" text="hi"/></Group>
-    <Button name="B"><Text index="1"/></Button></Window>)";
+    <Button name="B"><Icon x="5" width="6" height="7"/><Text index="1"/></Button></Window>)";
 
 } // namespace
 
@@ -61,6 +61,31 @@ TEST_F(LayoutTest, AWholeLayoutHasItsControlsWhereItSays)
     EXPECT_EQ(CVXRelationHelper::findComponent<CVXStatic>(layout.get(), "B"), nullptr) << "of another type";
     EXPECT_EQ(CVXRelationHelper::findComponent<CVXStatic>(nullptr, "T"), nullptr);
     EXPECT_EQ(log.take().size(), 1u);
+}
+
+TEST_F(LayoutTest, NoTextLeavesItsArea)
+{
+    const juce::Rectangle<int> area(20, 40, 100, 24);
+    CVXTextElement element;
+    element.setArea(area);
+    element.setTextColour(juce::Colours::white);
+    for (const auto& text : { juce::String("Wind"), juce::String("Wind\nSea\r\nand\nSun\n"),
+                              juce::String::repeatedString("Wind\u05d0\u202e ", 20000) })
+    {
+        element.setText(text);
+        juce::Image image(juce::Image::ARGB, 200, 100, true, juce::SoftwareImageType());
+        {
+            juce::Graphics graphics(image);
+            element.paint(graphics, image.getBounds(), CVXButtonState::normal);
+        }
+        int inside = 0;
+        int outside = 0;
+        for (int y = 0; y < image.getHeight(); ++y)
+            for (int x = 0; x < image.getWidth(); ++x)
+                (area.contains(x, y) ? inside : outside) += image.getPixelAt(x, y).getAlpha() > 0;
+        EXPECT_GT(inside, 50);
+        EXPECT_EQ(outside, 0) << text.substring(0, 10);
+    }
 }
 
 TEST_F(LayoutTest, ADamagedOneIsRefusedAndReportedOnce)

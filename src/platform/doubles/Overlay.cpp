@@ -56,4 +56,9 @@ bool clipCorners(WindowHandle window, int, int, int)
     return window != noWindow;
 }
 
+bool raiseWindow(WindowHandle window)
+{
+    return window != noWindow;
+}
+
 } // namespace Platform

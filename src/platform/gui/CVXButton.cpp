@@ -35,9 +35,16 @@ void CVXButton::setImagePath(const juce::String& name)
     repaint();
 }
 
+void CVXButton::setIcon(const juce::String& name)
+{
+    icon.setName(name);
+    repaint();
+}
+
 void CVXButton::reloadImage()
 {
     picture.reload();
+    icon.reload();
     repaint();
 }
 
@@ -47,6 +54,7 @@ void CVXButton::paintButton(juce::Graphics& graphics, bool, bool down)
                        : down       ? CVXButtonState::pressed
                                     : CVXButtonState::normal;
     picture.paint(graphics, getLocalBounds());
+    icon.paint(graphics, iconArea);
     for (const auto& [index, element] : texts)
         element.paint(graphics, getLocalBounds(), state);
 }

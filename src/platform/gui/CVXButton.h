@@ -8,7 +8,7 @@
 namespace Platform
 {
 
-/** A push button that shows a picture and lines of text above it. Message thread. */
+/** A push button that shows a picture, and on it an icon and lines of text. Message thread. */
 class CVXButton : public juce::Button
 {
 public:
@@ -32,9 +32,14 @@ public:
 
     /** The picture under the texts, by its name in the resource packs. */
     void setImagePath(const juce::String& name);
-    /** Takes the picture from the packs again. */
+    /** The icon by its name in the resource packs; "" is none, as at first. */
+    void setIcon(const juce::String& name);
+    /** Where the icon stands in the button; nowhere at first. */
+    void setIconArea(juce::Rectangle<int> area) { iconArea = area; }
+    /** Takes picture and icon from the packs again. */
     void reloadImage();
     const Picture& getPicture() const { return picture; }
+    const Picture& getIcon() const { return icon; }
 
     void setListener(Listener* newListener) { listener = newListener; }
     /** The button as a child of a window. */
@@ -48,6 +53,8 @@ private:
 
     std::map<int, CVXTextElement> texts;
     Picture picture;
+    Picture icon;
+    juce::Rectangle<int> iconArea;
     Listener* listener = nullptr;
 };
 

@@ -82,7 +82,15 @@ std::unique_ptr<juce::Component> makeButton(const juce::ValueTree& element)
     for (const auto& child : element)
     {
         const auto area = boundsOf(child);
-        if (!child.hasType("Text") || !area.has_value())
+        if (!area.has_value())
+            return nullptr;
+        if (child.hasType("Icon"))
+        {
+            button->setIconArea(*area);
+            button->setIcon(child["image"].toString());
+            continue;
+        }
+        if (!child.hasType("Text"))
             return nullptr;
         auto& text = button->addText(static_cast<int>(child["index"]));
         setUpText(text, child);

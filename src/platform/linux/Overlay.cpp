@@ -179,4 +179,14 @@ bool clipCorners(WindowHandle window, int width, int height, int radius)
            x->finish();
 }
 
+bool raiseWindow(WindowHandle window)
+{
+    const auto x = XConnection::shared();
+    if (x == nullptr || window == noWindow)
+        return false;
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    return x->check(xcb_configure_window_checked(x->get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above)) &&
+           x->finish();
+}
+
 } // namespace Platform

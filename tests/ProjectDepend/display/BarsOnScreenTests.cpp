@@ -79,7 +79,7 @@ protected:
         juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return nullptr; };
         ASSERT_TRUE(UIHelper::hasDisplay());
         person.emplace();
-        ScratchUnit::emptySettings("284 = \"Zone 2\"\n");
+        ScratchUnit::emptySettings("284 = \"Zone 2\"\n24 = 52\n40 = \"Harbour\"\n");
         const juce::String built = HEADUNIT_BUILD_DIR "/resources/";
         const auto before = std::exchange(Configuration::get().resourcePath, built);
         AppConfig::loadFont();
@@ -94,6 +94,7 @@ protected:
     }
 
     static EngineApi::VolumeBar& volumeBar() { return *EngineApi::Provided<EngineApi::VolumeBar>::get(); }
+    static EngineApi::FavoriteBar& favoriteBar() { return *EngineApi::Provided<EngineApi::FavoriteBar>::get(); }
     static EngineApi::LowBatteryBar& batteryBar() { return *EngineApi::Provided<EngineApi::LowBatteryBar>::get(); }
 
     /** How many in a thousand pixels of the screen outside `text` are those of the picture. */
@@ -141,6 +142,7 @@ protected:
 
     std::optional<Person> person;
     const juce::Rectangle<int> volumeBounds { 110, 342, 580, 122 };
+    const juce::Rectangle<int> favoriteBounds { 14, 164, 772, 300 };
     const juce::Rectangle<int> batteryBounds { 90, 24, 620, 136 };
 };
 
@@ -152,6 +154,7 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
     const juce::Rectangle<int> zoneName { 118, 16, 300, 36 };
     const juce::Rectangle<int> muteText { 262, 21, 240, 80 };
     const juce::Rectangle<int> alertTexts { 190, 20, 410, 92 };
+    const juce::Rectangle<int> favoriteControls { 16, 12, 740, 272 };
     const juce::Colour amber(0xffffc21a);
     const juce::Colour white(0xffffffff);
     const struct
@@ -169,6 +172,8 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 2, 5, "volumebar\\Zone2Volume\\ZVOL5.png", volumeBounds, zoneName,
           white },
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", volumeBounds, muteText, white },
+        { favoriteBar(), Kernel::MSG_FAVORITES_SELECT, 9, 0, "Farvoritebar\\background.png", favoriteBounds,
+          favoriteControls, white },
         { batteryBar(), Kernel::MSG_LOW_BATTERY_ALERT, 1, 0, "VoltmeterBar\\LowBattery.png", batteryBounds, alertTexts,
           amber },
     };
@@ -185,10 +190,47 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
         EXPECT_TRUE(isBackground(each.bounds.getPosition())) << "the corners are round";
         EXPECT_TRUE(isBackground(each.bounds.getBottomRight() - juce::Point(1, 1)));
     }
-    // A neighbouring volume is not taken for this one.
+    // The bar that was shown last is in front, though it was there first. A neighbouring volume is not taken for this
+    // one.
     volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 1, 27, nullptr);
     ASSERT_TRUE(pumpUntil([&] { return likeness(cases[0].picture, volumeBounds, nothing) >= 990; }));
     EXPECT_LT(likeness("volumebar\\MainVolume\\ORB600 Vol28.png", volumeBounds, nothing), 990);
+}
+
+TEST_F(BarsOnScreenTest, TheFavoritesShowWhichIsSelectedUntilATouchBesideThem)
+{
+    const auto onBar = [this](int x, int y, int width, int height)
+    { return juce::Rectangle<int>(x, y, width, height) + favoriteBounds.getPosition(); };
+    const auto first = onBar(16, 66, 176, 103);
+    const auto eighth = onBar(580, 181, 176, 103);
+    const auto icon = onBar(29, 79, 96, 34);
+    const juce::Rectangle<int> inTile { 10, 10, 156, 83 };
+    const auto shows = [&](const char* picture, juce::Rectangle<int> tile)
+    { return likeness(picture, tile, inTile) >= 990; };
+    const char* selected = "farvoritebar\\fav_button_p.png";
+    const char* normal = "farvoritebar\\fav_button_n.png";
+
+    favoriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 1, 0, nullptr);
+    EXPECT_TRUE(pumpUntil([&] { return shows(selected, first) && shows(normal, eighth); }));
+    EXPECT_GE(likeness("farvoritebar\\fm.png", icon, {}), 980);
+    EXPECT_GT(inked(onBar(29, 119, 150, 38), juce::Colours::white), 100) << "the label";
+
+    favoriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 16, 0, nullptr);
+    EXPECT_TRUE(pumpUntil([&] { return shows(normal, first) && shows(selected, eighth); }));
+    EXPECT_LT(likeness("farvoritebar\\fm.png", icon, {}), 500) << "the ninth is empty";
+
+    const auto notice = onBar(80, 12, 470, 44);
+    const juce::Colour amber(0xffffc21a);
+    EXPECT_EQ(inked(notice, amber), 0);
+    favoriteBar().postMessage(Kernel::MSG_FAVORITES_EMPTY_SLOT, 0, 0, nullptr);
+    EXPECT_TRUE(pumpUntil([&] { return inked(notice, amber) > 10000; }));
+
+    person->press(first.getCentreX(), first.getCentreY());
+    juce::MessageManager::getInstance()->runDispatchLoopUntil(100);
+    EXPECT_TRUE(favoriteBar().isShown());
+    person->press(20, 20);
+    EXPECT_TRUE(pumpUntil([&] { return !favoriteBar().isShown(); }));
+    EXPECT_TRUE(isBackground(first.getCentre())) << "gone at once";
 }
 
 TEST_F(BarsOnScreenTest, ATouchBesideABarOrItsTimerClosesIt)

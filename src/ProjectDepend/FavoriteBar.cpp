@@ -1,0 +1,202 @@
+#include "ProjectDepend/FavoriteBar.h"
+
+#include "EngineApi/Provided.h"
+#include "EngineApi/WiredRemote.h"
+#include "kernel/MessageIds.h"
+#include "platform/Logger.h"
+#include "platform/SetupStore.h"
+#include "platform/SysInfo.h"
+
+namespace Bar
+{
+
+namespace
+{
+
+constexpr const char* source = "ProjectDepend/FavoriteBar";
+constexpr const char* tag = "FavoriteBar";
+
+constexpr int showMs = 10000;
+constexpr int showOverCameraMs = 5000;
+constexpr int alertMs = 3000;
+constexpr juce::int32 overCameraArgument = 1;
+
+constexpr int firstOfGroupTwo = 9;
+
+/** Favourite n has its page and its label this much further on. */
+constexpr int pageSettings = 23;
+constexpr int labelSettings = 39;
+
+constexpr int labelText = 0;
+
+constexpr int voltageShownInfo = 36;
+constexpr int voltageInfo = 37;
+/** Of the raw voltage in the system information and in MSG_VOLTMETER_VALUE. */
+constexpr double voltsOfInfo = 25.3 / 256;
+constexpr double voltsOfMessage = 24.0 / 255;
+
+constexpr const char* selectedPicture = "farvoritebar\\fav_button_p.png";
+constexpr const char* normalPicture = "farvoritebar\\fav_button_n.png";
+
+} // namespace
+
+FavoriteBar::FavoriteBar()
+    : BarWindow("FavoriteBar", "Farvoritebar\\favorite.bin")
+    , groupOne(findControl<juce::Component>("gp_one"))
+    , groupTwo(findControl<juce::Component>("gp_two"))
+    , alertGroup(findControl<juce::Component>("gp_alert"))
+    , voltageText(findControl<Platform::CVXStatic>("StVoltaValue"))
+{
+    for (std::size_t index = 0; index < favoriteButtons.size(); ++index)
+        favoriteButtons[index] = findControl<Platform::CVXButton>("Btn_favorites" + juce::String(index + 1));
+    setVisibleIf(groupTwo, false);
+    setVisibleIf(alertGroup, false);
+}
+
+void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
+{
+    if (CallbackMessage::passOn(self, id, arg1, arg2, payload))
+        return;
+    switch (id)
+    {
+    case Kernel::MSG_FAVORITES_SELECT:
+        select(arg1, arg2 == overCameraArgument);
+        break;
+    case Kernel::MSG_FAVORITES_HIDE:
+        hide();
+        break;
+    case Kernel::MSG_FAVORITES_EMPTY_SLOT:
+        showAlert(true);
+        break;
+    case Kernel::MSG_VOLTMETER_SHOW:
+        if (isShown())
+            setVisibleIf(voltageText, arg1 != 0);
+        break;
+    case Kernel::MSG_VOLTMETER_VALUE:
+        if (isShown())
+            showVoltage(arg1 * voltsOfMessage);
+        break;
+    default:
+        break;
+    }
+}
+
+bool FavoriteBar::isStored(int favourite) const
+{
+    return FavoriteList::contains(favourite) && (storedFavorites >> (favourite - 1) & 1) != 0;
+}
+
+void FavoriteBar::setFavoriteCount(int count)
+{
+    if (FavoriteList::contains(count))
+        favoriteCount = count;
+    else
+        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "%d favourites are offered, 1 to 16 are taken",
+                                                  count);
+}
+
+void FavoriteBar::select(int favorite, bool overCamera)
+{
+    if (!FavoriteList::contains(favorite))
+    {
+        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favorite);
+        return;
+    }
+    showVoltage(Platform::VX_GetSysInfo(voltageInfo) * voltsOfInfo);
+    setVisibleIf(voltageText, Platform::VX_GetSysInfo(voltageShownInfo) != 0);
+    currentIndex = favorite;
+    refresh();
+    setVisibleIf(groupOne, favorite < firstOfGroupTwo);
+    setVisibleIf(groupTwo, favorite >= firstOfGroupTwo);
+    showAlert(false);
+    showDuration = overCamera ? showOverCameraMs : showMs;
+    show(0);
+}
+
+void FavoriteBar::showVoltage(double volts)
+{
+    if (voltageText != nullptr)
+        voltageText->setText(juce::String::formatted("%.1fv", volts));
+}
+
+void FavoriteBar::showAlert(bool visible)
+{
+    setVisibleIf(alertGroup, visible);
+    if (visible)
+        startTimer(alertTimer, alertMs);
+    else
+        stopTimer(alertTimer);
+}
+
+void FavoriteBar::refresh()
+{
+    if (!juce::MessageManager::existsAndIsCurrentThread())
+    {
+        juce::MessageManager::callAsync(
+            [bar = self]
+            {
+                if (bar != nullptr)
+                    bar->refresh();
+            });
+        return;
+    }
+    readFavorites();
+    drawFavorites();
+    tellRemote();
+}
+
+void FavoriteBar::readFavorites()
+{
+    for (int favorite = 1; favorite <= FavoriteList::size; ++favorite)
+        favorites.set(favorite, Platform::VX_GetSetupValueInt(pageSettings + favorite),
+                      Platform::VX_GetSetupValueString(labelSettings + favorite));
+    storedFavorites = favorites.getStored();
+}
+
+void FavoriteBar::drawFavorites()
+{
+    for (int favorite = 1; favorite <= FavoriteList::size; ++favorite)
+    {
+        auto* button = favoriteButtons[static_cast<std::size_t>(favorite - 1)];
+        if (button == nullptr)
+            continue;
+        button->setIcon(favorites.getIcon(favorite));
+        button->setText(labelText, favorites.getLabel(favorite));
+        button->setImagePath(favorite == currentIndex ? selectedPicture : normalPicture);
+    }
+}
+
+void FavoriteBar::tellRemote()
+{
+    const auto information = favorites.getInformation(currentIndex);
+    Platform::Logger::getInstance()->logDebug(source, __LINE__, "TLX70", "strInfo = " + information);
+    if (auto* remote = EngineApi::Provided<EngineApi::WiredRemote>::get())
+    {
+        remote->clearDisplay(false);
+        remote->showText(0, 0, "Favorites", true);
+        remote->showText(1, 0, information, true);
+    }
+}
+
+void FavoriteBar::show(int parameter)
+{
+    startTimer(showTimer, showDuration);
+    BarWindow::show(parameter);
+}
+
+void FavoriteBar::hide()
+{
+    stopTimer(showTimer);
+    showAlert(false);
+    BarWindow::hide();
+}
+
+void FavoriteBar::timerCallback(int timer)
+{
+    if (timer == showTimer)
+        hide();
+    else
+        showAlert(false);
+}
+
+} // namespace Bar
