@@ -247,9 +247,9 @@ std::string lineName(std::uint32_t line)
         const char* name;
     };
     constexpr std::array lineTable {
-        LineEntry { 32768, "wired remote: transmit" }, LineEntry { 32771, "unit is on, output 2" },
-        LineEntry { 32772, "video decoder: power" },   LineEntry { 32778, "audio DSP: start" },
-        LineEntry { 32856, "unit is on, output 1" },
+        LineEntry { 32768, "remote transmit" },   LineEntry { 32771, "unit on, output 2" },
+        LineEntry { 32772, "video decoder" },     LineEntry { 32778, "audio DSP start" },
+        LineEntry { 32856, "unit on, output 1" },
     };
     const auto found =
         std::find_if(lineTable.begin(), lineTable.end(), [&](auto& each) { return each.number == line; });

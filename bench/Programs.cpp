@@ -139,10 +139,11 @@ void Programs::onClosed(int connection)
 void Programs::onPage(int page, const std::string& change)
 {
     journal.add(std::string("page ") + pageName(page), change);
-    if (change != "confirmed")
+    if (change == "shown")
+    {
         std::erase(shown, page);
-    if (change == "shown" || change == "covered")
-        shown.insert(change == "shown" || shown.empty() ? shown.begin() : shown.begin() + 1, page);
+        shown.insert(shown.begin(), page);
+    }
     if (change == "shown")
         setFront(page);
     else if (change != "confirmed" && page == front)
@@ -154,14 +155,18 @@ void Programs::onCommandLine(int appType, const std::string& text)
     std::istringstream words(text);
     std::string what, page;
     words >> what >> page;
+    const auto named = findPage(page);
     auto& source = programs[appType].source;
     if (what == "sourceEnter")
-        source = findPage(page);
-    else if (what == "sourceExit" && source == findPage(page))
+        source = named;
+    else if (what == "sourceExit" && source == named)
         source = NUM_OF_PAGES;
+    // A page that hides comes back when it is in front of its own source; any other has been left.
+    if (what == "sourceExit" || (what == "pageHide" && source != named))
+        std::erase(shown, named);
 }
 
-std::vector<int> Programs::pagesShown() const
+std::vector<int> Programs::pageStack() const
 {
     const std::scoped_lock guard(lock);
     return shown;

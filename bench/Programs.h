@@ -39,8 +39,8 @@ public:
     std::map<int, Program> running() const;
     /** NUM_OF_PAGES when no page of these programs is in front. */
     int pageInFront() const;
-    /** The pages of running programs that have been in front and not been taken back, the last one first. */
-    std::vector<int> pagesShown() const;
+    /** The page in front and those behind it that come back, as far as the programs know. */
+    std::vector<int> pageStack() const;
 
     // Orders; each is false when the program does not run.
     bool setSilent(int appType, bool silent);                   ///< takes everything, answers nothing

@@ -32,7 +32,7 @@ public:
     std::string start(const std::string& linkPath);
     void stop();
 
-    /** False when it is unplugged or the unit does not read. No finger is faster than 50 ms: waits that long after the
+    /** False when it is unplugged or the unit does not read. No finger is faster than 100 ms: waits that long after the
      * last key, as the unit ignores keys that arrive together. */
     bool press(std::uint8_t key);
     bool sendBytes(std::span<const std::uint8_t> bytes);
@@ -56,7 +56,7 @@ public:
     static std::optional<std::uint8_t> findKey(const std::string& name);
 
     static constexpr Milliseconds repeatEvery { 100 };
-    static constexpr Milliseconds keyGap { 50 };
+    static constexpr Milliseconds keyGap { 100 };
 
 private:
     Journal& journal;

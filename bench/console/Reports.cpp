@@ -141,7 +141,7 @@ Outcome Console::gpio(const Words& words)
         unit.gpio.drive(static_cast<std::uint32_t>(*line), static_cast<std::uint32_t>(*level));
         return {};
     }
-    constexpr std::size_t longestName = 24;
+    constexpr std::size_t longestName = 18;
     const auto lines = unit.gpio.lines();
     if (lines.empty())
         output << style.dim("  The unit has touched no line yet.") << "\n";

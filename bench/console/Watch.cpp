@@ -173,7 +173,7 @@ WatchView watchViewOf(Unit& unit)
         view.engine = "pid " + std::to_string(unit.engine.pid());
     const auto front = unit.programs.pageInFront();
     view.page = titleOf(front);
-    for (const auto page : unit.programs.pagesShown())
+    for (const auto page : unit.programs.pageStack())
         if (page != front)
             view.behind += (view.behind.empty() ? "" : ", ") + titleOf(page);
     for (const auto& [appType, program] : running)

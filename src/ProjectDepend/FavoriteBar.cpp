@@ -188,7 +188,11 @@ void FavoriteBar::hide()
 {
     stopTimer(showTimer);
     showAlert(false);
+    const bool wasShown = isShown();
     BarWindow::hide();
+    // The favourites were a temporary text: what the source shows there comes back.
+    if (auto* remote = EngineApi::Provided<EngineApi::WiredRemote>::get(); remote != nullptr && wasShown)
+        remote->restore();
 }
 
 void FavoriteBar::timerCallback(int timer)
