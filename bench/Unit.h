@@ -6,6 +6,7 @@
 #include "bench/LogFollower.h"
 #include "bench/Mcu.h"
 #include "bench/Programs.h"
+#include "bench/TestEquipment.h"
 #include "bench/VideoDecoder.h"
 #include "bench/dsp/Dsp.h"
 
@@ -62,6 +63,7 @@ private:
 public:
     Journal journal;
     Mcu mcu { journal };
+    TestEquipment testEquipment { journal, mcu };
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };
     Dsp dsp { journal };
