@@ -23,10 +23,12 @@ constexpr int lastMemory = 1;
 constexpr int sourceSwitch = 2;
 constexpr int sourceReport = 3;
 constexpr int deviceStatus = 4;
-constexpr int key = 5;
 constexpr int powerOff = 6;
 constexpr int muteState = 20;
 constexpr int heartBeat = 23;
+constexpr int autoTest = 25;
+constexpr int setDeviceId = 26;
+constexpr int getDeviceId = 27;
 
 constexpr std::size_t recentFrames = 12;
 constexpr std::size_t longestQueue = 1000;
@@ -41,6 +43,7 @@ std::string failure(const char* what)
 Mcu::Mcu(Journal& journalToUse)
     : journal(journalToUse)
 {
+    current.deviceId.resize(deviceIdSize);
 }
 
 Mcu::~Mcu()
@@ -103,6 +106,9 @@ void Mcu::unitRestarts()
         {
             ::tcflush(slave, TCIOFLUSH);
             reader.reset();
+            endSeries(held);
+            endSeries(flooding);
+            heardAutoTest.clear();
             queue.clear();
             delayed.clear();
             inFlight.reset();
@@ -111,6 +117,7 @@ void Mcu::unitRestarts()
             current.source.reset();
             current.wanted.reset();
             current.agreed = current.muted = current.readyForPowerOff = false;
+            current.powered = true;
             current.deviceStatus.reset();
         });
 }
@@ -118,11 +125,6 @@ void Mcu::unitRestarts()
 void Mcu::send(int command, Bytes data)
 {
     change([&] { sendLater(command, std::move(data)); });
-}
-
-void Mcu::pressKey(int value, int origin)
-{
-    send(key, { static_cast<std::uint8_t>(origin), static_cast<std::uint8_t>(value) });
 }
 
 void Mcu::requestSource(Source source)
@@ -237,10 +239,19 @@ void Mcu::run()
         std::uint64_t count = 0;
         [[maybe_unused]] const auto got = ::read(wakeUp, &count, sizeof count);
 
-        const std::scoped_lock guard(lock);
-        readPort();
-        runDeadlines();
-        sendNext();
+        std::vector<Bytes> heard;
+        {
+            const std::scoped_lock guard(lock);
+            readPort();
+            runDeadlines();
+            advanceSeries(held);
+            advanceSeries(flooding);
+            sendNext();
+            heard.swap(heardAutoTest);
+        }
+        if (autoTestListener)
+            for (const auto& data : heard)
+                autoTestListener(data);
     }
 }
 
@@ -253,6 +264,9 @@ Mcu::Milliseconds Mcu::untilNextDeadline() const
         next = std::min(next, inFlight->due);
     if (!delayed.empty())
         next = std::min(next, delayed.front().first);
+    for (const auto* series : { &held, &flooding })
+        if (const auto due = *series ? (*series)->due() : std::nullopt)
+            next = std::min(next, *due);
     const auto left = std::chrono::ceil<Milliseconds>(next - Clock::now());
     return std::max(left, Milliseconds(0));
 }
@@ -366,6 +380,9 @@ void Mcu::act(const McuFrame& frame)
     case deviceStatus:
         current.deviceStatus = frame.data;
         break;
+    case keyCommand:
+        answerPowerRequest(frame.data);
+        break;
     case powerOff:
         current.readyForPowerOff = true;
         journal.add("mcu ready-for-power-off", "ready");
@@ -376,6 +393,15 @@ void Mcu::act(const McuFrame& frame)
     case heartBeat:
         ++current.heartbeats;
         lastHeartbeat = Clock::now();
+        break;
+    case autoTest:
+        heardAutoTest.push_back(frame.data);
+        break;
+    case setDeviceId:
+        storeDeviceId(frame.data);
+        break;
+    case getDeviceId:
+        sendLater(getDeviceId, current.deviceId);
         break;
     default:
         break; // recorded above; the microcontroller has no more to do with it here
@@ -392,6 +418,14 @@ void Mcu::agreeOn(Source source)
     journal.add("mcu agreed", sourceName(source));
 }
 
+void Mcu::storeDeviceId(const Bytes& id)
+{
+    if (id.size() != deviceIdSize)
+        return journal.add("mcu link", "a device id of " + std::to_string(id.size()) + " bytes, not taken");
+    current.deviceId = id;
+    journal.add("mcu device-id", hex(id));
+}
+
 void Mcu::sendLater(int command, Bytes data)
 {
     data.resize(std::min(data.size(), McuFrame::maxData));
@@ -403,10 +437,15 @@ void Mcu::sendLater(int command, Bytes data)
 
 void Mcu::sendNext()
 {
-    if (inFlight || queue.empty() || faults.silentUntil)
+    if (inFlight || faults.silentUntil)
+        return;
+    queueWaitingKey();
+    if (queue.empty())
         return;
     auto next = std::move(queue.front());
     queue.pop_front();
+    if (next.command == keyCommand)
+        followPowerKey(next.data);
     ++current.sent;
     inFlight = { McuFrame { ++sequence, static_cast<std::uint16_t>(next.command), std::move(next.data) },
                  transmissions,

@@ -13,23 +13,30 @@ namespace Bench
 
 /**
     The companion microcontroller at the other end of the serial link, behind a pseudo-terminal. It keeps the last
-   source, asks the unit for it after a start, follows the unit's own source changes, and can be made to misbehave.
+   source and the device id, asks the unit for the source after a start, follows the unit's own source changes, answers
+   a power off or on that the unit asks for with the panel's power key, and can be made to misbehave.
 
     Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement),
-    "mcu ready-for-power-off", "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received),
-   "sent NAME" (each transmission of a frame). Every public operation may be called from any thread; none waits for the
-   unit.
+    "mcu ready-for-power-off", "mcu power" (off and on, each time the panel's power key goes out), "mcu device-id" (as
+   set by the unit), "mcu hold" and "mcu flood" ("N sent, M skipped", when they end), "mcu link" (silent, back, faults,
+   frames given up), "frame NAME" (each frame received), "sent NAME" (each transmission of a frame). Every public
+   operation may be called from any thread; none waits for the unit.
 */
 class Mcu
 {
 public:
     using Milliseconds = std::chrono::milliseconds;
 
+    /** Data of a frame of the factory test. Called on this device's thread; may call every public operation. */
+    using AutoTestListener = std::function<void(const Bytes& data)>;
+
     explicit Mcu(Journal& journalToUse);
     ~Mcu();
     Mcu(const Mcu&) = delete;
     Mcu& operator=(const Mcu&) = delete;
 
+    /** Before `start`. Who listens must outlive the thread, which ends with `stop`. */
+    void setAutoTestListener(AutoTestListener listener) { autoTestListener = std::move(listener); }
     /** Opens the link and starts its thread. Empty on success, else what failed. */
     std::string start();
     void stop();
@@ -40,6 +47,11 @@ public:
 
     void send(int command, Bytes data);
     void pressKey(int value, int origin);
+    /** Presses a key every 100 ms for this long, at least once, then releases it. A key held before is released now. */
+    void hold(int value, int origin, Milliseconds duration);
+    /** Presses keys in turn, so many a second (1 to `mostKeysPerSecond`). At most one of them waits for the link: when
+     * another one's turn comes, that turn is skipped and counted. A flood before ends now. At least one key. */
+    void flood(Bytes keys, int perSecond, Milliseconds duration);
     void requestSource(Source source);
     void requestDeviceStatus();
     void requestPowerOff();
@@ -66,6 +78,8 @@ public:
         bool silent = false;
         bool muted = false;
         bool readyForPowerOff = false;
+        bool powered = true; ///< as the panel's power key said last
+        Bytes deviceId;      ///< 3 bytes, packed BCD; zeros until the unit sets it
         std::optional<Bytes> deviceStatus;
         unsigned heartbeats = 0;
         std::optional<Milliseconds> sinceHeartbeat;
@@ -76,8 +90,13 @@ public:
 
     static constexpr Milliseconds resendAfter { 200 };
     static constexpr int transmissions = 3;
+    static constexpr Milliseconds holdInterval { 100 };
+    static constexpr int mostKeysPerSecond = 1000;
+    static constexpr std::size_t deviceIdSize = 3;
 
 private:
+    static constexpr int keyCommand = 5; ///< a key, in both directions
+
     struct Outgoing
     {
         int command;
@@ -95,8 +114,25 @@ private:
         Milliseconds delay { 0 };
         std::optional<Clock::time_point> silentUntil;
     };
+    /** Keys that come by themselves, one a turn. At most one of them waits for the link. */
+    struct KeySeries
+    {
+        const char* stream;
+        Bytes keys;
+        int origin;
+        bool isReleased; ///< at its end
+        std::int64_t allTurns;
+        Clock::duration interval;
+        Clock::time_point begin, end;
+        std::int64_t turns = 0; ///< that have come
+        std::int64_t sent = 0;
+        bool waits = false;
+        /** When it wants the thread; empty while nothing but the link is to come. */
+        std::optional<Clock::time_point> due() const;
+    };
 
     Journal& journal;
+    AutoTestListener autoTestListener;
     int master = -1, slave = -1, wakeUp = -1;
     std::string path;
     std::thread thread;
@@ -108,6 +144,8 @@ private:
     Faults faults;
     McuFrameReader reader;
     std::deque<Outgoing> queue;
+    std::optional<KeySeries> held, flooding;
+    std::vector<Bytes> heardAutoTest; ///< until the listener gets them, without the lock
     std::optional<InFlight> inFlight;
     std::optional<McuFrame> lastReceived;
     std::deque<std::pair<Clock::time_point, Bytes>> delayed;
@@ -120,7 +158,14 @@ private:
     void onFrame(const McuFrame& frame);
     void onAck(const McuFrame& frame);
     void act(const McuFrame& frame);
+    void answerPowerRequest(const Bytes& data);
     void agreeOn(Source source);
+    void storeDeviceId(const Bytes& id);
+    void startSeries(std::optional<KeySeries>& series, KeySeries with);
+    void advanceSeries(std::optional<KeySeries>& series);
+    void endSeries(std::optional<KeySeries>& series);
+    void queueWaitingKey();
+    void followPowerKey(const Bytes& data);
     void sendLater(int command, Bytes data);
     void sendNext();
     void transmitInFlight();

@@ -6,6 +6,7 @@
 #include "bench/LogFollower.h"
 #include "bench/Mcu.h"
 #include "bench/Programs.h"
+#include "bench/TestEquipment.h"
 #include "bench/VideoDecoder.h"
 #include "bench/WiredRemote.h"
 #include "bench/dsp/Dsp.h"
@@ -65,6 +66,7 @@ private:
 public:
     Journal journal;
     Mcu mcu { journal };
+    TestEquipment testEquipment { journal, mcu };
     WiredRemote remote { journal };
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <sstream>
 #include <thread>
 #include <utility>
 
@@ -21,20 +22,20 @@ Outcome failed(std::string error)
     return { Outcome::failed, std::move(error) };
 }
 
-Outcome usageOf(const char* command)
-{
-    for (const auto& each : Console::commands())
-        if (std::string(each.name) == command)
-            return failed(std::string("usage: ") + each.usage);
-    return failed("usage: help");
-}
-
 Outcome ifTaken(bool taken, int appType)
 {
     return taken ? Outcome {} : failed(std::string(appTypeName(appType)) + " does not run");
 }
 
 } // namespace
+
+Outcome Console::usageOf(const char* command)
+{
+    for (const auto& each : commands())
+        if (std::string(each.name) == command)
+            return failed(std::string("usage: ") + each.usage);
+    return failed("usage: help");
+}
 
 Outcome Console::mcu(const Words& words)
 {
@@ -50,31 +51,17 @@ Outcome Console::mcu(const Words& words)
             unit.mcu.requestSource(*source);
         return {};
     }
-    if (what == "key" && (words.size() == 3 || words.size() == 4))
-    {
-        constexpr int highestByte = 255;
-        const auto key = findKey(words[2]);
-        const auto origin = words.size() == 4 ? parseNumber(words[3], 0, highestByte) : std::optional(0);
-        if (!key || !origin)
-            return failed("there is no key '" + words[2] + "': a name (menu, source ...) or 0 to 255, then an origin");
-        unit.mcu.pressKey(*key, *origin);
-        return {};
-    }
+    if (what == "key" || what == "hold" || what == "flood")
+        return mcuKeys(words);
     if (what == "send" && words.size() >= 3)
     {
         const auto command = commandOfName(words[2]);
-        Bytes data;
-        for (auto word = words.begin() + 3; word != words.end(); ++word)
-        {
-            constexpr int highestByte = 255;
-            const auto byte = parseNumber("0x" + *word, 0, highestByte);
-            if (!byte)
-                return failed("'" + *word + "' is no byte: two hexadecimal digits");
-            data.push_back(static_cast<std::uint8_t>(*byte));
-        }
-        if (command < 0 || data.size() > McuFrame::maxData)
+        const auto data = parseBytes(std::span(words).subspan(3));
+        if (!data.error.empty())
+            return failed(data.error);
+        if (command < 0 || data.bytes.size() > McuFrame::maxData)
             return failed("a command (name or number) and at most 102 bytes, in hexadecimal");
-        unit.mcu.send(command, data);
+        unit.mcu.send(command, data.bytes);
         return {};
     }
     if (words.size() == 2 && what == "status")
@@ -83,6 +70,48 @@ Outcome Console::mcu(const Words& words)
         unit.mcu.requestPowerOff();
     else
         return mcuFault(words);
+    return {};
+}
+
+Outcome Console::mcuKeys(const Words& words)
+{
+    const auto& what = words[1];
+    const bool floods = what == "flood";
+    Words rest(words.begin() + 2, words.end());
+    std::chrono::milliseconds duration { 0 };
+    if (what != "key" && !rest.empty())
+    {
+        const auto parsed = parseDuration(rest.back());
+        if (!parsed)
+            return failed("'" + rest.back() + "' is no time, for example 3s or 500ms");
+        duration = *parsed;
+        rest.pop_back();
+    }
+    if (rest.empty() || rest.size() > 2 || (floods && rest.size() < 2))
+        return usageOf("mcu");
+    Bytes keys;
+    std::istringstream names(rest[0]);
+    for (std::string name; std::getline(names, name, ',');)
+    {
+        const auto key = findKey(name);
+        if (!key)
+            return failed("there is no key '" + name + "': a name (menu, source ...) or 0 to 255");
+        keys.push_back(static_cast<std::uint8_t>(*key));
+    }
+    if (keys.empty() || (!floods && keys.size() > 1))
+        return usageOf("mcu");
+    constexpr int highestByte = 255;
+    const auto number = rest.size() < 2 ? std::optional(0)
+                        : floods        ? parseNumber(rest[1], 1, Mcu::mostKeysPerSecond)
+                                        : parseNumber(rest[1], 0, highestByte);
+    if (!number)
+        return failed("'" + rest[1] + (floods ? "' is no rate: 1 to 1000 keys a second" : "' is no origin: 0 to 255"));
+    if (floods)
+        unit.mcu.flood(keys, *number, duration);
+    else if (what == "hold")
+        unit.mcu.hold(keys.front(), *number, duration);
+    else
+        unit.mcu.pressKey(keys.front(), *number);
     return {};
 }
 

@@ -30,16 +30,24 @@ Words nothing(const Words&)
 Words mcuWords(const Words& before)
 {
     if (before.size() == 1)
-        return { "source", "memory",  "key",   "send",   "status", "power-off", "silent",
-                 "drop",   "corrupt", "delay", "repeat", "no-ack", "well" };
+        return { "source", "memory", "key",   "hold",    "flood",  "send",   "status", "power-off",
+                 "silent", "drop",   "delay", "corrupt", "repeat", "no-ack", "well" };
     if (before.size() == 2 && (before[1] == "source" || before[1] == "memory"))
         return sourceNames();
-    if (before.size() == 2 && before[1] == "key")
+    if (before.size() == 2 && (before[1] == "key" || before[1] == "hold" || before[1] == "flood"))
         return keyNames();
     if (before.size() == 2 && before[1] == "send")
         return commandNames();
     if (before.size() == 2 && before[1] == "drop")
         return { "every" };
+    return {};
+}
+
+Words autotestWords(const Words& before)
+{
+    if (before.size() == 1)
+        return { "enter", "leave", "key",   "source", "states", "volume", "id",
+                 "text",  "send",  "again", "ack",    "hold",   "go",     "damage" };
     return {};
 }
 
@@ -86,10 +94,10 @@ Words dspWords(const Words& before)
 Words expectWords(const Words& before)
 {
     if (before.size() == 1)
-        return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "remote", "no" };
+        return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "remote", "autotest", "no" };
     const auto& subject = before[1];
     if (before.size() == 2 && subject == "mcu")
-        return { "source", "agreed", "frame", "link", "ready-for-power-off" };
+        return { "source", "agreed", "frame", "link", "ready-for-power-off", "power", "device-id", "hold", "flood" };
     if (before.size() == 2 && subject == "page")
         return pageNames();
     if (before.size() == 2 && subject == "program")
@@ -102,6 +110,10 @@ Words expectWords(const Words& before)
         return { "started", "exit", "signal" };
     if (before.size() == 3 && subject == "mcu" && before[2] == "source")
         return sourceNames();
+    if (before.size() == 2 && subject == "autotest")
+        return { "ready", "entered", "left", "key", "source", "volume", "states", "id", "text", "message", "damaged" };
+    if (before.size() == 3 && subject == "mcu" && before[2] == "power")
+        return { "on", "off" };
     if (before.size() == 3 && subject == "mcu" && before[2] == "frame")
         return commandNames();
     if (before.size() == 3 && subject == "page")
@@ -131,10 +143,19 @@ std::span<const Console::Command> Console::commands()
     static const Command table[] = {
         { "mcu",
           "mcu source NAME [N] | memory NAME [N] | key NAME|N [ORIGIN] | send COMMAND [BYTES] | status | power-off\n"
+          "mcu hold KEY [ORIGIN] TIME | flood KEY[,KEY...] RATE TIME\n"
           "mcu silent TIME | delay TIME | drop [N] | drop every N | corrupt [N] | repeat [N] | no-ack [N] | well",
-          "The microcontroller: ask for a source, press a key, send a frame; or let its link fail. 'well' ends all "
-          "faults.",
+          "The microcontroller: ask for a source, press a key, hold it, press many (RATE a second); send a frame; or "
+          "let its link fail. 'well' ends all faults.",
           &Console::mcu, mcuWords },
+        { "autotest",
+          "autotest enter | leave | key ITEM [ARG] | source TYPE NUM | states | volume N | id TEXT | text ITEM | "
+          "send HEX..\n"
+          "autotest again | ack | hold | go | damage [N]",
+          "The factory's test equipment. It acknowledges each message of the unit by itself, but not between 'hold' "
+          "and "
+          "'go'; 'again' asks for the last message once more, 'damage' spoils its next frames.",
+          &Console::autotest, autotestWords },
         { "program",
           "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "
           "send WHAT [ARG1 [ARG2]] | window MESSAGE [W [L]]",
@@ -178,10 +199,11 @@ std::span<const Console::Command> Console::commands()
           } },
         { "expect",
           "expect mcu source NAME | agreed | frame|sent NAME [BYTES] | link TEXT | ready-for-power-off [within TIME]\n"
+          "expect mcu power on|off | device-id BYTES | hold|flood TEXT [within TIME]\n"
           "expect page NAME shown|hidden|covered|confirmed|in-front [within TIME]\n"
           "expect program NAME running|connected|gone|TEXT [within TIME]\n"
           "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
-          "expect remote \"TEXT\" | remote dimmer TEXT [within TIME]\n"
+          "expect remote \"TEXT\" | remote dimmer TEXT | autotest [TEXT] [within TIME]\n"
           "expect dsp TEXT | dsp write TEXT [within TIME]\n"
           "expect order \"mcu source aux\" \"page aux shown\" ... [within TIME]",
           "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "

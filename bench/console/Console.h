@@ -52,6 +52,7 @@ private:
     Clock::time_point headlineAt = Clock::now();
 
     Outcome mcu(const Words& words);
+    Outcome autotest(const Words& words);
     Outcome program(const Words& words);
     Outcome usb(const Words& words);
     Outcome camera(const Words& words);
@@ -74,10 +75,13 @@ private:
     Outcome quit(const Words& words);
     Outcome ifDisplay(const std::string& command);
 
+    Outcome mcuKeys(const Words& words);
     Outcome mcuFault(const Words& words);
     Outcome dspState();
     Outcome dspPlay(const Words& words);
     Outcome dspFault(const Words& words);
+    /** Fails with the usage of a command. */
+    static Outcome usageOf(const char* command);
     void row(const std::string& label, const std::string& value) const;
 };
 

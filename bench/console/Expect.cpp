@@ -57,8 +57,13 @@ ParsedExpectation expectMcu(const Words& words)
         return { { "sent " + words[2], joined(Words(words.begin() + 3, words.end())), false, false, {} }, {} };
     if (words.size() >= 3 && words[1] == "link")
         return { { "mcu link", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
+    if (words.size() >= 3 && (words[1] == "power" || words[1] == "device-id"))
+        return { { "mcu " + words[1], joined(Words(words.begin() + 2, words.end())), false, false, {} }, {} };
+    if (words.size() >= 2 && (words[1] == "hold" || words[1] == "flood"))
+        return { { "mcu " + words[1], joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
     return failed(
-        "expect mcu source NAME | agreed | frame NAME [BYTES] | sent NAME [BYTES] | link TEXT | ready-for-power-off");
+        "expect mcu source NAME | agreed | frame NAME [BYTES] | sent NAME [BYTES] | link TEXT | ready-for-power-off | "
+        "power on|off | device-id BYTES | hold TEXT | flood TEXT");
 }
 
 ParsedExpectation expectPage(const Words& words)
@@ -96,6 +101,21 @@ ParsedExpectation expectRemote(const Words& words)
     return { { dimmer ? "remote dimmer" : plug ? "remote" : "remote display", text, true, false, {} }, {} };
 }
 
+/** The whole message, because "source 1" is not "source 10 1"; of a text also its item alone. */
+ParsedExpectation expectAutoTest(const Words& words)
+{
+    if (words.size() == 3 && words[1] == "text")
+        return { { "autotest", "text " + words[2] + " \"", true, false, {} }, {} };
+    if (words.size() >= 4 && words[1] == "text")
+        return { { "autotest",
+                   "text " + words[2] + " \"" + joined(Words(words.begin() + 3, words.end())) + "\"",
+                   false,
+                   false,
+                   {} },
+                 {} };
+    return { { "autotest", joined(Words(words.begin() + 1, words.end())), false, false, {} }, {} };
+}
+
 } // namespace
 
 ParsedExpectation parseExpectation(const Words& words)
@@ -104,6 +124,8 @@ ParsedExpectation parseExpectation(const Words& words)
     ParsedExpectation parsed;
     if (subject == "mcu")
         parsed = expectMcu(words);
+    else if (subject == "autotest")
+        parsed = expectAutoTest(words);
     else if (subject == "page")
         parsed = expectPage(words);
     else if (subject == "program")
@@ -123,7 +145,7 @@ ParsedExpectation parseExpectation(const Words& words)
     else
         parsed =
             failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
-                   "remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT");
+                   "remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT]");
     parsed.expectation.description = joined(words);
     return parsed;
 }

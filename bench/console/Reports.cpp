@@ -91,6 +91,7 @@ Outcome Console::state(const Words&)
                                         : std::string("none yet"));
     row("device status", mcu.deviceStatus ? deviceStatusText(*mcu.deviceStatus) : "none yet");
     row("muted", mcu.muted ? "yes" : "no");
+    row("panel", std::string(mcu.powered ? "on" : "off") + style.dim("  device id " + hex(mcu.deviceId)));
     row("power off", mcu.readyForPowerOff ? "the unit is ready" : "no");
     row("link", (mcu.silent ? style.warning("silent") + "  " : std::string()) + std::to_string(mcu.received) + " in, " +
                     std::to_string(mcu.sent) + " out, " + std::to_string(mcu.resent) + " resent, " +

@@ -74,6 +74,20 @@ std::optional<int> parseNumber(const std::string& text, int lowest, int highest)
     return value;
 }
 
+ParsedBytes parseBytes(std::span<const std::string> words)
+{
+    constexpr int highestByte = 255;
+    ParsedBytes parsed;
+    for (const auto& word : words)
+    {
+        const auto byte = parseNumber("0x" + word, 0, highestByte);
+        if (!byte)
+            return { {}, "'" + word + "' is no byte: two hexadecimal digits" };
+        parsed.bytes.push_back(static_cast<std::uint8_t>(*byte));
+    }
+    return parsed;
+}
+
 std::string takeLimit(Words& words, std::chrono::milliseconds& limit)
 {
     if (words.size() < 2 || words[words.size() - 2] != "within")

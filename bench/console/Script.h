@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,14 @@ std::optional<std::chrono::milliseconds> parseDuration(const std::string& text);
 
 /** A whole number within the limits, decimal or 0x; empty otherwise. */
 std::optional<int> parseNumber(const std::string& text, int lowest, int highest);
+
+/** Bytes of two hexadecimal digits each, one a word. `error` names the first word that is none. */
+struct ParsedBytes
+{
+    std::vector<std::uint8_t> bytes;
+    std::string error;
+};
+ParsedBytes parseBytes(std::span<const std::string> words);
 
 /** Takes "within 3s" off the end of the words. Empty error on success; `limit` stays when there is none. */
 std::string takeLimit(Words& words, std::chrono::milliseconds& limit);

@@ -181,6 +181,7 @@ WatchView watchViewOf(Unit& unit)
             view.plays += (view.plays.empty() ? "" : ", ") + titleOf(program.source);
     view.source = mcu.source ? sourceName(*mcu.source) : "none";
     view.agreed = mcu.agreed;
+    view.powered = mcu.powered;
 
     const auto dsp = unit.dsp.state();
     const auto gain = [&](const char* name)
