@@ -247,6 +247,11 @@ bool Programs::sendMessage(int appType, int what, int arg1, int arg2)
     return order(appType, { { "order", "send" }, { "what", what }, { "arg1", arg1 }, { "arg2", arg2 } });
 }
 
+bool Programs::showOnRemote(int appType, const std::string& line1, const std::string& line2)
+{
+    return order(appType, { { "order", "text" }, { "line1", line1 }, { "line2", line2 } });
+}
+
 bool Programs::sendWindowMessage(int appType, int message, int wParam, int lParam)
 {
     return order(appType, { { "order", "window" }, { "what", message }, { "arg1", wParam }, { "arg2", lParam } });

@@ -51,7 +51,9 @@ public:
     bool exit(int appType);                                     ///< ends properly
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
-    /** The same to the engine's window; without a display there is none. */
+    /** Lets it write both lines of the wired remote. */
+    bool showOnRemote(int appType, const std::string& line1, const std::string& line2);
+    /** Like sendMessage, to the engine's window; without a display there is none. */
     bool sendWindowMessage(int appType, int message, int wParam, int lParam);
 
     /** Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs,

@@ -183,6 +183,8 @@ Outcome Console::program(const Words& words)
         return ifTaken(programs.exit(appType), appType);
     if (what == "silent" && (words.size() == 3 || (words.size() == 4 && words[3] == "off")))
         return ifTaken(programs.setSilent(appType, words.size() == 3), appType);
+    if (what == "text" && words.size() == 5)
+        return ifTaken(programs.showOnRemote(appType, words[3], words[4]), appType);
     if (what == "slow" && words.size() == 4)
     {
         const auto delay = words[3] == "off" ? std::chrono::milliseconds(0) : parseDuration(words[3]);

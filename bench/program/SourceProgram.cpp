@@ -305,6 +305,9 @@ void SourceProgram::onOrder(const nlohmann::json& order)
         answer(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
     else if (name == "window")
         postToWindow(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
+    else if (name == "text")
+        showOnRemote(juce::String::fromUTF8(order.value("line1", std::string()).c_str()),
+                     juce::String::fromUTF8(order.value("line2", std::string()).c_str()));
     else if (name == "exit")
         quit();
     else if (name == "hang")
@@ -316,6 +319,16 @@ void SourceProgram::onOrder(const nlohmann::json& order)
         std::signal(SIGSEGV, SIG_DFL);
         std::raise(SIGSEGV);
     }
+}
+
+void SourceProgram::showOnRemote(const juce::String& line1, const juce::String& line2)
+{
+    const auto texts = Bundle::obtain();
+    texts->putString("string1", line1);
+    texts->putInt("pos1", 0);
+    texts->putString("string2", line2);
+    texts->putInt("pos2", 0);
+    answer(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
 }
 
 void SourceProgram::postToWindow(int message, int wParam, int lParam)
