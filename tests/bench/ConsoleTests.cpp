@@ -70,7 +70,13 @@ TEST(Expectation, namesItsStream)
                            { { "program", "aux", "key", "66", "0" }, "program AppAuxIn", "key 66 0" },
                            { { "engine", "exit", "0" }, "engine", "exit 0" },
                            { { "dsp", "front", "left", "-10.0", "dB" }, "dsp", "front left -10.0 dB" },
-                           { { "dsp", "write", "equaliser" }, "dsp write", "equaliser" } };
+                           { { "dsp", "write", "equaliser" }, "dsp write", "equaliser" },
+                           { { "mcu", "power", "off" }, "mcu power", "off" },
+                           { { "mcu", "device-id", "12 34 56" }, "mcu device-id", "12 34 56" },
+                           { { "mcu", "flood" }, "mcu flood", "" },
+                           { { "autotest", "key", "12", "done" }, "autotest", "key 12 done" },
+                           { { "autotest", "text", "3", "V2" }, "autotest", "text 3 \"V2\"" },
+                           { { "autotest", "text", "3" }, "autotest", "text 3 \"" } };
     for (const auto& each : cases)
     {
         const auto parsed = parseExpectation(each.words);
@@ -175,6 +181,21 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
     for (const auto* line : { "mcu source",
                               "mcu source tape",
                               "mcu key 256",
+                              "mcu key menu 0 1s",
+                              "mcu hold menu",
+                              "mcu hold menu 256 1s",
+                              "mcu hold menu,next 1s",
+                              "mcu flood menu 1s",
+                              "mcu flood menu,tape 10 1s",
+                              "mcu flood menu 0 1s",
+                              "autotest",
+                              "autotest sing",
+                              "autotest key",
+                              "autotest source 10",
+                              "autotest volume 256",
+                              "autotest enter 1",
+                              "autotest send 1g",
+                              "autotest damage -1",
                               "mcu send 5 1g",
                               "mcu send 0",
                               "mcu drop -1",
