@@ -96,7 +96,9 @@ Journal::Matches isEvent(std::string stream, std::string text)
 
 bool isDetail(const Event& event)
 {
-    return event.stream == "log" || event.stream == "i2c" || event.stream == "dsp write";
+    // Among them the line that goes up and down with every byte for the wired remote.
+    return event.stream == "log" || event.stream == "i2c" || event.stream == "dsp write" ||
+           event.stream == "gpio 32768";
 }
 
 Journal::Matches isIn(std::string stream)

@@ -4,11 +4,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <poll.h>
-#include <pty.h>
 #include <sys/eventfd.h>
-#include <termios.h>
 #include <unistd.h>
 #include <utility>
 
@@ -33,11 +30,6 @@ constexpr int getDeviceId = 27;
 constexpr std::size_t recentFrames = 12;
 constexpr std::size_t longestQueue = 1000;
 
-std::string failure(const char* what)
-{
-    return std::string(what) + ": " + std::strerror(errno);
-}
-
 } // namespace
 
 Mcu::Mcu(Journal& journalToUse)
@@ -53,19 +45,11 @@ Mcu::~Mcu()
 
 std::string Mcu::start()
 {
-    termios raw {};
-    ::cfmakeraw(&raw);
-    std::array<char, 128> name {};
-    if (::openpty(&master, &slave, name.data(), &raw, nullptr) != 0)
-        return failure("pseudo-terminal");
-    // The slave stays open here, so that the link does not hang up while the unit is away.
-    for (const auto descriptor : { master, slave })
-        ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-    ::fcntl(master, F_SETFL, O_NONBLOCK);
+    if (auto error = line.open(); !error.empty())
+        return error;
     wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wakeUp < 0)
-        return failure("eventfd");
-    path = name.data();
+        return std::string("eventfd: ") + std::strerror(errno);
     stopping = false;
     thread = std::thread([this] { run(); });
     return {};
@@ -79,9 +63,9 @@ void Mcu::stop()
         wake();
         thread.join();
     }
-    for (auto* descriptor : { &master, &slave, &wakeUp })
-        if (*descriptor >= 0)
-            ::close(std::exchange(*descriptor, -1));
+    line.close();
+    if (wakeUp >= 0)
+        ::close(std::exchange(wakeUp, -1));
 }
 
 void Mcu::wake()
@@ -104,7 +88,7 @@ void Mcu::unitRestarts()
     change(
         [this]
         {
-            ::tcflush(slave, TCIOFLUSH);
+            line.flush();
             reader.reset();
             endSeries(held);
             endSeries(flooding);
@@ -225,7 +209,7 @@ void Mcu::run()
 {
     while (!stopping)
     {
-        std::array<pollfd, 2> waits { pollfd { master, POLLIN, 0 }, pollfd { wakeUp, POLLIN, 0 } };
+        std::array<pollfd, 2> waits { pollfd { line.descriptor(), POLLIN, 0 }, pollfd { wakeUp, POLLIN, 0 } };
         Milliseconds timeout;
         {
             const std::scoped_lock guard(lock);
@@ -233,7 +217,7 @@ void Mcu::run()
         }
         if (::poll(waits.data(), waits.size(), static_cast<int>(timeout.count())) < 0 && errno != EINTR)
         {
-            journal.add("mcu link", failure("poll"));
+            journal.add("mcu link", std::string("poll: ") + std::strerror(errno));
             return;
         }
         std::uint64_t count = 0;
@@ -276,7 +260,7 @@ void Mcu::readPort()
     std::array<std::uint8_t, 512> buffer {};
     for (;;)
     {
-        const auto count = ::read(master, buffer.data(), buffer.size());
+        const auto count = ::read(line.descriptor(), buffer.data(), buffer.size());
         if (count <= 0)
             return;
         if (faults.silentUntil)
@@ -496,7 +480,7 @@ void Mcu::writeNow(const Bytes& bytes)
     if (faults.silentUntil)
         return;
     // A unit that does not read fills the terminal's buffer; what does not fit is lost, as on a wire.
-    if (::write(master, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+    if (::write(line.descriptor(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
         journal.add("mcu link", "the unit does not read: bytes lost");
 }
 

@@ -3,6 +3,7 @@
 #include "bench/Journal.h"
 #include "bench/McuFrame.h"
 #include "bench/Names.h"
+#include "bench/PseudoTerminal.h"
 
 #include <atomic>
 #include <deque>
@@ -41,7 +42,7 @@ public:
     std::string start();
     void stop();
     /** The character device that the unit opens. */
-    std::string portPath() const { return path; }
+    std::string portPath() const { return line.path(); }
     /** The unit is about to start again: its numbering begins anew, and what is left of the old run is thrown away. */
     void unitRestarts();
 
@@ -133,8 +134,8 @@ private:
 
     Journal& journal;
     AutoTestListener autoTestListener;
-    int master = -1, slave = -1, wakeUp = -1;
-    std::string path;
+    PseudoTerminal line;
+    int wakeUp = -1;
     std::thread thread;
     std::atomic<bool> stopping { false };
 

@@ -2,8 +2,10 @@
 
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/Names.h"
+#include "bench/console/Script.h"
 
 #include <csignal>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -245,6 +247,14 @@ bool Programs::exit(int appType)
 bool Programs::sendMessage(int appType, int what, int arg1, int arg2)
 {
     return order(appType, { { "order", "send" }, { "what", what }, { "arg1", arg1 }, { "arg2", arg2 } });
+}
+
+bool Programs::changeSetting(int appType, int setting, const std::string& value)
+{
+    json what { { "order", "set" }, { "setting", setting }, { "value", value } };
+    if (const auto number = parseNumber(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()))
+        what["value"] = *number;
+    return order(appType, what);
 }
 
 bool Programs::showOnRemote(int appType, const std::string& line1, const std::string& line2)

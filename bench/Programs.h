@@ -51,6 +51,8 @@ public:
     bool exit(int appType);                                     ///< ends properly
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
+    /** Lets it change a setting; a whole number as an integer, anything else as a text. */
+    bool changeSetting(int appType, int setting, const std::string& value);
     /** Lets it write both lines of the wired remote. */
     bool showOnRemote(int appType, const std::string& line1, const std::string& line2);
     /** Like sendMessage, to the engine's window; without a display there is none. */

@@ -130,16 +130,6 @@ RemoteDisplay WiredRemote::display() const
     return shown;
 }
 
-bool WiredRemote::press(std::uint8_t key)
-{
-    std::unique_lock guard(lock);
-    const auto when = std::max(nextKey, Clock::now());
-    nextKey = when + keyGap;
-    guard.unlock();
-    std::this_thread::sleep_until(when);
-    return sendBytes(std::span(&key, 1));
-}
-
 bool WiredRemote::sendBytes(std::span<const std::uint8_t> bytes)
 {
     const std::scoped_lock guard(lock);

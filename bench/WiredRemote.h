@@ -32,9 +32,8 @@ public:
     std::string start(const std::string& linkPath);
     void stop();
 
-    /** False when it is unplugged or the unit does not read. No finger is faster than 100 ms: waits that long after the
-     * last key, as the unit ignores keys that arrive together. */
-    bool press(std::uint8_t key);
+    /** False when it is unplugged or the unit does not read. The unit ignores keys that arrive together. */
+    bool press(std::uint8_t key) { return sendBytes(std::span(&key, 1)); }
     bool sendBytes(std::span<const std::uint8_t> bytes);
     /** Presses it again and again for so long. */
     void hold(std::uint8_t key, Milliseconds duration);
@@ -56,7 +55,6 @@ public:
     static std::optional<std::uint8_t> findKey(const std::string& name);
 
     static constexpr Milliseconds repeatEvery { 100 };
-    static constexpr Milliseconds keyGap { 100 };
 
 private:
     Journal& journal;
@@ -69,7 +67,6 @@ private:
     PseudoTerminal line;
     RemoteDisplay shown;
     bool stalled = false;
-    Clock::time_point nextKey; ///< not earlier
     struct Held
     {
         std::uint8_t key;

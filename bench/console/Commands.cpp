@@ -111,8 +111,18 @@ Outcome Console::mcuKeys(const Words& words)
     else if (what == "hold")
         unit.mcu.hold(keys.front(), *number, duration);
     else
+    {
+        moveFinger();
         unit.mcu.pressKey(keys.front(), *number);
+    }
     return {};
+}
+
+void Console::moveFinger()
+{
+    constexpr std::chrono::milliseconds gap { 150 };
+    std::this_thread::sleep_until(nextKey);
+    nextKey = Clock::now() + gap;
 }
 
 Outcome Console::mcuFault(const Words& words)
@@ -183,6 +193,13 @@ Outcome Console::program(const Words& words)
         return ifTaken(programs.exit(appType), appType);
     if (what == "silent" && (words.size() == 3 || (words.size() == 4 && words[3] == "off")))
         return ifTaken(programs.setSilent(appType, words.size() == 3), appType);
+    if (what == "set" && words.size() == 5)
+    {
+        constexpr int highestSetting = 0xffff;
+        const auto setting = parseNumber(words[3], 0, highestSetting);
+        return setting ? ifTaken(programs.changeSetting(appType, *setting, words[4]), appType)
+                       : failed("'" + words[3] + "' is no setting's number");
+    }
     if (what == "text" && words.size() == 5)
         return ifTaken(programs.showOnRemote(appType, words[3], words[4]), appType);
     if (what == "slow" && words.size() == 4)

@@ -56,7 +56,7 @@ Words programWords(const Words& before)
     if (before.size() == 1)
         return joinedLists({ appNames(), pageNames() });
     if (before.size() == 2)
-        return { "show", "stop", "crash", "silent", "slow", "hang", "wake", "exit", "send", "window", "text" };
+        return { "show", "stop", "crash", "silent", "slow", "hang", "wake", "exit", "send", "window", "text", "set" };
     if (before.size() == 3 && (before[2] == "show" || before[2] == "stop"))
         return pageNames();
     if (before.size() == 3 && (before[2] == "silent" || before[2] == "slow"))
@@ -158,10 +158,10 @@ std::span<const Console::Command> Console::commands()
           &Console::autotest, autotestWords },
         { "program",
           "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "
-          "send WHAT [ARG1 [ARG2]] | window MESSAGE [W [L]] | text LINE1 LINE2",
+          "send WHAT [ARG1 [ARG2]] | window MESSAGE [W [L]] | text LINE1 LINE2 | set SETTING VALUE",
           "A source program: let it ask for a page or give it back, send a message to the engine (over the bus, or to "
           "its "
-          "window), write on the wired remote, or misbehave.",
+          "window), write on the wired remote, change a setting, or misbehave.",
           &Console::program, programWords },
         { "usb", "usb plug|unplug [1-8]", "USB storage comes and goes.", &Console::usb,
           [](const Words& before) {

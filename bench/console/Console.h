@@ -50,6 +50,7 @@ private:
     Expectations expectations;
     std::uint64_t headline = 0; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
+    Clock::time_point nextKey; ///< not earlier
 
     Outcome mcu(const Words& words);
     Outcome autotest(const Words& words);
@@ -74,6 +75,8 @@ private:
     Outcome help(const Words& words);
     Outcome quit(const Words& words);
     Outcome ifDisplay(const std::string& command);
+    /** No finger presses one key after the other faster than in 150 ms: waits for the rest of them. */
+    void moveFinger();
 
     Outcome mcuKeys(const Words& words);
     Outcome mcuFault(const Words& words);

@@ -63,7 +63,10 @@ Outcome Console::remote(const Words& words)
         return remote.sendBytes(bytes) ? Outcome {} : failed(notTaken);
     }
     else if (const auto key = WiredRemote::findKey(what); key && words.size() == 2)
+    {
+        moveFinger();
         return remote.press(*key) ? Outcome {} : failed(notTaken);
+    }
     else
         return failed("the remote has no '" + what + "', see help remote");
     return {};

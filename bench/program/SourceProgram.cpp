@@ -1,5 +1,6 @@
 #include "bench/program/SourceProgram.h"
 
+#include "EngineApi/KeyCodes.h"
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/Names.h"
 #include "platform/Pubhead.h"
@@ -32,6 +33,11 @@ constexpr int favouriteLabelSetting = 39;
 /** Second argument of RMSG_SETTING_CHANGED. */
 constexpr int integerSetting = 1;
 constexpr int textSetting = 0;
+
+/** Menu command 12 of a window message, with its values. */
+constexpr int panelCommand = 12;
+constexpr int panelLouder = 0;
+constexpr int panelSofter = 1;
 
 /** What the page's source is tuned to. */
 juce::String stationOn(int page)
@@ -207,6 +213,7 @@ void SourceProgram::handle(const RemoteMessage& message)
         break;
     case RMSG_KEY:
         report("key", keyText(message.arg1, message.arg2));
+        onKey(message.arg1);
         break;
     case RMSG_SXM_FAVOURITE:
         if (appType == AppSirius && message.arg1 == preparePowerOff)
@@ -248,6 +255,13 @@ void SourceProgram::onCommandLine(const Bundle::Ptr& bundle)
         reportPage("confirmed", shownPage);
         answer(RMSG_PAGE_TOP_SHOWN, shownPage);
     }
+}
+
+void SourceProgram::onKey(int key)
+{
+    // AUX has nothing to choose from: its rotary is the volume's.
+    if (appType == AppAuxIn && (key == KEY_ROTARY_NEXT || key == KEY_ROTARY_PRE))
+        postToWindow(RMSG_MENU_COMMAND_WINDOW, panelCommand, key == KEY_ROTARY_NEXT ? panelLouder : panelSofter);
 }
 
 void SourceProgram::onFavourite(int mode, int favourite)
@@ -308,6 +322,8 @@ void SourceProgram::onOrder(const nlohmann::json& order)
     else if (name == "text")
         showOnRemote(juce::String::fromUTF8(order.value("line1", std::string()).c_str()),
                      juce::String::fromUTF8(order.value("line2", std::string()).c_str()));
+    else if (name == "set")
+        changeSetting(order);
     else if (name == "exit")
         quit();
     else if (name == "hang")
@@ -319,6 +335,17 @@ void SourceProgram::onOrder(const nlohmann::json& order)
         std::signal(SIGSEGV, SIG_DFL);
         std::raise(SIGSEGV);
     }
+}
+
+void SourceProgram::changeSetting(const nlohmann::json& order)
+{
+    const auto& value = order.at("value");
+    if (value.is_number_integer())
+        answer(RMSG_SETTING_CHANGED, order.value("setting", 0), integerSetting,
+               RemoteObjFormat::formatInt(value.get<int>()));
+    else
+        answer(RMSG_SETTING_CHANGED, order.value("setting", 0), textSetting,
+               RemoteObjFormat::formatString(juce::String::fromUTF8(value.get<std::string>().c_str())));
 }
 
 void SourceProgram::showOnRemote(const juce::String& line1, const juce::String& line2)

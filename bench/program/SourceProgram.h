@@ -59,6 +59,8 @@ private:
     void answer(int what, int arg1, int arg2 = 0, Platform::Bundle::Ptr bundle = nullptr);
     /** The program writes down what it plays, or plays what was written down. */
     void onFavourite(int mode, int favourite);
+    void onKey(int key);
+    void changeSetting(const nlohmann::json& order);
     void showOnRemote(const juce::String& line1, const juce::String& line2);
     void postToWindow(int message, int wParam, int lParam);
     void report(const char* event, const juce::String& detail = {});
