@@ -274,7 +274,9 @@ bool Console::runScript(std::istream& script, const std::string& name)
     for (std::string text; std::getline(script, text);)
     {
         ++number;
-        const auto words = parseLine(text).words;
+        auto words = parseLine(text).words;
+        if (words.size() > 1 && words[0] == displayCondition)
+            words.erase(words.begin());
         const bool speaksForItself =
             words.empty() || words[0] == "say" || words[0] == "expect" || words[0] == "pause" || words[0] == "trail";
         if (!speaksForItself)
