@@ -70,6 +70,12 @@ void AppHandler::handleMessage(const Kernel::SystemMessage& message)
         return onKey(message.arg1, message.arg2);
     case Kernel::MSG_APP_VALUE:
         return onValue(message.arg1);
+    case Kernel::MSG_SYS_TIMER:
+        // Not one that was stopped while its expiry was on the way.
+        if (!timers.isTimerRunning(message.arg1))
+            return;
+        timers.stopTimer(message.arg1);
+        return onTimer(message.arg1);
     case Kernel::MSG_SCHEDULE_RESULT:
         if (message.arg1 == EngineLayer::scheduleDone && getEnterTestMode())
             reportSourceToAutoTest();
@@ -93,6 +99,8 @@ void AppHandler::onPageNotify()
 {
     sendRemoteMessage(config.appType, RMSG_PAGE_NOTIFY, config.page, 0);
 }
+
+void AppHandler::onTimer(int) {}
 
 void AppHandler::onValue(juce::int32) {}
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EngineApi/PageHandler.h"
+#include "kernel/SystemTimer.h"
 #include "platform/Ipc.h"
 
 #include <atomic>
@@ -34,6 +35,8 @@ public:
     virtual void onDetach() {}
     virtual void onAppConnected() {}
     virtual void onAppDisconnected() {}
+    /** One of the handler's timers, which run once, has expired. */
+    virtual void onTimer(int timerId);
     void adjustScheduleInfo(EngineLayer::ScheduleInfo&) override {}
     /** Before an order's command line is sent: the handler may attach data to it. */
     virtual void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
@@ -50,6 +53,9 @@ public:
     void setAvailable(bool) { available = true; }
     /** The last action that this page requested. Any thread. */
     EngineLayer::AppAction getLastAction() const { return lastAction; }
+
+    /** Times are in milliseconds; starting one again begins anew. Any thread. */
+    Kernel::SystemTimer& getTimers() { return timers; }
 
     /** Entry point of the application's messages for this page. */
     void handle(const Kernel::SystemMessage& message);
@@ -85,6 +91,7 @@ private:
     void passToOwner(const Kernel::SystemMessage& message);
 
     const EngineLayer::PageScheduleConfig config;
+    Kernel::SystemTimer timers { config.ownerId, config.page };
     const Program appProgram;  ///< shows the page
     const Program backProgram; ///< runs while the page runs without being on top; most pages have none
 

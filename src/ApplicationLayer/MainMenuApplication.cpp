@@ -142,12 +142,6 @@ MainMenuHandler::MainMenuHandler()
 {
 }
 
-void MainMenuHandler::onDetach()
-{
-    stopTimer(timerRetry);
-    stopTimer(timerIdle);
-}
-
 void MainMenuHandler::handleMessage(const Kernel::SystemMessage& message)
 {
     constexpr int halfWord = 16;
@@ -165,10 +159,6 @@ void MainMenuHandler::handleMessage(const Kernel::SystemMessage& message)
         return;
     case Kernel::MSG_MENU_PAGE:
         return showMenuPage(message.arg1);
-    case msgRetry:
-        return showMenuPage(retryPage);
-    case msgIdle:
-        return returnToSource();
     default:
         return AppHandler::handleMessage(message);
     }
@@ -223,7 +213,7 @@ void MainMenuHandler::sourceKey(juce::int32 value)
 void MainMenuHandler::showMenuPage(int page)
 {
     page = offeredPage(page);
-    stopTimer(timerRetry);
+    getTimers().stopTimer(timerRetry);
     if (page == mbRearOff)
     {
         requestShowPage(getNormalSource(), true);
@@ -234,14 +224,14 @@ void MainMenuHandler::showMenuPage(int page)
     {
         terminateProgram(handler->getAppType());
         retryPage = page;
-        return startTimer(timerRetry, retryMs);
+        return getTimers().startTimer(timerRetry, retryMs);
     }
     requestShowPage(page, false);
 }
 
 void MainMenuHandler::restartIdleTimer()
 {
-    startTimer(timerIdle, idleMs);
+    getTimers().startTimer(timerIdle, idleMs);
 }
 
 void MainMenuHandler::returnToSource() const
@@ -250,10 +240,12 @@ void MainMenuHandler::returnToSource() const
         requestPageState(getNormalSource(), AppAction::ToRun, true);
 }
 
-void MainMenuHandler::timerCallback(int timerId)
+void MainMenuHandler::onTimer(int timerId)
 {
-    stopTimer(timerId);
-    postToSelf(timerId == timerRetry ? msgRetry : msgIdle, 0, 0);
+    if (timerId == timerRetry)
+        showMenuPage(retryPage);
+    else if (timerId == timerIdle)
+        returnToSource();
 }
 
 MainMenuApplication::MainMenuApplication()

@@ -2,13 +2,11 @@
 
 #include "ApplicationLayer/ApplicationTask.h"
 
-#include <juce_events/juce_events.h>
-
 namespace ApplicationLayer
 {
 
 /** The page of the main menu: what it is told, its keys, and the way back to the source when nobody touches it. */
-class MainMenuHandler : public AppHandler, public juce::MultiTimer
+class MainMenuHandler : public AppHandler
 {
 public:
     MainMenuHandler();
@@ -17,21 +15,14 @@ public:
     void handleMessage(const Kernel::SystemMessage& message) override;
     void onKey(juce::int32 key, juce::int32 value) override;
     void onAppConnected() override { sendMenuState(); }
-    void onDetach() override;
+    void onTimer(int timerId) override;
     void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
                              const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 
     /** Tells the program which pages it can offer and which sources are current. */
     void sendMenuState() const;
 
-    /** Message thread; goes on on the application's. */
-    void timerCallback(int timerId) override;
-
 private:
-    // To itself: a timer has run down.
-    static constexpr juce::int32 msgRetry = 1;
-    static constexpr juce::int32 msgIdle = 2;
-
     void sourceKey(juce::int32 value);
     void showMenuPage(int page);
     void restartIdleTimer();

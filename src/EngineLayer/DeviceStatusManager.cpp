@@ -83,10 +83,9 @@ void logSource(int line, const char* what, McuSource source)
 }
 
 /** Type and number in front of a frame's data; -1 for what a short frame lacks. */
-McuSource sourceIn(const LowLayer::BytePool* data)
+McuSource sourceIn(std::span<const std::uint8_t> data)
 {
-    const auto byteAt = [data](int at)
-    { return data != nullptr && data->length() > at ? data->dataPointer()[at] : -1; };
+    const auto byteAt = [data](std::size_t at) { return at < data.size() ? data[at] : -1; };
     return { byteAt(0), byteAt(1) };
 }
 
@@ -167,8 +166,7 @@ void DeviceStatusManager::startHardware()
 {
     Platform::disableDaylightSaving();
     Platform::setWaveOutVolume(fullVolume);
-    driveHigh(UnitLine::startOutput1);
-    driveHigh(UnitLine::startOutput2);
+    driveOutputs(true);
     DataManager::getInstance()->loadSystemFile();
     devices.set(EngineApi::usbStorage, isUsbStoragePresent());
     videoDecoder().initialise();
@@ -256,8 +254,7 @@ void DeviceStatusManager::handOverToAutoTest()
 
 void DeviceStatusManager::hostEvent(int command, const Kernel::Payload& payload)
 {
-    auto* data = Kernel::payloadAs<LowLayer::BytePool>(payload);
-    const auto source = sourceIn(data);
+    const auto source = sourceIn(LowLayer::bytesOf(payload));
     switch (command)
     {
     case EngineApi::EVENT_GET_LAST_MEMORY:
@@ -282,8 +279,7 @@ void DeviceStatusManager::hostEvent(int command, const Kernel::Payload& payload)
     default:
         break;
     }
-    if (data != nullptr)
-        data->recycle();
+    LowLayer::recycleBytes(payload);
 }
 
 void DeviceStatusManager::lastMemoryAnswered()

@@ -2,6 +2,7 @@
 
 #include "EngineApi/Bars.h"
 #include "EngineApi/DeviceStatus.h"
+#include "EngineApi/Favourites.h"
 #include "EngineApi/HostLink.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Provided.h"
@@ -37,7 +38,6 @@ constexpr int readBackMs = 300;
 
 // Settings.
 constexpr int unitOnSetting = 7;
-constexpr int favoritePageBase = 23; ///< page of favourite i is setting 23 + i
 constexpr int zone2OnSetting = 281;
 constexpr int dimmerSetting = 286;
 /** The remote's brightest level and the setting's highest value. */
@@ -55,19 +55,6 @@ void setMute(bool mute)
 {
     if (auto* service = audio(); service != nullptr && service->isMute() != mute)
         service->toggleMute(false);
-}
-
-juce::int32 favoriteMessageOf(int appType)
-{
-    switch (appType)
-    {
-    case Pubhead::AppSirius:
-        return RMSG_SXM_FAVOURITE;
-    case Pubhead::AppDAB:
-        return RMSG_DAB_FAVOURITE;
-    default:
-        return RMSG_FAVOURITE;
-    }
 }
 
 void toFavoriteBar(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0)
@@ -118,9 +105,7 @@ void KeyManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg
 
 void KeyManager::hostEvent(int command, const Kernel::Payload& payload)
 {
-    auto* data = Kernel::payloadAs<LowLayer::BytePool>(payload);
-    const auto bytes = data != nullptr ? std::span(data->dataPointer(), static_cast<std::size_t>(data->length()))
-                                       : std::span<const std::uint8_t>();
+    const auto bytes = LowLayer::bytesOf(payload);
     switch (command)
     {
     case EVENT_KEY:
@@ -140,8 +125,7 @@ void KeyManager::hostEvent(int command, const Kernel::Payload& payload)
     default:
         break;
     }
-    if (data != nullptr)
-        data->recycle();
+    LowLayer::recycleBytes(payload);
 }
 
 void KeyManager::enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn)
@@ -207,7 +191,7 @@ KeySituation KeyManager::situation() const
         unit.favoritesBarIndex = bar->getCurrentIndex();
         unit.favoriteStored = bar->isStored(favorite);
     }
-    unit.favoritePage = getSettingInt(favoritePageBase + favorite);
+    unit.favoritePage = getFavouritePage(favorite);
     unit.lastSourcePage = getLastSourcePage();
     return unit;
 }
@@ -258,7 +242,7 @@ void KeyManager::act(const FavoriteMessage& action)
 {
     favorite = action.favorite;
     if (action.appType != Pubhead::AppUnknown)
-        sendRemoteMessage(action.appType, favoriteMessageOf(action.appType), action.mode, action.favorite);
+        sendRemoteMessage(action.appType, favouriteMessageOf(action.appType), action.mode, action.favorite);
 }
 
 void KeyManager::act(const SelectFavorite& action)
@@ -273,8 +257,7 @@ void KeyManager::act(const PowerSwitch& action)
     if (auto* remote = Provided<WiredRemote>::get())
         remote->setDimmer(action.on ? getSettingInt(dimmerSetting) * brightest / dimmerSteps : 0);
     powerOn = action.on;
-    drive(UnitLine::startOutput1, action.on);
-    drive(UnitLine::startOutput2, action.on);
+    driveOutputs(action.on);
     setSettingInt(unitOnSetting, action.on ? 1 : 0, true, Pubhead::AppUnknown);
 }
 

@@ -21,6 +21,13 @@ inline void drive(UnitLine line, bool high)
     Platform::GpioFunc::writePin(static_cast<int>(line), high ? 1 : 0);
 }
 
+/** Both lines that are high while the unit is on; they supply the Bluetooth module and the USB hub, too. */
+inline void driveOutputs(bool on)
+{
+    drive(UnitLine::startOutput1, on);
+    drive(UnitLine::startOutput2, on);
+}
+
 inline void driveHigh(UnitLine line)
 {
     drive(line, true);

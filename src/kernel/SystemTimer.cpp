@@ -8,7 +8,7 @@ namespace Kernel
 
 void SystemTimer::timerCallback(int timerId)
 {
-    postSystemMessage(owner, MSG_SYS_TIMER, timerId, 0);
+    postHandlerMessage(owner, timerPage, MSG_SYS_TIMER, timerId, 0);
 }
 
 } // namespace Kernel

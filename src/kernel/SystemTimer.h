@@ -15,15 +15,18 @@ namespace Kernel
 class SystemTimer : public juce::MultiTimer
 {
 public:
-    explicit SystemTimer(ComponentId timerOwner)
+    /** With a page the expiries go to that page's handler inside the owner. */
+    explicit SystemTimer(ComponentId timerOwner, juce::int32 handlerPage = -1)
         : owner(timerOwner)
+        , timerPage(handlerPage)
     {
     }
 
     void timerCallback(int timerId) override;
 
 private:
-    ComponentId owner;
+    const ComponentId owner;
+    const juce::int32 timerPage;
 };
 
 } // namespace Kernel

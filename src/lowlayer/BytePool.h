@@ -1,7 +1,10 @@
 #pragma once
 
+#include "kernel/SystemMessage.h"
+
 #include <cstdint>
 #include <juce_core/juce_core.h>
+#include <span>
 #include <vector>
 
 namespace LowLayer
@@ -55,5 +58,20 @@ private:
     juce::CriticalSection lock;
     int bufferSize;
 };
+
+/** The bytes of a message's payload, none when it carries no buffer. They last as long as the payload. */
+inline std::span<const std::uint8_t> bytesOf(const Kernel::Payload& payload)
+{
+    const auto* buffer = Kernel::payloadAs<BytePool>(payload);
+    return buffer != nullptr ? std::span(buffer->dataPointer(), static_cast<std::size_t>(buffer->length()))
+                             : std::span<const std::uint8_t>();
+}
+
+/** Gives a message's buffer back; nothing when it carries none. */
+inline void recycleBytes(const Kernel::Payload& payload)
+{
+    if (auto* buffer = Kernel::payloadAs<BytePool>(payload))
+        buffer->recycle();
+}
 
 } // namespace LowLayer

@@ -140,17 +140,15 @@ TEST_F(MainMenuTest, KeysOpenWalkAndClose)
 
 TEST_F(MainMenuTest, ReturnsToTheSourceWhenNobodyTouchesIt)
 {
-    auto& handler = dynamic_cast<MainMenuHandler&>(*getHandler(mbMainMenu));
+    auto& timers = dynamic_cast<AppHandler&>(*getHandler(mbMainMenu)).getTimers();
     constexpr int idle = 2;
     key(KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_EQ(handler.getTimerInterval(idle), 5000);
-    handler.timerCallback(idle);
-    run();
+    EXPECT_EQ(timers.getTimerInterval(idle), 5000);
+    fire(timers, idle);
     EXPECT_THAT(requests(), IsEmpty()); // the menu is not on top
     menuOnTop(true);
-    handler.timerCallback(idle);
-    run();
-    EXPECT_FALSE(handler.isTimerRunning(idle));
+    fire(timers, idle);
+    EXPECT_FALSE(timers.isTimerRunning(idle));
     EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
 }
 
@@ -172,12 +170,11 @@ TEST_F(MainMenuTest, ShowsWhatIsChosen)
     // A program that is closing is ended first; half a second later its page is shown.
     monitor.setAppState(AppSirius, kClosing);
     EXPECT_THAT(choose(mbSirius), IsEmpty());
-    auto& handler = dynamic_cast<MainMenuHandler&>(*getHandler(mbMainMenu));
+    auto& timers = dynamic_cast<AppHandler&>(*getHandler(mbMainMenu)).getTimers();
     constexpr int retry = 1;
-    ASSERT_EQ(handler.getTimerInterval(retry), 500);
+    ASSERT_EQ(timers.getTimerInterval(retry), 500);
     monitor.setAppState(AppSirius, kDisconnect);
-    handler.timerCallback(retry);
-    run();
+    fire(timers, retry);
     EXPECT_THAT(requests(), ElementsAre("mbSirius run"));
 }
 
