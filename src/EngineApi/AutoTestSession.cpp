@@ -29,15 +29,20 @@ constexpr SourceCode sourceCodes[] = {
 
 } // namespace
 
+void answerAutoTest(std::span<const std::uint8_t> message)
+{
+    if (auto* session = Provided<AutoTestSession>::get())
+        session->addMsgToBuffer(juce::MemoryBlock(message.data(), message.size()));
+}
+
 void reportSourceToAutoTest()
 {
-    auto* session = Provided<AutoTestSession>::get();
     const auto* found = std::find_if(std::begin(sourceCodes), std::end(sourceCodes),
                                      [page = getNormalSource()](const auto& each) { return each.page == page; });
-    if (session == nullptr || found == std::end(sourceCodes))
+    if (found == std::end(sourceCodes))
         return;
     const std::uint8_t report[] = { 0x00, 0x01, found->type, found->number };
-    session->addMsgToBuffer(juce::MemoryBlock(report, sizeof report));
+    answerAutoTest(report);
 }
 
 } // namespace EngineApi

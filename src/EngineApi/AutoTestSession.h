@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <juce_core/juce_core.h>
+#include <span>
 
 namespace EngineApi
 {
@@ -22,6 +24,8 @@ public:
     virtual void setPeerState(bool ready, int state) = 0;
 };
 
+/** Queues a message for the test equipment; nothing without a session. */
+void answerAutoTest(std::span<const std::uint8_t> message);
 /** Tells the test equipment the normal source, as {0x00, 0x01, type, number}; nothing when it has no name for it. */
 void reportSourceToAutoTest();
 

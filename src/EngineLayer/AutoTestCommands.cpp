@@ -20,7 +20,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <optional>
-#include <string_view>
+#include <vector>
 
 namespace EngineLayer
 {
@@ -81,21 +81,13 @@ constexpr SourceRow sourceRows[] = {
 /** The setting behind each text item; 0 for one without a text. */
 constexpr int textSettings[] = { 1031, 1032, 1033, 1028, 1029, 0, 0, 1034, 1035, 1041, 0, 0, deviceIdSetting };
 
-void answer(const void* bytes, std::size_t size)
-{
-    if (auto* session = Provided<AutoTestSession>::get())
-        session->addMsgToBuffer(juce::MemoryBlock(bytes, size));
-}
-
 void answer(std::initializer_list<int> values)
 {
-    juce::MemoryBlock bytes;
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(values.size());
     for (const int value : values)
-    {
-        const auto byte = static_cast<std::uint8_t>(value);
-        bytes.append(&byte, 1);
-    }
-    answer(bytes.getData(), bytes.getSize());
+        bytes.push_back(static_cast<std::uint8_t>(value));
+    answerAutoTest(bytes);
 }
 
 void reportHandedOver()
@@ -269,7 +261,7 @@ void AutoTestCommands::storeDeviceId(const Request& p)
         return logRefused("the device id does not end with six digits");
     setSettingString(deviceIdSetting, text, false, Pubhead::AppUnknown);
     keys.setDeviceId(*id);
-    answer(parameters.data(), parameters.size());
+    answerAutoTest(parameters);
 }
 
 void AutoTestCommands::passToApplication(Kernel::ComponentId application, const Request& p)
@@ -294,11 +286,10 @@ void AutoTestCommands::answerText(int item)
         return;
     const int setting = textSettings[item];
     const auto text = setting != 0 ? getSettingString(setting) : juce::String();
-    const char head[] = { readText, static_cast<char>(item) };
-    const auto shown = Platform::utf8Prefix(text, AutoTestFrame::longestMessage - sizeof head);
-    juce::MemoryBlock message(head, sizeof head);
-    message.append(shown.data(), shown.size());
-    answer(message.getData(), message.getSize());
+    std::vector<std::uint8_t> message { readText, static_cast<std::uint8_t>(item) };
+    const auto shown = Platform::utf8Prefix(text, AutoTestFrame::longestMessage - message.size());
+    message.insert(message.end(), shown.begin(), shown.end());
+    answerAutoTest(message);
 }
 
 } // namespace EngineLayer

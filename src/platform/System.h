@@ -1,6 +1,7 @@
 #pragma once
 
 #include <juce_core/juce_core.h>
+#include <optional>
 
 /** What else the unit's operating system gave: driver settings, time zone, output volume, faults. */
 namespace Platform
@@ -34,6 +35,9 @@ void installExceptionHook();
 
 /** Asks for a low real-time priority for the calling thread; false when the system does not allow it. */
 bool requestRealtimePriority();
+
+/** The first 32 bits of what tells this unit from every other; none when the machine has no id. Any thread. */
+std::optional<juce::uint32> getUniqueId();
 
 /** Milliseconds of a clock that only moves forward; wraps after 49 days. Any thread. */
 juce::uint32 getTickCount();

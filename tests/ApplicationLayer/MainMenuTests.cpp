@@ -1,17 +1,9 @@
 #include "ApplicationLayer/MainMenuApplication.h"
 
-#include "EngineApi/DeviceStatus.h"
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/Programs.h"
-#include "EngineApi/Provided.h"
-#include "EngineApi/Settings.h"
-#include "EngineLayer/ApplicationManager.h"
 #include "dsp/DSPSettingHelperImpl.h"
-#include "support/FakeAudio.h"
-#include "support/FakeDevices.h"
-#include "support/FakePageHandler.h"
-#include "support/ProgramsFixture.h"
-#include "support/ScratchUnit.h"
+#include "support/ApplicationFixture.h"
 
 using namespace ApplicationLayer;
 using namespace EngineApi;
@@ -23,95 +15,38 @@ using testing::IsEmpty;
 namespace
 {
 
-/** The menu among fake pages; what it asks for is read as "mbFM run auto". */
-class MainMenuTest : public ProgramsFixture
+/** The menu among fake pages. */
+class MainMenuTest : public ApplicationFixture
 {
 protected:
-    using Texts = std::vector<std::string>;
-
     MainMenuTest()
+        : ApplicationFixture("281 = 1\n284 = \"Stern\"\n",
+                             { mbFM, mbUSBAudio, mbiPodPandora, mbAVOff, mbBTPhone, mbRearAV1, mbSirius })
     {
-        ScratchUnit::emptySettings("281 = 1\n284 = \"Stern\"\n");
-        Provided<ChipManager>::set(&audio);
-        Provided<WiredRemote>::set(&remote);
-        Provided<VolumeBar>::set(&volumeBar);
-        for (const int page : { mbFM, mbUSBAudio, mbiPodPandora, mbAVOff, mbBTPhone, mbRearAV1, mbSirius })
-            pages[page] = new FakePageHandler(page);
-        for (const auto& [page, handler] : pages)
-            registerHandler(handler.get());
         add(&menu, Kernel::mainMenuApplicationId);
         connect(AppMainMenu);
         connect(AppRadio);
         playing(mbFM);
         takePosted();
     }
+    ~MainMenuTest() override { setDeviceState(pandoraOniPod, false); }
 
-    ~MainMenuTest() override
-    {
-        Provided<ChipManager>::set(nullptr);
-        Provided<WiredRemote>::set(nullptr);
-        Provided<VolumeBar>::set(nullptr);
-        setDeviceState(pandoraOniPod, false);
-    }
-
-    /** The page plays in front of everything. */
-    void playing(int page)
-    {
-        ApplicationManager::getInstance()->schedule({ page, AppAction::ToRun, false });
-        state(page, { 1, 1, 1, 1 });
-    }
-
-    void state(int page, const PageStates& states)
-    {
-        AppStateSwitch::Ptr order = new AppStateSwitch;
-        order->page = page;
-        order->switchType = SwitchType::ToRun;
-        order->states = states;
-        pages.at(page)->carryOut(*order);
-        ApplicationManager::getInstance()->refreshSnapshot();
-    }
     void menuOnTop(bool onTop)
     {
-        AppStateSwitch::Ptr order = new AppStateSwitch;
-        order->page = mbMainMenu;
-        order->switchType = onTop ? SwitchType::ToRun : SwitchType::ToStop;
-        order->states = onTop ? PageStates { 1, 0, 0, 0 } : PageStates {};
-        Kernel::postHandlerMessage(Kernel::mainMenuApplicationId, mbMainMenu, Kernel::MSG_APP_SWITCH,
-                                   static_cast<int>(order->switchType), 0, order);
-        run();
+        if (onTop)
+            carryOut(mbMainMenu, SwitchType::ToRun, { 1, 0, 0, 0 });
+        else
+            carryOut(mbMainMenu, SwitchType::ToStop);
         takeSent();
         takePosted();
     }
-
-    void toMenu(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0)
-    {
-        Kernel::postHandlerMessage(Kernel::mainMenuApplicationId, mbMainMenu, id, arg1, arg2);
-        run();
-    }
+    void toMenu(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0) { toPage(mbMainMenu, id, arg1, arg2); }
     void key(int code, int value = 0) { toMenu(Kernel::MSG_APP_KEY, code, value); }
     void command(int which, int value = 0)
     {
         send(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_COMMAND, which, value);
     }
 
-    Texts requests()
-    {
-        Texts seen;
-        for (const auto& each : takePosted())
-            if (each.id == Kernel::MSG_SCHEDULE_REQUEST)
-            {
-                constexpr const char* actions[] = { " none", " run", " play", " show", " hide", " stop" };
-                seen.push_back(std::string(pageName(each.arg1)) + actions[each.arg2 & 0xffff] +
-                               (each.arg2 >> 16 != 0 ? " auto" : ""));
-            }
-        return seen;
-    }
-
-    ScratchUnit unit;
-    FakeAudio audio;
-    FakeRemote remote;
-    FakeVolumeBar volumeBar;
-    std::map<int, FakePageHandler::Ptr> pages;
     MainMenuApplication& menu = *new MainMenuApplication;
 };
 
@@ -147,6 +82,7 @@ TEST_F(MainMenuTest, ReturnsToTheSourceWhenNobodyTouchesIt)
     fire(timers, idle);
     EXPECT_THAT(requests(), IsEmpty()); // the menu is not on top
     menuOnTop(true);
+    key(KEY_INFOBAR_SWITCH_SPEAKER);
     fire(timers, idle);
     EXPECT_FALSE(timers.isTimerRunning(idle));
     EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));

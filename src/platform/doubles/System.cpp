@@ -20,6 +20,7 @@ struct State
     bool exceptionHookInstalled = false;
     juce::uint32 waveOutVolume = fullVolume;
     juce::uint32 ticks = 0;
+    std::optional<juce::uint32> uniqueId;
 };
 
 std::mutex mutex;
@@ -104,6 +105,18 @@ bool SystemDouble::isExceptionHookInstalled()
 }
 
 } // namespace doubles
+
+std::optional<juce::uint32> getUniqueId()
+{
+    const std::scoped_lock lock(mutex);
+    return state().uniqueId;
+}
+
+void doubles::SystemDouble::setUniqueId(juce::uint32 id)
+{
+    const std::scoped_lock lock(mutex);
+    state().uniqueId = id;
+}
 
 juce::uint32 getTickCount()
 {

@@ -27,6 +27,9 @@ struct SystemDouble
     static bool isDaylightSavingDisabled();
     static bool isExceptionHookInstalled();
 
+    /** None after `reset`. */
+    static void setUniqueId(juce::uint32 id);
+
     /** The clock stands still until it is moved; 0 after `reset`. */
     static void advanceTicks(juce::uint32 milliseconds);
 };

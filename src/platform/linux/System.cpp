@@ -107,6 +107,15 @@ bool requestRealtimePriority()
     return pthread_setschedparam(pthread_self(), SCHED_RR, &parameters) == 0;
 }
 
+std::optional<juce::uint32> getUniqueId()
+{
+    constexpr int digits = 8;
+    const auto id = juce::File("/etc/machine-id").loadFileAsString().substring(0, digits);
+    if (id.length() != digits || !id.containsOnly("0123456789abcdefABCDEF"))
+        return {};
+    return static_cast<juce::uint32>(id.getHexValue64());
+}
+
 juce::uint32 getTickCount()
 {
     return juce::Time::getMillisecondCounter();
