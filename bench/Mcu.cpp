@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -21,6 +22,8 @@ constexpr int sourceSwitch = 2;
 constexpr int sourceReport = 3;
 constexpr int deviceStatus = 4;
 constexpr int powerOff = 6;
+constexpr int dimmer = 18;
+constexpr int voltage = 19;
 constexpr int muteState = 20;
 constexpr int heartBeat = 23;
 constexpr int autoTest = 25;
@@ -387,9 +390,68 @@ void Mcu::act(const McuFrame& frame)
     case getDeviceId:
         sendLater(getDeviceId, current.deviceId);
         break;
+    case dimmer:
+        if (!frame.data.empty() && frame.data[0] > 0)
+            current.dimmer = frame.data[0] - 1;
+        break;
     default:
+        send(radio.hear(frame.command, frame.data));
         break; // recorded above; the microcontroller has no more to do with it here
     }
+}
+
+void Mcu::send(const Tuner::Reports& reports)
+{
+    for (const auto& [command, data] : reports)
+        sendLater(command, data);
+    if (!reports.empty())
+        journal.add("mcu tuner", radio.text());
+}
+
+void Mcu::useTuner(const std::function<Tuner::Reports(Tuner&)>& what)
+{
+    change([&] { send(what(radio)); });
+}
+
+Tuner Mcu::tuner() const
+{
+    const std::scoped_lock guard(lock);
+    return radio;
+}
+
+void Mcu::reportSupply()
+{
+    constexpr double voltsPerStep = 25.3 / 256;
+    constexpr double highest = 255;
+    const auto raw = std::clamp(std::round(current.supply / voltsPerStep), 0.0, highest);
+    sendLater(voltage, { static_cast<std::uint8_t>(raw),
+                         static_cast<std::uint8_t>((current.trigger ? 1 : 0) | (current.lights ? 2 : 0)) });
+}
+
+void Mcu::setSupply(double volts)
+{
+    change([&] { current.supply = volts, reportSupply(); });
+}
+
+void Mcu::setLights(bool on)
+{
+    change([&] { current.lights = on, reportSupply(); });
+}
+
+void Mcu::setTrigger(bool on)
+{
+    change([&] { current.trigger = on, reportSupply(); });
+}
+
+void Mcu::setDimmer(int level)
+{
+    change(
+        [&]
+        {
+            current.dimmer = level;
+            const auto byte = static_cast<std::uint8_t>(level + 1);
+            sendLater(dimmer, { byte, byte });
+        });
 }
 
 void Mcu::agreeOn(Source source)

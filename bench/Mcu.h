@@ -4,6 +4,7 @@
 #include "bench/McuFrame.h"
 #include "bench/Names.h"
 #include "bench/PseudoTerminal.h"
+#include "bench/Tuner.h"
 
 #include <atomic>
 #include <deque>
@@ -59,6 +60,16 @@ public:
     /** The source asked for after the unit's next start. */
     void setLastMemory(Source source);
 
+    /** Lets the tuner do something and reports it; the journal's "mcu tuner" tells where it is tuned to. */
+    void useTuner(const std::function<Tuner::Reports(Tuner&)>& what);
+    Tuner tuner() const;
+    /** Supply in volts, 0 to 25.2; reported to the unit like the next two. */
+    void setSupply(double volts);
+    void setLights(bool on);
+    void setTrigger(bool on);
+    /** Level 0 to 11 of the panel's dimmer, moved at the panel. */
+    void setDimmer(int level);
+
     // Faults. Counts are of frames that the microcontroller sends, each transmission counted; acknowledgements are
     // spared.
     void dropNext(int frames);
@@ -79,8 +90,12 @@ public:
         bool silent = false;
         bool muted = false;
         bool readyForPowerOff = false;
-        bool powered = true; ///< as the panel's power key said last
-        Bytes deviceId;      ///< 3 bytes, packed BCD; zeros until the unit sets it
+        bool powered = true;  ///< as the panel's power key said last
+        double supply = 12.6; ///< volts
+        bool lights = false;  ///< of the boat's panels
+        bool trigger = false; ///< of the camera
+        int dimmer = 11;      ///< 0 to 11
+        Bytes deviceId;       ///< 3 bytes, packed BCD; zeros until the unit sets it
         std::optional<Bytes> deviceStatus;
         unsigned heartbeats = 0;
         std::optional<Milliseconds> sinceHeartbeat;
@@ -141,6 +156,7 @@ private:
 
     mutable std::mutex lock; // guards everything below
     State current;
+    Tuner radio;
     std::optional<Clock::time_point> lastHeartbeat;
     Faults faults;
     McuFrameReader reader;
@@ -161,6 +177,8 @@ private:
     void act(const McuFrame& frame);
     void answerPowerRequest(const Bytes& data);
     void agreeOn(Source source);
+    void reportSupply();
+    void send(const Tuner::Reports& reports);
     void storeDeviceId(const Bytes& id);
     void startSeries(std::optional<KeySeries>& series, KeySeries with);
     void advanceSeries(std::optional<KeySeries>& series);

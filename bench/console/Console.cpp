@@ -97,7 +97,8 @@ Words expectWords(const Words& before)
         return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "remote", "autotest", "no" };
     const auto& subject = before[1];
     if (before.size() == 2 && subject == "mcu")
-        return { "source", "agreed", "frame", "link", "ready-for-power-off", "power", "device-id", "hold", "flood" };
+        return { "source", "agreed",    "frame", "link", "ready-for-power-off",
+                 "power",  "device-id", "tuner", "hold", "flood" };
     if (before.size() == 2 && subject == "page")
         return pageNames();
     if (before.size() == 2 && subject == "program")
@@ -185,6 +186,24 @@ std::span<const Console::Command> Console::commands()
         { "remote", "remote KEY | hold KEY TIME | bytes HEX... | unplug | plug | stall [off] | show",
           "The wired remote: press a key, let it go away or take no bytes, look at its display.", &Console::remote,
           remoteWords },
+        { "tune", "tune FREQUENCY", "The tuner: 101.1 on FM, 1000 on AM.", &Console::tune, nothing },
+        { "seek", "seek up|down [step]", "The tuner goes to the next station, or one step.", &Console::seek,
+          [](const Words& before) {
+              return oneOf(before, { "up", "down" });
+          } },
+        { "rds", "rds \"NAME\" \"TEXT\"", "What the station says: a name of 8 characters, a text of 64.", &Console::rds,
+          nothing },
+        { "weather", "weather on|off", "The weather alert.", &Console::weather,
+          [](const Words& before) {
+              return oneOf(before, { "on", "off" });
+          } },
+        { "battery", "battery VOLTS", "The supply voltage, as the microcontroller measures it.", &Console::battery,
+          nothing },
+        { "panel", "panel lights|trigger on|off | dimmer 0-11",
+          "The boat's lights, the camera's trigger input, the dimmer of the panel.", &Console::panel,
+          [](const Words& before) {
+              return before.size() == 2 ? Words { "on", "off" } : oneOf(before, { "lights", "trigger", "dimmer" });
+          } },
         { "dsp",
           "dsp state | plot [FILE.png] | play IN.wav OUT.wav [OUTPUT]\n"
           "dsp fail open | configure | transfer [N] | crc [once|always] | slow TIME | gone | well",

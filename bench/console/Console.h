@@ -61,6 +61,12 @@ private:
     Outcome gpio(const Words& words);
     Outcome remote(const Words& words);
     Outcome watch(const Words& words);
+    Outcome tune(const Words& words);
+    Outcome seek(const Words& words);
+    Outcome rds(const Words& words);
+    Outcome weather(const Words& words);
+    Outcome battery(const Words& words);
+    Outcome panel(const Words& words);
     Outcome dsp(const Words& words);
     Outcome log(const Words& words);
     Outcome state(const Words& words);

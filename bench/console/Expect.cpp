@@ -57,13 +57,13 @@ ParsedExpectation expectMcu(const Words& words)
         return { { "sent " + words[2], joined(Words(words.begin() + 3, words.end())), false, false, {} }, {} };
     if (words.size() >= 3 && words[1] == "link")
         return { { "mcu link", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
-    if (words.size() >= 3 && (words[1] == "power" || words[1] == "device-id"))
+    if (words.size() >= 3 && (words[1] == "power" || words[1] == "device-id" || words[1] == "tuner"))
         return { { "mcu " + words[1], joined(Words(words.begin() + 2, words.end())), false, false, {} }, {} };
     if (words.size() >= 2 && (words[1] == "hold" || words[1] == "flood"))
         return { { "mcu " + words[1], joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
     return failed(
         "expect mcu source NAME | agreed | frame NAME [BYTES] | sent NAME [BYTES] | link TEXT | ready-for-power-off | "
-        "power on|off | device-id BYTES | hold TEXT | flood TEXT");
+        "power on|off | device-id BYTES | tuner TEXT | hold TEXT | flood TEXT");
 }
 
 ParsedExpectation expectPage(const Words& words)
