@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <charconv>
+#include <iomanip>
 #include <set>
 #include <sstream>
 
@@ -254,6 +255,13 @@ std::string lineName(std::uint32_t line)
     const auto found =
         std::find_if(lineTable.begin(), lineTable.end(), [&](auto& each) { return each.number == line; });
     return found != lineTable.end() ? found->name : "";
+}
+
+std::string voltsText(double volts)
+{
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(1) << volts << " V";
+    return text.str();
 }
 
 } // namespace Bench

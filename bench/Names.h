@@ -59,6 +59,9 @@ std::string keyName(int value);
 /** What a general-purpose line does on the unit, "" for one without a name. */
 std::string lineName(std::uint32_t line);
 
+/** "12.6 V" */
+std::string voltsText(double volts);
+
 std::string lowerCase(std::string text);
 
 } // namespace Bench

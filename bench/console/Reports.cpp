@@ -95,10 +95,8 @@ Outcome Console::state(const Words&)
     const auto tuner = unit.mcu.tuner();
     row("tuner", tuner.text() + style.dim(tuner.region() == 1 ? "  Europe" : "  Americas") +
                      (tuner.weatherAlert() ? style.warning("  weather alert") : ""));
-    std::ostringstream supply;
-    supply << std::fixed << std::setprecision(1) << mcu.supply << " V";
-    row("supply", supply.str() + (mcu.lights ? ", lights on" : "") + (mcu.trigger ? ", camera trigger on" : "") +
-                      style.dim("  dimmer " + std::to_string(mcu.dimmer)));
+    row("supply", voltsText(mcu.supply) + (mcu.lights ? ", lights on" : "") +
+                      (mcu.trigger ? ", camera trigger on" : "") + style.dim("  dimmer " + std::to_string(mcu.dimmer)));
     row("power off", mcu.readyForPowerOff ? "the unit is ready" : "no");
     row("link", (mcu.silent ? style.warning("silent") + "  " : std::string()) + std::to_string(mcu.received) + " in, " +
                     std::to_string(mcu.sent) + " out, " + std::to_string(mcu.resent) + " resent, " +

@@ -182,6 +182,8 @@ WatchView watchViewOf(Unit& unit)
     view.source = mcu.source ? sourceName(*mcu.source) : "none";
     view.agreed = mcu.agreed;
     view.powered = mcu.powered;
+    view.supply = voltsText(mcu.supply);
+    view.tuner = unit.mcu.tuner().text();
 
     const auto dsp = unit.dsp.state();
     const auto gain = [&](const char* name)
@@ -237,7 +239,9 @@ std::vector<std::string> composeWatch(const WatchView& view, const Style& style)
         "source",
         { view.source + (view.agreed ? ", agreed" : ", not agreed"), view.agreed ? &Style::good : &Style::warning },
         { view.dimmer, &Style::dim });
-    text.row("power", { view.powered ? "on" : "off", view.powered ? &Style::good : &Style::warning }, {});
+    text.row("tuner", { view.tuner }, {});
+    text.row("power",
+             { (view.powered ? "on, " : "off, ") + view.supply, view.powered ? &Style::good : &Style::warning }, {});
 
     text.rule("├", "┼", "┤", "Sound", "Lines");
     const auto lineCell = [&](std::size_t i) -> Cell

@@ -15,6 +15,8 @@ class Unit;
 struct WatchView
 {
     bool powered = true;
+    std::string supply; ///< "12.6 V"
+    std::string tuner;
     std::string engine; ///< "pid 1234", "" when it is off
     std::string page, behind, plays, source;
     bool agreed = false;
