@@ -72,15 +72,8 @@ protected:
     }
     void menuOnTop(bool onTop)
     {
-        AppStateSwitch::Ptr order = new AppStateSwitch;
-        order->page = mbMainMenu;
-        order->switchType = onTop ? SwitchType::ToRun : SwitchType::ToStop;
-        order->states = onTop ? PageStates { 1, 0, 0, 0 } : PageStates {};
-        Kernel::postHandlerMessage(Kernel::mainMenuApplicationId, mbMainMenu, Kernel::MSG_APP_SWITCH,
-                                   static_cast<int>(order->switchType), 0, order);
-        run();
-        takeSent();
-        takePosted();
+        order(mbMainMenu, onTop ? SwitchType::ToRun : SwitchType::ToStop,
+              onTop ? PageStates { 1, 0, 0, 0 } : PageStates {});
     }
 
     void toMenu(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0)
@@ -92,19 +85,6 @@ protected:
     void command(int which, int value = 0)
     {
         send(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_COMMAND, which, value);
-    }
-
-    Texts requests()
-    {
-        Texts seen;
-        for (const auto& each : takePosted())
-            if (each.id == Kernel::MSG_SCHEDULE_REQUEST)
-            {
-                constexpr const char* actions[] = { " none", " run", " play", " show", " hide", " stop" };
-                seen.push_back(std::string(pageName(each.arg1)) + actions[each.arg2 & 0xffff] +
-                               (each.arg2 >> 16 != 0 ? " auto" : ""));
-            }
-        return seen;
     }
 
     ScratchUnit unit;
