@@ -5,7 +5,6 @@
 #include "EngineApi/Settings.h"
 #include "EngineLayer/ApplicationManager.h"
 #include "lowlayer/BytePool.h"
-#include "platform/Logger.h"
 #include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/FakePageHandler.h"
@@ -57,47 +56,33 @@ protected:
 
     void state(int page, const EngineLayer::PageStates& states)
     {
-        pages.at(page)->carryOut(*order(page, EngineLayer::SwitchType::ToRun, states));
+        pages.at(page)->carryOut(*made(page, EngineLayer::SwitchType::ToRun, states));
         EngineLayer::ApplicationManager::getInstance()->refreshSnapshot();
     }
 
-    static EngineLayer::AppStateSwitch::Ptr order(int page, EngineLayer::SwitchType type,
-                                                  const EngineLayer::PageStates& states = {},
-                                                  const Platform::AppCommandLine::Ptr& commandLine = nullptr)
+    static EngineLayer::AppStateSwitch::Ptr made(int page, EngineLayer::SwitchType type,
+                                                 const EngineLayer::PageStates& states = {},
+                                                 const Platform::AppCommandLine::Ptr& commandLine = nullptr)
     {
-        EngineLayer::AppStateSwitch::Ptr made = new EngineLayer::AppStateSwitch;
-        made->page = page;
-        made->switchType = type;
-        made->states = states;
-        made->commandLine = commandLine;
-        return made;
+        EngineLayer::AppStateSwitch::Ptr order = new EngineLayer::AppStateSwitch;
+        order->page = page;
+        order->switchType = type;
+        order->states = states;
+        order->commandLine = commandLine;
+        return order;
     }
 
     /** An order of the scheduler to a page of the application, which carries it out. */
     void carryOut(int page, EngineLayer::SwitchType type, const EngineLayer::PageStates& states = {},
                   const Platform::AppCommandLine::Ptr& commandLine = nullptr)
     {
-        toPage(page, Kernel::MSG_APP_SWITCH, static_cast<int>(type), 0, order(page, type, states, commandLine));
+        toPage(page, Kernel::MSG_APP_SWITCH, static_cast<int>(type), 0, made(page, type, states, commandLine));
     }
 
     void toPage(int page, juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0, Kernel::Payload payload = nullptr)
     {
         Kernel::postHandlerMessage(EngineApi::getOwnerId(page), page, id, arg1, arg2, std::move(payload));
         run();
-    }
-
-    /** What the pages asked for since the last call. */
-    Texts requests()
-    {
-        Texts seen;
-        for (const auto& each : takePosted())
-            if (each.id == Kernel::MSG_SCHEDULE_REQUEST)
-            {
-                constexpr const char* actions[] = { " none", " run", " play", " show", " hide", " stop" };
-                seen.push_back(std::string(Pubhead::pageName(each.arg1)) + actions[each.arg2 & 0xffff] +
-                               (each.arg2 >> 16 != 0 ? " auto" : ""));
-            }
-        return seen;
     }
 
     /** A command of the test equipment to the application, and what it answers. */
@@ -108,13 +93,7 @@ protected:
         send(application, Kernel::MSG_AUTOTEST_COMMAND, static_cast<int>(request.size()), 0, bytes);
         return answers();
     }
-    Texts answers()
-    {
-        Texts said;
-        for (const auto& message : std::exchange(session.messages, {}))
-            said.push_back(Platform::hexPairs(message.getData(), static_cast<int>(message.getSize())).toStdString());
-        return said;
-    }
+    Texts answers() { return session.takeAnswers(); }
 
     ScratchUnit unit;
     FakeAudio audio;

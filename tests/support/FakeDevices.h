@@ -3,6 +3,7 @@
 #include "EngineApi/AutoTestSession.h"
 #include "EngineApi/Bars.h"
 #include "EngineApi/WiredRemote.h"
+#include "platform/Logger.h"
 
 #include <array>
 #include <set>
@@ -60,10 +61,12 @@ public:
     bool isShown() const override { return shown; }
     int getCurrentIndex() const override { return index; }
     bool isStored(int favourite) const override { return stored.count(favourite) != 0; }
-    void setFavoriteCount(int) override {}
-    void refresh() override {}
+    void setFavoriteCount(int offered) override { count = offered; }
+    void refresh() override { ++refreshes; }
     bool shown = false;
     int index = 1;
+    int count = 0;
+    int refreshes = 0;
     std::set<int> stored;
 };
 
@@ -75,6 +78,16 @@ public:
     void addMsgToBuffer(const juce::MemoryBlock& message) override { messages.push_back(message); }
     void clearBuffer() override { messages.clear(); }
     void setPeerState(bool, int state) override { peerStates.push_back(state); }
+
+    /** What the equipment is told since the last call, as "82 01". */
+    std::vector<std::string> takeAnswers()
+    {
+        std::vector<std::string> said;
+        for (const auto& message : std::exchange(messages, {}))
+            said.push_back(Platform::hexPairs(message.getData(), static_cast<int>(message.getSize())).toStdString());
+        return said;
+    }
+
     bool running = false;
     std::vector<juce::MemoryBlock> messages;
     std::vector<int> peerStates;

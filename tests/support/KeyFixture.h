@@ -7,7 +7,6 @@
 #include "EngineLayer/HostSessionManager.h"
 #include "EngineLayer/KeyManager.h"
 #include "lowlayer/HostcommDev.h"
-#include "platform/Logger.h"
 #include "platform/doubles/LinesDouble.h"
 #include "platform/doubles/SystemDouble.h"
 #include "support/FakeAudio.h"
@@ -70,11 +69,7 @@ protected:
     /** What the microcontroller is told. */
     std::vector<std::string> mcuHears()
     {
-        std::vector<std::string> said;
-        for (const auto& frame : mcu.converse([this] { run(); }))
-            said.push_back(std::to_string(frame.command) + " " +
-                           Platform::hexPairs(frame.data.data(), static_cast<int>(frame.data.size())).toStdString());
-        return said;
+        return mcu.hear([this] { run(); });
     }
 
     /** The key messages that pages got, as "mbCamera 65545 0". */
@@ -97,13 +92,7 @@ protected:
         lastFrame = frame;
         fromMcu(EngineApi::EVENT_AUTOTEST_INFO, frame);
     }
-    std::vector<std::string> answers()
-    {
-        std::vector<std::string> said;
-        for (const auto& message : std::exchange(session.messages, {}))
-            said.push_back(Platform::hexPairs(message.getData(), static_cast<int>(message.getSize())).toStdString());
-        return said;
-    }
+    std::vector<std::string> answers() { return session.takeAnswers(); }
 
     ScratchUnit unit;
     McuLink mcu;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Configuration.h"
+#include "platform/Logger.h"
 #include "platform/doubles/SerialPortDouble.h"
 
 #include <gtest/gtest.h>
@@ -80,6 +81,17 @@ public:
                 send(acknowledgementOf(frame.sequence));
             }
         }
+    }
+
+    /** The same as texts, command and data: "15 05 00 22 2E". */
+    template <typename Run>
+    static std::vector<std::string> hear(const Run& run)
+    {
+        std::vector<std::string> heard;
+        for (const auto& frame : converse(run))
+            heard.push_back(std::to_string(frame.command) + " " +
+                            Platform::hexPairs(frame.data.data(), static_cast<int>(frame.data.size())).toStdString());
+        return heard;
     }
 
     static juce::String portName() { return Platform::CorvaneConfig::getMcuUartName(); }

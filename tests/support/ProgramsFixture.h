@@ -71,6 +71,35 @@ protected:
         return sent;
     }
 
+    /** What pages asked the scheduler for since the last call, as "mbFM run auto". Other posted messages are gone. */
+    std::vector<std::string> requests()
+    {
+        std::vector<std::string> seen;
+        for (const auto& each : takePosted())
+            if (each.id == Kernel::MSG_SCHEDULE_REQUEST)
+            {
+                constexpr const char* actions[] = { " none", " run", " play", " show", " hide", " stop" };
+                seen.push_back(std::string(Pubhead::pageName(each.arg1)) + actions[each.arg2 & 0xffff] +
+                               (each.arg2 >> 16 != 0 ? " auto" : ""));
+            }
+        return seen;
+    }
+
+    /** The scheduler's order to a page; what follows from it, its report included, is left out. */
+    void order(int page, EngineLayer::SwitchType type, const EngineLayer::PageStates& states,
+               Platform::AppCommandLine::Ptr commandLine = nullptr)
+    {
+        EngineLayer::AppStateSwitch::Ptr order = new EngineLayer::AppStateSwitch;
+        order->page = page;
+        order->switchType = type;
+        order->states = states;
+        order->commandLine = std::move(commandLine);
+        EngineApi::postSwitchOrder(page, order);
+        run();
+        takeSent();
+        takePosted();
+    }
+
     void fire(Kernel::SystemTimer& owner, int timerId)
     {
         ASSERT_TRUE(owner.isTimerRunning(timerId));

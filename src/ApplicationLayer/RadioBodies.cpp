@@ -1,0 +1,48 @@
+#include "ApplicationLayer/RadioBodies.h"
+
+#include "EngineApi/Programs.h"
+#include "platform/Pubhead.h"
+
+namespace ApplicationLayer
+{
+
+namespace
+{
+
+/** Kinds of bodies: `value` is the value itself, or the number of bytes. */
+constexpr juce::int32 valueBody = 1328;
+constexpr juce::int32 dataBody = 74;
+
+} // namespace
+
+void RadioBodies::addValue(RadioBodyKey key, juce::int32 value)
+{
+    add({ valueBody, key, value, {} });
+}
+
+void RadioBodies::addData(RadioBodyKey key, std::span<const std::uint8_t> bytes)
+{
+    add({ dataBody, key, static_cast<juce::int32>(bytes.size()), { bytes.data(), bytes.size() } });
+}
+
+void RadioBodies::add(MessageBody body)
+{
+    if (waiting.size() > limit)
+    {
+        discarded += static_cast<int>(waiting.size());
+        waiting.clear();
+    }
+    waiting.push_back(std::move(body));
+}
+
+void RadioBodies::flush()
+{
+    if (EngineApi::getAppState(Pubhead::AppRadio) == EngineApi::kDisconnect)
+        return;
+    EngineApi::sendRemoteMessage(Pubhead::AppRadio, EngineApi::RMSG_RADIO_NOTIFY, 0,
+                                 static_cast<juce::int32>(waiting.size()),
+                                 Platform::RemoteObjFormat::formatMessageBodyList(waiting));
+    waiting.clear();
+}
+
+} // namespace ApplicationLayer
