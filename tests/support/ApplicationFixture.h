@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ApplicationLayer/AppHandler.h"
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
@@ -17,8 +18,11 @@ class ApplicationFixture : public ProgramsFixture
 protected:
     using Texts = std::vector<std::string>;
 
-    /** `settings` are lines of factory values. Every other page of `fakePages` is not the application's own. */
-    ApplicationFixture(const juce::String& settings, std::initializer_list<int> fakePages)
+    using SwitchType = EngineLayer::SwitchType;
+    using CommandLine = Platform::AppCommandLine;
+
+    /** `settings` are lines of factory values; the fake pages belong to other applications. */
+    explicit ApplicationFixture(const juce::String& settings = {}, std::initializer_list<int> fakePages = {})
     {
         ScratchUnit::emptySettings(settings);
         EngineApi::Provided<ChipManager>::set(&audio);
@@ -26,11 +30,7 @@ protected:
         EngineApi::Provided<EngineApi::VolumeBar>::set(&volumeBar);
         EngineApi::Provided<EngineApi::FavoriteBar>::set(&favoriteBar);
         EngineApi::Provided<EngineApi::AutoTestSession>::set(&session);
-        for (const int page : fakePages)
-        {
-            pages[page] = new FakePageHandler(page);
-            EngineApi::registerHandler(pages[page].get());
-        }
+        addFakePages(fakePages);
     }
 
     ~ApplicationFixture() override
@@ -41,6 +41,15 @@ protected:
         EngineApi::Provided<EngineApi::FavoriteBar>::set(nullptr);
         EngineApi::Provided<EngineApi::AutoTestSession>::set(nullptr);
         EngineApi::setEnterTestMode(false);
+    }
+
+    void addFakePages(std::initializer_list<int> added)
+    {
+        for (const int page : added)
+        {
+            pages[page] = new FakePageHandler(page);
+            EngineApi::registerHandler(pages[page].get());
+        }
     }
 
     /** The page becomes the normal source; a fake one runs and is in front. */
@@ -77,6 +86,21 @@ protected:
                   const Platform::AppCommandLine::Ptr& commandLine = nullptr)
     {
         toPage(page, Kernel::MSG_APP_SWITCH, static_cast<int>(type), 0, made(page, type, states, commandLine));
+    }
+
+    /** The same without what follows from it; answers what the handler attached to the command line. */
+    Platform::Bundle::Ptr order(int page, SwitchType type, const EngineLayer::PageStates& states,
+                                const CommandLine::Ptr& commandLine = nullptr)
+    {
+        ProgramsFixture::order(page, type, states, commandLine);
+        return commandLine == nullptr ? nullptr : commandLine->getExtraData();
+    }
+
+    void key(int page, int code, int value = 0) { toPage(page, Kernel::MSG_APP_KEY, code, value); }
+
+    static Kernel::SystemTimer& timersOf(int page)
+    {
+        return dynamic_cast<ApplicationLayer::AppHandler&>(*EngineApi::getHandler(page)).getTimers();
     }
 
     void toPage(int page, juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0, Kernel::Payload payload = nullptr)

@@ -72,10 +72,12 @@ protected:
     }
 
     /** What pages asked the scheduler for since the last call, as "mbFM run auto". Other posted messages are gone. */
-    std::vector<std::string> requests()
+    std::vector<std::string> requests() { return requestsIn(takePosted()); }
+
+    static std::vector<std::string> requestsIn(const std::vector<Posted>& posted)
     {
         std::vector<std::string> seen;
-        for (const auto& each : takePosted())
+        for (const auto& each : posted)
             if (each.id == Kernel::MSG_SCHEDULE_REQUEST)
             {
                 constexpr const char* actions[] = { " none", " run", " play", " show", " hide", " stop" };

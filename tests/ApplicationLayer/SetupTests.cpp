@@ -1,0 +1,398 @@
+#include "ApplicationLayer/SetupApplication.h"
+
+#include "ApplicationLayer/SettingEffects.h"
+#include "ApplicationLayer/SupplyVoltage.h"
+#include "EngineApi/DeviceStatus.h"
+#include "EngineApi/HostLink.h"
+#include "EngineApi/KeyCodes.h"
+#include "EngineApi/Remote.h"
+#include "EngineLayer/DataManager.h"
+#include "EngineLayer/HostSessionManager.h"
+#include "lowlayer/HostcommDev.h"
+#include "support/ApplicationFixture.h"
+#include "support/LogCapture.h"
+#include "support/McuLink.h"
+
+using namespace ApplicationLayer;
+using namespace EngineApi;
+using namespace EngineLayer;
+using namespace Pubhead;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace
+{
+
+constexpr int resetTimer = 1;
+constexpr int idleTimer = 2;
+
+class SetupTest : public ApplicationFixture
+{
+protected:
+    SetupTest()
+        : ApplicationFixture("20 = 1\n285 = 2\n286 = 11\n287 = 9\n288 = 7\n")
+    {
+        addFakePages({ mbFM });
+        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
+        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
+        add(DataManager::getInstance(), Kernel::dataManagerId);
+        DataManager::getInstance()->loadSystemFile();
+        add(&setup, Kernel::setupApplicationId);
+        connect(AppSetup);
+        playing(mbFM);
+        mcu.send({ 200, EVENT_GET_LAST_MEMORY, {} });
+        commands();
+        takePosted();
+    }
+
+    /** What the unit says to the microcontroller, as "18 12 12". */
+    Texts commands()
+    {
+        Texts said;
+        for (const auto& frame : mcu.converse([this] { run(); }))
+        {
+            said.push_back(std::to_string(frame.command));
+            for (const auto value : frame.data)
+                said.back() += " " + std::to_string(value);
+        }
+        return said;
+    }
+
+    Texts report(int command, McuLink::Bytes data)
+    {
+        McuLink::send({ ++sequence, command, std::move(data) });
+        return commands();
+    }
+    Texts dimmer(int value)
+    {
+        const auto byte = static_cast<std::uint8_t>(value);
+        return report(18, { byte, byte });
+    }
+    Texts voltage(int raw, int flags = 0)
+    {
+        return report(19, { static_cast<std::uint8_t>(raw), static_cast<std::uint8_t>(flags) });
+    }
+
+    /** A program or the network changes a setting. */
+    Texts change(int index, int value)
+    {
+        setSettingInt(index, value, true, AppUnknown);
+        return commands();
+    }
+
+    void onTop(bool shown)
+    {
+        order(mbSetup, shown ? SwitchType::ToRun : SwitchType::ToStop,
+              shown ? PageStates { 1, 0, 0, 0 } : PageStates {});
+    }
+    Platform::Bundle::Ptr show()
+    {
+        return order(mbSetup, SwitchType::ToRun, { 1, 0, 0, 0 }, CommandLine::genCmdPageShow(mbSetup, false));
+    }
+
+    McuLink mcu;
+    int sequence = 0;
+    SetupApplication& setup = *new SetupApplication;
+};
+
+} // namespace
+
+TEST(DimmerTest, KnowsTheLevelOfEveryMode)
+{
+    struct Case
+    {
+        DimmerSettings settings;
+        bool lightsOn;
+        int wanted;
+        int chosen;
+    };
+    for (const auto& each : std::initializer_list<Case> { { { 0, 9, 7 }, true, 11, 11 },
+                                                          { { 1, 9, 7 }, false, 7, 5 },
+                                                          { { 1, 9, 4 }, false, 4, 4 },
+                                                          { { 2, 9, 7 }, false, 9, 9 },
+                                                          { { 2, 9, 7 }, true, 7, 7 },
+                                                          { { 3, 9, 7 }, true, 11, 11 },
+                                                          { { 1, 9, 200 }, true, 11, 5 },
+                                                          { { 2, -3, 7 }, false, 0, 0 } })
+    {
+        EXPECT_EQ(Dimmer::wantedLevel(each.settings, each.lightsOn), each.wanted);
+        EXPECT_EQ(Dimmer::chooseMode(each.settings, each.lightsOn), each.chosen);
+    }
+}
+
+TEST(DimmerTest, CorrectsWhatDisagrees)
+{
+    struct Case
+    {
+        int mode;
+        bool lightsOn;
+        bool synced;
+        int reported;
+        std::optional<int> correction;
+    };
+    for (const auto& each : std::initializer_list<Case> { { 0, false, false, 11, std::nullopt },
+                                                          { 0, false, false, 10, 11 },
+                                                          { 1, false, false, 7, std::nullopt },
+                                                          { 1, false, true, 5, 7 },
+                                                          { 2, false, false, 3, std::nullopt },
+                                                          { 2, false, true, 3, 9 },
+                                                          { 2, true, true, 9, 7 },
+                                                          { 2, true, true, 7, std::nullopt } })
+        EXPECT_EQ(Dimmer::correct({ each.mode, 9, 7 }, each.lightsOn, each.synced, each.reported), each.correction)
+            << each.mode << " " << each.reported;
+}
+
+TEST(DimmerTest, KeepsWhatTheUserMoves)
+{
+    using enum Dimmer::Move::Store;
+    struct Case
+    {
+        int mode;
+        bool lightsOn;
+        int moved;
+        int level;
+        Dimmer::Move::Store store;
+    };
+    for (const auto& each : std::initializer_list<Case> { { 0, false, 3, 11, nothing },
+                                                          { 1, false, 5, 5, night },
+                                                          { 1, false, 6, 6, nothing },
+                                                          { 2, false, 10, 10, day },
+                                                          { 2, true, 10, 5, night },
+                                                          { 2, true, 2, 2, night },
+                                                          { 2, false, 99, 11, day } })
+    {
+        const auto move = Dimmer::move({ each.mode, 9, 7 }, each.lightsOn, each.moved);
+        EXPECT_EQ(move.level, each.level) << each.mode << " " << each.moved;
+        EXPECT_EQ(move.store, each.store) << each.mode << " " << each.moved;
+    }
+}
+
+TEST(SupplyVoltageTest, AtTheLimitNothingChanges)
+{
+    for (const bool low : { false, true })
+    {
+        EXPECT_EQ(SupplyVoltage::isLow(low, 10.5), low);
+        EXPECT_TRUE(SupplyVoltage::isLow(low, SupplyVoltage::toVolts(106)));
+        EXPECT_FALSE(SupplyVoltage::isLow(low, SupplyVoltage::toVolts(107)));
+    }
+}
+
+/** Before the lights are known, the microcontroller's level is taken over; afterwards the unit has the last word. */
+TEST_F(SetupTest, DimmerAgreesWithTheMicrocontroller)
+{
+    EXPECT_THAT(dimmer(4), IsEmpty());
+    EXPECT_EQ(getSettingInt(286), 3);
+    EXPECT_THAT(remote.calls, ElementsAre("dimmer 4"));
+    EXPECT_THAT(dimmer(0), IsEmpty());
+    EXPECT_THAT(report(18, { 7 }), IsEmpty());
+    EXPECT_EQ(getSettingInt(286), 3);
+
+    EXPECT_THAT(voltage(125), ElementsAre("18 10 10"));
+    EXPECT_THAT(voltage(125, 2), ElementsAre("18 8 8"));
+    EXPECT_THAT(voltage(126, 2), IsEmpty());
+    EXPECT_THAT(dimmer(4), ElementsAre("18 8 8"));
+    EXPECT_THAT(dimmer(8), IsEmpty());
+    EXPECT_EQ(getSettingInt(286), 7);
+
+    // A bright night is kept although choosing its mode dims to 5.
+    EXPECT_THAT(change(285, 1), ElementsAre("18 6 6"));
+    EXPECT_THAT(dimmer(6), ElementsAre("18 8 8"));
+    EXPECT_THAT(change(286, 2), ElementsAre("18 3 3"));
+    EXPECT_EQ(getSettingInt(288), 2);
+    EXPECT_THAT(voltage(126, 0), IsEmpty()); // the lights count in the third mode only
+    EXPECT_THAT(change(285, 2), ElementsAre("18 10 10"));
+    EXPECT_THAT(change(286, 4), ElementsAre("18 5 5"));
+    EXPECT_EQ(getSettingInt(287), 4);
+    EXPECT_EQ(remote.calls.size(), 2u);
+}
+
+TEST_F(SetupTest, WatchesTheSupply)
+{
+    const auto alerts = [this](int raw)
+    {
+        audio.calls.clear();
+        voltage(raw);
+        return audio.calls;
+    };
+    EXPECT_THAT(alerts(107), IsEmpty());
+    EXPECT_THAT(alerts(106), ElementsAre("alert on"));
+    EXPECT_THAT(alerts(90), IsEmpty());
+    EXPECT_THAT(alerts(107), ElementsAre("alert off"));
+    change(20, 0);
+    EXPECT_THAT(alerts(106), IsEmpty());
+    change(20, 1);
+    EXPECT_THAT(audio.calls, ElementsAre("alert on"));
+    EXPECT_THAT(report(19, { 200 }), IsEmpty());
+
+    constexpr int value = Kernel::MSG_VOLTMETER_VALUE;
+    EXPECT_THAT(favoriteBar.messages,
+                ElementsAre(std::array { value, 107, 0 }, std::array { value, 106, 0 }, std::array { value, 90, 0 },
+                            std::array { value, 107, 0 }, std::array { value, 106, 0 }));
+    voltage(106);
+    EXPECT_EQ(favoriteBar.messages.size(), 5u);
+    EXPECT_EQ(Platform::VX_GetSysInfo(37), 106);
+
+    voltage(106, 1);
+    EXPECT_TRUE(getDeviceState(triggerInput));
+    voltage(106, 0);
+    EXPECT_FALSE(getDeviceState(triggerInput));
+}
+
+TEST_F(SetupTest, SettingsTakeEffect)
+{
+    constexpr int navico = Kernel::navicoManagerId;
+    using Post = std::array<int, 3>;
+    const std::vector<Post> network { { navico, Kernel::MSG_NAVICO_REPORT, 0 } };
+    struct Case
+    {
+        int index;
+        int value;
+        Texts sound;
+        std::vector<Post> posted {};
+    };
+    for (const auto& each : std::initializer_list<Case> {
+             { 6, 2, { "source level" } },
+             { 21, 3, {}, { { Kernel::radioApplicationId, Kernel::MSG_RADIO_REGION, 3 } } },
+             { 276, 5, { "switch 0 1", "switch 1 1" } },
+             { 276, 0, { "switch 0 0", "switch 1 0" } },
+             { 277, 2, { "high-pass 2" } },
+             { 278, 1, { "subwoofer" } },
+             { 279, 3, { "balance" }, network },
+             { 280, 3, { "fader" }, network },
+             { 281, 1, { "zone 2" } },
+             { 282, 1, { "zone 2 output mode" } },
+             { 283, 1, { "zone 2 volume mode" } },
+             { 284, 1, {}, { { navico, Kernel::MSG_NAVICO_SETUP_REPORT, 0 } } },
+             { 288, 1, {} },
+             { 1281, 1, { "preset" }, network },
+             { 1283, 1, { "preset" }, network },
+             { 1284, 5, { "subwoofer level 5" }, network },
+             { 1285, 9, { "band 0 9" } },
+             { 1291, 4, { "band 6 4" } },
+             { 1792, 4, { "preset" }, network },
+             { 1793, 1, { "dme on" } },
+         })
+    {
+        EXPECT_THAT(change(each.index, each.value), IsEmpty()) << each.index;
+        EXPECT_EQ(std::exchange(audio.calls, {}), each.sound) << each.index;
+        std::vector<Post> posted;
+        for (const auto& post : takePosted())
+            posted.push_back({ post.receiver, post.id, post.arg1 });
+        EXPECT_EQ(posted, each.posted) << each.index;
+        const auto sent = Platform::IpcDouble::takePosted(AppSetup);
+        ASSERT_EQ(sent.size(), 1u) << each.index;
+        EXPECT_EQ(std::tuple(sent[0].what, sent[0].arg1, sent[0].arg2),
+                  std::tuple(static_cast<juce::int32>(RMSG_SETTING_NOTIFY), 2, each.index));
+        EXPECT_EQ(sent[0].bundle->getInt("value", -1), each.value) << each.index;
+    }
+    change(22, 1);
+    EXPECT_EQ(Platform::VX_GetSysInfo(36), 1);
+    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLTMETER_SHOW), 1, 0 }));
+}
+
+TEST_F(SetupTest, WithoutItsProgramSomeSettingsAreLeftAlone)
+{
+    Platform::IpcDouble::setPresent(AppSetup, false);
+    run();
+    EXPECT_THAT(change(285, 1), IsEmpty());
+    EXPECT_THAT(change(286, 4), ElementsAre("18 5 5"));
+    std::vector<int> matters;
+    for (const int index :
+         { 5, 6, 7, 18, 19, 22, 23, 275, 276, 284, 285, 286, 287, 1280, 1281, 1291, 1292, 1791, 1792, 1793, 1794 })
+        if (mattersWithoutSetup(index))
+            matters.push_back(index);
+    EXPECT_THAT(matters, ElementsAre(6, 19, 22, 276, 284, 286, 1281, 1291, 1792, 1793));
+}
+
+TEST_F(SetupTest, NamesTheAuxInput)
+{
+    const auto rename = [this](const char* name)
+    {
+        setSettingString(19, name, true, AppUnknown);
+        return commands();
+    };
+    EXPECT_THAT(rename("TV"), ElementsAre("22 1"));
+    EXPECT_THAT(rename("AUX"), IsEmpty());
+    EXPECT_THAT(rename("Tape"), IsEmpty());
+    EXPECT_THAT(rename("NAV"), ElementsAre("22 4"));
+    send(Kernel::setupApplicationId, Kernel::MSG_SYS_READY);
+    EXPECT_THAT(commands(), ElementsAre("22 4"));
+}
+
+/** One key opens and closes the page, the other opens it at its own view; from there the first leads back. */
+TEST_F(SetupTest, KeysOpenAndClose)
+{
+    const auto sends = [](int arg1) { return Sent { AppSetup, RMSG_SETTING_NOTIFY, arg1, 0 }; };
+    key(mbSetup, KEY_MMS1);
+    EXPECT_THAT(requests(), ElementsAre("mbSetup run"));
+    EXPECT_EQ(show(), nullptr);
+    key(mbSetup, KEY_SHOWVERSION);
+    EXPECT_FALSE(timersOf(mbSetup).isTimerRunning(idleTimer));
+    expectPosted(Kernel::keyManagerId, Kernel::MSG_KEY_RETURN_NEXT, 1, 0);
+    key(mbSetup, KEY_AMS1);
+    key(mbSetup, KEY_SHOWVERSION); // not from this view
+    key(mbSetup, KEY_MMS1);
+    EXPECT_THAT(takeSent(), ElementsAre(sends(8), sends(9), sends(11)));
+    EXPECT_THAT(requests(), IsEmpty());
+    key(mbSetup, KEY_MMS1);
+    key(mbSetup, KEY_MENU);
+    EXPECT_THAT(requests(), ElementsAre("mbSetup stop auto"));
+    EXPECT_THAT(takeSent(), IsEmpty());
+
+    onTop(false);
+    key(mbSetup, KEY_AMS1);
+    EXPECT_THAT(requests(), ElementsAre("mbSetup run"));
+    EXPECT_TRUE(show()->getBool("showAMS", false));
+
+    key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
+    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(idleTimer), 10000);
+    fire(timersOf(mbSetup), idleTimer);
+    EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
+    onTop(false);
+    key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
+    fire(timersOf(mbSetup), idleTimer);
+    EXPECT_THAT(requests(), IsEmpty());
+}
+
+TEST_F(SetupTest, FactoryResetFromAnyPage)
+{
+    const juce::File folder(Platform::AppConfig::getSystemFilePath());
+    const auto leftover = folder.getChildFile("VX_Volume.ini");
+    leftover.create();
+    change(287, 3);
+    takePosted();
+
+    key(mbSetup, KEY_PLAYPAUSE_LONGPRESS);
+    const auto posted = takePosted();
+    EXPECT_THAT(requestsIn(posted), ElementsAre("mbSetup run"));
+    std::vector<int> told;
+    for (const auto& each : posted)
+        if (each.id == Kernel::MSG_FACTORY_RESET)
+            told.push_back(each.receiver);
+    EXPECT_THAT(told, ElementsAre(3, 10, 21));
+    EXPECT_THAT(audio.calls, ElementsAre("mute on"));
+    EXPECT_THAT(commands(), ElementsAre("18 12 12"));
+    EXPECT_TRUE(show()->getBool("showReset", false));
+    EXPECT_EQ(show(), nullptr); // once
+
+    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(resetTimer), 5000);
+    const LogCapture log;
+    fire(timersOf(mbSetup), resetTimer);
+    EXPECT_THAT(commands(), ElementsAre("21 1"));
+    EXPECT_EQ(LogCapture::count(" bDeleteOK= 1"), 1);
+    EXPECT_TRUE(folder.isDirectory());
+    EXPECT_EQ(folder.getNumberOfChildFiles(juce::File::findFilesAndDirectories), 0);
+    EXPECT_EQ(getSettingInt(287), 9);
+
+    // Asked again, with the page in front and the sound off; without factory values nothing is deleted.
+    leftover.create();
+    juce::File(Platform::AppConfig::getResourcePath()).getChildFile("factory-settings.toml").deleteFile();
+    key(mbSetup, KEY_PLAYPAUSE_LONGPRESS);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppSetup, RMSG_SETTING_NOTIFY, 10 }));
+    EXPECT_THAT(requests(), IsEmpty());
+    EXPECT_EQ(audio.calls.size(), 1u);
+    fire(timersOf(mbSetup), resetTimer);
+    EXPECT_THAT(commands(), ElementsAre("18 12 12", "21 1"));
+    EXPECT_EQ(LogCapture::count(" bDeleteOK= 0"), 1);
+    EXPECT_TRUE(leftover.existsAsFile());
+}
