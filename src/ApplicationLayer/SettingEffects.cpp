@@ -3,6 +3,7 @@
 #include "EngineApi/Bars.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
+#include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
@@ -15,8 +16,6 @@ using namespace EngineApi;
 
 namespace
 {
-
-constexpr int voltmeterInfo = 36;
 
 void reportToNetwork(juce::int32 message)
 {
@@ -31,7 +30,7 @@ bool changesNetworkReport(int index)
 
 void showVoltmeter(juce::int32 shown)
 {
-    EngineLayer::SystemInfo::getInstance()->set(voltmeterInfo, shown);
+    EngineLayer::SystemInfo::getInstance()->set(EngineLayer::sysInfoVoltageShown, shown);
     if (auto* bar = Provided<FavoriteBar>::get())
         bar->postMessage(Kernel::MSG_VOLTMETER_SHOW, shown, 0, nullptr);
 }

@@ -9,6 +9,7 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/WiredRemote.h"
+#include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
@@ -42,7 +43,6 @@ constexpr juce::int32 valueNotice = 2;
 constexpr const char* auxNames[] = { "AUX", "TV", "Media", "MP3", "NAV" };
 
 constexpr std::size_t reportBytes = 2;
-constexpr int voltageInfo = 37;
 constexpr int triggerBit = 1;
 constexpr int lightsBit = 2;
 
@@ -203,7 +203,7 @@ void SetupApplication::voltageReported(Bytes data)
 void SetupApplication::showVoltage(int raw)
 {
     voltageRaw = raw;
-    EngineLayer::SystemInfo::getInstance()->set(voltageInfo, raw);
+    EngineLayer::SystemInfo::getInstance()->set(EngineLayer::sysInfoVoltage, raw);
     if (auto* bar = Provided<FavoriteBar>::get())
         bar->postMessage(Kernel::MSG_VOLTMETER_VALUE, raw, 0, nullptr);
 }

@@ -11,6 +11,7 @@
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/DataManager.h"
 #include "EngineLayer/DspNotices.h"
+#include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
 #include "EngineLayer/UnitLines.h"
 #include "EngineLayer/UsbStorage.h"
@@ -55,9 +56,7 @@ constexpr int powerOffMs = 6000;
 
 constexpr juce::uint32 fullVolume = 0xffffffff;
 
-/** Entries of the system-information table, and the setting that the first of them repeats. */
-constexpr int sysInfoSetting22 = 36;
-constexpr int sysInfoLowBattery = 38;
+/** Says whether the voltage is shown. */
 constexpr int setting22 = 22;
 
 constexpr std::uint8_t autoTestReady[] = { 0x82, 0x02 };
@@ -286,7 +285,7 @@ void DeviceStatusManager::lastMemoryAnswered()
 {
     waitingLastMemory = false;
     agreement.restart();
-    SystemInfo::getInstance()->set(sysInfoSetting22, EngineApi::getSettingInt(setting22));
+    SystemInfo::getInstance()->set(sysInfoVoltageShown, EngineApi::getSettingInt(setting22));
     if (auto* chip = Provided<ChipManager>::get())
     {
         auto* settings = DSPSettingHelperImpl::getInstance();

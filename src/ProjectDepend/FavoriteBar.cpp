@@ -2,6 +2,7 @@
 
 #include "EngineApi/Provided.h"
 #include "EngineApi/WiredRemote.h"
+#include "EngineLayer/SysInfoItems.h"
 #include "kernel/MessageIds.h"
 #include "platform/Logger.h"
 #include "platform/SetupStore.h"
@@ -29,8 +30,6 @@ constexpr int labelSettings = 39;
 
 constexpr int labelText = 0;
 
-constexpr int voltageShownInfo = 36;
-constexpr int voltageInfo = 37;
 /** Of the raw voltage in the system information and in MSG_VOLTMETER_VALUE. */
 constexpr double voltsOfInfo = 25.3 / 256;
 constexpr double voltsOfMessage = 24.0 / 255;
@@ -102,8 +101,8 @@ void FavoriteBar::select(int favorite, bool overCamera)
         Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favorite);
         return;
     }
-    showVoltage(Platform::VX_GetSysInfo(voltageInfo) * voltsOfInfo);
-    setVisibleIf(voltageText, Platform::VX_GetSysInfo(voltageShownInfo) != 0);
+    showVoltage(Platform::VX_GetSysInfo(EngineLayer::sysInfoVoltage) * voltsOfInfo);
+    setVisibleIf(voltageText, Platform::VX_GetSysInfo(EngineLayer::sysInfoVoltageShown) != 0);
     currentIndex = favorite;
     refresh();
     setVisibleIf(groupOne, favorite < firstOfGroupTwo);
