@@ -33,6 +33,23 @@ constexpr int getDeviceId = 27;
 constexpr std::size_t recentFrames = 12;
 constexpr std::size_t longestQueue = 1000;
 
+/** The band of a source that is the tuner's. */
+std::optional<Tuner::Band> bandOf(Source source)
+{
+    constexpr int amType = 0, fmType = 1, weatherType = 22;
+    switch (source.type)
+    {
+    case amType:
+        return Tuner::am;
+    case fmType:
+        return Tuner::fm;
+    case weatherType:
+        return Tuner::weather;
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 Mcu::Mcu(Journal& journalToUse)
@@ -460,6 +477,8 @@ void Mcu::agreeOn(Source source)
     current.lastMemory = source;
     current.wanted.reset();
     current.agreed = true;
+    if (const auto band = bandOf(source))
+        send(radio.select(*band));
     journal.add("mcu source", sourceName(source));
     journal.add("mcu agreed", sourceName(source));
 }

@@ -34,6 +34,8 @@ public:
 
     /** In the band's own unit: 10 kHz on FM, kHz on AM, the channel 1 to 7 on the weather band. Clamped to the band. */
     Reports tune(Band band, int frequency);
+    /** Back to where the band was left. */
+    Reports select(Band band) { return tune(band, frequencies[static_cast<std::size_t>(band)]); }
     /** In the band that the unit listens to. */
     Reports seek(bool up);
     Reports step(bool up);

@@ -37,7 +37,7 @@ void RadioBodies::add(MessageBody body)
 
 void RadioBodies::flush()
 {
-    if (EngineApi::getAppState(Pubhead::AppRadio) == EngineApi::kDisconnect)
+    if (waiting.empty() || EngineApi::getAppState(Pubhead::AppRadio) == EngineApi::kDisconnect)
         return;
     EngineApi::sendRemoteMessage(Pubhead::AppRadio, EngineApi::RMSG_RADIO_NOTIFY, 0,
                                  static_cast<juce::int32>(waiting.size()),
