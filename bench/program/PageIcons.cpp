@@ -174,6 +174,23 @@ juce::Path gear()
     return path;
 }
 
+juce::Path backArrow()
+{
+    juce::Path path;
+    addLine(path, { { 2.5f, 12.0f }, { 8.5f, 5.5f }, { 21.5f, 5.5f }, { 21.5f, 18.5f }, { 8.5f, 18.5f } });
+    path.closeSubPath();
+    addLine(path, { { 12.2f, 9.2f }, { 17.8f, 14.8f } });
+    addLine(path, { { 17.8f, 9.2f }, { 12.2f, 14.8f } });
+    return path;
+}
+
+juce::Path tick()
+{
+    juce::Path path;
+    addLine(path, { { 3.5f, 12.8f }, { 9.2f, 18.5f }, { 20.5f, 6.0f } });
+    return path;
+}
+
 juce::Path iconOf(int page)
 {
     switch (page)
@@ -218,16 +235,26 @@ juce::Path iconOf(int page)
     }
 }
 
-} // namespace
-
-void drawPageIcon(juce::Graphics& g, int page, juce::Rectangle<float> area, juce::Colour colour)
+void drawIcon(juce::Graphics& g, const juce::Path& icon, juce::Rectangle<float> area, juce::Colour colour)
 {
     const auto scale = juce::jmin(area.getWidth(), area.getHeight()) / gridSize;
     const auto place = juce::AffineTransform::scale(scale).translated(area.getCentreX() - gridSize * scale / 2.0f,
                                                                       area.getCentreY() - gridSize * scale / 2.0f);
     g.setColour(colour);
-    g.strokePath(iconOf(page),
-                 juce::PathStrokeType(lineWidth, juce::PathStrokeType::curved, juce::PathStrokeType::rounded), place);
+    g.strokePath(icon, juce::PathStrokeType(lineWidth, juce::PathStrokeType::curved, juce::PathStrokeType::rounded),
+                 place);
+}
+
+} // namespace
+
+void drawPageIcon(juce::Graphics& g, int page, juce::Rectangle<float> area, juce::Colour colour)
+{
+    drawIcon(g, iconOf(page), area, colour);
+}
+
+void drawKeyIcon(juce::Graphics& g, KeypadKey key, juce::Rectangle<float> area, juce::Colour colour)
+{
+    drawIcon(g, key == keypadBack ? backArrow() : tick(), area, colour);
 }
 
 juce::Colour pageColour(int page)

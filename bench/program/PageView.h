@@ -1,13 +1,15 @@
 #pragma once
 
+#include "bench/program/PageLayout.h"
 #include "bench/program/SourceProgram.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
+#include <optional>
 
 namespace BenchProgram
 {
 
-/** The program's window, the size of the unit's screen. What is touched in it is told to `chosen` and `left`. */
+/** The program's window, the size of the unit's screen. It asks `content` what to show, and tells what is touched. */
 class PageView : public Display, private juce::Component, private juce::Timer
 {
 public:
@@ -17,41 +19,29 @@ public:
     void show(int page) override;
     void hide() override;
     void setSource(int page) override;
+    void contentChanged() override;
 
-    std::function<void(int page)> chosen;
-    std::function<void(int page)> left;
-
-    static constexpr int width = 800;
-    static constexpr int height = 480;
+    std::function<PageContent(int page)> content;  ///< an empty one when not set
+    std::function<void(int page, int id)> touched; ///< something of the content
+    std::function<void(int page)> chosen;          ///< another page, with one of the common buttons
+    std::function<void(int page)> left;            ///< the shown page is not wanted any more
 
 private:
-    struct Touch
-    {
-        juce::Rectangle<int> area;
-        int page;
-        bool leaves; ///< gives the shown page back instead of choosing another
-        juce::String label;
-    };
-
     void paint(juce::Graphics& g) override;
+    void mouseDown(const juce::MouseEvent& event) override;
     void mouseUp(const juce::MouseEvent& event) override;
     void timerCallback() override;
 
-    void layOut();
-    void paintTopBar(juce::Graphics& g) const;
-    void paintPage(juce::Graphics& g) const;
-    void paintMenu(juce::Graphics& g) const;
-    void paintButtons(juce::Graphics& g) const;
-    juce::Font font(float size, bool bold = false) const;
-    juce::Colour ink(float strength) const;
+    void askContent();
+    const Touch* pressedTouch() const;
 
     const bool drawing;
-    const bool dark;
+    bool dark;
     int shownPage;
-    int source;
     juce::String clock;
-    std::vector<Touch> tiles;
-    std::vector<Touch> buttons;
+    PageContent shown;
+    PageLayout layout;
+    std::optional<juce::Point<int>> pressed; ///< where the finger came down on the shown page
 };
 
 } // namespace BenchProgram

@@ -19,6 +19,8 @@ public:
     virtual void hide() = 0;
     /** The source of the page plays, or none does (NUM_OF_PAGES). */
     virtual void setSource(int page) = 0;
+    /** What the shown page says is no longer true. */
+    virtual void contentChanged() = 0;
 };
 
 /**
