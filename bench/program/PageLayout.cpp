@@ -2,6 +2,8 @@
 
 #include "platform/Pubhead.h"
 
+#include <algorithm>
+
 namespace BenchProgram
 {
 
