@@ -257,6 +257,31 @@ bool Programs::changeSetting(int appType, int setting, const std::string& value)
     return order(appType, what);
 }
 
+std::string Programs::changeSetting(int setting, const std::string& value)
+{
+    const auto carrier = carrierFor(AppSetup);
+    return changeSetting(carrier, setting, value) ? "" : "no program is connected that could change it";
+}
+
+std::string Programs::tell(int appType, const std::string& words)
+{
+    constexpr std::chrono::milliseconds answerLimit { 2000 };
+    const std::string name = appTypeName(appType);
+    const std::string refused = "refused ";
+    const auto from = journal.end();
+    if (!order(appType, { { "order", "do" }, { "words", words } }))
+        return name + " does not run";
+    const auto answer = journal.waitFor(from, Clock::now() + answerLimit,
+                                        [&](const Event& event)
+                                        {
+                                            return event.stream == programStream(appType) &&
+                                                   (event.text == "did " + words || event.text.starts_with(refused));
+                                        });
+    if (!answer)
+        return name + " does not answer";
+    return answer->text.starts_with(refused) ? name + ": " + answer->text.substr(refused.size()) : "";
+}
+
 bool Programs::showOnRemote(int appType, const std::string& line1, const std::string& line2)
 {
     return order(appType, { { "order", "text" }, { "line1", line1 }, { "line2", line2 } });

@@ -51,6 +51,8 @@ public:
     bool exit(int appType);                                     ///< ends properly
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
+    /** Tells it what only it does, in its own words ("connect analog"). Empty when it was done, else what is wrong. */
+    std::string tell(int appType, const std::string& words);
     /** Lets it change a setting; a whole number as an integer, anything else as a text. */
     bool changeSetting(int appType, int setting, const std::string& value);
     /** Lets it write both lines of the wired remote. */
@@ -61,6 +63,8 @@ public:
     /** Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs,
        else through the one in front, else any. Empty on success, else why not. */
     std::string requestPage(int page);
+    /** Changes a setting, through the setup program when it runs, else through any. Empty on success, else why not. */
+    std::string changeSetting(int setting, const std::string& value);
     /** Asks for a page to be left, in the same way. */
     std::string stopPage(int page);
 

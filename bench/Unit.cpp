@@ -188,6 +188,9 @@ bool Unit::plugUsb(int number)
     std::error_code error;
     if (number < 1 || number > usbCount || (fs::create_directories(mountPoint(number), error), error))
         return false;
+    for (const auto* piece : { "01 Harbour Lights.mp3", "02 Following Sea.mp3", "03 Anchor Watch.mp3" })
+        if (!std::ofstream(mountPoint(number) + "/" + piece))
+            return false;
     journal.add("usb", std::to_string(number) + " plugged");
     return true;
 }

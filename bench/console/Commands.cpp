@@ -22,11 +22,6 @@ Outcome failed(std::string error)
     return { Outcome::failed, std::move(error) };
 }
 
-Outcome ifTaken(bool taken, int appType)
-{
-    return taken ? Outcome {} : failed(std::string(appTypeName(appType)) + " does not run");
-}
-
 } // namespace
 
 Outcome Console::usageOf(const char* command)
@@ -165,72 +160,12 @@ Outcome Console::mcuFault(const Words& words)
     return {};
 }
 
-Outcome Console::program(const Words& words)
-{
-    if (words.size() < 3)
-        return usageOf("program");
-    const auto appType = findApp(words[1]);
-    if (appType == AppUnknown)
-        return failed("there is no program '" + words[1] + "'");
-    const auto& what = words[2];
-    auto& programs = unit.programs;
-    if ((what == "show" || what == "stop") && words.size() <= 4)
-    {
-        const auto named = findPage(words.size() == 4 ? words[3] : words[1]);
-        const auto page = named != NUM_OF_PAGES ? named : pageOfApp(appType)->page;
-        if ((words.size() == 4 && named == NUM_OF_PAGES) || pageInfo(page)->appType != appType)
-            return failed(std::string(appTypeName(appType)) + " has no page '" + words.back() + "'");
-        const auto error = what == "show" ? programs.requestPage(page) : programs.stopPage(page);
-        return error.empty() ? Outcome {} : failed(error);
-    }
-    if (what == "crash" && words.size() == 3)
-        return ifTaken(programs.crash(appType), appType);
-    if (what == "hang" && words.size() == 3)
-        return ifTaken(programs.hang(appType), appType);
-    if (what == "wake" && words.size() == 3)
-        return ifTaken(programs.wakeUp(appType), appType);
-    if (what == "exit" && words.size() == 3)
-        return ifTaken(programs.exit(appType), appType);
-    if (what == "silent" && (words.size() == 3 || (words.size() == 4 && words[3] == "off")))
-        return ifTaken(programs.setSilent(appType, words.size() == 3), appType);
-    if (what == "set" && words.size() == 5)
-    {
-        constexpr int highestSetting = 0xffff;
-        const auto setting = parseNumber(words[3], 0, highestSetting);
-        return setting ? ifTaken(programs.changeSetting(appType, *setting, words[4]), appType)
-                       : failed("'" + words[3] + "' is no setting's number");
-    }
-    if (what == "text" && words.size() == 5)
-        return ifTaken(programs.showOnRemote(appType, words[3], words[4]), appType);
-    if (what == "slow" && words.size() == 4)
-    {
-        const auto delay = words[3] == "off" ? std::chrono::milliseconds(0) : parseDuration(words[3]);
-        return delay ? ifTaken(programs.setSlow(appType, *delay), appType)
-                     : failed("'" + words[3] + "' is no time, for example 800ms, or off");
-    }
-    if ((what == "send" || what == "window") && words.size() >= 4 && words.size() <= 6)
-    {
-        std::array<int, 3> values {};
-        for (std::size_t i = 3; i < words.size(); ++i)
-        {
-            const auto number = parseNumber(words[i], std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
-            if (!number)
-                return failed("'" + words[i] + "' is no number");
-            values[i - 3] = *number;
-        }
-        const bool taken = what == "send" ? programs.sendMessage(appType, values[0], values[1], values[2])
-                                          : programs.sendWindowMessage(appType, values[0], values[1], values[2]);
-        return ifTaken(taken, appType);
-    }
-    return usageOf("program");
-}
-
 Outcome Console::usb(const Words& words)
 {
     const auto number = words.size() == 3 ? parseNumber(words[2], 1, Unit::usbCount) : std::optional(1);
-    if (words.size() < 2 || words.size() > 3 || !number || (words[1] != "plug" && words[1] != "unplug"))
+    if (words.size() < 2 || words.size() > 3 || !number || (words[1] != "in" && words[1] != "out"))
         return usageOf("usb");
-    const bool done = words[1] == "plug" ? unit.plugUsb(*number) : unit.unplugUsb(*number);
+    const bool done = words[1] == "in" ? unit.plugUsb(*number) : unit.unplugUsb(*number);
     return done ? Outcome {} : failed("the mount point cannot be changed");
 }
 

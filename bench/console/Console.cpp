@@ -1,4 +1,5 @@
 #include "bench/console/Console.h"
+#include "bench/Settings.h"
 
 #include <algorithm>
 #include <istream>
@@ -56,9 +57,12 @@ Words programWords(const Words& before)
     if (before.size() == 1)
         return joinedLists({ appNames(), pageNames() });
     if (before.size() == 2)
-        return { "show", "stop", "crash", "silent", "slow", "hang", "wake", "exit", "send", "window", "text", "set" };
+        return { "show", "stop", "crash",  "silent", "slow", "hang", "wake",
+                 "exit", "send", "window", "text",   "set",  "do" };
     if (before.size() == 3 && (before[2] == "show" || before[2] == "stop"))
         return pageNames();
+    if (before.size() == 3 && before[2] == "set")
+        return settingNames();
     if (before.size() == 3 && (before[2] == "silent" || before[2] == "slow"))
         return { "off" };
     return {};
@@ -159,14 +163,41 @@ std::span<const Console::Command> Console::commands()
           &Console::autotest, autotestWords },
         { "program",
           "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "
-          "send WHAT [ARG1 [ARG2]] | window MESSAGE [W [L]] | text LINE1 LINE2 | set SETTING VALUE",
+          "send WHAT [ARG1 [ARG2]] | window MESSAGE [W [L]] | text LINE1 LINE2 | set SETTING VALUE | do WORDS",
           "A source program: let it ask for a page or give it back, send a message to the engine (over the bus, or to "
           "its "
-          "window), write on the wired remote, change a setting, or misbehave.",
+          "window), write on the wired remote, change a setting, or misbehave. What it does by itself ('do'), it says "
+          "when asked for something else.",
           &Console::program, programWords },
-        { "usb", "usb plug|unplug [1-8]", "USB storage comes and goes.", &Console::usb,
+        { "menu", "menu PAGE", "A touch on a page of the main menu, which need not be in front.", &Console::menu,
+          [](const Words& before) { return oneOf(before, pageNames()); } },
+        { "set", "set SETTING VALUE", "A setting, by its name or number, as the setup program changes it.",
+          &Console::set, [](const Words& before) { return oneOf(before, settingNames()); } },
+        { "bt",
+          "bt connect [NAME] | disconnect | call [NAME] | hang-up | paired | link open|closed | pandora on|off | "
+          "signal N | battery N | audio | setup",
+          "What happens to the Bluetooth module, told by its program.", &Console::bluetooth,
+          [](const Words& before)
+          {
+              return oneOf(before, { "connect", "disconnect", "call", "hang-up", "paired", "link", "pandora", "signal",
+                                     "battery", "audio", "setup" });
+          } },
+        { "ipod", "ipod connect [analog|digital] | path analog|digital | disconnect | pandora on|off | restart",
+          "An iPod comes and goes, told by its program.", &Console::iPod,
+          [](const Words& before)
+          {
+              return before.size() == 2 ? Words { "analog", "digital", "on", "off" }
+                                        : oneOf(before, { "connect", "path", "disconnect", "pandora", "restart" });
+          } },
+        { "satellite", "satellite in | out | channel N | favourites N | favourite",
+          "The satellite tuner, told by its program.", &Console::satellite,
           [](const Words& before) {
-              return oneOf(before, { "plug", "unplug" });
+              return oneOf(before, { "in", "out", "channel", "favourites", "favourite" });
+          } },
+        { "unlock", "unlock CODE", "The code of the locked unit; the right one is 1234.", &Console::unlock, nothing },
+        { "usb", "usb in|out [1-8]", "USB storage comes and goes.", &Console::usb,
+          [](const Words& before) {
+              return oneOf(before, { "in", "out" });
           } },
         { "camera", "camera on|off", "The camera's picture signal.", &Console::camera,
           [](const Words& before) {
@@ -199,10 +230,14 @@ std::span<const Console::Command> Console::commands()
           } },
         { "battery", "battery VOLTS", "The supply voltage, as the microcontroller measures it.", &Console::battery,
           nothing },
-        { "panel", "panel lights|trigger on|off | dimmer 0-11",
-          "The boat's lights, the camera's trigger input, the dimmer of the panel.", &Console::panel,
+        { "lights", "lights on|off", "The boat's lights.", &Console::lights,
           [](const Words& before) {
-              return before.size() == 2 ? Words { "on", "off" } : oneOf(before, { "lights", "trigger", "dimmer" });
+              return oneOf(before, { "on", "off" });
+          } },
+        { "panel", "panel trigger on|off | dimmer 0-11", "The camera's trigger input, the dimmer of the panel.",
+          &Console::panel,
+          [](const Words& before) {
+              return before.size() == 2 ? Words { "on", "off" } : oneOf(before, { "trigger", "dimmer" });
           } },
         { "dsp",
           "dsp state | plot [FILE.png] | play IN.wav OUT.wav [OUTPUT]\n"

@@ -55,6 +55,12 @@ private:
     Outcome mcu(const Words& words);
     Outcome autotest(const Words& words);
     Outcome program(const Words& words);
+    Outcome menu(const Words& words);
+    Outcome bluetooth(const Words& words);
+    Outcome iPod(const Words& words);
+    Outcome satellite(const Words& words);
+    Outcome unlock(const Words& words);
+    Outcome set(const Words& words);
     Outcome usb(const Words& words);
     Outcome camera(const Words& words);
     Outcome engine(const Words& words);
@@ -66,6 +72,7 @@ private:
     Outcome rds(const Words& words);
     Outcome weather(const Words& words);
     Outcome battery(const Words& words);
+    Outcome lights(const Words& words);
     Outcome panel(const Words& words);
     Outcome dsp(const Words& words);
     Outcome log(const Words& words);

@@ -65,15 +65,22 @@ Outcome Console::battery(const Words& words)
     return {};
 }
 
+Outcome Console::lights(const Words& words)
+{
+    const auto on = onOff(words, 1);
+    if (!on)
+        return usageOf("lights");
+    unit.mcu.setLights(*on);
+    return {};
+}
+
 Outcome Console::panel(const Words& words)
 {
     const auto what = words.size() == 3 ? words[1] : std::string();
     constexpr int brightest = 11;
     if (const auto level = what == "dimmer" ? parseNumber(words[2], 0, brightest) : std::nullopt)
         unit.mcu.setDimmer(*level);
-    else if (const auto on = onOff(words, 2); on && what == "lights")
-        unit.mcu.setLights(*on);
-    else if (on && what == "trigger")
+    else if (const auto on = onOff(words, 2); on && what == "trigger")
         unit.mcu.setTrigger(*on);
     else
         return usageOf("panel");

@@ -58,7 +58,9 @@ public:
     virtual void onTouch(int page, int id) { juce::ignoreUnused(page, id); }
     /** What a favourite of this moment is called. */
     virtual juce::String favouriteLabel() const;
-    /** A favourite is to play. Its page is in front, or comes there. */
+    /** It is kept as this favourite, 1 to 16, from now on. */
+    virtual void favouriteStored(int favourite) { juce::ignoreUnused(favourite); }
+    /** A favourite is to play, 1 to 16. Its page is in front, or comes there. */
     virtual void playFavourite(int favourite) { juce::ignoreUnused(favourite); }
 
 protected:

@@ -3,6 +3,8 @@
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/Names.h"
+#include "bench/program/Describe.h"
+#include "bench/program/profiles/Profiles.h"
 #include "platform/Pubhead.h"
 #include "platform/Window.h"
 
@@ -21,55 +23,17 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr int menuPageChosen = 5;   ///< sub-code of RMSG_APP_EVENT
-constexpr int preparePowerOff = 3;  ///< first argument of RMSG_SXM_FAVOURITE
-constexpr int readyForPowerOff = 5; ///< sub-code of RMSG_SXM_EVENT
-
 /** First argument of the favourite messages. */
 enum FavouriteMode { storeFavourite = 0, playFavourite = 1, openFavourites = 2 };
-/** Settings of favourite 1 to 16, less its number. */
-constexpr int favouritePageSetting = 23;
-constexpr int favouriteLabelSetting = 39;
 /** Second argument of RMSG_SETTING_CHANGED. */
 constexpr int integerSetting = 1;
 constexpr int textSetting = 0;
-
-/** Menu command 12 of a window message, with its values. */
-constexpr int panelCommand = 12;
-constexpr int panelLouder = 0;
-constexpr int panelSofter = 1;
-
-/** What the page's source is tuned to. */
-juce::String stationOn(int page)
-{
-    switch (page)
-    {
-    case mbFM:
-        return "101.1";
-    case mbAM:
-        return "1000";
-    case mbWB:
-        return "3";
-    case mbSirius:
-        return "Channel 18";
-    default:
-        return pageName(page);
-    }
-}
+/** The engine stores a setting sooner than this, in milliseconds. */
+constexpr int settingStoredMs = 150;
 
 juce::String keyText(int key, int argument)
 {
     return Bench::keyName(key) + (argument != 0 ? " " + std::to_string(argument) : "");
-}
-
-juce::String describe(const AppCommandLine& line)
-{
-    const juce::String page = pageName(line.getPage());
-    if (line.isPageShow())
-        return "pageShow " + page;
-    if (line.isSourceEnter())
-        return "sourceEnter " + page + (line.isOnTop() ? " onTop" : "");
-    return (line.isPageHide() ? "pageHide " : "sourceExit ") + page + " for " + pageName(line.getOtherPage());
 }
 
 /** Runs it at this time of the millisecond counter, never before: the toolkit's timers may fire up to 100 ms early. */
@@ -87,6 +51,7 @@ void runAt(double time, const std::function<void()>& what)
 SourceProgram::SourceProgram(int ownType, Display& displayToUse)
     : appType(ownType)
     , display(displayToUse)
+    , profile(makeProfile(ownType, *this))
     , shownPage(NUM_OF_PAGES)
     , source(NUM_OF_PAGES)
 {
@@ -172,7 +137,7 @@ void SourceProgram::timerCallback()
 
 void SourceProgram::sayHello()
 {
-    answer(RMSG_APP_HELLO, appType);
+    send(RMSG_APP_HELLO, appType);
 }
 
 void SourceProgram::handle(const RemoteMessage& message)
@@ -183,53 +148,46 @@ void SourceProgram::handle(const RemoteMessage& message)
         sayHello();
         break;
     case RMSG_APP_HELLO_ACK:
-        report("connected");
+        report("connected", {});
+        profile->onConnected();
         break;
     case RMSG_HEARTBEAT:
-        report("heartbeat");
-        answer(RMSG_HEARTBEAT_REPLY, appType);
+        report("heartbeat", {});
+        send(RMSG_HEARTBEAT_REPLY, appType);
         break;
     case RMSG_COMMAND_LINE:
         onCommandLine(message.bundle);
         break;
     case RMSG_PAGE_SHOW:
         showPage(message.arg1);
-        answer(RMSG_PAGE_SHOW_READY, message.arg1);
+        send(RMSG_PAGE_SHOW_READY, message.arg1);
         break;
     case RMSG_PAGE_HIDE:
         hidePage(message.arg1, "hidden");
-        answer(RMSG_PAGE_HIDE_READY, message.arg1);
+        send(RMSG_PAGE_HIDE_READY, message.arg1);
         break;
     case RMSG_PAGE_COVERED:
         hidePage(message.arg1, "covered");
         break;
     case RMSG_SOURCE_STOP:
-        report("stop");
+        report("stop", {});
         quit();
         break;
     case RMSG_PAGE_NOTIFY:
         report("power-off", pageName(message.arg1));
-        answer(RMSG_STATE_TO_SYSTEM, message.arg1);
+        send(RMSG_STATE_TO_SYSTEM, message.arg1);
         break;
     case RMSG_KEY:
         report("key", keyText(message.arg1, message.arg2));
-        onKey(message.arg1);
+        profile->onKey(message.arg1);
         break;
-    case RMSG_SXM_FAVOURITE:
-        if (appType == AppSirius && message.arg1 == preparePowerOff)
-        {
-            report("prepares-power-off");
-            answer(RMSG_SXM_EVENT, readyForPowerOff);
-            break;
-        }
-        [[fallthrough]];
     case RMSG_FAVOURITE:
+    case RMSG_SXM_FAVOURITE:
     case RMSG_DAB_FAVOURITE:
-        onFavourite(message.arg1, message.arg2);
+        onFavourite(message);
         break;
     default:
-        report("message",
-               juce::String(message.what) + " " + juce::String(message.arg1) + " " + juce::String(message.arg2));
+        onOwnMessage(message);
         break;
     }
 }
@@ -247,46 +205,50 @@ void SourceProgram::onCommandLine(const Bundle::Ptr& bundle)
         display.setSource(source = line->getPage());
     if (line->isSourceExit() && line->getPage() == source)
         display.setSource(source = NUM_OF_PAGES);
+    profile->onCommandLine(*line);
+    if (const auto extra = line->getExtraData(); extra != nullptr)
+        if (const auto favourite = extra->getInt("Favourite", 0); favourite != 0)
+            profile->playFavourite(favourite);
     if (line->isFrontShow())
-        answer(RMSG_PAGE_REQUEST_SHOW, line->getPage());
+        send(RMSG_PAGE_REQUEST_SHOW, line->getPage());
     // The page stays on the screen until the next one is ready; this only says that the order has arrived.
     if (line->isPageHide() && line->getPage() == shownPage && shownPage != NUM_OF_PAGES)
     {
         reportPage("confirmed", shownPage);
-        answer(RMSG_PAGE_TOP_SHOWN, shownPage);
+        send(RMSG_PAGE_TOP_SHOWN, shownPage);
     }
 }
 
-void SourceProgram::onKey(int key)
+void SourceProgram::onOwnMessage(const RemoteMessage& message)
 {
-    // AUX has nothing to choose from: its rotary is the volume's.
-    if (appType == AppAuxIn && (key == KEY_ROTARY_NEXT || key == KEY_ROTARY_PRE))
-        postToWindow(RMSG_MENU_COMMAND_WINDOW, panelCommand, key == KEY_ROTARY_NEXT ? panelLouder : panelSofter);
+    report("message", describe(message));
+    profile->onMessage(message);
 }
 
-void SourceProgram::onFavourite(int mode, int favourite)
+void SourceProgram::onFavourite(const RemoteMessage& message)
 {
-    switch (mode)
+    const auto favourite = message.arg2;
+    const juce::String number(favourite);
+    switch (message.arg1)
     {
     case storeFavourite:
     {
-        const int page = source != NUM_OF_PAGES ? source : shownPage;
-        const auto label = stationOn(page);
-        answer(RMSG_SETTING_CHANGED, favouritePageSetting + favourite, integerSetting,
-               RemoteObjFormat::formatInt(page));
-        answer(RMSG_SETTING_CHANGED, favouriteLabelSetting + favourite, textSetting,
-               RemoteObjFormat::formatString(label));
-        report("favourite", "stored " + juce::String(favourite) + " " + label);
+        const auto label = profile->favouriteLabel();
+        changeSetting(favouritePageSetting + favourite, source != NUM_OF_PAGES ? source : shownPage);
+        changeSetting(favouriteLabelSetting + favourite, label);
+        profile->favouriteStored(favourite);
+        report("favourite", "stored " + number + " " + label);
         break;
     }
     case playFavourite:
-        report("favourite", "played " + juce::String(favourite));
+        report("favourite", "played " + number);
+        profile->playFavourite(favourite);
         break;
     case openFavourites:
-        report("favourite", "opened at " + juce::String(favourite));
+        report("favourite", "opened at " + number);
         break;
     default:
-        report("favourite", "mode " + juce::String(mode) + " " + juce::String(favourite));
+        onOwnMessage(message);
         break;
     }
 }
@@ -316,14 +278,18 @@ void SourceProgram::onOrder(const nlohmann::json& order)
     else if (name == "slow")
         delayMs = order.value("ms", 0);
     else if (name == "send")
-        answer(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
+        send(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
     else if (name == "window")
         postToWindow(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
     else if (name == "text")
         showOnRemote(juce::String::fromUTF8(order.value("line1", std::string()).c_str()),
                      juce::String::fromUTF8(order.value("line2", std::string()).c_str()));
+    else if (name == "set" && order.at("value").is_number_integer())
+        changeSetting(order.value("setting", 0), order.at("value").get<int>());
     else if (name == "set")
-        changeSetting(order);
+        changeSetting(order.value("setting", 0), juce::String::fromUTF8(order.at("value").get<std::string>().c_str()));
+    else if (name == "do")
+        onProfileOrder(order);
     else if (name == "exit")
         quit();
     else if (name == "hang")
@@ -337,15 +303,33 @@ void SourceProgram::onOrder(const nlohmann::json& order)
     }
 }
 
-void SourceProgram::changeSetting(const nlohmann::json& order)
+void SourceProgram::onProfileOrder(const nlohmann::json& order)
 {
-    const auto& value = order.at("value");
-    if (value.is_number_integer())
-        answer(RMSG_SETTING_CHANGED, order.value("setting", 0), integerSetting,
-               RemoteObjFormat::formatInt(value.get<int>()));
-    else
-        answer(RMSG_SETTING_CHANGED, order.value("setting", 0), textSetting,
-               RemoteObjFormat::formatString(juce::String::fromUTF8(value.get<std::string>().c_str())));
+    const auto text = juce::String::fromUTF8(order.value("words", std::string()).c_str());
+    const auto wrong = profile->onOrder(juce::StringArray::fromTokens(text, " ", ""));
+    report(wrong.empty() ? "did" : "refused", wrong.empty() ? text : juce::String(wrong));
+}
+
+void SourceProgram::changeSetting(int setting, int value)
+{
+    send(RMSG_SETTING_CHANGED, setting, integerSetting, RemoteObjFormat::formatInt(value));
+    settingChanges();
+}
+
+void SourceProgram::changeSetting(int setting, const juce::String& value)
+{
+    send(RMSG_SETTING_CHANGED, setting, textSetting, RemoteObjFormat::formatString(value));
+    settingChanges();
+}
+
+void SourceProgram::settingChanges()
+{
+    juce::Timer::callAfterDelay(settingStoredMs,
+                                [watched = std::weak_ptr<const bool>(alive), this]
+                                {
+                                    if (!watched.expired())
+                                        changed();
+                                });
 }
 
 void SourceProgram::showOnRemote(const juce::String& line1, const juce::String& line2)
@@ -355,7 +339,7 @@ void SourceProgram::showOnRemote(const juce::String& line1, const juce::String& 
     texts->putInt("pos1", 0);
     texts->putString("string2", line2);
     texts->putInt("pos2", 0);
-    answer(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
+    send(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
 }
 
 void SourceProgram::postToWindow(int message, int wParam, int lParam)
@@ -367,20 +351,20 @@ void SourceProgram::postToWindow(int message, int wParam, int lParam)
 void SourceProgram::choosePage(int page)
 {
     if (page == mbEQ)
-        answer(RMSG_EQ_PAGE_SHOW, 0);
+        send(RMSG_EQ_PAGE_SHOW, 0);
     else
-        answer(RMSG_APP_EVENT, menuPageChosen, page);
+        send(RMSG_APP_EVENT, menuPageChosen, page);
 }
 
 void SourceProgram::leavePage(int page)
 {
     if (page == mbEQ)
-        answer(RMSG_EQ_PAGE_HIDE, 0);
+        send(RMSG_EQ_PAGE_HIDE, 0);
     else
-        answer(RMSG_SOURCE_STOP, 0);
+        send(RMSG_SOURCE_STOP, 0);
 }
 
-void SourceProgram::answer(int what, int arg1, int arg2, Bundle::Ptr bundle)
+void SourceProgram::send(int what, int arg1, int arg2, Bundle::Ptr bundle)
 {
     if (silent)
         return;

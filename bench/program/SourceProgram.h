@@ -1,11 +1,9 @@
 #pragma once
 
 #include "bench/program/ControlChannel.h"
-#include "platform/CommandLine.h"
-#include "platform/Ipc.h"
+#include "bench/program/Profile.h"
 
 #include <juce_events/juce_events.h>
-#include <memory>
 
 namespace BenchProgram
 {
@@ -25,10 +23,11 @@ public:
 
 /**
     A source program as the engine sees it: says hello, asks for its pages, shows and hides them when told, answers the
-    heartbeat, confirms, and quits when its source is stopped or the engine stays away. On the bench's order it
-   misbehaves. Everything is done on the message thread; the channels' threads only hand over.
+    heartbeat, confirms, and quits when its source is stopped or the engine stays away. What it is about is its
+   profile's. On the bench's order it misbehaves. Everything is done on the message thread; the channels' threads only
+   hand over.
 */
-class SourceProgram : private Platform::IMsgProc, private juce::Timer
+class SourceProgram : private Platform::IMsgProc, private Host, private juce::Timer
 {
 public:
     SourceProgram(int ownType, Display& displayToUse);
@@ -40,6 +39,8 @@ public:
     // What the user does in the page.
     void choosePage(int page);
     void leavePage(int page);
+    void touch(int page, int id) { profile->onTouch(page, id); }
+    PageContent content(int page) const { return profile->content(page); }
 
     static constexpr int engineAwayLimitMs = 10'000;
 
@@ -57,15 +58,23 @@ private:
     void showPage(int page);
     void hidePage(int page, const char* change);
     void sayHello();
-    /** To the engine, unless the bench wants this program silent; later when it wants it slow. */
-    void answer(int what, int arg1, int arg2 = 0, Platform::Bundle::Ptr bundle = nullptr);
     /** The program writes down what it plays, or plays what was written down. */
-    void onFavourite(int mode, int favourite);
-    void onKey(int key);
-    void changeSetting(const nlohmann::json& order);
+    void onFavourite(const Platform::RemoteMessage& message);
+    void onOwnMessage(const Platform::RemoteMessage& message);
+    /** "did ..." or "refused ..." tells the bench what became of it. */
+    void onProfileOrder(const nlohmann::json& order);
+
+    void send(int what, int arg1, int arg2 = 0, Platform::Bundle::Ptr bundle = nullptr) override;
+    void changeSetting(int setting, int value) override;
+    void changeSetting(int setting, const juce::String& value) override;
+    void postToWindow(int message, int wParam, int lParam) override;
+    void report(const char* event, const juce::String& detail) override;
+    void changed() override { display.contentChanged(); }
+    int getSource() const override { return source; }
+
     void showOnRemote(const juce::String& line1, const juce::String& line2);
-    void postToWindow(int message, int wParam, int lParam);
-    void report(const char* event, const juce::String& detail = {});
+    /** What the pages show of the setting is true when the engine has stored it. */
+    void settingChanges();
     void reportPage(const char* event, int page);
     void quit();
     /** Runs it on the message thread while this object lives. */
@@ -73,6 +82,7 @@ private:
 
     const int appType;
     Display& display;
+    const std::unique_ptr<Profile> profile;
     ControlChannel control;
     Platform::MsgSession session;
     int shownPage;

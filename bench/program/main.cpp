@@ -2,6 +2,7 @@
 #include "bench/Names.h"
 #include "bench/program/PageView.h"
 #include "bench/program/SourceProgram.h"
+#include "platform/Configuration.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
@@ -16,6 +17,23 @@ std::string environmentValue(const char* name)
 {
     const auto* value = std::getenv(name);
     return value != nullptr ? value : "";
+}
+
+/** The unit's own configuration is beside the control socket; without a unit it is the one that a unit begins with. */
+void readConfiguration(const std::filesystem::path& control, const std::filesystem::path& startedAs)
+{
+    auto& configuration = Platform::Configuration::get();
+    const auto ofUnit = control.parent_path() / "engine.toml";
+    std::error_code ignored;
+    if (!control.empty() && std::filesystem::exists(ofUnit, ignored))
+    {
+        if (const auto error = Platform::Configuration::load(ofUnit.string()); !error.empty())
+            std::cerr << error << "\n";
+        return;
+    }
+    const auto own = std::filesystem::temp_directory_path(ignored) / ("headunit-page-" + std::to_string(::getpid()));
+    configuration.systemPath = own.string() + "/";
+    configuration.resourcePath = (startedAs.parent_path().parent_path() / "resources").string() + "/";
 }
 
 /** The bench's control socket: as it says itself, else beside the folder that this program was started from. */
@@ -55,6 +73,8 @@ public:
         view = std::make_unique<BenchProgram::PageView>(Platform::IPCMsg::MessageHelper::getDestName(start.appType),
                                                         draws);
         program = std::make_unique<BenchProgram::SourceProgram>(start.appType, *view);
+        view->content = [this](int page) { return program->content(page); };
+        view->touched = [this](int page, int id) { program->touch(page, id); };
         view->chosen = [this](int page) { program->choosePage(page); };
         view->left = [this](int page) { program->leavePage(page); };
         if (start.pageAlone == Pubhead::NUM_OF_PAGES)
@@ -103,6 +123,7 @@ int main(int argc, char** argv)
         return 2;
     }
     start.control = controlPath(startedAs);
+    readConfiguration(start.pageAlone == Pubhead::NUM_OF_PAGES ? start.control : "", startedAs);
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return new ProgramApplication(); };
     return juce::JUCEApplicationBase::main(argc, const_cast<const char**>(argv));
 }

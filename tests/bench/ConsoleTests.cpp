@@ -205,7 +205,7 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
                               "program nobody crash",
                               "program radio crash",
                               "program eq show fm",
-                              "usb plug 9",
+                              "usb in 9",
                               "camera maybe",
                               "engine fly",
                               "dsp sing",

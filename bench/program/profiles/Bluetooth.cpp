@@ -1,0 +1,204 @@
+// Bluetooth: the module, the phone that is connected to it, and the link over which that phone plays.
+#include "EngineApi/KeyCodes.h"
+#include "EngineApi/RemoteMessageIds.h"
+#include "bench/program/profiles/Profiles.h"
+#include "platform/Pubhead.h"
+#include "platform/SetupStore.h"
+
+namespace BenchProgram
+{
+
+using namespace EngineApi;
+using namespace Pubhead;
+
+namespace
+{
+
+/** Sub-codes of RMSG_BT_STATE. */
+enum State : int {
+    moduleState = 1,
+    callState = 2,
+    signalState = 3,
+    batteryState = 4,
+    pairedListState = 7,
+    sppState = 8,
+    pandoraState = 9,
+    wantsSetup = 13,
+    wantsAudioPage = 15
+};
+enum ModuleState : int { disconnected = 1, connected = 2 };
+enum CallState : int { calling = 8, moduleOn = 9 };
+enum LinkState : int { linkOpen = 0, linkClosed = 1 };
+
+/** First argument of RMSG_BT_CONTROL. */
+enum Control : int { switchOff = 2, switchOn = 7 };
+/** Of RMSG_BT_LINK; the link is asked for in the lower half of the second argument. */
+constexpr int linkRequest = 1;
+enum LinkRequest : int { openLink = 1, closeLink = 5 };
+
+constexpr int bluetoothSetting = 7;
+constexpr int deviceNameSetting = 1039;
+
+const juce::StringArray knownPhones { "Skipper's phone", "Galley tablet" };
+enum ButtonId : int { disconnectButton = 100, hangUpButton = 101, audioButton = 102 };
+
+class BluetoothProfile : public Profile
+{
+public:
+    using Profile::Profile;
+
+    void onCommandLine(const Platform::AppCommandLine& line) override
+    {
+        const auto extra = line.getExtraData();
+        deviceList = extra != nullptr && extra->getBool("gotodevicelist", false);
+    }
+
+    void onMessage(const Platform::RemoteMessage& message) override
+    {
+        if (message.what == RMSG_BT_CONTROL && message.arg1 == switchOn)
+            host.send(RMSG_BT_STATE, callState, moduleOn);
+        else if (message.what == RMSG_BT_CONTROL && message.arg1 == switchOff)
+            disconnect();
+        else if (message.what == RMSG_BT_LINK && message.arg1 == linkRequest)
+            onLinkRequest(message.arg2 & 0xffff);
+        else if (message.what == RMSG_FACTORY_RESET)
+            disconnect();
+        host.changed();
+    }
+
+    void onKey(int key) override
+    {
+        if (songs.onKey(key))
+            host.changed();
+    }
+
+    PageContent content(int page) const override
+    {
+        auto content = plainContent(page, host.getSource());
+        if (page == mbBTAudio && phone.isNotEmpty())
+        {
+            content.title = songs.title();
+            content.status = phone;
+            content.detail = songs.isPaused() ? "Paused" : "";
+            return content;
+        }
+        content.status = phone.isEmpty() ? "No phone is connected" : phone;
+        if (caller.isNotEmpty())
+        {
+            content.title = caller;
+            content.status = "Incoming call, " + phone;
+            content.buttons = { { hangUpButton, "Hang up" } };
+        }
+        else if (phone.isEmpty() || deviceList)
+            for (int i = 0; i < knownPhones.size(); ++i)
+                content.rows.push_back(
+                    { i, knownPhones[i], knownPhones[i] == phone ? "Connected" : "", knownPhones[i] == phone });
+        else
+            content.buttons = { { audioButton, "Music" }, { disconnectButton, "Disconnect" } };
+        return content;
+    }
+
+    void onTouch(int, int id) override
+    {
+        if (id == disconnectButton)
+            disconnect();
+        else if (id == hangUpButton)
+            hangUp();
+        else if (id == audioButton)
+            host.send(RMSG_BT_STATE, wantsAudioPage);
+        else
+            connect(knownPhones[id]);
+    }
+
+    std::string onOrder(const juce::StringArray& words) override
+    {
+        const auto& what = words[0];
+        const auto rest = juce::StringArray(words.begin() + 1, words.size() - 1).joinIntoString(" ");
+        if (what == "connect")
+            connect(rest.isNotEmpty() ? rest : knownPhones[0]);
+        else if (what == "disconnect" && rest.isEmpty())
+            disconnect();
+        else if (what == "call" && phone.isNotEmpty())
+            call(rest.isNotEmpty() ? rest : juce::String("Marina office"));
+        else if (what == "hang-up" && rest.isEmpty())
+            hangUp();
+        else if (what == "paired" && rest.isEmpty())
+            host.send(RMSG_BT_STATE, pairedListState);
+        else if (what == "link" && (rest == "open" || rest == "closed"))
+            setLink(rest == "open");
+        else if (what == "pandora" && (rest == "on" || rest == "off"))
+            host.send(RMSG_BT_STATE, pandoraState, rest == "on" ? linkOpen : linkClosed);
+        else if ((what == "signal" || what == "battery") && rest.containsOnly("0123456789") && rest.isNotEmpty())
+            host.send(RMSG_BT_STATE, what == "signal" ? signalState : batteryState, rest.getIntValue());
+        else if (what == "audio" && rest.isEmpty())
+            host.send(RMSG_BT_STATE, wantsAudioPage);
+        else if (what == "setup" && rest.isEmpty())
+            host.send(RMSG_BT_STATE, wantsSetup);
+        else
+            return "connect [NAME], disconnect, call [NAME] (needs a phone), hang-up, paired, link open|closed, "
+                   "pandora "
+                   "on|off, signal N, battery N, audio, setup";
+        return {};
+    }
+
+private:
+    juce::String phone;  ///< that is connected
+    juce::String caller; ///< while a call comes in
+    bool deviceList = false;
+    Playlist songs { { "Evening Tide", "Northern Light", "Slack Water" } };
+
+    void connect(const juce::String& name)
+    {
+        if (Platform::VX_GetSetupValueInt(bluetoothSetting) == 0)
+            return host.report("bluetooth", "off");
+        phone = name;
+        deviceList = false;
+        host.send(RMSG_BT_STATE, moduleState, connected);
+        host.changeSetting(deviceNameSetting, name);
+        host.changed();
+    }
+
+    void disconnect()
+    {
+        if (phone.isEmpty())
+            return;
+        phone.clear();
+        caller.clear();
+        host.send(RMSG_BT_STATE, moduleState, disconnected);
+        host.changed();
+    }
+
+    void call(const juce::String& who)
+    {
+        caller = who;
+        host.send(RMSG_BT_STATE, callState, calling);
+        host.changed();
+    }
+
+    /** The screen goes back to what plays. */
+    void hangUp()
+    {
+        caller.clear();
+        host.postToWindow(RMSG_MENU_COMMAND_WINDOW, sourceCommand, 0);
+        host.changed();
+    }
+
+    void onLinkRequest(int request)
+    {
+        if (request == openLink && phone.isNotEmpty())
+            setLink(true);
+        else if (request == closeLink)
+            setLink(false);
+    }
+
+    void setLink(bool open) { host.send(RMSG_BT_STATE, sppState, open ? linkOpen : linkClosed); }
+};
+
+} // namespace
+
+std::unique_ptr<Profile> makeBluetoothProfile(Host& host)
+{
+    return std::make_unique<BluetoothProfile>(host);
+}
+
+} // namespace BenchProgram
