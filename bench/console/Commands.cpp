@@ -274,6 +274,27 @@ Outcome Console::mark(const Words& words)
     return {};
 }
 
+Outcome Console::transcript(const Words& words)
+{
+    if (words.size() < 2)
+        return usageOf("transcript");
+    if (chosenSections)
+        return failed("the transcript's sections have been chosen already");
+    TranscriptSections sections;
+    for (auto word = words.begin() + 1; word != words.end(); ++word)
+    {
+        const auto appType = findApp(*word);
+        if (*word == "mcu")
+            sections.mcu = true;
+        else if (appType != AppUnknown)
+            sections.programs.insert(appType);
+        else
+            return failed("there is no program '" + *word + "'");
+    }
+    chosenSections = sections;
+    return {};
+}
+
 Outcome Console::say(const Words& words)
 {
     std::string text;

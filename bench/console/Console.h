@@ -3,6 +3,7 @@
 #include "bench/Unit.h"
 #include "bench/console/Expect.h"
 #include "bench/console/Style.h"
+#include "bench/console/Transcript.h"
 
 #include <iosfwd>
 
@@ -36,6 +37,8 @@ public:
     /** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded.
      */
     bool runScript(std::istream& script, const std::string& name);
+    /** Those that the script has chosen, else all. */
+    TranscriptSections transcriptSections() const { return chosenSections.value_or(TranscriptSections::all()); }
     /** One line: what the unit is doing. */
     std::string promptState() const;
     /** Words that may come next, each a whole word. */
@@ -51,6 +54,7 @@ private:
     std::uint64_t headline = 0; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
     Clock::time_point nextKey; ///< not earlier
+    std::optional<TranscriptSections> chosenSections;
 
     Outcome mcu(const Words& words);
     Outcome autotest(const Words& words);
@@ -83,6 +87,7 @@ private:
     Outcome expect(const Words& words);
     Outcome expectOrder(const Words& words, std::chrono::milliseconds limit);
     Outcome mark(const Words& words);
+    Outcome transcript(const Words& words);
     Outcome say(const Words& words);
     Outcome pause(const Words& words);
     Outcome help(const Words& words);

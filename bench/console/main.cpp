@@ -141,6 +141,26 @@ void converse(Console& console, const Style& style, const Journal& journal)
     }
 }
 
+/** Compares what the unit has sent with the transcript in this file, or keeps it there. Empty on success. */
+std::string checkTranscript(Unit& unit, const TranscriptSections& sections, const std::string& path)
+{
+    // What is still on its way when the script ends belongs to the run.
+    unit.engine.stop();
+    unit.programs.stop();
+    if (const auto forgotten = unit.journal.forgotten(); forgotten > 0)
+        return "no transcript: of so long a run the first " + std::to_string(forgotten) + " events are forgotten";
+    const auto events = unit.journal.find(0, Journal::capacity, [](const Event&) { return true; });
+    const auto seen = composeTranscript(events, sections);
+    if (std::getenv("HEADUNIT_BLESS") != nullptr)
+        return std::ofstream(path, std::ios::binary) << seen << std::flush ? "" : path + ": cannot be written";
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        return path + ": cannot be read";
+    const std::string kept { std::istreambuf_iterator(file), {} };
+    const auto difference = transcriptDifference(kept, seen);
+    return difference.empty() ? "" : path + ", " + difference + "\n./test --bless keeps what is new";
+}
+
 std::string tourFile()
 {
     const auto resources = std::filesystem::path(Unit::Options::besideThisProgram().resources);
@@ -152,11 +172,14 @@ std::string tourFile()
 int main(int argc, char** argv)
 {
     auto options = Unit::Options::besideThisProgram();
-    std::string script;
+    std::string script, transcript;
     bool tour = false, console = false, noDisplay = false, noEngine = false;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
     app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
         ->check(CLI::ExistingFile);
+    app.add_option("--transcript", transcript,
+                   "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it")
+        ->needs("--script");
     app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
     app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
     app.add_flag("--keep", options.keepFolder, "Keep the unit's folder (configuration, settings, log)");
@@ -200,7 +223,13 @@ int main(int argc, char** argv)
     {
         std::ifstream file(script);
         const auto name = std::filesystem::path(script).filename().string();
-        const auto succeeded = commands.runScript(file, name);
+        bool succeeded = commands.runScript(file, name);
+        if (succeeded && !transcript.empty())
+            if (error = checkTranscript(unit, commands.transcriptSections(), transcript); !error.empty())
+            {
+                succeeded = false;
+                std::cout << style.bad("✗ " + error) << "\n";
+            }
         status = succeeded ? 0 : 1;
         std::cout << "\n" << (succeeded ? style.good("✓ " + name + " passed.") : style.bad("✗ " + name + " failed."));
         std::cout << style.dim(succeeded            ? "  Drive it yourself: headunit-bench, then help."

@@ -218,6 +218,8 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
                               "dsp fail crc twice",
                               "log tail 0",
                               "pause long",
+                              "transcript",
+                              "transcript mcu nobody",
                               "expect",
                               "frobnicate",
                               "say \"x" })
@@ -256,6 +258,15 @@ TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
     EXPECT_FALSE(console.runScript(script, "x.scenario"));
     EXPECT_THAT(output.str(), HasSubstr("x.scenario:3"));
     EXPECT_THAT(output.str(), testing::Not(HasSubstr("not reached")));
+}
+
+TEST_F(ConsoleCommands, chooseTheTranscriptOnce)
+{
+    EXPECT_EQ(console.transcriptSections().programs.size(), allApps().size());
+    EXPECT_EQ(console.run("transcript radio eq").error, "");
+    EXPECT_FALSE(console.transcriptSections().mcu);
+    EXPECT_EQ(console.transcriptSections().programs, (std::set<int> { Pubhead::AppRadio, Pubhead::AppEQ }));
+    EXPECT_EQ(console.run("transcript mcu").kind, Outcome::failed);
 }
 
 TEST_F(ConsoleCommands, completesWhatMayFollow)

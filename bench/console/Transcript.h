@@ -1,0 +1,29 @@
+#pragma once
+
+#include "bench/Journal.h"
+
+#include <set>
+
+namespace Bench
+{
+
+/** The sections that a transcript is to have. */
+struct TranscriptSections
+{
+    bool mcu = false;
+    std::set<int> programs; ///< application types
+    static TranscriptSections all();
+};
+
+/**
+    What the unit sent during a run, one line each: to the microcontroller, then to each program that received anything.
+    Every section has an order of its own, so that the same run gives the same text although its streams race; pages are
+    apart, as who shows them does not wait for who sends messages. Left out is what a clock sends and what a program
+    says of itself.
+*/
+std::string composeTranscript(const std::vector<Event>& events, const TranscriptSections& sections);
+
+/** Empty when they are the same, else the first line that differs with a few around it. */
+std::string transcriptDifference(const std::string& kept, const std::string& seen);
+
+} // namespace Bench
