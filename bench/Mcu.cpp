@@ -367,6 +367,7 @@ void Mcu::act(const McuFrame& frame)
         current.agreed = false;
         sendLater(sourceSwitch, { static_cast<std::uint8_t>(current.lastMemory.type),
                                   static_cast<std::uint8_t>(current.lastMemory.number) });
+        reportSupply();
         break;
     case sourceSwitch:
         if (source)

@@ -119,6 +119,18 @@ const PageInfo* pageInfo(int page)
     return found != pageTable.end() ? &*found : nullptr;
 }
 
+bool isRearZone(int page)
+{
+    return page == mbReariPod || page == mbRearAV1 || page == mbRearAV2;
+}
+
+bool isOnlyPage(int page)
+{
+    const auto* info = pageInfo(page);
+    return info != nullptr && std::count_if(pageTable.begin(), pageTable.end(),
+                                            [&](auto& other) { return other.appType == info->appType; }) == 1;
+}
+
 const PageInfo* pageOfApp(int appType)
 {
     const auto found =

@@ -24,6 +24,9 @@ struct PageInfo
 /** The 23 pages that have a program. */
 std::span<const PageInfo> allPages();
 const PageInfo* pageInfo(int page);
+bool isRearZone(int page);
+/** Whether its program has no other page. */
+bool isOnlyPage(int page);
 /** The first page of a program. */
 const PageInfo* pageOfApp(int appType);
 /** By the page's name (mbFM) or a short form (fm); NUM_OF_PAGES when there is none. */

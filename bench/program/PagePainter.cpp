@@ -1,5 +1,6 @@
 #include "bench/program/PagePainter.h"
 
+#include "bench/Names.h"
 #include "bench/program/CameraScene.h"
 #include "bench/program/PageIcons.h"
 #include "platform/Pubhead.h"
@@ -24,11 +25,6 @@ constexpr float narrowest = 0.85f;
 juce::Font font(float size, bool bold = false)
 {
     return juce::Font("DejaVu Sans", size, bold ? juce::Font::bold : juce::Font::plain);
-}
-
-bool isRearZone(int page)
-{
-    return page == mbReariPod || page == mbRearAV1 || page == mbRearAV2;
 }
 
 } // namespace
@@ -85,7 +81,7 @@ void PagePainter::paintTopBar()
     const auto bar = Area(PageLayout::width, PageLayout::topBarHeight).reduced(PageLayout::margin, 0);
     g.setFont(font(19.0f));
     g.setColour(ink(0.62f));
-    write(isRearZone(frame.page) ? "Rear zone" : "Front zone", bar, left);
+    write(Bench::isRearZone(frame.page) ? "Rear zone" : "Front zone", bar, left);
     g.setColour(ink(0.85f));
     write(frame.clock, bar, right);
 }

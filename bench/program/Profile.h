@@ -58,6 +58,8 @@ public:
     virtual void onTouch(int page, int id) { juce::ignoreUnused(page, id); }
     /** What a favourite of this moment is called. */
     virtual juce::String favouriteLabel() const;
+    /** The unit leaves it to the program to open the favourites. */
+    virtual void openFavourites() {}
     /** It is kept as this favourite, 1 to 16, from now on. */
     virtual void favouriteStored(int favourite) { juce::ignoreUnused(favourite); }
     /** A favourite is to play, 1 to 16. Its page is in front, or comes there. */

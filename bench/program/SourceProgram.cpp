@@ -246,6 +246,7 @@ void SourceProgram::onFavourite(const RemoteMessage& message)
         break;
     case openFavourites:
         report("favourite", "opened at " + number);
+        profile->openFavourites();
         break;
     default:
         onOwnMessage(message);
@@ -360,8 +361,12 @@ void SourceProgram::leavePage(int page)
 {
     if (page == mbEQ)
         send(RMSG_EQ_PAGE_HIDE, 0);
-    else
+    else if (page == mbBTPhone)
+        postToWindow(RMSG_MENU_COMMAND_WINDOW, sourceCommand, 0);
+    else if (Bench::isOnlyPage(page))
         send(RMSG_SOURCE_STOP, 0);
+    else
+        send(RMSG_APP_EVENT, menuPageChosen, Bench::isRearZone(page) ? mbRearOff : mbAVOff);
 }
 
 void SourceProgram::send(int what, int arg1, int arg2, Bundle::Ptr bundle)

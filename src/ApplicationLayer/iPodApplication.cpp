@@ -1,13 +1,17 @@
 #include "ApplicationLayer/iPodApplication.h"
 
 #include "EngineApi/Pages.h"
-#include "EngineApi/Remote.h"
+#include "EngineApi/Provided.h"
+#include "EngineApi/Programs.h"
 #include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
+#include "dsp/AudioServices.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "platform/Logger.h"
+
+#include <utility>
 
 namespace ApplicationLayer
 {
@@ -110,10 +114,12 @@ void iPodApplication::initialize()
     ApplicationTask::initialize();
     addDeviceStateListener(this);
     addSettingListener(this);
+    addConnectListener(this);
 }
 
 void iPodApplication::onRelease()
 {
+    removeConnectListener(this);
     removeSettingListener(this);
     removeDeviceStateListener(this);
     ApplicationTask::onRelease();
@@ -136,6 +142,12 @@ void iPodApplication::onSettingChanged(int, int)
         setDeviceState(pandoraOniPod, false);
 }
 
+void iPodApplication::onAppConnectState(int appType, int state)
+{
+    if (appType == AppiPod && state == kDisconnect)
+        Kernel::postSystemMessage(Kernel::iPodApplicationId, msgProgramGone, 0, 0);
+}
+
 void iPodApplication::handleOwnMessage(const Kernel::SystemMessage& message)
 {
     switch (message.id)
@@ -150,6 +162,8 @@ void iPodApplication::handleOwnMessage(const Kernel::SystemMessage& message)
         if (getDeviceState(pandoraOniPod) && getNormalSource() == mbUSBAudio)
             requestShowPage(mbiPodPandora, true);
         return;
+    case msgProgramGone:
+        return programGone();
     default:
         return;
     }
@@ -179,12 +193,19 @@ void iPodApplication::fromProgram(const Platform::RemoteMessage& message)
 
 void iPodApplication::audioPath(juce::int32 path)
 {
+    const int page = getNormalSource();
+    const int channelBefore = getAudioChannel(page);
     const bool isNew = !connection->connected.exchange(true);
     const bool changes = connection->analogAudio ? path == digitalPath : path == analogPath;
     if (changes)
         connection->analogAudio = path == analogPath;
-    if ((changes || isNew) && isSource(SRC_IPOD))
-        requestPageState(getNormalSource(), AppAction::ToPlay, true);
+    if (!(changes || isNew) || !isSource(SRC_IPOD))
+        return;
+    requestPageState(page, AppAction::ToPlay, true);
+    // The source stays the same, so nobody else tells the DSP.
+    const int channel = getAudioChannel(page);
+    if (auto* chips = Provided<ChipManager>::get(); chips != nullptr && channel != channelBefore)
+        chips->getACService().changeSource(channel);
 }
 
 void iPodApplication::deviceEvent(juce::int32 what, juce::int32 value)
@@ -200,11 +221,21 @@ void iPodApplication::deviceEvent(juce::int32 what, juce::int32 value)
     case detached:
         return deviceDetached(value == 0);
     case restartProgram:
+        // Its end is only noticed later, and until then it would count as running.
+        restarting = true;
         terminateProgram(AppiPod);
-        return launchBackProgram(mbiPodAudio);
+        if (getAppState(AppiPod) == kDisconnect)
+            programGone();
+        return;
     default:
         return;
     }
+}
+
+void iPodApplication::programGone()
+{
+    if (std::exchange(restarting, false))
+        launchBackProgram(mbiPodAudio);
 }
 
 void iPodApplication::deviceAttached()

@@ -2,6 +2,7 @@
 
 #include "ApplicationLayer/ApplicationTask.h"
 #include "EngineApi/DeviceStatus.h"
+#include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
 
 #include <atomic>
@@ -65,7 +66,8 @@ public:
 /** The iPod program and the Pandora program: follows what is connected and which way its sound takes. */
 class iPodApplication : public ApplicationTask,
                         private EngineApi::DeviceStateInterface,
-                        private EngineApi::SettingDataChangeListener
+                        private EngineApi::SettingDataChangeListener,
+                        private EngineApi::AppConnectStateInterface
 {
 public:
     iPodApplication();
@@ -78,21 +80,28 @@ private:
 
     /** To itself: Pandora on the iPod came or went. */
     static constexpr juce::int32 msgPandoraChanged = 1;
+    /** To itself: the iPod program's process has ended. */
+    static constexpr juce::int32 msgProgramGone = 2;
 
     /** The device status manager's thread; goes on on the application's. */
     void onDeviceStateChanged(int kind) override;
     /** The data manager's thread. */
     void onSettingChanged(int index, int origin) override;
     bool acceptsKey(int index, int origin) override;
+    /** The programs' monitor's thread; goes on on the application's. */
+    void onAppConnectState(int appType, int state) override;
 
     void fromProgram(const Platform::RemoteMessage& message);
     void audioPath(juce::int32 path);
     void deviceEvent(juce::int32 what, juce::int32 value);
+    /** Starts it anew when that was asked for. */
+    void programGone();
     void deviceAttached();
     void deviceAuthenticated(bool succeeded) const;
     void deviceDetached(bool unexpected);
 
     const std::shared_ptr<iPodConnection> connection;
+    bool restarting = false; ///< as soon as its program has ended
 };
 
 } // namespace ApplicationLayer

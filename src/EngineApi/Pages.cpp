@@ -41,6 +41,19 @@ int getSource(int page)
     return fromConfig(page, &EngineLayer::PageScheduleConfig::source, std::int32_t { EngineLayer::NUM_OF_SOURCES });
 }
 
+int getAudioChannel(int page)
+{
+    const auto handler = getHandler(page);
+    EngineLayer::ScheduleInfo info;
+    info.audioChannel = noAudioChannel;
+    if (handler != nullptr)
+    {
+        info.audioChannel = handler->getConfig().audioChannel;
+        handler->adjustScheduleInfo(info);
+    }
+    return info.audioChannel;
+}
+
 int appTypeOfPage(int page)
 {
     return fromConfig(page, &EngineLayer::PageScheduleConfig::appType, std::int32_t { Pubhead::AppUnknown });

@@ -357,10 +357,9 @@ void DeviceStatusManager::sourceChanged()
     const int page = EngineApi::getLastNormalSource();
     const auto [type, number] = policy().mcuSourceForPage(page);
     const McuSource source { type, number };
-    const auto handler = EngineApi::getHandler(page);
     auto* chip = Provided<ChipManager>::get();
-    if (handler != nullptr && chip != nullptr)
-        chip->getACService().changeSource(handler->getConfig().audioChannel);
+    if (EngineApi::getHandler(page) != nullptr && chip != nullptr)
+        chip->getACService().changeSource(EngineApi::getAudioChannel(page));
     switch (agreement.unitSwitchedTo(source))
     {
     case SourceAgreement::Report::ask:

@@ -71,9 +71,12 @@ TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
     EXPECT_EQ(channelOf(mbiPodAudio), eAudioAux2);
     EXPECT_EQ(channelOf(mbiPodVideo), eAudioAux2);
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
+    EXPECT_THAT(audio.calls, ElementsAre("source " + std::to_string(eAudioAux2)));
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 2);
     EXPECT_THAT(requests(), IsEmpty()) << "nothing new";
+    EXPECT_EQ(audio.calls.size(), 1u);
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 1);
+    EXPECT_EQ(audio.calls.back(), "source " + std::to_string(eAudioWince));
     EXPECT_EQ(channelOf(mbiPodAudio), eAudioWince);
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
     iPodSays(RMSG_IPOD_AUDIO_PATH, 2, 2);

@@ -81,6 +81,8 @@ public:
 
     juce::String favouriteLabel() const override { return "Channel " + juce::String(firstChannel + channel); }
 
+    void openFavourites() override { host.send(RMSG_SXM_EVENT, favouriteShown); }
+
     void favouriteStored(int favourite) override
     {
         host.send(RMSG_SXM_EVENT, favouritesStored, std::max(favourite, storedFavourites()));
