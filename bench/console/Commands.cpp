@@ -286,6 +286,8 @@ Outcome Console::transcript(const Words& words)
         const auto appType = findApp(*word);
         if (*word == "mcu")
             sections.mcu = true;
+        else if (*word == "devices")
+            sections.devices = true;
         else if (appType != AppUnknown)
             sections.programs.insert(appType);
         else

@@ -267,12 +267,12 @@ std::span<const Console::Command> Console::commands()
           "The whole unit at a glance, drawn again and again until a key is pressed; once when nobody watches.",
           &Console::watch, nothing },
         { "mark", "mark", "From here on, expect looks only at what comes now.", &Console::mark, nothing },
-        { "transcript", "transcript mcu|PROGRAM...",
+        { "transcript", "transcript mcu|devices|PROGRAM...",
           "Chooses, once in a script, whose part of what the unit sends the run's transcript holds; else it holds all. "
           "--transcript compares it with the one that is kept.",
           &Console::transcript,
           [](const Words&) {
-              return joinedLists({ { "mcu" }, appNames() });
+              return joinedLists({ { "mcu", "devices" }, appNames() });
           } },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
         { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },

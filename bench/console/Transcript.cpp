@@ -32,9 +32,17 @@ bool isSentByClock(const std::string& line, const Lines& before)
 /** What happens to a program or what it does itself, by its first word: nothing that it was sent. */
 bool isOfProgramItself(const std::string& text)
 {
-    constexpr std::array<std::string_view, 7> words {
-        "running", "started", "connected", "gone", "told", "refused", "window-message-failed"
-    };
+    constexpr std::array<std::string_view, 11> words { "running",
+                                                       "started",
+                                                       "connected",
+                                                       "gone",
+                                                       "did",
+                                                       "refused",
+                                                       "plays",
+                                                       "channel",
+                                                       "code",
+                                                       "bluetooth",
+                                                       "window-message-failed" };
     return std::ranges::find(words, std::string_view(text).substr(0, text.find(' '))) != words.end();
 }
 
@@ -60,7 +68,7 @@ Lines linesOf(const std::string& text)
 TranscriptSections TranscriptSections::all()
 {
     const auto programs = allApps();
-    return { true, { programs.begin(), programs.end() } };
+    return { true, true, { programs.begin(), programs.end() } };
 }
 
 std::string composeTranscript(const std::vector<Event>& events, const TranscriptSections& sections)
@@ -69,7 +77,8 @@ std::string composeTranscript(const std::vector<Event>& events, const Transcript
     {
         Lines messages, pages;
     };
-    Lines toMcu;
+    // What is plugged in is found out beside all else, in an order of its own.
+    Lines toMcu, deviceStatus;
     std::map<int, OfProgram> programs;
     for (const auto& [number, at, stream, text] : events)
     {
@@ -77,7 +86,9 @@ std::string composeTranscript(const std::vector<Event>& events, const Transcript
         if (stream.starts_with("frame "))
         {
             const auto line = name + (text.empty() ? "" : " " + text);
-            if (!isSentByClock(line, toMcu))
+            if (name == "EVENT_DEVICE_STATUS")
+                deviceStatus.push_back(line);
+            else if (!isSentByClock(line, toMcu))
                 toMcu.push_back(line);
         }
         else if (stream.starts_with("page "))
@@ -85,7 +96,8 @@ std::string composeTranscript(const std::vector<Event>& events, const Transcript
         else if (stream.starts_with("program ") && !isOfProgramItself(text))
             programs[findApp(name)].messages.push_back(text);
     }
-    auto transcript = section("to the microcontroller", sections.mcu ? toMcu : Lines());
+    auto transcript = section("to the microcontroller", sections.mcu ? toMcu : Lines()) +
+                      section("device status to the microcontroller", sections.devices ? deviceStatus : Lines());
     for (const auto& [appType, lines] : programs)
         if (sections.programs.contains(appType))
             transcript += section(std::string("to ") + Pubhead::appTypeName(appType), lines.messages) +

@@ -11,6 +11,7 @@ namespace Bench
 struct TranscriptSections
 {
     bool mcu = false;
+    bool devices = false;   ///< what is plugged in, as the microcontroller is told
     std::set<int> programs; ///< application types
     static TranscriptSections all();
 };

@@ -154,11 +154,21 @@ bool ExeMonitor::launchApp(int appType, int page, const juce::String& path, Plat
 
 bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)
 {
-    if (getAppState(appType) != kConnected)
+    if (getAppState(appType) != kConnected || isEnding(appType))
         return launchApp(appType, page, path, std::move(bundle), false);
     setNextPage(page);
     sendCommandLine(appType, bundle);
     return true;
+}
+
+bool ExeMonitor::isEnding(int appType) const
+{
+    const juce::ScopedLock guard(lock);
+    const auto state = getAppState(appType);
+    if (state == kClosing || state == kDisconnect)
+        return state == kClosing;
+    const auto process = monitor.getProcess(appType);
+    return process != nullptr && !process->isRunning();
 }
 
 bool ExeMonitor::launch(const LaunchRequest::Ptr& request)
@@ -169,12 +179,13 @@ bool ExeMonitor::launch(const LaunchRequest::Ptr& request)
     {
         const juce::ScopedLock guard(lock);
         state = getAppState(appType);
-        // Posted under the lock: the end of the closing process is handled after it and finds the request in the queue.
-        if (state == kClosing)
+        // Posted under the lock: the end of the process is handled after it and finds the request in the queue.
+        if (isEnding(appType))
+        {
             Kernel::postSystemMessage(Kernel::exeMonitorId, msgQueueLaunch, 0, 0, request.get());
+            return false;
+        }
     }
-    if (state == kClosing)
-        return false;
     if (state == kDisconnect)
     {
         if (!start(*request))

@@ -64,6 +64,8 @@ private:
     ExeMonitor();
 
     bool launch(const LaunchRequest::Ptr& request);
+    /** Whether it is closing, or its process has ended and the news is on its way: what it is told now is lost. */
+    bool isEnding(int appType) const;
     bool start(const LaunchRequest& request);
     /** Behind the changes of state that are on their way: kStarting discards what waits for a program. */
     void postCommandLine(int appType, const Platform::Bundle::Ptr& bundle);

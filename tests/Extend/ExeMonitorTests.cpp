@@ -244,6 +244,21 @@ TEST_F(ExeMonitorTest, BelievesTheBusAboutWhoSaysHello)
 }
 
 /** Waiting fails for a while, as it may when the system is short of descriptors: no end of a process is missed. */
+/** A program dies, and its page is asked for before that has been noticed: it starts anew. */
+TEST_F(ExeMonitorTest, StartsAnewWhatHasJustDied)
+{
+    const int pid = startRadio();
+    ProcessDouble::failWaits(1); // which keeps the watching thread busy for a while
+    launchRadio(nullptr, true);
+    monitor.launchApp(AppUSB, mbUSBAudio, "/programs/usb", nullptr, true);
+    ProcessDouble::takeLaunches();
+    IpcDouble::setPresent(AppRadio, false);
+    ProcessDouble::end(pid);
+    monitor.showOrLaunchApp(AppRadio, mbFM, radioPath, pageShow());
+    awaitState(AppRadio, kStarting);
+    EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
+}
+
 TEST_F(ExeMonitorTest, SurvivesFailingWaits)
 {
     const int pid = startRadio();

@@ -29,10 +29,11 @@ const auto run = eventsOf({ { "engine", "started" },
                             { "frame EVENT_KEY", "00 07 00" },
                             { "program AppRadio", "connected" },
                             { "frame EVENT_AUTOTEST_INFO", "aa ee 00 07 82 02 23" },
+                            { "frame EVENT_DEVICE_STATUS", "00 10" },
                             { "page mbEQ", "shown" },
                             { "page mbFM", "shown" },
                             { "front", "mbFM" },
-                            { "program AppRadio", "told key 3" },
+                            { "program AppRadio", "did key 3" },
                             { "program AppRadio", "key next" },
                             { "frame EVENT_AUTOTEST_INFO", "aa ee 01 07 82 02 24" },
                             { "program AppRadio", "refused 1" },
@@ -46,6 +47,8 @@ constexpr const char* whole = "# to the microcontroller\n"
                               "EVENT_KEY 00 07 00\n"
                               "EVENT_KEY 00 07 00\n"
                               "EVENT_AUTOTEST_INFO aa ee 01 07 82 02 24\n"
+                              "# device status to the microcontroller\n"
+                              "EVENT_DEVICE_STATUS 00 10\n"
                               "# to AppRadio\n"
                               "command-line sourceEnter mbFM onTop\n"
                               "key next\n"
