@@ -3,6 +3,7 @@
 #include "bench/program/profiles/Profiles.h"
 #include "platform/Pubhead.h"
 #include "platform/SetupStore.h"
+#include "platform/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -59,9 +60,10 @@ public:
     {
         if (!line.isSourceEnter())
             return;
-        for (int i = 0; i < bandCount; ++i)
-            if (line.getPage() == bandPages[static_cast<std::size_t>(i)])
-                band = i;
+        // The station of another band has not said its name yet.
+        const auto entered = bandOf(line.getPage());
+        if (std::exchange(band, entered) != entered)
+            forgetStation();
         // The tuner goes to the band, and what was said while nobody listened is handed over.
         host.send(RMSG_RADIO_CONTROL, wantsReports);
     }
@@ -151,16 +153,21 @@ private:
         return found != bandPages.end() ? static_cast<int>(found - bandPages.begin()) : static_cast<int>(fm);
     }
 
-    static juce::String textIn(const Platform::Bundle& body)
+    /** A whole body says how many bytes it has in its value. */
+    static void takeText(juce::String& said, const Platform::Bundle& body, int size)
     {
         const auto bytes = body.getByteArray("bytes");
-        const auto* first = static_cast<const char*>(bytes.getData());
-        return juce::String::fromUTF8(first, static_cast<int>(bytes.getSize())).trim();
+        if (static_cast<int>(bytes.getSize()) == size)
+            said = Platform::textOfUtf8({ static_cast<const char*>(bytes.getData()), bytes.getSize() }).trim();
     }
 
     void takeBody(const Platform::Bundle& body)
     {
-        const auto value = body.getInt("value", 0);
+        const auto& values = body.getValues();
+        const auto found = values.find("value");
+        if (found == values.end() || !std::holds_alternative<juce::int32>(found->second))
+            return;
+        const auto value = std::get<juce::int32>(found->second);
         switch (body.getInt("key", -1))
         {
         case bodyBand:
@@ -171,10 +178,10 @@ private:
                 arrive(reported, value);
             break;
         case bodyName:
-            name = textIn(body);
+            takeText(name, body, value);
             break;
         case bodyText:
-            text = textIn(body);
+            takeText(text, body, value);
             break;
         case bodyStereo:
             stereo = value != 0;
@@ -192,6 +199,11 @@ private:
     {
         if (std::exchange(frequencies[static_cast<std::size_t>(where)], frequency) == frequency)
             return;
+        forgetStation();
+    }
+
+    void forgetStation()
+    {
         name.clear();
         text.clear();
     }
