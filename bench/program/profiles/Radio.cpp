@@ -1,5 +1,6 @@
 // The radio: three bands of one tuner, which tells where it is and what the station says.
 #include "EngineApi/RemoteMessageIds.h"
+#include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/Pubhead.h"
 #include "platform/SetupStore.h"
@@ -47,7 +48,8 @@ enum Event : int { favouritesStored = 8, receptionTest = 10 };
 enum Band : int { fm, am, weather, bandCount };
 constexpr std::array bandPages { mbFM, mbAM, mbWB };
 constexpr int receptionButton = 1000;
-constexpr int unitsPerMHz = 100; ///< on FM
+constexpr int highestNumber = 100'000; ///< in an order: above every frequency
+constexpr int unitsPerMHz = 100;       ///< on FM
 
 class RadioProfile : public Profile
 {
@@ -106,22 +108,27 @@ public:
 
     std::string onOrder(const juce::StringArray& words) override
     {
-        const auto number = words[1].getIntValue();
-        if (words[0] == "seek" || words[0] == "step")
-        {
-            const bool up = words[1] == "up";
-            host.send(RMSG_RADIO_CONTROL, words[0] == "seek" ? (up ? seekUp : seekDown) : (up ? stepUp : stepDown));
-        }
-        else if (words[0] == "tune" && number > 0)
-            host.send(RMSG_RADIO_CONTROL, setFrequency, number);
-        else if (words[0] == "region" && words.size() == 2)
-            host.send(RMSG_RADIO_CONTROL, changeRegion, number);
-        else if (words[0] == "sensitivity" && words.size() == 2)
-            host.send(RMSG_RADIO_CONTROL, setSensitivity, number);
-        else if (words[0] == "reception" && words.size() == 2)
-            test(words[1] == "on");
+        constexpr auto usage = "seek up|down, step up|down, tune NUMBER, region N, sensitivity N, reception on|off";
+        const auto& what = words[0];
+        const auto& value = words[1];
+        const auto number = Bench::parseNumber(value.toStdString(), 0, highestNumber);
+        const bool up = value == "up";
+        if (words.size() != 2)
+            return usage;
+        if (what == "seek" && (up || value == "down"))
+            host.send(RMSG_RADIO_CONTROL, up ? seekUp : seekDown);
+        else if (what == "step" && (up || value == "down"))
+            host.send(RMSG_RADIO_CONTROL, up ? stepUp : stepDown);
+        else if (what == "tune" && number.value_or(0) > 0)
+            host.send(RMSG_RADIO_CONTROL, setFrequency, *number);
+        else if (what == "region" && number)
+            host.send(RMSG_RADIO_CONTROL, changeRegion, *number);
+        else if (what == "sensitivity" && number)
+            host.send(RMSG_RADIO_CONTROL, setSensitivity, *number);
+        else if (what == "reception" && (value == "on" || value == "off"))
+            test(value == "on");
         else
-            return "seek up|down, step up|down, tune NUMBER, region N, sensitivity N, reception on|off";
+            return usage;
         return {};
     }
 
