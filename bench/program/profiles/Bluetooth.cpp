@@ -1,6 +1,7 @@
 // Bluetooth: the module, the phone that is connected to it, and the link over which that phone plays.
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/RemoteMessageIds.h"
+#include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/Pubhead.h"
 #include "platform/SetupStore.h"
@@ -38,6 +39,7 @@ enum LinkRequest : int { openLink = 1, closeLink = 5 };
 
 constexpr int bluetoothSetting = 7;
 constexpr int deviceNameSetting = 1039;
+constexpr int highestNumber = 255; ///< in an order
 
 const juce::StringArray knownPhones { "Skipper's phone", "Galley tablet" };
 enum ButtonId : int { disconnectButton = 100, hangUpButton = 101, audioButton = 102 };
@@ -113,10 +115,11 @@ public:
     std::string onOrder(const juce::StringArray& words) override
     {
         const auto& what = words[0];
-        const auto rest = juce::StringArray(words.begin() + 1, words.size() - 1).joinIntoString(" ");
+        const auto rest = words.joinIntoString(" ", 1);
+        const auto number = Bench::parseNumber(rest.toStdString(), 0, highestNumber);
         if (what == "connect")
-            connect(rest.isNotEmpty() ? rest : knownPhones[0]);
-        else if (what == "disconnect" && rest.isEmpty())
+            return connect(rest.isNotEmpty() ? rest : knownPhones[0]) ? "" : "Bluetooth is off";
+        if (what == "disconnect" && rest.isEmpty())
             disconnect();
         else if (what == "call" && phone.isNotEmpty())
             call(rest.isNotEmpty() ? rest : juce::String("Marina office"));
@@ -128,16 +131,15 @@ public:
             setLink(rest == "open");
         else if (what == "pandora" && (rest == "on" || rest == "off"))
             host.send(RMSG_BT_STATE, pandoraState, rest == "on" ? linkOpen : linkClosed);
-        else if ((what == "signal" || what == "battery") && rest.containsOnly("0123456789") && rest.isNotEmpty())
-            host.send(RMSG_BT_STATE, what == "signal" ? signalState : batteryState, rest.getIntValue());
+        else if ((what == "signal" || what == "battery") && number)
+            host.send(RMSG_BT_STATE, what == "signal" ? signalState : batteryState, *number);
         else if (what == "audio" && rest.isEmpty())
             host.send(RMSG_BT_STATE, wantsAudioPage);
         else if (what == "setup" && rest.isEmpty())
             host.send(RMSG_BT_STATE, wantsSetup);
         else
             return "connect [NAME], disconnect, call [NAME] (needs a phone), hang-up, paired, link open|closed, "
-                   "pandora "
-                   "on|off, signal N, battery N, audio, setup";
+                   "pandora on|off, signal N, battery N, audio, setup";
         return {};
     }
 
@@ -147,15 +149,20 @@ private:
     bool deviceList = false;
     Playlist songs { { "Evening Tide", "Northern Light", "Slack Water" } };
 
-    void connect(const juce::String& name)
+    /** False, with nothing done, while Bluetooth is switched off. */
+    bool connect(const juce::String& name)
     {
         if (Platform::VX_GetSetupValueInt(bluetoothSetting) == 0)
-            return host.report("bluetooth", "off");
+        {
+            host.report("bluetooth", "off");
+            return false;
+        }
         phone = name;
         deviceList = false;
         host.send(RMSG_BT_STATE, moduleState, connected);
         host.changeSetting(deviceNameSetting, name);
         host.changed();
+        return true;
     }
 
     void disconnect()

@@ -52,7 +52,8 @@ public:
 
     std::string onOrder(const juce::StringArray& words) override
     {
-        if (words.size() != 1 || !words[0].containsOnly("0123456789") || words[0].length() > longestCode)
+        if (words.size() != 1 || words[0].isEmpty() || !words[0].containsOnly("0123456789") ||
+            words[0].length() > longestCode)
             return "a code of up to 8 digits";
         entered = words[0];
         enter();

@@ -16,7 +16,7 @@ namespace
 {
 
 /** First argument of RMSG_MAINMENU_NOTIFY. */
-enum Notice : int { normalSourceNotice = 1, stateNotice = 2 };
+enum Notice : int { sourceNotice = 1, stateNotice = 2 };
 
 constexpr std::array sources { mbFM,          mbAM,      mbWB,     mbSirius,  mbUSBAudio, mbiPodAudio,
                                mbiPodPandora, mbBTAudio, mbAuxin2, mbBTPhone, mbSetup };
@@ -42,8 +42,8 @@ public:
             return;
         if (message.arg1 == stateNotice)
             takeState(message.bundle);
-        else if (message.arg1 == normalSourceNotice)
-            normalSource = message.arg2;
+        else if (message.arg1 == sourceNotice)
+            takeSource(message.arg2);
         host.changed();
     }
 
@@ -96,6 +96,13 @@ private:
             offered = pages;
         normalSource = state->getInt("normalSrc", normalSource);
         rearSource = state->getInt("rearSrc", rearSource);
+    }
+
+    /** Of either zone. */
+    void takeSource(int page)
+    {
+        const bool isRear = page == mbRearOff || Bench::isRearZone(page);
+        (isRear ? rearSource : normalSource) = page;
     }
 
     bool isOffered(int page) const

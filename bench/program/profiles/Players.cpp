@@ -1,6 +1,7 @@
 // USB storage and the AUX inputs.
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/RemoteMessageIds.h"
+#include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/Configuration.h"
 #include "platform/Pubhead.h"
@@ -74,11 +75,11 @@ public:
 
     std::string onOrder(const juce::StringArray& words) override
     {
-        const auto piece = words[1].getIntValue() - 1;
-        if (words.size() != 2 || words[0] != "play" || !look() ||
-            !juce::isPositiveAndBelow(piece, files.getPieces().size()))
+        const auto pieces = look() ? files.getPieces().size() : 0;
+        const auto piece = Bench::parseNumber(words[1].toStdString(), 1, pieces);
+        if (words.size() != 2 || words[0] != "play" || !piece)
             return "play N, a piece on the storage";
-        play(piece);
+        play(*piece - 1);
         return {};
     }
 

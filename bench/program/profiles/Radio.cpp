@@ -1,8 +1,10 @@
 // The radio: three bands of one tuner, which tells where it is and what the station says.
 #include "EngineApi/RemoteMessageIds.h"
+#include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/Pubhead.h"
 #include "platform/SetupStore.h"
+#include "platform/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -46,7 +48,8 @@ enum Event : int { favouritesStored = 8, receptionTest = 10 };
 enum Band : int { fm, am, weather, bandCount };
 constexpr std::array bandPages { mbFM, mbAM, mbWB };
 constexpr int receptionButton = 1000;
-constexpr int unitsPerMHz = 100; ///< on FM
+constexpr int highestNumber = 100'000; ///< in an order: above every frequency
+constexpr int unitsPerMHz = 100;       ///< on FM
 
 class RadioProfile : public Profile
 {
@@ -59,9 +62,10 @@ public:
     {
         if (!line.isSourceEnter())
             return;
-        for (int i = 0; i < bandCount; ++i)
-            if (line.getPage() == bandPages[static_cast<std::size_t>(i)])
-                band = i;
+        // The station of another band has not said its name yet.
+        const auto entered = bandOf(line.getPage());
+        if (std::exchange(band, entered) != entered)
+            forgetStation();
         // The tuner goes to the band, and what was said while nobody listened is handed over.
         host.send(RMSG_RADIO_CONTROL, wantsReports);
     }
@@ -104,22 +108,27 @@ public:
 
     std::string onOrder(const juce::StringArray& words) override
     {
-        const auto number = words[1].getIntValue();
-        if (words[0] == "seek" || words[0] == "step")
-        {
-            const bool up = words[1] == "up";
-            host.send(RMSG_RADIO_CONTROL, words[0] == "seek" ? (up ? seekUp : seekDown) : (up ? stepUp : stepDown));
-        }
-        else if (words[0] == "tune" && number > 0)
-            host.send(RMSG_RADIO_CONTROL, setFrequency, number);
-        else if (words[0] == "region" && words.size() == 2)
-            host.send(RMSG_RADIO_CONTROL, changeRegion, number);
-        else if (words[0] == "sensitivity" && words.size() == 2)
-            host.send(RMSG_RADIO_CONTROL, setSensitivity, number);
-        else if (words[0] == "reception" && words.size() == 2)
-            test(words[1] == "on");
+        constexpr auto usage = "seek up|down, step up|down, tune NUMBER, region N, sensitivity N, reception on|off";
+        const auto& what = words[0];
+        const auto& value = words[1];
+        const auto number = Bench::parseNumber(value.toStdString(), 0, highestNumber);
+        const bool up = value == "up";
+        if (words.size() != 2)
+            return usage;
+        if (what == "seek" && (up || value == "down"))
+            host.send(RMSG_RADIO_CONTROL, up ? seekUp : seekDown);
+        else if (what == "step" && (up || value == "down"))
+            host.send(RMSG_RADIO_CONTROL, up ? stepUp : stepDown);
+        else if (what == "tune" && number.value_or(0) > 0)
+            host.send(RMSG_RADIO_CONTROL, setFrequency, *number);
+        else if (what == "region" && number)
+            host.send(RMSG_RADIO_CONTROL, changeRegion, *number);
+        else if (what == "sensitivity" && number)
+            host.send(RMSG_RADIO_CONTROL, setSensitivity, *number);
+        else if (what == "reception" && (value == "on" || value == "off"))
+            test(value == "on");
         else
-            return "seek up|down, step up|down, tune NUMBER, region N, sensitivity N, reception on|off";
+            return usage;
         return {};
     }
 
@@ -151,16 +160,21 @@ private:
         return found != bandPages.end() ? static_cast<int>(found - bandPages.begin()) : static_cast<int>(fm);
     }
 
-    static juce::String textIn(const Platform::Bundle& body)
+    /** A whole body says how many bytes it has in its value. */
+    static void takeText(juce::String& said, const Platform::Bundle& body, int size)
     {
         const auto bytes = body.getByteArray("bytes");
-        const auto* first = static_cast<const char*>(bytes.getData());
-        return juce::String::fromUTF8(first, static_cast<int>(bytes.getSize())).trim();
+        if (static_cast<int>(bytes.getSize()) == size)
+            said = Platform::textOfUtf8({ static_cast<const char*>(bytes.getData()), bytes.getSize() }).trim();
     }
 
     void takeBody(const Platform::Bundle& body)
     {
-        const auto value = body.getInt("value", 0);
+        const auto& values = body.getValues();
+        const auto found = values.find("value");
+        if (found == values.end() || !std::holds_alternative<juce::int32>(found->second))
+            return;
+        const auto value = std::get<juce::int32>(found->second);
         switch (body.getInt("key", -1))
         {
         case bodyBand:
@@ -171,10 +185,10 @@ private:
                 arrive(reported, value);
             break;
         case bodyName:
-            name = textIn(body);
+            takeText(name, body, value);
             break;
         case bodyText:
-            text = textIn(body);
+            takeText(text, body, value);
             break;
         case bodyStereo:
             stereo = value != 0;
@@ -192,6 +206,11 @@ private:
     {
         if (std::exchange(frequencies[static_cast<std::size_t>(where)], frequency) == frequency)
             return;
+        forgetStation();
+    }
+
+    void forgetStation()
+    {
         name.clear();
         text.clear();
     }

@@ -1,5 +1,6 @@
 // Satellite radio: the tuner that may be there, its channels, and what the unit keeps of them.
 #include "EngineApi/RemoteMessageIds.h"
+#include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/SetupStore.h"
 
@@ -19,6 +20,7 @@ enum Event : int { tunerState = 0, favouritesStored = 3, favouriteShown = 4, rea
 constexpr int preparePowerOff = 3;
 
 constexpr int firstChannel = 18;
+constexpr int highestNumber = 999; ///< in an order
 const juce::StringArray channels { "Harbour Jazz",    "Trade Winds", "Offshore News",
                                    "Classic Rock 21", "Deep Blue",   "Weather at Sea" };
 
@@ -60,16 +62,18 @@ public:
 
     std::string onOrder(const juce::StringArray& words) override
     {
-        const auto number = words[1].getIntValue();
+        constexpr int none = -1;
+        const auto number = Bench::parseNumber(words[1].toStdString(), 0, highestNumber).value_or(none);
+        const bool hasNumber = words.size() == 2 && number != none;
         if (words.size() == 1 && (words[0] == "in" || words[0] == "out"))
         {
             tuner = words[0] == "in";
             host.send(RMSG_SXM_EVENT, tunerState, tuner ? 1 : 0);
             host.changed();
         }
-        else if (words[0] == "channel" && juce::isPositiveAndBelow(number - firstChannel, channels.size()))
+        else if (words[0] == "channel" && hasNumber && juce::isPositiveAndBelow(number - firstChannel, channels.size()))
             choose(number - firstChannel);
-        else if (words[0] == "favourites" && words.size() == 2)
+        else if (words[0] == "favourites" && hasNumber)
             host.send(RMSG_SXM_EVENT, favouritesStored, number);
         else if (words.size() == 1 && words[0] == "favourite")
             host.send(RMSG_SXM_EVENT, favouriteShown);

@@ -63,15 +63,17 @@ public:
 
     std::string onOrder(const juce::StringArray& words) override
     {
-        const auto wanted = words[1] == "analog" ? analog : digital;
-        if (words[0] == "connect" && (words.size() == 1 || words[1] == "analog" || words[1] == "digital"))
+        const auto& value = words[1];
+        const bool namesPath = words.size() == 2 && (value == "analog" || value == "digital");
+        const auto wanted = value == "analog" ? analog : digital;
+        if (words[0] == "connect" && (words.size() == 1 || namesPath))
             connect(wanted);
-        else if (words[0] == "path" && path != 0 && (words[1] == "analog" || words[1] == "digital"))
+        else if (words[0] == "path" && path != 0 && namesPath)
             report(wanted);
         else if (words.size() == 1 && words[0] == "disconnect")
             disconnect();
-        else if (words[0] == "pandora" && (words[1] == "on" || words[1] == "off"))
-            host.send(RMSG_IPOD_DEVICE, prepared, words[1] == "on" ? 1 : 0);
+        else if (words.size() == 2 && words[0] == "pandora" && (value == "on" || value == "off"))
+            host.send(RMSG_IPOD_DEVICE, prepared, value == "on" ? 1 : 0);
         else if (words.size() == 1 && words[0] == "restart")
             host.send(RMSG_IPOD_DEVICE, wantsRestart);
         else
