@@ -64,11 +64,11 @@ protected:
         Configuration::get().ipcAddress = bus.address();
         IPCMsg::MessageHelper::config(AppMain, IPCMsg::MessageHelper::getDestName);
         ASSERT_TRUE(session.init(&engine));
-        // The name that it is started by makes it the radio's program.
-        std::filesystem::create_symlink(HEADUNIT_BUILD_DIR "/bin/headunit-bench-program", folder / "AppRadio");
-        const auto line = AppCommandLine::genCmdSourceEnter(mbFM, false, true);
+        // The name that it is started by makes it the program of AUX.
+        std::filesystem::create_symlink(HEADUNIT_BUILD_DIR "/bin/headunit-bench-program", folder / "AppAuxIn");
+        const auto line = AppCommandLine::genCmdSourceEnter(mbAuxin2, false, true);
         const auto json = CmdLineHelper::genCommandLine(RemoteObjFormat::formatCommandLine(*line));
-        ASSERT_EQ(program.start({ (folder / "AppRadio").string(),
+        ASSERT_EQ(program.start({ (folder / "AppAuxIn").string(),
                                   { "--command-line", json.toStdString() },
                                   { { "DBUS_SESSION_BUS_ADDRESS", bus.address() },
                                     { "HEADUNIT_BENCH_CONTROL", (folder / "control").string() },
@@ -76,7 +76,7 @@ protected:
                                   (folder / "out").string(),
                                   {} }),
                   "");
-        ASSERT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppRadio", "running")));
+        ASSERT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppAuxIn", "running")));
     }
 
     void TearDown() override
@@ -98,7 +98,7 @@ protected:
         message->what = what;
         message->arg1 = arg1;
         message->bundle = bundle;
-        EXPECT_TRUE(IPCMsg::MessageHelper::postMessage(AppRadio, message));
+        EXPECT_TRUE(IPCMsg::MessageHelper::postMessage(AppAuxIn, message));
         RemoteMessage::recycle(message);
     }
 
@@ -123,26 +123,26 @@ private:
 // page that is taken from the top, keeps the screen until it is told to hide, and quits when its source is stopped.
 TEST_F(SourceProgramTest, livesAsTheEngineExpects)
 {
-    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
-    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbFM));
-    tell(RMSG_APP_HELLO_ACK, AppRadio);
-    tell(RMSG_PAGE_SHOW, mbFM);
-    EXPECT_EQ(hears(), words(RMSG_PAGE_SHOW_READY, mbFM));
-    EXPECT_TRUE(hasInFront("mbFM"));
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppAuxIn));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbAuxin2));
+    tell(RMSG_APP_HELLO_ACK, AppAuxIn);
+    tell(RMSG_PAGE_SHOW, mbAuxin2);
+    EXPECT_EQ(hears(), words(RMSG_PAGE_SHOW_READY, mbAuxin2));
+    EXPECT_TRUE(hasInFront("mbAuxin2"));
     tell(RMSG_HEARTBEAT, 0);
-    EXPECT_EQ(hears(), words(RMSG_HEARTBEAT_REPLY, AppRadio));
+    EXPECT_EQ(hears(), words(RMSG_HEARTBEAT_REPLY, AppAuxIn));
 
-    const auto hide = AppCommandLine::genCmdPageHide(mbFM, mbEQ);
+    const auto hide = AppCommandLine::genCmdPageHide(mbAuxin2, mbEQ);
     tell(RMSG_COMMAND_LINE, 0, RemoteObjFormat::formatCommandLine(*hide));
-    EXPECT_EQ(hears(), words(RMSG_PAGE_TOP_SHOWN, mbFM));
-    EXPECT_TRUE(hasInFront("mbFM"));
-    tell(RMSG_PAGE_HIDE, mbFM);
-    EXPECT_EQ(hears(), words(RMSG_PAGE_HIDE_READY, mbFM));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_TOP_SHOWN, mbAuxin2));
+    EXPECT_TRUE(hasInFront("mbAuxin2"));
+    tell(RMSG_PAGE_HIDE, mbAuxin2);
+    EXPECT_EQ(hears(), words(RMSG_PAGE_HIDE_READY, mbAuxin2));
     EXPECT_TRUE(hasInFront("none"));
 
-    tell(RMSG_PAGE_NOTIFY, mbFM);
-    EXPECT_EQ(hears(), words(RMSG_STATE_TO_SYSTEM, mbFM));
-    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppRadio", "connected")));
+    tell(RMSG_PAGE_NOTIFY, mbAuxin2);
+    EXPECT_EQ(hears(), words(RMSG_STATE_TO_SYSTEM, mbAuxin2));
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppAuxIn", "connected")));
     tell(RMSG_SOURCE_STOP, 0);
     EXPECT_TRUE(program.waitForEnd(10s));
 }
@@ -150,46 +150,46 @@ TEST_F(SourceProgramTest, livesAsTheEngineExpects)
 // On order it takes everything and answers nothing, or answers late; a crash is a real one.
 TEST_F(SourceProgramTest, misbehavesOnOrder)
 {
-    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
-    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbFM));
-    ASSERT_TRUE(programs.setSilent(AppRadio, true));
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppAuxIn));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbAuxin2));
+    ASSERT_TRUE(programs.setSilent(AppAuxIn, true));
     // Orders keep their order, so this one meets a program that is silent already.
-    ASSERT_TRUE(programs.sendMessage(AppRadio, RMSG_KEY, 0, 0));
+    ASSERT_TRUE(programs.sendMessage(AppAuxIn, RMSG_KEY, 0, 0));
     EXPECT_EQ(hears(300ms), "nothing");
-    tell(RMSG_PAGE_SHOW, mbFM);
-    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("page mbFM", "shown"))) << "it does what it is told";
+    tell(RMSG_PAGE_SHOW, mbAuxin2);
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("page mbAuxin2", "shown"))) << "it does what it is told";
     EXPECT_EQ(hears(300ms), "nothing") << "but does not say so";
 
-    ASSERT_TRUE(programs.setSilent(AppRadio, false));
-    ASSERT_TRUE(programs.setSlow(AppRadio, 300ms));
+    ASSERT_TRUE(programs.setSilent(AppAuxIn, false));
+    ASSERT_TRUE(programs.setSlow(AppAuxIn, 300ms));
     const auto before = Clock::now();
-    ASSERT_TRUE(programs.sendMessage(AppRadio, RMSG_RADIO_EVENT, 7, 0));
+    ASSERT_TRUE(programs.sendMessage(AppAuxIn, RMSG_RADIO_EVENT, 7, 0));
     EXPECT_EQ(hears(), words(RMSG_RADIO_EVENT, 7));
     EXPECT_GE(Clock::now() - before, 290ms);
 
-    ASSERT_TRUE(programs.crash(AppRadio));
-    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppRadio", "gone")));
+    ASSERT_TRUE(programs.crash(AppAuxIn));
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("program AppAuxIn", "gone")));
     EXPECT_TRUE(hasInFront("none"));
 }
 
 // The engine goes away: the page leaves the screen, and the program comes back with a hello when the engine does.
 TEST_F(SourceProgramTest, waitsForTheEngineToComeBack)
 {
-    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
-    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbFM));
-    tell(RMSG_PAGE_SHOW, mbFM);
-    EXPECT_EQ(hears(), words(RMSG_PAGE_SHOW_READY, mbFM));
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppAuxIn));
+    EXPECT_EQ(hears(), words(RMSG_PAGE_REQUEST_SHOW, mbAuxin2));
+    tell(RMSG_PAGE_SHOW, mbAuxin2);
+    EXPECT_EQ(hears(), words(RMSG_PAGE_SHOW_READY, mbAuxin2));
     session.close();
-    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("page mbFM", "hidden")));
+    EXPECT_TRUE(journal.waitFor(0, Clock::now() + 10s, isEvent("page mbAuxin2", "hidden")));
     const auto restart = journal.end();
     ASSERT_TRUE(session.init(&engine));
-    ASSERT_TRUE(journal.waitFor(restart, Clock::now() + 10s, isEvent("presence", "AppRadio here")));
+    ASSERT_TRUE(journal.waitFor(restart, Clock::now() + 10s, isEvent("presence", "AppAuxIn here")));
     // A hello may be lost while the engine does not know its neighbours yet; its own announcement brings another.
     const auto message = RemoteMessage::obtain();
     message->what = RMSG_ENGINE_STARTED;
     EXPECT_TRUE(IPCMsg::MessageHelper::broadcastMessage(message));
     RemoteMessage::recycle(message);
-    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppRadio));
+    EXPECT_EQ(hears(), words(RMSG_APP_HELLO, AppAuxIn));
 }
 
 } // namespace

@@ -62,7 +62,8 @@ constexpr const char* whole = "# to the microcontroller\n"
 TEST(Transcript, holdsWhatTheUnitSentAndNotWhatAClockOrAProgramDid)
 {
     EXPECT_EQ(composeTranscript(run, TranscriptSections::all()), whole);
-    EXPECT_EQ(composeTranscript(run, { false, { Pubhead::AppEQ, Pubhead::AppUSB } }), "# pages of AppEQ\nmbEQ shown\n");
+    EXPECT_EQ(composeTranscript(run, { false, false, { Pubhead::AppEQ, Pubhead::AppUSB } }),
+              "# pages of AppEQ\nmbEQ shown\n");
 }
 
 TEST(Transcript, namesTheFirstLineThatDiffers)
