@@ -1,4 +1,5 @@
 // What each command of the bench does to the unit.
+#include "bench/Screen.h"
 #include "bench/console/Console.h"
 
 #include <algorithm>
@@ -317,6 +318,16 @@ Outcome Console::pause(const Words& words)
     if (watched)
         unit.journal.waitFor(unit.journal.end(), Clock::now() + *duration, [](const Event&) { return false; });
     return {};
+}
+
+Outcome Console::picture(const Words& words)
+{
+    if (words.size() != 2)
+        return usageOf("picture");
+    if (pictureFolder.empty())
+        return {};
+    const auto error = savePicture(pictureFolder + "/" + words[1] + ".png");
+    return error.empty() ? Outcome {} : failed(error);
 }
 
 Outcome Console::quit(const Words&)

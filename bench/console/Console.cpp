@@ -276,6 +276,8 @@ std::span<const Console::Command> Console::commands()
           } },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
         { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },
+        { "picture", "picture NAME", "The screen as NAME.png in the folder of --pictures. Left out without it.",
+          &Console::picture, nothing },
         { "help", "help [COMMAND]", "This.", &Console::help, helpWords },
         { "quit", "quit", "Ends the unit and leaves.", &Console::quit, nothing }
     };

@@ -33,6 +33,9 @@ public:
 
     Console(Unit& unitToUse, Style styleToUse, std::ostream& outputToUse, bool somebodyWatches);
 
+    /** Where `picture` writes to; "" leaves pictures out. */
+    void setPictureFolder(const std::string& folder) { pictureFolder = folder; }
+
     Outcome run(const std::string& line);
     /** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded.
      */
@@ -54,6 +57,7 @@ private:
     std::uint64_t headline = 0; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
     Clock::time_point nextKey; ///< not earlier
+    std::string pictureFolder;
     std::optional<TranscriptSections> chosenSections;
 
     Outcome mcu(const Words& words);
@@ -90,6 +94,7 @@ private:
     Outcome transcript(const Words& words);
     Outcome say(const Words& words);
     Outcome pause(const Words& words);
+    Outcome picture(const Words& words);
     Outcome help(const Words& words);
     Outcome quit(const Words& words);
     Outcome ifDisplay(const std::string& command);

@@ -172,7 +172,7 @@ std::string tourFile()
 int main(int argc, char** argv)
 {
     auto options = Unit::Options::besideThisProgram();
-    std::string script, transcript;
+    std::string script, transcript, pictures;
     bool tour = false, console = false, noDisplay = false, noEngine = false;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
     app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
@@ -180,6 +180,7 @@ int main(int argc, char** argv)
     app.add_option("--transcript", transcript,
                    "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it")
         ->needs("--script");
+    app.add_option("--pictures", pictures, "Let 'picture' write into this folder");
     app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
     app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
     app.add_flag("--keep", options.keepFolder, "Keep the unit's folder (configuration, settings, log)");
@@ -218,6 +219,7 @@ int main(int argc, char** argv)
     std::cout << style.bold("Head unit on the bench") << style.dim("  " + unit.folder()) << "\n";
 
     Console commands(unit, style, std::cout, watched);
+    commands.setPictureFolder(pictures);
     int status = 0;
     if (!script.empty())
     {

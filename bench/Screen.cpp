@@ -1,0 +1,94 @@
+#include "bench/Screen.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <juce_graphics/juce_graphics.h>
+#include <memory>
+#include <thread>
+#include <xcb/xcb.h>
+
+namespace Bench
+{
+
+namespace
+{
+
+struct Disconnect
+{
+    void operator()(xcb_connection_t* connection) const { ::xcb_disconnect(connection); }
+};
+
+struct Free
+{
+    void operator()(xcb_get_image_reply_t* reply) const { std::free(reply); }
+};
+
+using Look = std::unique_ptr<xcb_get_image_reply_t, Free>;
+
+Look look(xcb_connection_t* connection, const xcb_screen_t& screen)
+{
+    const auto request = ::xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, screen.root, 0, 0,
+                                         screen.width_in_pixels, screen.height_in_pixels, ~0u);
+    return Look(::xcb_get_image_reply(connection, request, nullptr));
+}
+
+bool isSame(const Look& first, const Look& second)
+{
+    const auto size = static_cast<std::size_t>(::xcb_get_image_data_length(first.get()));
+    return std::equal(::xcb_get_image_data(first.get()), ::xcb_get_image_data(first.get()) + size,
+                      ::xcb_get_image_data(second.get()));
+}
+
+/** The display's pixels are blue, green, red and a byte for nothing. */
+juce::Image imageOf(const Look& pixels, const xcb_screen_t& screen)
+{
+    constexpr int bytesPerPixel = 4;
+    juce::Image image(juce::Image::RGB, screen.width_in_pixels, screen.height_in_pixels, false);
+    const juce::Image::BitmapData target(image, juce::Image::BitmapData::writeOnly);
+    const auto* source = ::xcb_get_image_data(pixels.get());
+    for (int y = 0; y < image.getHeight(); ++y)
+        for (int x = 0; x < image.getWidth(); ++x, source += bytesPerPixel)
+            target.setPixelColour(x, y, juce::Colour(source[2], source[1], source[0]));
+    return image;
+}
+
+} // namespace
+
+std::string savePicture(const std::string& file)
+{
+    constexpr std::chrono::milliseconds pause { 150 };
+    constexpr int mostLooks = 14;
+    constexpr int colourDepth = 24;
+    int number = 0;
+    const std::unique_ptr<xcb_connection_t, Disconnect> connection(::xcb_connect(nullptr, &number));
+    if (::xcb_connection_has_error(connection.get()) != 0)
+        return "there is no display to be looked at";
+    auto screens = ::xcb_setup_roots_iterator(::xcb_get_setup(connection.get()));
+    for (; number > 0 && screens.rem > 1; --number)
+        ::xcb_screen_next(&screens);
+    const auto& screen = *screens.data;
+    auto pixels = look(connection.get(), screen);
+    if (pixels == nullptr || pixels->depth != colourDepth)
+        return "the display's picture cannot be had: 24 bits a pixel are wanted";
+    for (int i = 0; i < mostLooks; ++i)
+    {
+        std::this_thread::sleep_for(pause);
+        auto next = look(connection.get(), screen);
+        if (next == nullptr)
+            return "the display has gone";
+        const bool atRest = isSame(pixels, next);
+        pixels = std::move(next);
+        if (atRest)
+            break;
+    }
+    const juce::File target(
+        juce::File::getCurrentWorkingDirectory().getChildFile(juce::String::fromUTF8(file.c_str())));
+    target.getParentDirectory().createDirectory();
+    target.deleteFile();
+    const auto stream = target.createOutputStream();
+    if (stream == nullptr || !juce::PNGImageFormat().writeImageToStream(imageOf(pixels, screen), *stream))
+        return file + ": cannot be written";
+    return {};
+}
+
+} // namespace Bench

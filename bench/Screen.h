@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace Bench
+{
+
+/**
+    Writes what is on the screen of the display, when it has come to rest, as a PNG: programs draw when they please, so
+    two looks must be the same, or two seconds have passed. Empty on success, else what failed.
+*/
+std::string savePicture(const std::string& file);
+
+} // namespace Bench
