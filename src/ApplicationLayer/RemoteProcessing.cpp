@@ -108,21 +108,18 @@ void AppHandler::processRemote(const Kernel::SystemMessage& message)
 
 void AppHandler::storeSetting(const RemoteMessage& remote)
 {
+    using Platform::RemoteObjFormat;
     const int index = remote.arg1;
-    if (remote.bundle == nullptr || remote.bundle->isEmpty())
-    {
-        Platform::Logger::getInstance()->logError("ApplicationLayer/AppHandler", __LINE__, "AppHandler",
-                                                  juce::String(appTypeName(config.appType)) + " sends setting " +
-                                                      juce::String(index) + " without a value");
-        return;
-    }
-    // A value of the wrong type leaves the setting as it is.
-    if (remote.arg2 == integerSetting)
-        setSettingInt(index, Platform::RemoteObjFormat::getInt(remote.bundle, getSettingInt(index)), true,
-                      config.appType);
+    const bool isInteger = remote.arg2 == integerSetting;
+    if (isInteger ? !RemoteObjFormat::holdsInt(remote.bundle) : !RemoteObjFormat::holdsString(remote.bundle))
+        Platform::Logger::getInstance()->logError(
+            "ApplicationLayer/AppHandler", __LINE__, "AppHandler",
+            juce::String(appTypeName(config.appType)) + " sends setting " + juce::String(index) + " without " +
+                (isInteger ? "an integer, which it says is there" : "a text, which it says is there"));
+    else if (isInteger)
+        setSettingInt(index, RemoteObjFormat::getInt(remote.bundle), true, config.appType);
     else
-        setSettingString(index, Platform::RemoteObjFormat::getString(remote.bundle, getSettingString(index)), true,
-                         config.appType);
+        setSettingString(index, RemoteObjFormat::getString(remote.bundle), true, config.appType);
 }
 
 void AppHandler::passToOwner(const Kernel::SystemMessage& message)

@@ -114,6 +114,15 @@ bool isPageOrNone(int page)
     return page >= 0 && page <= Pubhead::NUM_OF_PAGES;
 }
 
+template <typename T>
+bool holds(const Bundle::Ptr& bundle)
+{
+    if (bundle == nullptr)
+        return false;
+    const auto found = bundle->getValues().find(valueKey);
+    return found != bundle->getValues().end() && std::holds_alternative<T>(found->second);
+}
+
 } // namespace
 
 AppCommandLine::Ptr AppCommandLine::make(Type type, int page)
@@ -234,6 +243,16 @@ juce::int32 RemoteObjFormat::getInt(const Bundle::Ptr& bundle, juce::int32 fallb
 juce::String RemoteObjFormat::getString(const Bundle::Ptr& bundle, const juce::String& fallback)
 {
     return bundle == nullptr ? fallback : bundle->getString(valueKey, fallback);
+}
+
+bool RemoteObjFormat::holdsInt(const Bundle::Ptr& bundle)
+{
+    return holds<juce::int32>(bundle);
+}
+
+bool RemoteObjFormat::holdsString(const Bundle::Ptr& bundle)
+{
+    return holds<juce::String>(bundle);
 }
 
 juce::MemoryBlock RemoteObjFormat::getByteArray(const Bundle::Ptr& bundle)

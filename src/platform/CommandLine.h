@@ -63,6 +63,9 @@ struct RemoteObjFormat
     static juce::int32 getInt(const Bundle::Ptr& bundle, juce::int32 fallback = 0);
     static juce::String getString(const Bundle::Ptr& bundle, const juce::String& fallback = {});
     static juce::MemoryBlock getByteArray(const Bundle::Ptr& bundle);
+    /** Whether there is one such value. */
+    static bool holdsInt(const Bundle::Ptr& bundle);
+    static bool holdsString(const Bundle::Ptr& bundle);
 
     /** One entry of a message list: `bytes` only for data bodies. */
     struct MessageBody

@@ -6,6 +6,7 @@
 #include "EngineLayer/ApplicationManager.h"
 #include "EngineLayer/DataManager.h"
 #include "support/FakeDevices.h"
+#include "support/LogCapture.h"
 #include "support/ProgramsFixture.h"
 #include "support/ScratchUnit.h"
 
@@ -366,9 +367,13 @@ TEST_F(AppHandlerTest, StoresSettingsOfPrograms)
     remote(RMSG_SETTING_CHANGED, text, 0, RemoteObjFormat::formatString("Cabin"));
     EXPECT_EQ(getSettingInt(number), 6);
     EXPECT_EQ(getSettingString(text), "Cabin");
+    const LogCapture log;
     remote(RMSG_SETTING_CHANGED, number, 1);
     remote(RMSG_SETTING_CHANGED, number, 1, RemoteObjFormat::formatString("six"));
+    remote(RMSG_SETTING_CHANGED, text, 0, RemoteObjFormat::formatInt(6));
     EXPECT_EQ(getSettingInt(number), 6);
+    EXPECT_EQ(getSettingString(text), "Cabin");
+    EXPECT_EQ(LogCapture::take().size(), 3u) << "each is named once";
 }
 
 TEST_F(AppHandlerTest, TellsTheFactoryTestWhichSourcePlays)
