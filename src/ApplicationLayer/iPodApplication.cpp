@@ -1,8 +1,8 @@
 #include "ApplicationLayer/iPodApplication.h"
 
 #include "EngineApi/Pages.h"
-#include "EngineApi/Provided.h"
 #include "EngineApi/Programs.h"
+#include "EngineApi/Provided.h"
 #include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
 #include "dsp/AudioServices.h"
