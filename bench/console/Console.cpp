@@ -276,6 +276,7 @@ std::span<const Console::Command> Console::commands()
           } },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
         { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },
+        { "touch", "touch X Y", "A finger on the screen, 0 0 at its top left.", &Console::touch, nothing },
         { "picture", "picture NAME", "The screen as NAME.png in the folder of --pictures. Left out without it.",
           &Console::picture, nothing },
         { "help", "help [COMMAND]", "This.", &Console::help, helpWords },
