@@ -98,7 +98,7 @@ bool isDetail(const Event& event)
 {
     // Among them the line that goes up and down with every byte for the wired remote.
     return event.stream == "log" || event.stream == "i2c" || event.stream == "dsp write" ||
-           event.stream == "gpio 32768";
+           event.stream == "gpio 32768" || event.stream == "settled";
 }
 
 Journal::Matches isIn(std::string stream)

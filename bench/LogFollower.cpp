@@ -82,10 +82,20 @@ void LogFollower::readNew()
         {
             partial.append(buffer.data(), static_cast<std::size_t>(count));
             for (std::size_t end; (end = partial.find('\n')) != std::string::npos; partial.erase(0, end + 1))
-                journal.add("log", partial.substr(0, end));
+                add(partial.substr(0, end));
         }
         reopenIfReplaced();
     }
+}
+
+void LogFollower::add(const std::string& line)
+{
+    journal.add("log", line);
+    // "CurrShowPage : mbFM | CurrPageState : kAppShow": from now on the engine goes by this page's being there.
+    const std::string before = "CurrShowPage : ", after = " | CurrPageState : kAppShow";
+    const auto from = line.find(before);
+    if (const auto to = line.find(after); from != std::string::npos && to != std::string::npos)
+        journal.add("settled", line.substr(from + before.size(), to - from - before.size()));
 }
 
 void LogFollower::reopenIfReplaced()

@@ -33,6 +33,7 @@ private:
 
     void run();
     void readNew();
+    void add(const std::string& line);
     void reopenIfReplaced();
 };
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <thread>
 #include <xcb/xcb.h>
+#include <xcb/xtest.h>
 
 namespace Bench
 {
@@ -17,6 +18,29 @@ struct Disconnect
 {
     void operator()(xcb_connection_t* connection) const { ::xcb_disconnect(connection); }
 };
+
+using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
+
+/** The display and the screen of it that the unit draws on; no screen without a display. */
+struct Display
+{
+    Display()
+    {
+        int number = 0;
+        connection.reset(::xcb_connect(nullptr, &number));
+        if (::xcb_connection_has_error(connection.get()) != 0)
+            return;
+        auto screens = ::xcb_setup_roots_iterator(::xcb_get_setup(connection.get()));
+        for (; number > 0 && screens.rem > 1; --number)
+            ::xcb_screen_next(&screens);
+        screen = screens.data;
+    }
+
+    Connection connection;
+    const xcb_screen_t* screen = nullptr;
+};
+
+constexpr const char* noDisplay = "there is no display";
 
 struct Free
 {
@@ -59,21 +83,17 @@ std::string savePicture(const std::string& file)
     constexpr std::chrono::milliseconds pause { 150 };
     constexpr int mostLooks = 14;
     constexpr int colourDepth = 24;
-    int number = 0;
-    const std::unique_ptr<xcb_connection_t, Disconnect> connection(::xcb_connect(nullptr, &number));
-    if (::xcb_connection_has_error(connection.get()) != 0)
-        return "there is no display to be looked at";
-    auto screens = ::xcb_setup_roots_iterator(::xcb_get_setup(connection.get()));
-    for (; number > 0 && screens.rem > 1; --number)
-        ::xcb_screen_next(&screens);
-    const auto& screen = *screens.data;
-    auto pixels = look(connection.get(), screen);
+    const Display display;
+    if (display.screen == nullptr)
+        return noDisplay;
+    const auto& screen = *display.screen;
+    auto pixels = look(display.connection.get(), screen);
     if (pixels == nullptr || pixels->depth != colourDepth)
         return "the display's picture cannot be had: 24 bits a pixel are wanted";
     for (int i = 0; i < mostLooks; ++i)
     {
         std::this_thread::sleep_for(pause);
-        auto next = look(connection.get(), screen);
+        auto next = look(display.connection.get(), screen);
         if (next == nullptr)
             return "the display has gone";
         const bool atRest = isSame(pixels, next);
@@ -88,6 +108,30 @@ std::string savePicture(const std::string& file)
     const auto stream = target.createOutputStream();
     if (stream == nullptr || !juce::PNGImageFormat().writeImageToStream(imageOf(pixels, screen), *stream))
         return file + ": cannot be written";
+    return {};
+}
+
+std::string touchScreen(int x, int y)
+{
+    constexpr std::uint8_t firstButton = 1;
+    constexpr std::chrono::milliseconds touchTime { 80 };
+    const Display display;
+    if (display.screen == nullptr)
+        return noDisplay;
+    auto* connection = display.connection.get();
+    const auto* extension = ::xcb_get_extension_data(connection, &xcb_test_id);
+    if (extension == nullptr || extension->present == 0)
+        return "the display takes no touches from programs";
+    const auto send = [&](std::uint8_t what, std::uint8_t detail)
+    {
+        ::xcb_test_fake_input(connection, what, detail, XCB_CURRENT_TIME, display.screen->root,
+                              static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
+        ::xcb_flush(connection);
+    };
+    send(XCB_MOTION_NOTIFY, 0);
+    send(XCB_BUTTON_PRESS, firstButton);
+    std::this_thread::sleep_for(touchTime);
+    send(XCB_BUTTON_RELEASE, firstButton);
     return {};
 }
 

@@ -11,4 +11,7 @@ namespace Bench
 */
 std::string savePicture(const std::string& file);
 
+/** Touches the screen at this point, in pixels, as a finger does: down and up. Empty on success, else what failed. */
+std::string touchScreen(int x, int y);
+
 } // namespace Bench

@@ -330,6 +330,17 @@ Outcome Console::picture(const Words& words)
     return error.empty() ? Outcome {} : failed(error);
 }
 
+Outcome Console::touch(const Words& words)
+{
+    constexpr int widest = 0x7fff;
+    const auto x = words.size() == 3 ? parseNumber(words[1], 0, widest) : std::nullopt;
+    const auto y = words.size() == 3 ? parseNumber(words[2], 0, widest) : std::nullopt;
+    if (!x || !y)
+        return usageOf("touch");
+    const auto error = touchScreen(*x, *y);
+    return error.empty() ? Outcome {} : failed(error);
+}
+
 Outcome Console::quit(const Words&)
 {
     return { Outcome::leave };

@@ -122,7 +122,7 @@ Words expectWords(const Words& before)
     if (before.size() == 3 && subject == "mcu" && before[2] == "frame")
         return commandNames();
     if (before.size() == 3 && subject == "page")
-        return { "shown", "hidden", "covered", "confirmed", "in-front" };
+        return { "shown", "hidden", "covered", "confirmed", "in-front", "settled" };
     if (before.size() == 3 && subject == "program")
         return { "running", "connected", "gone", "within" };
     return { "within" };
@@ -254,7 +254,7 @@ std::span<const Console::Command> Console::commands()
         { "expect",
           "expect mcu source NAME | agreed | frame|sent NAME [BYTES] | link TEXT | ready-for-power-off [within TIME]\n"
           "expect mcu power on|off | device-id BYTES | hold|flood TEXT [within TIME]\n"
-          "expect page NAME shown|hidden|covered|confirmed|in-front [within TIME]\n"
+          "expect page NAME shown|hidden|covered|confirmed|in-front|settled [within TIME]\n"
           "expect program NAME running|connected|gone|TEXT [within TIME]\n"
           "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
           "expect remote \"TEXT\" | remote dimmer TEXT | autotest [TEXT] [within TIME]\n"
@@ -276,6 +276,7 @@ std::span<const Console::Command> Console::commands()
           } },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
         { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },
+        { "touch", "touch X Y", "A finger on the screen, 0 0 at its top left.", &Console::touch, nothing },
         { "picture", "picture NAME", "The screen as NAME.png in the folder of --pictures. Left out without it.",
           &Console::picture, nothing },
         { "help", "help [COMMAND]", "This.", &Console::help, helpWords },

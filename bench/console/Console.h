@@ -95,6 +95,7 @@ private:
     Outcome say(const Words& words);
     Outcome pause(const Words& words);
     Outcome picture(const Words& words);
+    Outcome touch(const Words& words);
     Outcome help(const Words& words);
     Outcome quit(const Words& words);
     Outcome ifDisplay(const std::string& command);

@@ -69,16 +69,18 @@ ParsedExpectation expectMcu(const Words& words)
 ParsedExpectation expectPage(const Words& words)
 {
     if (words.size() != 3)
-        return failed("expect page NAME shown | hidden | covered | confirmed | in-front");
+        return failed("expect page NAME shown | hidden | covered | confirmed | in-front | settled");
     const auto page = findPage(words[1]);
     if (page == Pubhead::NUM_OF_PAGES)
         return failed("there is no page '" + words[1] + "'");
     if (words[2] == "in-front")
         return { { "front", Pubhead::pageName(page), false, true, {} }, {} };
+    if (words[2] == "settled")
+        return { { "settled", Pubhead::pageName(page), false, true, {} }, {} };
     for (const auto* change : { "shown", "hidden", "covered", "confirmed" })
         if (words[2] == change)
             return { { std::string("page ") + Pubhead::pageName(page), change, false, false, {} }, {} };
-    return failed("a page is shown, hidden, covered, confirmed or in-front, not '" + words[2] + "'");
+    return failed("a page is shown, hidden, covered, confirmed, in-front or settled, not '" + words[2] + "'");
 }
 
 ParsedExpectation expectProgram(const Words& words)

@@ -16,6 +16,8 @@ namespace
 
 using Lines = std::vector<std::string>;
 
+constexpr const char* deviceStatus = "EVENT_DEVICE_STATUS";
+
 /**
     What the unit sends by a clock alone falls between whatever else it sends, here in one run and there in the next:
     the heartbeat every 3 s; "ready" to the test equipment 2 s after the start, which is its first message there, as
@@ -77,8 +79,7 @@ std::string composeTranscript(const std::vector<Event>& events, const Transcript
     {
         Lines messages, pages;
     };
-    // What is plugged in is found out beside all else, in an order of its own.
-    Lines toMcu, deviceStatus;
+    std::map<std::string, Lines> toMcu;
     std::map<int, OfProgram> programs;
     for (const auto& [number, at, stream, text] : events)
     {
@@ -86,18 +87,19 @@ std::string composeTranscript(const std::vector<Event>& events, const Transcript
         if (stream.starts_with("frame "))
         {
             const auto line = name + (text.empty() ? "" : " " + text);
-            if (name == "EVENT_DEVICE_STATUS")
-                deviceStatus.push_back(line);
-            else if (!isSentByClock(line, toMcu))
-                toMcu.push_back(line);
+            if (!isSentByClock(line, toMcu[name]))
+                toMcu[name].push_back(line);
         }
         else if (stream.starts_with("page "))
             programs[findApp(name)].pages.push_back(name + " " + text);
         else if (stream.starts_with("program ") && !isOfProgramItself(text))
             programs[findApp(name)].messages.push_back(text);
     }
-    auto transcript = section("to the microcontroller", sections.mcu ? toMcu : Lines()) +
-                      section("device status to the microcontroller", sections.devices ? deviceStatus : Lines());
+    Lines frames;
+    for (const auto& [name, lines] : toMcu)
+        if (name == deviceStatus ? sections.devices : sections.mcu)
+            frames.insert(frames.end(), lines.begin(), lines.end());
+    auto transcript = section("to the microcontroller", frames);
     for (const auto& [appType, lines] : programs)
         if (sections.programs.contains(appType))
             transcript += section(std::string("to ") + Pubhead::appTypeName(appType), lines.messages) +

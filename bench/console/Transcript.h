@@ -11,16 +11,16 @@ namespace Bench
 struct TranscriptSections
 {
     bool mcu = false;
-    bool devices = false;   ///< what is plugged in, as the microcontroller is told
+    bool devices = false;   ///< the device status among them, which tells less when things come and go fast
     std::set<int> programs; ///< application types
     static TranscriptSections all();
 };
 
 /**
     What the unit sent during a run, one line each: to the microcontroller, then to each program that received anything.
-    Every section has an order of its own, so that the same run gives the same text although its streams race; pages are
-    apart, as who shows them does not wait for who sends messages. Left out is what a clock sends and what a program
-    says of itself.
+    Every kind of frame and every section has an order of its own, so that the same run gives the same text although
+   those who send them do not wait for each other; pages are apart for the same reason. Left out is what a clock sends
+   and what a program says of itself.
 */
 std::string composeTranscript(const std::vector<Event>& events, const TranscriptSections& sections);
 

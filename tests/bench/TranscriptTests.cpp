@@ -43,12 +43,11 @@ const auto run = eventsOf({ { "engine", "started" },
                             { "program ?", "sent a packet that is no event" } });
 
 constexpr const char* whole = "# to the microcontroller\n"
+                              "EVENT_AUTOTEST_INFO aa ee 01 07 82 02 24\n"
+                              "EVENT_DEVICE_STATUS 00 10\n"
                               "EVENT_GET_LAST_MEMORY\n"
                               "EVENT_KEY 00 07 00\n"
                               "EVENT_KEY 00 07 00\n"
-                              "EVENT_AUTOTEST_INFO aa ee 01 07 82 02 24\n"
-                              "# device status to the microcontroller\n"
-                              "EVENT_DEVICE_STATUS 00 10\n"
                               "# to AppRadio\n"
                               "command-line sourceEnter mbFM onTop\n"
                               "key next\n"
