@@ -63,6 +63,25 @@ bool isSame(const Look& first, const Look& second)
                       ::xcb_get_image_data(second.get()));
 }
 
+/** Programs draw when they please: two looks are the same, or two seconds have passed. Null when there is no picture.
+ */
+Look lookAtRest(const Display& display)
+{
+    constexpr std::chrono::milliseconds pause { 150 };
+    constexpr int mostLooks = 14;
+    auto pixels = look(display.connection.get(), *display.screen);
+    for (int i = 0; i < mostLooks && pixels != nullptr; ++i)
+    {
+        std::this_thread::sleep_for(pause);
+        auto next = look(display.connection.get(), *display.screen);
+        const bool atRest = next != nullptr && isSame(pixels, next);
+        pixels = std::move(next);
+        if (atRest)
+            break;
+    }
+    return pixels;
+}
+
 /** The display's pixels are blue, green, red and a byte for nothing. */
 juce::Image imageOf(const Look& pixels, const xcb_screen_t& screen)
 {
@@ -80,33 +99,19 @@ juce::Image imageOf(const Look& pixels, const xcb_screen_t& screen)
 
 std::string savePicture(const std::string& file)
 {
-    constexpr std::chrono::milliseconds pause { 150 };
-    constexpr int mostLooks = 14;
     constexpr int colourDepth = 24;
     const Display display;
     if (display.screen == nullptr)
         return noDisplay;
-    const auto& screen = *display.screen;
-    auto pixels = look(display.connection.get(), screen);
+    const auto pixels = lookAtRest(display);
     if (pixels == nullptr || pixels->depth != colourDepth)
         return "the display's picture cannot be had: 24 bits a pixel are wanted";
-    for (int i = 0; i < mostLooks; ++i)
-    {
-        std::this_thread::sleep_for(pause);
-        auto next = look(display.connection.get(), screen);
-        if (next == nullptr)
-            return "the display has gone";
-        const bool atRest = isSame(pixels, next);
-        pixels = std::move(next);
-        if (atRest)
-            break;
-    }
     const juce::File target(
         juce::File::getCurrentWorkingDirectory().getChildFile(juce::String::fromUTF8(file.c_str())));
     target.getParentDirectory().createDirectory();
     target.deleteFile();
     const auto stream = target.createOutputStream();
-    if (stream == nullptr || !juce::PNGImageFormat().writeImageToStream(imageOf(pixels, screen), *stream))
+    if (stream == nullptr || !juce::PNGImageFormat().writeImageToStream(imageOf(pixels, *display.screen), *stream))
         return file + ": cannot be written";
     return {};
 }
@@ -122,11 +127,13 @@ std::string touchScreen(int x, int y)
     const auto* extension = ::xcb_get_extension_data(connection, &xcb_test_id);
     if (extension == nullptr || extension->present == 0)
         return "the display takes no touches from programs";
+    lookAtRest(display); // as a person does before the finger comes
     const auto send = [&](std::uint8_t what, std::uint8_t detail)
     {
         ::xcb_test_fake_input(connection, what, detail, XCB_CURRENT_TIME, display.screen->root,
                               static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
-        ::xcb_flush(connection);
+        // An answer to whatever else says that the display has taken it.
+        std::free(::xcb_get_input_focus_reply(connection, ::xcb_get_input_focus(connection), nullptr));
     };
     send(XCB_MOTION_NOTIFY, 0);
     send(XCB_BUTTON_PRESS, firstButton);

@@ -60,7 +60,7 @@ private:
     void arriveAt(int frequency);
 
     Band current = fm;
-    std::array<int, bandCount> frequencies { 10110, 1000, 3 };
+    std::array<int, bandCount> frequencies { 10110, 1000, 1 };
     int area = 0;
     bool alert = false;
     std::string name, radioText;

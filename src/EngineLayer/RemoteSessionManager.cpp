@@ -62,13 +62,14 @@ bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& mess
 {
     if (message == nullptr || !isValid(appType))
         return false;
+    const bool isStarting = getAppState(appType) == kStarting;
     const juce::ScopedLock guard(lock);
     if (registeredApps.count(appType) != 0)
         return RemotecommDev::getInstance()->postToApp(appType, message);
     if (isPointlessLater(*message))
         return false;
     auto& queue = pendingMessages[appType];
-    queue.push_back(message);
+    queue.push_back({ message, isStarting });
     if (queue.size() == suspiciousQueue)
         Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "%d messages wait for %s",
                                                   static_cast<int>(suspiciousQueue), Pubhead::appTypeName(appType));
@@ -151,7 +152,7 @@ void RemoteSessionManager::registerApp(int appType)
         const auto waiting = pendingMessages.find(appType);
         if (waiting != pendingMessages.end())
         {
-            for (auto& message : waiting->second)
+            for (auto& [message, isForStarted] : waiting->second)
             {
                 RemotecommDev::getInstance()->postToApp(appType, message);
                 RemoteMessage::recycle(std::move(message));
@@ -167,15 +168,19 @@ void RemoteSessionManager::unregisterApp(int appType)
     {
         const juce::ScopedLock guard(lock);
         registeredApps.erase(appType);
-        pendingMessages.erase(appType);
     }
+    dropPending(appType);
     postToPageOf(appType, Kernel::MSG_APP_DISCONNECTED);
 }
 
 void RemoteSessionManager::dropPending(int appType)
 {
+    const bool isStarting = getAppState(appType) == kStarting;
     const juce::ScopedLock guard(lock);
-    pendingMessages.erase(appType);
+    if (isStarting)
+        std::erase_if(pendingMessages[appType], [](const Waiting& each) { return !each.isForStarted; });
+    else
+        pendingMessages.erase(appType);
 }
 
 void RemoteSessionManager::onAppConnectState(int appType, int state)
@@ -193,9 +198,11 @@ void RemoteSessionManager::onAppConnectState(int appType, int state)
         break;
     case kClosing:
     {
-        const juce::ScopedLock guard(lock);
-        registeredApps.erase(appType);
-        pendingMessages.erase(appType);
+        {
+            const juce::ScopedLock guard(lock);
+            registeredApps.erase(appType);
+        }
+        dropPending(appType);
         break;
     }
     default:

@@ -41,6 +41,8 @@ private:
 
     void registerApp(int appType);
     void unregisterApp(int appType);
+    /** What waits for a program that is gone. A state is told later than it is set: what was sent to the process that
+     * has been started meanwhile goes on waiting. */
     void dropPending(int appType);
     void receive(int appType, Platform::RemoteMessage& message);
     static void postToPageOf(int appType, juce::int32 id, Kernel::Payload payload = nullptr);
@@ -48,7 +50,12 @@ private:
     /** Held while messages are posted, which keeps their order; never while somebody else's code runs. */
     mutable juce::CriticalSection lock;
     std::set<int> registeredApps;
-    std::map<int, std::vector<Platform::RemoteMessage::Ptr>> pendingMessages;
+    struct Waiting
+    {
+        Platform::RemoteMessage::Ptr message;
+        bool isForStarted; ///< its program had been started and had not said hello
+    };
+    std::map<int, std::vector<Waiting>> pendingMessages;
     std::map<juce::int32, EngineApi::RemoteMsgFilterInterface*> msgFilters;
 };
 

@@ -244,6 +244,22 @@ TEST_F(ExeMonitorTest, BelievesTheBusAboutWhoSaysHello)
 }
 
 /** Waiting fails for a while, as it may when the system is short of descriptors: no end of a process is missed. */
+/** What is sent to a program that has just been started reaches it, though its start is told only then; what waited for
+ * the one before does not. */
+TEST_F(ExeMonitorTest, KeepsWhatIsSentToTheNewProcess)
+{
+    sendRemoteMessage(AppRadio, RMSG_KEY, 1, 0);
+    monitor.launchApp(AppRadio, mbFM, radioPath, nullptr, true);
+    sendRemoteMessage(AppRadio, RMSG_KEY, 2, 0);
+    run();
+    IpcDouble::setPresent(AppRadio, true, ProcessDouble::takeLaunches().front().pid);
+    takeSent();
+    fromProgram(AppRadio, RMSG_APP_HELLO, AppRadio);
+    const auto sent = takeSent();
+    EXPECT_THAT(sent, Contains(Sent { AppRadio, RMSG_KEY, 2 }));
+    EXPECT_THAT(sent, Not(Contains(Sent { AppRadio, RMSG_KEY, 1 })));
+}
+
 /** A program dies, and its page is asked for before that has been noticed: it starts anew. */
 TEST_F(ExeMonitorTest, StartsAnewWhatHasJustDied)
 {
