@@ -11,11 +11,6 @@ namespace
 
 constexpr int mostFrames = 1000;
 
-Outcome failed(std::string error)
-{
-    return { Outcome::failed, std::move(error) };
-}
-
 std::string restOf(const Words& words)
 {
     std::string text = words[2];

@@ -18,11 +18,6 @@ namespace
 
 constexpr int mostFrames = 1000;
 
-Outcome failed(std::string error)
-{
-    return { Outcome::failed, std::move(error) };
-}
-
 } // namespace
 
 Outcome Console::usageOf(const char* command)

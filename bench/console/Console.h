@@ -6,6 +6,7 @@
 #include "bench/console/Transcript.h"
 
 #include <iosfwd>
+#include <utility>
 
 namespace Bench
 {
@@ -16,6 +17,11 @@ struct Outcome
     enum Kind { done, failed, leave } kind = done;
     std::string error {}; ///< for `failed`; one line, more for what was seen instead
 };
+
+inline Outcome failed(std::string error)
+{
+    return { Outcome::failed, std::move(error) };
+}
 
 /** The commands of the bench, from a person or a script. Everything that they do is done on a Unit. One thread. */
 class Console

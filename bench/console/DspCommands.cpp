@@ -18,11 +18,6 @@ namespace
 
 constexpr int mostTransfers = 10'000;
 
-Outcome failed(std::string error)
-{
-    return { Outcome::failed, std::move(error) };
-}
-
 std::string fixed(double value, int decimals)
 {
     std::ostringstream text;

@@ -13,11 +13,6 @@ using namespace Pubhead;
 namespace
 {
 
-Outcome failed(std::string error)
-{
-    return { Outcome::failed, std::move(error) };
-}
-
 Outcome ifEmpty(const std::string& error)
 {
     return error.empty() ? Outcome {} : failed(error);

@@ -6,16 +6,6 @@
 namespace Bench
 {
 
-namespace
-{
-
-Outcome failed(std::string error)
-{
-    return { Outcome::failed, std::move(error) };
-}
-
-} // namespace
-
 Outcome Console::remote(const Words& words)
 {
     const auto what = words.size() > 1 ? words[1] : std::string("show");

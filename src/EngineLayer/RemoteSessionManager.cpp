@@ -165,12 +165,17 @@ void RemoteSessionManager::registerApp(int appType)
 
 void RemoteSessionManager::unregisterApp(int appType)
 {
+    stopPosting(appType);
+    postToPageOf(appType, Kernel::MSG_APP_DISCONNECTED);
+}
+
+void RemoteSessionManager::stopPosting(int appType)
+{
     {
         const juce::ScopedLock guard(lock);
         registeredApps.erase(appType);
     }
     dropPending(appType);
-    postToPageOf(appType, Kernel::MSG_APP_DISCONNECTED);
 }
 
 void RemoteSessionManager::dropPending(int appType)
@@ -197,14 +202,8 @@ void RemoteSessionManager::onAppConnectState(int appType, int state)
         registerApp(appType);
         break;
     case kClosing:
-    {
-        {
-            const juce::ScopedLock guard(lock);
-            registeredApps.erase(appType);
-        }
-        dropPending(appType);
+        stopPosting(appType);
         break;
-    }
     default:
         break;
     }

@@ -41,6 +41,7 @@ private:
 
     void registerApp(int appType);
     void unregisterApp(int appType);
+    void stopPosting(int appType);
     /** What waits for a program that is gone. A state is told later than it is set: what was sent to the process that
      * has been started meanwhile goes on waiting. */
     void dropPending(int appType);
