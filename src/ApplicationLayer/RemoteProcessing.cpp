@@ -1,6 +1,6 @@
 #include "ApplicationLayer/AppHandler.h"
 #include "ApplicationLayer/ApplicationTask.h"
-#include "EngineApi/MarineNetwork.h"
+#include "EngineApi/NavicoCanApi.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
@@ -34,7 +34,6 @@ constexpr juce::int32 keepOldTexts = 1;
 constexpr juce::int32 integerSetting = 1;
 
 /** Operations of the marine network's sends. */
-enum Transmit : int { transmitFirst = 0, transmitSecond = 1, transmitThird = 2 };
 
 void serveWiredRemote(const RemoteMessage& message)
 {
@@ -51,12 +50,6 @@ void serveWiredRemote(const RemoteMessage& message)
         return;
     remote->showText(0, message.bundle->getInt("pos1", 0), message.bundle->getString("string1", {}), false);
     remote->showText(1, message.bundle->getInt("pos2", 0), message.bundle->getString("string2", {}), false);
-}
-
-void transmit(int operation, const RemoteMessage& message)
-{
-    if (auto* network = Provided<MarineNetwork>::get())
-        network->transmit(operation, message.bundle);
 }
 
 } // namespace
@@ -90,11 +83,11 @@ void AppHandler::processRemote(const Kernel::SystemMessage& message)
         return Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF_CONFIRM, remote->arg1,
                                          remote->arg2);
     case RMSG_N2K_TX:
-        return transmit(transmitFirst, *remote);
+        return sendCanData(remote->bundle);
     case RMSG_N2K_TX_2:
-        return transmit(transmitSecond, *remote);
+        return sendPgnBundle(remote->bundle);
     case RMSG_N2K_TX_3:
-        return transmit(transmitThird, *remote);
+        return sendMediaInfo(remote->bundle);
     case RMSG_SETTING_CHANGED:
         return storeSetting(*remote);
     case RMSG_EQ_PAGE_SHOW:

@@ -36,9 +36,11 @@ enum RemoteMessageId : juce::int32 {
     RMSG_STATE_TO_SYSTEM = 1204,     ///< <- ready for power-off; arg1 page
     RMSG_RADIO_NOTIFY = 1323,        ///< -> arg2 value, or a batch of bodies
     RMSG_RADIO_CONTROL = 1327,       ///< <- seek, step, frequency, sensitivity
-    RMSG_N2K_TX = 1635,              ///< <- NMEA 2000 data to send
-    RMSG_N2K_TX_2 = 1637,            ///< <-
-    RMSG_N2K_TX_3 = 1638,            ///< <-
+    RMSG_N2K_DATA = 1634,            ///< -> a data block of the boat's network
+    RMSG_N2K_TX = 1635,              ///< <- a data block for the network
+    RMSG_N2K_PGN = 1636,             ///< -> a message of the network, with its head
+    RMSG_N2K_TX_2 = 1637,            ///< <- a message for the network
+    RMSG_N2K_TX_3 = 1638,            ///< <- media information for the network
     RMSG_PAGE_REQUEST_SHOW = 1724,   ///< <- arg1 page
     RMSG_PAGE_SHOW = 1725,           ///< -> arg1 page
     RMSG_PAGE_HIDE = 1726,           ///< -> arg1 page

@@ -6,6 +6,7 @@
 #include "EngineLayer/DeviceStatusManager.h"
 #include "EngineLayer/HostSessionManager.h"
 #include "EngineLayer/KeyManager.h"
+#include "EngineLayer/NavicoManager.h"
 #include "EngineLayer/RemoteSessionManager.h"
 #include "EngineLayer/SystemStateManager.h"
 #include "EngineLayer/TLX70Dev.h"
@@ -60,6 +61,7 @@ void SystemFactory::buildManagers()
     addComponent(highGroup, EngineLayer::RemoteSessionManager::getInstance(), Kernel::remoteSessionManagerId);
     addComponent(systemGroup, EngineLayer::DeviceStatusManager::getInstance(), Kernel::deviceStatusManagerId);
     addComponent(systemGroup, EngineLayer::KeyManager::getInstance(), Kernel::keyManagerId);
+    addComponent(systemGroup, EngineLayer::NavicoManager::getInstance(), Kernel::navicoManagerId);
     addComponent(systemGroup, EngineLayer::SystemStateManager::getInstance(), Kernel::systemStateManagerId);
     addComponent(normalGroup, EngineLayer::DataManager::getInstance(), Kernel::dataManagerId);
     addComponent(normalGroup, EngineLayer::ExeMonitor::getInstance(), Kernel::exeMonitorId);

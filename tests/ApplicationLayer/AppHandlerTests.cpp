@@ -1,6 +1,5 @@
 #include "ApplicationLayer/ApplicationTask.h"
 #include "EngineApi/DeviceStatus.h"
-#include "EngineApi/MarineNetwork.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
 #include "EngineLayer/ApplicationManager.h"
@@ -50,12 +49,6 @@ public:
     std::vector<std::pair<int, int>> own;
 };
 
-struct MarineNetworkRecorder : MarineNetwork
-{
-    void transmit(int operation, const Bundle::Ptr& bundle) override { calls.emplace_back(operation, bundle); }
-    std::vector<std::pair<int, Bundle::Ptr>> calls;
-};
-
 class AppHandlerTest : public ProgramsFixture
 {
 protected:
@@ -68,7 +61,6 @@ protected:
         application = new PlainApplication;
         add(application.get(), Kernel::auxInApplicationId);
         Provided<WiredRemote>::set(&wiredRemote);
-        Provided<MarineNetwork>::set(&marineNetwork);
         Provided<AutoTestSession>::set(&autoTest);
         takePosted();
     }
@@ -76,7 +68,6 @@ protected:
     ~AppHandlerTest() override
     {
         Provided<WiredRemote>::set(nullptr);
-        Provided<MarineNetwork>::set(nullptr);
         Provided<AutoTestSession>::set(nullptr);
         setEnterTestMode(false);
         Platform::Configuration::get() = {};
@@ -130,7 +121,6 @@ protected:
     ViewManager& view = *ViewManager::getInstance();
     juce::ReferenceCountedObjectPtr<PlainApplication> application;
     FakeRemote wiredRemote;
-    MarineNetworkRecorder marineNetwork;
     FakeAutoTest autoTest;
 };
 
@@ -331,7 +321,7 @@ TEST_F(AppHandlerTest, ProcessesWhatAllProgramsMaySay)
                                               Pair(Kernel::MSG_APP_REMOTE, RMSG_RADIO_EVENT)));
 }
 
-TEST_F(AppHandlerTest, ServesTheWiredRemoteAndTheNetwork)
+TEST_F(AppHandlerTest, ServesTheWiredRemote)
 {
     const auto texts = Bundle::obtain();
     texts->putString("string1", "Artist");
@@ -345,17 +335,9 @@ TEST_F(AppHandlerTest, ServesTheWiredRemoteAndTheNetwork)
     EXPECT_THAT(wiredRemote.calls, ElementsAre("clear and forget", "text 0 2 Artist", "text 1 4 Title",
                                                "text 0 2 Artist", "text 1 4 Title", "dimmer 9"));
 
-    remote(RMSG_N2K_TX, 0, 0, texts);
-    remote(RMSG_N2K_TX_2);
-    remote(RMSG_N2K_TX_3);
-    EXPECT_THAT(marineNetwork.calls, ElementsAre(Pair(0, texts), Pair(1, Bundle::Ptr()), Pair(2, Bundle::Ptr())));
-
-    // Units without these parts drop what is meant for them.
+    // A unit without it drops what is meant for it.
     Provided<WiredRemote>::set(nullptr);
-    Provided<MarineNetwork>::set(nullptr);
     remote(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
-    remote(RMSG_N2K_TX, 0, 0, texts);
-    EXPECT_EQ(marineNetwork.calls.size(), 3u);
 }
 
 TEST_F(AppHandlerTest, StoresSettingsOfPrograms)

@@ -1,0 +1,54 @@
+#include "EngineApi/NavicoCanApi.h"
+
+#include "EngineApi/HostLink.h"
+#include "platform/CommandLine.h"
+#include "platform/Logger.h"
+
+namespace EngineApi
+{
+
+namespace
+{
+
+juce::MemoryBlock bytesOf(const Platform::Bundle::Ptr& bundle)
+{
+    return bundle != nullptr ? Platform::RemoteObjFormat::getByteArray(bundle) : juce::MemoryBlock();
+}
+
+void send(int command, const juce::MemoryBlock& bytes)
+{
+    if (!bytes.isEmpty())
+        sendData(command, bytes.getData(), static_cast<int>(bytes.getSize()));
+}
+
+} // namespace
+
+void sendCanData(const Platform::Bundle::Ptr& bundle)
+{
+    send(EVENT_DATA_SEND_CAN, bytesOf(bundle));
+}
+
+void sendPgnBundle(const Platform::Bundle::Ptr& bundle)
+{
+    constexpr int logLine = 37;
+    const auto bytes = bytesOf(bundle);
+    if (bytes.isEmpty())
+        return;
+    send(EVENT_PGN_SEND_CAN, bytes);
+    Platform::Logger::getInstance()->logInfo(
+        "EngineApi/NavicoCanApi", logLine, "NavicoManager",
+        "TxPGNParcelToNavico::" + juce::String::toHexString(bytes.getData(), static_cast<int>(bytes.getSize())) + "\n");
+}
+
+void sendPgnParcel(Platform::Parcel& parcel)
+{
+    sendDataUrgent(EVENT_PGN_SEND_CAN, parcel.data(), parcel.dataSize());
+    parcel.recycle();
+}
+
+void sendMediaInfo(const Platform::Bundle::Ptr& bundle)
+{
+    send(EVENT_MEDIA_INFO, bytesOf(bundle));
+}
+
+} // namespace EngineApi
