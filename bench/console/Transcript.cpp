@@ -23,11 +23,13 @@ constexpr const char* deviceStatus = "EVENT_DEVICE_STATUS";
     the heartbeat every 3 s; "ready" to the test equipment 2 s after the start, which is its first message there, as
     later it is an answer; and the request for the last memory, asked again every second until it is answered, of which
     the first stays. Nothing is repeated for the link's sake: the journal has a frame once however often it is
-    transmitted, and the unit does not answer one that the microcontroller repeats.
+    transmitted, and the unit does not answer one that the microcontroller repeats. Messages for the boat's network are
+    urgent: which one overtakes which depends on how far the link has come.
 */
-bool isSentByClock(const std::string& line, const Lines& before)
+bool comesAnywhere(const std::string& line, const Lines& before)
 {
-    return line.starts_with("EVENT_HEAT_BEAT") || line == "EVENT_AUTOTEST_INFO aa ee 00 07 82 02 23" ||
+    return line.starts_with("EVENT_PGN_SEND_CAN") || line.starts_with("EVENT_HEAT_BEAT") ||
+           line == "EVENT_AUTOTEST_INFO aa ee 00 07 82 02 23" ||
            (line == "EVENT_GET_LAST_MEMORY" && !before.empty() && before.back() == line);
 }
 
@@ -87,7 +89,7 @@ std::string composeTranscript(const std::vector<Event>& events, const Transcript
         if (stream.starts_with("frame "))
         {
             const auto line = name + (text.empty() ? "" : " " + text);
-            if (!isSentByClock(line, toMcu[name]))
+            if (!comesAnywhere(line, toMcu[name]))
                 toMcu[name].push_back(line);
         }
         else if (stream.starts_with("page "))

@@ -86,8 +86,7 @@ TEST(PGNPacketTest, TellsDamageFromWhatItDoesNotKnow)
     {
         const auto packet = parse({ command.begin(), command.begin() + static_cast<std::ptrdiff_t>(length) });
         EXPECT_EQ(packet.has_value(), length >= 10) << length;
-        if (packet)
-            EXPECT_FALSE(packet->isValid()) << length;
+        EXPECT_FALSE(packet && packet->isValid()) << length;
     }
     const auto unknownField = parse(groupFunction({ 0x01, 0x15, 0xFE, 0x01, 0xF8, 0x02, 0x01, 0x01, 0x0E, 0x00 }));
     ASSERT_TRUE(unknownField && !unknownField->isValid());
