@@ -1,6 +1,7 @@
 #include "EngineLayer/NavicoManager.h"
 
 #include "EngineApi/HostLink.h"
+#include "EngineApi/NavicoCanApi.h"
 #include "EngineApi/RemoteMessageIds.h"
 #include "EngineLayer/DataManager.h"
 #include "EngineLayer/HostSessionManager.h"
@@ -196,6 +197,22 @@ TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
             << each.source << " " << testing::PrintToString(each.data);
     }
     EXPECT_THAT(said(), IsEmpty());
+}
+
+TEST_F(NavicoManagerTest, SendsWhatProgramsHaveForTheNetworkBehindItsOwn)
+{
+    const std::uint8_t bytes[] = { 0x09, 0xFE, 0x01 };
+    const LogCapture log;
+    for (const auto send : { sendCanData, sendPgnBundle, sendMediaInfo })
+        for (const auto& bundle : { Platform::RemoteObjFormat::formatByteArray(bytes, 3), Platform::Bundle::obtain(),
+                                    Platform::Bundle::Ptr() })
+            send(bundle);
+    EXPECT_EQ(log.count("TxPGNParcelToNavico::09 FE 01\n"), 1);
+    Platform::Parcel own;
+    own.writeByte(0x42);
+    sendPgnParcel(own);
+    EXPECT_EQ(own.dataSize(), 0);
+    EXPECT_THAT(said(), ElementsAre("11 42", "7 09 FE 01", "11 09 FE 01", "12 09 FE 01"));
 }
 
 TEST_F(NavicoManagerTest, TellsVersionsAndKeepsWhatItIsTold)
