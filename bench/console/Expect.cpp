@@ -132,6 +132,8 @@ ParsedExpectation parseExpectation(const Words& words)
         parsed = expectPage(words);
     else if (subject == "program")
         parsed = expectProgram(words);
+    else if (subject == "update" && words.size() >= 2)
+        parsed = { { "update", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
     else if (subject == "log" && words.size() == 2)
         parsed = { { "log", words[1], true, false, {} }, {} };
     else if (subject == "engine" && words.size() >= 2)
@@ -147,7 +149,7 @@ ParsedExpectation parseExpectation(const Words& words)
     else
         parsed =
             failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
-                   "remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT]");
+                   "update TEXT | remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT]");
     parsed.expectation.description = joined(words);
     return parsed;
 }
