@@ -6,6 +6,7 @@
 #include "bench/LogFollower.h"
 #include "bench/Mcu.h"
 #include "bench/NetworkDisplay.h"
+#include "bench/NetworkLog.h"
 #include "bench/Programs.h"
 #include "bench/TestEquipment.h"
 #include "bench/VideoDecoder.h"
@@ -69,6 +70,7 @@ public:
     Mcu mcu { journal };
     TestEquipment testEquipment { journal, mcu };
     NetworkDisplay networkDisplay { journal, mcu };
+    NetworkLog networkLog { journal, mcu };
     WiredRemote remote { journal };
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };
