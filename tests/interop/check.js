@@ -1,5 +1,5 @@
-// Reads a log of the network's traffic with a decoder that knows nothing of this unit, and holds it against exchanges.js.
-// Prints what was said and each field as it was read; the status is 1 when something is not as it must be.
+// Reads a log of the network's traffic with a decoder that knows nothing of this unit, and holds it against
+// exchanges.js. Prints what was said and each field as it was read; status 1 when something is not as it must be.
 const { readFileSync } = require('fs');
 const { isDeepStrictEqual } = require('util');
 const { FromPgn, pgnToActisenseSerialFormat } = require('@canboat/canboatjs');
@@ -60,7 +60,7 @@ function faultsOf(answer, heard) {
     return faults;
 }
 
-/** A right one goes before an earlier one: the unit sends its newest message first, so that its reports overtake each other. */
+/** The unit sends its newest message first, so its reports overtake each other: a right one goes before an earlier. */
 function find(answer, from) {
     const candidates = traffic.filter(
         ({ source, destination, pgn, taken }, index) =>

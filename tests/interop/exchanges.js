@@ -1,32 +1,45 @@
 // What a display asks of the unit and tells it, and what the decoder must read in the answers; in the order of play.
 //
 // An exchange is `said`, one message in the encoder's form, and its `answers`; what the unit says by itself has no `said`.
-// An answer has the fields that the unit and the decoder's definition agree upon, with a remark where they mean it differently.
-// `differs` has those that they do not agree upon, each with the reason; then `bytes` pins the whole message. A field that is
-// read and not named here is a failure, as is a message to the display that nobody waits for.
+// An answer has the fields that the unit and the decoder's definition agree upon, with a remark where they do not mean quite
+// the same. `differs` has the others, each with the reason; then `bytes` pins the whole message. A field that is read and
+// not named here is a failure, as is a message to the display that nobody waits for.
 
 const unit = 10;
 const display = 35;
 const everybody = 255;
 
+/** Messages, with the numbers of the fields that are said. */
+const supportedZones = { pgn: 130574, numbers: { first: 1 } };
+const tone = { zone: 1, fader: 3, balance: 4, subwoofer: 5, treble: 6, middle: 7, bass: 8, lowPass: 12, beyond: 14 };
+const zoneConfiguration = { pgn: 130581, numbers: tone };
+const zoneParameters = { pgn: 130586, numbers: tone };
+const zoneVolume = { pgn: 130582, numbers: { zone: 1, volume: 2, step: 3, mute: 4 } };
+const libraryFile = { pgn: 130570 };
+const libraryGroup = { pgn: 130571 };
+const productInformation = { pgn: 126996, numbers: { version: 1 } };
+const isoRequestPgn = 59904;
+const groupFunctionPgn = 126208;
+
+const up = 0;
+const down = 1;
 
 const message = (pgn, fields) => ({ prio: 6, pgn, src: display, dst: unit, fields });
-const isoRequest = (pgn) => message(59904, { PGN: pgn });
-const group = (kind, pgn, values, more) =>
-    message(126208, {
+const isoRequest = ({ pgn }) => message(isoRequestPgn, { PGN: pgn });
+const group = (kind, { pgn, numbers }, values, more) =>
+    message(groupFunctionPgn, {
         'Function Code': kind,
         PGN: pgn,
         ...more,
         'Number of Parameters': Object.keys(values).length,
-        list: Object.entries(values).map(([number, value]) => ({ Parameter: Number(number), Value: value })),
+        list: Object.entries(values).map(([name, value]) => ({ Parameter: numbers[name], Value: value })),
     });
-/** `values` by field number. */
-const request = (pgn, values) => group('Request', pgn, values);
-const command = (pgn, values) => group('Command', pgn, values, { Priority: 8 });
+const request = (target, values) => group('Request', target, values);
+const command = (target, values) => group('Command', target, values, { Priority: 8 });
 
-const acknowledgement = (pgn, ...parameters) => ({
+const acknowledgement = ({ pgn }, ...parameters) => ({
     what: 'acknowledgement',
-    pgn: 126208,
+    pgn: groupFunctionPgn,
     to: display,
     fields: {
         'Function Code': 'Acknowledge',
@@ -45,7 +58,7 @@ const notSupported = 'Not supported';
 /** As the unit reports it by itself, and to a request for all zones. */
 const volume = (zone, percent, mute, to = everybody) => ({
     what: 'zone volume',
-    pgn: 130582,
+    pgn: zoneVolume.pgn,
     to,
     fields: { 'Zone ID': `Zone ${zone}`, Volume: percent, Mute: mute },
     remarks: { Mute: 'in an answer, whether the volume is 0; in a report, whether the unit is mute' },
@@ -56,7 +69,7 @@ const volume = (zone, percent, mute, to = everybody) => ({
 /** To a request for one zone. */
 const volumeOfOne = (zone, percent) => ({
     what: 'zone volume, of one zone',
-    pgn: 130582,
+    pgn: zoneVolume.pgn,
     to: display,
     fields: { 'Zone ID': `Zone ${zone}`, Volume: percent },
     differs: {
@@ -67,24 +80,25 @@ const volumeOfOne = (zone, percent) => ({
     bytes: [zone, percent, 3, 0, 0],
 });
 
-/** Tone is fader, balance, subwoofer, treble, middle and bass; sound is preset, high-pass on, its frequency. */
-const record = (zone, tone, sound) => [zone, 100, ...tone, ...sound, 0, 0, 0, 0, 0, 0, 0].map((byte) => byte & 0xff);
+/** Levels are fader, balance, subwoofer, treble, middle and bass; sound is preset, high-pass on, its frequency. */
+const record = (zone, levels, sound) =>
+    [zone, 100, ...levels, ...sound, 0, 0, 0, 0, 0, 0, 0].map((byte) => byte & 0xff);
 const signedSteps = 'steps, -6 to 6, where the definition has percent';
 const presets = { 0: 'Flat', 1: 'Rock', 3: 'Jazz', 4: 'Pop', 10: 'Custom' };
 
-const parameters = (zone, tone, sound, to = everybody) => ({
+const parameters = (zone, levels, sound, to = everybody) => ({
     what: 'zone configuration',
-    pgn: 130586,
+    pgn: zoneParameters.pgn,
     to,
     fields: {
         'Zone ID': `Zone ${zone}`,
         'Volume limit': 100,
-        Fade: tone[0],
-        Balance: tone[1],
-        'Sub volume': tone[2],
-        'EQ - Treble': tone[3],
-        'EQ - Mid range': tone[4],
-        'EQ - Bass': tone[5],
+        Fade: levels[0],
+        Balance: levels[1],
+        'Sub volume': levels[2],
+        'EQ - Treble': levels[3],
+        'EQ - Mid range': levels[4],
+        'EQ - Bass': levels[5],
         'Preset type': presets[sound[0]],
         'Audio filter': sound[1] ? 'High pass' : 'Full range',
         'High pass filter frequency': sound[2],
@@ -101,12 +115,12 @@ const parameters = (zone, tone, sound, to = everybody) => ({
         'Low pass filter frequency': 'the upper half of the high-pass frequency, which takes 32 bits instead of 16',
         Channel: 'the first byte of the low-pass frequency, which takes 32 bits and starts two bytes later',
     },
-    bytes: record(zone, tone, sound),
+    bytes: record(zone, levels, sound),
 });
 
-const configuration = (zone, tone, sound, to = everybody) => ({
+const configuration = (zone, levels, sound, to = everybody) => ({
     what: 'zone configuration, old',
-    pgn: 130581,
+    pgn: zoneConfiguration.pgn,
     to,
     fields: { 'First zone ID': zone },
     differs: {
@@ -114,14 +128,14 @@ const configuration = (zone, tone, sound, to = everybody) => ({
         'Total zone count': 'the fader',
         list: 'balance, subwoofer, tone and filters, where the definition, which it calls deprecated, has zone names',
     },
-    bytes: record(zone, tone, sound),
+    bytes: record(zone, levels, sound),
 });
 
 const text = (...parts) => parts.flatMap((part) => (typeof part === 'string' ? [...Buffer.from(part)] : [part]));
 
 const zones = (first, to = display) => ({
     what: 'zones',
-    pgn: 130574,
+    pgn: supportedZones.pgn,
     to,
     fields: {
         'First zone ID': first,
@@ -136,7 +150,7 @@ const zones = (first, to = display) => ({
 
 const zonesWithUmlaut = {
     what: 'zones, with a name beyond ASCII',
-    pgn: 130574,
+    pgn: supportedZones.pgn,
     to: everybody,
     fields: { 'First zone ID': 0, 'Zone count': 2, 'Total zone count': 2 },
     differs: { list: 'UTF-8 with the type byte 1, which the decoder takes for ASCII' },
@@ -145,7 +159,7 @@ const zonesWithUmlaut = {
 
 const zonesBriefly = {
     what: 'zones, to an ISO request',
-    pgn: 130574,
+    pgn: supportedZones.pgn,
     to: display,
     fields: { 'Total zone count': 2 },
     differs: {
@@ -156,9 +170,9 @@ const zonesBriefly = {
     bytes: text(0xff, 0, 2, 1, 6, 1, 'Zone 1', 2, 6, 1, 'Cockpit'),
 };
 
-const libraryFile = {
+const emptyFile = {
     what: 'library file',
-    pgn: 130570,
+    pgn: libraryFile.pgn,
     to: everybody,
     fields: { Source: 'FM' },
     differs: {
@@ -172,9 +186,9 @@ const libraryFile = {
     bytes: [2, ...Array(6).fill(0xff), 0, ...Array(9).fill(0xff), 0, 0, 0, 2, 0, 2, 0],
 };
 
-const libraryGroup = { what: 'library group', pgn: 130571, to: everybody, fields: { Source: 'FM', list: [] } };
+const emptyGroup = { what: 'library group', pgn: libraryGroup.pgn, to: everybody, fields: { Source: 'FM', list: [] } };
 
-// The values of a unit that is new, but for what the scenario sets: high-pass 80 Hz, the preset Jazz, a name for zone 2.
+// A new unit's values, but for what the scenario sets: high-pass 80 Hz, the preset Jazz, a name for zone 2.
 const sound = [3, 1, 80];
 const centred = [0, 0, 6, 0, 0, 0];
 const faded = [-3, 0, 6, 0, 0, 0];
@@ -182,68 +196,59 @@ const balanced = [-3, 5, 6, 0, 0, 0];
 const tuned = [-3, 5, 9, 1, -2, 6];
 const allZero = [0, 0, 0, 0, 0, 0];
 
-const reports = (tone) => [
-    configuration(1, tone, sound),
-    configuration(2, tone, sound),
-    parameters(1, tone, sound),
-    parameters(2, tone, sound),
+const reports = (levels) => [
+    configuration(1, levels, sound),
+    configuration(2, levels, sound),
+    parameters(1, levels, sound),
+    parameters(2, levels, sound),
 ];
 
+const by = (said, ...answers) => ({ said, answers });
+const obeyed = (target, values, ...itsReports) =>
+    by(command(target, values), acknowledgement(target, ...Object.keys(values).map(() => done)), ...itsReports);
+const refused = (target, values, ...statuses) => by(command(target, values), acknowledgement(target, ...statuses));
+
 const exchanges = [
-    { answers: [zones(0, everybody)] },
-    { said: isoRequest(130574), answers: [zonesBriefly] },
-    { said: isoRequest(130581), answers: [configuration(1, centred, sound), configuration(2, centred, sound)] },
-    { said: isoRequest(130586), answers: [parameters(1, centred, sound), parameters(2, centred, sound)] },
-    { said: isoRequest(130582), answers: [volume(1, 40, 'No'), volume(2, 40, 'No')] },
-    { said: isoRequest(130570), answers: [libraryFile] },
-    { said: isoRequest(130571), answers: [libraryGroup] },
+    by(undefined, zones(0, everybody)),
+    by(isoRequest(supportedZones), zonesBriefly),
+    by(isoRequest(zoneConfiguration), configuration(1, centred, sound), configuration(2, centred, sound)),
+    by(isoRequest(zoneParameters), parameters(1, centred, sound), parameters(2, centred, sound)),
+    by(isoRequest(zoneVolume), volume(1, 40, 'No'), volume(2, 40, 'No')),
+    by(isoRequest(libraryFile), emptyFile),
+    by(isoRequest(libraryGroup), emptyGroup),
 
-    { said: request(130574, { 1: 0 }), answers: [zones(1)] },
-    { said: request(130574, { 1: 2 }), answers: [zones(2)] },
-    { said: request(130581, { 1: 1 }), answers: [configuration(1, centred, sound, display)] },
-    { said: request(130586, { 1: 2 }), answers: [parameters(2, centred, sound, display)] },
-    { said: request(130586, { 1: 3 }), answers: [parameters(3, allZero, [0, 0, 0], display)] },
-    { said: request(130582, { 1: 1 }), answers: [volumeOfOne(1, 40)] },
-    { said: request(126996, { 1: 1 }), answers: [] }, // not one of the unit's
+    by(request(supportedZones, { first: 0 }), zones(1)),
+    by(request(supportedZones, { first: 2 }), zones(2)),
+    by(request(zoneConfiguration, { zone: 1 }), configuration(1, centred, sound, display)),
+    by(request(zoneParameters, { zone: 2 }), parameters(2, centred, sound, display)),
+    by(request(zoneParameters, { zone: 3 }), parameters(3, allZero, [0, 0, 0], display)),
+    by(request(zoneVolume, { zone: 1 }), volumeOfOne(1, 40)),
+    by(request(productInformation, { version: 1 })), // not one of the unit's
 
-    { said: command(130586, { 1: 1, 3: -3 }), answers: [acknowledgement(130586, done, done), ...reports(faded)] },
-    { said: command(130581, { 1: 1, 4: 5 }), answers: [acknowledgement(130581, done, done), ...reports(balanced)] },
-    {
-        said: command(130586, { 5: 9, 6: 1, 7: -2, 8: 6 }),
-        answers: [acknowledgement(130586, done, done, done, done), parameters(2, tuned, sound)],
-    },
-    { said: command(130586, { 1: 1, 3: 7 }), answers: [acknowledgement(130586, done, outOfRange)] },
-    { said: command(130586, { 3: 1, 12: 60 }), answers: [acknowledgement(130586, done, notSupported)] },
-    { said: command(130586, { 3: 1, 14: 0 }), answers: [acknowledgement(130586, done, invalid)] },
-    { said: request(130586, { 1: 1 }), answers: [parameters(1, tuned, sound, display)] },
+    obeyed(zoneParameters, { zone: 1, fader: -3 }, ...reports(faded)),
+    obeyed(zoneConfiguration, { zone: 1, balance: 5 }, ...reports(balanced)),
+    obeyed(zoneParameters, { subwoofer: 9, treble: 1, middle: -2, bass: 6 }, ...reports(tuned)),
+    refused(zoneParameters, { zone: 1, fader: 7 }, done, outOfRange),
+    refused(zoneParameters, { fader: 1, lowPass: 60 }, done, notSupported),
+    refused(zoneParameters, { fader: 1, beyond: 0 }, done, invalid),
+    by(request(zoneParameters, { zone: 1 }), parameters(1, tuned, sound, display)),
 
-    { said: command(130582, { 1: 2, 2: 60 }), answers: [acknowledgement(130582, done, done), volume(2, 60, 'No')] },
-    { said: command(130582, { 1: 1, 3: 0 }), answers: [acknowledgement(130582, done, done), volume(1, 42, 'No')] },
-    {
-        said: command(130582, { 1: 0, 3: 1 }),
-        answers: [acknowledgement(130582, done, done), volume(1, 40, 'No'), volume(2, 58, 'No')],
-    },
-    { said: command(130582, { 1: 1, 2: 150 }), answers: [acknowledgement(130582, done, outOfRange)] },
-    { said: command(130582, { 1: 3, 2: 50 }), answers: [acknowledgement(130582, outOfRange, done)] },
-    { said: request(130582, { 1: 2 }), answers: [volumeOfOne(2, 58)] },
-    {
-        said: request(130582, { 1: 0 }),
-        answers: [volume(1, 40, 'No', display), volume(2, 58, 'No', display)],
-    },
+    obeyed(zoneVolume, { zone: 2, volume: 60 }, volume(2, 60, 'No')),
+    obeyed(zoneVolume, { zone: 1, step: up }, volume(1, 42, 'No')),
+    obeyed(zoneVolume, { zone: 0, step: down }, volume(1, 40, 'No'), volume(2, 58, 'No')),
+    refused(zoneVolume, { zone: 1, volume: 150 }, done, outOfRange),
+    refused(zoneVolume, { zone: 3, volume: 50 }, outOfRange, done),
+    by(request(zoneVolume, { zone: 2 }), volumeOfOne(2, 58)),
+    by(request(zoneVolume, { zone: 0 }), volume(1, 40, 'No', display), volume(2, 58, 'No', display)),
 
-    // Field 4 toggles whatever its value. Asked, the unit says that a zone is mute when its volume is 0, and only then.
-    {
-        said: command(130582, { 1: 1, 4: 1 }),
-        answers: [acknowledgement(130582, done, done), volume(1, 40, 'Yes'), volume(2, 58, 'Yes')],
-    },
-    { said: isoRequest(130582), answers: [volume(1, 40, 'No'), volume(2, 58, 'No')] },
-    {
-        said: command(130582, { 1: 1, 4: 1 }),
-        answers: [acknowledgement(130582, done, done), volume(1, 40, 'No'), volume(2, 58, 'No')],
-    },
-    { said: command(130582, { 1: 1, 2: 0 }), answers: [acknowledgement(130582, done, done), volume(1, 0, 'No')] },
-    { said: request(130582, { 1: 0 }), answers: [volume(1, 0, 'Yes', display), volume(2, 58, 'No', display)] },
-    { answers: [zonesWithUmlaut] },
+    // The mute field toggles, whatever its value.
+    obeyed(zoneVolume, { zone: 1, mute: 1 }, volume(1, 40, 'Yes'), volume(2, 58, 'Yes')),
+    by(isoRequest(zoneVolume), volume(1, 40, 'No'), volume(2, 58, 'No')),
+    obeyed(zoneVolume, { zone: 1, mute: 1 }, volume(1, 40, 'No'), volume(2, 58, 'No')),
+    obeyed(zoneVolume, { zone: 1, volume: 0 }, volume(1, 0, 'No')),
+    by(request(zoneVolume, { zone: 0 }), volume(1, 0, 'Yes', display), volume(2, 58, 'No', display)),
+
+    by(undefined, zonesWithUmlaut),
 ];
 
 module.exports = { unit, display, exchanges };
