@@ -60,13 +60,13 @@ function faultsOf(answer, heard) {
     return faults;
 }
 
-/** The unit sends its newest message first, so its reports overtake each other: a right one goes before an earlier. */
+/** The unit sends its newest message first, so its reports overtake each other: the best goes before an earlier one. */
 function find(answer, from) {
     const candidates = traffic.filter(
         ({ source, destination, pgn, taken }, index) =>
             index >= from && source === unit && destination === answer.to && pgn === answer.pgn && !taken,
     );
-    return candidates.find((heard) => faultsOf(answer, heard).length === 0) ?? candidates[0];
+    return candidates.sort((a, b) => faultsOf(answer, a).length - faultsOf(answer, b).length)[0];
 }
 
 let place = 0;
