@@ -110,9 +110,11 @@ void Mcu::unitRestarts()
         {
             line.flush();
             reader.reset();
-            endSeries(held);
-            endSeries(flooding);
+            for (auto& each : series)
+                endSeries(each);
+            endPlaying();
             heardAutoTest.clear();
+            heardNetwork.clear();
             queue.clear();
             delayed.clear();
             inFlight.reset();
@@ -244,33 +246,34 @@ void Mcu::run()
         [[maybe_unused]] const auto got = ::read(wakeUp, &count, sizeof count);
 
         std::vector<Bytes> heard;
+        std::vector<NetworkFrame> network;
         {
             const std::scoped_lock guard(lock);
             readPort();
             runDeadlines();
-            advanceSeries(held);
-            advanceSeries(flooding);
+            advanceSeries();
             sendNext();
             heard.swap(heardAutoTest);
+            network.swap(heardNetwork);
         }
         if (autoTestListener)
             for (const auto& data : heard)
                 autoTestListener(data);
+        for (const auto& frame : network)
+            for (const auto& listener : networkListeners)
+                listener(frame);
     }
 }
 
 Mcu::Milliseconds Mcu::untilNextDeadline() const
 {
-    auto next = Clock::now() + std::chrono::hours(1);
+    auto next = nextTurn();
     if (faults.silentUntil)
         next = std::min(next, *faults.silentUntil);
     else if (inFlight)
         next = std::min(next, inFlight->due);
     if (!delayed.empty())
         next = std::min(next, delayed.front().first);
-    for (const auto* series : { &held, &flooding })
-        if (const auto due = *series ? (*series)->due() : std::nullopt)
-            next = std::min(next, *due);
     const auto left = std::chrono::ceil<Milliseconds>(next - Clock::now());
     return std::max(left, Milliseconds(0));
 }
@@ -412,6 +415,12 @@ void Mcu::act(const McuFrame& frame)
         if (!frame.data.empty() && frame.data[0] > 0)
             current.dimmer = frame.data[0] - 1;
         break;
+    case dataBlock:
+    case version:
+    case pgnParcel:
+    case mediaInfo:
+        noteNetwork(true, frame.command, frame.data);
+        break;
     default:
         send(radio.hear(frame.command, frame.data));
         break; // recorded above; the microcontroller has no more to do with it here
@@ -505,7 +514,7 @@ void Mcu::sendNext()
 {
     if (inFlight || faults.silentUntil)
         return;
-    queueWaitingKey();
+    queueWaiting();
     if (queue.empty())
         return;
     auto next = std::move(queue.front());
@@ -517,6 +526,7 @@ void Mcu::sendNext()
                  transmissions,
                  {} };
     note("->", inFlight->frame, mcuCommandName(inFlight->frame.command));
+    noteNetwork(false, inFlight->frame.command, inFlight->frame.data);
     transmitInFlight();
 }
 

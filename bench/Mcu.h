@@ -6,6 +6,7 @@
 #include "bench/PseudoTerminal.h"
 #include "bench/Tuner.h"
 
+#include <array>
 #include <atomic>
 #include <deque>
 #include <thread>
@@ -20,9 +21,9 @@ namespace Bench
 
     Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement),
     "mcu ready-for-power-off", "mcu power" (off and on, each time the panel's power key goes out), "mcu device-id" (as
-   set by the unit), "mcu hold" and "mcu flood" ("N sent, M skipped", when they end), "mcu link" (silent, back, faults,
-   frames given up), "frame NAME" (each frame received), "sent NAME" (each transmission of a frame). Every public
-   operation may be called from any thread; none waits for the unit.
+   set by the unit), "mcu hold", "mcu flood" and "mfd flood" ("N sent, M skipped", when they end), "n2k" (what became of
+   a play), "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received), "sent NAME" (each
+   transmission of a frame). Every public operation may be called from any thread; none waits for the unit.
 */
 class Mcu
 {
@@ -32,6 +33,17 @@ public:
     /** Data of a frame of the factory test. Called on this device's thread; may call every public operation. */
     using AutoTestListener = std::function<void(const Bytes& data)>;
 
+    /** What the unit sends to the boat's network, or gets from it. */
+    struct NetworkFrame
+    {
+        bool fromUnit;
+        int command; ///< one of NetworkCommand
+        Bytes data;
+    };
+    enum NetworkCommand : int { dataBlock = 7, version = 10, pgnParcel = 11, mediaInfo = 12, networkDeviceId = 14 };
+    /** Each frame once, in the order in which they travel. Called as the other listener is. */
+    using NetworkListener = std::function<void(const NetworkFrame& frame)>;
+
     explicit Mcu(Journal& journalToUse);
     ~Mcu();
     Mcu(const Mcu&) = delete;
@@ -39,6 +51,7 @@ public:
 
     /** Before `start`. Who listens must outlive the thread, which ends with `stop`. */
     void setAutoTestListener(AutoTestListener listener) { autoTestListener = std::move(listener); }
+    void addNetworkListener(NetworkListener listener) { networkListeners.push_back(std::move(listener)); }
     /** Opens the link and starts its thread. Empty on success, else what failed. */
     std::string start();
     void stop();
@@ -51,9 +64,20 @@ public:
     void pressKey(int value, int origin);
     /** Presses a key every 100 ms for this long, at least once, then releases it. A key held before is released now. */
     void hold(int value, int origin, Milliseconds duration);
-    /** Presses keys in turn, so many a second (1 to `mostKeysPerSecond`). At most one of them waits for the link: when
+    /** Presses keys in turn, so many a second (1 to `mostPerSecond`). At most one of them waits for the link: when
      * another one's turn comes, that turn is skipped and counted. A flood before ends now. At least one key. */
-    void flood(Bytes keys, int perSecond, Milliseconds duration);
+    void flood(const Bytes& keys, int perSecond, Milliseconds duration);
+    /** As a flood of keys, with one message of the boat's network. */
+    void floodNetwork(Bytes parcel, int perSecond, Milliseconds duration);
+    struct TimedParcel
+    {
+        Milliseconds due; ///< from the begin
+        Bytes parcel;
+    };
+    /** Messages of the boat's network, in this order, none before it is due. At most one of them waits for the link,
+     * and none is skipped. A play before ends now. `name` is for the journal: "played N messages of NAME". */
+    void play(std::string name, std::vector<TimedParcel> parcels);
+    void stopPlaying();
     void requestSource(Source source);
     void requestDeviceStatus();
     void requestPowerOff();
@@ -107,7 +131,7 @@ public:
     static constexpr Milliseconds resendAfter { 200 };
     static constexpr int transmissions = 3;
     static constexpr Milliseconds holdInterval { 100 };
-    static constexpr int mostKeysPerSecond = 1000;
+    static constexpr int mostPerSecond = 1000;
     static constexpr std::size_t deviceIdSize = 3;
 
 private:
@@ -130,13 +154,12 @@ private:
         Milliseconds delay { 0 };
         std::optional<Clock::time_point> silentUntil;
     };
-    /** Keys that come by themselves, one a turn. At most one of them waits for the link. */
-    struct KeySeries
+    /** Frames that come by themselves, one a turn. At most one of them waits for the link. */
+    struct Series
     {
         const char* stream;
-        Bytes keys;
-        int origin;
-        bool isReleased; ///< at its end
+        std::vector<Outgoing> frames; ///< in turn; none is no series
+        std::optional<Outgoing> last; ///< at its end
         std::int64_t allTurns;
         Clock::duration interval;
         Clock::time_point begin, end;
@@ -146,9 +169,18 @@ private:
         /** When it wants the thread; empty while nothing but the link is to come. */
         std::optional<Clock::time_point> due() const;
     };
+    enum SeriesKind : std::size_t { holding, flooding, floodingNetwork, seriesKinds };
+    struct Playing
+    {
+        std::string name;
+        std::vector<TimedParcel> parcels;
+        Clock::time_point begin;
+        std::size_t sent = 0;
+    };
 
     Journal& journal;
     AutoTestListener autoTestListener;
+    std::vector<NetworkListener> networkListeners;
     PseudoTerminal line;
     int wakeUp = -1;
     std::thread thread;
@@ -161,8 +193,10 @@ private:
     Faults faults;
     McuFrameReader reader;
     std::deque<Outgoing> queue;
-    std::optional<KeySeries> held, flooding;
+    std::array<std::optional<Series>, seriesKinds> series;
+    std::optional<Playing> playing;
     std::vector<Bytes> heardAutoTest; ///< until the listener gets them, without the lock
+    std::vector<NetworkFrame> heardNetwork;
     std::optional<InFlight> inFlight;
     std::optional<McuFrame> lastReceived;
     std::deque<std::pair<Clock::time_point, Bytes>> delayed;
@@ -180,10 +214,16 @@ private:
     void reportSupply();
     void send(const Tuner::Reports& reports);
     void storeDeviceId(const Bytes& id);
-    void startSeries(std::optional<KeySeries>& series, KeySeries with);
-    void advanceSeries(std::optional<KeySeries>& series);
-    void endSeries(std::optional<KeySeries>& series);
-    void queueWaitingKey();
+    void startFlood(SeriesKind kind, const char* stream, std::vector<Outgoing> frames, int perSecond,
+                    Milliseconds duration);
+    void startSeries(SeriesKind kind, Series with);
+    void advanceSeries();
+    void endSeries(std::optional<Series>& each);
+    void endPlaying();
+    /** When the frames that come by themselves want the thread. */
+    Clock::time_point nextTurn() const;
+    void queueWaiting();
+    void noteNetwork(bool fromUnit, int command, const Bytes& data);
     void followPowerKey(const Bytes& data);
     void sendLater(int command, Bytes data);
     void sendNext();

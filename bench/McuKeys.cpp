@@ -1,7 +1,6 @@
 // The keys of the microcontroller's panel: pressed once, held, or in a flood, and the power key.
 #include "bench/Mcu.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace Bench
@@ -40,78 +39,22 @@ void Mcu::hold(int value, int origin, Milliseconds duration)
     change(
         [&]
         {
-            startSeries(held, { "mcu hold",
-                                { static_cast<std::uint8_t>(value) },
-                                origin,
-                                true,
-                                turns,
-                                holdInterval,
-                                now,
-                                now + duration });
+            startSeries(holding, { "mcu hold",
+                                   { { keyCommand, keyData(origin, value) } },
+                                   Outgoing { keyCommand, keyData(released, value) },
+                                   turns,
+                                   holdInterval,
+                                   now,
+                                   now + duration });
         });
 }
 
-void Mcu::flood(Bytes keys, int perSecond, Milliseconds duration)
+void Mcu::flood(const Bytes& keys, int perSecond, Milliseconds duration)
 {
-    constexpr std::chrono::nanoseconds second = std::chrono::seconds(1);
-    const auto rate = std::clamp(perSecond, 1, mostKeysPerSecond);
-    const auto now = Clock::now();
-    const auto turns = duration * rate / std::chrono::seconds(1);
-    change(
-        [&] {
-            startSeries(flooding,
-                        { "mcu flood", std::move(keys), 0, false, turns, second / rate, now, now + duration });
-        });
-}
-
-void Mcu::startSeries(std::optional<KeySeries>& series, KeySeries with)
-{
-    endSeries(series);
-    if (with.keys.empty())
-        return;
-    with.allTurns = std::max<std::int64_t>(with.allTurns, 1);
-    series = std::move(with);
-}
-
-std::optional<Clock::time_point> Mcu::KeySeries::due() const
-{
-    if (turns < allTurns)
-        return begin + interval * turns;
-    return sent > 0 ? std::optional(end) : std::nullopt;
-}
-
-void Mcu::advanceSeries(std::optional<KeySeries>& series)
-{
-    // A series whose time is over still waits for its first key to go out.
-    for (const auto now = Clock::now(); series && series->due() && *series->due() <= now;)
-    {
-        if (series->turns == series->allTurns)
-            return endSeries(series);
-        ++series->turns;
-        series->waits = true;
-    }
-}
-
-void Mcu::endSeries(std::optional<KeySeries>& series)
-{
-    if (!series)
-        return;
-    journal.add(series->stream,
-                std::to_string(series->sent) + " sent, " + std::to_string(series->turns - series->sent) + " skipped");
-    if (series->isReleased)
-        sendLater(keyCommand, keyData(released, series->keys.front()));
-    series.reset();
-}
-
-void Mcu::queueWaitingKey()
-{
-    // After everything else, and one at a time: a flood does not make the queue grow.
-    for (auto* series : { &held, &flooding })
-        if (auto& each = *series; queue.empty() && each && std::exchange(each->waits, false))
-        {
-            const auto index = static_cast<std::size_t>(each->sent++) % each->keys.size();
-            sendLater(keyCommand, keyData(each->origin, each->keys[index]));
-        }
+    std::vector<Outgoing> frames;
+    for (const auto key : keys)
+        frames.push_back({ keyCommand, keyData(0, key) });
+    startFlood(flooding, "mcu flood", std::move(frames), perSecond, duration);
 }
 
 void Mcu::answerPowerRequest(const Bytes& data)

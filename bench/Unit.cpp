@@ -152,6 +152,7 @@ void Unit::stop()
     gpio.stop();
     dsp.stop();
     remote.stop();
+    networkLog.stopServing(); // before the link that its readers' lines go to
     mcu.stop();
     if (path.empty())
         return;

@@ -5,6 +5,8 @@
 #include "bench/GpioLines.h"
 #include "bench/LogFollower.h"
 #include "bench/Mcu.h"
+#include "bench/NetworkDisplay.h"
+#include "bench/NetworkLog.h"
 #include "bench/Programs.h"
 #include "bench/TestEquipment.h"
 #include "bench/VideoDecoder.h"
@@ -67,6 +69,8 @@ public:
     Journal journal;
     Mcu mcu { journal };
     TestEquipment testEquipment { journal, mcu };
+    NetworkDisplay networkDisplay { journal, mcu };
+    NetworkLog networkLog { journal, mcu };
     WiredRemote remote { journal };
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };

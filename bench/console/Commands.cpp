@@ -93,7 +93,7 @@ Outcome Console::mcuKeys(const Words& words)
         return usageOf("mcu");
     constexpr int highestByte = 255;
     const auto number = rest.size() < 2 ? std::optional(0)
-                        : floods        ? parseNumber(rest[1], 1, Mcu::mostKeysPerSecond)
+                        : floods        ? parseNumber(rest[1], 1, Mcu::mostPerSecond)
                                         : parseNumber(rest[1], 0, highestByte);
     if (!number)
         return failed("'" + rest[1] + (floods ? "' is no rate: 1 to 1000 keys a second" : "' is no origin: 0 to 255"));

@@ -52,6 +52,33 @@ Words autotestWords(const Words& before)
     return {};
 }
 
+Words mfdWords(const Words& before)
+{
+    if (before.size() == 1)
+        return { "volume", "step", "mute", "tone", "request", "iso", "raw", "update", "version", "flood", "state" };
+    if (before.size() == 2 && before[1] == "tone")
+    {
+        Words names;
+        for (const auto& field : toneFields)
+            names.emplace_back(field.name);
+        return names;
+    }
+    if (before.size() == 2 && before[1] == "request")
+        return { "zones", "configuration", "parameters", "volumes" };
+    if (before.size() == 2 && before[1] == "update")
+        return { "data" };
+    if (before.size() == 3 && before[1] == "step")
+        return { "up", "down" };
+    return {};
+}
+
+Words networkWords(const Words& before)
+{
+    if (before.size() == 1)
+        return { "log", "serve", "play" };
+    return before.size() == 2 ? Words { "off" } : Words();
+}
+
 Words programWords(const Words& before)
 {
     if (before.size() == 1)
@@ -98,7 +125,7 @@ Words dspWords(const Words& before)
 Words expectWords(const Words& before)
 {
     if (before.size() == 1)
-        return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "remote", "autotest", "no" };
+        return { "mcu", "page", "program", "log", "engine", "gpio", "dsp", "remote", "autotest", "mfd", "n2k", "no" };
     const auto& subject = before[1];
     if (before.size() == 2 && subject == "mcu")
         return { "source", "agreed",    "frame", "link", "ready-for-power-off",
@@ -117,6 +144,10 @@ Words expectWords(const Words& before)
         return sourceNames();
     if (before.size() == 2 && subject == "autotest")
         return { "ready", "entered", "left", "key", "source", "volume", "states", "id", "text", "message", "damaged" };
+    if (before.size() == 2 && subject == "mfd")
+        return { "sent", "flood" };
+    if (before.size() == 2 && subject == "n2k")
+        return { "played" };
     if (before.size() == 3 && subject == "mcu" && before[2] == "power")
         return { "on", "off" };
     if (before.size() == 3 && subject == "mcu" && before[2] == "frame")
@@ -161,6 +192,20 @@ std::span<const Console::Command> Console::commands()
           "and "
           "'go'; 'again' asks for the last message once more, 'damage' spoils its next frames.",
           &Console::autotest, autotestWords },
+        { "mfd",
+          "mfd volume ZONE PERCENT | step ZONE up|down | mute [ZONE] | tone NAME VALUE [ZONE]\n"
+          "mfd request zones|configuration|parameters|volumes [ZONE] | iso PGN | raw PGN [BYTES]\n"
+          "mfd update [data] | version 0|3|4 [TEXT] | flood RATE TIME | state",
+          "A multifunction display on the boat's network: see and change the zones (0 is both, the tone's NAME is "
+          "fader, "
+          "balance, subwoofer, treble, middle or bass), ask for a message or a version, start an update, ask for the "
+          "volumes RATE times a second; what it knows of the unit.",
+          &Console::mfd, mfdWords },
+        { "n2k", "n2k log FILE|off | serve [PORT]|off | play FILE [SPEED]|off",
+          "The messages of the boat's network as lines: to a file, to readers on a port of this machine, whose lines "
+          "go "
+          "to the unit, or from a file to the unit (SPEED 1 with the file's own time distances, else at once).",
+          &Console::n2k, networkWords },
         { "program",
           "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "
           "send WHAT [ARG1 [ARG2]] | window MESSAGE [W [L]] | text LINE1 LINE2 | set SETTING VALUE | do WORDS",
@@ -258,7 +303,7 @@ std::span<const Console::Command> Console::commands()
           "expect program NAME running|connected|gone|TEXT [within TIME]\n"
           "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
           "expect remote \"TEXT\" | remote dimmer TEXT | autotest [TEXT] [within TIME]\n"
-          "expect dsp TEXT | dsp write TEXT [within TIME]\n"
+          "expect dsp TEXT | dsp write TEXT | mfd [sent|flood] TEXT | n2k played [within TIME]\n"
           "expect order \"mcu source aux\" \"page aux shown\" ... [within TIME]",
           "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "
           "has its own place: what met one expectation is behind. 'order' wants them one after the other.",

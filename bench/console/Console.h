@@ -68,6 +68,8 @@ private:
 
     Outcome mcu(const Words& words);
     Outcome autotest(const Words& words);
+    Outcome mfd(const Words& words);
+    Outcome n2k(const Words& words);
     Outcome program(const Words& words);
     Outcome menu(const Words& words);
     Outcome bluetooth(const Words& words);
@@ -110,6 +112,7 @@ private:
 
     Outcome mcuKeys(const Words& words);
     Outcome mcuFault(const Words& words);
+    Outcome mfdState();
     Outcome dspState();
     Outcome dspPlay(const Words& words);
     Outcome dspFault(const Words& words);

@@ -118,6 +118,13 @@ ParsedExpectation expectAutoTest(const Words& words)
     return { { "autotest", joined(Words(words.begin() + 1, words.end())), false, false, {} }, {} };
 }
 
+ParsedExpectation expectDisplay(const Words& words)
+{
+    const bool hasStream = words[1] == "sent" || words[1] == "flood";
+    const auto text = joined(Words(words.begin() + (hasStream ? 2 : 1), words.end()));
+    return { { hasStream ? "mfd " + words[1] : "mfd", text, true, false, {} }, {} };
+}
+
 } // namespace
 
 ParsedExpectation parseExpectation(const Words& words)
@@ -142,12 +149,17 @@ ParsedExpectation parseExpectation(const Words& words)
         parsed = { { "dsp", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
     else if (subject == "remote" && words.size() >= 2)
         parsed = expectRemote(words);
+    else if (subject == "mfd" && words.size() >= 2)
+        parsed = expectDisplay(words);
+    else if (subject == "n2k" && words.size() >= 2)
+        parsed = { { "n2k", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
     else if (subject == "gpio" && words.size() == 3)
         parsed = { { "gpio " + words[1], words[2], false, false, {} }, {} };
     else
         parsed =
             failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
-                   "remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT]");
+                   "remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT] | mfd [sent|flood] "
+                   "TEXT | n2k TEXT");
     parsed.expectation.description = joined(words);
     return parsed;
 }

@@ -189,7 +189,8 @@ Outcome Console::trail(const Words& words)
     {
         const bool regular = event.stream == "frame EVENT_HEAT_BEAT" || event.text.starts_with("heartbeat");
         const bool level = event.stream == "dsp" && (event.text.ends_with(" dB") || event.text.ends_with(" silent"));
-        const bool repeats = event.stream == "front" || event.stream == "mcu source";
+        const bool repeats = event.stream == "front" || event.stream == "mcu source" ||
+                             event.stream == "frame EVENT_PGN_SEND_CAN" || event.stream == "sent EVENT_PGN_FROM_CAN";
         return !isDetail(event) && !regular && !level && !repeats;
     };
     for (const auto& event : unit.journal.find(headline, longest, tells))

@@ -84,7 +84,7 @@ TEST_F(McuKeys, floodInTurnAsFastAsTheLinkGoes)
 // The unit acknowledges nothing: one key is under way, the others are counted, and nothing piles up behind it.
 TEST_F(McuKeys, floodADeadLinkWithoutPilingUp)
 {
-    mcu.flood({ 3 }, Mcu::mostKeysPerSecond, 300ms);
+    mcu.flood({ 3 }, Mcu::mostPerSecond, 300ms);
     EXPECT_EQ(counts("mcu flood"), (std::pair { 1, 299 }));
     mcu.requestDeviceStatus();
     EXPECT_EQ(nextKey(), (Bytes { 0, 3 }));
