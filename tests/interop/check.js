@@ -16,8 +16,8 @@ function fail(text) {
 decoder.on('error', (_, error) => fail(`the decoder: ${error}`));
 
 const hexadecimal = (bytes) => [...bytes].map((byte) => byte.toString(16).padStart(2, '0')).join(' ');
-/** The rest of a line tells messages apart. */
-const withoutTime = (line) => line.slice(line.indexOf(',') + 1);
+/** Without time and priority, which do not reach the unit. */
+const contentOf = (line) => line.split(',').slice(2).join(',');
 
 const traffic = readFileSync(process.argv[2], 'utf8')
     .split('\n')
@@ -73,8 +73,8 @@ let place = 0;
 for (const { said, answers } of exchanges) {
     console.log(said ? describe(said) : 'by itself');
     if (said) {
-        const line = withoutTime(pgnToActisenseSerialFormat(said));
-        const asked = traffic.findIndex((heard, index) => index >= place && withoutTime(heard.line) === line);
+        const content = contentOf(pgnToActisenseSerialFormat(said));
+        const asked = traffic.findIndex((heard, index) => index >= place && contentOf(heard.line) === content);
         if (asked < 0) {
             fail('it is not in the log');
             continue;
