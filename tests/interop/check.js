@@ -30,12 +30,12 @@ const traffic = readFileSync(process.argv[2], 'utf8')
 
 function readable(value) {
     if (Array.isArray(value)) return value.map(readable).join(', ') || 'empty';
-    if (typeof value === 'object') return Object.values(value).map(readable).join(' ');
+    if (value && typeof value === 'object') return Object.values(value).map(readable).join(' ');
     return String(value ?? 'nothing').replace(/\p{Cc}/gu, '.');
 }
 
-function describe({ pgn, fields }) {
-    if (pgn === 59904) return `ISO request ${fields.PGN}`;
+function describe({ fields }) {
+    if (!fields.list) return `ISO request ${fields.PGN}`;
     const pairs = fields.list.map(({ Parameter, Value }) => `${Parameter}=${Value}`).join(' ');
     return `${fields['Function Code'].toLowerCase()} ${fields.PGN}: ${pairs}`;
 }
