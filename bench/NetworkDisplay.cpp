@@ -146,7 +146,18 @@ void NetworkDisplay::hear(const Mcu::NetworkFrame& frame)
             if (const auto message = messageFromUnit(frame.data))
                 learn(*message);
     }
-    journal.add(frame.fromUnit ? "mfd" : "mfd sent", networkText(frame));
+    const auto words = networkText(frame);
+    auto [stream, text] =
+        frame.fromUnit ? streamAndText(words) : std::pair<std::string, std::string>("mfd sent", words);
+    journal.add(std::move(stream), std::move(text));
+}
+
+std::pair<std::string, std::string> NetworkDisplay::streamAndText(const std::string& words)
+{
+    for (const std::string zone : { "zone 1", "zone 2" })
+        if (words.starts_with(zone + " "))
+            return { "mfd " + zone, words.substr(zone.size() + 1) };
+    return { "mfd", words };
 }
 
 void NetworkDisplay::learn(const NetworkMessage& message)

@@ -2,6 +2,7 @@
 
 #include "bench/McuFrame.h"
 #include "bench/Names.h"
+#include "bench/NetworkDisplay.h"
 
 #include <algorithm>
 
@@ -121,8 +122,10 @@ ParsedExpectation expectAutoTest(const Words& words)
 ParsedExpectation expectDisplay(const Words& words)
 {
     const bool hasStream = words[1] == "sent" || words[1] == "flood";
-    const auto text = joined(Words(words.begin() + (hasStream ? 2 : 1), words.end()));
-    return { { hasStream ? "mfd " + words[1] : "mfd", text, true, false, {} }, {} };
+    if (hasStream)
+        return { { "mfd " + words[1], joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
+    auto [stream, text] = NetworkDisplay::streamAndText(joined(Words(words.begin() + 1, words.end())));
+    return { { std::move(stream), std::move(text), true, false, {} }, {} };
 }
 
 } // namespace
