@@ -249,9 +249,10 @@ std::string groupText(Parcel& parcel)
     }
 }
 
-std::string plainText(int pgn, Parcel& parcel)
+std::string plainText(const std::string& name, Parcel& parcel)
 {
-    return "PGN " + std::to_string(pgn) + (parcel.bytesLeft() > 0 ? ": " : "") + restAsBytes(parcel);
+    const auto bytes = restAsBytes(parcel);
+    return name + (bytes.empty() ? "" : ": ") + bytes;
 }
 
 std::string proprietaryText(Parcel& parcel)
@@ -263,7 +264,7 @@ std::string proprietaryText(Parcel& parcel)
     if (std::ranges::equal(bytes, update))
         return "starts an update, number " + std::to_string(number);
     parcel.setReadPosition(0);
-    return plainText(Pgn::proprietary, parcel);
+    return plainText("PGN " + std::to_string(Pgn::proprietary), parcel);
 }
 
 /** Of a message that the display understands as far as its bytes go. */
@@ -286,7 +287,7 @@ std::string contentText(int pgn, Parcel& parcel)
     case Pgn::proprietary:
         return proprietaryText(parcel);
     default:
-        return plainText(pgn, parcel);
+        return plainText("PGN " + std::to_string(pgn), parcel);
     }
 }
 
@@ -300,7 +301,7 @@ std::string dataBlockText(std::span<const std::uint8_t> bytes)
     if (type == update)
         return "starts an update by data";
     if (type != updateReply)
-        return "data block " + std::to_string(type) + (parcel.bytesLeft() > 0 ? ": " : "") + restAsBytes(parcel);
+        return plainText("data block " + std::to_string(type), parcel);
     const bool started = parcel.readByte() != 0;
     auto text = parcel.readData(parcel.bytesLeft());
     if (!text.empty() && text.back() == 0)

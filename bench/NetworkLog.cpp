@@ -94,14 +94,17 @@ void NetworkLog::hear(const Mcu::NetworkFrame& frame)
         return; // the display says so
     using namespace std::chrono;
     const auto line = lineOf(*message, floor<milliseconds>(system_clock::now()));
+    {
+        const std::scoped_lock guard(lock);
+        ++current.logged;
+        if (output.is_open() && !(output << line << "\n" << std::flush))
+        {
+            journal.add("n2k", "the log ends: " + failure(current.file));
+            output.close();
+            current.file.clear();
+        }
+    }
     server.send(line);
-    const std::scoped_lock guard(lock);
-    ++current.logged;
-    if (!output.is_open() || output << line << "\n" << std::flush)
-        return;
-    journal.add("n2k", "the log ends: " + failure(current.file));
-    output.close();
-    current.file.clear();
 }
 
 void NetworkLog::feed(const std::string& line)
