@@ -155,8 +155,8 @@ void NetworkDisplay::hear(const Mcu::NetworkFrame& frame)
 std::pair<std::string, std::string> NetworkDisplay::streamAndText(const std::string& words)
 {
     for (const std::string zone : { "zone 1", "zone 2" })
-        if (words.starts_with(zone + " "))
-            return { "mfd " + zone, words.substr(zone.size() + 1) };
+        if ((words + " ").starts_with(zone + " "))
+            return { "mfd " + zone, words.substr(std::min(words.size(), zone.size() + 1)) };
     return { "mfd", words };
 }
 
