@@ -139,14 +139,17 @@ NetworkDisplay::State NetworkDisplay::state() const
 
 void NetworkDisplay::hear(const Mcu::NetworkFrame& frame)
 {
+    const auto text = networkText(frame);
     {
         const std::scoped_lock guard(lock);
         ++(frame.fromUnit ? current.received : current.sent);
+        if (frame.fromUnit)
+            current.lastTold = text;
         if (frame.fromUnit && frame.command == Mcu::pgnParcel)
             if (const auto message = messageFromUnit(frame.data))
                 learn(*message);
     }
-    journal.add(frame.fromUnit ? "mfd" : "mfd sent", networkText(frame));
+    journal.add(frame.fromUnit ? "mfd" : "mfd sent", text);
 }
 
 void NetworkDisplay::learn(const NetworkMessage& message)
