@@ -60,6 +60,7 @@ public:
     {
         std::map<int, Zone> zones;
         std::string lastAnswer; ///< the last acknowledgement, in words
+        std::string lastTold;   ///< the last message of the unit, in words
         unsigned received = 0, sent = 0;
     };
     State state() const;

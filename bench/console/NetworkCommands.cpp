@@ -104,7 +104,9 @@ Outcome flood(NetworkDisplay& display, const Words& words)
 
 std::string cell(const std::string& text, std::size_t width)
 {
-    return text.size() < width ? text + std::string(width - text.size(), ' ') : text;
+    const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+    const auto characters = text.size() - static_cast<std::size_t>(std::ranges::count_if(text, isContinuation));
+    return characters < width ? text + std::string(width - characters, ' ') : text;
 }
 
 std::string toneText(const std::optional<ZoneTone>& tone, const char* kind)

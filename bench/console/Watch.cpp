@@ -213,6 +213,13 @@ WatchView watchViewOf(Unit& unit)
                 std::to_string(mcu.duplicates) + " repeated, " + std::to_string(mcu.damaged) + " damaged";
     view.heartbeat = mcu.sinceHeartbeat ? std::to_string(mcu.sinceHeartbeat->count() / 1000) + " s ago" : "none yet";
     view.linkSilent = mcu.silent;
+    const auto network = unit.networkDisplay.state();
+    for (const auto& [number, zone] : network.zones)
+        view.network += "zone " + std::to_string(number) + " " + level(zone.volume) + " %" +
+                        (zone.muted.value_or(false) ? " muted, " : ", ");
+    view.network +=
+        std::to_string(network.received) + " messages of the unit, " + std::to_string(network.sent) + " to it";
+    view.networkTold = network.lastTold.empty() ? "nothing yet" : network.lastTold;
     for (const auto& [number, line] : unit.gpio.lines())
         view.lines.push_back({ std::to_string(number), lineName(number), line.level != 0 });
     for (const auto& [appType, program] : running)
@@ -265,6 +272,10 @@ std::vector<std::string> composeWatch(const WatchView& view, const Style& style)
     text.rule("├", "", "┤", "Microcontroller link");
     text.wide({ { { view.link, view.linkSilent ? &Style::warning : nullptr }, innerWidth - 1 } });
     text.wide({ { { "heartbeat " + view.heartbeat, &Style::dim }, innerWidth - 1 } });
+
+    text.rule("├", "", "┤", "Boat's network");
+    text.wide({ { { view.network }, innerWidth - 1 } });
+    text.wide({ { { "last told: " + view.networkTold, &Style::dim }, innerWidth - 1 } });
 
     text.rule("├", "", "┤", "Programs");
     for (std::size_t i = 0; i < std::min(view.programs.size(), mostPrograms); ++i)

@@ -28,6 +28,7 @@ struct WatchView
     bool remotePlugged = true;
     std::string link, heartbeat;
     bool linkSilent = false;
+    std::string network, networkTold; ///< what the display knows, and heard last
     struct Line
     {
         std::string number, name;

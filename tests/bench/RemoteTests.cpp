@@ -172,7 +172,7 @@ TEST(Watch, EveryLineIsAsWideAsTheTerminal)
     everyLineFits("nothing runs");
     const std::string lengthy = "a text that is far longer than its place in the table could ever be, with ä and …";
     view.engine = view.page = view.behind = view.plays = view.source = view.zone1 = view.zone2 = view.dimmer = lengthy;
-    view.link = view.heartbeat = lengthy + lengthy;
+    view.link = view.heartbeat = view.network = view.networkTold = lengthy + lengthy;
     view.route = { lengthy, lengthy, lengthy };
     for (int i = 0; i < 20; ++i)
     {
