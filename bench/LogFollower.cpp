@@ -15,8 +15,9 @@
 namespace Bench
 {
 
-LogFollower::LogFollower(Journal& journalToUse)
+LogFollower::LogFollower(Journal& journalToUse, std::string streamToUse)
     : journal(journalToUse)
+    , stream(std::move(streamToUse))
 {
 }
 
@@ -90,7 +91,7 @@ void LogFollower::readNew()
 
 void LogFollower::add(const std::string& line)
 {
-    journal.add("log", line);
+    journal.add(stream, line);
     // "CurrShowPage : mbFM | CurrPageState : kAppShow": from now on the engine goes by this page's being there.
     const std::string before = "CurrShowPage : ", after = " | CurrPageState : kAppShow";
     const auto from = line.find(before);

@@ -8,12 +8,11 @@
 namespace Bench
 {
 
-/** Reads a growing log file into the journal, stream "log", one event a line. Starts again when the file is replaced.
- */
+/** Reads a growing file into a stream of the journal, one event a line. Starts again when the file is replaced. */
 class LogFollower
 {
 public:
-    explicit LogFollower(Journal& journalToUse);
+    explicit LogFollower(Journal& journalToUse, std::string streamToUse = "log");
     ~LogFollower();
     LogFollower(const LogFollower&) = delete;
     LogFollower& operator=(const LogFollower&) = delete;
@@ -24,6 +23,7 @@ public:
 
 private:
     Journal& journal;
+    std::string stream;
     std::string file;
     int notifications = -1, wakeUp = -1;
     std::thread thread;

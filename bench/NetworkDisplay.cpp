@@ -139,17 +139,27 @@ NetworkDisplay::State NetworkDisplay::state() const
 
 void NetworkDisplay::hear(const Mcu::NetworkFrame& frame)
 {
-    const auto text = networkText(frame);
+    const auto words = networkText(frame);
     {
         const std::scoped_lock guard(lock);
         ++(frame.fromUnit ? current.received : current.sent);
         if (frame.fromUnit)
-            current.lastTold = text;
+            current.lastTold = words;
         if (frame.fromUnit && frame.command == Mcu::pgnParcel)
             if (const auto message = messageFromUnit(frame.data))
                 learn(*message);
     }
-    journal.add(frame.fromUnit ? "mfd" : "mfd sent", text);
+    auto [stream, text] =
+        frame.fromUnit ? streamAndText(words) : std::pair<std::string, std::string>("mfd sent", words);
+    journal.add(std::move(stream), std::move(text));
+}
+
+std::pair<std::string, std::string> NetworkDisplay::streamAndText(const std::string& words)
+{
+    for (const std::string zone : { "zone 1", "zone 2" })
+        if ((words + " ").starts_with(zone + " "))
+            return { "mfd " + zone, words.substr(std::min(words.size(), zone.size() + 1)) };
+    return { "mfd", words };
 }
 
 void NetworkDisplay::learn(const NetworkMessage& message)

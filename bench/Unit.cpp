@@ -58,9 +58,10 @@ std::string Unit::start()
 {
     if (auto error = makeFolder(); !error.empty())
         return error;
-    for (const auto& error : { linkPrograms(), mcu.start(), remote.start(remotePath()),
-                               videoDecoder.start(path + "/i2c"), gpio.start(path + "/gpio"), dsp.start(path + "/spi2"),
-                               programs.start(path + "/control"), log.start(logFile()), bus.start(path) })
+    for (const auto& error :
+         { linkPrograms(), mcu.start(), remote.start(remotePath()), videoDecoder.start(path + "/i2c"),
+           gpio.start(path + "/gpio"), dsp.start(path + "/spi2"), programs.start(path + "/control"),
+           log.start(logFile()), updateLog.start(path + "/update.log"), bus.start(path) })
         if (!error.empty())
             return error;
     return {};
@@ -148,6 +149,7 @@ void Unit::stop()
     programs.stop();
     bus.stop();
     log.stop();
+    updateLog.stop();
     videoDecoder.stop();
     gpio.stop();
     dsp.stop();
@@ -209,6 +211,25 @@ bool Unit::isUsbPlugged(int number) const
 {
     std::error_code ignored;
     return fs::is_directory(mountPoint(number), ignored);
+}
+
+bool Unit::putUpdate(int number, bool canStart)
+{
+    const auto folder = fs::path(mountPoint(number)) / "SW_Update/Bin";
+    const auto program = folder / "UpdateUtility.exe";
+    const auto said = "'" + path + "/update.log'";
+    std::error_code error;
+    if (!isUsbPlugged(number) || (fs::create_directories(folder, error), error))
+        return false;
+    std::ofstream(program) << "#!/bin/sh\n"
+                              "echo \"started $*\" >> "
+                           << said
+                           << "\n"
+                              "while kill -0 $PPID 2>/dev/null; do sleep 0.05; done\n"
+                              "echo 'the unit is down' >> "
+                           << said << "\n";
+    fs::permissions(program, canStart ? fs::perms::owner_all : fs::perms::owner_read | fs::perms::owner_write, error);
+    return !error;
 }
 
 } // namespace Bench

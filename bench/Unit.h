@@ -52,6 +52,9 @@ public:
     bool plugUsb(int number);
     bool unplugUsb(int number);
     bool isUsbPlugged(int number) const;
+    /** Puts an update program on a plugged storage, or one that cannot be started. What it says is in the journal's
+     * stream "update": "started ARGUMENTS", and "the unit is down" when the engine that started it has ended. */
+    bool putUpdate(int number, bool canStart);
     /** The engine's traffic dumps; holds from its next start on. */
     void setSystemDebug(bool on) { systemDebug = on; }
     bool isSystemDebug() const { return systemDebug; }
@@ -78,6 +81,7 @@ public:
     Bus bus;
     Programs programs { journal };
     LogFollower log { journal };
+    LogFollower updateLog { journal, "update" };
     Engine engine { journal };
 
 private:

@@ -159,9 +159,13 @@ Outcome Console::mcuFault(const Words& words)
 Outcome Console::usb(const Words& words)
 {
     const auto number = words.size() == 3 ? parseNumber(words[2], 1, Unit::usbCount) : std::optional(1);
-    if (words.size() < 2 || words.size() > 3 || !number || (words[1] != "in" && words[1] != "out"))
+    const auto what = words.size() == 2 || words.size() == 3 ? words[1] : std::string();
+    const bool puts = what == "update" || what == "bad-update";
+    if (!number || (what != "in" && what != "out" && !puts))
         return usageOf("usb");
-    const bool done = words[1] == "in" ? unit.plugUsb(*number) : unit.unplugUsb(*number);
+    if (puts)
+        return unit.putUpdate(*number, what == "update") ? Outcome {} : failed("nothing can be put on this storage");
+    const bool done = what == "in" ? unit.plugUsb(*number) : unit.unplugUsb(*number);
     return done ? Outcome {} : failed("the mount point cannot be changed");
 }
 

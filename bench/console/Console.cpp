@@ -240,9 +240,10 @@ std::span<const Console::Command> Console::commands()
               return oneOf(before, { "in", "out", "channel", "favourites", "favourite" });
           } },
         { "unlock", "unlock CODE", "The code of the locked unit; the right one is 1234.", &Console::unlock, nothing },
-        { "usb", "usb in|out [1-8]", "USB storage comes and goes.", &Console::usb,
+        { "usb", "usb in|out|update|bad-update [1-8]",
+          "USB storage comes and goes; an update program on it, or one that does not start.", &Console::usb,
           [](const Words& before) {
-              return oneOf(before, { "in", "out" });
+              return oneOf(before, { "in", "out", "update", "bad-update" });
           } },
         { "camera", "camera on|off", "The camera's picture signal.", &Console::camera,
           [](const Words& before) {

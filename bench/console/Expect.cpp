@@ -2,6 +2,7 @@
 
 #include "bench/McuFrame.h"
 #include "bench/Names.h"
+#include "bench/NetworkDisplay.h"
 
 #include <algorithm>
 
@@ -121,8 +122,10 @@ ParsedExpectation expectAutoTest(const Words& words)
 ParsedExpectation expectDisplay(const Words& words)
 {
     const bool hasStream = words[1] == "sent" || words[1] == "flood";
-    const auto text = joined(Words(words.begin() + (hasStream ? 2 : 1), words.end()));
-    return { { hasStream ? "mfd " + words[1] : "mfd", text, true, false, {} }, {} };
+    if (hasStream)
+        return { { "mfd " + words[1], joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
+    auto [stream, text] = NetworkDisplay::streamAndText(joined(Words(words.begin() + 1, words.end())));
+    return { { std::move(stream), std::move(text), true, false, {} }, {} };
 }
 
 } // namespace
@@ -139,6 +142,8 @@ ParsedExpectation parseExpectation(const Words& words)
         parsed = expectPage(words);
     else if (subject == "program")
         parsed = expectProgram(words);
+    else if (subject == "update" && words.size() >= 2)
+        parsed = { { "update", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
     else if (subject == "log" && words.size() == 2)
         parsed = { { "log", words[1], true, false, {} }, {} };
     else if (subject == "engine" && words.size() >= 2)
@@ -158,7 +163,8 @@ ParsedExpectation parseExpectation(const Words& words)
     else
         parsed =
             failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
-                   "remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT] | mfd [sent|flood] "
+                   "update TEXT | remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT] | mfd "
+                   "[sent|flood] "
                    "TEXT | n2k TEXT");
     parsed.expectation.description = joined(words);
     return parsed;

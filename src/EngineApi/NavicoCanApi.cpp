@@ -37,7 +37,7 @@ void sendPgnBundle(const Platform::Bundle::Ptr& bundle)
     send(EVENT_PGN_SEND_CAN, bytes);
     Platform::Logger::getInstance()->logInfo(
         "EngineApi/NavicoCanApi", logLine, "NavicoManager",
-        "TxPGNParcelToNavico::" + juce::String::toHexString(bytes.getData(), static_cast<int>(bytes.getSize())) + "\n");
+        "TxPGNParcelToNavico::" + Platform::hexPairs(bytes.getData(), static_cast<int>(bytes.getSize())) + "\n");
 }
 
 void sendPgnParcel(Platform::Parcel& parcel)

@@ -181,10 +181,13 @@ bool HostSessionManager::append(const SendItem::Ptr& item, bool urgent)
     if (sendQueue.size() >= maxWaitingFrames)
     {
         ++refusedSends;
+        const auto& lost = urgent ? sendQueue.back() : item;
         if (!std::exchange(queueFull, true))
             logger().logError(logFile, __LINE__, logTag, "%d frames wait, %s and what follows is not sent",
-                              maxWaitingFrames, hostCommand(item->frame->commandOf()).sentName);
-        return false;
+                              maxWaitingFrames, hostCommand(lost->frame->commandOf()).sentName);
+        if (!urgent)
+            return false;
+        sendQueue.pop_back(); // what is urgent takes the place of the last
     }
     if (urgent)
         sendQueue.push_front(item);

@@ -73,7 +73,7 @@ bool isIn(const int (&range)[2], int value)
 
 juce::String hexadecimal(std::span<const std::uint8_t> bytes)
 {
-    return juce::String::toHexString(bytes.data(), static_cast<int>(bytes.size()));
+    return hexPairs(bytes.data(), static_cast<int>(bytes.size()));
 }
 
 void relay(int appType, juce::int32 what, std::span<const std::uint8_t> bytes)
@@ -485,6 +485,8 @@ void NavicoManager::storeDeviceId(Bytes bytes) const
 
 bool NavicoManager::update(const juce::String& arguments)
 {
+    if (isTimerRunning(quitTimer))
+        return true; // one is enough, however often it is asked for
     if (!startUpdateProgram(arguments))
         return false;
     closePrograms();

@@ -158,9 +158,15 @@ TEST_F(HostSessionTest, ADeadLinkDoesNotFillTheMemory)
         sendCommand(EVENT_HEAT_BEAT, 0);
     EXPECT_EQ(Session::getInstance()->getRefusedSends(), 10);
     EXPECT_EQ(log.take().size(), 1u) << "logged once";
+    const std::uint8_t urgent = 7;
+    sendDataUrgent(EVENT_PGN_SEND_CAN, &urgent, 1);
+    EXPECT_EQ(Session::getInstance()->getRefusedSends(), 11) << "the last that waits goes in its place";
     run();
+    const auto first = mcu.takeWritten();
+    ASSERT_FALSE(first.empty());
+    EXPECT_EQ(first.front().command, EVENT_PGN_SEND_CAN);
     sendCommand(EVENT_HEAT_BEAT, 0);
-    EXPECT_EQ(Session::getInstance()->getRefusedSends(), 10);
+    EXPECT_EQ(Session::getInstance()->getRefusedSends(), 11);
 }
 
 TEST_F(HostSessionTest, NothingIsDispatchedBeforeTheLastMemoryAnswer)

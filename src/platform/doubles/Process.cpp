@@ -45,6 +45,7 @@ struct Table
     std::vector<ProcessDouble::Launch> launches;
     std::vector<int> terminated;
     bool creationFails = false;
+    juce::String failingPath;
     int failingWaits = 0;
 };
 
@@ -99,7 +100,7 @@ private:
 ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProcessLifetime lifetime)
 {
     const std::lock_guard guard(lock);
-    if (table.creationFails)
+    if (table.creationFails || table.failingPath == path)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
     table.launches.push_back({ path, arguments, state->pid, lifetime });
@@ -193,6 +194,12 @@ void ProcessDouble::failCreation(bool fails)
 {
     const std::lock_guard guard(lock);
     table.creationFails = fails;
+}
+
+void ProcessDouble::failCreationOf(const juce::String& path)
+{
+    const std::lock_guard guard(lock);
+    table.failingPath = path;
 }
 
 int ProcessDouble::addProcess(int parentPid)

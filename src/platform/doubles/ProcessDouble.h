@@ -27,6 +27,8 @@ struct ProcessDouble
     /** What was created since the last `takeLaunches`, in order. A failed creation is not in it. */
     static std::vector<Launch> takeLaunches();
     static void failCreation(bool fails);
+    /** That of one program; "" for none. */
+    static void failCreationOf(const juce::String& path);
 
     /** A running process that the program under test did not start; its number. */
     static int addProcess(int parentPid = 1);

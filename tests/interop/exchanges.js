@@ -1,0 +1,254 @@
+// What a display asks of the unit and tells it, and what the decoder must read in the answers; in the order of play.
+//
+// An exchange is `said`, one message in the encoder's form, and its `answers`; what the unit says by itself has no `said`.
+// An answer has the fields that the unit and the decoder's definition agree upon, with a remark where they do not mean quite
+// the same. `differs` has the others, each with the reason; then `bytes` pins the whole message. A field that is read and
+// not named here is a failure, as is a message to the display that nobody waits for.
+
+const unit = 10;
+const display = 35;
+const everybody = 255;
+
+/** Messages, with the numbers of the fields that are said. */
+const supportedZones = { pgn: 130574, numbers: { first: 1 } };
+const tone = { zone: 1, fader: 3, balance: 4, subwoofer: 5, treble: 6, middle: 7, bass: 8, lowPass: 12, beyond: 14 };
+const zoneConfiguration = { pgn: 130581, numbers: tone };
+const zoneParameters = { pgn: 130586, numbers: tone };
+const zoneVolume = { pgn: 130582, numbers: { zone: 1, volume: 2, step: 3, mute: 4 } };
+const libraryFile = { pgn: 130570 };
+const libraryGroup = { pgn: 130571 };
+const productInformation = { pgn: 126996, numbers: { version: 1 } };
+const isoRequestPgn = 59904;
+const groupFunctionPgn = 126208;
+
+const up = 0;
+const down = 1;
+
+const message = (pgn, fields) => ({ prio: 6, pgn, src: display, dst: unit, fields });
+const isoRequest = ({ pgn }) => message(isoRequestPgn, { PGN: pgn });
+const group = (kind, { pgn, numbers }, values, more) =>
+    message(groupFunctionPgn, {
+        'Function Code': kind,
+        PGN: pgn,
+        ...more,
+        'Number of Parameters': Object.keys(values).length,
+        list: Object.entries(values).map(([name, value]) => ({ Parameter: numbers[name], Value: value })),
+    });
+const request = (target, values) => group('Request', target, values);
+const command = (target, values) => group('Command', target, values, { Priority: 8 });
+
+const acknowledgement = ({ pgn }, ...parameters) => ({
+    what: 'acknowledgement',
+    pgn: groupFunctionPgn,
+    to: display,
+    fields: {
+        'Function Code': 'Acknowledge',
+        PGN: pgn,
+        'PGN error code': 'Acknowledge',
+        'Transmission interval/Priority error code': 'Acknowledge',
+        'Number of Parameters': parameters.length,
+        list: parameters.map((each) => ({ Parameter: each })),
+    },
+});
+const done = 'Acknowledge';
+const invalid = 'Invalid parameter field';
+const outOfRange = 'Parameter out of range';
+const notSupported = 'Not supported';
+
+/** As the unit reports it by itself, and to a request for all zones. */
+const volume = (zone, percent, mute, to = everybody) => ({
+    what: 'zone volume',
+    pgn: zoneVolume.pgn,
+    to,
+    fields: { 'Zone ID': `Zone ${zone}`, Volume: percent, Mute: mute },
+    remarks: { Mute: 'in an answer, whether the volume is 0; in a report, whether the unit is mute' },
+    differs: { Channel: 'not sent: the message ends after three bytes of the eight' },
+    bytes: [zone, percent, mute === 'Yes' ? 0xf7 : 0xf3],
+});
+
+/** To a request for one zone. */
+const volumeOfOne = (zone, percent) => ({
+    what: 'zone volume, of one zone',
+    pgn: zoneVolume.pgn,
+    to: display,
+    fields: { 'Zone ID': `Zone ${zone}`, Volume: percent },
+    differs: {
+        Mute: 'always 0: the third byte is 3, which says only that there is no step',
+        Reserved1: 'zeros instead of ones, in the same byte',
+        Channel: 'a zero byte without a meaning',
+    },
+    bytes: [zone, percent, 3, 0, 0],
+});
+
+/** Levels are fader, balance, subwoofer, treble, middle and bass; sound is preset, high-pass on, its frequency. */
+const record = (zone, levels, sound) =>
+    [zone, 100, ...levels, ...sound, 0, 0, 0, 0, 0, 0, 0].map((byte) => byte & 0xff);
+const signedSteps = 'steps, -6 to 6, where the definition has percent';
+const presets = { 0: 'Flat', 1: 'Rock', 3: 'Jazz', 4: 'Pop', 10: 'Custom' };
+
+const parameters = (zone, levels, sound, to = everybody) => ({
+    what: 'zone configuration',
+    pgn: zoneParameters.pgn,
+    to,
+    fields: {
+        'Zone ID': `Zone ${zone}`,
+        'Volume limit': 100,
+        Fade: levels[0],
+        Balance: levels[1],
+        'Sub volume': levels[2],
+        'EQ - Treble': levels[3],
+        'EQ - Mid range': levels[4],
+        'EQ - Bass': levels[5],
+        'Preset type': presets[sound[0]],
+        'Audio filter': sound[1] ? 'High pass' : 'Full range',
+        'High pass filter frequency': sound[2],
+    },
+    remarks: {
+        Fade: signedSteps,
+        Balance: signedSteps,
+        'Sub volume': 'steps from 0, where the definition has percent',
+        'EQ - Treble': signedSteps,
+        'EQ - Mid range': signedSteps,
+        'EQ - Bass': signedSteps,
+    },
+    differs: {
+        'Low pass filter frequency': 'the upper half of the high-pass frequency, which takes 32 bits instead of 16',
+        Channel: 'the first byte of the low-pass frequency, which takes 32 bits and starts two bytes later',
+    },
+    bytes: record(zone, levels, sound),
+});
+
+const configuration = (zone, levels, sound, to = everybody) => ({
+    what: 'zone configuration, old',
+    pgn: zoneConfiguration.pgn,
+    to,
+    fields: { 'First zone ID': zone },
+    differs: {
+        'Zone count': 'the unit sends the record of 130586 here, whose second byte is the highest volume',
+        'Total zone count': 'the fader',
+        list: 'balance, subwoofer, tone and filters, where the definition, which it calls deprecated, has zone names',
+    },
+    bytes: record(zone, levels, sound),
+});
+
+const text = (...parts) => parts.flatMap((part) => (typeof part === 'string' ? [...Buffer.from(part)] : [part]));
+
+const zones = (first, to = display) => ({
+    what: 'zones',
+    pgn: supportedZones.pgn,
+    to,
+    fields: {
+        'First zone ID': first,
+        'Zone count': 2,
+        'Total zone count': 2,
+        list: [
+            { 'Zone ID': 'Zone 1', Name: 'Zone 1' },
+            { 'Zone ID': 'Zone 2', Name: 'Cockpit' },
+        ],
+    },
+});
+
+const zonesWithUmlaut = {
+    what: 'zones, with a name beyond ASCII',
+    pgn: supportedZones.pgn,
+    to: everybody,
+    fields: { 'First zone ID': 0, 'Zone count': 2, 'Total zone count': 2 },
+    differs: { list: 'UTF-8 with the type byte 1, which the decoder takes for ASCII' },
+    bytes: text(0, 2, 2, 1, 8, 1, 'Zone 1', 2, 9, 1, 'Kajüte'),
+};
+
+const zonesBriefly = {
+    what: 'zones, to an ISO request',
+    pgn: supportedZones.pgn,
+    to: display,
+    fields: { 'Total zone count': 2 },
+    differs: {
+        'First zone ID': 'FF, not known, instead of the first zone',
+        'Zone count': '0 instead of 2: a decoder that believes it reads no names',
+        list: 'two names follow nevertheless, each with the length 6, whatever the length of its text',
+    },
+    bytes: text(0xff, 0, 2, 1, 6, 1, 'Zone 1', 2, 6, 1, 'Cockpit'),
+};
+
+const emptyFile = {
+    what: 'library file',
+    pgn: libraryFile.pgn,
+    to: everybody,
+    fields: { Source: 'FM' },
+    differs: {
+        'Radio Frequency': 'FF FF FF FF, not known, is read one byte early: the empty name is one byte instead of two',
+        'HD Frequency': 'a zero byte for the same reason',
+        Zone: 'a zero byte for the same reason',
+        'In play queue': 'the length of the empty artist name for the same reason',
+        Locked: 'the same byte',
+        Reserved1: 'the same byte',
+    },
+    bytes: [2, ...Array(6).fill(0xff), 0, ...Array(9).fill(0xff), 0, 0, 0, 2, 0, 2, 0],
+};
+
+const emptyGroup = { what: 'library group', pgn: libraryGroup.pgn, to: everybody, fields: { Source: 'FM', list: [] } };
+
+// A new unit's values, but for what the scenario sets: high-pass 80 Hz, the preset Jazz, a name for zone 2.
+const sound = [3, 1, 80];
+const centred = [0, 0, 6, 0, 0, 0];
+const tuned = [-3, 5, 9, 1, -2, 6];
+const allZero = [0, 0, 0, 0, 0, 0];
+
+const reports = (levels) => [
+    configuration(1, levels, sound),
+    configuration(2, levels, sound),
+    parameters(1, levels, sound),
+    parameters(2, levels, sound),
+];
+
+const by = (said, ...answers) => ({ said, answers });
+const obeyed = (target, values, ...itsReports) =>
+    by(command(target, values), acknowledgement(target, ...Object.keys(values).map(() => done)), ...itsReports);
+const refused = (target, values, ...statuses) => by(command(target, values), acknowledgement(target, ...statuses));
+
+const exchanges = [
+    by(undefined, zones(0, everybody)),
+    by(isoRequest(supportedZones), zonesBriefly),
+    by(isoRequest(zoneConfiguration), configuration(1, centred, sound), configuration(2, centred, sound)),
+    by(isoRequest(zoneParameters), parameters(1, centred, sound), parameters(2, centred, sound)),
+    by(isoRequest(zoneVolume), volume(1, 40, 'No'), volume(2, 40, 'No')),
+    by(isoRequest(libraryFile), emptyFile),
+    by(isoRequest(libraryGroup), emptyGroup),
+
+    by(request(supportedZones, { first: 0 }), zones(1)),
+    by(request(supportedZones, { first: 2 }), zones(2)),
+    by(request(zoneConfiguration, { zone: 1 }), configuration(1, centred, sound, display)),
+    by(request(zoneParameters, { zone: 2 }), parameters(2, centred, sound, display)),
+    by(request(zoneParameters, { zone: 3 }), parameters(3, allZero, [0, 0, 0], display)),
+    by(request(zoneVolume, { zone: 1 }), volumeOfOne(1, 40)),
+    by(request(productInformation, { version: 1 })), // not one of the unit's
+
+    // A report tells what is set when it is made: only the last of a series says what it must.
+    obeyed(zoneParameters, { zone: 1, fader: -3 }),
+    obeyed(zoneConfiguration, { zone: 1, balance: 5 }),
+    obeyed(zoneParameters, { subwoofer: 9, treble: 1, middle: -2, bass: 6 }, ...reports(tuned)),
+    refused(zoneParameters, { zone: 1, fader: 7 }, done, outOfRange),
+    refused(zoneParameters, { fader: 1, lowPass: 60 }, done, notSupported),
+    refused(zoneParameters, { fader: 1, beyond: 0 }, done, invalid),
+    by(request(zoneParameters, { zone: 1 }), parameters(1, tuned, sound, display)),
+
+    obeyed(zoneVolume, { zone: 2, volume: 60 }, volume(2, 60, 'No')),
+    obeyed(zoneVolume, { zone: 1, step: up }, volume(1, 42, 'No')),
+    obeyed(zoneVolume, { zone: 0, step: down }, volume(1, 40, 'No'), volume(2, 58, 'No')),
+    refused(zoneVolume, { zone: 1, volume: 150 }, done, outOfRange),
+    refused(zoneVolume, { zone: 3, volume: 50 }, outOfRange, done),
+    by(request(zoneVolume, { zone: 2 }), volumeOfOne(2, 58)),
+    by(request(zoneVolume, { zone: 0 }), volume(1, 40, 'No', display), volume(2, 58, 'No', display)),
+
+    obeyed(zoneVolume, { zone: 1, volume: 0 }, volume(1, 0, 'No')),
+    by(request(zoneVolume, { zone: 0 }), volume(1, 0, 'Yes', display), volume(2, 58, 'No', display)),
+
+    // The mute field toggles, whatever its value.
+    obeyed(zoneVolume, { zone: 1, mute: 1 }, volume(1, 0, 'Yes'), volume(2, 58, 'Yes')),
+    by(isoRequest(zoneVolume), volume(1, 0, 'Yes'), volume(2, 58, 'No')),
+    obeyed(zoneVolume, { zone: 1, mute: 1 }, volume(1, 0, 'No'), volume(2, 58, 'No')),
+
+    by(undefined, zonesWithUmlaut),
+];
+
+module.exports = { unit, display, exchanges };
