@@ -139,18 +139,19 @@ NetworkDisplay::State NetworkDisplay::state() const
 
 void NetworkDisplay::hear(const Mcu::NetworkFrame& frame)
 {
-    const auto text = networkText(frame);
+    const auto words = networkText(frame);
     {
         const std::scoped_lock guard(lock);
         ++(frame.fromUnit ? current.received : current.sent);
         if (frame.fromUnit)
-            current.lastTold = text;
+            current.lastTold = words;
         if (frame.fromUnit && frame.command == Mcu::pgnParcel)
             if (const auto message = messageFromUnit(frame.data))
                 learn(*message);
     }
-    auto [stream, rest] = frame.fromUnit ? streamAndText(text) : std::pair<std::string, std::string>("mfd sent", text);
-    journal.add(std::move(stream), std::move(rest));
+    auto [stream, text] =
+        frame.fromUnit ? streamAndText(words) : std::pair<std::string, std::string>("mfd sent", words);
+    journal.add(std::move(stream), std::move(text));
 }
 
 std::pair<std::string, std::string> NetworkDisplay::streamAndText(const std::string& words)
