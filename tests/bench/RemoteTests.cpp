@@ -1,15 +1,9 @@
 #include "bench/WiredRemote.h"
 #include "bench/console/Watch.h"
 
-#include <array>
-#include <fcntl.h>
-#include <filesystem>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <unistd.h>
 
 using namespace Bench;
-using namespace std::chrono_literals;
 
 namespace
 {
@@ -39,32 +33,6 @@ RemoteDisplay after(std::initializer_list<Bytes> commands)
             display.take(byte);
     return display;
 }
-
-class RemoteTest : public testing::Test
-{
-protected:
-    RemoteTest() { EXPECT_EQ(remote.start(link), ""); }
-    ~RemoteTest() override
-    {
-        remote.stop();
-        std::filesystem::remove(link);
-    }
-
-    /** The unit's end of the line. */
-    int open() const { return ::open(link.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC); }
-    bool seen(const std::string& stream, const std::string& text)
-    {
-        const auto met = journal.waitFor(from, Clock::now() + 5s, isEvent(stream, text));
-        from = met ? met->number + 1 : from;
-        return met.has_value();
-    }
-
-    Journal journal;
-    WiredRemote remote { journal };
-    const std::string link =
-        (std::filesystem::temp_directory_path() / ("remote-" + std::to_string(::getpid()))).string();
-    std::uint64_t from = 0;
-};
 
 } // namespace
 
@@ -104,55 +72,6 @@ TEST(RemoteDisplay, SkipsAndCountsWhatMakesNoSense)
         EXPECT_EQ(display.damaged(), each.damaged) << int(each.bytes[0]);
         EXPECT_EQ(display.text().substr(1, 2), "FM");
     }
-}
-
-TEST_F(RemoteTest, IsALineThatTheUnitOpensWritesAndReads)
-{
-    const int unit = open();
-    ASSERT_GE(unit, 0);
-    const auto text = textAt(0xE0, "FM");
-    ASSERT_EQ(::write(unit, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    EXPECT_TRUE(seen("remote display", blank("FM", "")));
-    EXPECT_TRUE(remote.press(*WiredRemote::findKey("source")));
-    pollfd waiting { unit, POLLIN, 0 };
-    ASSERT_EQ(::poll(&waiting, 1, 5000), 1);
-    std::uint8_t key = 0;
-    ASSERT_EQ(::read(unit, &key, 1), 1);
-    EXPECT_EQ(key, 0xA6);
-    ::close(unit);
-}
-
-TEST_F(RemoteTest, GoesAwayAndComesBackAtTheSamePath)
-{
-    const int unit = open();
-    remote.unplug();
-    EXPECT_FALSE(remote.press(0xA1));
-    pollfd waiting { unit, POLLIN, 0 };
-    ASSERT_EQ(::poll(&waiting, 1, 5000), 1);
-    EXPECT_NE(waiting.revents & POLLHUP, 0);
-    ::close(unit);
-    EXPECT_LT(open(), 0);
-
-    EXPECT_EQ(remote.plug(), "");
-    const int again = open();
-    const auto text = textAt(0xF0, "back");
-    ASSERT_EQ(::write(again, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    EXPECT_TRUE(seen("remote display", blank("", "back")));
-    ::close(again);
-}
-
-TEST_F(RemoteTest, AStalledOneTakesNothingUntilItGoesOn)
-{
-    const int unit = open();
-    remote.stall(true);
-    const Bytes flood(16'384, 0xA5);
-    ssize_t taken = 0;
-    for (ssize_t count = 0; (count = ::write(unit, flood.data(), flood.size())) > 0;)
-        taken += count;
-    EXPECT_EQ(errno, EAGAIN);
-    remote.stall(false);
-    EXPECT_TRUE(seen("remote", "damaged"));
-    ::close(unit);
 }
 
 TEST(Watch, EveryLineIsAsWideAsTheTerminal)

@@ -4,22 +4,6 @@
 
 using namespace Bench;
 
-namespace
-{
-
-Tuner::Reports ask(Tuner& tuner, std::initializer_list<std::uint8_t> request)
-{
-    return tuner.hear(15, Bytes(request));
-}
-
-/** The frequency report, "01 00 27 7E 00". */
-std::string frequencyReport(const Tuner::Reports& reports)
-{
-    return reports.empty() ? "" : hex(reports.front().data);
-}
-
-} // namespace
-
 TEST(Tuner, SeeksAndStepsThroughItsBand)
 {
     Tuner tuner;
@@ -53,23 +37,6 @@ TEST(Tuner, SeeksAndStepsThroughItsBand)
         EXPECT_EQ(tuner.text(), each.text) << hex(each.request);
         EXPECT_TRUE(reports.empty() || reports.front().data.size() == 5);
     }
-}
-
-TEST(Tuner, ReportsWhatTheStationSays)
-{
-    Tuner tuner;
-    const auto reports = ask(tuner, { 5, 0, 0x27, 0x7E });
-    ASSERT_EQ(reports.size(), 4u);
-    EXPECT_EQ(frequencyReport(reports), "01 00 27 7e 00");
-    EXPECT_EQ(hex(reports[1].data), "02 01");
-    EXPECT_EQ(hex(reports[2].data), "03 4f 43 45 41 4e 20 46 4d");
-    EXPECT_EQ(reports[3].data.size(), 65u);
-    const auto said = tuner.say("A NAME THAT IS TOO LONG", "x");
-    EXPECT_EQ(hex(said[0].data), "03 41 20 4e 41 4d 45 20 54");
-    EXPECT_EQ(said[1].data.size(), 65u);
-    EXPECT_EQ(hex(tuner.setWeatherAlert(true)[0].data), "05 01");
-    EXPECT_EQ(hex(tuner.hear(24, { 1, 0, 77 })[0].data), "4d 23 1e");
-    EXPECT_TRUE(tuner.hear(20, { 1 }).empty());
 }
 
 TEST(Tuner, UnderstandsFrequenciesAsPeopleWriteThem)
