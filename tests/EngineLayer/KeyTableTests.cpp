@@ -191,22 +191,6 @@ TEST(KeyTable, KeysThatMoveBetweenPages)
     });
 }
 
-TEST(KeyTable, PowerVolumeAndKeysWithoutAction)
-{
-    check({
-        { KEY_POWER_ON, "on" },
-        { KEY_POWER_OFF, "off" },
-        { KEY_REMOTE_POWER_OFF, "ask off" },
-        { KEY_REMOTE_POWER_OFF, "ask on", [](auto& unit) { unit.poweredOn = false; } },
-        { KEY_VOLUME_UP, "louder" },
-        { KEY_VOLUME_DOWN, "softer" },
-        { KEY_POWER, "" },
-        { 0, "" },
-        { 254, "" },
-        { KEY_REQUESTSHOWMENU, "" },
-    });
-}
-
 TEST(KeyTable, TheVolumeBarIsClosedButForTheKeysThatAreAboutIt)
 {
     constexpr Change shown = [](auto& unit) { unit.volumeBarShown = true; };
@@ -268,15 +252,4 @@ TEST(KeyTable, FavouriteIsStoredOrRecalled)
           [](auto& unit)
           { bars(unit), unit.favoriteStored = true, unit.favoritePage = mbSirius, unit.lastSourcePage = mbCamera; } },
     });
-}
-
-TEST(KeyTable, EveryKeyIsNoticedByThePagesThatShowHelp)
-{
-    auto unit = radio();
-    EXPECT_EQ(textOf(noticesOfKey(KEY_MENU, unit)), "mbCamera 65545");
-    EXPECT_EQ(textOf(noticesOfKey(0, unit)), "");
-    menu(unit);
-    EXPECT_EQ(textOf(noticesOfKey(254, unit)), "mbCamera 65545, mbMainMenu 65545");
-    setup(unit);
-    EXPECT_EQ(textOf(noticesOfKey(KEY_MENU, unit)), "mbCamera 65545, mbSetup 65545");
 }

@@ -292,31 +292,3 @@ TEST(Scheduler, TheInputIsNotTouched)
     EXPECT_EQ(input.find(mbRearAV1)->states, rear);
     EXPECT_EQ(input.find(mbUSBAudio)->states, usb);
 }
-
-TEST(Scheduler, DescribesItsTables)
-{
-    EXPECT_EQ(Scheduler::describeRequest({ mbFM, AppAction::ToRun, true })[1],
-              "ReqAPP: mbFM | ReqType: ToRun | AutoSwitch: 1");
-
-    ScheduleUnit unit;
-    unit.run(mbFM).run(mbMainMenu);
-    const auto before = Scheduler::describeBefore(unit.describe({ mbUSBAudio, AppAction::ToRun, false }));
-    EXPECT_THAT(before, ElementsAre("************ | Request App State",
-                                    "APP: mbUSBAudio | SC: 125 L: 20 | SP: 3 L: 20 | VC: 2 L: 20 | AC: 2 L: 20",
-                                    "++++++++++++ | Current Front App State",
-                                    "APP: mbMainMenu | SC: 1 L: 20 | SP: 3 L: 10 | VC: 2 L: 10 | AC: 2 L: 10",
-                                    "APP: mbFM | SC: 2 L: 20 | SP: 1 L: 20 | VC: 1 L: 20 | AC: 1 L: 20",
-                                    "++++++++++++ | Current Rear App State", "++++++++++++ | Next Front App State",
-                                    "APP: mbMainMenu | SC: 1 L: 20 | SP: 3 L: 10 | VC: 2 L: 10 | AC: 2 L: 10",
-                                    "++++++++++++ | Next Rear App State"));
-
-    Scheduler scheduler;
-    scheduler.schedule(unit.describe({ mbUSBAudio, AppAction::ToRun, false }));
-    EXPECT_THAT(scheduler.describeAfter(),
-                ElementsAre("------------ | After Schedule: Request App State",
-                            "APP: mbUSBAudio | SC: 1 L: 20 | SP: 1 L: 20 | VC: 1 L: 20 | AC: 1 L: 20",
-                            "------------ | Next Front App State",
-                            "APP: mbMainMenu | SC: 2 L: 20 | SP: 3 L: 10 | VC: 2 L: 10 | AC: 2 L: 10",
-                            "APP: mbUSBAudio | SC: 1 L: 20 | SP: 1 L: 20 | VC: 1 L: 20 | AC: 1 L: 20",
-                            "------------ | Next Rear App State"));
-}

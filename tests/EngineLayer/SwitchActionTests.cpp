@@ -85,14 +85,3 @@ TEST(SwitchAction, AResourceSwitchIsAwaitedOnlyWhenThereIsOne)
     action->markPage(NUM_OF_PAGES, true);
     EXPECT_TRUE(action->allFinished() && action->allSucceeded());
 }
-
-TEST(SwitchAction, DescribesItself)
-{
-    const auto action = actionOf({ { mbFM, SwitchType::ToRun } });
-    action->orders.front()->states = { 1, 1, 1, 1 };
-    action->resourceSwitch = new AppResourceSwitch();
-    EXPECT_THAT(action->describe(),
-                ElementsAre("++++++++++++ | Schedule SwitchAction", "APP: mbFM | Action: ToRun",
-                            "SC: 1 | SP: 1 | AC: 1 | VC: 1", "FAC: eAudioAVOff | FVC: eVideoCamera",
-                            "RAC: eAudioAVOff | RVC: eVideoAVOff", "SRC: NUM_OF_SOURCES", "Mix: 0", "Trigger: 0"));
-}

@@ -3,7 +3,6 @@
 #include "EngineApi/KeyCodes.h"
 #include "EngineLayer/UnitLines.h"
 #include "kernel/MessageIds.h"
-#include "platform/Configuration.h"
 #include "platform/doubles/LinesDouble.h"
 #include "platform/doubles/SerialPortDouble.h"
 #include "support/Eventually.h"
@@ -58,7 +57,6 @@ protected:
         EXPECT_EQ(sentInTheDark, 0) << "writes while the transmitter was off";
         EXPECT_EQ(LinesDouble::getPin(transmitLine), 0);
         SerialPortDouble::reset();
-        Platform::Configuration::get().systemDebug = false;
     }
 
     void start() { add(&remote, Kernel::wiredRemoteId); }
@@ -231,7 +229,6 @@ TEST_F(TLX70DevTest, ARemoteThatComesLateShowsTheStoredLines)
     const LogCapture log;
     SerialPortDouble::failOpen(portName, true);
     start();
-    EXPECT_EQ(log.count("serial open: 0"), 1);
     LinesDouble::takePinCalls();
     EXPECT_FALSE(remote.showText(0, 0, "Radio", false));
     EXPECT_FALSE(remote.restore());
@@ -291,27 +288,6 @@ TEST_F(TLX70DevTest, AfterTheStopNothingIsWrittenOrRepeated)
     remote.onRelease();
     EXPECT_FALSE(remote.restore());
     EXPECT_EQ(log.count("the remote takes no commands"), 0) << "no fault";
-}
-
-TEST_F(TLX70DevTest, LogsUnderItsLines)
-{
-    const LogCapture log;
-    Platform::Configuration::get().systemDebug = true;
-    start();
-    remote.clearDisplay(false);
-    SerialPortDouble::receive(portName, "\xA1\xA2", 2);
-    const std::pair<int, std::string> expected[] {
-        { 62, "onCreate" }, { 70, "serial open: 1" }, { 117, "send: 8A 9A" }, { 143, "recv: A1 A2" }
-    };
-    const auto lines = log.take();
-    ASSERT_EQ(lines.size(), std::size(expected));
-    for (std::size_t at = 0; at < lines.size(); ++at)
-    {
-        EXPECT_EQ(lines[at].number, expected[at].first);
-        EXPECT_EQ(lines[at].text, expected[at].second);
-        EXPECT_EQ(lines[at].file, "factory\\../EngineLayer/TLX70Dev");
-        EXPECT_EQ(lines[at].tag, "TLX70Dev");
-    }
 }
 
 /** Volume, a source's texts, the end of a temporary text and the refresh meet: calls come out whole, in any order. */
