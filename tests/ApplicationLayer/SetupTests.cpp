@@ -102,8 +102,7 @@ TEST(DimmerTest, KnowsTheLevelOfEveryMode)
     {
         DimmerSettings settings;
         bool lightsOn;
-        int wanted;
-        int chosen;
+        int wanted, chosen;
     };
     for (const auto& each : std::initializer_list<Case> { { { 0, 9, 7 }, true, 11, 11 },
                                                           { { 1, 9, 7 }, false, 7, 5 },
@@ -124,8 +123,7 @@ TEST(DimmerTest, CorrectsWhatDisagrees)
     struct Case
     {
         int mode;
-        bool lightsOn;
-        bool synced;
+        bool lightsOn, synced;
         int reported;
         std::optional<int> correction;
     };
@@ -148,8 +146,7 @@ TEST(DimmerTest, KeepsWhatTheUserMoves)
     {
         int mode;
         bool lightsOn;
-        int moved;
-        int level;
+        int moved, level;
         Dimmer::Move::Store store;
     };
     for (const auto& each : std::initializer_list<Case> { { 0, false, 3, 11, nothing },

@@ -68,16 +68,6 @@ TEST_F(ApplicationManagerTest, UnknownPagesAreNobodys)
     EXPECT_EQ(getRearPage(), mbRearOff);
 }
 
-TEST_F(ApplicationManagerTest, AnApplicationTypeAnswersToThePageRegisteredLast)
-{
-    EXPECT_EQ(getPageOfAppType(AppRadio), mbWB);
-    EXPECT_EQ(getOwnerId(mbFM), Kernel::radioApplicationId);
-    unregisterHandler(pages[mbWB].get());
-    EXPECT_EQ(getPageOfAppType(AppRadio), NUM_OF_PAGES);
-    EXPECT_EQ(getHandler(mbWB), nullptr);
-    EXPECT_NE(getHandler(mbFM), nullptr);
-}
-
 TEST_F(ApplicationManagerTest, ThePictureOfTheUnitIsLogged)
 {
     enterNormalRun();

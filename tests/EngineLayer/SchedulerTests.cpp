@@ -279,16 +279,3 @@ TEST(Scheduler, AnUnknownPageOrActionChangesNothing)
         EXPECT_TRUE(unit.runs(mbFM));
     }
 }
-
-TEST(Scheduler, TheInputIsNotTouched)
-{
-    ScheduleUnit unit;
-    unit.run(mbFM).run(mbRearAV1);
-    const auto input = unit.describe({ mbUSBAudio, AppAction::ToRun, false });
-    const auto fm = input.find(mbFM)->states, rear = input.find(mbRearAV1)->states,
-               usb = input.find(mbUSBAudio)->states;
-    Scheduler().schedule(input);
-    EXPECT_EQ(input.find(mbFM)->states, fm);
-    EXPECT_EQ(input.find(mbRearAV1)->states, rear);
-    EXPECT_EQ(input.find(mbUSBAudio)->states, usb);
-}

@@ -56,20 +56,6 @@ TEST(SwitchAction, StopsAndChangesGoFirstTheRestAfterTheFirstReport)
     EXPECT_TRUE(action->allFinished() && action->allSucceeded());
 }
 
-TEST(SwitchAction, OneFailureFailsIt)
-{
-    const auto action = actionOf({ { mbUSBAudio, SwitchType::ToStop }, { mbFM, SwitchType::ToRun } });
-    action->sendNext();
-    EXPECT_THAT(action->sentPages(), ElementsAre(mbUSBAudio)) << "only they hear of a failure";
-    action->markPage(mbUSBAudio, false);
-    action->markPage(mbUSBAudio, true);
-    action->sendNext();
-    action->markPage(mbFM, true);
-    EXPECT_TRUE(action->allFinished());
-    EXPECT_FALSE(action->allSucceeded()) << "the first report of a page counts";
-    EXPECT_THAT(action->sentPages(), ElementsAre(mbUSBAudio, mbFM));
-}
-
 TEST(SwitchAction, AResourceSwitchIsAwaitedOnlyWhenThereIsOne)
 {
     const auto action = actionOf({});

@@ -1,5 +1,4 @@
-#include "bench/WiredRemote.h"
-#include "bench/console/Watch.h"
+#include "bench/RemoteDisplay.h"
 
 #include <gtest/gtest.h>
 
@@ -18,12 +17,6 @@ Bytes textAt(std::uint8_t first, const std::string& text)
     return bytes;
 }
 
-std::string blank(const std::string& line1, const std::string& line2)
-{
-    const auto full = [](const std::string& line) { return line + std::string(16 - line.size(), ' '); };
-    return "|" + full(line1) + "|" + full(line2) + "|";
-}
-
 /** What is left on the display after these bytes. */
 RemoteDisplay after(std::initializer_list<Bytes> commands)
 {
@@ -35,22 +28,6 @@ RemoteDisplay after(std::initializer_list<Bytes> commands)
 }
 
 } // namespace
-
-TEST(RemoteDisplay, ShowsWhatTheUnitWrites)
-{
-    const Bytes clear { 0x8A, 0x9A };
-    EXPECT_EQ(after({}).text(), blank("", ""));
-    EXPECT_EQ(after({ textAt(0xE0, "Favorites"), textAt(0xFB, " Mute") }).text(),
-              blank("Favorites", "            Mute"));
-    EXPECT_EQ(after({ textAt(0xE0, "Favorites"), textAt(0xE2, "no") }).text(), blank("Fanorites", ""));
-    EXPECT_EQ(after({ textAt(0xE0, "FM"), textAt(0xF0, "AM"), clear }).text(), blank("", ""));
-    EXPECT_EQ(after({ textAt(0xEE, "FM and more") }).text(), blank("              FM", "")) << "beyond the line";
-    const auto levels = after({ { 0x8A, 0xB3, 0x8A, 0xCF, 0x8A, 0xD0 } });
-    EXPECT_EQ(levels.startLevel(), 3);
-    EXPECT_EQ(levels.dimmerA(), 15);
-    EXPECT_EQ(levels.dimmerB(), 0);
-    EXPECT_EQ(levels.damaged(), 0u);
-}
 
 TEST(RemoteDisplay, SkipsAndCountsWhatMakesNoSense)
 {
@@ -72,31 +49,4 @@ TEST(RemoteDisplay, SkipsAndCountsWhatMakesNoSense)
         EXPECT_EQ(display.damaged(), each.damaged) << int(each.bytes[0]);
         EXPECT_EQ(display.text().substr(1, 2), "FM");
     }
-}
-
-TEST(Watch, EveryLineIsAsWideAsTheTerminal)
-{
-    WatchView view;
-    const auto everyLineFits = [&](const char* what)
-    {
-        for (const auto& line : composeWatch(view, Style(false)))
-        {
-            int width = 0;
-            for (const char c : line)
-                width += (static_cast<unsigned char>(c) & 0xC0) != 0x80 ? 1 : 0;
-            EXPECT_EQ(width, watchWidth) << what << ": " << line;
-        }
-    };
-    view.remote = { std::string(16, ' '), std::string(16, ' ') };
-    everyLineFits("nothing runs");
-    const std::string lengthy = "a text that is far longer than its place in the table could ever be, with ä and …";
-    view.engine = view.page = view.behind = view.plays = view.source = view.zone1 = view.zone2 = view.dimmer = lengthy;
-    view.link = view.heartbeat = lengthy + lengthy;
-    view.route = { lengthy, lengthy, lengthy };
-    for (int i = 0; i < 20; ++i)
-    {
-        view.lines.push_back({ "32768", lengthy, true });
-        view.programs.push_back({ lengthy, lengthy, lengthy, true });
-    }
-    everyLineFits("everything runs");
 }
