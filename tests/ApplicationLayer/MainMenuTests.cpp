@@ -109,27 +109,6 @@ TEST_F(MainMenuTest, ShowsWhatIsChosen)
     EXPECT_THAT(requests(), ElementsAre("mbSirius run"));
 }
 
-TEST_F(MainMenuTest, TellsItsProgramWhatThereIs)
-{
-    Platform::IpcDouble::takePosted();
-    fromProgram(AppMainMenu, RMSG_APP_EVENT, 6);
-    toMenu(Kernel::MSG_NORMAL_SOURCE, mbFM);
-    toMenu(Kernel::MSG_LAST_SOURCE_PAGE, mbAM);
-    toMenu(Kernel::MSG_MENU_VALUE, 2, 3);
-    const auto posted = Platform::IpcDouble::takePosted();
-    ASSERT_EQ(posted.size(), 4u);
-    const std::uint8_t offered[] = { mbUSBAudio, mbiPodPandora, mbBTPhone, mbSirius,
-                                     mbMainMenu, mbRearAV1,     mbAVOff,   mbFM };
-    const auto state = posted[0].bundle->getByteArray("state");
-    EXPECT_EQ(state, juce::MemoryBlock(offered, sizeof offered));
-    EXPECT_EQ(posted[0].bundle->getInt("normalSrc", 0), mbFM);
-    EXPECT_EQ(posted[0].bundle->getInt("rearSrc", 0), mbRearOff);
-    const auto notice = [&](std::size_t i) { return std::pair(posted[i].arg1, posted[i].arg2); };
-    EXPECT_EQ(notice(1), std::pair(1, static_cast<int>(mbFM)));
-    EXPECT_EQ(notice(2), std::pair(8, static_cast<int>(mbAM)));
-    EXPECT_EQ(notice(3), std::pair(3, 0x20003));
-}
-
 TEST_F(MainMenuTest, CarriesOutCommandsOfOtherPrograms)
 {
     struct Case
