@@ -1,20 +1,13 @@
 #include "ApplicationLayer/ApplicationTask.h"
-#include "EngineApi/DeviceStatus.h"
-#include "EngineApi/Provided.h"
-#include "EngineApi/Settings.h"
-#include "EngineLayer/ApplicationManager.h"
 #include "EngineLayer/DataManager.h"
-#include "support/FakeDevices.h"
+#include "support/ApplicationFixture.h"
 #include "support/LogCapture.h"
-#include "support/ProgramsFixture.h"
-#include "support/ScratchUnit.h"
 
 using namespace ApplicationLayer;
 using namespace EngineApi;
 using namespace Pubhead;
 using namespace testing;
 using EngineLayer::AppAction;
-using EngineLayer::AppStateSwitch;
 using EngineLayer::PageStates;
 using EngineLayer::SwitchType;
 using EngineLayer::ViewManager;
@@ -49,7 +42,7 @@ public:
     std::vector<std::pair<int, int>> own;
 };
 
-class AppHandlerTest : public ProgramsFixture
+class AppHandlerTest : public ApplicationFixture
 {
 protected:
     AppHandlerTest()
@@ -60,36 +53,19 @@ protected:
         add(&view, Kernel::viewManagerId);
         application = new PlainApplication;
         add(application.get(), Kernel::auxInApplicationId);
-        Provided<WiredRemote>::set(&wiredRemote);
-        Provided<AutoTestSession>::set(&autoTest);
         takePosted();
     }
+    ~AppHandlerTest() override { Platform::Configuration::get() = {}; }
 
-    ~AppHandlerTest() override
+    void order(int page, SwitchType type, int showState, const AppCommandLine::Ptr& commandLine = nullptr)
     {
-        Provided<WiredRemote>::set(nullptr);
-        Provided<AutoTestSession>::set(nullptr);
-        setEnterTestMode(false);
-        Platform::Configuration::get() = {};
+        PageStates states;
+        states.showState = showState;
+        carryOut(page, type, states, commandLine);
     }
 
-    void toPage(int page, juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0, Kernel::Payload payload = nullptr)
-    {
-        Kernel::postHandlerMessage(Kernel::auxInApplicationId, page, id, arg1, arg2, std::move(payload));
-        run();
-    }
-
-    void order(int page, SwitchType type, int showState, AppCommandLine::Ptr commandLine = nullptr)
-    {
-        const AppStateSwitch::Ptr made = new AppStateSwitch;
-        made->page = page;
-        made->switchType = type;
-        made->states.showState = showState;
-        made->commandLine = std::move(commandLine);
-        toPage(page, Kernel::MSG_APP_SWITCH, static_cast<int>(type), 0, made.get());
-    }
-
-    void remote(juce::int32 what, juce::int32 arg1 = 0, juce::int32 arg2 = 0, Bundle::Ptr bundle = nullptr)
+    /** One page of the program is told. */
+    void says(juce::int32 what, juce::int32 arg1 = 0, juce::int32 arg2 = 0, Bundle::Ptr bundle = nullptr)
     {
         auto message = Platform::RemoteMessage::obtain();
         message->what = what;
@@ -98,14 +74,6 @@ protected:
         message->bundle = std::move(bundle);
         message->appType = AppAuxIn;
         toPage(mbAuxin1, Kernel::MSG_APP_REMOTE, 0, 0, message.get());
-    }
-
-    /** The scheduler remembers this page as the normal source. */
-    static void remember(int page)
-    {
-        auto& manager = *EngineLayer::ApplicationManager::getInstance();
-        manager.schedule({ page, AppAction::ToRun, false });
-        manager.refreshSnapshot();
     }
 
     PageHandler& handler(int page) { return *getHandler(page); }
@@ -117,11 +85,8 @@ protected:
                      static_cast<int>(action) | (autoSwitch ? autoFlag : 0));
     }
 
-    ScratchUnit unit;
     ViewManager& view = *ViewManager::getInstance();
     juce::ReferenceCountedObjectPtr<PlainApplication> application;
-    FakeRemote wiredRemote;
-    FakeAutoTest autoTest;
 };
 
 AppCommandLine::Ptr withExtra(AppCommandLine::Ptr commandLine)
@@ -154,17 +119,13 @@ TEST_F(AppHandlerTest, CarriesOutOrders)
     const Case cases[] = {
         { "run on top starts the program", false, mbAuxin1, SwitchType::ToRun, 1, show, auxPath, 0 },
         { "run behind starts the background program", false, mbAuxin2, SwitchType::ToRun, 2, nullptr, backPath, 0 },
-        { "run behind without one starts nothing", false, mbAuxin1, SwitchType::ToRun, 2, nullptr, "", 0 },
         { "run on top of a page without a program", false, mbRearAV1, SwitchType::ToRun, 1, show, "", 0 },
         { "change to the top starts the program", false, mbAuxin1, SwitchType::ToChange, 1, show, auxPath, 0 },
         { "run on top of a running program", true, mbAuxin1, SwitchType::ToRun, 1, show, "", 1 },
-        { "run on top without a command line", true, mbAuxin1, SwitchType::ToRun, 1, nullptr, "", 0 },
         { "stop with a command line", true, mbAuxin1, SwitchType::ToStop, 125, leave, "", 1 },
-        { "stop without a command line", true, mbAuxin1, SwitchType::ToStop, 125, nullptr, "", 0 },
         { "change to the top", true, mbAuxin1, SwitchType::ToChange, 1, show, "", 1 },
         { "change behind, no page hide", true, mbAuxin1, SwitchType::ToChange, 2, leave, "", 1 },
         { "change behind, hide of a page that is not in front", true, mbAuxin1, SwitchType::ToChange, 2, hide, "", 0 },
-        { "change without a command line", true, mbAuxin1, SwitchType::ToChange, 3, nullptr, "", 0 },
         { "top level with nothing to add", true, mbAuxin1, SwitchType::ToShowTopLevel, 1, show, "", 0 },
         { "top level with extra data", true, mbAuxin1, SwitchType::ToShowTopLevel, 1, decorated, "", 1 },
     };
@@ -233,15 +194,15 @@ TEST_F(AppHandlerTest, HidesOnlyThePageInFront)
 
 TEST_F(AppHandlerTest, RequestsToStop)
 {
-    remember(mbAuxin1);
+    playing(mbAuxin1);
     handler(mbAuxin1).requestState(AppAction::ToStop, true);
     expectRequest(mbAuxin1, AppAction::ToStop, true); // Does not run: there is nothing to replace.
 
     order(mbAuxin1, SwitchType::ToRun, 2);
     expectReport(mbAuxin1);
-    remote(RMSG_SOURCE_STOP);
+    says(RMSG_SOURCE_STOP);
     expectRequest(mbAVOff, AppAction::ToRun, true);
-    remember(mbAuxin2);
+    playing(mbAuxin2);
     handler(mbAuxin1).requestState(AppAction::ToStop, false);
     expectRequest(mbAuxin1, AppAction::ToStop, false);
     expectNothingPosted();
@@ -296,27 +257,27 @@ TEST_F(AppHandlerTest, ProcessesWhatAllProgramsMaySay)
 {
     connect(AppMainMenu);
     takePosted();
-    remote(RMSG_APP_EVENT, 5, mbSetup);
+    says(RMSG_APP_EVENT, 5, mbSetup);
     expectPosted(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_PAGE, mbSetup, 0);
-    remote(RMSG_APP_EVENT, 4, 7);
+    says(RMSG_APP_EVENT, 4, 7);
     expectPosted(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_EVENT, 7, 0);
-    remote(RMSG_MAINMENU_EVENT, 1, 2);
+    says(RMSG_MAINMENU_EVENT, 1, 2);
     expectPosted(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_REMOTE_EVENT, 1, 2);
-    remote(RMSG_STATE_TO_SYSTEM, mbAuxin1, 2);
+    says(RMSG_STATE_TO_SYSTEM, mbAuxin1, 2);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF_CONFIRM, mbAuxin1, 2);
-    remote(RMSG_EQ_PAGE_SHOW);
+    says(RMSG_EQ_PAGE_SHOW);
     expectRequest(mbEQ, AppAction::ToRun, false);
-    remote(RMSG_EQ_PAGE_HIDE);
+    says(RMSG_EQ_PAGE_HIDE);
     expectRequest(mbEQ, AppAction::ToStop, true);
-    remote(RMSG_MAINMENU_RELAY, 9);
+    says(RMSG_MAINMENU_RELAY, 9);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppMainMenu, RMSG_MAINMENU_NOTIFY, 4, 9 }));
-    remote(RMSG_IGNORED, 5);
+    says(RMSG_IGNORED, 5);
     toPage(mbAuxin1, Kernel::MSG_APP_REMOTE); // Without a message.
     expectNothingPosted();
     EXPECT_TRUE(application->own.empty());
 
-    remote(RMSG_APP_EVENT, 6);
-    remote(RMSG_RADIO_EVENT);
+    says(RMSG_APP_EVENT, 6);
+    says(RMSG_RADIO_EVENT);
     EXPECT_THAT(application->own, ElementsAre(Pair(Kernel::MSG_APP_REMOTE, RMSG_APP_EVENT),
                                               Pair(Kernel::MSG_APP_REMOTE, RMSG_RADIO_EVENT)));
 }
@@ -328,16 +289,16 @@ TEST_F(AppHandlerTest, ServesTheWiredRemote)
     texts->putInt("pos1", 2);
     texts->putString("string2", "Title");
     texts->putInt("pos2", 4);
-    remote(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
-    remote(RMSG_WIRED_REMOTE_TEXT, 0, 1, texts);
-    remote(RMSG_WIRED_REMOTE_TEXT, 2, 9);
-    remote(RMSG_WIRED_REMOTE_TEXT, 1, 9, texts);
-    EXPECT_THAT(wiredRemote.calls, ElementsAre("clear and forget", "text 0 2 Artist", "text 1 4 Title",
-                                               "text 0 2 Artist", "text 1 4 Title", "dimmer 9"));
+    says(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
+    says(RMSG_WIRED_REMOTE_TEXT, 0, 1, texts);
+    says(RMSG_WIRED_REMOTE_TEXT, 2, 9);
+    says(RMSG_WIRED_REMOTE_TEXT, 1, 9, texts);
+    EXPECT_THAT(remote.calls, ElementsAre("clear and forget", "text 0 2 Artist", "text 1 4 Title", "text 0 2 Artist",
+                                          "text 1 4 Title", "dimmer 9"));
 
     // A unit without it drops what is meant for it.
     Provided<WiredRemote>::set(nullptr);
-    remote(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
+    says(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
 }
 
 TEST_F(AppHandlerTest, StoresSettingsOfPrograms)
@@ -345,14 +306,14 @@ TEST_F(AppHandlerTest, StoresSettingsOfPrograms)
     constexpr int number = 279, text = 284;
     ScratchUnit::emptySettings("279 = 1\n284 = \"Zone 2\"\n");
     ASSERT_TRUE(EngineLayer::DataManager::getInstance()->loadSystemFile());
-    remote(RMSG_SETTING_CHANGED, number, 1, RemoteObjFormat::formatInt(6));
-    remote(RMSG_SETTING_CHANGED, text, 0, RemoteObjFormat::formatString("Cabin"));
+    says(RMSG_SETTING_CHANGED, number, 1, RemoteObjFormat::formatInt(6));
+    says(RMSG_SETTING_CHANGED, text, 0, RemoteObjFormat::formatString("Cabin"));
     EXPECT_EQ(getSettingInt(number), 6);
     EXPECT_EQ(getSettingString(text), "Cabin");
     const LogCapture log;
-    remote(RMSG_SETTING_CHANGED, number, 1);
-    remote(RMSG_SETTING_CHANGED, number, 1, RemoteObjFormat::formatString("six"));
-    remote(RMSG_SETTING_CHANGED, text, 0, RemoteObjFormat::formatInt(6));
+    says(RMSG_SETTING_CHANGED, number, 1);
+    says(RMSG_SETTING_CHANGED, number, 1, RemoteObjFormat::formatString("six"));
+    says(RMSG_SETTING_CHANGED, text, 0, RemoteObjFormat::formatInt(6));
     EXPECT_EQ(getSettingInt(number), 6);
     EXPECT_EQ(getSettingString(text), "Cabin");
     EXPECT_EQ(LogCapture::take().size(), 3u) << "each is named once";
@@ -362,19 +323,16 @@ TEST_F(AppHandlerTest, TellsTheFactoryTestWhichSourcePlays)
 {
     const auto reportsOf = [this](int page, int status)
     {
-        remember(page);
+        playing(page);
         toPage(mbAuxin2, Kernel::MSG_SCHEDULE_RESULT, status);
-        juce::StringArray reports;
-        for (const auto& each : std::exchange(autoTest.messages, {}))
-            reports.add(juce::String::toHexString(each.getData(), static_cast<int>(each.getSize())));
-        return reports.joinIntoString(", ");
+        return answers();
     };
-    EXPECT_EQ(reportsOf(mbAuxin2, EngineLayer::scheduleDone), "") << "not under test";
+    EXPECT_THAT(reportsOf(mbAuxin2, EngineLayer::scheduleDone), IsEmpty()) << "not under test";
     setEnterTestMode(true);
-    EXPECT_EQ(reportsOf(mbAuxin2, EngineLayer::scheduleDone), "00 01 05 00");
-    EXPECT_EQ(reportsOf(mbBTAudio, EngineLayer::scheduleDone), "00 01 0d 02");
-    EXPECT_EQ(reportsOf(mbUSBAudio, EngineLayer::scheduleDone), "00 01 0a 01");
-    EXPECT_EQ(reportsOf(mbAuxin1, EngineLayer::scheduleDone), "") << "no code";
+    EXPECT_THAT(reportsOf(mbAuxin2, EngineLayer::scheduleDone), ElementsAre("00 01 05 00"));
+    EXPECT_THAT(reportsOf(mbBTAudio, EngineLayer::scheduleDone), ElementsAre("00 01 0D 02"));
+    EXPECT_THAT(reportsOf(mbUSBAudio, EngineLayer::scheduleDone), ElementsAre("00 01 0A 01"));
+    EXPECT_THAT(reportsOf(mbAuxin1, EngineLayer::scheduleDone), IsEmpty()) << "no code";
     for (const int status : { EngineLayer::scheduleRefused, EngineLayer::scheduleQueued, EngineLayer::scheduleFailed })
-        EXPECT_EQ(reportsOf(mbAuxin2, status), "");
+        EXPECT_THAT(reportsOf(mbAuxin2, status), IsEmpty());
 }

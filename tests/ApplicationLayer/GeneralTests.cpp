@@ -106,17 +106,6 @@ TEST_F(GeneralTest, CameraComesBackWhileItIsOn)
     EXPECT_THAT(requests(), IsEmpty());
 }
 
-TEST_F(GeneralTest, TellsTheCameraProgramOfItsSignal)
-{
-    EXPECT_EQ(show(mbCamera)->getInt("state", -1), 0);
-    device(cameraVideo, true);
-    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppCamera, RMSG_GENERAL_NOTIFY, 1 }));
-    EXPECT_EQ(show(mbCamera)->getInt("state", -1), 1);
-    device(cameraVideo, false);
-    device(usbStorage, true);
-    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppCamera, RMSG_GENERAL_NOTIFY, 0 }));
-}
-
 TEST_F(GeneralTest, EqualiserEndsWhenItStaysHidden)
 {
     auto& timers = timersOf(mbEQ);

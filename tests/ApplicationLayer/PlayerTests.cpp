@@ -151,19 +151,6 @@ TEST_F(PlayerTest, TheHubIsResetHalfASecondAfterTheStorageHasGone)
                 ElementsAre(std::pair(32856, 0), std::pair(32771, 0), std::pair(32856, 1), std::pair(32771, 1)));
 }
 
-TEST_F(PlayerTest, TheEffectBelongsToUsb)
-{
-    carryOut(mbUSBAudio, SwitchType::ToRun, { 2, 1, 1, 2 },
-             AppCommandLine::genCmdSourceEnter(mbUSBAudio, false, false));
-    carryOut(mbUSBAudio, SwitchType::ToStop, {}, AppCommandLine::genCmdSourceExit(mbUSBAudio, mbFM));
-    EXPECT_THAT(audio.calls, ElementsAre("dme on", "dme off"));
-    audio.calls.clear();
-    setSettingInt(1793, 0, false, AppUnknown);
-    carryOut(mbUSBAudio, SwitchType::ToRun, { 2, 1, 1, 2 },
-             AppCommandLine::genCmdSourceEnter(mbUSBAudio, false, false));
-    EXPECT_THAT(audio.calls, ElementsAre("dme off"));
-}
-
 TEST_F(PlayerTest, TheTestEquipmentPlaysFromUsb)
 {
     constexpr auto id = Kernel::usbApplicationId;

@@ -2,18 +2,12 @@
 
 #include "EngineApi/HostLink.h"
 #include "EngineApi/KeyCodes.h"
-#include "EngineApi/Programs.h"
-#include "EngineApi/Provided.h"
-#include "EngineApi/Settings.h"
-#include "EngineLayer/ApplicationManager.h"
 #include "EngineLayer/HostSessionManager.h"
 #include "lowlayer/HostcommDev.h"
 #include "platform/doubles/SystemDouble.h"
+#include "support/ApplicationFixture.h"
 #include "support/ErrorLog.h"
-#include "support/FakeDevices.h"
 #include "support/McuLink.h"
-#include "support/ProgramsFixture.h"
-#include "support/ScratchUnit.h"
 
 using namespace ApplicationLayer;
 using namespace EngineApi;
@@ -27,18 +21,15 @@ namespace
 {
 
 using Bytes = McuLink::Bytes;
-using Texts = std::vector<std::string>;
 
 /** The radio between its program, the microcontroller with the tuner, and the test equipment. */
-class RadioTest : public ProgramsFixture
+class RadioTest : public ApplicationFixture
 {
 protected:
     RadioTest()
+        : ApplicationFixture("21 = 7\n23 = 0\n24 = 52\n25 = 53\n")
     {
         Platform::doubles::SystemDouble::reset();
-        ScratchUnit::emptySettings("21 = 7\n23 = 0\n24 = 52\n25 = 53\n");
-        Provided<FavoriteBar>::set(&bar);
-        Provided<AutoTestSession>::set(&session);
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
         add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         add(&radio, Kernel::radioApplicationId);
@@ -47,16 +38,10 @@ protected:
         takePosted();
     }
 
-    ~RadioTest() override
-    {
-        Provided<FavoriteBar>::set(nullptr);
-        Provided<AutoTestSession>::set(nullptr);
-    }
-
     /** The scheduler brings the page to the front. */
-    AppCommandLine::Ptr playing(int page)
+    AppCommandLine::Ptr inFront(int page)
     {
-        ApplicationManager::getInstance()->schedule({ page, AppAction::ToRun, false });
+        playing(page);
         auto commandLine = AppCommandLine::genCmdSourceEnter(page, false, true);
         order(page, SwitchType::ToRun, { 1, 1, 1, 1 }, commandLine);
         ApplicationManager::getInstance()->refreshSnapshot();
@@ -102,11 +87,8 @@ protected:
         return seen;
     }
 
-    ScratchUnit unit;
     McuLink mcu;
     int sequence = 1;
-    FakeFavoriteBar bar;
-    FakeAutoTest session;
     RadioApplication& radio = *new RadioApplication;
 };
 
@@ -121,7 +103,7 @@ TEST_F(RadioTest, OrdersOfTheProgramBecomeFrames)
     };
     connect(AppRadio);
     EXPECT_THAT(frames(RMSG_RADIO_CONTROL, 255, 0), IsEmpty()) << "no page was ordered";
-    playing(mbAM);
+    inFront(mbAM);
     struct Case
     {
         int what, which, value;
@@ -149,12 +131,12 @@ TEST_F(RadioTest, OrdersOfTheProgramBecomeFrames)
     reportFrequency(bandAM, 1010, 1);
     reportFrequency(bandFM, 8750, 1);
     EXPECT_THAT(frames(RMSG_RADIO_CONTROL, 255, 0), ElementsAre("15 05 01 03 F2"));
-    playing(mbFM);
+    inFront(mbFM);
     EXPECT_THAT(frames(RMSG_RADIO_CONTROL, 255, 0), ElementsAre("15 05 00 22 2E"));
     send(Kernel::radioApplicationId, Kernel::MSG_RADIO_REGION, 2);
     EXPECT_THAT(mcuHears(), ElementsAre("15 07 02"));
     EXPECT_THAT(frames(RMSG_RADIO_CONTROL, 255, 0), IsEmpty()) << "of the old region";
-    playing(mbWB);
+    inFront(mbWB);
     EXPECT_THAT(frames(RMSG_RADIO_CONTROL, 255, 0), ElementsAre("15 05 02 00 00"));
 }
 
@@ -162,7 +144,7 @@ TEST_F(RadioTest, ReportsReachTheProgramInBatches)
 {
     ErrorLog errors;
     connect(AppRadio);
-    playing(mbAM);
+    inFront(mbAM);
     Bytes name { 3 };
     name.resize(9, 0xC0); // no character set that the unit knows
     Bytes text { 4 };
@@ -256,29 +238,29 @@ TEST_F(RadioTest, AWeatherAlertThatLastsBringsTheWeatherBand)
 TEST_F(RadioTest, FavouritesArePlayedByThePageThatHoldsThem)
 {
     connect(AppRadio);
-    playing(mbFM);
-    bar.stored = { 1, 2 };
+    inFront(mbFM);
+    favoriteBar.stored = { 1, 2 };
     fromProgram(AppRadio, RMSG_RADIO_EVENT, 9, 1);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppRadio, RMSG_FAVOURITE, 1, 1 }));
     fromProgram(AppRadio, RMSG_RADIO_EVENT, 9, 2);
     EXPECT_THAT(requests(), ElementsAre("mbAM run auto"));
     EXPECT_THAT(takeSent(), IsEmpty());
     const std::array hide { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 };
-    EXPECT_THAT(bar.messages, ElementsAre(hide, hide));
+    EXPECT_THAT(favoriteBar.messages, ElementsAre(hide, hide));
     fromProgram(AppRadio, RMSG_RADIO_EVENT, 9, 3);
-    EXPECT_EQ(bar.messages.size(), 2u);
+    EXPECT_EQ(favoriteBar.messages.size(), 2u);
     EXPECT_THAT(requests(), IsEmpty());
 
     // The page that was asked for takes its favourite along, once.
-    EXPECT_EQ(playing(mbAM)->getExtraData()->getInt("Favourite", 0), 2);
-    EXPECT_EQ(playing(mbAM)->getExtraData(), nullptr);
+    EXPECT_EQ(inFront(mbAM)->getExtraData()->getInt("Favourite", 0), 2);
+    EXPECT_EQ(inFront(mbAM)->getExtraData(), nullptr);
 
     for (const bool shown : { false, true })
     {
-        bar.shown = shown;
+        favoriteBar.shown = shown;
         fromProgram(AppRadio, RMSG_RADIO_EVENT, 8, shown ? 0 : 5);
-        EXPECT_EQ(bar.count, 5);
-        EXPECT_EQ(bar.refreshes, shown ? 1 : 0);
+        EXPECT_EQ(favoriteBar.count, 5);
+        EXPECT_EQ(favoriteBar.refreshes, shown ? 1 : 0);
     }
 }
 
@@ -296,18 +278,14 @@ TEST_F(RadioTest, AnswersTheTestEquipment)
         for (const auto& each : cases)
         {
             SCOPED_TRACE(testing::PrintToString(each.request));
-            const int length = static_cast<int>(each.request.size());
-            LowLayer::BytePool::Ptr bytes = new LowLayer::BytePool(length, nullptr);
-            bytes->assign(each.request.data(), length);
-            send(Kernel::radioApplicationId, Kernel::MSG_AUTOTEST_COMMAND, length, 0, bytes.get());
-            EXPECT_EQ(session.takeAnswers(), each.answers);
+            EXPECT_EQ(autoTest(Kernel::radioApplicationId, each.request), each.answers);
             EXPECT_EQ(requests(), each.requests);
             EXPECT_EQ(mcuHears(), each.frames);
         }
     };
     // Nothing is known of the tuner: no answer has only two bytes.
     check({ { { 1, 20 }, {} }, { { 1, 21 }, {} }, { { 1 }, {} }, { {}, {} } });
-    playing(mbFM);
+    inFront(mbFM);
     reportFrequency(bandFM, 8750, 0);
     check({
         { { 1, 1, 0 }, { "01 01 00 00 00" } }, // it plays already
@@ -325,13 +303,13 @@ TEST_F(RadioTest, AnswersTheTestEquipment)
         { { 1, 21 }, { "01 15 00 22 2E 2A 26 14 02 12 06 AE 0A" } },
         { { 1, 99 }, {} },
     });
-    playing(mbAM);
+    inFront(mbAM);
     reportFrequency(bandAM, 1010, 1);
     check({
         { { 1, 20 }, { "01 14 03 03 F2" } },
         { { 1, 21 }, { "01 15 02 22 2E 2A 30 05 02 0A 06 54 09" } },
     });
-    playing(mbWB);
+    inFront(mbWB);
     reportFrequency(bandWB, 3, 2);
     check({ { { 1, 20 }, {} }, { { 1, 21 }, {} } });
 }

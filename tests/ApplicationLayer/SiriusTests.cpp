@@ -1,10 +1,7 @@
 #include "ApplicationLayer/SiriusApplication.h"
 
 #include "EngineApi/KeyCodes.h"
-#include "EngineApi/Provided.h"
-#include "platform/Configuration.h"
-#include "support/FakeDevices.h"
-#include "support/ProgramsFixture.h"
+#include "support/ApplicationFixture.h"
 
 using namespace ApplicationLayer;
 using namespace EngineApi;
@@ -17,29 +14,16 @@ namespace
 
 constexpr const char* backPath = "/programs/satellite-background";
 
-class SiriusTest : public ProgramsFixture
+class SiriusTest : public ApplicationFixture
 {
 protected:
     SiriusTest()
     {
-        Provided<FavoriteBar>::set(&bar);
         Platform::Configuration::get().backgroundPrograms = { { mbSirius, backPath } };
         add(new SiriusApplication, Kernel::siriusApplicationId);
         takePosted();
     }
-    ~SiriusTest() override
-    {
-        Provided<FavoriteBar>::set(nullptr);
-        Platform::Configuration::get() = {};
-    }
-
-    void key(int code, int value)
-    {
-        postToPage(mbSirius, Kernel::MSG_APP_KEY, code, value);
-        run();
-    }
-
-    FakeFavoriteBar bar;
+    ~SiriusTest() override { Platform::Configuration::get() = {}; }
 };
 
 } // namespace
@@ -74,12 +58,11 @@ TEST_F(SiriusTest, ServesItsProgram)
 
 TEST_F(SiriusTest, PlaysAndShowsFavourites)
 {
-    using EngineLayer::SwitchType;
     const auto enter = []() { return Platform::AppCommandLine::genCmdSourceEnter(mbSirius, false, true); };
     connect(AppSirius);
     order(mbSirius, SwitchType::ToRun, { 1, 1, 1, 1 }, enter());
-    key(KEY_ROTARY_ENTER, 4);
-    key(KEY_NEXT, 5);
+    key(mbSirius, KEY_ROTARY_ENTER, 4);
+    key(mbSirius, KEY_NEXT, 5);
     EXPECT_THAT(requests(), IsEmpty()) << "it is in front already";
     EXPECT_THAT(takeSent(), IsEmpty());
     auto commandLine = enter();
@@ -87,11 +70,11 @@ TEST_F(SiriusTest, PlaysAndShowsFavourites)
     ASSERT_NE(commandLine->getExtraData(), nullptr);
     EXPECT_EQ(commandLine->getExtraData()->getInt("Favourite", 0), 4);
 
-    bar.shown = true;
-    bar.index = 6;
+    favoriteBar.shown = true;
+    favoriteBar.index = 6;
     fromProgram(AppSirius, RMSG_SXM_EVENT, 3, 12);
     fromProgram(AppSirius, RMSG_SXM_EVENT, 4);
-    EXPECT_EQ(bar.count, 12);
-    EXPECT_EQ(bar.refreshes, 1);
-    EXPECT_THAT(bar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_SELECT), 6, 0 }));
+    EXPECT_EQ(favoriteBar.count, 12);
+    EXPECT_EQ(favoriteBar.refreshes, 1);
+    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_SELECT), 6, 0 }));
 }

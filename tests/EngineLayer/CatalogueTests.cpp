@@ -9,14 +9,6 @@ using namespace Pubhead;
 
 TEST(Catalogue, NamesEndWhereTheEnumerationsEnd)
 {
-    EXPECT_STREQ(sourceName(SRC_TUNER), "SRC_TUNER");
-    EXPECT_STREQ(sourceName(SRC_WIFI), "SRC_WIFI");
-    EXPECT_STREQ(sourceName(NUM_OF_SOURCES), "NUM_OF_SOURCES");
-    EXPECT_STREQ(audioChannelName(eAudioPandora), "eAudioPandora");
-    EXPECT_STREQ(videoChannelName(eVideoWifi), "eVideoWifi");
-    EXPECT_STREQ(actionName(static_cast<int>(AppAction::ToStop)), "ToStop");
-    EXPECT_STREQ(switchTypeName(static_cast<int>(SwitchType::ToShowTopLevel)), "ToShowTopLevel");
-    EXPECT_STREQ(pageName(NUM_OF_PAGES), "NUM_OF_PAGES");
     for (const char* name :
          { sourceName(NUM_OF_SOURCES + 1), audioChannelName(noAudioChannel), videoChannelName(noVideoChannel),
            actionName(6), switchTypeName(5), sourceName(-1), pageName(NUM_OF_PAGES + 1) })

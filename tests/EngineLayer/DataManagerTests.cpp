@@ -85,12 +85,6 @@ TEST_F(DataManagerTest, ChangesAreStoredAtOnceAndToldLaterInOrder)
     EXPECT_EQ(second.heard, (Heard { { numberSetting, Pubhead::AppSetup }, { numberSetting, Pubhead::AppMain } }));
 }
 
-TEST_F(DataManagerTest, ASettingIsFormattedByItsKind)
-{
-    EXPECT_EQ(Platform::RemoteObjFormat::getInt(EngineApi::formatSetting(numberSetting)), 1);
-    EXPECT_EQ(Platform::RemoteObjFormat::getString(EngineApi::formatSetting(textSetting)), "Zone 2");
-}
-
 TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)
 {
     Listener first, second, third;

@@ -97,18 +97,6 @@ TEST_F(HostFrameTest, ThePoolTakesOnlyFramesThatNobodyElseHolds)
     EXPECT_EQ(HostDataFormat::obtainFrame(), frame);
 }
 
-TEST_F(HostFrameTest, AFrameInThreeChunksIsSeenWithTheLast)
-{
-    const auto bytes = McuLink::bytesOf(key);
-    ASSERT_EQ(bytes.size(), 40u);
-    feed(Bytes(bytes.begin(), bytes.begin() + 5));
-    feed(Bytes(bytes.begin() + 5, bytes.begin() + 37));
-    EXPECT_TRUE(received.frames.empty());
-    feed(Bytes(bytes.begin() + 37, bytes.end()));
-    EXPECT_EQ(received.frames, std::vector { key });
-    EXPECT_EQ(parser.held(), 0);
-}
-
 TEST_F(HostFrameTest, DamageCostsNoMoreThanItMust)
 {
     const auto good = McuLink::bytesOf(radio);

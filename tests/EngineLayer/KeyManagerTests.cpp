@@ -46,19 +46,12 @@ TEST_F(KeyManagerTest, EveryKeyIsNoticedAndCanBeTakenAsReturn)
 
 TEST_F(KeyManagerTest, PowerKeysSwitchSoundRemoteLinesAndTheSetting)
 {
-    LinesDouble::takePinCalls();
     const auto level = [] { return std::pair(LinesDouble::getPin(32856), LinesDouble::getPin(32771)); };
     press(KEY_POWER_OFF);
     EXPECT_THAT(audio.calls, ElementsAre("mute on"));
     EXPECT_THAT(remote.calls, ElementsAre("dimmer 0"));
     EXPECT_EQ(level(), std::pair(0, 0));
     EXPECT_EQ(getSettingInt(7), 0);
-    const auto calls = LinesDouble::takePinCalls();
-    using Operation = LinesDouble::Operation;
-    EXPECT_THAT(calls, ElementsAre(LinesDouble::PinCall { 32856, Operation::function, 32 },
-                                   LinesDouble::PinCall { 32856, Operation::write, 0 },
-                                   LinesDouble::PinCall { 32771, Operation::function, 32 },
-                                   LinesDouble::PinCall { 32771, Operation::write, 0 }));
 
     // While it is off the remote's keys ask the microcontroller for power.
     mcuHears();
@@ -76,20 +69,6 @@ TEST_F(KeyManagerTest, PowerKeysSwitchSoundRemoteLinesAndTheSetting)
     SystemDouble::advanceTicks(1000);
     send(Kernel::keyManagerId, Kernel::MSG_WIRED_REMOTE_KEY, originWiredRemote, KEY_REMOTE_POWER_OFF);
     EXPECT_THAT(mcuHears(), ElementsAre("5 00 08 00"));
-}
-
-TEST_F(KeyManagerTest, VolumeMuteAndBars)
-{
-    setLowBatteryAlert(true);
-    volumeBar.shown = true;
-    press(KEY_VOLUME_UP);
-    press(KEY_VOLUME_DOWN);
-    press(KEY_PLAYPAUSE);
-    EXPECT_THAT(audio.calls, ElementsAre("alert on", "volume + 1 1", "volume - 1 1", "mute on"));
-    EXPECT_THAT(volumeBar.messages, IsEmpty());
-    press(KEY_RETURN);
-    EXPECT_FALSE(isLowBatteryAlert());
-    EXPECT_THAT(volumeBar.messages, ElementsAre(std::array { 1196, 0, 0 }));
 }
 
 TEST_F(KeyManagerTest, FavouritesGoToTheProgramThatPlays)
@@ -199,20 +178,6 @@ TEST_F(KeyManagerTest, TheDeviceIdIsStoredSentAndReadBack)
     EXPECT_EQ(getSettingString(1042), "ABC123456");
     EXPECT_THAT(answers(), IsEmpty());
     EXPECT_THAT(mcuHears(), IsEmpty());
-}
-
-TEST_F(KeyManagerTest, TestModeIsEnteredOnceAndLeft)
-{
-    session.messages.emplace_back("x", 1);
-    autoTest({ 0x82, 1 });
-    EXPECT_TRUE(getEnterTestMode());
-    EXPECT_TRUE(session.running);
-    EXPECT_THAT(answers(), ElementsAre("00 03 00 1E", "82 01"));
-    autoTest({ 0x82, 1 });
-    EXPECT_THAT(answers(), IsEmpty());
-    autoTest({ 0x82, 0 });
-    EXPECT_FALSE(getEnterTestMode());
-    EXPECT_THAT(answers(), ElementsAre("82 00"));
 }
 
 TEST_F(KeyManagerTest, TheTestEquipmentPressesKeysAndSetsTheVolume)

@@ -56,20 +56,6 @@ TEST(SwitchAction, StopsAndChangesGoFirstTheRestAfterTheFirstReport)
     EXPECT_TRUE(action->allFinished() && action->allSucceeded());
 }
 
-TEST(SwitchAction, OneFailureFailsIt)
-{
-    const auto action = actionOf({ { mbUSBAudio, SwitchType::ToStop }, { mbFM, SwitchType::ToRun } });
-    action->sendNext();
-    EXPECT_THAT(action->sentPages(), ElementsAre(mbUSBAudio)) << "only they hear of a failure";
-    action->markPage(mbUSBAudio, false);
-    action->markPage(mbUSBAudio, true);
-    action->sendNext();
-    action->markPage(mbFM, true);
-    EXPECT_TRUE(action->allFinished());
-    EXPECT_FALSE(action->allSucceeded()) << "the first report of a page counts";
-    EXPECT_THAT(action->sentPages(), ElementsAre(mbUSBAudio, mbFM));
-}
-
 TEST(SwitchAction, AResourceSwitchIsAwaitedOnlyWhenThereIsOne)
 {
     const auto action = actionOf({});
@@ -84,15 +70,4 @@ TEST(SwitchAction, AResourceSwitchIsAwaitedOnlyWhenThereIsOne)
     action->resourceSwitch->progress = OrderProgress::sent;
     action->markPage(NUM_OF_PAGES, true);
     EXPECT_TRUE(action->allFinished() && action->allSucceeded());
-}
-
-TEST(SwitchAction, DescribesItself)
-{
-    const auto action = actionOf({ { mbFM, SwitchType::ToRun } });
-    action->orders.front()->states = { 1, 1, 1, 1 };
-    action->resourceSwitch = new AppResourceSwitch();
-    EXPECT_THAT(action->describe(),
-                ElementsAre("++++++++++++ | Schedule SwitchAction", "APP: mbFM | Action: ToRun",
-                            "SC: 1 | SP: 1 | AC: 1 | VC: 1", "FAC: eAudioAVOff | FVC: eVideoCamera",
-                            "RAC: eAudioAVOff | RVC: eVideoAVOff", "SRC: NUM_OF_SOURCES", "Mix: 0", "Trigger: 0"));
 }

@@ -237,8 +237,10 @@ TEST_F(SystemStateTest, StoppingTheAntitheftPageEndsTheLock)
 
 TEST_F(SystemStateTest, UnlockingGoesThroughTheAntitheftState)
 {
-    enter(kLocked);
+    enter(kAntitheft);
     answerAll();
+    send(Kernel::systemStateManagerId, Kernel::MSG_SYS_ANTITHEFT_EXIT, 2);
+    EXPECT_EQ(getSystemState(), kLocked);
     events();
     request(mbAntitheft, AppAction::ToStop);
     request(mbFM, AppAction::ToRun);
@@ -250,14 +252,6 @@ TEST_F(SystemStateTest, UnlockingGoesThroughTheAntitheftState)
     EXPECT_EQ(getSystemState(), kNormalRun);
     EXPECT_EQ(getPreviousSystemState(), kAntitheft);
     EXPECT_EQ(events(), Events { "ready to 3" });
-}
-
-TEST_F(SystemStateTest, LockingAgainFromTheAntitheftState)
-{
-    enter(kAntitheft);
-    answerAll();
-    send(Kernel::systemStateManagerId, Kernel::MSG_SYS_ANTITHEFT_EXIT, 2);
-    EXPECT_EQ(getSystemState(), kLocked);
 }
 
 TEST_F(SystemStateTest, IsrModeTurnsOffAndBringsTheSourceBack)

@@ -243,7 +243,6 @@ TEST_F(ExeMonitorTest, BelievesTheBusAboutWhoSaysHello)
     EXPECT_EQ(monitor.getAppState(AppUSB), kDisconnect);
 }
 
-/** Waiting fails for a while, as it may when the system is short of descriptors: no end of a process is missed. */
 /** What is sent to a program that has just been started reaches it, though its start is told only then; what waited for
  * the one before does not. */
 TEST_F(ExeMonitorTest, KeepsWhatIsSentToTheNewProcess)
@@ -275,6 +274,7 @@ TEST_F(ExeMonitorTest, StartsAnewWhatHasJustDied)
     EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
 }
 
+/** Waiting fails for a while, as it may when the system is short of descriptors: no end of a process is missed. */
 TEST_F(ExeMonitorTest, SurvivesFailingWaits)
 {
     const int pid = startRadio();

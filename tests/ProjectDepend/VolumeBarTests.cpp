@@ -1,10 +1,11 @@
 #include "ProjectDepend/VolumeBar.h"
 
+#include "EngineApi/Provided.h"
 #include "kernel/MessageIds.h"
 #include "platform/Resources.h"
 #include "platform/doubles/OverlayDouble.h"
 #include "support/ErrorLog.h"
-#include "support/FakeAudioControl.h"
+#include "support/FakeAudio.h"
 #include "support/Pump.h"
 #include "support/ScratchUnit.h"
 
@@ -28,6 +29,7 @@ protected:
     VolumeBarTest()
     {
         ScratchUnit::emptySettings("284 = \"Poop deck\"\n");
+        EngineApi::Provided<ChipManager>::set(&audio);
         CVXResPathManager::getInstance()->clear();
         EXPECT_TRUE(CVXResPathManager::getInstance()->addResPath(pack, {}));
         bar = std::make_unique<Bar::VolumeBar>();
@@ -35,6 +37,7 @@ protected:
     ~VolumeBarTest() override
     {
         bar.reset();
+        EngineApi::Provided<ChipManager>::set(nullptr);
         ResourceAutoDelete();
     }
 
@@ -66,7 +69,7 @@ protected:
     }
 
     ErrorLog log;
-    FakeAudioControl audio;
+    FakeAudio audio;
     std::unique_ptr<Bar::VolumeBar> bar;
 };
 
@@ -84,22 +87,22 @@ TEST_F(VolumeBarTest, ShowsWhatChangedForItsTimeAndTheMuteForAsLongAsItLasts)
         std::function<void()> action;
         juce::String seen;
         int timerMs; ///< 0 when it does not run
-        std::vector<int> zones;
+        std::vector<std::string> sound;
     } steps[] {
         { "main volume", say(mainZone, 27), "volumebar\\MainVolume\\ORB600 Vol27.png", 2000, {} },
         { "up again", say(mainZone, 50), "volumebar\\MainVolume\\ORB600 Vol50.png", 2000, {} },
-        { "its time is over", fire, "", 0, { 1 } },
-        { "zone 2", say(zone2, 0), "volumebar\\Zone2Volume\\ZVOL0.png", 2000, { 2 } },
-        { "touch outside", [this] { touchOutside(); }, "", 0, { 1 } },
+        { "its time is over", fire, "", 0, { "zone 1" } },
+        { "zone 2", say(zone2, 0), "volumebar\\Zone2Volume\\ZVOL0.png", 2000, { "zone 2" } },
+        { "touch outside", [this] { touchOutside(); }, "", 0, { "zone 1" } },
         { "touch while hidden", [this] { touchOutside(); }, "", 0, {} },
         { "mute", say(mute, 1), mutePicture, 2000, {} },
         { "muted still", fire, mutePicture, 0, {} },
         { "close is not for a mute", [this] { close(); }, mutePicture, 0, {} },
-        { "volume while muted", say(zone2, 3), "volumebar\\Zone2Volume\\ZVOL3.png", 2000, { 2 } },
+        { "volume while muted", say(zone2, 3), "volumebar\\Zone2Volume\\ZVOL3.png", 2000, { "zone 2" } },
         { "back to the mute", fire, mutePicture, 0, {} },
         { "unmute", say(mute, 0), mutePicture, 100, {} },
-        { "gone", fire, "", 0, { 1 } },
-        { "shown and closed", [&] { volume(mainZone, 1), close(); }, "", 0, { 1 } },
+        { "gone", fire, "", 0, { "zone 1" } },
+        { "shown and closed", [&] { volume(mainZone, 1), close(); }, "", 0, { "zone 1" } },
         { "an unknown kind", say(7, 1), "", 0, {} },
         { "a foreign message", [this] { bar->postMessage(4711, 1, 1, nullptr); }, "", 0, {} },
     };
@@ -109,7 +112,7 @@ TEST_F(VolumeBarTest, ShowsWhatChangedForItsTimeAndTheMuteForAsLongAsItLasts)
         step.action();
         EXPECT_EQ(seen(), step.seen);
         EXPECT_EQ(bar->isTimerRunning() ? bar->getTimerInterval() : 0, step.timerMs);
-        EXPECT_EQ(audio.takeZones(), step.zones);
+        EXPECT_EQ(std::exchange(audio.calls, {}), step.sound);
     }
     EXPECT_EQ(find<CVXButton>("Btn_Zone2").getText(1), "Poop deck");
     EXPECT_TRUE(log.take().empty());

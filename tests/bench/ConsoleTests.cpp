@@ -53,44 +53,6 @@ TEST(Script, readsTimesAndLimits)
     EXPECT_NE(takeLimit(without, limit), "");
 }
 
-TEST(Expectation, namesItsStream)
-{
-    struct Case
-    {
-        Words words;
-        const char* stream;
-        const char* text;
-    };
-    const Case cases[] = { { { "mcu", "source", "usb", "2" }, "mcu source", "usb 2" },
-                           { { "mcu", "frame", "IND_KEY" }, "frame EVENT_KEY", "" },
-                           { { "mcu", "frame", "4", "01", "00" }, "frame EVENT_DEVICE_STATUS", "01 00" },
-                           { { "page", "eq", "shown" }, "page mbEQ", "shown" },
-                           { { "page", "MBFM", "in-front" }, "front", "mbFM" },
-                           { { "program", "radio", "gone" }, "program AppRadio", "gone" },
-                           { { "program", "aux", "key", "66", "0" }, "program AppAuxIn", "key 66 0" },
-                           { { "engine", "exit", "0" }, "engine", "exit 0" },
-                           { { "dsp", "front", "left", "-10.0", "dB" }, "dsp", "front left -10.0 dB" },
-                           { { "dsp", "write", "equaliser" }, "dsp write", "equaliser" },
-                           { { "mcu", "power", "off" }, "mcu power", "off" },
-                           { { "mcu", "device-id", "12 34 56" }, "mcu device-id", "12 34 56" },
-                           { { "mcu", "flood" }, "mcu flood", "" },
-                           { { "autotest", "key", "12", "done" }, "autotest", "key 12 done" },
-                           { { "autotest", "text", "3", "V2" }, "autotest", "text 3 \"V2\"" },
-                           { { "autotest", "text", "3" }, "autotest", "text 3 \"" } };
-    for (const auto& each : cases)
-    {
-        const auto parsed = parseExpectation(each.words);
-        EXPECT_EQ(parsed.error, "");
-        EXPECT_EQ(parsed.expectation.stream, each.stream);
-        EXPECT_EQ(parsed.expectation.text, each.text);
-    }
-    for (const auto& wrong :
-         { Words {}, Words { "page", "nowhere", "shown" }, Words { "page", "fm", "gone" },
-           Words { "mcu", "source", "tape" }, Words { "mcu", "frame", "EVENT_NONE" }, Words { "log" },
-           Words { "program", "radio" }, Words { "dsp" }, Words { "dsp", "write" } })
-        EXPECT_NE(parseExpectation(wrong).error, "");
-}
-
 // Each stream has its own place. An event that met one expectation does not meet the next; the order between streams is
 // free; an event from before the mark does not count.
 TEST(Expectations, consumeEachStreamInItsOrder)
@@ -153,20 +115,6 @@ TEST(Journal, forgetsTheOldestAndCountsIt)
     EXPECT_EQ(journal.waitFor(0, Clock::now(), isIn("log"))->text, std::to_string(extra));
 }
 
-TEST(Names, haveShortFormsAndStayUnambiguous)
-{
-    EXPECT_EQ(findApp("radio"), Pubhead::AppRadio);
-    EXPECT_EQ(findApp("eq"), Pubhead::AppEQ);
-    EXPECT_EQ(findApp("fm"), Pubhead::AppRadio);
-    EXPECT_EQ(findApp("bogus"), Pubhead::AppUnknown);
-    EXPECT_EQ(allPages().size(), 23u);
-    auto names = pageNames();
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end()) << "two pages with one name";
-    for (const auto& name : names)
-        EXPECT_NE(findPage(name), Pubhead::NUM_OF_PAGES) << name;
-}
-
 /** A console on a unit that was never started: enough for everything that is refused. */
 class ConsoleCommands : public testing::Test
 {
@@ -178,78 +126,22 @@ protected:
 
 TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
 {
-    for (const auto* line : { "mcu source",
-                              "mcu source tape",
-                              "mcu key 256",
-                              "mcu key menu 0 1s",
-                              "mcu hold menu",
-                              "mcu hold menu 256 1s",
-                              "mcu hold menu,next 1s",
-                              "mcu flood menu 1s",
-                              "mcu flood menu,tape 10 1s",
-                              "mcu flood menu 0 1s",
-                              "autotest",
-                              "autotest sing",
-                              "autotest key",
-                              "autotest source 10",
-                              "autotest volume 256",
-                              "autotest enter 1",
-                              "autotest send 1g",
-                              "autotest damage -1",
-                              "mcu send 5 1g",
-                              "mcu send 0",
-                              "mcu drop -1",
-                              "mcu silent",
-                              "mcu sing",
-                              "program radio",
-                              "program nobody crash",
-                              "program radio crash",
-                              "program eq show fm",
-                              "usb in 9",
-                              "camera maybe",
-                              "engine fly",
-                              "dsp sing",
-                              "dsp plot a b",
-                              "dsp plot /nowhere/x.png",
-                              "dsp play nothing.wav x.wav",
-                              "dsp fail",
-                              "dsp fail slow",
-                              "dsp fail transfer 0",
-                              "dsp fail crc twice",
-                              "log tail 0",
-                              "pause long",
-                              "transcript",
-                              "transcript mcu nobody",
-                              "expect",
-                              "frobnicate",
-                              "say \"x" })
+    std::istringstream lines(
+        "mcu source|mcu source tape|mcu key 256|mcu key menu 0 1s|mcu hold menu|mcu hold menu,next 1s|"
+        "mcu flood menu 1s|mcu flood menu,tape 10 1s|mcu send 5 1g|mcu drop -1|mcu sing|"
+        "autotest|autotest sing|autotest volume 256|autotest enter 1|autotest send 1g|autotest damage -1|"
+        "program nobody crash|program radio crash|program eq show fm|usb in 9|camera maybe|engine fly|"
+        "dsp sing|dsp plot a b|dsp plot /nowhere/x.png|dsp play nothing.wav x.wav|"
+        "dsp fail slow|dsp fail transfer 0|dsp fail crc twice|"
+        "log tail 0|pause long|transcript|transcript mcu nobody|frobnicate|"
+        "expect|expect page nowhere shown|expect page fm gone|expect mcu source tape|expect mcu frame EVENT_NONE|"
+        "expect log|expect program radio|expect dsp|expect dsp write|say \"x");
+    for (std::string line; std::getline(lines, line, '|');)
     {
         const auto outcome = console.run(line);
         EXPECT_EQ(outcome.kind, Outcome::failed) << line;
         EXPECT_THAT(outcome.error, testing::Not(IsEmpty())) << line;
     }
-    EXPECT_EQ(console.run("quit").kind, Outcome::leave);
-    EXPECT_EQ(console.run("").kind, Outcome::done);
-}
-
-TEST_F(ConsoleCommands, tellTheStateOfTheDsp)
-{
-    const std::pair<const char*, const char*> faults[] = {
-        { "dsp fail configure", "cannot be configured" }, { "dsp fail transfer 3", "3 transfers will fail" },
-        { "dsp fail crc", "the next CRC will be wrong" }, { "dsp fail crc always", "every CRC is wrong" },
-        { "dsp fail slow 20ms", "20 ms longer" },         { "dsp fail gone", "gone" },
-        { "dsp fail open", "cannot be opened" }
-    };
-    for (const auto& [command, told] : faults)
-    {
-        EXPECT_EQ(console.run(command).error, "");
-        EXPECT_EQ(console.run("dsp state").kind, Outcome::done);
-        EXPECT_THAT(output.str(), HasSubstr(told)) << command;
-        output.str({});
-    }
-    EXPECT_EQ(console.run("dsp fail well").error, "");
-    console.run("dsp");
-    EXPECT_THAT(output.str(), testing::AllOf(HasSubstr("asleep"), testing::Not(HasSubstr("faults"))));
 }
 
 TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
@@ -260,23 +152,11 @@ TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
     EXPECT_THAT(output.str(), testing::Not(HasSubstr("not reached")));
 }
 
-TEST_F(ConsoleCommands, chooseTheTranscriptOnce)
-{
-    EXPECT_EQ(console.transcriptSections().programs.size(), allApps().size());
-    EXPECT_EQ(console.run("transcript radio eq").error, "");
-    EXPECT_FALSE(console.transcriptSections().mcu);
-    EXPECT_EQ(console.transcriptSections().programs, (std::set<int> { Pubhead::AppRadio, Pubhead::AppEQ }));
-    EXPECT_EQ(console.run("transcript mcu").kind, Outcome::failed);
-}
-
 TEST_F(ConsoleCommands, completesWhatMayFollow)
 {
     using testing::Contains;
     EXPECT_THAT(Console::completionsFor({}), Contains("expect"));
-    EXPECT_THAT(Console::completionsFor({ "mcu", "source" }), Contains("aux"));
-    EXPECT_THAT(Console::completionsFor({ "program" }), Contains("AppRadio"));
     EXPECT_THAT(Console::completionsFor({ "expect", "page" }), Contains("mbEQ"));
-    EXPECT_THAT(Console::completionsFor({ "dsp", "fail" }), Contains("crc"));
     EXPECT_THAT(Console::completionsFor({ "bogus" }), IsEmpty());
 }
 

@@ -82,13 +82,3 @@ TEST(PageLayout, GivesEverythingAPlaceForAFinger)
         EXPECT_EQ(common, layoutCase.common);
     }
 }
-
-TEST(PageLayout, RaisesALevelWithItsUpperHalf)
-{
-    PageContent content;
-    content.levels = { { 1, 2, "Bass", "0", 0, -6, 6 } };
-    const PageLayout layout(mbEQ, content);
-    const auto column = layout.levels.front();
-    EXPECT_EQ(layout.touchAt(column.getCentre().withY(column.getY()))->number, 1);
-    EXPECT_EQ(layout.touchAt(column.getCentre().withY(column.getBottom() - 1))->number, 2);
-}

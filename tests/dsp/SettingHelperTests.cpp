@@ -7,16 +7,6 @@ class SettingHelperTest : public DspFixture
 {
 };
 
-class Listener : public CDSPStateListener
-{
-public:
-    void onVolumeChanged(int volume, int zone, bool) override { last = volume * 10 + zone; }
-    void onSecondNotice(int first, int) override { last = first; }
-    void onMuteChanged(bool mute) override { last = mute ? 1 : 0; }
-    void onFourthNotice(int value) override { last = value; }
-    int last = -1;
-};
-
 } // namespace
 
 TEST_F(SettingHelperTest, ReadsVolumesAndNeverStartsLoud)
@@ -86,18 +76,4 @@ TEST_F(SettingHelperTest, ConvertsSettingsAndLimitsThem)
     set(1291, 12);
     EXPECT_EQ(helper().getCustomEqGain(6), 6);
     EXPECT_EQ(helper().getCustomEqGain(60), 6);
-}
-
-TEST_F(SettingHelperTest, TellsItsOneListener)
-{
-    Listener listener;
-    helper().notifyMute(true);
-    helper().setListener(&listener);
-    helper().notifyVolume(12, 2, true);
-    EXPECT_EQ(listener.last, 122);
-    helper().notifyFourth(0x1ff);
-    EXPECT_EQ(listener.last, 0xff);
-    helper().setListener(nullptr);
-    helper().notifyMute(true);
-    EXPECT_EQ(listener.last, 0xff);
 }

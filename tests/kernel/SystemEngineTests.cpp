@@ -110,16 +110,6 @@ TEST_F(SystemEngineTest, ComponentsStopGroupByGroupAndReleaseInIdOrder)
               (std::vector<std::string> { "39 stop", "41 stop", "40 stop", "39 release", "41 release", "40 release" }));
 }
 
-TEST_F(SystemEngineTest, EveryTimerOfAComponentReachesItsOwner)
-{
-    SystemTimer timers(24);
-    timers.timerCallback(5);
-    timers.timerCallback(6);
-    expectPosted(24, MSG_SYS_TIMER, 5, 0);
-    expectPosted(24, MSG_SYS_TIMER, 6, 0);
-    expectNothingPosted();
-}
-
 namespace
 {
 

@@ -15,23 +15,6 @@ std::string contentOf(const BytePool& buffer)
 
 } // namespace
 
-TEST(BytePoolTest, BuffersComeBackLastInFirstOut)
-{
-    BytePoolStore store(32);
-    auto first = store.obtain();
-    auto second = store.obtain();
-    auto* const firstAddress = first.get();
-    auto* const secondAddress = second.get();
-    first->recycle();
-    first = nullptr;
-    second->recycle();
-    second = nullptr;
-    EXPECT_EQ(store.obtain().get(), secondAddress);
-    store.obtain()->recycle();
-    ASSERT_EQ(store.spareBuffers(), 1);
-    EXPECT_EQ(store.obtain().get(), firstAddress);
-}
-
 TEST(BytePoolTest, ABufferThatSomebodyHoldsStaysOut)
 {
     BytePoolStore store(32);

@@ -137,24 +137,6 @@ TEST_F(LinesTest, I2cFailuresAreReportedOnceUntilTheDeviceAnswers)
     EXPECT_EQ(log.take().size(), 1u);
 }
 
-TEST_F(LinesTest, ASilentI2cDeviceTimesOutAndItsConnectionIsNotUsedAgain)
-{
-    std::atomic<bool> silent { true };
-    PacketServer decoder(path(),
-                         [&](const Packet&) {
-                             return silent ? std::nullopt : std::optional(Packet { 0, 0, 0, 0, 0x48 });
-                         });
-    I2CDevice device;
-    std::uint8_t value = 0;
-    ASSERT_TRUE(device.open("I2C1:", 50));
-    EXPECT_FALSE(device.readRegister(0x8a, 1, value));
-    EXPECT_EQ(log.count("timed out"), 1);
-    silent = false;
-    EXPECT_FALSE(device.readRegister(0x8a, 1, value)) << "a late reply could be taken for this one's";
-    ASSERT_TRUE(device.open("I2C1:", 50));
-    EXPECT_TRUE(device.readRegister(0x8a, 1, value));
-}
-
 TEST_F(LinesTest, WhatIsNotThereCannotBeOpened)
 {
     const juce::String paths[] { "socket:" + path(), "socket:" + juce::String::repeatedString("x", 200), "/dev/null",

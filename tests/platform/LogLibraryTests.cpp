@@ -124,18 +124,6 @@ TEST(LogLibraryTest, ALogIsSavedAndReadBack)
     EXPECT_FALSE(read("/no/such/file"));
 }
 
-TEST(LogLibraryTest, ItOffersItsEntryPointsOnly)
-{
-    for (const auto* name : { "VX_LogDebug", "VX_LogInfo", "VX_LogWarn", "VX_LogError", "VX_ReadLog", "VX_SaveLog" })
-        EXPECT_NE(dlsym(library().handle, name), nullptr) << name;
-    const auto command = juce::String("nm -D --defined-only ") + libraryPath;
-    juce::ChildProcess symbols;
-    ASSERT_TRUE(symbols.start(command));
-    for (const auto& line : juce::StringArray::fromLines(symbols.readAllProcessOutput().trim()))
-        EXPECT_TRUE(line.contains(" VX_")) << line;
-    EXPECT_TRUE(symbols.waitForProcessToFinish(5000)) << "an ended process has to be collected";
-}
-
 /** Each of these needs the library as a new process finds it. */
 TEST(LogLibraryDeathTest, TheConsoleFollowsTheEnvironmentAndAMissingFileIsSaidOnce)
 {

@@ -1,6 +1,5 @@
 #include "platform/SerialPort.h"
 
-#include "platform/Configuration.h"
 #include "support/ErrorLog.h"
 #include "support/Eventually.h"
 
@@ -138,18 +137,6 @@ TEST(SerialPortTest, EveryByteValuePassesUnchangedInOrderAndInBulk)
     }
 }
 
-TEST(SerialPortTest, OpensTheWiredRemotesPortByTheUnitsName)
-{
-    const Terminal terminal;
-    const auto before = std::exchange(Configuration::get().wiredRemotePort, terminal.name);
-    Receiver receiver;
-    SerialPort port(receiver);
-    EXPECT_TRUE(port.open("COM5:", 57600));
-    EXPECT_EQ(port.write("\x01", 1), 1);
-    EXPECT_EQ(terminal.receive(1), "\x01");
-    Configuration::get().wiredRemotePort = before;
-}
-
 TEST(SerialPortTest, RefusesWhatIsNoUsablePort)
 {
     const Terminal terminal;
@@ -275,17 +262,21 @@ TEST(SerialPortTest, ADeviceThatVanishesIsOpenedAgainWhenItReturns)
     EXPECT_TRUE(port.isOpen());
     EXPECT_EQ(port.write("x", 1), 0);
 
-    const Terminal second;
+    auto second = std::make_unique<Terminal>();
     link.deleteFile();
-    ASSERT_TRUE(juce::File(second.name).createSymbolicLink(link, true));
+    ASSERT_TRUE(juce::File(second->name).createSymbolicLink(link, true));
     receiver.take();
-    second.send("after");
+    second->send("after");
     EXPECT_TRUE(receiver.waitForBytes(5));
     EXPECT_EQ(receiver.take(), "after");
     EXPECT_EQ(port.write("reply", 5), 5);
-    EXPECT_EQ(second.receive(5), "reply");
-    port.close();
+    EXPECT_EQ(second->receive(5), "reply");
     EXPECT_EQ(log.take().size(), 1u);
+
+    second.reset();
+    EXPECT_TRUE(eventually([&] { return log.count("lost") == 1; }));
+    port.close();
+    EXPECT_FALSE(port.isOpen());
 }
 
 /** The unit starts without the device, which is plugged in later. */
@@ -310,17 +301,4 @@ TEST(SerialPortTest, AnAwaitedDeviceIsOpenedWhenItAppears)
     port.close();
     EXPECT_FALSE(port.isConnected());
     EXPECT_EQ(log.take().size(), 1u);
-}
-
-TEST(SerialPortTest, ClosesWhileTheDeviceIsAway)
-{
-    ErrorLog log;
-    Receiver receiver;
-    SerialPort port(receiver);
-    auto terminal = std::make_unique<Terminal>();
-    ASSERT_TRUE(port.open(terminal->name, baudRate));
-    terminal.reset();
-    EXPECT_TRUE(eventually([&] { return log.count("lost") == 1; }));
-    port.close();
-    EXPECT_FALSE(port.isOpen());
 }

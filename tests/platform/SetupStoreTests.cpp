@@ -199,21 +199,3 @@ TEST_F(SetupStoreTest, ReadersSeeWholeValuesWhileWritersWriteAndTheStoreIsReopen
         reader.join();
     EXPECT_EQ(wrong, 0);
 }
-
-TEST_F(SetupStoreTest, TheFactoryFileHasALineForEachSettingOfTheEngine)
-{
-    juce::File(HEADUNIT_SOURCE_DIR "/resources/factory-settings.toml")
-        .copyFileTo(juce::File(AppConfig::getResourcePath() + "factory-settings.toml"));
-    ASSERT_TRUE(VX_LoadDataFromSystemFile());
-    for (const int centred : { 279, 280, 1281, 1282, 1283, 1285, 1291 })
-        EXPECT_EQ(VX_GetSetupValueInt(centred), 6) << centred;
-    for (const int band : { 257, 258, 259, 260, 261, 262, 263 })
-        EXPECT_EQ(VX_GetSetupValueInt(band), 7) << band;
-    for (int favourite = 1; favourite <= 16; ++favourite)
-    {
-        EXPECT_EQ(VX_GetSetupValueInt(23 + favourite), 55);
-        EXPECT_TRUE(VX_IsSetupValueString(39 + favourite));
-    }
-    for (const int text : { 19, 284, 1028, 1029, 1031, 1032, 1033, 1034, 1035, 1039, 1041, 1042 })
-        EXPECT_TRUE(VX_IsSetupValueString(text)) << text;
-}

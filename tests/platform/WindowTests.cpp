@@ -228,20 +228,6 @@ TEST_F(WindowTest, FindsShownAndHiddenWindowsByTheirExactTitle)
         EXPECT_EQ(findWindow(juce::String::fromUTF8(each.title)), each.window) << each.title;
 }
 
-TEST_F(WindowTest, AWindowsProcessAndExistenceAreKnown)
-{
-    const auto window = program->openTitled("Navi");
-    EXPECT_TRUE(isWindow(window));
-    EXPECT_EQ(windowProcess(window), -1);
-    program->setValue(window, "_NET_WM_PID", "CARDINAL", 4711);
-    EXPECT_EQ(windowProcess(window), 4711);
-    program->close(window);
-    EXPECT_FALSE(isWindow(window));
-    EXPECT_EQ(windowProcess(window), -1);
-    EXPECT_EQ(findWindow("Navi"), noWindow);
-    EXPECT_FALSE(isWindow(noWindow));
-}
-
 TEST_F(WindowTest, AMessageReachesItsWindowOnlyAndABroadcastEveryWindow)
 {
     const auto first = program->openTitled("First");
@@ -259,6 +245,9 @@ TEST_F(WindowTest, AMessageReachesItsWindowOnlyAndABroadcastEveryWindow)
     EXPECT_THAT(received.get(), ElementsAre(sent));
 
     program->close(first);
+    EXPECT_FALSE(isWindow(first));
+    EXPECT_EQ(windowProcess(first), -1);
+    EXPECT_EQ(windowProcess(second), -1) << "it does not say";
     EXPECT_FALSE(postWindowMessage(first, 1, 2, 3));
     EXPECT_FALSE(postWindowMessage(noWindow, 1, 2, 3));
     EXPECT_TRUE(program->takeMessages().empty());

@@ -110,10 +110,10 @@ protected:
     }
 
     /** A command of the test equipment to the application, and what it answers. */
-    Texts autoTest(Kernel::ComponentId application, std::initializer_list<std::uint8_t> request)
+    Texts autoTest(Kernel::ComponentId application, const std::vector<std::uint8_t>& request)
     {
         LowLayer::BytePool::Ptr bytes = new LowLayer::BytePool(static_cast<int>(request.size()), nullptr);
-        bytes->assign(std::data(request), static_cast<int>(request.size()));
+        bytes->assign(request.data(), static_cast<int>(request.size()));
         send(application, Kernel::MSG_AUTOTEST_COMMAND, static_cast<int>(request.size()), 0, bytes);
         return answers();
     }

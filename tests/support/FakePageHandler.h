@@ -24,7 +24,7 @@ public:
         const std::lock_guard guard(lock);
         return runState;
     }
-    bool isAvailable() const override { return true; }
+    bool isAvailable() const override { return available; }
     bool isResident() const override { return resident; }
     juce::String getBackProgramPath() const override { return {}; }
 
@@ -62,6 +62,7 @@ public:
         runState.states = stops ? EngineLayer::PageStates {} : order.states;
     }
 
+    std::atomic<bool> available { true };
     std::atomic<bool> resident { false };
     std::atomic<bool> competesForSound { true };
     std::atomic<int> requests { 0 };

@@ -89,7 +89,6 @@ protected:
         McuLink::Bytes frame { 0xFF, 0xAA, 0x01, static_cast<std::uint8_t>(parameters.size() + 5) };
         frame.insert(frame.end(), parameters.begin(), parameters.end());
         frame.push_back(static_cast<std::uint8_t>(std::accumulate(frame.begin(), frame.end(), 0u)));
-        lastFrame = frame;
         fromMcu(EngineApi::EVENT_AUTOTEST_INFO, frame);
     }
     std::vector<std::string> answers() { return session.takeAnswers(); }
@@ -97,7 +96,6 @@ protected:
     ScratchUnit unit;
     McuLink mcu;
     int sequence = 1;
-    McuLink::Bytes lastFrame; ///< the equipment's
     FakeRemote remote;
     FakeVolumeBar volumeBar;
     FakeFavoriteBar favoriteBar;

@@ -40,10 +40,10 @@ public:
             std::count_if(lines().begin(), lines().end(), [&](auto& each) { return each.text == text; }));
     }
 
-private:
+protected:
     static bool note(const char* file, int line, const char* tag, const char* format, va_list arguments)
     {
-        char text[512];
+        char text[1024];
         std::vsnprintf(text, sizeof text, format, arguments);
         const std::lock_guard guard(lock());
         lines().push_back({ line, file, tag, text });

@@ -225,34 +225,13 @@ TEST_F(BarsOnScreenTest, TheFavoritesShowWhichIsSelectedUntilATouchBesideThem)
     favoriteBar().postMessage(Kernel::MSG_FAVORITES_EMPTY_SLOT, 0, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return inked(notice, amber) > 10000; }));
 
+    const auto pause = [] { juce::MessageManager::getInstance()->runDispatchLoopUntil(100); };
     person->press(first.getCentreX(), first.getCentreY());
-    juce::MessageManager::getInstance()->runDispatchLoopUntil(100);
+    pause();
+    person->press(20, 20, 4); // the wheel
+    pause();
     EXPECT_TRUE(favoriteBar().isShown());
     person->press(20, 20);
     EXPECT_TRUE(pumpUntil([&] { return !favoriteBar().isShown(); }));
     EXPECT_TRUE(isBackground(first.getCentre())) << "gone at once";
-}
-
-TEST_F(BarsOnScreenTest, ATouchBesideABarOrItsTimerClosesIt)
-{
-    volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 1, nullptr); // stays by itself
-    const auto centre = volumeBounds.getCentre();
-    ASSERT_TRUE(pumpUntil([&] { return !isBackground(centre); }));
-
-    const auto pause = [] { juce::MessageManager::getInstance()->runDispatchLoopUntil(100); };
-    person->press(centre.x, centre.y);
-    pause();
-    person->press(20, 20, 4); // the wheel
-    pause();
-    EXPECT_TRUE(volumeBar().isShown());
-
-    person->press(20, 20);
-    EXPECT_TRUE(pumpUntil([&] { return !volumeBar().isShown(); }));
-    EXPECT_TRUE(isBackground(centre)) << "gone at once";
-
-    volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 1, nullptr);
-    ASSERT_TRUE(pumpUntil([&] { return !isBackground(centre); }));
-    volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 0, nullptr);
-    EXPECT_TRUE(pumpUntil([&] { return !volumeBar().isShown(); }));
-    EXPECT_TRUE(isBackground(centre)) << "gone with its timer";
 }
