@@ -101,11 +101,6 @@ int volumeOf(int zone)
     return DSPSettingHelperImpl::getInstance()->getVolume(zone == zoneCount);
 }
 
-void store(int setting, int value)
-{
-    setSettingInt(setting, value, true, AppUnknown);
-}
-
 juce::String textOf(std::span<const std::uint8_t> bytes)
 {
     return textOfUtf8({ reinterpret_cast<const char*>(bytes.data()), bytes.size() });
@@ -119,35 +114,21 @@ void sendVersion(int selector, const juce::String& text)
     sendData(EVENT_SEND_VERSION, parcel.data(), parcel.dataSize());
 }
 
+/** The zone itself, and what the unit has no setting for, have none. */
 void applyZoneParameters(const std::map<int, FieldValue>& fields)
 {
-    for (const auto& [number, field] : fields)
+    struct Target
     {
-        const auto value = zoneFieldValue(field);
-        switch (number)
-        {
-        case faderField:
-            store(faderSetting, value + centre);
-            break;
-        case balanceField:
-            store(balanceSetting, value + centre);
-            break;
-        case subwooferField:
-            store(subwooferLevelSetting, value);
-            break;
-        case trebleField:
-            store(trebleSetting, value + centre);
-            break;
-        case middleField:
-            store(middleSetting, value + centre);
-            break;
-        case bassField:
-            store(bassSetting, value + centre);
-            break;
-        default: // the zone, and what the unit has no setting for
-            break;
-        }
-    }
+        int field, setting, centre;
+    };
+    constexpr Target targets[] = {
+        { faderField, faderSetting, centre },         { balanceField, balanceSetting, centre },
+        { subwooferField, subwooferLevelSetting, 0 }, { trebleField, trebleSetting, centre },
+        { middleField, middleSetting, centre },       { bassField, bassSetting, centre }
+    };
+    for (const auto& target : targets)
+        if (const auto found = fields.find(target.field); found != fields.end())
+            setSettingInt(target.setting, zoneFieldValue(found->second) + target.centre, true, AppUnknown);
 }
 
 void stepVolume(ACService& audio, int zone, bool up)
