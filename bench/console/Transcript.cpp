@@ -33,6 +33,16 @@ bool comesAnywhere(const std::string& line, const Lines& before)
            (line == "EVENT_GET_LAST_MEMORY" && !before.empty() && before.back() == line);
 }
 
+/** The radio's program gets what the tuner says a moment before it has come and again afterwards, or only once: who is
+ * first is left to the machine. */
+bool repeatsTunerState(const std::string& line, const Lines& before)
+{
+    constexpr std::string_view tunerState = "message 1323 0 3 ";
+    const auto isTunerState = [&](const std::string& each) { return each.starts_with(tunerState); };
+    const auto last = std::find_if(before.rbegin(), before.rend(), isTunerState);
+    return isTunerState(line) && last != before.rend() && *last == line;
+}
+
 /** What happens to a program or what it does itself, by its first word: nothing that it was sent. */
 bool isOfProgramItself(const std::string& text)
 {
@@ -95,7 +105,11 @@ std::string composeTranscript(const std::vector<Event>& events, const Transcript
         else if (stream.starts_with("page "))
             programs[findApp(name)].pages.push_back(name + " " + text);
         else if (stream.starts_with("program ") && !isOfProgramItself(text))
-            programs[findApp(name)].messages.push_back(text);
+        {
+            auto& messages = programs[findApp(name)].messages;
+            if (!repeatsTunerState(text, messages))
+                messages.push_back(text);
+        }
     }
     Lines frames;
     for (const auto& [name, lines] : toMcu)
