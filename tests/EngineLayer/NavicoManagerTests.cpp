@@ -157,6 +157,30 @@ TEST_F(NavicoManagerTest, SpeaksAsTheDocumentSays)
         EXPECT_EQ(kept, block) << "./test --bless keeps what is new";
 }
 
+// In a frame of 102 bytes 73 are left for the name of zone 2, which are 36 of these letters.
+TEST_F(NavicoManagerTest, FitsItsRecordsIntoAFrame)
+{
+    const auto name = juce::String::repeatedString(juce::CharPointer_UTF8("\xc3\xa4"), 100);
+    setSettingString(284, name, false, AppUnknown);
+    const auto sizeAndName = [&](int lengthByteAt)
+    {
+        const auto words = juce::StringArray::fromTokens(juce::String(said().at(0)), " ", "");
+        return std::pair(words.size() - 1, words[1 + lengthByteAt].getHexValue32());
+    };
+    constexpr int frameSize = 102, lengthAt = 6 + 3 + 9 + 1;
+    const auto nameBytes = (frameSize - lengthAt - 2) / 2 * 2;
+    send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT);
+    EXPECT_EQ(sizeAndName(lengthAt), std::pair(lengthAt + 2 + nameBytes, nameBytes + 2));
+    hear(EVENT_PGN_SEND_CAN, { 0x00, 0xEA, 0x00, 0x00, 0x23, 0x02, 0x0E, 0xFE, 0x01 });
+    EXPECT_EQ(sizeAndName(lengthAt), std::pair(lengthAt + 2 + nameBytes, 6));
+
+    setSettingInt(1792, 5, false, AppUnknown);
+    setSettingInt(277, 4, false, AppUnknown);
+    hear(EVENT_PGN_SEND_CAN, bytesIn("00 ed 01 00 23 02 00 15 fe 01 ff ff ff ff ff ff 01 01 01"));
+    EXPECT_THAT(said(), ElementsAre("11 15 FE 01 00 23 02 01 64 FD 02 08 01 00 FF 01 78 00 00 00 00 00 00 00"))
+        << "no code for the preset, the highest frequency there is";
+}
+
 TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
 {
     struct Case
