@@ -112,7 +112,10 @@ private:
 
     Outcome mcuKeys(const Words& words);
     Outcome mcuFault(const Words& words);
+    Outcome mfdCommand(const Words& words);
     Outcome mfdState();
+    /** To a person: what the display has been told since then. */
+    void showAnswers(std::uint64_t from);
     Outcome dspState();
     Outcome dspPlay(const Words& words);
     Outcome dspFault(const Words& words);

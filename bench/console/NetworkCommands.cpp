@@ -120,6 +120,29 @@ std::string toneText(const std::optional<ZoneTone>& tone, const char* kind)
 
 Outcome Console::mfd(const Words& words)
 {
+    const auto from = unit.journal.end();
+    auto outcome = mfdCommand(words);
+    if (watched && outcome.kind == Outcome::done && words[1] != "state" && words[1] != "flood")
+        showAnswers(from);
+    return outcome;
+}
+
+void Console::showAnswers(std::uint64_t from)
+{
+    constexpr std::chrono::milliseconds patience { 250 };
+    constexpr std::size_t most = 16;
+    unit.journal.waitFor(from, Clock::now() + patience, [](const Event&) { return false; });
+    const auto isAnswer = [](const Event& event)
+    { return event.stream == "mfd" || event.stream.starts_with("mfd zone"); };
+    for (const auto& event : unit.journal.find(from, most, isAnswer))
+    {
+        const auto zone = event.stream == "mfd" ? std::string() : event.stream.substr(event.stream.find(' ') + 1) + " ";
+        output << style.dim("  < " + zone + event.text) << "\n";
+    }
+}
+
+Outcome Console::mfdCommand(const Words& words)
+{
     const auto what = words.size() > 1 ? words[1] : std::string();
     const auto isWith = [&](const char* name, std::size_t least, std::size_t most)
     { return what == name && words.size() >= 2 + least && words.size() <= 2 + most; };
