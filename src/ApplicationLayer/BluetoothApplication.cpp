@@ -4,6 +4,7 @@
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Remote.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineApi/SystemState.h"
 #include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
@@ -34,8 +35,6 @@ constexpr int pandoraMs = 10'000;
 constexpr int supplyMs = 2000;
 constexpr int autoTestMs = 1000;
 
-constexpr int enabledSetting = 7;
-constexpr int deviceNameSetting = 1039;
 constexpr const char* noDevice = "No Device";
 
 /** arg1 of RMSG_BT_CONTROL. */
@@ -107,12 +106,12 @@ bool moveInfo(SysInfoItem item, juce::int32 from, juce::int32 to)
 
 bool isEnabled()
 {
-    return getSettingInt(enabledSetting) != 0;
+    return getSettingInt(bluetoothSetting) != 0;
 }
 
 void storeDeviceName(const char* name)
 {
-    setSettingString(deviceNameSetting, name, true, AppUnknown);
+    setSettingString(bluetoothNameSetting, name, true, AppUnknown);
 }
 
 void controlProgram(Control control)
@@ -221,7 +220,7 @@ void BluetoothApplication::onRelease()
 
 bool BluetoothApplication::acceptsKey(int index, int)
 {
-    return index == enabledSetting;
+    return index == bluetoothSetting;
 }
 
 void BluetoothApplication::onSettingChanged(int, int)

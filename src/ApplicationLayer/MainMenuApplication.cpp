@@ -7,6 +7,7 @@
 #include "EngineApi/Programs.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineApi/WiredRemote.h"
 #include "dsp/AudioServices.h"
 #include "dsp/DSPSettingHelperImpl.h"
@@ -67,8 +68,6 @@ constexpr juce::int32 walkingSourceKey = 2;
 constexpr juce::int32 walkOn = 221;
 
 constexpr int zone2 = 2;
-constexpr int zone2OnSetting = 281;
-constexpr int zone2NameSetting = 284;
 constexpr int remoteRow = 1;
 constexpr int remoteColumn = 1;
 constexpr int remoteTextMs = 2000;

@@ -11,6 +11,7 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "lowlayer/BytePool.h"
@@ -59,9 +60,6 @@ constexpr juce::int32 playFavourite = 1;
 
 /** A frequency has two bytes on its way to the tuner. */
 constexpr int highestFrequency = 0xffff;
-
-constexpr int areaSetting = 21;
-constexpr int weatherAlertSetting = 23; ///< not 0: an alert shows the weather band
 
 void logAt(int line, const juce::String& text)
 {
@@ -142,7 +140,7 @@ void RadioApplication::unitReady()
 void RadioApplication::storeArea() const
 {
     if (started && tuner.areaCode != TunerState::unknownArea)
-        setSettingInt(areaSetting, tuner.areaCode, false, AppUnknown);
+        setSettingInt(tunerRegionSetting, tuner.areaCode, false, AppUnknown);
 }
 
 void RadioApplication::changeRegion(int areaCode)

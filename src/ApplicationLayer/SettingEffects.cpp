@@ -3,6 +3,7 @@
 #include "EngineApi/Bars.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
 #include "dsp/AudioServices.h"

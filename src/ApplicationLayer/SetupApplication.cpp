@@ -8,6 +8,7 @@
 #include "EngineApi/HostLink.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"

@@ -5,6 +5,7 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineLayer/UnitLines.h"
 #include "dsp/AudioServices.h"
 #include "kernel/ComponentRegistration.h"
@@ -26,7 +27,6 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::usbApplicationId,
                                                    []() -> Kernel::SystemTask* { return new USBApplication; } };
 
-constexpr int effectSetting = 1793;
 constexpr int hubResetMs = 500;
 constexpr int hubOffMs = 50;
 
@@ -56,7 +56,7 @@ void USBAudioHandler::decorateCommandLine(SwitchType, const PageStates&, const P
                                           Platform::AppCommandLine& commandLine)
 {
     if (commandLine.isSourceEnter())
-        setEffect(getSettingInt(effectSetting) != 0);
+        setEffect(getSettingInt(dmeSetting) != 0);
     else if (commandLine.isSourceExit())
         setEffect(false);
 }

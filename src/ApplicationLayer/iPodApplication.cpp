@@ -3,6 +3,7 @@
 #include "EngineApi/Pages.h"
 #include "EngineApi/Programs.h"
 #include "EngineApi/Provided.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
 #include "dsp/AudioServices.h"
@@ -25,8 +26,6 @@ namespace
 
 const Kernel::ComponentRegistration registration { Kernel::iPodApplicationId,
                                                    []() -> Kernel::SystemTask* { return new iPodApplication; } };
-
-constexpr int internetRadioSetting = 9;
 
 /** arg1 of RMSG_IPOD_DEVICE. */
 enum DeviceEvent : juce::int32 { attached = 0, authentication = 1, detached = 2, restartProgram = 85 };

@@ -6,6 +6,7 @@
 #include "EngineApi/Programs.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineApi/SystemState.h"
 #include "factory/ScheduleFactroy.h"
 #include "kernel/MessageIds.h"
@@ -24,9 +25,6 @@ namespace
 
 /** Kind of the device state that goes along with command lines as their flag. */
 constexpr int commandLineFlagDevice = 3;
-/** Settings that decide what may push the setup page away. */
-constexpr int bluetoothSetting = 7;
-constexpr int pandoraSetting = 9;
 /** Sub-code of RMSG_MAINMENU_NOTIFY for a new rear page. */
 constexpr int menuSourceNotice = 1;
 
@@ -129,8 +127,8 @@ ScheduleInput ApplicationManager::collectInput(const RequestInfo& request) const
     input.frontShow = current.frontShow;
     input.normalSource = current.normalSource;
     input.deviceFlag = EngineApi::getDeviceState(commandLineFlagDevice);
-    input.bluetoothSetting = EngineApi::getSettingInt(bluetoothSetting) != 0;
-    input.pandoraSetting = EngineApi::getSettingInt(pandoraSetting) != 0;
+    input.bluetoothSetting = EngineApi::getSettingInt(EngineApi::bluetoothSetting) != 0;
+    input.pandoraSetting = EngineApi::getSettingInt(EngineApi::internetRadioSetting) != 0;
     input.defaultSource = Factory::ScheduleFactroy::getInstance()->defaultSource();
     return input;
 }

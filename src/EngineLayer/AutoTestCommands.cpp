@@ -7,6 +7,7 @@
 #include "EngineApi/Pages.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineLayer/AutoTestFrame.h"
 #include "EngineLayer/KeyManager.h"
 #include "dsp/AudioServices.h"
@@ -50,7 +51,6 @@ constexpr int acknowledged = 0xff;
 constexpr int sendAgain = 0xfc;
 
 constexpr int mainZone = 1;
-constexpr int deviceIdSetting = 1042;
 constexpr int volumeAfterEntry = 30;
 
 /** Key items of the equipment that stand for a key of the unit. */

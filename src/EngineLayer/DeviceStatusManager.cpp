@@ -7,6 +7,7 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/DataManager.h"
@@ -57,7 +58,6 @@ constexpr int powerOffMs = 6000;
 constexpr juce::uint32 fullVolume = 0xffffffff;
 
 /** Says whether the voltage is shown. */
-constexpr int setting22 = 22;
 
 constexpr std::uint8_t autoTestReady[] = { 0x82, 0x02 };
 /** Parameter of the favourites message that tells the satellite program of the power-off. */
@@ -285,7 +285,7 @@ void DeviceStatusManager::lastMemoryAnswered()
 {
     waitingLastMemory = false;
     agreement.restart();
-    SystemInfo::getInstance()->set(sysInfoVoltageShown, EngineApi::getSettingInt(setting22));
+    SystemInfo::getInstance()->set(sysInfoVoltageShown, EngineApi::getSettingInt(EngineApi::voltmeterSetting));
     if (auto* chip = Provided<ChipManager>::get())
     {
         auto* settings = DSPSettingHelperImpl::getInstance();

@@ -3,6 +3,7 @@
 #include "EngineApi/Bars.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineApi/WiredRemote.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -15,7 +16,6 @@ namespace
 
 using EngineApi::Provided;
 
-constexpr int zoneNameSetting = 284;
 constexpr int muteZone = 3; ///< stands for the mute in volume messages
 constexpr int firstZone = 1;
 
@@ -49,7 +49,8 @@ void announceVolume(int zone, int volume, bool show)
         return;
     remote->clearRow(remoteRow);
     remote->restoreAfter(remoteTextMs);
-    const auto zoneText = zone == firstZone ? juce::String("Zone1") : EngineApi::getSettingString(zoneNameSetting);
+    const auto zoneText =
+        zone == firstZone ? juce::String("Zone1") : EngineApi::getSettingString(EngineApi::zone2NameSetting);
     remote->showText(remoteRow, volumeColumn, zoneText + " Vol." + juce::String(volume), true);
 }
 

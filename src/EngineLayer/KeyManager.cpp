@@ -8,6 +8,7 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/AutoTestFrame.h"
@@ -38,8 +39,6 @@ constexpr int readBackMs = 300;
 
 // Settings.
 constexpr int unitOnSetting = 7;
-constexpr int zone2OnSetting = 281;
-constexpr int dimmerSetting = 286;
 /** The remote's brightest level and the setting's highest value. */
 constexpr int brightest = 15;
 constexpr int dimmerSteps = 11;
@@ -255,7 +254,7 @@ void KeyManager::act(const PowerSwitch& action)
 {
     setMute(!action.on);
     if (auto* remote = Provided<WiredRemote>::get())
-        remote->setDimmer(action.on ? getSettingInt(dimmerSetting) * brightest / dimmerSteps : 0);
+        remote->setDimmer(action.on ? getSettingInt(dimmerLevelSetting) * brightest / dimmerSteps : 0);
     powerOn = action.on;
     driveOutputs(action.on);
     setSettingInt(unitOnSetting, action.on ? 1 : 0, true, Pubhead::AppUnknown);

@@ -7,6 +7,7 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/SetupIndex.h"
 #include "EngineLayer/SoftwareUpdate.h"
 #include "dsp/AudioServices.h"
 #include "dsp/DSPSettingHelperImpl.h"
@@ -31,24 +32,6 @@ namespace
 
 constexpr const char* logFile = "EngineLayer/NavicoManager";
 constexpr const char* logTag = "NavicoManager";
-
-enum Setting : int {
-    highPassSetting = 277,
-    faderSetting = 279,
-    balanceSetting = 280,
-    zone2OnSetting = 281,
-    zone2VolumeSetting = 283,
-    zone2NameSetting = 284,
-    applicationVersionSetting = 1028,
-    mcuVersionSetting = 1029,
-    osVersionSetting = 1031,
-    deviceIdSetting = 1042,
-    bassSetting = 1281,
-    middleSetting = 1282,
-    trebleSetting = 1283,
-    subwooferLevelSetting = 1284,
-    presetSetting = 1792
-};
 
 constexpr int bothZones = 0;
 constexpr int zoneCount = 2;

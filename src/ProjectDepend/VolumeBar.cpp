@@ -1,6 +1,7 @@
 #include "ProjectDepend/VolumeBar.h"
 
 #include "EngineApi/Provided.h"
+#include "EngineApi/SetupIndex.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
 #include "platform/SetupStore.h"
@@ -19,7 +20,6 @@ constexpr int unmutedMs = 100;
 
 constexpr int mainZone = 1;
 constexpr int zone2 = 2;
-constexpr int zone2NameSetting = 284;
 constexpr int zone2NameText = 1;
 
 constexpr const char* mainPictures = "volumebar\\MainVolume\\ORB600 Vol%d.png";
@@ -115,7 +115,7 @@ void VolumeBar::showZone2Volume(int volume)
 {
     if (zone2Button != nullptr)
     {
-        zone2Button->setText(zone2NameText, Platform::VX_GetSetupValueString(zone2NameSetting));
+        zone2Button->setText(zone2NameText, Platform::VX_GetSetupValueString(EngineApi::zone2NameSetting));
         zone2Button->setImagePath(pictureOf(zone2Pictures, volume));
     }
     show(0);

@@ -141,6 +141,7 @@ public:
     const PageStates& states(int page) const { return pages.at(page).info.states; }
     bool plays(int page) const { return states(page).playState == PageStates::playing; }
     bool isHeard(int page) const { return states(page).audioState == PageStates::held; }
+    bool isCalling() const { return calling; }
     bool isSeen(int page) const { return states(page).videoState == PageStates::held; }
     const ScheduleState& remembered() const { return scheduler.getState(); }
 
