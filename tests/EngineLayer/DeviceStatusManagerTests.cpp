@@ -326,7 +326,7 @@ TEST_F(DeviceStatusTest, DeviceChangesReachListenersAndMcu)
     EXPECT_EQ(second.kinds.size(), 2u);
 }
 
-TEST_F(DeviceStatusTest, StoragesAreWatched)
+TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
 {
     NotingListener listener;
     addDeviceStateListener(&listener);
@@ -340,7 +340,13 @@ TEST_F(DeviceStatusTest, StoragesAreWatched)
     hostEvent(EVENT_DEVICE_STATUS);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0 } } }));
 
-    EXPECT_EQ(listener.kinds, (std::vector { 0, 0 }));
+    for (const bool signal : { true, false })
+    {
+        LinesDouble::setRegister(0x88, 0x01, signal ? 0x48 : 0);
+        fireTimer(4);
+        EXPECT_EQ(getDeviceState(cameraVideo), signal);
+    }
+    EXPECT_EQ(listener.kinds, (std::vector { 0, 0, 16, 16 }));
 
     Platform::Configuration::get().sdAsUsb = true;
     folder.getChildFile("Hard Disk").createDirectory();
@@ -365,6 +371,14 @@ TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
     toManager(Kernel::MSG_POWER_OFF_CONFIRM, Pubhead::mbSirius);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
     EXPECT_FALSE(manager.isTimerRunning(7));
+}
+
+TEST_F(DeviceStatusTest, StandbyIsEnteredAndLeftOnce)
+{
+    auto& standby = addPage(Pubhead::mbStandby, NUM_OF_SOURCES);
+    for (const int leave : { 1, 0, 0, 1, 1 })
+        toManager(Kernel::MSG_STANDBY, leave);
+    EXPECT_EQ(standby.calls, (Calls { "show auto", "stop auto" }));
 }
 
 TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)

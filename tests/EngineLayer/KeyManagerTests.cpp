@@ -71,6 +71,18 @@ TEST_F(KeyManagerTest, PowerKeysSwitchSoundRemoteLinesAndTheSetting)
     EXPECT_THAT(mcuHears(), ElementsAre("5 00 08 00"));
 }
 
+TEST_F(KeyManagerTest, ReturnOnlyEndsTheAlert)
+{
+    setLowBatteryAlert(true);
+    volumeBar.shown = true;
+    for (const int key : { KEY_VOLUME_UP, KEY_VOLUME_DOWN, KEY_PLAYPAUSE, KEY_RETURN })
+        press(key);
+    EXPECT_FALSE(isLowBatteryAlert());
+    EXPECT_THAT(audio.calls, ElementsAre("alert on", "volume + 1 1", "volume - 1 1", "mute on", "alert off"));
+    EXPECT_THAT(volumeBar.messages, ElementsAre(std::array { 1196, 0, 0 }));
+    EXPECT_THAT(takeSent(), IsEmpty());
+}
+
 TEST_F(KeyManagerTest, FavouritesGoToTheProgramThatPlays)
 {
     struct Case
@@ -178,6 +190,19 @@ TEST_F(KeyManagerTest, TheDeviceIdIsStoredSentAndReadBack)
     EXPECT_EQ(getSettingString(1042), "ABC123456");
     EXPECT_THAT(answers(), IsEmpty());
     EXPECT_THAT(mcuHears(), IsEmpty());
+}
+
+TEST_F(KeyManagerTest, TestModeIsEnteredOnceAndLeft)
+{
+    session.messages.emplace_back("x", 1);
+    autoTest({ 0x82, 1 });
+    EXPECT_TRUE(getEnterTestMode() && session.running);
+    EXPECT_THAT(answers(), ElementsAre("00 03 00 1E", "82 01"));
+    autoTest({ 0x82, 1 });
+    EXPECT_THAT(answers(), IsEmpty());
+    autoTest({ 0x82, 0 });
+    EXPECT_FALSE(getEnterTestMode());
+    EXPECT_THAT(answers(), ElementsAre("82 00"));
 }
 
 TEST_F(KeyManagerTest, TheTestEquipmentPressesKeysAndSetsTheVolume)

@@ -407,6 +407,22 @@ TEST_F(IpcTest, TakesItsNameOverFromWhoHeldIt)
     recorder.expectMessage(AppRadio, hello);
 }
 
+/** The same classes in a source program: it hears the engine as application type 0, and nobody else to all. */
+TEST_F(IpcTest, ServesAProgramAsWell)
+{
+    MessageHelper::config(AppRadio, MessageHelper::getDestName);
+    BusPeer engine(bus);
+    BusPeer usb(bus);
+    engine.own("AppMain");
+    usb.own("AppUSB");
+    ASSERT_TRUE(session.init(&recorder));
+    EXPECT_EQ(recorder.next().appType + recorder.next().appType, AppMain + AppUSB) << "in any order";
+    for (auto* sender : { &usb, &engine })
+        BusPeer::check(sd_bus_emit_signal(sender->get(), "/com/corvane/Endpoint", "com.corvane.Endpoint", "Message",
+                                          "iiia{sv}", sender == &usb ? 1 : 1747, 0, 0, 0));
+    recorder.expectMessage(AppMain, 1747);
+}
+
 /** Sends from several threads while the receiver is told things; run with the thread sanitizer. */
 TEST_F(IpcTest, ManyThreadsMaySend)
 {
