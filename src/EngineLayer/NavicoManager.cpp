@@ -78,10 +78,10 @@ ZoneSettings zoneSettings()
              getSettingInt(presetSetting), getSettingInt(highPassSetting) };
 }
 
-/** In steps, of zone 1 or 2. */
+/** In steps. Whatever is not zone 1 is as loud as zone 2. */
 int volumeOf(int zone)
 {
-    return DSPSettingHelperImpl::getInstance()->getVolume(zone == zoneCount);
+    return DSPSettingHelperImpl::getInstance()->getVolume(zone != 1);
 }
 
 juce::String textOf(std::span<const std::uint8_t> bytes)
