@@ -24,12 +24,13 @@ constexpr const char* deviceStatus = "EVENT_DEVICE_STATUS";
     later it is an answer; and the request for the last memory, asked again every second until it is answered, of which
     the first stays. Nothing is repeated for the link's sake: the journal has a frame once however often it is
     transmitted, and the unit does not answer one that the microcontroller repeats. Messages for the boat's network are
-    urgent: which one overtakes which depends on how far the link has come.
+    urgent: which one overtakes which depends on how far the link has come. At the start the radio's page tunes to where
+    the tuner is, unless it comes before the tuner has said so.
 */
 bool comesAnywhere(const std::string& line, const Lines& before)
 {
-    return line.starts_with("EVENT_PGN_SEND_CAN") || line.starts_with("EVENT_HEAT_BEAT") ||
-           line == "EVENT_AUTOTEST_INFO aa ee 00 07 82 02 23" ||
+    return line.starts_with("EVENT_PGN_SEND_CAN") || line == "EVENT_RADIO_INFO 05 00 27 7e" ||
+           line.starts_with("EVENT_HEAT_BEAT") || line == "EVENT_AUTOTEST_INFO aa ee 00 07 82 02 23" ||
            (line == "EVENT_GET_LAST_MEMORY" && !before.empty() && before.back() == line);
 }
 
