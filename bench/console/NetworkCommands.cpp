@@ -1,4 +1,5 @@
 // The boat's network on the console: the display, and the messages as lines.
+#include "bench/console/Columns.h"
 #include "bench/console/Console.h"
 
 #include <algorithm>
@@ -102,13 +103,6 @@ Outcome flood(NetworkDisplay& display, const Words& words)
     return {};
 }
 
-std::string cell(const std::string& text, std::size_t width)
-{
-    const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
-    const auto characters = text.size() - static_cast<std::size_t>(std::ranges::count_if(text, isContinuation));
-    return characters < width ? text + std::string(width - characters, ' ') : text;
-}
-
 std::string toneText(const std::optional<ZoneTone>& tone, const char* kind)
 {
     // The zone stands at the line's begin already.
@@ -190,19 +184,19 @@ Outcome Console::mfdCommand(const Words& words)
 Outcome Console::mfdState()
 {
     const auto display = unit.networkDisplay.state();
-    constexpr std::size_t zoneWidth = 6, nameWidth = 18, volumeWidth = 9, muteWidth = 6;
+    constexpr int zoneWidth = 6, nameWidth = 18, volumeWidth = 9, muteWidth = 6;
     output << style.bold("Display on the network") << "\n"
-           << style.dim("  " + cell("zone", zoneWidth) + cell("name", nameWidth) + cell("volume", volumeWidth) +
-                        cell("mute", muteWidth))
+           << style.dim("  " + padded("zone", zoneWidth) + padded("name", nameWidth) + padded("volume", volumeWidth) +
+                        padded("mute", muteWidth))
            << "\n";
     for (const auto& [number, zone] : display.zones)
     {
-        output << "  " << cell(std::to_string(number), zoneWidth) << cell(zone.name, nameWidth)
-               << cell(zone.volume ? std::to_string(*zone.volume) + " %" : "-", volumeWidth)
-               << cell(zone.muted ? (*zone.muted ? "on" : "off") : "-", muteWidth) << "\n";
+        output << "  " << padded(std::to_string(number), zoneWidth) << padded(zone.name, nameWidth)
+               << padded(zone.volume ? std::to_string(*zone.volume) + " %" : "-", volumeWidth)
+               << padded(zone.muted ? (*zone.muted ? "on" : "off") : "-", muteWidth) << "\n";
         for (const auto& [kind, tone] :
              { std::pair("configuration", &zone.configuration), std::pair("parameters", &zone.parameters) })
-            output << style.dim("        " + cell(kind, nameWidth)) << toneText(*tone, kind) << "\n";
+            output << style.dim("        " + padded(kind, nameWidth)) << toneText(*tone, kind) << "\n";
     }
     if (display.zones.empty())
         output << style.dim("  It knows of no zone yet: mfd request zones") << "\n";

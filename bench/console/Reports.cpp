@@ -1,4 +1,5 @@
 // What the bench tells about the unit.
+#include "bench/console/Columns.h"
 #include "bench/console/Console.h"
 
 #include <algorithm>
@@ -113,11 +114,9 @@ Outcome Console::pages(const Words&)
 {
     const auto running = unit.programs.running();
     const auto front = unit.programs.pageInFront();
-    const auto cell = [](const std::string& text, std::size_t width)
-    { return text.size() < width ? text + std::string(width - text.size(), ' ') : text; };
-    constexpr std::size_t page = 14, title = 18, program = 14, pid = 9;
-    output << style.dim("  " + cell("page", page) + cell("", title) + cell("program", program) + cell("pid", pid) +
-                        "state")
+    constexpr int page = 14, title = 18, program = 14, pid = 9;
+    output << style.dim("  " + padded("page", page) + padded("", title) + padded("program", program) +
+                        padded("pid", pid) + "state")
            << "\n";
     for (const auto& info : allPages())
     {
@@ -127,10 +126,11 @@ Outcome Console::pages(const Words&)
         std::string remark = !runs ? style.dim("-") : found->second.connected ? "connected" : style.warning("starting");
         if (runs && !found->second.fault.empty())
             remark += style.warning("  " + found->second.fault);
-        const auto name = cell(pageName(info.page), page) + cell(info.title, title);
+        const auto name = padded(pageName(info.page), page) + padded(info.title, title);
         output << (inFront ? style.good("▸ ") : "  ") << (inFront ? style.bold(name) : name)
-               << cell(appTypeName(info.appType), program) << cell(runs ? std::to_string(found->second.pid) : "", pid)
-               << remark << (inFront ? style.good("  in front") : "") << "\n";
+               << padded(appTypeName(info.appType), program)
+               << padded(runs ? std::to_string(found->second.pid) : "", pid) << remark
+               << (inFront ? style.good("  in front") : "") << "\n";
     }
     return {};
 }

@@ -1,6 +1,7 @@
 // The live view: the whole unit at a glance.
 #include "bench/console/Watch.h"
 
+#include "bench/console/Columns.h"
 #include "bench/console/Console.h"
 #include "bench/dsp/DspModel.h"
 
@@ -24,21 +25,11 @@ constexpr int labelWidth = 9;
 constexpr std::size_t mostPrograms = 12;
 constexpr std::chrono::milliseconds redrawEvery { 250 };
 
-/** Characters of a UTF-8 text; all of ours are one column wide. */
-int widthOf(const std::string& text)
-{
-    int width = 0;
-    for (const char c : text)
-        width += (static_cast<unsigned char>(c) & 0xC0) != 0x80 ? 1 : 0;
-    return width;
-}
-
 /** Exactly this wide: cut with an ellipsis, or filled up. */
 std::string fitted(const std::string& text, int width)
 {
-    const int excess = widthOf(text) - width;
-    if (excess <= 0)
-        return text + std::string(static_cast<std::size_t>(-excess), ' ');
+    if (widthOf(text) <= width)
+        return padded(text, width);
     std::string cut;
     int count = 0;
     for (const char c : text)

@@ -8,6 +8,8 @@
 #include <signal.h>
 #include <spawn.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,7 +40,7 @@ public:
         std::string listen = ("--address=" + address()).toStdString();
         char* arguments[] = { program.data(), kind.data(), fork.data(), listen.data(), nullptr };
         ASSERT_EQ(posix_spawnp(&process, program.c_str(), nullptr, nullptr, arguments, environ), 0);
-        ASSERT_TRUE(eventually([this] { return socket().exists(); }));
+        ASSERT_TRUE(eventually([this] { return takesConnections(); }));
     }
 
     void stop()
@@ -55,6 +57,18 @@ public:
 
 private:
     juce::File socket() const { return folder.getChildFile("bus"); }
+
+    /** Its socket is there a moment before it listens. */
+    bool takesConnections() const
+    {
+        sockaddr_un name {};
+        name.sun_family = AF_UNIX;
+        socket().getFullPathName().copyToUTF8(name.sun_path, sizeof name.sun_path);
+        const int connection = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const bool taken = ::connect(connection, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0;
+        ::close(connection);
+        return taken;
+    }
 
     const juce::File folder = juce::File::getSpecialLocation(juce::File::tempDirectory)
                                   .getChildFile("headunit-bus-" + juce::Uuid().toString());

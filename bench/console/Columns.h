@@ -1,0 +1,23 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+
+/** Text in columns of a terminal. */
+namespace Bench
+{
+
+/** Characters of a UTF-8 text; all of ours are one column wide. */
+inline int widthOf(const std::string& text)
+{
+    return static_cast<int>(
+        std::ranges::count_if(text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
+/** Filled up with blanks; a wider one stays as it is. */
+inline std::string padded(const std::string& text, int width)
+{
+    return text + std::string(static_cast<std::size_t>(std::max(0, width - widthOf(text))), ' ');
+}
+
+} // namespace Bench
