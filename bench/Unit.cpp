@@ -221,15 +221,17 @@ bool Unit::putUpdate(int number, bool canStart)
     std::error_code error;
     if (!isUsbPlugged(number) || (fs::create_directories(folder, error), error))
         return false;
-    std::ofstream(program) << "#!/bin/sh\n"
-                              "echo \"started $*\" >> "
-                           << said
-                           << "\n"
-                              "while kill -0 $PPID 2>/dev/null; do sleep 0.05; done\n"
-                              "echo 'the unit is down' >> "
-                           << said << "\n";
+    std::ofstream script(program);
+    script << "#!/bin/sh\n"
+              "echo \"started $*\" >> "
+           << said
+           << "\n"
+              "while kill -0 $PPID 2>/dev/null; do sleep 0.05; done\n"
+              "echo 'the unit is down' >> "
+           << said << "\n";
+    script.close();
     fs::permissions(program, canStart ? fs::perms::owner_all : fs::perms::owner_read | fs::perms::owner_write, error);
-    return !error;
+    return script && !error;
 }
 
 } // namespace Bench

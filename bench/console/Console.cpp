@@ -197,14 +197,12 @@ std::span<const Console::Command> Console::commands()
           "mfd request zones|configuration|parameters|volumes [ZONE] | iso PGN | raw PGN [BYTES]\n"
           "mfd update [data] | version 0|3|4 [TEXT] | flood RATE TIME | state",
           "A multifunction display on the boat's network: see and change the zones (0 is both, the tone's NAME is "
-          "fader, "
-          "balance, subwoofer, treble, middle or bass), ask for a message or a version, start an update, ask for the "
-          "volumes RATE times a second; what it knows of the unit.",
+          "fader, balance, subwoofer, treble, middle or bass), ask for a message or a version, start an update, ask "
+          "for the volumes RATE times a second; what it knows of the unit.",
           &Console::mfd, mfdWords },
         { "n2k", "n2k log FILE|off | serve [PORT]|off | play FILE [SPEED]|off",
           "The messages of the boat's network as lines: to a file, to readers on a port of this machine, whose lines "
-          "go "
-          "to the unit, or from a file to the unit (SPEED 1 with the file's own time distances, else at once).",
+          "go to the unit, or from a file to the unit (SPEED 1 with the file's own time distances, else at once).",
           &Console::n2k, networkWords },
         { "program",
           "program NAME show [PAGE] | stop [PAGE] | crash | silent [off] | slow TIME|off | hang | wake | exit | "

@@ -163,9 +163,8 @@ ParsedExpectation parseExpectation(const Words& words)
     else
         parsed =
             failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
-                   "update TEXT | remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT] | mfd "
-                   "[sent|flood] "
-                   "TEXT | n2k TEXT");
+                   "update TEXT | remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT] | "
+                   "mfd [sent|flood] TEXT | n2k TEXT");
     parsed.expectation.description = joined(words);
     return parsed;
 }

@@ -33,8 +33,6 @@ constexpr juce::int32 keepOldTexts = 1;
 /** arg2 of RMSG_SETTING_CHANGED. */
 constexpr juce::int32 integerSetting = 1;
 
-/** Operations of the marine network's sends. */
-
 void serveWiredRemote(const RemoteMessage& message)
 {
     auto* remote = Provided<WiredRemote>::get();

@@ -18,7 +18,6 @@
 #include "platform/Utf8.h"
 
 #include <juce_events/juce_events.h>
-#include <string_view>
 
 namespace EngineLayer
 {
