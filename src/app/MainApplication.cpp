@@ -14,7 +14,6 @@ namespace
 
 constexpr int cameraTimer = 1;
 constexpr int cameraPollMs = 100;
-bool initialised = false;
 
 void writeDriverSetting()
 {
@@ -37,14 +36,8 @@ MainApplication::~MainApplication()
     Bar::removeBars();
 }
 
-bool MainApplication::wasInitialised()
-{
-    return initialised;
-}
-
 void MainApplication::initialise(const juce::String&)
 {
-    initialised = true;
     Platform::AppConfig::loadFont();
     for (const auto* pack : { "CommonRes.spp", "MainRes.spp" })
         Platform::CVXResPathManager::getInstance()->addResPath(Platform::AppConfig::getResourcePath() + pack, {});

@@ -14,7 +14,8 @@ public:
 
     const juce::String getApplicationName() override { return "MainApplication"; }
     const juce::String getApplicationVersion() override { return HEADUNIT_VERSION; }
-    bool moreThanOneInstanceAllowed() override { return false; }
+    /** `Platform::InstanceLock` sees to it, before the framework starts: one engine a unit, not one a machine. */
+    bool moreThanOneInstanceAllowed() override { return true; }
     void initialise(const juce::String& commandLine) override;
     void shutdown() override;
     void anotherInstanceStarted(const juce::String&) override {}
@@ -22,9 +23,6 @@ public:
     void timerCallback(int timerId) override;
     /** "showWindow" and "hideWindow", exactly; any other text is ignored. */
     void actionListenerCallback(const juce::String& message) override;
-
-    /** False when another engine kept this one from starting. */
-    static bool wasInitialised();
 
 private:
     void startEngine();

@@ -1,5 +1,7 @@
 #include "app/MainApplication.h"
 
+#include "platform/System.h"
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 
@@ -28,16 +30,16 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "headunit-engine: %s\n", error.c_str());
         return badConfiguration;
     }
+    const auto onlyEngine = Platform::InstanceLock::take();
+    if (onlyEngine == nullptr)
+    {
+        std::fprintf(stderr, "headunit-engine: another engine of this unit is running\n");
+        return EXIT_FAILURE;
+    }
     // A program that goes away while it is written to is an error of that write, no more.
     std::signal(SIGPIPE, SIG_IGN);
 
     juce::JUCEApplicationBase::createInstance = createApplication;
     const char* frameworkArguments[] = { argv[0] };
-    const int status = juce::JUCEApplicationBase::main(1, frameworkArguments);
-    if (!MainApplication::wasInitialised())
-    {
-        std::fprintf(stderr, "headunit-engine: another engine is running on this machine\n");
-        return EXIT_FAILURE;
-    }
-    return status;
+    return juce::JUCEApplicationBase::main(1, frameworkArguments);
 }

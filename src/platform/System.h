@@ -1,6 +1,7 @@
 #pragma once
 
 #include <juce_core/juce_core.h>
+#include <memory>
 #include <optional>
 
 /** What else the unit's operating system gave: driver settings, time zone, output volume, faults. */
@@ -14,6 +15,21 @@ namespace Platform
     system's error number.
 */
 juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value);
+
+/**
+    The unit's one engine: held while this object lives, and let go by the system when the process ends in any way. The
+    lock is the file "engine.lock" in the registry folder, which no factory reset empties; only its owner can open it,
+    and a link in its place is not followed.
+*/
+class InstanceLock
+{
+public:
+    virtual ~InstanceLock() = default;
+
+    /** Null when another engine of this unit holds it. Without a folder to lock in it holds nothing, and says so once.
+     */
+    static std::unique_ptr<InstanceLock> take();
+};
 
 /** This process and its children use the zone's standard offset all year. Once, early: it changes the environment. */
 void disableDaylightSaving();

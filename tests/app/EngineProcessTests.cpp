@@ -151,3 +151,27 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
     const auto outcome = finish();
     EXPECT_EQ(outcome.status, 0) << outcome.output;
 }
+
+/** A second engine of the same unit is refused; a link in the place of the lock is not followed, and stops no start. */
+TEST_F(EngineProcessTest, RunsOnceAUnit)
+{
+    const auto configuration = writeConfiguration().getFullPathName();
+    start({ "--config", configuration });
+    ASSERT_TRUE(engineSpeaks(10000));
+    const auto first = std::exchange(pid, -1);
+    start({ "--config", configuration });
+    const auto second = finish();
+    EXPECT_EQ(second.status, 1);
+    EXPECT_TRUE(second.output.contains("another engine of this unit is running")) << second.output;
+    kill(first, SIGKILL);
+    waitpid(first, nullptr, 0);
+
+    const auto target = folder.getChildFile("target");
+    const auto lock = folder.getChildFile("registry/engine.lock");
+    ASSERT_TRUE(lock.deleteFile() && target.createSymbolicLink(lock, true));
+    start({ "--config", configuration });
+    EXPECT_TRUE(engineSpeaks(10000));
+    EXPECT_FALSE(target.existsAsFile());
+    kill(pid, SIGTERM);
+    EXPECT_EQ(finish().status, 0);
+}
