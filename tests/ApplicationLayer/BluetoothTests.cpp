@@ -196,15 +196,6 @@ TEST_F(BluetoothTest, ASourceChangeOpensAndClosesTheSerialLink)
     EXPECT_THAT(takeSent(), testing::Contains(Sent { AppiPod, RMSG_IPOD_CONTROL, 8 }));
 }
 
-TEST_F(BluetoothTest, PassesOnCallsAndTheReset)
-{
-    for (const auto id :
-         { Kernel::MSG_BT_CALL_ACCEPT, Kernel::MSG_BT_CALL_END, Kernel::MSG_BT_UNUSED, Kernel::MSG_FACTORY_RESET })
-        send(Kernel::bluetoothApplicationId, id);
-    EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 11), toProgram(RMSG_BT_CONTROL, 12),
-                                        toProgram(RMSG_FACTORY_RESET, AppBluetooth)));
-}
-
 TEST_F(BluetoothTest, AnswersTheTestEquipmentInTestMode)
 {
     constexpr auto id = Kernel::bluetoothApplicationId;
