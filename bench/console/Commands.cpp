@@ -206,7 +206,7 @@ Outcome Console::log(const Words& words)
     const auto count = words.size() == 3 ? parseNumber(words[2], 1, longestTail) : std::optional(defaultTail);
     if (what != "tail" || words.size() > 3 || !count)
         return usageOf("log");
-    for (const auto& event : unit.journal.find(0, static_cast<std::size_t>(*count), isIn("log")))
+    for (const auto& event : unit.journal.find({}, static_cast<std::size_t>(*count), isIn("log")))
         output << event.text << "\n";
     output << style.dim(unit.logFile()) << "\n";
     return {};

@@ -234,10 +234,10 @@ void SourceProgram::onFavourite(const RemoteMessage& message)
     case storeFavourite:
     {
         const auto label = profile->favouriteLabel();
+        report("favourite", "stored " + number + " " + label);
         changeSetting(favouritePageSetting + favourite, source != NUM_OF_PAGES ? source : shownPage);
         changeSetting(favouriteLabelSetting + favourite, label);
         profile->favouriteStored(favourite);
-        report("favourite", "stored " + number + " " + label);
         break;
     }
     case playFavourite:
