@@ -28,8 +28,15 @@ std::string findDaemon()
 
 } // namespace
 
+Bus::Bus(Journal& journalToUse)
+    : journal(journalToUse)
+{
+}
+
 std::string Bus::start(const std::string& folder)
 {
+    if (daemon.isRunning())
+        return "the bus runs already";
     const auto program = findDaemon();
     if (program.empty())
         return "dbus-daemon is not installed";
@@ -72,12 +79,17 @@ std::string Bus::start(const std::string& folder)
         busAddress.erase(busAddress.find_last_not_of('\n') + 1);
     }
     ::close(ready[0]);
+    if (error.empty())
+        journal.add("bus", "started");
     return error;
 }
 
 void Bus::stop()
 {
+    if (!daemon.isRunning())
+        return;
     daemon.end(stopLimit);
+    journal.add("bus", "stopped");
 }
 
 } // namespace Bench

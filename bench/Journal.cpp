@@ -5,39 +5,53 @@
 namespace Bench
 {
 
-void Journal::add(std::string stream, std::string text)
+void Journal::add(std::string stream, std::string text, Clock::time_point at)
 {
     {
         const std::scoped_lock guard(lock);
-        events.push_back({ nextNumber++, Clock::now(), std::move(stream), std::move(text) });
+        at = std::min(at, Clock::now());
+        auto next = events.end();
+        while (next != events.begin() && std::prev(next)->at > at && std::prev(next)->stream != stream)
+            --next;
+        if (next != events.begin())
+            at = std::max(at, std::prev(next)->at);
+        events.insert(next, { nextNumber++, at, std::move(stream), std::move(text) });
         if (events.size() > capacity)
             events.pop_front();
     }
     changed.notify_all();
 }
 
-std::uint64_t Journal::end() const
+Place Journal::end() const
 {
     const std::scoped_lock guard(lock);
-    return nextNumber;
+    return { Clock::now(), nextNumber };
 }
 
-std::size_t Journal::indexOf(std::uint64_t number) const
+const Event* Journal::firstMatch(Place from, std::uint64_t arrived, const Matches& matches) const
 {
-    const auto first = nextNumber - events.size();
-    return static_cast<std::size_t>(std::clamp(number, first, nextNumber) - first);
+    const Event* first = nullptr;
+    auto left = nextNumber - arrived;
+    for (auto event = events.rbegin(); event != events.rend() && left > 0 && event->place() >= from; ++event)
+    {
+        if (event->number < arrived)
+            continue;
+        --left;
+        if (matches(*event))
+            first = &*event;
+    }
+    return first;
 }
 
-std::optional<Event> Journal::waitFor(std::uint64_t from, Clock::time_point deadline, const Matches& matches) const
+std::optional<Event> Journal::waitFor(Place from, Clock::time_point deadline, const Matches& matches) const
 {
     std::unique_lock guard(lock);
-    for (;;)
+    for (std::uint64_t seen = 0;;)
     {
-        for (auto i = indexOf(from); i < events.size(); ++i)
-            if (matches(events[i]))
-                return events[i];
-        from = nextNumber;
-        const auto hasNews = [&] { return nextNumber > from || interrupted; };
+        if (const auto* event = firstMatch(from, seen, matches))
+            return *event;
+        seen = nextNumber;
+        const auto hasNews = [&] { return nextNumber > seen || interrupted; };
         if (!changed.wait_until(guard, deadline, hasNews) || interrupted)
             return {};
     }
@@ -55,14 +69,14 @@ bool Journal::waitForLatest(const std::string& stream, const std::string& text, 
     return isLatest();
 }
 
-std::vector<Event> Journal::find(std::uint64_t from, std::size_t count, const Matches& matches) const
+std::vector<Event> Journal::find(Place from, std::size_t count, const Matches& matches) const
 {
     const std::scoped_lock guard(lock);
     std::vector<Event> found;
-    const auto oldest = indexOf(from);
-    for (auto i = events.size(); i > oldest && found.size() < count; --i)
-        if (matches(events[i - 1]))
-            found.push_back(events[i - 1]);
+    for (auto event = events.rbegin(); event != events.rend() && found.size() < count && event->place() >= from;
+         ++event)
+        if (matches(*event))
+            found.push_back(*event);
     std::reverse(found.begin(), found.end());
     return found;
 }

@@ -15,34 +15,47 @@ namespace Bench
 
 using Clock = std::chrono::steady_clock;
 
+/** A place in the journal: between what happened before and what happened after. The first one is before everything. */
+struct Place
+{
+    Clock::time_point at = Clock::time_point::min();
+    std::uint64_t number = 0; ///< decides between things of the same time
+    auto operator<=>(const Place&) const = default;
+};
+
 /** One thing that a device saw or did. `stream` says about what ("page mbFM"), `text` says what ("shown"). */
 struct Event
 {
-    std::uint64_t number = 0; ///< position in the journal, from 0, never reused
-    Clock::time_point at;
+    std::uint64_t number = 0; ///< in the order of arrival, from 0, never reused
+    Clock::time_point at;     ///< when it happened
     std::string stream;
     std::string text;
+
+    Place place() const { return { at, number }; }
+    Place behind() const { return { at, number + 1 }; }
 };
 
 /**
-    The common record of all simulated devices, in the order in which things happened. Whoever waits for something waits
-    here, on a condition, and never sleeps to be right. Any thread.
+    The common record of all simulated devices, in the order in which things happened. What is told late takes its place
+    among what happened after it; only the events of one stream stay in the order in which they were told. Whoever waits
+    for something waits here, on a condition, and never sleeps to be right. Any thread.
 */
 class Journal
 {
 public:
     using Matches = std::function<bool(const Event&)>;
 
-    void add(std::string stream, std::string text);
+    /** `at`: when it happened, by the clock of this machine. A time that is yet to come counts as now. */
+    void add(std::string stream, std::string text, Clock::time_point at = Clock::time_point::max());
 
-    /** Number that the next event will get. */
-    std::uint64_t end() const;
-    /** The first matching event with this number or a later one; empty at the deadline or after `interrupt`. */
-    std::optional<Event> waitFor(std::uint64_t from, Clock::time_point deadline, const Matches& matches) const;
+    /** The present: what happens from now on is behind it. */
+    Place end() const;
+    /** The first matching event from this place on; empty at the deadline or after `interrupt`. */
+    std::optional<Event> waitFor(Place from, Clock::time_point deadline, const Matches& matches) const;
     /** Waits until the newest event of the stream has this text. */
     bool waitForLatest(const std::string& stream, const std::string& text, Clock::time_point deadline) const;
-    /** The newest `count` matching events with this number or a later one, oldest first. */
-    std::vector<Event> find(std::uint64_t from, std::size_t count, const Matches& matches) const;
+    /** The newest `count` matching events from this place on, oldest first. */
+    std::vector<Event> find(Place from, std::size_t count, const Matches& matches) const;
 
     /** Ends every wait, now and later: the user wants to leave. */
     void interrupt();
@@ -55,11 +68,12 @@ public:
 private:
     mutable std::mutex lock;
     mutable std::condition_variable changed;
-    std::deque<Event> events;
+    std::deque<Event> events; // by place
     std::uint64_t nextNumber = 0;
     bool interrupted = false;
 
-    std::size_t indexOf(std::uint64_t number) const;
+    /** Among those that arrived with this number or a later one. */
+    const Event* firstMatch(Place from, std::uint64_t arrived, const Matches& matches) const;
 };
 
 /** Matches one stream and one text. */

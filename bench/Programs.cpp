@@ -87,11 +87,14 @@ void Programs::onPacket(int connection, PacketServer::Packet packet)
     const auto text = [&](const char* key)
     { return message.contains(key) && message[key].is_string() ? message[key].get<std::string>() : std::string(); };
     const auto event = text("event");
+    const auto at = message.contains("at") && message["at"].is_number_integer()
+                        ? Clock::time_point(std::chrono::nanoseconds(message["at"].get<std::int64_t>()))
+                        : Clock::now();
 
     const std::scoped_lock guard(lock);
     if (event == "hello")
     {
-        onHello(connection, number("app"), text("commandLine"));
+        onHello(connection, number("app"), text("commandLine"), at);
         return;
     }
     const auto appType = appOfConnection(connection);
@@ -100,28 +103,28 @@ void Programs::onPacket(int connection, PacketServer::Packet packet)
     if (event == "connected")
     {
         programs[appType].connected = true;
-        journal.add(programStream(appType), event);
+        journal.add(programStream(appType), event, at);
     }
     else if (event == "heartbeat")
         ++programs[appType].heartbeats;
     else if (event == "shown" || event == "hidden" || event == "covered" || event == "confirmed")
-        onPage(number("page"), event);
+        onPage(number("page"), event, at);
     else
     {
         if (event == "command-line")
             onCommandLine(appType, text("detail"));
-        journal.add(programStream(appType), event + (message.contains("detail") ? " " + text("detail") : ""));
+        journal.add(programStream(appType), event + (message.contains("detail") ? " " + text("detail") : ""), at);
     }
 }
 
-void Programs::onHello(int connection, int appType, const std::string& commandLine)
+void Programs::onHello(int connection, int appType, const std::string& commandLine, Clock::time_point at)
 {
     if (pageOfApp(appType) == nullptr)
         return;
     programs[appType] = { connection, pidOfConnection[connection], false, {}, 0, NUM_OF_PAGES };
-    journal.add(programStream(appType), "running");
+    journal.add(programStream(appType), "running", at);
     if (!commandLine.empty())
-        journal.add(programStream(appType), "started with " + commandLine);
+        journal.add(programStream(appType), "started with " + commandLine, at);
 }
 
 void Programs::onClosed(int connection)
@@ -135,21 +138,21 @@ void Programs::onClosed(int connection)
     std::erase_if(shown, [&](int page) { return pageInfo(page)->appType == appType; });
     journal.add(programStream(appType), "gone");
     if (const auto* info = pageInfo(front); info != nullptr && info->appType == appType)
-        setFront(NUM_OF_PAGES);
+        setFront(NUM_OF_PAGES, Clock::now());
 }
 
-void Programs::onPage(int page, const std::string& change)
+void Programs::onPage(int page, const std::string& change, Clock::time_point at)
 {
-    journal.add(std::string("page ") + pageName(page), change);
+    journal.add(std::string("page ") + pageName(page), change, at);
     if (change == "shown")
     {
         std::erase(shown, page);
         shown.insert(shown.begin(), page);
     }
     if (change == "shown")
-        setFront(page);
+        setFront(page, at);
     else if (change != "confirmed" && page == front)
-        setFront(NUM_OF_PAGES);
+        setFront(NUM_OF_PAGES, at);
 }
 
 void Programs::onCommandLine(int appType, const std::string& text)
@@ -174,12 +177,12 @@ std::vector<int> Programs::pageStack() const
     return shown;
 }
 
-void Programs::setFront(int page)
+void Programs::setFront(int page, Clock::time_point at)
 {
     if (front == page)
         return;
     front = page;
-    journal.add("front", page == NUM_OF_PAGES ? "none" : pageName(page));
+    journal.add("front", page == NUM_OF_PAGES ? "none" : pageName(page), at);
 }
 
 int Programs::appOfConnection(int connection) const

@@ -78,11 +78,11 @@ private:
     PacketServer server;    // last: its thread ends before what it uses
 
     void onPacket(int connection, PacketServer::Packet packet);
-    void onHello(int connection, int appType, const std::string& commandLine);
+    void onHello(int connection, int appType, const std::string& commandLine, Clock::time_point at);
     void onClosed(int connection);
-    void onPage(int page, const std::string& change);
+    void onPage(int page, const std::string& change, Clock::time_point at);
     void onCommandLine(int appType, const std::string& text);
-    void setFront(int page);
+    void setFront(int page, Clock::time_point at);
     int appOfConnection(int connection) const;
     int carrierFor(int appType) const;
     bool order(int appType, const nlohmann::json& what, const std::string* fault = nullptr);

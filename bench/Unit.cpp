@@ -147,6 +147,7 @@ void Unit::stop()
 {
     engine.stop();
     programs.stop();
+    engine.endPrograms();
     bus.stop();
     log.stop();
     updateLog.stop();

@@ -78,7 +78,7 @@ public:
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };
     Dsp dsp { journal };
-    Bus bus;
+    Bus bus { journal };
     Programs programs { journal };
     LogFollower log { journal };
     LogFollower updateLog { journal, "update" };

@@ -192,6 +192,19 @@ Outcome Console::engine(const Words& words)
     return {};
 }
 
+Outcome Console::bus(const Words& words)
+{
+    const auto what = words.size() == 2 ? words[1] : std::string();
+    if (what == "stop" || what == "restart")
+        unit.bus.stop();
+    else if (what != "start")
+        return usageOf("bus");
+    if (what == "start" || what == "restart")
+        if (auto error = unit.bus.start(unit.folder()); !error.empty())
+            return failed(error);
+    return {};
+}
+
 Outcome Console::log(const Words& words)
 {
     constexpr int defaultTail = 20;
@@ -206,7 +219,7 @@ Outcome Console::log(const Words& words)
     const auto count = words.size() == 3 ? parseNumber(words[2], 1, longestTail) : std::optional(defaultTail);
     if (what != "tail" || words.size() > 3 || !count)
         return usageOf("log");
-    for (const auto& event : unit.journal.find(0, static_cast<std::size_t>(*count), isIn("log")))
+    for (const auto& event : unit.journal.find({}, static_cast<std::size_t>(*count), isIn("log")))
         output << event.text << "\n";
     output << style.dim(unit.logFile()) << "\n";
     return {};

@@ -60,7 +60,7 @@ private:
     std::ostream& output;
     bool watched;
     Expectations expectations;
-    std::uint64_t headline = 0; ///< the journal's end when the last headline was written
+    Place headline; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
     Clock::time_point nextKey; ///< not earlier
     std::string pictureFolder;
@@ -80,6 +80,7 @@ private:
     Outcome usb(const Words& words);
     Outcome camera(const Words& words);
     Outcome engine(const Words& words);
+    Outcome bus(const Words& words);
     Outcome gpio(const Words& words);
     Outcome remote(const Words& words);
     Outcome watch(const Words& words);
@@ -115,7 +116,7 @@ private:
     Outcome mfdCommand(const Words& words);
     Outcome mfdState();
     /** To a person: what the display has been told since then. */
-    void showAnswers(std::uint64_t from);
+    void showAnswers(Place from);
     Outcome dspState();
     Outcome dspPlay(const Words& words);
     Outcome dspFault(const Words& words);

@@ -180,7 +180,7 @@ void Expectations::forgetThePast()
     cursors.clear();
 }
 
-std::uint64_t Expectations::cursorOf(const std::string& stream) const
+Place Expectations::cursorOf(const std::string& stream) const
 {
     const auto found = cursors.find(stream);
     return found != cursors.end() ? found->second : beginning;
@@ -197,7 +197,7 @@ std::string Expectations::wait(const Expectation& expectation, std::chrono::mill
     const auto met = journal.waitFor(from, deadline, [&](const Event& event) { return meets(event, expectation); });
     if (!met)
         return seenInstead(expectation, from);
-    cursors[expectation.stream] = met->number + 1;
+    cursors[expectation.stream] = met->behind();
     return {};
 }
 
@@ -212,7 +212,7 @@ std::string Expectations::waitInOrder(const std::vector<Expectation>& inOrder, s
         if (!met)
             return "missing: " + expectation.description + "\n" +
                    seenInstead(expectation, cursorOf(expectation.stream));
-        from = met->number + 1;
+        from = met->behind();
         cursors[expectation.stream] = from;
     }
     return {};
@@ -224,7 +224,7 @@ bool Expectations::staysAway(const Expectation& expectation, std::chrono::millis
                             [&](const Event& event) { return meets(event, expectation); });
 }
 
-std::string Expectations::seenInstead(const Expectation& expectation, std::uint64_t from) const
+std::string Expectations::seenInstead(const Expectation& expectation, Place from) const
 {
     if (journal.isInterrupted())
         return "interrupted";

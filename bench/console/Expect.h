@@ -51,11 +51,11 @@ public:
 
 private:
     const Journal& journal;
-    std::uint64_t beginning = 0;
-    std::map<std::string, std::uint64_t> cursors;
+    Place beginning;
+    std::map<std::string, Place> cursors;
 
-    std::uint64_t cursorOf(const std::string& stream) const;
-    std::string seenInstead(const Expectation& expectation, std::uint64_t from) const;
+    Place cursorOf(const std::string& stream) const;
+    std::string seenInstead(const Expectation& expectation, Place from) const;
 };
 
 } // namespace Bench

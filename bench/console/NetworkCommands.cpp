@@ -121,7 +121,7 @@ Outcome Console::mfd(const Words& words)
     return outcome;
 }
 
-void Console::showAnswers(std::uint64_t from)
+void Console::showAnswers(Place from)
 {
     constexpr std::chrono::milliseconds patience { 250 };
     constexpr std::size_t most = 16;

@@ -170,7 +170,7 @@ Outcome Console::events(const Words& words)
     if (words.size() > 2 || !count)
         return { Outcome::failed, "events [N]" };
     const auto shown =
-        unit.journal.find(0, static_cast<std::size_t>(*count), [](const Event& event) { return !isDetail(event); });
+        unit.journal.find({}, static_cast<std::size_t>(*count), [](const Event& event) { return !isDetail(event); });
     const auto now = Clock::now();
     for (const auto& event : shown)
         output << style.dim("  -" + secondsText(std::chrono::duration_cast<std::chrono::milliseconds>(now - event.at)) +

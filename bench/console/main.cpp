@@ -149,7 +149,7 @@ std::string checkTranscript(Unit& unit, const TranscriptSections& sections, cons
     unit.programs.stop();
     if (const auto forgotten = unit.journal.forgotten(); forgotten > 0)
         return "no transcript: of so long a run the first " + std::to_string(forgotten) + " events are forgotten";
-    const auto events = unit.journal.find(0, Journal::capacity, [](const Event&) { return true; });
+    const auto events = unit.journal.find({}, Journal::capacity, [](const Event&) { return true; });
     const auto seen = composeTranscript(events, sections);
     if (std::getenv("HEADUNIT_BLESS") != nullptr)
         return std::ofstream(path, std::ios::binary) << seen << std::flush ? "" : path + ": cannot be written";
@@ -246,7 +246,7 @@ int main(int argc, char** argv)
         // The first prompt tells of a unit that has come up, when it does so at once.
         constexpr std::chrono::seconds usualStart { 3 };
         if (!noEngine)
-            unit.journal.waitFor(0, Clock::now() + usualStart, isIn("mcu agreed"));
+            unit.journal.waitFor({}, Clock::now() + usualStart, isIn("mcu agreed"));
         converse(commands, style, unit.journal);
     }
     else

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <sys/socket.h>
@@ -46,8 +47,10 @@ void ControlChannel::close()
         ::close(std::exchange(descriptor, -1));
 }
 
-void ControlChannel::report(const nlohmann::json& event)
+void ControlChannel::report(nlohmann::json event)
 {
+    // The clock that the bench's journal goes by.
+    event["at"] = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
     const auto text = event.dump();
     if (descriptor >= 0)
         // The bench has gone when this fails, and the reading thread finds that out.

@@ -24,8 +24,8 @@ public:
     /** False when nobody listens there. Both functions are called on the channel's own thread. */
     bool open(const std::string& path, Order onOrder, Lost onLost);
     void close();
-    /** Any thread. Nothing happens when the channel is not open. */
-    void report(const nlohmann::json& event);
+    /** With the time of the call. Any thread. Nothing happens when the channel is not open. */
+    void report(nlohmann::json event);
 
 private:
     int descriptor = -1;

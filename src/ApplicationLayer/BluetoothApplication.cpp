@@ -353,25 +353,25 @@ void BluetoothApplication::moduleState(juce::int32 value)
     btConnected = value == moduleConnected;
     Platform::debugPrint("handleBTState::WP_BT_STATE = %d\r\n", value);
     setInfo(sysInfoBluetooth, isEnabled() ? value : 0);
-    setDeviceState(bluetoothConnected, btConnected);
     if (value == moduleDisconnected)
         disconnected();
+    setDeviceState(bluetoothConnected, btConnected);
 }
 
 void BluetoothApplication::disconnected()
 {
     log(__LINE__, "BluetoothApplication recv bt disconnect");
-    setDeviceState(pandoraOnBluetooth, false);
     sppOpen = false;
     stopTimer(timerPandora);
+    storeDeviceName(noDevice);
     // An iPod that is on the cable, too, stays there.
     if (!moveInfo(sysInfoiPodLink, 2, 0))
         moveInfo(sysInfoiPodLink, 3, 1);
     for (const auto item : { sysInfoPairedList, sysInfoSppLink, sysInfoPandoraLink })
         setInfo(item, 0);
-    storeDeviceName(noDevice);
     tellLinkLost(AppiPod);
     tellLinkLost(AppPandora);
+    setDeviceState(pandoraOnBluetooth, false);
 }
 
 void BluetoothApplication::callState(juce::int32 value)

@@ -114,6 +114,37 @@ TEST(Expectations, endWhenTheUserWantsToLeave)
     EXPECT_EQ(expectations.wait(parseExpectation({ "mcu", "agreed" }).expectation, 60s), "interrupted");
 }
 
+/** The report of a program comes after what the unit answered to it, and meets what expects it all the same. */
+TEST(Journal, putsWhatIsToldLateInItsPlace)
+{
+    Journal journal;
+    Expectations expectations(journal);
+    const auto begin = Clock::now();
+    const auto told = [&](const char* stream, const char* text, std::chrono::nanoseconds after)
+    { journal.add(stream, text, begin + after); };
+    told("page mbFM", "shown", 1ns);
+    told("frame EVENT_SRC_SWITCH", "00", 4ns);
+    told("program AppRadio", "gone", 5ns);
+    told("page mbFM", "hidden", 3ns);
+    told("program AppRadio", "running", 4ns);
+
+    const auto expected = [](Words words) { return parseExpectation(words).expectation; };
+    EXPECT_NE(expectations.waitInOrder(
+                  { expected({ "mcu", "frame", "EVENT_SRC_SWITCH" }), expected({ "page", "mbFM", "hidden" }) }, 0ms),
+              "");
+    expectations.forgetThePast();
+    EXPECT_NE(expectations.wait(expected({ "page", "mbFM", "shown" }), 0ms), "");
+
+    std::string all;
+    for (const auto& event : journal.find({}, 10, [](const Event&) { return true; }))
+        all += event.text + " ";
+    EXPECT_EQ(all, "shown hidden 00 gone running ") << "one stream stays in the order in which it was told";
+    EXPECT_EQ(journal.find({}, 1, isIn("program AppRadio")).front().at, begin + 5ns);
+
+    std::jthread late([&] { told("page mbFM", "confirmed", 2ns); });
+    EXPECT_TRUE(journal.waitFor({ begin, 0 }, Clock::now() + 60s, isEvent("page mbFM", "confirmed")));
+}
+
 TEST(Journal, forgetsTheOldestAndCountsIt)
 {
     Journal journal;
@@ -121,7 +152,7 @@ TEST(Journal, forgetsTheOldestAndCountsIt)
     for (std::size_t i = 0; i < Journal::capacity + extra; ++i)
         journal.add("log", std::to_string(i));
     EXPECT_EQ(journal.forgotten(), extra);
-    EXPECT_EQ(journal.waitFor(0, Clock::now(), isIn("log"))->text, std::to_string(extra));
+    EXPECT_EQ(journal.waitFor({}, Clock::now(), isIn("log"))->text, std::to_string(extra));
 }
 
 /** A console on a unit that was never started: enough for everything that is refused. */

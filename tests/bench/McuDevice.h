@@ -70,7 +70,7 @@ protected:
 
     bool sees(const std::string& stream, const std::string& text)
     {
-        return journal.waitFor(0, Clock::now() + std::chrono::seconds(3), isEvent(stream, text)).has_value();
+        return journal.waitFor({}, Clock::now() + std::chrono::seconds(3), isEvent(stream, text)).has_value();
     }
 };
 
