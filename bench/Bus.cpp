@@ -1,12 +1,10 @@
 #include "bench/Bus.h"
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <poll.h>
 #include <unistd.h>
 
 namespace Bench
@@ -15,7 +13,7 @@ namespace Bench
 namespace
 {
 
-constexpr int startLimitMs = 60000;
+constexpr std::chrono::seconds startLimit { 60 };
 constexpr std::chrono::milliseconds stopLimit { 2000 };
 
 std::string findDaemon()
@@ -28,8 +26,15 @@ std::string findDaemon()
 
 } // namespace
 
+Bus::Bus(Journal& journalToUse)
+    : journal(journalToUse)
+{
+}
+
 std::string Bus::start(const std::string& folder)
 {
+    if (daemon.isRunning())
+        return "the bus runs already";
     const auto program = findDaemon();
     if (program.empty())
         return "dbus-daemon is not installed";
@@ -62,22 +67,22 @@ std::string Bus::start(const std::string& folder)
     if (error.empty())
     {
         // The daemon writes its address once it listens.
-        pollfd wait { ready[0], POLLIN, 0 };
-        std::array<char, 512> text {};
-        const auto count = ::poll(&wait, 1, startLimitMs) == 1 ? ::read(ready[0], text.data(), text.size()) : 0;
-        if (count > 0)
-            busAddress.assign(text.data(), static_cast<std::size_t>(count));
-        else
+        busAddress = readLine(ready[0], startLimit);
+        if (busAddress.empty())
             error = "dbus-daemon did not start, see " + folder + "/bus.log";
-        busAddress.erase(busAddress.find_last_not_of('\n') + 1);
     }
     ::close(ready[0]);
+    if (error.empty())
+        journal.add("bus", "started");
     return error;
 }
 
 void Bus::stop()
 {
+    if (!daemon.isRunning())
+        return;
     daemon.end(stopLimit);
+    journal.add("bus", "stopped");
 }
 
 } // namespace Bench

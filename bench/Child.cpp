@@ -8,6 +8,7 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Bench
 {
@@ -64,6 +65,7 @@ std::string Child::start(const Options& options, Ended ended)
     if (output < 0 || input < 0 || ::pipe2(failurePipe, O_CLOEXEC) != 0)
         return options.program + ": " + std::strerror(errno);
 
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const auto parent = ::getpid();
     const auto forked = ::fork();
     if (forked == 0)
@@ -103,6 +105,7 @@ std::string Child::start(const Options& options, Ended ended)
         const std::scoped_lock guard(lock);
         process = forked;
     }
+    groups.push_back(forked);
     watcher = std::thread([this, forked, ended = std::move(ended)] { watch(forked, ended); });
     return {};
 }
@@ -154,6 +157,21 @@ void Child::end(std::chrono::milliseconds limit)
         signal(SIGKILL);
     if (watcher.joinable())
         watcher.join();
+}
+
+void Child::endOrphans()
+{
+    for (const auto group : std::exchange(groups, {}))
+    {
+        // As long as one is left, no later process has its number.
+        siginfo_t info {};
+        if (::waitid(P_PGID, static_cast<id_t>(group), &info, WEXITED | WNOHANG | WNOWAIT) != 0)
+            continue;
+        ::kill(-group, SIGKILL);
+        while (::waitpid(-group, nullptr, 0) > 0 || errno == EINTR)
+        {
+        }
+    }
 }
 
 std::string readLine(int descriptor, std::chrono::milliseconds limit)

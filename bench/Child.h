@@ -14,8 +14,11 @@
 namespace Bench
 {
 
-/** A process that the bench starts. It ends with the bench, however that ends. Any thread, one at a time for `start`.
- */
+/**
+    A process that the bench starts. It ends with the bench, however that ends. What it starts itself stays in its
+   process group and, when it has ended, becomes a child of the bench. Any thread, one at a time for `start` and
+   `endOrphans`.
+*/
 class Child
 {
 public:
@@ -46,12 +49,15 @@ public:
     bool waitForEnd(std::chrono::milliseconds limit) const;
     /** SIGTERM, after `limit` SIGKILL; returns when it has ended. */
     void end(std::chrono::milliseconds limit);
+    /** Kills what this process and those before it have left behind. It must have ended. */
+    void endOrphans();
 
 private:
     mutable std::mutex lock;
     mutable std::condition_variable changed;
     pid_t process = -1; // -1 as soon as it is reaped, so that no signal reaches a later process with its number
     std::thread watcher;
+    std::vector<pid_t> groups; ///< of the processes so far
 
     void watch(pid_t watched, const Ended& ended);
 };

@@ -159,6 +159,7 @@ void Unit::stop()
 {
     engine.stop();
     programs.stop();
+    engine.endPrograms();
     bus.stop();
     virtualDisplay.stop();
     log.stop();

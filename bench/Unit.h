@@ -87,7 +87,7 @@ public:
     GpioLines gpio { journal };
     Dsp dsp { journal };
     VirtualDisplay virtualDisplay; // programs and engine end with it
-    Bus bus;
+    Bus bus { journal };
     Programs programs { journal };
     LogFollower log { journal };
     LogFollower updateLog { journal, "update" };

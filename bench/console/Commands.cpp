@@ -194,6 +194,19 @@ Outcome Console::engine(const Words& words)
     return {};
 }
 
+Outcome Console::bus(const Words& words)
+{
+    const auto what = words.size() == 2 ? words[1] : std::string();
+    if (what == "stop" || what == "restart")
+        unit.bus.stop();
+    else if (what != "start")
+        return usageOf("bus");
+    if (what == "start" || what == "restart")
+        if (auto error = unit.bus.start(unit.folder()); !error.empty())
+            return failed(error);
+    return {};
+}
+
 Outcome Console::log(const Words& words)
 {
     constexpr int defaultTail = 20;

@@ -250,9 +250,14 @@ std::span<const Console::Command> Console::commands()
           [](const Words& before) {
               return oneOf(before, { "on", "off" });
           } },
-        { "engine", "engine start|stop|restart|kill", "The engine's process.", &Console::engine,
+        { "engine", "engine start|stop|restart|kill",
+          "The engine's process; its programs go on without it for a while.", &Console::engine,
           [](const Words& before) {
               return oneOf(before, { "start", "stop", "restart", "kill" });
+          } },
+        { "bus", "bus start|stop|restart", "The message bus of the engine and its programs.", &Console::bus,
+          [](const Words& before) {
+              return oneOf(before, { "start", "stop", "restart" });
           } },
         { "state", "state", "What the bench knows: engine, source, agreement, heartbeat, last frames.", &Console::state,
           nothing },

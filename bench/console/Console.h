@@ -81,6 +81,7 @@ private:
     Outcome usb(const Words& words);
     Outcome camera(const Words& words);
     Outcome engine(const Words& words);
+    Outcome bus(const Words& words);
     Outcome gpio(const Words& words);
     Outcome remote(const Words& words);
     Outcome watch(const Words& words);

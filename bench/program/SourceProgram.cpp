@@ -124,9 +124,7 @@ void SourceProgram::onEnginePresence(bool present)
             onCommandLine(CmdLineHelper::parseCommandLine(line));
         return;
     }
-    // Who shows what is the engine's decision; the next one starts with an empty screen.
-    if (shownPage != NUM_OF_PAGES)
-        hidePage(shownPage, "hidden");
+    // The music plays on and the page stays: it may only be the bus that has gone.
     startTimer(engineAwayLimitMs);
 }
 
@@ -145,6 +143,9 @@ void SourceProgram::handle(const RemoteMessage& message)
     switch (message.what)
     {
     case RMSG_ENGINE_STARTED:
+        // Who shows what is the engine's decision; a new one starts with an empty screen.
+        if (shownPage != NUM_OF_PAGES)
+            hidePage(shownPage, "hidden");
         sayHello();
         break;
     case RMSG_APP_HELLO_ACK:

@@ -20,8 +20,6 @@ namespace
 
 constexpr const char* sourceFile = "EngineLayer/RemoteSessionManager";
 constexpr const char* tag = "RemoteSessionManager";
-/** A queue of this length says that a program is not coming; it is kept all the same. */
-constexpr std::size_t suspiciousQueue = 1000;
 
 bool isValid(int appType)
 {
@@ -68,11 +66,9 @@ bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& mess
         return RemotecommDev::getInstance()->postToApp(appType, message);
     if (isPointlessLater(*message))
         return false;
-    auto& queue = pendingMessages[appType];
-    queue.push_back({ message, isStarting });
-    if (queue.size() == suspiciousQueue)
-        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "%d messages wait for %s",
-                                                  static_cast<int>(suspiciousQueue), Pubhead::appTypeName(appType));
+    if (auto& queue = pendingMessages[appType]; queue.push({ message, isStarting }))
+        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "%d messages wait for %s: the oldest go",
+                                                  static_cast<int>(maxPending), Pubhead::appTypeName(appType));
     return false;
 }
 
@@ -149,15 +145,11 @@ void RemoteSessionManager::registerApp(int appType)
     {
         const juce::ScopedLock guard(lock);
         registeredApps.insert(appType);
-        const auto waiting = pendingMessages.find(appType);
-        if (waiting != pendingMessages.end())
+        for (auto& waiting = pendingMessages[appType]; !waiting.isEmpty(); waiting.pop())
         {
-            for (auto& [message, isForStarted] : waiting->second)
-            {
-                RemotecommDev::getInstance()->postToApp(appType, message);
-                RemoteMessage::recycle(std::move(message));
-            }
-            pendingMessages.erase(waiting);
+            auto& message = waiting.front().message;
+            RemotecommDev::getInstance()->postToApp(appType, message);
+            RemoteMessage::recycle(std::move(message));
         }
     }
     postToPageOf(appType, Kernel::MSG_APP_CONNECTED);
@@ -182,10 +174,7 @@ void RemoteSessionManager::dropPending(int appType)
 {
     const bool isStarting = getAppState(appType) == kStarting;
     const juce::ScopedLock guard(lock);
-    if (isStarting)
-        std::erase_if(pendingMessages[appType], [](const Waiting& each) { return !each.isForStarted; });
-    else
-        pendingMessages.erase(appType);
+    pendingMessages[appType].eraseIf([=](const Waiting& each) { return !isStarting || !each.isForStarted; });
 }
 
 void RemoteSessionManager::onAppConnectState(int appType, int state)

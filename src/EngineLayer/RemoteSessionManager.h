@@ -4,6 +4,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "lowlayer/ClientCallBack.h"
+#include "platform/BoundedQueue.h"
 
 #include <map>
 #include <set>
@@ -21,7 +22,8 @@ class RemoteSessionManager : public Kernel::ComponentTask,
                              public Kernel::Singleton<RemoteSessionManager>
 {
 public:
-    /** True when the message went out. A program that is not registered gets it, in order, once it registers. */
+    /** True when the message went out. A program that is not registered gets it, in order, once it registers; of what
+     * waits for one that does not come the newest are kept. */
     bool sendToApp(int appType, const Platform::RemoteMessage::Ptr& message);
     void addMsgFilter(juce::int32 what, EngineApi::RemoteMsgFilterInterface* filter);
     bool isAppRegistered(int appType) const;
@@ -56,7 +58,8 @@ private:
         Platform::RemoteMessage::Ptr message;
         bool isForStarted; ///< its program had been started and had not said hello
     };
-    std::map<int, std::vector<Waiting>> pendingMessages;
+    static constexpr std::size_t maxPending = 4096;
+    std::map<int, Platform::BoundedQueue<Waiting, maxPending>> pendingMessages;
     std::map<juce::int32, EngineApi::RemoteMsgFilterInterface*> msgFilters;
 };
 

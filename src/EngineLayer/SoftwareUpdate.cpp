@@ -69,8 +69,7 @@ bool startUpdateProgram(const juce::String& arguments)
             continue;
         Platform::Logger::getInstance()->logInfo("EngineLayer/NavicoManager", __LINE__, "NavicoManager",
                                                  "update: " + program + " " + arguments);
-        if (Platform::createProcess(program, juce::StringArray::fromTokens(arguments, " ", ""),
-                                    Platform::ProcessLifetime::independent) != nullptr)
+        if (Platform::createProcess(program, juce::StringArray::fromTokens(arguments, " ", "")) != nullptr)
             return true;
     }
     return false;

@@ -23,19 +23,11 @@ public:
 
 using ProcessHandle = std::shared_ptr<Process>;
 
-enum class ProcessLifetime {
-    /** The child gets SIGTERM when the thread that started it ends: start it from one that lives as long as we do. */
-    endsWithUs,
-    /** The child goes on by itself, as an update program must. */
-    independent
-};
-
 /**
     Starts a program; the child inherits standard input, output and error and nothing else, and has default signal
-    handling. Null on failure (logged).
+    handling. It goes on by itself when we end. Null on failure (logged).
 */
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments,
-                            ProcessLifetime lifetime = ProcessLifetime::endsWithUs);
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments);
 
 /** A handle for a running process that somebody else started; null when there is none. */
 ProcessHandle openProcess(int pid);

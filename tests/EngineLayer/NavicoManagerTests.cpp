@@ -304,7 +304,6 @@ TEST_F(NavicoManagerTest, StartsAnUpdateOnce)
         ASSERT_EQ(launches.size(), 1u);
         EXPECT_EQ(launches[0].path, programOn(medium).getFullPathName());
         EXPECT_EQ(launches[0].arguments.joinIntoString(" "), arguments);
-        EXPECT_EQ(launches[0].lifetime, Platform::ProcessLifetime::independent);
         EXPECT_TRUE(manager.isTimerRunning(NavicoManager::quitTimer));
         hear(EVENT_PGN_SEND_CAN, fastPacket);
         EXPECT_THAT(ProcessDouble::takeLaunches(), IsEmpty()) << "it is on its way";

@@ -181,15 +181,21 @@ TEST_F(RemoteSessionTest, ReportsAFailedPostAndABacklogOnce)
     EXPECT_FALSE(sendRemoteMessage(AppRadio, RMSG_KEY, 1, 0)) << "registered, but not on the bus";
     EXPECT_EQ(ErrorLog::count("postMessage error! dest: AppRadio"), 1);
 
-    constexpr int sent = 2500;
-    for (int number = 0; number < sent; ++number)
-        sendRemoteMessage(AppUSB, RMSG_KEY, number, 0);
-    EXPECT_EQ(ErrorLog::count("messages wait for AppUSB"), 1);
     IpcDouble::setPresent(AppUSB, true);
-    state(AppUSB, kConnected);
-    const auto received = takeSent();
-    ASSERT_EQ(received.size(), std::size_t { sent }) << "all of them are kept";
-    EXPECT_EQ(received.back().arg1, sent - 1);
+    constexpr int sent = 10'000;
+    constexpr int kept = 4096;
+    for (const int lines : { 1, 2 })
+    {
+        state(AppUSB, kDisconnect);
+        for (int number = 0; number < sent; ++number)
+            sendRemoteMessage(AppUSB, RMSG_KEY, number, 0);
+        EXPECT_EQ(ErrorLog::count("4096 messages wait for AppUSB: the oldest go"), lines);
+        state(AppUSB, kConnected);
+        const auto received = takeSent();
+        ASSERT_EQ(received.size(), std::size_t { kept });
+        EXPECT_EQ(received.front().arg1, sent - kept);
+        EXPECT_EQ(received.back().arg1, sent - 1);
+    }
 }
 
 TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)

@@ -346,11 +346,47 @@ TEST_F(IpcTest, SpeaksTheDocumentedFormOnTheWire)
     EXPECT_EQ(recorder.next().text, "showWindow");
 }
 
-/** The bus dies and comes back: everybody was gone, who comes again is heard again, and the engine is found by its
- * name. */
+/** The bus stands still: what a program is to get waits for it, the newest of it, and everything in its order. */
+TEST_F(IpcTest, WhatTheBusDoesNotTakeWaits)
+{
+    constexpr int sent = 20'000;
+    constexpr int certain = 4096;
+    // Large enough for the socket to be full before the queues are.
+    const std::string text(4096, 'x');
+    const auto bundle = Bundle::obtain();
+    bundle->putByteArray("bytes", text.data(), static_cast<int>(text.size()));
+    const ErrorLog log;
+    ASSERT_TRUE(session.init(&recorder));
+    BusPeer radio(bus);
+    radio.own("AppRadio");
+    recorder.expectPresence(AppRadio, true);
+    bus.signal(SIGSTOP);
+    for (int number = 0; number < sent; ++number)
+        ASSERT_TRUE(MessageHelper::postMessage(AppRadio, makeMessage(someMessage, number, bundle)));
+    bus.signal(SIGCONT);
+
+    int last = -1;
+    int received = 0;
+    while (last < sent - 1)
+    {
+        const int number = readHead(radio.next("Post"))[1];
+        ASSERT_GT(number, last);
+        ASSERT_TRUE(number == last + 1 || number <= sent - certain);
+        last = number;
+        ++received;
+    }
+    EXPECT_LT(received, sent) << "memory has an end";
+    EXPECT_EQ(ErrorLog::count("messages wait for AppRadio: the oldest go"), 1);
+}
+
+/** The bus dies and another comes at its place: everybody was gone, who comes again is heard again, and the engine is
+ * found by its name. */
 TEST_F(IpcTest, FindsTheBusAgain)
 {
     const ErrorLog log;
+    Configuration::get().ipcAddress = "unix:guid=" + juce::String::repeatedString("0", 32) + "," +
+                                      bus.address().fromFirstOccurrenceOf(":", false, false) +
+                                      ",guid=" + juce::String::repeatedString("1", 32);
     ASSERT_TRUE(session.init(&recorder));
     {
         BusPeer radio(bus);

@@ -14,10 +14,9 @@ using namespace Platform;
 namespace
 {
 
-ProcessHandle shell(const juce::String& script, ProcessLifetime lifetime = ProcessLifetime::endsWithUs)
+ProcessHandle shell(const juce::String& script)
 {
-    return createProcess("/bin/sh", { "-c", script, "shell", "a b", juce::String::fromUTF8("\xc3\xbc\"'"), "" },
-                         lifetime);
+    return createProcess("/bin/sh", { "-c", script, "shell", "a b", juce::String::fromUTF8("\xc3\xbc\"'"), "" });
 }
 
 ProcessHandle sleeper()
@@ -179,21 +178,27 @@ TEST(ProcessTest, DescentIsFollowedThroughProgramsOfAnyName)
     folder.deleteRecursively();
 }
 
-/** Programs go with the engine, also when it crashes; an update program must survive it. */
-TEST(ProcessTest, OnlyIndependentChildrenOutliveTheThreadThatStartedThem)
+/** Music plays on while the engine starts anew; who did not start the program sees its end all the same. */
+TEST(ProcessTest, AProgramOutlivesWhoStartedItAndIsWatchedByOthers)
 {
-    ProcessHandle bound;
-    ProcessHandle independent;
-    std::thread(
-        [&]
-        {
-            bound = sleeper();
-            independent = createProcess("/bin/sleep", { "60" }, ProcessLifetime::independent);
-        })
-        .join();
-    EXPECT_EQ(exitCodeOf(bound), 128 + SIGTERM);
-    ASSERT_NE(independent, nullptr);
-    EXPECT_TRUE(independent->isRunning());
-    independent->terminate();
-    EXPECT_EQ(exitCodeOf(independent), 128 + SIGKILL);
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    const auto starter = fork();
+    if (starter == 0)
+    {
+        const auto program = sleeper();
+        const int pid = program != nullptr ? program->getPid() : -1;
+        _exit(write(ends[1], &pid, sizeof pid) == sizeof pid ? 0 : 1);
+    }
+    close(ends[1]);
+    int pid = -1;
+    ASSERT_EQ(read(ends[0], &pid, sizeof pid), static_cast<ssize_t>(sizeof pid));
+    close(ends[0]);
+    waitpid(starter, nullptr, 0);
+
+    const auto program = openProcess(pid);
+    ASSERT_NE(program, nullptr);
+    EXPECT_TRUE(program->isRunning());
+    program->terminate();
+    EXPECT_EQ(exitCodeOf(program), -1);
 }

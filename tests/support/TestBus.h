@@ -53,6 +53,8 @@ public:
         socket().deleteFile();
     }
 
+    void signal(int number) const { kill(process, number); }
+
     JUCE_DECLARE_NON_COPYABLE(TestBus)
 
 private:

@@ -13,9 +13,10 @@ public:
     {
         if (!isInstalled())
             return;
-        server = Platform::createProcess(
-            "/bin/sh", { "-c", "exec Xvfb -displayfd 1 -screen 0 800x480x24 -nolisten tcp -noreset >\"$0\" 2>/dev/null",
-                         numberFile.getFile().getFullPathName() });
+        server = Platform::createProcess("/bin/sh", { "-c",
+                                                      "exec setpriv --pdeathsig TERM Xvfb -displayfd 1 -screen 0 "
+                                                      "800x480x24 -nolisten tcp -noreset >\"$0\" 2>/dev/null",
+                                                      numberFile.getFile().getFullPathName() });
         // The number is there, with its line end, once the server takes connections.
         if (server == nullptr || !eventually([this] { return number().endsWithChar('\n'); }))
             return;

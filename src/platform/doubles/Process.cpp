@@ -97,13 +97,13 @@ private:
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProcessLifetime lifetime)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
 {
     const std::lock_guard guard(lock);
     if (table.creationFails || table.failingPath == path)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
-    table.launches.push_back({ path, arguments, state->pid, lifetime });
+    table.launches.push_back({ path, arguments, state->pid });
     return std::make_shared<ProcessInTable>(state);
 }
 

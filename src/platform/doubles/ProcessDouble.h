@@ -18,7 +18,6 @@ struct ProcessDouble
         juce::String path;
         juce::StringArray arguments;
         int pid;
-        ProcessLifetime lifetime;
     };
 
     /** Handles that exist still answer, as for ended processes. */

@@ -34,7 +34,7 @@ void MessageHelper::config(int selfIndex, const char* (*nameOf)(int))
 
 bool MessageHelper::postMessage(int appType, const RemoteMessage::Ptr& message)
 {
-    return message != nullptr && IpcChannel::get().post(appType, *message);
+    return message != nullptr && IpcChannel::get().post(appType, message);
 }
 
 bool MessageHelper::broadcastMessage(const RemoteMessage::Ptr& message)

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <poll.h>
 #include <pthread.h>
+#include <regex>
 #include <sys/eventfd.h>
 
 namespace Platform
@@ -28,9 +29,15 @@ constexpr auto openLimit = 2s;
 constexpr auto closeLimit = 200ms;
 /** Bus messages between two deliveries: the bus keeps the rest, and what floods the engine fills no memory of it. */
 constexpr int messagesPerPass = 64;
-/** A bus that leaves so many messages lying is dead; what comes on top is refused. */
+/** The most that the bus leaves lying before what comes on top waits, for a program, or is refused, for all. */
 constexpr std::uint64_t maxUnsent = 2048;
 constexpr std::size_t maxWaitingEvents = 4096;
+
+/** A bus that is started anew at the same place has another identity, and is as good. */
+std::string withoutIdentity(const std::string& address)
+{
+    return std::regex_replace(address, std::regex(",guid=[^,;]*|guid=[^,;]*,"), "");
+}
 
 std::string busAddress()
 {
@@ -105,6 +112,8 @@ void IpcChannel::close()
     link.reset();
     seats.reset();
     events.clear();
+    for (auto& waiting : outgoing)
+        waiting.clear();
     receiver = nullptr;
     claimed = false;
 }
@@ -132,6 +141,7 @@ void IpcChannel::tendLink()
         loseLink("the message bus is gone", -result);
     else if (link->isSettled())
     {
+        sendWaiting();
         pause = firstPause;
         lossLogged = false;
         finishAttempt(link->ownsName());
@@ -140,7 +150,7 @@ void IpcChannel::tendLink()
 
 void IpcChannel::connect()
 {
-    const auto address = busAddress();
+    const auto address = withoutIdentity(busAddress());
     link = std::make_unique<IpcLink>(self, resolver, seats, events);
     if (const int result = address.empty() ? -ENOENT : link->start(address); result < 0)
         loseLink(("no message bus at \"" + address + "\"").c_str(), -result);
@@ -227,7 +237,10 @@ void IpcChannel::sendRest()
         pollfd descriptor { -1, POLLOUT, 0 };
         {
             const std::lock_guard guard(lock);
-            if (link == nullptr || link->getUnsent() == 0 || link->process(1) < 0)
+            if (link == nullptr || link->process(1) < 0)
+                return;
+            sendWaiting();
+            if (link->getUnsent() == 0)
                 return;
             descriptor.fd = link->getDescriptor();
         }
@@ -257,12 +270,27 @@ void IpcChannel::wake() const
     eventfd_write(wakeDescriptor, 1);
 }
 
+bool IpcChannel::hasRoom() const
+{
+    return link->getUnsent() < maxUnsent;
+}
+
+void IpcChannel::sendWaiting()
+{
+    for (int appType = 0; appType < IpcSeats::count; ++appType)
+        for (auto& waiting = outgoing[static_cast<std::size_t>(appType)]; !waiting.isEmpty() && hasRoom();
+             waiting.pop())
+            // What waited for a process that has gone is not for the next one.
+            if (const auto& next = waiting.front(); next.connection == seats.connectionOf(appType))
+                send([&] { return link->post(next.connection, *next.message); });
+}
+
 template <typename Send>
 bool IpcChannel::send(Send&& call)
 {
     if (link == nullptr)
         return false;
-    const int result = link->getUnsent() >= maxUnsent ? -ENOBUFS : call();
+    const int result = hasRoom() ? call() : -ENOBUFS;
     if (result < 0)
     {
         if (++refusedSends; std::has_single_bit(static_cast<unsigned>(refusedSends)))
@@ -276,11 +304,19 @@ bool IpcChannel::send(Send&& call)
     return true;
 }
 
-bool IpcChannel::post(int appType, const RemoteMessage& message)
+bool IpcChannel::post(int appType, const RemoteMessage::Ptr& message)
 {
     const std::lock_guard guard(lock);
     const auto connection = seats.connectionOf(appType);
-    return !connection.empty() && send([&] { return link->post(connection, message); });
+    if (connection.empty())
+        return false;
+    auto& waiting = outgoing[static_cast<std::size_t>(appType)];
+    if (waiting.isEmpty() && hasRoom())
+        return send([&] { return link->post(connection, *message); });
+    if (waiting.push({ connection, message }))
+        Logger::getInstance()->logError(file, __LINE__, tag, "%d messages wait for %s: the oldest go",
+                                        static_cast<int>(maxOutgoing), Pubhead::appTypeName(appType));
+    return true;
 }
 
 bool IpcChannel::broadcast(const RemoteMessage& message)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/BoundedQueue.h"
 #include "platform/linux/IpcLink.h"
 
 #include <atomic>
@@ -33,7 +34,7 @@ public:
     /** No call to the receiver runs after it returns. Not from a call to the receiver. */
     void close();
 
-    bool post(int appType, const RemoteMessage& message);
+    bool post(int appType, const RemoteMessage::Ptr& message);
     bool broadcast(const RemoteMessage& message);
     bool broadcastNamed(const juce::String& action, const Bundle::Ptr& bundle);
     bool isPresent(int appType);
@@ -59,6 +60,8 @@ private:
     bool mayDeliver() const { return link == nullptr || link->isSettled(); }
     void loseLink(const char* what, int error);
     void finishAttempt(bool succeeded);
+    bool hasRoom() const;
+    void sendWaiting();
     template <typename Send>
     bool send(Send&& call);
 
@@ -77,6 +80,15 @@ private:
     std::chrono::milliseconds pause {};
     Clock::time_point retryAt;
     int refusedSends = 0;
+
+    struct Outgoing
+    {
+        std::string connection;
+        RemoteMessage::Ptr message;
+    };
+    static constexpr std::size_t maxOutgoing = 4096;
+    /** What a program gets once the bus takes more. */
+    std::array<BoundedQueue<Outgoing, maxOutgoing>, IpcSeats::count> outgoing;
 
     bool claimed = false;
     std::atomic<bool> stopping { false };

@@ -10,7 +10,6 @@
 #include <fstream>
 #include <mutex>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <system_error>
 // This header does not say by itself that its functions are C ones.
@@ -163,16 +162,10 @@ private:
 };
 
 /** Runs in the child, where only async-signal-safe calls are allowed. */
-[[noreturn]] void becomeProgram(char* const* words, ProcessLifetime lifetime, pid_t parent, int report)
+[[noreturn]] void becomeProgram(char* const* words, int report)
 {
     for (int number = 1; number < NSIG; ++number)
         std::signal(number, SIG_DFL); // Fails for those that cannot be handled, which have no handler either.
-    if (lifetime == ProcessLifetime::endsWithUs)
-    {
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        if (getppid() != parent) // The parent went before the request stood.
-            _exit(failedExecStatus);
-    }
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -210,7 +203,7 @@ int parentOf(int pid)
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProcessLifetime lifetime)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
 {
     Orphans::collect();
 
@@ -229,14 +222,13 @@ ProcessHandle createProcess(const juce::String& path, const juce::StringArray& a
     Descriptor report { ends[0] };
     Descriptor childReport { ends[1] };
 
-    const pid_t self = getpid();
     pid_t pid = -1;
     int error = 0;
     {
         const SignalBlock block;
         pid = fork();
         if (pid == 0)
-            becomeProgram(words.data(), lifetime, self, childReport.get());
+            becomeProgram(words.data(), childReport.get());
         error = errno;
     }
     if (pid < 0)
