@@ -41,6 +41,9 @@ Words mcuWords(const Words& before)
         return commandNames();
     if (before.size() == 2 && before[1] == "drop")
         return { "every" };
+    if (before.size() == 3 &&
+        (before[1] == "drop" || before[1] == "corrupt" || before[1] == "repeat" || before[1] == "no-ack"))
+        return commandNames();
     return {};
 }
 
@@ -180,7 +183,7 @@ std::span<const Console::Command> Console::commands()
         { "mcu",
           "mcu source NAME [N] | memory NAME [N] | key NAME|N [ORIGIN] | send COMMAND [BYTES] | status | power-off\n"
           "mcu hold KEY [ORIGIN] TIME | flood KEY[,KEY...] RATE TIME\n"
-          "mcu silent TIME | delay TIME | drop [N] | drop every N | corrupt [N] | repeat [N] | no-ack [N] | well",
+          "mcu silent TIME | delay TIME | drop|corrupt|repeat|no-ack [N [FRAME]] | drop every N | well",
           "The microcontroller: ask for a source, press a key, hold it, press many (RATE a second); send a frame; or "
           "let its link fail. 'well' ends all faults.",
           &Console::mcu, mcuWords },
@@ -308,12 +311,14 @@ std::span<const Console::Command> Console::commands()
           "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
           "expect remote \"TEXT\" | remote dimmer TEXT | autotest [TEXT] [within TIME]\n"
           "expect dsp TEXT | dsp write TEXT | mfd [sent|flood] TEXT | n2k played [within TIME]\n"
-          "expect order \"mcu source aux\" \"page aux shown\" ... [within TIME]",
-          "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "
-          "has its own place: what met one expectation is behind. 'order' wants them one after the other.",
+          "expect order \"mcu source aux\" \"page aux shown\" ... [apart TIME] [within TIME]\n"
+          "expect no ... until ... [within TIME] | no ... [within TIME]",
+          "Waits until it is so, 60 s unless told otherwise; 'expect no ...' that it stays away until something else "
+          "has happened, or for 1 s. Each stream has its own place: what met one expectation is behind. 'order' wants "
+          "them one after the other, with at least so much time between them.",
           &Console::expect, expectWords },
         { "watch", "watch [TIME]",
-          "The whole unit at a glance, drawn again and again until a key is pressed; once when nobody watches.",
+          "The whole unit at a glance, drawn again and again until a key is pressed; once in a script.",
           &Console::watch, nothing },
         { "mark", "mark", "From here on, expect looks only at what comes now.", &Console::mark, nothing },
         { "transcript", "transcript mcu|devices|PROGRAM...",
@@ -375,7 +380,7 @@ Outcome Console::run(const std::string& text)
 
 Outcome Console::ifDisplay(const std::string& command)
 {
-    if (unit.draws())
+    if (!unit.display().empty())
         return run(command);
     output << style.dim("    left out without a display") << "\n";
     return {};
@@ -383,6 +388,7 @@ Outcome Console::ifDisplay(const std::string& command)
 
 bool Console::runScript(std::istream& script, const std::string& name)
 {
+    inScript = true;
     int number = 0;
     for (std::string text; std::getline(script, text);)
     {

@@ -59,6 +59,7 @@ private:
     Style style;
     std::ostream& output;
     bool watched;
+    bool inScript = false;
     Expectations expectations;
     Place headline; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
@@ -98,7 +99,8 @@ private:
     Outcome events(const Words& words);
     Outcome trail(const Words& words);
     Outcome expect(const Words& words);
-    Outcome expectOrder(const Words& words, std::chrono::milliseconds limit);
+    Outcome expectAbsence(Words words);
+    Outcome expectOrder(Words words, std::chrono::milliseconds limit);
     Outcome mark(const Words& words);
     Outcome transcript(const Words& words);
     Outcome say(const Words& words);

@@ -196,7 +196,7 @@ TEST_F(SystemEngineTest, NoPostIsLostBetweenThreads)
             });
     for (auto& poster : posters)
         poster.join();
-    EXPECT_TRUE(component->done.wait(20000));
+    EXPECT_TRUE(component->done.wait(60000));
     EXPECT_EQ(component->handled, component->expected);
     EXPECT_EQ(component->outOfOrder, 0);
 }
