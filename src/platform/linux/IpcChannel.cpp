@@ -2,13 +2,13 @@
 
 #include "platform/Configuration.h"
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 #include "platform/Window.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <poll.h>
-#include <pthread.h>
 #include <sys/eventfd.h>
 
 namespace Platform
@@ -111,7 +111,7 @@ void IpcChannel::close()
 
 void IpcChannel::run()
 {
-    pthread_setname_np(pthread_self(), "ipc");
+    enterThread("ipc");
     while (!stopping)
     {
         tendLink();
