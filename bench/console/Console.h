@@ -105,6 +105,7 @@ private:
     Outcome transcript(const Words& words);
     Outcome say(const Words& words);
     Outcome pause(const Words& words);
+    Outcome switches(const Words& words);
     Outcome picture(const Words& words);
     Outcome touch(const Words& words);
     Outcome help(const Words& words);

@@ -238,7 +238,9 @@ void BluetoothApplication::handleOwnMessage(const Kernel::SystemMessage& message
         launchBackProgram(mbBTAudio);
         return switchOnIfEnabled();
     case Kernel::MSG_SYS_TIMER:
-        return timerExpired(message.arg1);
+        if (isCurrent(message.arg1, message.arg2))
+            timerExpired(message.arg1);
+        return;
     case Kernel::MSG_APP_REMOTE:
         if (const auto* remote = Kernel::payloadAs<Platform::RemoteMessage>(message.payload);
             remote != nullptr && remote->what == RMSG_BT_STATE)
@@ -268,8 +270,6 @@ void BluetoothApplication::handleOwnMessage(const Kernel::SystemMessage& message
 
 void BluetoothApplication::timerExpired(int timerId)
 {
-    if (!isTimerRunning(timerId))
-        return;
     stopTimer(timerId);
     if (timerId == timerSupply)
         driveOutputs(true);

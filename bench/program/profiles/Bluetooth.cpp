@@ -67,6 +67,8 @@ public:
             onLinkRequest(message.arg2 & 0xffff);
         else if (message.what == RMSG_FACTORY_RESET)
             disconnect();
+        else if (message.what == RMSG_N2K_PGN)
+            host.send(RMSG_BT_STATE, wantsAudioPage); // a display on the boat's network wants the phone's music
         host.changed();
     }
 
