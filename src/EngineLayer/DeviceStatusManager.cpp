@@ -163,7 +163,6 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
 
 void DeviceStatusManager::startHardware()
 {
-    Platform::disableDaylightSaving();
     Platform::setWaveOutVolume(fullVolume);
     driveOutputs(true);
     DataManager::getInstance()->loadSystemFile();

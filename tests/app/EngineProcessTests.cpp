@@ -129,6 +129,16 @@ protected:
         return poll(&descriptor, 1, milliseconds) == 1;
     }
 
+    /** Drops what an engine that is gone has sent. */
+    void forgetWhatWasSaid() const
+    {
+        std::array<char, 512> bytes {};
+        while (engineSpeaks(0) && read(terminal, bytes.data(), bytes.size()) > 0)
+        {
+        }
+    }
+
+
     juce::File folder = juce::File::createTempFile("engine");
     juce::String port;
 
@@ -217,6 +227,7 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     EXPECT_TRUE(second.output.contains("another engine of this unit is running")) << second.output;
     kill(first, SIGKILL);
     waitpid(first, nullptr, 0);
+    forgetWhatWasSaid();
 
     const auto target = folder.getChildFile("target");
     const auto lock = folder.getChildFile("registry/engine.lock");
