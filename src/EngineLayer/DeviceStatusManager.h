@@ -76,6 +76,8 @@ private:
 
     /** To itself: a device state was changed from outside. */
     static constexpr juce::int32 msgReportChanges = 1;
+    /** To itself: arg1 1 when the camera gives a picture. */
+    static constexpr juce::int32 msgCameraVideo = 2;
     static constexpr juce::uint32 discAudioBit = 1;
     static constexpr juce::uint32 discVideoBit = 2;
 
@@ -97,6 +99,7 @@ private:
     void runPage(int page);
     void scanUsb();
     void pollCameraVideo();
+    void cameraVideoPolled(bool signal);
     void handOverToAutoTest();
     void reportChanges();
     void announce(int kind);
@@ -108,6 +111,7 @@ private:
     juce::Array<EngineApi::DeviceStateInterface*, juce::CriticalSection> listeners;
     bool standbyActive = false;
     bool cameraVideoSignal = false;
+    bool cameraPollPending = false;
     SourceAgreement agreement;
     std::atomic<bool> lowBatteryAlert { false };
     juce::CriticalSection alertLock;

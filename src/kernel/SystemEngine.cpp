@@ -1,5 +1,6 @@
 #include "kernel/SystemEngine.h"
 
+#include "kernel/DeviceWorker.h"
 #include "kernel/MessageIds.h"
 
 namespace Kernel
@@ -36,6 +37,7 @@ void SystemEngine::registerComponent(const juce::String& groupName, SystemTask::
 void SystemEngine::start()
 {
     stopping = false;
+    DeviceWorker::startAll();
     for (auto& group : groups)
         group->start();
     broadcastMessage(MSG_SYS_START, 0, 0);
@@ -46,6 +48,7 @@ void SystemEngine::stop()
     stopping = true;
     for (auto& group : groups)
         group->stop();
+    DeviceWorker::stopAll();
 }
 
 void SystemEngine::release()

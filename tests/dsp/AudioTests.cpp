@@ -52,7 +52,7 @@ protected:
     static juce::String transcript()
     {
         juce::String text;
-        const auto blocks = Spi::takeBlocks();
+        const auto blocks = takeBlocks();
         for (std::size_t i = 0; i < blocks.size(); ++i)
         {
             const auto& block = blocks[i];
