@@ -34,7 +34,9 @@ void logLines(const std::vector<juce::String>& lines, int line)
         Platform::Logger::getInstance()->logInfo("EngineLayer/ApplicationManager", line, "ApplicationManager", text);
 }
 
-ScheduleInfo::Ptr describePage(PageHandler& handler)
+} // namespace
+
+ScheduleInfo::Ptr ApplicationManager::describePage(PageHandler& handler)
 {
     const auto& config = handler.getConfig();
     ScheduleInfo::Ptr info = new ScheduleInfo;
@@ -52,8 +54,6 @@ ScheduleInfo::Ptr describePage(PageHandler& handler)
     handler.adjustScheduleInfo(*info);
     return info;
 }
-
-} // namespace
 
 void ApplicationManager::registerHandler(PageHandler::Ptr handler)
 {

@@ -132,6 +132,9 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
     case msgCameraVideo:
         cameraVideoPolled(arg1 != 0);
         break;
+    case msgAudioChannel:
+        followAudioChannel();
+        break;
     case Kernel::MSG_SYS_INIT:
         startHardware();
         break;
@@ -360,9 +363,7 @@ void DeviceStatusManager::sourceChanged()
     const int page = EngineApi::getLastNormalSource();
     const auto [type, number] = policy().mcuSourceForPage(page);
     const McuSource source { type, number };
-    auto* chip = Provided<ChipManager>::get();
-    if (EngineApi::getHandler(page) != nullptr && chip != nullptr)
-        chip->getACService().changeSource(EngineApi::getAudioChannel(page));
+    takeSoundOf(page);
     switch (agreement.unitSwitchedTo(source))
     {
     case SourceAgreement::Report::ask:
@@ -375,6 +376,27 @@ void DeviceStatusManager::sourceChanged()
         break;
     }
     logSource(__LINE__, "APP  REQUESET", source);
+}
+
+void DeviceStatusManager::takeSoundOf(int page)
+{
+    auto* chip = Provided<ChipManager>::get();
+    if (EngineApi::getHandler(page) == nullptr || chip == nullptr)
+        return;
+    audioChannel = EngineApi::getAudioChannel(page);
+    chip->getACService().changeSource(audioChannel);
+}
+
+void DeviceStatusManager::audioChannelChanged()
+{
+    Kernel::postSystemMessage(Kernel::deviceStatusManagerId, msgAudioChannel, 0, 0);
+}
+
+void DeviceStatusManager::followAudioChannel()
+{
+    const int page = EngineApi::getLastNormalSource();
+    if (!factoryResetActive && EngineApi::getAudioChannel(page) != audioChannel)
+        takeSoundOf(page);
 }
 
 void DeviceStatusManager::startSourceWhenReady()
