@@ -138,7 +138,6 @@ protected:
         }
     }
 
-
     juce::File folder = juce::File::createTempFile("engine");
     juce::String port;
 
