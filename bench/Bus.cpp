@@ -1,12 +1,10 @@
 #include "bench/Bus.h"
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <poll.h>
 #include <unistd.h>
 
 namespace Bench
@@ -15,7 +13,7 @@ namespace Bench
 namespace
 {
 
-constexpr int startLimitMs = 5000;
+constexpr std::chrono::seconds startLimit { 60 };
 constexpr std::chrono::milliseconds stopLimit { 2000 };
 
 std::string findDaemon()
@@ -69,14 +67,9 @@ std::string Bus::start(const std::string& folder)
     if (error.empty())
     {
         // The daemon writes its address once it listens.
-        pollfd wait { ready[0], POLLIN, 0 };
-        std::array<char, 512> text {};
-        const auto count = ::poll(&wait, 1, startLimitMs) == 1 ? ::read(ready[0], text.data(), text.size()) : 0;
-        if (count > 0)
-            busAddress.assign(text.data(), static_cast<std::size_t>(count));
-        else
+        busAddress = readLine(ready[0], startLimit);
+        if (busAddress.empty())
             error = "dbus-daemon did not start, see " + folder + "/bus.log";
-        busAddress.erase(busAddress.find_last_not_of('\n') + 1);
     }
     ::close(ready[0]);
     if (error.empty())

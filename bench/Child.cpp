@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -170,6 +171,22 @@ void Child::endOrphans()
         while (::waitpid(-group, nullptr, 0) > 0 || errno == EINTR)
         {
         }
+    }
+}
+
+std::string readLine(int descriptor, std::chrono::milliseconds limit)
+{
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    std::string line;
+    for (char letter = 0;; line += letter)
+    {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd wait { descriptor, POLLIN, 0 };
+        if (left.count() <= 0 || ::poll(&wait, 1, static_cast<int>(left.count())) != 1 ||
+            ::read(descriptor, &letter, 1) != 1)
+            return {};
+        if (letter == '\n')
+            return line;
     }
 }
 

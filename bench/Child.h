@@ -62,6 +62,9 @@ private:
     void watch(pid_t watched, const Ended& ended);
 };
 
+/** What a child says on a pipe once it is ready, without the line's end; "" when it ends or the limit passes before. */
+std::string readLine(int descriptor, std::chrono::milliseconds limit);
+
 /** "exit 0" or "signal 11". */
 std::string describeStatus(int status);
 

@@ -22,7 +22,7 @@ public:
     /** Empty on success, else what failed. */
     std::string start(const Options& options);
     /** Asks it to quit (SIGTERM), kills it after `limit`; returns when it has ended. */
-    void stop(std::chrono::milliseconds limit = std::chrono::seconds(10));
+    void stop(std::chrono::milliseconds limit = std::chrono::seconds(20));
     void kill();
     /** Kills the programs of the engines that have ended; they go on by themselves. The engine must not run. */
     void endPrograms() { child.endOrphans(); }

@@ -163,7 +163,15 @@ void Mcu::setLastMemory(Source source)
     change([&] { current.lastMemory = source; });
 }
 
-void Mcu::dropNext(int frames)
+bool Mcu::FaultyFrames::take(int commandOfFrame)
+{
+    if (left <= 0 || command.value_or(commandOfFrame) != commandOfFrame)
+        return false;
+    --left;
+    return true;
+}
+
+void Mcu::dropNext(FaultyFrames frames)
 {
     change([&] { faults.drop = frames; });
 }
@@ -173,17 +181,17 @@ void Mcu::dropEvery(int nth)
     change([&] { faults.dropEvery = nth, faults.dropCount = 0; });
 }
 
-void Mcu::corruptNext(int frames)
+void Mcu::corruptNext(FaultyFrames frames)
 {
     change([&] { faults.corrupt = frames; });
 }
 
-void Mcu::repeatNext(int frames)
+void Mcu::repeatNext(FaultyFrames frames)
 {
     change([&] { faults.repeat = frames; });
 }
 
-void Mcu::withholdAcks(int frames)
+void Mcu::withholdAcks(FaultyFrames frames)
 {
     change([&] { faults.withheldAcks = frames; });
 }
@@ -338,9 +346,8 @@ void Mcu::onAck(const McuFrame& frame)
 
 void Mcu::onFrame(const McuFrame& frame)
 {
-    if (faults.withheldAcks > 0)
+    if (faults.withheldAcks.take(frame.command))
     {
-        --faults.withheldAcks;
         journal.add("mcu link", "did not acknowledge " + unitCommandName(frame.command));
         return;
     }
@@ -534,26 +541,24 @@ void Mcu::transmitInFlight()
 {
     --inFlight->transmissionsLeft;
     inFlight->due = Clock::now() + resendAfter + faults.delay;
-    const auto name = mcuCommandName(inFlight->frame.command);
+    const auto command = inFlight->frame.command;
+    const auto name = mcuCommandName(command);
     journal.add("sent " + name, hex(inFlight->frame.data));
     const auto isNth = faults.dropEvery > 0 && ++faults.dropCount % faults.dropEvery == 0;
-    if (faults.drop > 0 || isNth)
+    if (faults.drop.take(command) || isNth)
     {
-        faults.drop = std::max(0, faults.drop - 1);
         journal.add("mcu link", "dropped " + name);
         return;
     }
     auto bytes = encode(inFlight->frame);
-    if (faults.corrupt > 0)
+    if (faults.corrupt.take(command))
     {
-        --faults.corrupt;
         bytes.back() ^= 0xFF;
         journal.add("mcu link", "corrupted " + name);
     }
     put(bytes);
-    if (faults.repeat > 0)
+    if (faults.repeat.take(command))
     {
-        --faults.repeat;
         put(bytes);
         journal.add("mcu link", "repeated " + name);
     }

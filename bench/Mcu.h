@@ -96,13 +96,19 @@ public:
 
     // Faults. Counts are of frames that the microcontroller sends, each transmission counted; acknowledgements are
     // spared.
-    void dropNext(int frames);
+    struct FaultyFrames
+    {
+        int left = 0;
+        std::optional<int> command {}; ///< only those with this one
+        bool take(int commandOfFrame);
+    };
+    void dropNext(FaultyFrames frames);
     void dropEvery(int nth); ///< every nth frame is lost; 0 ends it
-    void corruptNext(int frames);
-    void repeatNext(int frames);
-    void withholdAcks(int frames);       ///< the next frames of the unit are not acknowledged, and not taken
-    void delayBy(Milliseconds delay);    ///< everything leaves this much later, acknowledgements too; 0 ends it
-    void silence(Milliseconds duration); ///< hears and says nothing for this long; 0 ends it
+    void corruptNext(FaultyFrames frames);
+    void repeatNext(FaultyFrames frames);
+    void withholdAcks(FaultyFrames frames); ///< of the unit's: not acknowledged, and not taken
+    void delayBy(Milliseconds delay);       ///< everything leaves this much later, acknowledgements too; 0 ends it
+    void silence(Milliseconds duration);    ///< hears and says nothing for this long; 0 ends it
     void clearFaults();
 
     struct State
@@ -150,7 +156,8 @@ private:
     };
     struct Faults
     {
-        int drop = 0, dropEvery = 0, dropCount = 0, corrupt = 0, repeat = 0, withheldAcks = 0;
+        FaultyFrames drop, corrupt, repeat, withheldAcks;
+        int dropEvery = 0, dropCount = 0;
         Milliseconds delay { 0 };
         std::optional<Clock::time_point> silentUntil;
     };

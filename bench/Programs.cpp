@@ -19,7 +19,7 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr std::chrono::milliseconds endLimit { 2000 };
+constexpr std::chrono::seconds endLimit { 10 };
 /** Sub-code of RMSG_APP_EVENT: a page was chosen in the menu. */
 constexpr int menuPageChosen = 5;
 
@@ -268,7 +268,7 @@ std::string Programs::changeSetting(int setting, const std::string& value)
 
 std::string Programs::tell(int appType, const std::string& words)
 {
-    constexpr std::chrono::milliseconds answerLimit { 2000 };
+    constexpr std::chrono::seconds answerLimit { 60 };
     const std::string name = appTypeName(appType);
     const std::string refused = "refused ";
     const auto from = journal.end();

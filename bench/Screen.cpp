@@ -24,10 +24,12 @@ using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 /** The display and the screen of it that the unit draws on; no screen without a display. */
 struct Display
 {
-    Display()
+    explicit Display(const std::string& name)
     {
+        if (name.empty())
+            return;
         int number = 0;
-        connection.reset(::xcb_connect(nullptr, &number));
+        connection.reset(::xcb_connect(name.c_str(), &number));
         if (::xcb_connection_has_error(connection.get()) != 0)
             return;
         auto screens = ::xcb_setup_roots_iterator(::xcb_get_setup(connection.get()));
@@ -97,10 +99,10 @@ juce::Image imageOf(const Look& pixels, const xcb_screen_t& screen)
 
 } // namespace
 
-std::string savePicture(const std::string& file)
+std::string savePicture(const std::string& displayName, const std::string& file)
 {
     constexpr int colourDepth = 24;
-    const Display display;
+    const Display display(displayName);
     if (display.screen == nullptr)
         return noDisplay;
     const auto pixels = lookAtRest(display);
@@ -116,11 +118,11 @@ std::string savePicture(const std::string& file)
     return {};
 }
 
-std::string touchScreen(int x, int y)
+std::string touchScreen(const std::string& displayName, int x, int y)
 {
     constexpr std::uint8_t firstButton = 1;
     constexpr std::chrono::milliseconds touchTime { 80 };
-    const Display display;
+    const Display display(displayName);
     if (display.screen == nullptr)
         return noDisplay;
     auto* connection = display.connection.get();

@@ -36,12 +36,8 @@ Unit::Options Unit::Options::besideThisProgram()
     std::error_code ignored;
     const auto folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     const auto around = folder.parent_path();
-    return { (folder / "headunit-engine").string(),
-             (folder / "headunit-bench-program").string(),
-             (around / "lib" / "libVX_Logcat.so").string(),
-             (around / "resources").string(),
-             false,
-             true };
+    return { (folder / "headunit-engine").string(), (folder / "headunit-bench-program").string(),
+             (around / "lib" / "libVX_Logcat.so").string(), (around / "resources").string() };
 }
 
 Unit::Unit(Options optionsToUse)
@@ -59,7 +55,7 @@ std::string Unit::start()
     if (auto error = makeFolder(); !error.empty())
         return error;
     for (const auto& error :
-         { linkPrograms(), mcu.start(), remote.start(remotePath()), videoDecoder.start(path + "/i2c"),
+         { linkPrograms(), findDisplay(), mcu.start(), remote.start(remotePath()), videoDecoder.start(path + "/i2c"),
            gpio.start(path + "/gpio"), dsp.start(path + "/spi2"), programs.start(path + "/control"),
            log.start(logFile()), updateLog.start(path + "/update.log"), bus.start(path) })
         if (!error.empty())
@@ -80,6 +76,21 @@ std::string Unit::makeFolder()
     std::ofstream volumes(path + "/system/VX_Volume.ini");
     volumes << "[Volume]\nSrc = 20\nZone2 = 20\nNavi = 20\nPhone = 20\n";
     return volumes.flush() ? "" : path + "/system/VX_Volume.ini: cannot be written";
+}
+
+std::string Unit::findDisplay()
+{
+    displayName.clear();
+    if (options.display == Display::own)
+    {
+        auto error = virtualDisplay.start(path);
+        displayName = virtualDisplay.name();
+        return error;
+    }
+    const char* given = options.display == Display::ofEnvironment ? std::getenv("DISPLAY") : nullptr;
+    if (given != nullptr)
+        displayName = given;
+    return {};
 }
 
 std::string Unit::linkPrograms() const
@@ -105,7 +116,7 @@ std::string Unit::writeConfiguration() const
          << "registry_path = " << inside("registry") << "\n"
          << "system_debug = " << (systemDebug ? "true" : "false") << "\n"
          << "media_root = " << inside("media") << "\n"
-         << "display = " << (options.display ? "\"auto\"" : "\"none\"") << "\n"
+         << "display = " << (displayName.empty() ? "\"none\"" : "\"auto\"") << "\n"
          << "camera_hold_file = " << quoted(path + "/camera-hold") << "\n"
          << "log_library = " << quoted(options.logLibrary) << "\n\n"
          << "[mcu]\nport = " << quoted(mcu.portPath()) << "\n\n"
@@ -135,11 +146,12 @@ std::string Unit::startEngine()
     return engine.start({ options.engine,
                           path + "/engine.toml",
                           { { "DBUS_SESSION_BUS_ADDRESS", bus.address() },
+                            // Without a name the toolkit would try the machine's first display.
+                            { "DISPLAY", displayName.empty() ? "none" : displayName },
                             { "HEADUNIT_SYSINFO", sysInfoName() },
                             { "HEADUNIT_LOG_FILE", logFile() },
                             { "HEADUNIT_LOG_CONSOLE", "off" },
-                            { "HEADUNIT_BENCH_CONTROL", path + "/control" },
-                            { "HEADUNIT_BENCH_DISPLAY", options.display ? "auto" : "none" } },
+                            { "HEADUNIT_BENCH_CONTROL", path + "/control" } },
                           path + "/engine.out" });
 }
 
@@ -149,6 +161,7 @@ void Unit::stop()
     programs.stop();
     engine.endPrograms();
     bus.stop();
+    virtualDisplay.stop();
     log.stop();
     updateLog.stop();
     videoDecoder.stop();
@@ -179,12 +192,6 @@ std::string Unit::mountPoint(int number) const
 std::string Unit::remotePath() const
 {
     return path + "/wired-remote";
-}
-
-bool Unit::draws() const
-{
-    const char* display = std::getenv("DISPLAY");
-    return options.display && display != nullptr && *display != '\0';
 }
 
 bool Unit::plugUsb(int number)

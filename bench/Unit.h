@@ -10,6 +10,7 @@
 #include "bench/Programs.h"
 #include "bench/TestEquipment.h"
 #include "bench/VideoDecoder.h"
+#include "bench/VirtualDisplay.h"
 #include "bench/WiredRemote.h"
 #include "bench/dsp/Dsp.h"
 
@@ -23,6 +24,12 @@ namespace Bench
 class Unit
 {
 public:
+    /** Where programs and bars draw. */
+    enum class Display {
+        ofEnvironment, ///< where DISPLAY says, else nowhere
+        own,           ///< on one that nobody looks at
+        none
+    };
     struct Options
     {
         std::string engine;  ///< the engine's program
@@ -30,7 +37,7 @@ public:
         std::string logLibrary;
         std::string resources;
         bool keepFolder = false;
-        bool display = true; ///< let programs and bars draw when a display is there
+        Display display = Display::ofEnvironment;
         /** Everything beside the running program: its folder, ../lib and ../resources. */
         static Options besideThisProgram();
     };
@@ -58,14 +65,15 @@ public:
     /** The engine's traffic dumps; holds from its next start on. */
     void setSystemDebug(bool on) { systemDebug = on; }
     bool isSystemDebug() const { return systemDebug; }
-    /** Whether programs and bars draw. */
-    bool draws() const;
+    /** Where programs and bars draw, as DISPLAY says it; "" when they do not. */
+    const std::string& display() const { return displayName; }
 
     static constexpr int usbCount = 8;
 
 private:
     Options options;
     std::string path;
+    std::string displayName;
     bool systemDebug = false;
 
 public:
@@ -78,6 +86,7 @@ public:
     VideoDecoder videoDecoder { journal };
     GpioLines gpio { journal };
     Dsp dsp { journal };
+    VirtualDisplay virtualDisplay; // programs and engine end with it
     Bus bus { journal };
     Programs programs { journal };
     LogFollower log { journal };
@@ -86,6 +95,7 @@ public:
 
 private:
     std::string makeFolder();
+    std::string findDisplay();
     std::string linkPrograms() const;
     std::string writeConfiguration() const;
     std::string mountPoint(int number) const;

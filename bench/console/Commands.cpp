@@ -136,21 +136,23 @@ Outcome Console::mcuFault(const Words& words)
         return {};
     }
     const bool every = words.size() == 4 && what == "drop" && words[2] == "every";
-    const auto count = words.size() == 2            ? std::optional(1)
-                       : words.size() == 3 || every ? parseNumber(words.back(), 0, mostFrames)
-                                                    : std::nullopt;
-    if (!count)
+    const bool named = words.size() == 4 && !every;
+    const auto count =
+        words.size() > 2 && words.size() <= 4 ? parseNumber(words[every ? 3 : 2], 0, mostFrames) : std::optional(1);
+    const auto command = named ? commandOfName(words[3]) : 0;
+    if (!count || command < 0 || words.size() > 4)
         return usageOf("mcu");
+    const Mcu::FaultyFrames frames { *count, named ? std::optional(command) : std::nullopt };
     if (every)
         unit.mcu.dropEvery(*count);
     else if (what == "drop")
-        unit.mcu.dropNext(*count);
+        unit.mcu.dropNext(frames);
     else if (what == "corrupt")
-        unit.mcu.corruptNext(*count);
+        unit.mcu.corruptNext(frames);
     else if (what == "repeat")
-        unit.mcu.repeatNext(*count);
+        unit.mcu.repeatNext(frames);
     else if (what == "no-ack")
-        unit.mcu.withholdAcks(*count);
+        unit.mcu.withholdAcks(frames);
     else
         return usageOf("mcu");
     return {};
@@ -228,24 +230,16 @@ Outcome Console::log(const Words& words)
 Outcome Console::expect(const Words& words)
 {
     Words rest(words.begin() + 1, words.end());
-    auto limit = !rest.empty() && rest.front() == "no" ? Expectations::defaultAbsence : Expectations::defaultLimit;
-    if (auto error = takeLimit(rest, limit); !error.empty())
+    if (!rest.empty() && rest.front() == "no")
+        return expectAbsence({ rest.begin() + 1, rest.end() });
+    auto limit = Expectations::defaultLimit;
+    if (auto error = takeTime(rest, "within", limit); !error.empty())
         return failed(error);
     if (!rest.empty() && rest.front() == "order")
-        return expectOrder(rest, limit);
-    const bool refuses = !rest.empty() && rest.front() == "no";
-    if (refuses)
-        rest.erase(rest.begin());
+        return expectOrder({ rest.begin() + 1, rest.end() }, limit);
     const auto parsed = parseExpectation(rest);
     if (!parsed.error.empty())
         return failed(parsed.error);
-    if (refuses)
-    {
-        if (!expectations.staysAway(parsed.expectation, limit))
-            return failed("seen although it should not be: " + parsed.expectation.description);
-        output << "  " << style.good("✓") << " no " << parsed.expectation.description << "\n";
-        return {};
-    }
     const auto start = Clock::now();
     const auto instead = expectations.wait(parsed.expectation, limit);
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
@@ -257,19 +251,46 @@ Outcome Console::expect(const Words& words)
     return {};
 }
 
-Outcome Console::expectOrder(const Words& words, std::chrono::milliseconds limit)
+Outcome Console::expectAbsence(Words words)
 {
-    std::vector<Expectation> inOrder;
-    for (auto word = words.begin() + 1; word != words.end(); ++word)
+    const bool hasEnd = std::ranges::find(words, "until") != words.end();
+    auto limit = hasEnd ? Expectations::defaultLimit : Expectations::defaultAbsence;
+    if (auto error = takeTime(words, "within", limit); !error.empty())
+        return failed(error);
+    const auto until = std::ranges::find(words, "until");
+    const auto absent = parseExpectation({ words.begin(), until });
+    const auto end = hasEnd ? parseExpectation({ until + 1, words.end() }) : ParsedExpectation();
+    for (const auto& error : { absent.error, end.error })
+        if (!error.empty())
+            return failed(error);
+    if (hasEnd)
     {
-        auto parsed = parseExpectation(parseLine(*word).words);
+        if (auto wrong = expectations.staysAwayUntil(absent.expectation, end.expectation, limit); !wrong.empty())
+            return failed(wrong);
+    }
+    else if (!expectations.staysAway(absent.expectation, limit))
+        return failed("seen although it should not be: " + absent.expectation.description);
+    output << "  " << style.good("✓") << " no " << absent.expectation.description
+           << (hasEnd ? " until " + end.expectation.description : "") << "\n";
+    return {};
+}
+
+Outcome Console::expectOrder(Words words, std::chrono::milliseconds limit)
+{
+    std::chrono::milliseconds apart { 0 };
+    if (auto error = takeTime(words, "apart", apart); !error.empty())
+        return failed(error);
+    std::vector<Expectation> inOrder;
+    for (const auto& word : words)
+    {
+        auto parsed = parseExpectation(parseLine(word).words);
         if (!parsed.error.empty())
             return failed(parsed.error);
         inOrder.push_back(std::move(parsed.expectation));
     }
     if (inOrder.size() < 2)
         return usageOf("expect");
-    if (const auto instead = expectations.waitInOrder(inOrder, limit); !instead.empty())
+    if (const auto instead = expectations.waitInOrder(inOrder, limit, apart); !instead.empty())
         return failed("not seen in this order within " + std::to_string(limit.count()) + " ms; " + instead);
     const char* before = "";
     output << "  " << style.good("✓") << " ";
@@ -338,7 +359,7 @@ Outcome Console::picture(const Words& words)
         return usageOf("picture");
     if (pictureFolder.empty())
         return {};
-    const auto error = savePicture(pictureFolder + "/" + words[1] + ".png");
+    const auto error = savePicture(unit.display(), pictureFolder + "/" + words[1] + ".png");
     return error.empty() ? Outcome {} : failed(error);
 }
 
@@ -349,7 +370,7 @@ Outcome Console::touch(const Words& words)
     const auto y = words.size() == 3 ? parseNumber(words[2], 0, widest) : std::nullopt;
     if (!x || !y)
         return usageOf("touch");
-    const auto error = touchScreen(*x, *y);
+    const auto error = touchScreen(unit.display(), *x, *y);
     return error.empty() ? Outcome {} : failed(error);
 }
 

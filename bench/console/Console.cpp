@@ -41,6 +41,9 @@ Words mcuWords(const Words& before)
         return commandNames();
     if (before.size() == 2 && before[1] == "drop")
         return { "every" };
+    if (before.size() == 3 &&
+        (before[1] == "drop" || before[1] == "corrupt" || before[1] == "repeat" || before[1] == "no-ack"))
+        return commandNames();
     return {};
 }
 
@@ -55,7 +58,8 @@ Words autotestWords(const Words& before)
 Words mfdWords(const Words& before)
 {
     if (before.size() == 1)
-        return { "volume", "step", "mute", "tone", "request", "iso", "raw", "update", "version", "flood", "state" };
+        return { "volume", "step",  "mute",   "tone",    "request", "iso",
+                 "raw",    "phone", "update", "version", "flood",   "state" };
     if (before.size() == 2 && before[1] == "tone")
     {
         Words names;
@@ -180,7 +184,7 @@ std::span<const Console::Command> Console::commands()
         { "mcu",
           "mcu source NAME [N] | memory NAME [N] | key NAME|N [ORIGIN] | send COMMAND [BYTES] | status | power-off\n"
           "mcu hold KEY [ORIGIN] TIME | flood KEY[,KEY...] RATE TIME\n"
-          "mcu silent TIME | delay TIME | drop [N] | drop every N | corrupt [N] | repeat [N] | no-ack [N] | well",
+          "mcu silent TIME | delay TIME | drop|corrupt|repeat|no-ack [N [FRAME]] | drop every N | well",
           "The microcontroller: ask for a source, press a key, hold it, press many (RATE a second); send a frame; or "
           "let its link fail. 'well' ends all faults.",
           &Console::mcu, mcuWords },
@@ -195,10 +199,10 @@ std::span<const Console::Command> Console::commands()
         { "mfd",
           "mfd volume ZONE PERCENT | step ZONE up|down | mute [ZONE] | tone NAME VALUE [ZONE]\n"
           "mfd request zones|configuration|parameters|volumes [ZONE] | iso PGN | raw PGN [BYTES]\n"
-          "mfd update [data] | version 0|3|4 [TEXT] | flood RATE TIME | state",
+          "mfd phone | update [data] | version 0|3|4 [TEXT] | flood RATE TIME | state",
           "A multifunction display on the boat's network: see and change the zones (0 is both, the tone's NAME is "
-          "fader, balance, subwoofer, treble, middle or bass), ask for a message or a version, start an update, ask "
-          "for the volumes RATE times a second; what it knows of the unit.",
+          "fader, balance, subwoofer, treble, middle or bass), choose the phone's music, ask for a message or a "
+          "version, start an update, ask for the volumes RATE times a second; what it knows of the unit.",
           &Console::mfd, mfdWords },
         { "n2k", "n2k log FILE|off | serve [PORT]|off | play FILE [SPEED]|off",
           "The messages of the boat's network as lines: to a file, to readers on a port of this machine, whose lines "
@@ -308,12 +312,14 @@ std::span<const Console::Command> Console::commands()
           "expect log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL [within TIME]\n"
           "expect remote \"TEXT\" | remote dimmer TEXT | autotest [TEXT] [within TIME]\n"
           "expect dsp TEXT | dsp write TEXT | mfd [sent|flood] TEXT | n2k played [within TIME]\n"
-          "expect order \"mcu source aux\" \"page aux shown\" ... [within TIME]",
-          "Waits until it is so, 5 s unless told otherwise; 'expect no ...' that it stays away, for 1 s. Each stream "
-          "has its own place: what met one expectation is behind. 'order' wants them one after the other.",
+          "expect order \"mcu source aux\" \"page aux shown\" ... [apart TIME] [within TIME]\n"
+          "expect no ... until ... [within TIME] | no ... [within TIME]",
+          "Waits until it is so, 60 s unless told otherwise; 'expect no ...' that it stays away until something else "
+          "has happened, or for 1 s. Each stream has its own place: what met one expectation is behind. 'order' wants "
+          "them one after the other, with at least so much time between them.",
           &Console::expect, expectWords },
         { "watch", "watch [TIME]",
-          "The whole unit at a glance, drawn again and again until a key is pressed; once when nobody watches.",
+          "The whole unit at a glance, drawn again and again until a key is pressed; once in a script.",
           &Console::watch, nothing },
         { "mark", "mark", "From here on, expect looks only at what comes now.", &Console::mark, nothing },
         { "transcript", "transcript mcu|devices|PROGRAM...",
@@ -323,6 +329,11 @@ std::span<const Console::Command> Console::commands()
           [](const Words&) {
               return joinedLists({ { "mcu", "devices" }, appNames() });
           } },
+        { "switches", "switches N [within TIME]",
+          "N changes of the page in front, one after the other, by keys, the menu, the network and programs. Fails "
+          "when "
+          "one takes longer, 200 ms unless told otherwise, or when the unit waits for an answer in vain.",
+          &Console::switches, [](const Words& before) { return before.size() == 2 ? Words { "within" } : Words(); } },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
         { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },
         { "touch", "touch X Y", "A finger on the screen, 0 0 at its top left.", &Console::touch, nothing },
@@ -375,7 +386,7 @@ Outcome Console::run(const std::string& text)
 
 Outcome Console::ifDisplay(const std::string& command)
 {
-    if (unit.draws())
+    if (!unit.display().empty())
         return run(command);
     output << style.dim("    left out without a display") << "\n";
     return {};
@@ -383,6 +394,7 @@ Outcome Console::ifDisplay(const std::string& command)
 
 bool Console::runScript(std::istream& script, const std::string& name)
 {
+    inScript = true;
     int number = 0;
     for (std::string text; std::getline(script, text);)
     {

@@ -59,6 +59,7 @@ private:
     Style style;
     std::ostream& output;
     bool watched;
+    bool inScript = false;
     Expectations expectations;
     Place headline; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
@@ -98,11 +99,13 @@ private:
     Outcome events(const Words& words);
     Outcome trail(const Words& words);
     Outcome expect(const Words& words);
-    Outcome expectOrder(const Words& words, std::chrono::milliseconds limit);
+    Outcome expectAbsence(Words words);
+    Outcome expectOrder(Words words, std::chrono::milliseconds limit);
     Outcome mark(const Words& words);
     Outcome transcript(const Words& words);
     Outcome say(const Words& words);
     Outcome pause(const Words& words);
+    Outcome switches(const Words& words);
     Outcome picture(const Words& words);
     Outcome touch(const Words& words);
     Outcome help(const Words& words);

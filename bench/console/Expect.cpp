@@ -186,25 +186,47 @@ Place Expectations::cursorOf(const std::string& stream) const
     return found != cursors.end() ? found->second : beginning;
 }
 
-std::string Expectations::wait(const Expectation& expectation, std::chrono::milliseconds limit)
+std::optional<Event> Expectations::meet(const Expectation& expectation, Clock::time_point deadline)
 {
-    const auto deadline = Clock::now() + limit;
-    const auto from = cursorOf(expectation.stream);
     if (expectation.isState)
-        return journal.waitForLatest(expectation.stream, expectation.text, deadline)
-                   ? ""
-                   : seenInstead(expectation, beginning);
-    const auto met = journal.waitFor(from, deadline, [&](const Event& event) { return meets(event, expectation); });
-    if (!met)
-        return seenInstead(expectation, from);
-    cursors[expectation.stream] = met->behind();
-    return {};
+    {
+        if (!journal.waitForLatest(expectation.stream, expectation.text, deadline))
+            return {};
+        return journal.find({}, 1, isEvent(expectation.stream, expectation.text)).back();
+    }
+    const auto met = journal.waitFor(cursorOf(expectation.stream), deadline,
+                                     [&](const Event& event) { return meets(event, expectation); });
+    if (met)
+        cursors[expectation.stream] = met->behind();
+    return met;
 }
 
-std::string Expectations::waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit)
+std::string Expectations::wait(const Expectation& expectation, std::chrono::milliseconds limit)
+{
+    if (meet(expectation, Clock::now() + limit))
+        return {};
+    return seenInstead(expectation, expectation.isState ? beginning : cursorOf(expectation.stream));
+}
+
+std::string Expectations::staysAwayUntil(const Expectation& absent, const Expectation& end,
+                                         std::chrono::milliseconds limit)
+{
+    const auto from = cursorOf(absent.stream);
+    const auto met = meet(end, Clock::now() + limit);
+    if (!met)
+        return "missing: " + end.description + "\n" + seenInstead(end, cursorOf(end.stream));
+    const auto seen = journal.waitFor(from, Clock::now(), [&](const Event& event) { return meets(event, absent); });
+    if (!seen || seen->place() >= met->place())
+        return {};
+    return "seen although it should not be: " + seen->stream + " " + seen->text;
+}
+
+std::string Expectations::waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit,
+                                      std::chrono::milliseconds apart)
 {
     const auto deadline = Clock::now() + limit;
     auto from = beginning;
+    auto earliest = Clock::time_point::min();
     for (const auto& expectation : inOrder)
     {
         from = std::max(from, cursorOf(expectation.stream));
@@ -212,6 +234,9 @@ std::string Expectations::waitInOrder(const std::vector<Expectation>& inOrder, s
         if (!met)
             return "missing: " + expectation.description + "\n" +
                    seenInstead(expectation, cursorOf(expectation.stream));
+        if (met->at < earliest)
+            return "too early: " + expectation.description;
+        earliest = met->at + apart;
         from = met->behind();
         cursors[expectation.stream] = from;
     }

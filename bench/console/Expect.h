@@ -40,13 +40,17 @@ public:
     std::string wait(const Expectation& expectation, std::chrono::milliseconds limit);
     /** True when it was not met from the cursor on, nor within this time. Moves no cursor. */
     bool staysAway(const Expectation& expectation, std::chrono::milliseconds duration) const;
-    /** Empty when they were met one after the other, all within this time, whatever their streams. Each stream's cursor
-     * moves behind the last event that met one of them. */
-    std::string waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit);
+    /** Empty when `end` was met in time and `absent` not before that, else what is wrong. Moves the cursor of `end`. */
+    std::string staysAwayUntil(const Expectation& absent, const Expectation& end, std::chrono::milliseconds limit);
+    /** Empty when they were met one after the other, all within this time, whatever their streams, and each at least
+     * `apart` after the one before. Each stream's cursor moves behind the last event that met one of them. */
+    std::string waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit,
+                            std::chrono::milliseconds apart = {});
     /** From here on only what comes now counts, on every stream. */
     void forgetThePast();
 
-    static constexpr std::chrono::milliseconds defaultLimit { 5000 };
+    /** Only bounds a hang: a busy machine breaks no expectation. */
+    static constexpr std::chrono::milliseconds defaultLimit { 60000 };
     static constexpr std::chrono::milliseconds defaultAbsence { 1000 };
 
 private:
@@ -54,6 +58,8 @@ private:
     Place beginning;
     std::map<std::string, Place> cursors;
 
+    /** The event that meets it in time; none after `interrupt`. Moves the cursor, unless it is a state. */
+    std::optional<Event> meet(const Expectation& expectation, Clock::time_point deadline);
     Place cursorOf(const std::string& stream) const;
     std::string seenInstead(const Expectation& expectation, Place from) const;
 };

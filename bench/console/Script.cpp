@@ -88,14 +88,14 @@ ParsedBytes parseBytes(std::span<const std::string> words)
     return parsed;
 }
 
-std::string takeLimit(Words& words, std::chrono::milliseconds& limit)
+std::string takeTime(Words& words, const std::string& name, std::chrono::milliseconds& time)
 {
-    if (words.size() < 2 || words[words.size() - 2] != "within")
-        return words.empty() || words.back() != "within" ? "" : "within what time? For example: within 3s";
+    if (words.size() < 2 || words[words.size() - 2] != name)
+        return words.empty() || words.back() != name ? "" : name + " what time? For example: " + name + " 3s";
     const auto duration = parseDuration(words.back());
     if (!duration)
         return "'" + words.back() + "' is no time, for example 3s or 500ms";
-    limit = *duration;
+    time = *duration;
     words.resize(words.size() - 2);
     return {};
 }

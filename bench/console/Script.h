@@ -35,7 +35,8 @@ struct ParsedBytes
 };
 ParsedBytes parseBytes(std::span<const std::string> words);
 
-/** Takes "within 3s" off the end of the words. Empty error on success; `limit` stays when there is none. */
-std::string takeLimit(Words& words, std::chrono::milliseconds& limit);
+/** Takes "within 3s" off the end of the words, where "within" is the name. Empty error on success; `time` stays when
+ * there is none. */
+std::string takeTime(Words& words, const std::string& name, std::chrono::milliseconds& time);
 
 } // namespace Bench

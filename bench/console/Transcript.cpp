@@ -38,10 +38,11 @@ bool comesAnywhere(const std::string& line, const Lines& before)
  * first is left to the machine. */
 bool repeatsTunerState(const std::string& line, const Lines& before)
 {
-    constexpr std::string_view tunerState = "message 1323 0 3 ";
-    const auto isTunerState = [&](const std::string& each) { return each.starts_with(tunerState); };
-    const auto last = std::find_if(before.rbegin(), before.rend(), isTunerState);
-    return isTunerState(line) && last != before.rend() && *last == line;
+    constexpr std::string_view band = "{key=33 ";
+    const auto tellsState = [&](const std::string& each) { return each.find(band) != std::string::npos; };
+    const auto last = std::find_if(before.rbegin(), before.rend(), tellsState);
+    return line.starts_with("message 1323 0 3 ") && tellsState(line) && last != before.rend() &&
+           last->ends_with(std::string_view(line).substr(line.find(band)));
 }
 
 /** What happens to a program or what it does itself, by its first word: nothing that it was sent. */

@@ -291,7 +291,7 @@ Outcome Console::watch(const Words& words)
             output << line << lineEnd << "\n";
         output.flush();
     };
-    if (!watched || ::isatty(STDIN_FILENO) == 0)
+    if (inScript || !watched || ::isatty(STDIN_FILENO) == 0)
     {
         draw("");
         return {};

@@ -173,7 +173,7 @@ int main(int argc, char** argv)
 {
     auto options = Unit::Options::besideThisProgram();
     std::string script, transcript, pictures;
-    bool tour = false, console = false, noDisplay = false, noEngine = false;
+    bool tour = false, console = false, ownDisplay = false, noDisplay = false, noEngine = false;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
     app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
         ->check(CLI::ExistingFile);
@@ -184,7 +184,8 @@ int main(int argc, char** argv)
     app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
     app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
     app.add_flag("--keep", options.keepFolder, "Keep the unit's folder (configuration, settings, log)");
-    app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there");
+    auto* own = app.add_flag("--own-display", ownDisplay, "Draw on a display of the unit's own, which nobody looks at");
+    app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there")->excludes(own);
     app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
     app.add_option("--engine", options.engine, "The engine's program")->capture_default_str();
     app.add_option("--program", options.program, "The program that stands for every source program")
@@ -192,7 +193,7 @@ int main(int argc, char** argv)
     app.add_option("--log-library", options.logLibrary, "The log library that the engine loads")->capture_default_str();
     app.add_option("--resources", options.resources, "The engine's resource folder")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
-    options.display = !noDisplay;
+    options.display = noDisplay ? Unit::Display::none : ownDisplay ? Unit::Display::own : Unit::Display::ofEnvironment;
 
     const bool atTerminal = ::isatty(STDIN_FILENO) == 1;
     const bool watched = ::isatty(STDOUT_FILENO) == 1;

@@ -102,7 +102,7 @@ Bytes Dsp::answer(int connection, PacketServer::Packet request)
     auto& session = sessions[connection];
     bool taken = false;
     std::optional<Bytes> bytes;
-    const bool fails = isTransfer && transfersToFail > 0 && transfersToFail-- > 0;
+    const bool fails = code == writeCode && transfersToFail > 0 && transfersToFail-- > 0;
     const bool hasPrefix = !input.empty() && input[0] <= maxPrefix && input.size() > input[0];
     if (code == configureCode)
         taken = configure(input);
@@ -232,7 +232,7 @@ std::string Dsp::faultText() const
     };
     add(openRefused, "cannot be opened");
     add(configureFails, "cannot be configured");
-    add(transfersToFail > 0, std::to_string(transfersToFail) + " transfers will fail");
+    add(transfersToFail > 0, std::to_string(transfersToFail) + " writes will fail");
     add(crc != Crc::right, crc == Crc::wrongOnce ? "the next CRC will be wrong" : "every CRC is wrong");
     add(delay.count() > 0, "each transfer takes " + std::to_string(delay.count()) + " ms longer");
     add(gone, "gone");

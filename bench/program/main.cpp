@@ -68,10 +68,8 @@ public:
 
     void initialise(const juce::String&) override
     {
-        const bool draws =
-            environmentValue("HEADUNIT_BENCH_DISPLAY") != "none" && !juce::Desktop::getInstance().isHeadless();
         view = std::make_unique<BenchProgram::PageView>(Platform::IPCMsg::MessageHelper::getDestName(start.appType),
-                                                        draws);
+                                                        !juce::Desktop::getInstance().isHeadless());
         program = std::make_unique<BenchProgram::SourceProgram>(start.appType, *view);
         view->content = [this](int page) { return program->content(page); };
         view->touched = [this](int page, int id) { program->touch(page, id); };

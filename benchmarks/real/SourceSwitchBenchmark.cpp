@@ -23,7 +23,7 @@ constexpr auto patience = std::chrono::seconds(10);
 void frameToOrder(benchmark::State& state)
 {
     auto options = Bench::Unit::Options::besideThisProgram();
-    options.display = false;
+    options.display = Bench::Unit::Display::none;
     Bench::Unit unit(options);
     auto error = unit.start();
     if (error.empty())

@@ -78,7 +78,7 @@ private:
     // SwitchOrders.cpp
     void carryOut(const EngineLayer::AppStateSwitch& order);
     void enter(const EngineLayer::AppStateSwitch& order);
-    /** True when the view manager confirms the order, once the program has done it. */
+    /** True when the view manager reports the order, once the program has confirmed it. */
     bool change(const EngineLayer::AppStateSwitch& order, const EngineLayer::PageStates& current);
     bool hideWhenInFront(const Platform::AppCommandLine& commandLine, const EngineLayer::PageStates& current);
     void sendCommandLine(const Platform::AppCommandLine& commandLine);

@@ -228,13 +228,12 @@ void SetupApplication::switchAlertOn() const
 
 void SetupApplication::followLights(bool on)
 {
-    const bool changed = on != lightsOn;
-    lightsOn = on;
+    const bool changed = std::exchange(lightsOn, on) != on;
+    const bool isFirst = !std::exchange(dimmerSynced, true);
     const auto settings = dimmerSettings();
     // The first report brings the unit's level to the microcontroller; later ones matter where the lights do.
-    if (!dimmerSynced || (changed && settings.mode == DimmerSettings::followsLights))
+    if (isFirst || (changed && settings.mode == DimmerSettings::followsLights))
         sendDimmer(Dimmer::wantedLevel(settings, lightsOn));
-    dimmerSynced = true;
 }
 
 } // namespace ApplicationLayer

@@ -271,9 +271,9 @@ void iPodApplication::deviceDetached(bool unexpected)
     constexpr juce::int32 overBluetooth = 2, open = 2;
     setDeviceState(iPodConnected, false);
     setDeviceState(pandoraOniPod, false);
+    connection->analogAudio = false;
     if (unexpected && info(sysInfoiPodLink) == overBluetooth && info(sysInfoSppLink) == open && isSource(SRC_BT_AUDIO))
         control(authenticate);
-    connection->analogAudio = false;
 }
 
 } // namespace ApplicationLayer

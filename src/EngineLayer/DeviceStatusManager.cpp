@@ -139,7 +139,7 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
         powerOffConfirmed();
         break;
     case Kernel::MSG_STANDBY:
-        setStandby(arg1 == 0);
+        standby(arg1);
         break;
     case Kernel::MSG_SYS_TIMER:
         timerExpired(arg1);
@@ -221,15 +221,17 @@ void DeviceStatusManager::powerOffConfirmed()
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
 }
 
-void DeviceStatusManager::setStandby(bool enter)
+void DeviceStatusManager::standby(juce::int32 what)
 {
-    if (enter == standbyActive)
-        return;
-    standbyActive = enter;
-    if (enter)
+    constexpr juce::int32 enter = 0, leave = 1;
+    // The page itself says whether the unit is in standby: one that is in front or does not run stays as it is.
+    if (what == enter)
         EngineApi::requestShowPage(Pubhead::mbStandby, true);
-    else
+    else if (what == leave)
         EngineApi::requestStopPage(Pubhead::mbStandby);
+    else
+        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
+                                                  "standby is entered by 0 and left by 1, not by %d", what);
 }
 
 void DeviceStatusManager::stopHeartbeat()

@@ -83,7 +83,7 @@ private:
     void start();
     void timerExpired(int timerId);
     void powerOffConfirmed();
-    void setStandby(bool enter);
+    void standby(juce::int32 what);
     void stopHeartbeat();
 
     void hostEvent(int command, const Kernel::Payload& payload);
@@ -106,7 +106,6 @@ private:
     std::atomic<int> startPage;
     DeviceTable devices;
     juce::Array<EngineApi::DeviceStateInterface*, juce::CriticalSection> listeners;
-    bool standbyActive = false;
     bool cameraVideoSignal = false;
     SourceAgreement agreement;
     std::atomic<bool> lowBatteryAlert { false };

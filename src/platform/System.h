@@ -44,12 +44,13 @@ juce::uint32 getWaveOutVolume();
 /**
     Any fault (SEGV, BUS, FPE, ILL, ABRT, std::terminate) ends the process through the normal exit path with status 0,
     after one line and a backtrace on standard error and in the log. A second fault, or an exit that takes longer than
-    two seconds, leaves at once with status 0. Once, early; an overflow of the stack is caught on the calling thread
-    only. Does nothing in sanitizer builds, which report faults themselves.
+    two seconds, leaves at once with status 0. Once, early; an overflow of the stack is caught on the calling thread and
+    on those that `guardStack` was called on. Does nothing in sanitizer builds, which report faults themselves.
 */
 void installExceptionHook();
 
-/** Asks for a low real-time priority for the calling thread; false when the system does not allow it. */
+/** Asks for a low real-time priority for the calling thread, which neither threads nor programs that it starts inherit;
+ * false when the system does not allow it. */
 bool requestRealtimePriority();
 
 /** The first 32 bits of what tells this unit from every other; none when the machine has no id. Any thread. */

@@ -373,12 +373,12 @@ TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
     EXPECT_FALSE(manager.isTimerRunning(7));
 }
 
-TEST_F(DeviceStatusTest, StandbyIsEnteredAndLeftOnce)
+TEST_F(DeviceStatusTest, StandbyIsEnteredAndLeftAnyTime)
 {
     auto& standby = addPage(Pubhead::mbStandby, NUM_OF_SOURCES);
-    for (const int leave : { 1, 0, 0, 1, 1 })
-        toManager(Kernel::MSG_STANDBY, leave);
-    EXPECT_EQ(standby.calls, (Calls { "show auto", "stop auto" }));
+    for (const int value : { 0, 1, 0, 2, -1, 1 })
+        toManager(Kernel::MSG_STANDBY, value);
+    EXPECT_EQ(standby.calls, (Calls { "show auto", "stop auto", "show auto", "stop auto" }));
 }
 
 TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)

@@ -18,7 +18,7 @@ TEST(LineServer, dropsAReaderThatDoesNotRead)
     asio::io_context context;
     asio::ip::tcp::socket reader(context);
     reader.connect({ asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(server.port()) });
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    const auto deadline = std::chrono::steady_clock::now() + 60s;
     while (server.dropped() == 0 && std::chrono::steady_clock::now() < deadline)
         server.send(std::string(10'000, 'x'));
     EXPECT_EQ(server.dropped(), 1u);

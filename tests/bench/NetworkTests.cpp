@@ -192,8 +192,11 @@ TEST_F(NetworkDevice, playsAFileWholly)
         EXPECT_EQ(log.play(file, speed), "");
         EXPECT_EQ(heard(50), (Bytes { 0x16, 0xFE, 1 }));
         EXPECT_EQ(heard(50), (Bytes { 0x15, 0xFE, 1 }));
-        EXPECT_EQ(Clock::now() - begin >= 100ms, speed.has_value());
-        EXPECT_TRUE(journal.waitFor({}, Clock::now() + 3s,
+        if (speed)
+        {
+            EXPECT_GE(Clock::now() - begin, 100ms);
+        }
+        EXPECT_TRUE(journal.waitFor({}, Clock::now() + patience,
                                     [&](auto& event)
                                     { return event.text == "played 2 messages of " + file + ", 1 skipped"; }));
     }

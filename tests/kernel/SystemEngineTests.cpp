@@ -1,6 +1,8 @@
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemTimer.h"
+#include "platform/Threads.h"
+#include "support/Eventually.h"
 #include "support/KernelFixture.h"
 
 #include <thread>
@@ -113,6 +115,55 @@ TEST_F(SystemEngineTest, ComponentsStopGroupByGroupAndReleaseInIdOrder)
 namespace
 {
 
+/** Its handler runs until the test lets it go, and then uses what it has. */
+class Straggling : public ComponentTask
+{
+public:
+    void onStop() override { stopped = true; }
+    void onRelease() override { used = nullptr; }
+    void handleMessage(juce::int32, juce::int32, juce::int32, const Payload&) override
+    {
+        entered.signal();
+        gate.wait();
+        usable = used != nullptr && used->getReferenceCount() == 1;
+    }
+
+    juce::WaitableEvent entered, gate;
+    std::atomic<bool> usable { false };
+    bool stopped = false;
+
+private:
+    Payload used = new PayloadProbe;
+};
+
+} // namespace
+
+/** A handler hangs while the unit is switched off. Whatever it may still touch stays, until it has ended. */
+TEST_F(SystemEngineTest, NothingIsTakenDownUnderAHandlerThatStillRuns)
+{
+    juce::ReferenceCountedObjectPtr<Straggling> component = new Straggling;
+    add(component.get(), 45);
+    EXPECT_FALSE(Platform::hasStragglers());
+    engine().start();
+    postSystemMessage(45, 1, 0, 0);
+    component->entered.wait();
+    engine().stop();
+    EXPECT_TRUE(Platform::hasStragglers());
+    EXPECT_FALSE(component->stopped);
+    engine().release();
+    EXPECT_NE(engine().findGroup("Tested"), nullptr);
+    component->gate.signal();
+    EXPECT_TRUE(eventually([this] { return !engine().findGroup("Tested")->isRunning(); }));
+    EXPECT_TRUE(component->usable);
+    engine().stop();
+    EXPECT_TRUE(component->stopped);
+    engine().release();
+    EXPECT_EQ(component->getReferenceCount(), 1);
+}
+
+namespace
+{
+
 class CountingTask : public SingalTask
 {
 public:
@@ -196,7 +247,7 @@ TEST_F(SystemEngineTest, NoPostIsLostBetweenThreads)
             });
     for (auto& poster : posters)
         poster.join();
-    EXPECT_TRUE(component->done.wait(20000));
+    EXPECT_TRUE(component->done.wait(60000));
     EXPECT_EQ(component->handled, component->expected);
     EXPECT_EQ(component->outOfOrder, 0);
 }

@@ -50,7 +50,7 @@ public:
     {
         std::string bytes;
         pollfd waiting { device, POLLIN, 0 };
-        while (bytes.size() < length && poll(&waiting, 1, 10000) > 0)
+        while (bytes.size() < length && poll(&waiting, 1, 60000) > 0)
         {
             char part[4096];
             const auto count = ::read(device, part, sizeof(part));

@@ -5,7 +5,7 @@
 
 /** Waits until the condition holds, and gives up after a time that a loaded machine does not need. */
 template <typename Condition>
-bool eventually(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(10))
+bool eventually(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(60))
 {
     const auto end = std::chrono::steady_clock::now() + limit;
     while (!condition())

@@ -4,7 +4,7 @@
 
 /** Runs the message loop until the condition holds, and gives up after a time that a loaded machine does not need. */
 template <typename Condition>
-bool pumpUntil(Condition condition, int limitMs = 10000)
+bool pumpUntil(Condition condition, int limitMs = 60000)
 {
     const auto end = juce::Time::getMillisecondCounter() + static_cast<juce::uint32>(limitMs);
     while (!condition())

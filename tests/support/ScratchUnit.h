@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <sys/mman.h>
-#include <unistd.h>
 
 /**
     A unit of its own for the tests of one process: the paths of the configuration lie below a new temporary folder, and
@@ -57,5 +56,5 @@ private:
 
     const juce::File folder = juce::File::getSpecialLocation(juce::File::tempDirectory)
                                   .getChildFile("headunit-test-" + juce::Uuid().toString());
-    const std::string sysInfoName = "/headunit-test-" + std::to_string(getpid());
+    const std::string sysInfoName = "/" + folder.getFileName().toStdString();
 };

@@ -13,11 +13,10 @@ public:
     {
         if (!isInstalled())
             return;
-        server = Platform::createProcess(
-            "/bin/sh",
-            { "-c",
-              "exec setpriv --pdeathsig TERM Xvfb -displayfd 1 -screen 0 800x480x24 -nolisten tcp >\"$0\" 2>/dev/null",
-              numberFile.getFile().getFullPathName() });
+        server = Platform::createProcess("/bin/sh", { "-c",
+                                                      "exec setpriv --pdeathsig TERM Xvfb -displayfd 1 -screen 0 "
+                                                      "800x480x24 -nolisten tcp -noreset >\"$0\" 2>/dev/null",
+                                                      numberFile.getFile().getFullPathName() });
         // The number is there, with its line end, once the server takes connections.
         if (server == nullptr || !eventually([this] { return number().endsWithChar('\n'); }))
             return;
@@ -28,10 +27,7 @@ public:
     ~XServer()
     {
         stop();
-        if (before.isEmpty())
-            unsetenv("DISPLAY");
-        else
-            setenv("DISPLAY", before.toRawUTF8(), 1);
+        setenv("DISPLAY", before.toRawUTF8(), 1);
     }
 
     static bool isInstalled() { return juce::File("/usr/bin/Xvfb").existsAsFile(); }

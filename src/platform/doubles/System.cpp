@@ -1,5 +1,6 @@
 #include "platform/System.h"
 
+#include "platform/Threads.h"
 #include "platform/doubles/SystemDouble.h"
 
 #include <mutex>
@@ -65,6 +66,10 @@ void installExceptionHook()
     const std::scoped_lock lock(mutex);
     state().exceptionHookInstalled = true;
 }
+
+void guardStack() {}
+
+void enterThread(const juce::String&) {}
 
 bool requestRealtimePriority()
 {

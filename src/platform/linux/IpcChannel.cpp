@@ -2,13 +2,13 @@
 
 #include "platform/Configuration.h"
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 #include "platform/Window.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <poll.h>
-#include <pthread.h>
 #include <regex>
 #include <sys/eventfd.h>
 
@@ -122,7 +122,7 @@ void IpcChannel::close()
 
 void IpcChannel::run()
 {
-    pthread_setname_np(pthread_self(), "ipc");
+    enterThread("ipc");
     while (!stopping)
     {
         tendLink();
