@@ -67,6 +67,11 @@ protected:
 
     void start(const juce::StringArray& arguments)
     {
+        // What is heard from now on comes from this engine, not from one before.
+        std::array<char, 512> bytes {};
+        while (engineSpeaks(0) && read(terminal, bytes.data(), bytes.size()) > 0)
+        {
+        }
         std::array<int, 2> ends {};
         ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         pid = fork();
