@@ -73,7 +73,7 @@ protected:
 
     void start(const juce::StringArray& arguments)
     {
-        tcflush(terminal, TCIFLUSH); // what an engine before it has said
+        forgetWhatWasSaid();
         std::array<int, 2> ends {};
         ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         pid = fork();
@@ -226,7 +226,6 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     EXPECT_TRUE(second.output.contains("another engine of this unit is running")) << second.output;
     kill(first, SIGKILL);
     waitpid(first, nullptr, 0);
-    forgetWhatWasSaid();
 
     const auto target = folder.getChildFile("target");
     const auto lock = folder.getChildFile("registry/engine.lock");
