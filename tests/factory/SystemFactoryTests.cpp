@@ -5,28 +5,28 @@
 #include "support/Eventually.h"
 #include "support/McuLink.h"
 
-#include <atomic>
 #include <thread>
 
-// The microcontroller talks before anybody has asked it, as soon as the port is open and while the rest of the engine
-// is still being built. Every frame waits for the start and is acknowledged.
+// The microcontroller talks before anybody has asked it: as soon as the port is open, and on while the rest of the
+// engine is still being built. Every frame waits for the start and is acknowledged.
 TEST(SystemFactory, KnowsEveryRouteBeforeThePortOpens)
 {
     constexpr int frames = 200;
     juce::DeletedAtShutdown::deleteAll();
     const McuLink mcu;
-    std::atomic<bool> over { false };
-    std::thread talker(
-        [&over]
-        {
-            using Platform::doubles::SerialPortDouble;
-            for (int sequence = 1; sequence <= frames && !over; std::this_thread::yield())
-            {
-                const auto bytes = McuLink::bytesOf({ sequence, EngineApi::EVENT_DEVICE_STATUS, {} });
-                if (SerialPortDouble::receive(McuLink::portName(), bytes.data(), static_cast<int>(bytes.size())))
-                    ++sequence;
-            }
-        });
+    const auto talk = [](int sequence) { McuLink::send({ sequence, EngineApi::EVENT_DEVICE_STATUS, {} }); };
+    std::thread talker;
+    Platform::doubles::SerialPortDouble::onOpen(McuLink::portName(),
+                                                [&]
+                                                {
+                                                    talk(1);
+                                                    talker = std::thread(
+                                                        [talk]
+                                                        {
+                                                            for (int sequence = 2; sequence <= frames; ++sequence)
+                                                                talk(sequence);
+                                                        });
+                                                });
     Factory::SystemFactory::getInstance()->build();
     auto* engine = Kernel::SystemEngine::getInstance();
     engine->start();
@@ -40,8 +40,8 @@ TEST(SystemFactory, KnowsEveryRouteBeforeThePortOpens)
                     acknowledged.push_back(frame.sequence);
             return acknowledged.size() == frames;
         });
-    over = true;
     talker.join();
+    Platform::doubles::SerialPortDouble::reset();
     std::vector<int> all(frames);
     std::iota(all.begin(), all.end(), 1);
     EXPECT_EQ(acknowledged, all);
