@@ -5,6 +5,7 @@
 #include "platform/gui/FloatViewInterface.h"
 #include "platform/gui/Layout.h"
 #include "platform/gui/OverlayCallback.h"
+#include "platform/gui/OverlayPeer.h"
 
 #include <atomic>
 
@@ -41,11 +42,13 @@ protected:
 
 private:
     int getDesktopWindowStyleFlags() const override;
+    juce::ComponentPeer* createNewPeer(int style, void* parent) override;
     void setShown(bool nowShown);
-    void setPeerVisible(bool visible);
-    void sendToDisplay() const;
+    /** The window covers no more of the screen than the controls that are seen. */
+    void fitControls();
 
     Platform::CVXWindow window;
+    juce::Point<int> place; ///< of the layout on the screen
     std::atomic<bool> shown { false };
 };
 

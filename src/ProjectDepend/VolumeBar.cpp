@@ -156,6 +156,7 @@ void VolumeBar::timerCallback()
     }
     stopTimer();
     showOnly(kindMute);
+    BarWindow::show(0);
 }
 
 } // namespace Bar

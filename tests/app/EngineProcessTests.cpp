@@ -1,3 +1,5 @@
+#include "support/XServer.h"
+
 #include <gtest/gtest.h>
 #include <juce_core/juce_core.h>
 
@@ -6,6 +8,9 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -50,12 +55,14 @@ protected:
         folder.deleteRecursively();
     }
 
-    juce::File writeConfiguration(const juce::String& extra = {}) const
+    juce::File writeConfiguration(const juce::String& extra = {}, const char* display = "none") const
     {
         const auto file = folder.getChildFile("engine.toml");
         file.replaceWithText(
             "[unit]\nsystem_path = \"system/\"\nresource_path = \"" HEADUNIT_BUILD_DIR "/resources/\"\n"
-            "registry_path = \"registry/\"\ndisplay = \"none\"\nmedia_root = \"media/\"\n"
+            "registry_path = \"registry/\"\ndisplay = \"" +
+            juce::String(display) +
+            "\"\nmedia_root = \"media/\"\n"
             "camera_hold_file = \"camera\"\n"
             "[mcu]\nport = \"" +
             port + "\"\n[bus]\ni2c1 = \"socket:i2c\"\ngpio = \"socket:gpio\"\n[ipc]\naddress = \"unix:path=" +
@@ -65,6 +72,10 @@ protected:
 
     void start(const juce::StringArray& arguments)
     {
+        // What an engine before this one has said.
+        for (std::array<char, 256> old {}; engineSpeaks(0) && read(terminal, old.data(), old.size()) > 0;)
+        {
+        }
         std::array<int, 2> ends {};
         ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         pid = fork();
@@ -97,6 +108,12 @@ protected:
         return outcome;
     }
 
+    bool endsWithin(int milliseconds) const
+    {
+        pollfd descriptor { outputEnd, 0, 0 };
+        return poll(&descriptor, 1, milliseconds) == 1;
+    }
+
     /** True when the engine sent anything within the time. */
     bool engineSpeaks(int milliseconds) const
     {
@@ -114,6 +131,46 @@ private:
 
 protected:
     pid_t pid = -1;
+};
+
+/** A display that takes connections and never says a word; DISPLAY names it while it lives. */
+class SilentDisplay
+{
+public:
+    SilentDisplay()
+    {
+        mkdir(folder, 0777);
+        name = ":" + std::to_string(firstNumber + getpid());
+        sockaddr_un address {};
+        address.sun_family = AF_UNIX;
+        path = std::string(folder) + "/X" + name.substr(1);
+        path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+        unlink(path.c_str());
+        EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        EXPECT_EQ(listen(listener, 8), 0);
+        setenv("DISPLAY", name.c_str(), 1);
+    }
+    ~SilentDisplay()
+    {
+        close(listener);
+        unlink(path.c_str());
+        unsetenv("DISPLAY");
+    }
+
+    /** Whether anybody has connected. */
+    bool wasOpened() const
+    {
+        pollfd waiting { listener, POLLIN, 0 };
+        return poll(&waiting, 1, 0) == 1;
+    }
+
+private:
+    static constexpr const char* folder = "/tmp/.X11-unix";
+    static constexpr int firstNumber = 1000; ///< nobody's
+
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    std::string name;
+    std::string path;
 };
 
 } // namespace
@@ -174,4 +231,43 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     EXPECT_FALSE(target.existsAsFile());
     kill(pid, SIGTERM);
     EXPECT_EQ(finish().status, 0);
+}
+
+/** With the display "none" one that is there is left alone; with "auto" one that never answers is waited for beside the
+ * unit's work, and holds up neither its start nor its end. */
+TEST_F(EngineProcessTest, NoDisplayHoldsItUp)
+{
+    const SilentDisplay silent;
+    const auto runOnce = [&](const char* display)
+    {
+        start({ "--config", writeConfiguration({}, display).getFullPathName() });
+        EXPECT_TRUE(engineSpeaks(10000));
+        kill(pid, SIGTERM);
+        const auto begin = juce::Time::getMillisecondCounter();
+        const auto outcome = finish();
+        EXPECT_EQ(outcome.status, 0) << outcome.output;
+        EXPECT_FALSE(outcome.output.contains("fault")) << outcome.output;
+        EXPECT_LT(juce::Time::getMillisecondCounter() - begin, 8000u);
+    };
+    runOnce("none");
+    EXPECT_FALSE(silent.wasOpened());
+    runOnce("auto");
+    EXPECT_TRUE(silent.wasOpened());
+}
+
+/** The display ends under the engine: the unit goes on, and ends as it is told to. */
+TEST_F(EngineProcessTest, OutlivesItsDisplay)
+{
+    if (!XServer::isInstalled())
+        GTEST_SKIP() << "Xvfb is not installed";
+    XServer server;
+    ASSERT_TRUE(server.isRunning());
+    start({ "--config", writeConfiguration({}, "auto").getFullPathName() });
+    ASSERT_TRUE(engineSpeaks(10000));
+    server.stop();
+    EXPECT_FALSE(endsWithin(1000));
+    kill(pid, SIGTERM);
+    const auto outcome = finish();
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_FALSE(outcome.output.contains("fault")) << outcome.output;
 }
