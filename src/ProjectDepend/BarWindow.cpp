@@ -19,6 +19,7 @@ BarWindow::BarWindow(const juce::String& name, const juce::String& layoutFile)
     addAndMakeVisible(window);
     window.showWindow(true);
     window.enableNoDrawBkg(true);
+    fitControls();
     Platform::setOverlayCallback(*this, this);
     if (window.getLayout() != nullptr && Platform::UIHelper::hasDisplay())
         addToDesktop();
@@ -69,7 +70,6 @@ void BarWindow::setShown(bool nowShown)
 void BarWindow::show(int parameter)
 {
     setShown(true);
-    fitControls();
     FloatViewInterface::show(parameter);
 }
 

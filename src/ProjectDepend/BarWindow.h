@@ -39,13 +39,13 @@ protected:
     }
     /** Nothing happens for a control that the layout lacks. */
     static void setVisibleIf(juce::Component* control, bool visible);
+    /** The window covers no more of the screen than the layout's controls that are seen; due when those are others. */
+    void fitControls();
 
 private:
     int getDesktopWindowStyleFlags() const override;
     juce::ComponentPeer* createNewPeer(int style, void* parent) override;
     void setShown(bool nowShown);
-    /** The window covers no more of the screen than the controls that are seen. */
-    void fitControls();
 
     Platform::CVXWindow window;
     juce::Point<int> place; ///< of the layout on the screen

@@ -102,6 +102,7 @@ void VolumeBar::showOnly(int kind)
     setVisibleIf(mainVolumeImage, kind == kindMain);
     setVisibleIf(zone2Button, kind == kindZone2);
     setVisibleIf(muteButton, kind == kindMute);
+    fitControls();
 }
 
 void VolumeBar::showMainVolume(int volume)
@@ -156,7 +157,6 @@ void VolumeBar::timerCallback()
     }
     stopTimer();
     showOnly(kindMute);
-    BarWindow::show(0);
 }
 
 } // namespace Bar

@@ -42,11 +42,10 @@ public:
     virtual ~OverlayWindow() = default;
 
     virtual void setTitle(const juce::String& title) = 0;
-    virtual void setBounds(juce::Rectangle<int> bounds) = 0;
     virtual void setVisible(bool visible) = 0;
     virtual void toFront() = 0;
-    /** What the window shows; the image is not to be drawn into any more. */
-    virtual void setPicture(const juce::Image& picture) = 0;
+    /** What the window shows, and where on the screen; the ARGB image is not to be drawn into any more. */
+    virtual void setPicture(const juce::Image& picture, juce::Point<int> position) = 0;
     /** noWindow while it is not on a display. */
     virtual WindowHandle getHandle() const = 0;
 };

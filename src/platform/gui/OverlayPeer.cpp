@@ -56,11 +56,9 @@ void OverlayPeer::setTitle(const juce::String& title)
 
 void OverlayPeer::setBounds(const juce::Rectangle<int>& newBounds, bool)
 {
-    const bool resized = newBounds.withZeroOrigin() != bounds.withZeroOrigin();
     bounds = newBounds;
-    window->setBounds(bounds);
-    if (resized)
-        triggerAsyncUpdate();
+    // The window moves together with its next picture.
+    triggerAsyncUpdate();
     handleMovedOrResized();
 }
 
@@ -88,7 +86,7 @@ void OverlayPeer::handleAsyncUpdate()
     juce::Image picture(juce::Image::ARGB, bounds.getWidth(), bounds.getHeight(), true, juce::SoftwareImageType());
     juce::LowLevelGraphicsSoftwareRenderer renderer(picture);
     handlePaint(renderer);
-    window->setPicture(picture);
+    window->setPicture(picture, bounds.getPosition());
 }
 
 void OverlayPeer::pointer(juce::Point<int> position, bool down)

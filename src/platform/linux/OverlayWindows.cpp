@@ -47,10 +47,10 @@ public:
     struct Wanted
     {
         juce::String title;
-        juce::Rectangle<int> bounds;
         bool visible = false;
         std::uint64_t place = 0; ///< the larger, the higher
         juce::Image picture;
+        juce::Point<int> position;
         bool redraw = false; ///< the picture is new
     };
 
@@ -82,9 +82,9 @@ public:
         {
             const std::lock_guard guard(lock);
             now = wanted;
-            wanted.redraw = false;
+            wanted.redraw = wanted.redraw && !wanted.visible;
         }
-        if (!now.visible || now.bounds.isEmpty() || !now.picture.isValid())
+        if (!now.visible || !now.picture.isValid())
         {
             hide(x);
             return false;
@@ -96,8 +96,8 @@ public:
             return false;
         if (now.redraw || !drawn)
             draw(x, now.picture);
-        if (now.bounds != bounds)
-            move(x, now.bounds);
+        if (const auto target = now.picture.getBounds() + now.position; target != bounds)
+            move(x, target);
         return std::exchange(place, now.place) != now.place || appears;
     }
 
@@ -162,7 +162,7 @@ private:
         values.event_mask = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
         values.colormap = colours;
         const auto window = xcb_generate_id(connection);
-        bounds = now.bounds;
+        bounds = now.picture.getBounds() + now.position;
         xcb_create_window_aux(
             connection, format.depth, window, x.getRoot(), static_cast<std::int16_t>(bounds.getX()),
             static_cast<std::int16_t>(bounds.getY()), static_cast<std::uint16_t>(bounds.getWidth()),
@@ -443,10 +443,6 @@ public:
     {
         change([&](auto& wanted) { wanted.title = title; });
     }
-    void setBounds(juce::Rectangle<int> bounds) override
-    {
-        change([&](auto& wanted) { wanted.bounds = bounds; });
-    }
     void setVisible(bool visible) override
     {
         change([&](auto& wanted) { wanted.visible = visible; });
@@ -456,12 +452,13 @@ public:
         static std::atomic<std::uint64_t> highest { 0 };
         change([](auto& wanted) { wanted.place = ++highest; });
     }
-    void setPicture(const juce::Image& picture) override
+    void setPicture(const juce::Image& picture, juce::Point<int> position) override
     {
         change(
             [&](auto& wanted)
             {
                 wanted.picture = picture;
+                wanted.position = position;
                 wanted.redraw = true;
             });
     }
