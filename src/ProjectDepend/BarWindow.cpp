@@ -2,7 +2,6 @@
 
 #include "platform/Configuration.h"
 #include "platform/Logger.h"
-#include "platform/Overlay.h"
 
 namespace Bar
 {
@@ -15,11 +14,12 @@ BarWindow::BarWindow(const juce::String& name, const juce::String& layoutFile)
     setDropShadowEnabled(false);
     auto layout = Platform::loadCtrlFromFile(layoutFile);
     if (layout != nullptr)
-        setBounds(layout->getBounds());
+        place = layout->getPosition();
     window.setLayout(std::move(layout));
     addAndMakeVisible(window);
     window.showWindow(true);
     window.enableNoDrawBkg(true);
+    fitControls();
     Platform::setOverlayCallback(*this, this);
     if (window.getLayout() != nullptr && Platform::UIHelper::hasDisplay())
         addToDesktop();
@@ -42,30 +42,22 @@ int BarWindow::getDesktopWindowStyleFlags() const
     return juce::ComponentPeer::windowIsTemporary | juce::ComponentPeer::windowIgnoresKeyPresses;
 }
 
-void BarWindow::setPeerVisible(bool visible)
+juce::ComponentPeer* BarWindow::createNewPeer(int style, void*)
 {
-    auto* peer = getPeer();
-    if (peer == nullptr)
-        return;
-    if (visible)
-    {
-        const auto handle =
-            static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(peer->getNativeHandle()));
-        const double scale = peer->getPlatformScaleFactor();
-        const auto pixels = [scale](int length) { return juce::roundToInt(length * scale); };
-        Platform::clipCorners(handle, pixels(getWidth()), pixels(getHeight()),
-                              pixels(Platform::cornerOf(*window.getLayout())));
-        // The framework asks the window manager for this, which does not know the window.
-        Platform::raiseWindow(handle);
-    }
-    peer->setVisible(visible);
+    return new Platform::OverlayPeer(*this, style);
 }
 
-void BarWindow::sendToDisplay() const
+void BarWindow::fitControls()
 {
-    // The framework keeps requests until it next reads events, which may be seconds later; a question takes them along.
-    if (const auto* peer = getPeer())
-        static_cast<void>(peer->isFocused());
+    const auto* layout = window.getLayout();
+    if (layout == nullptr)
+        return;
+    juce::Rectangle<int> area;
+    for (const auto* control : layout->getChildren())
+        if (control->isVisible())
+            area = area.getUnion(control->getBounds());
+    setBounds(area + place);
+    window.setTopLeftPosition(-area.getPosition());
 }
 
 void BarWindow::setShown(bool nowShown)
@@ -78,17 +70,13 @@ void BarWindow::setShown(bool nowShown)
 void BarWindow::show(int parameter)
 {
     setShown(true);
-    setPeerVisible(true);
     FloatViewInterface::show(parameter);
-    sendToDisplay();
 }
 
 void BarWindow::hide()
 {
     setShown(false);
-    setPeerVisible(false);
     FloatViewInterface::hide();
-    sendToDisplay();
 }
 
 } // namespace Bar

@@ -5,6 +5,7 @@
 #include "platform/gui/FloatViewInterface.h"
 #include "platform/gui/Layout.h"
 #include "platform/gui/OverlayCallback.h"
+#include "platform/gui/OverlayPeer.h"
 
 #include <atomic>
 
@@ -38,14 +39,16 @@ protected:
     }
     /** Nothing happens for a control that the layout lacks. */
     static void setVisibleIf(juce::Component* control, bool visible);
+    /** The window covers no more of the screen than the layout's controls that are seen; due when those are others. */
+    void fitControls();
 
 private:
     int getDesktopWindowStyleFlags() const override;
+    juce::ComponentPeer* createNewPeer(int style, void* parent) override;
     void setShown(bool nowShown);
-    void setPeerVisible(bool visible);
-    void sendToDisplay() const;
 
     Platform::CVXWindow window;
+    juce::Point<int> place; ///< of the layout on the screen
     std::atomic<bool> shown { false };
 };
 

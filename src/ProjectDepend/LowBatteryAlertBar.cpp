@@ -20,6 +20,7 @@ constexpr juce::uint32 alertVolume = 0xEEEEEEEE;
 constexpr juce::uint32 fullVolume = 0xFFFFFFFF;
 
 constexpr int stepMs = 100;
+constexpr int stopMs = 100;
 
 } // namespace
 
@@ -31,6 +32,10 @@ LowBatteryAlertBar::LowBatteryAlertBar()
 LowBatteryAlertBar::~LowBatteryAlertBar()
 {
     LowBatteryAlertBar::hide();
+    alertThread->signalThreadShouldExit();
+    alertThread->notify();
+    if (!Platform::awaitEnd(*alertThread))
+        static_cast<void>(alertThread.release());
 }
 
 void LowBatteryAlertBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
@@ -63,22 +68,18 @@ void LowBatteryAlertBar::hide()
 
 void LowBatteryAlertBar::startSound()
 {
-    if (!alertThread->startThread())
+    alertThread->play();
+    if (!alertThread->isThreadRunning() && !alertThread->startThread())
         Platform::Logger::getInstance()->logError("ProjectDepend/LowBatteryAlertBar", __LINE__, "LowBatteryAlertBar",
                                                   "cannot start the alert sound");
 }
 
 void LowBatteryAlertBar::stopSound()
 {
-    alertThread->signalThreadShouldExit();
-    alertThread->notify();
-    if (Platform::awaitEnd(*alertThread))
-        return;
-    // It hangs in the sound output. It is not killed, and the next alert has a thread of its own.
-    Platform::Logger::getInstance()->logError("ProjectDepend/LowBatteryAlertBar", __LINE__, "LowBatteryAlertBar",
-                                              "the alert sound does not end");
-    static_cast<void>(alertThread.release());
-    alertThread = std::make_unique<AlertAudioThread>();
+    // One that hangs in the sound output is not killed; it goes on with the next alert or ends as soon as it can.
+    if (alertThread->isThreadRunning() && !alertThread->silence())
+        Platform::Logger::getInstance()->logError("ProjectDepend/LowBatteryAlertBar", __LINE__, "LowBatteryAlertBar",
+                                                  "the alert sound does not end");
 }
 
 LowBatteryAlertBar::AlertAudioThread::AlertAudioThread()
@@ -86,15 +87,39 @@ LowBatteryAlertBar::AlertAudioThread::AlertAudioThread()
 {
 }
 
+void LowBatteryAlertBar::AlertAudioThread::play()
+{
+    silent.reset();
+    isWanted = true;
+    notify();
+}
+
+bool LowBatteryAlertBar::AlertAudioThread::silence()
+{
+    isWanted = false;
+    notify();
+    return silent.wait(stopMs);
+}
+
 void LowBatteryAlertBar::AlertAudioThread::run()
 {
     Platform::enterThread(getThreadName());
-    Platform::setWaveOutVolume(alertVolume);
-    Platform::PlaySound(Platform::AppConfig::getProfilePath() + "alert_49.wav");
     while (!threadShouldExit())
-        wait(stepMs);
-    Platform::setWaveOutVolume(fullVolume);
-    Platform::PlaySound({});
+    {
+        if (isWanted)
+        {
+            Platform::setWaveOutVolume(alertVolume);
+            Platform::PlaySound(Platform::AppConfig::getProfilePath() + "alert_49.wav");
+            while (isWanted && !threadShouldExit())
+                wait(stepMs);
+            Platform::setWaveOutVolume(fullVolume);
+            Platform::PlaySound({});
+        }
+        // An alert that has come meanwhile goes on with the next round.
+        silent.signal();
+        if (!isWanted && !threadShouldExit())
+            wait(-1);
+    }
 }
 
 } // namespace Bar

@@ -22,12 +22,19 @@ public:
     void hide() override;
 
 private:
-    /** Plays the alert in a loop, at a reduced volume, while it runs. */
+    /** Plays the alert in a loop, at a reduced volume, while it is wanted; of all alerts, from the first one on. */
     class AlertAudioThread : public juce::Thread
     {
     public:
         AlertAudioThread();
         void run() override;
+        void play();
+        /** Within 100 ms; false when the sound output takes longer, and then it ends later. */
+        bool silence();
+
+    private:
+        std::atomic<bool> isWanted { false };
+        juce::WaitableEvent silent { true };
     };
 
     void startSound();

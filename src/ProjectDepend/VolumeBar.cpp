@@ -102,6 +102,7 @@ void VolumeBar::showOnly(int kind)
     setVisibleIf(mainVolumeImage, kind == kindMain);
     setVisibleIf(zone2Button, kind == kindZone2);
     setVisibleIf(muteButton, kind == kindMute);
+    fitControls();
 }
 
 void VolumeBar::showMainVolume(int volume)

@@ -3,6 +3,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "platform/Configuration.h"
+#include "platform/gui/OverlayPeer.h"
 
 using Platform::CVXButtonState;
 
@@ -17,24 +18,16 @@ constexpr int unlocked = 1;
 MainWindow::MainWindow()
     : juce::TopLevelWindow("MainWindow", false)
 {
-    const bool display = Platform::UIHelper::hasDisplay();
-    if (display)
-        addToDesktop();
-    const int width = Platform::UIHelper::getScreenWidth();
-    const int height = Platform::UIHelper::getScreenHeight();
-    if (display)
-        centreWithSize(width, height);
-    else
-        setSize(width, height);
-    setTopLeftPosition(0, 0);
-
+    setBounds(0, 0, Platform::UIHelper::getScreenWidth(), Platform::UIHelper::getScreenHeight());
     addButton(menu, "Menu", { 550, 380, 150, 30 });
     addButton(antitheftExit, "AntitheftExit", { 550, 430, 150, 30 });
+    if (Platform::UIHelper::hasDisplay())
+        addToDesktop();
+}
 
-    if (display)
-        if (const auto* mainDisplay = juce::Desktop::getInstance().getDisplays().getPrimaryDisplay())
-            if (mainDisplay->totalArea.getWidth() < width)
-                enableDebugButtons();
+juce::ComponentPeer* MainWindow::createNewPeer(int style, void*)
+{
+    return new Platform::OverlayPeer(*this, style);
 }
 
 void MainWindow::addButton(Platform::CVXButton& button, const char* label, juce::Rectangle<int> bounds)
@@ -49,10 +42,13 @@ void MainWindow::addButton(Platform::CVXButton& button, const char* label, juce:
     button.setListener(this);
 }
 
-void MainWindow::enableDebugButtons()
+void MainWindow::visibilityChanged()
 {
-    menu.asComponent().setVisible(true);
-    antitheftExit.asComponent().setVisible(true);
+    TopLevelWindow::visibilityChanged();
+    const int width = isVisible() && isOnDesktop() ? Platform::getDisplayWidth() : 0;
+    const bool onDesk = width > 0 && width < getWidth();
+    menu.asComponent().setVisible(onDesk);
+    antitheftExit.asComponent().setVisible(onDesk);
 }
 
 void MainWindow::buttonClicked(Platform::CVXButton& button)

@@ -9,11 +9,12 @@ public:
     MainWindow();
 
     void buttonClicked(Platform::CVXButton& button) override;
+    /** A display narrower than the unit's screen is somebody's desk: the buttons are shown there. */
+    void visibilityChanged() override;
 
 private:
+    juce::ComponentPeer* createNewPeer(int style, void* parent) override;
     void addButton(Platform::CVXButton& button, const char* label, juce::Rectangle<int> bounds);
-    /** A display narrower than the unit's screen is somebody's desk: the buttons are shown there. */
-    void enableDebugButtons();
 
     Platform::CVXButton antitheftExit { "AntitheftExit" };
     Platform::CVXButton menu { "Menu" };

@@ -1,6 +1,7 @@
 #include "app/MainApplication.h"
 
 #include "platform/System.h"
+#include "platform/gui/OverlayPeer.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>
@@ -12,6 +13,7 @@ constexpr int badConfiguration = 2;
 
 juce::JUCEApplicationBase* createApplication()
 {
+    Platform::keepFrameworkOffDisplay();
     return new MainApplication();
 }
 

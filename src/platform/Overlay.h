@@ -3,10 +3,13 @@
 #include "platform/Window.h"
 
 #include <functional>
+#include <juce_graphics/juce_graphics.h>
 #include <memory>
 
-/** What windows that lie above the pages of other programs need from the display. Without a display there is nothing.
- */
+/**
+    What the engine's own windows, which lie above the pages of other programs, need from the display. Nobody waits for
+    it: what is asked for is on the screen when there is a display, and again when another one has come.
+*/
 namespace Platform
 {
 
@@ -17,25 +20,40 @@ public:
     virtual ~TouchWatch() = default;
 };
 
-/** The top-level window under the finger or pointer, noWindow for none. Called on the watch's thread. */
+/** The top-level window under the finger or pointer, noWindow for none. Called on the display's thread. */
 using TouchHandler = std::function<void(WindowHandle)>;
 
-/**
-    Watches the touches and button presses of the whole display; every program still gets its own. A thread "touches"
-    receives them, as they come unasked. Null without a display, and on failure (logged).
-*/
+/** Watches the touches and button presses of the whole display; every program still gets its own. Null without a
+ * display to look for. */
 std::unique_ptr<TouchWatch> watchTouches(TouchHandler handler);
 
 /**
-    Cuts the corners off a window with a quarter circle of `radius` pixels; where a compositing manager blends the
-   window, it stays whole. False without a display or such a window. Any thread.
+    A window of the engine's own, which no window manager looks after. While it is shown it is above the windows of
+   other programs, also of those that open or are raised later; of several, the one that was brought to the front last
+   is the highest. Where nothing is drawn, it is not there: what lies below is seen and touched. Any thread.
 */
-bool clipCorners(WindowHandle window, int width, int height, int radius);
+class OverlayWindow
+{
+public:
+    /** A press or release of the first button on the window. Called on the display's thread, not after the destructor.
+     */
+    using PointerHandler = std::function<void(juce::Point<int>, bool down)>;
 
-/**
-    Puts a window that no window manager looks after above all others, those of other programs too. False without a
-   display or such a window. Any thread.
-*/
-bool raiseWindow(WindowHandle window);
+    virtual ~OverlayWindow() = default;
+
+    virtual void setTitle(const juce::String& title) = 0;
+    virtual void setVisible(bool visible) = 0;
+    virtual void toFront() = 0;
+    /** What the window shows, and where on the screen; the ARGB image is not to be drawn into any more. */
+    virtual void setPicture(const juce::Image& picture, juce::Point<int> position) = 0;
+    /** noWindow while it is not on a display. */
+    virtual WindowHandle getHandle() const = 0;
+};
+
+/** Hidden at first. Null without a display to look for. */
+std::unique_ptr<OverlayWindow> makeOverlayWindow(OverlayWindow::PointerHandler handler);
+
+/** Width of the display in pixels, 0 while there is none. */
+int getDisplayWidth();
 
 } // namespace Platform

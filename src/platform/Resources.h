@@ -16,9 +16,12 @@ public:
     bool addResPath(const juce::String& pack, const juce::String& prefix);
     /**
         A stream on the whole of a file, without regard to case and with '\' as '/'; it outlives its pack. Null when no
-        pack has it, or when it is damaged or above 64 MiB (logged).
+        pack has it, or when it is above 64 MiB or not what was packed, by its length and CRC-32 (logged the first
+        time).
     */
     std::unique_ptr<juce::InputStream> open(const juce::String& name);
+    /** Whether a pack has it, damaged or not. */
+    bool contains(const juce::String& name) const;
     void clear();
 
 private:
@@ -28,7 +31,11 @@ private:
     {
         std::shared_ptr<juce::ZipFile> pack;
         int index = 0;
+        juce::uint32 crc = 0;
+        bool refused = false;
     };
+    static std::unique_ptr<juce::InputStream> openWhole(const Entry& entry);
+
     std::map<juce::String, Entry> entries; ///< by full name in lower case
 };
 

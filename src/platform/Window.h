@@ -5,8 +5,9 @@
 #include <juce_core/juce_core.h>
 
 /**
-    Native windows and window messages between programs. Without a display nothing is found and posts fail. A display is
-    tried once, on the first use; one that is lost, which is logged, stays lost. Any thread.
+    Native windows and window messages between programs. Without a display nothing is found and posts fail. The display
+    is looked for from the first use on, and again after it is lost, which is logged; the first use waits for it two
+    seconds at most. Any thread.
 
     A message is an X11 client message of type `_CORVANE_WINDOW_MESSAGE`, format 32: message, wParam, lParam.
 */
@@ -28,14 +29,14 @@ bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t w
 void showWindow(WindowHandle window, bool visible);
 void setForegroundWindow(WindowHandle window);
 
-/** Message, wParam, lParam; called on the window connection's thread. */
+/** Message, wParam, lParam; called on the display's thread. */
 using WindowMessageHandler = std::function<void(std::int32_t, std::int32_t, std::int32_t)>;
 
 /**
-    Opens the window titled `title` that other programs post to, instead of one that is open. It is never seen. False
-    without a display, and on failure (logged). A thread "windows" receives the messages, as they come unasked.
+    Opens the window titled `title` that other programs post to, instead of one that is open, on the display, as soon as
+    there is one. It is never seen; one that somebody destroys is made again.
 */
-bool startWindowMessages(const juce::String& title, WindowMessageHandler handler);
+void startWindowMessages(const juce::String& title, WindowMessageHandler handler);
 /** No handler call runs after it returns. Not to be called from the handler. */
 void stopWindowMessages();
 

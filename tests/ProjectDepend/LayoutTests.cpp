@@ -39,7 +39,7 @@ protected:
     static inline int loaded = 0;
 };
 
-constexpr const char* whole = R"(<Window name="W" x="10" y="20" width="300" height="100" corner="9">
+constexpr const char* whole = R"(<Window name="W" x="10" y="20" width="300" height="100">
     <Group name="G" width="300" height="50" visible="0"><Static name="T" x="1" y="2" width="3" height="4" text="hi"/></Group>
     <Button name="B"><Icon x="5" width="6" height="7"/><Text index="1"/></Button></Window>)";
 
@@ -50,7 +50,6 @@ TEST_F(LayoutTest, AWholeLayoutHasItsControlsWhereItSays)
     const auto layout = load(compile(whole));
     ASSERT_NE(layout, nullptr);
     EXPECT_EQ(layout->getBounds(), juce::Rectangle<int>(10, 20, 300, 100));
-    EXPECT_EQ(cornerOf(*layout), 9);
     auto* text = CVXRelationHelper::findComponent<CVXStatic>(layout.get(), "T");
     ASSERT_NE(text, nullptr);
     EXPECT_EQ(text->getContent().getText(), "hi");

@@ -91,3 +91,17 @@ TEST_F(LowBatteryAlertBarTest, SoundsWhileItIsShownAndSaysEverythingOnce)
     expectSilence();
     EXPECT_EQ(doubles::OverlayDouble::touch(0x1234), 0) << "nobody watches the touches any more";
 }
+
+/** The sound output hangs over the end of an alert: when it lets go, the next alert is heard, and ends. */
+TEST_F(LowBatteryAlertBarTest, AnAlertWhoseSoundHangsDoesNotSilenceTheNextOne)
+{
+    doubles::SoundDouble::hold(true);
+    alert(1);
+    alert(0);
+    alert(1);
+    doubles::SoundDouble::hold(false);
+    expectSound();
+    alert(0);
+    EXPECT_TRUE(doubles::SoundDouble::getPlaying().isEmpty());
+    EXPECT_EQ(getWaveOutVolume(), 0xFFFFFFFF);
+}

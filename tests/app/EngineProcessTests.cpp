@@ -1,3 +1,5 @@
+#include "support/XServer.h"
+
 #include <gmock/gmock.h>
 #include <juce_core/juce_core.h>
 
@@ -9,6 +11,7 @@
 #include <set>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -58,12 +61,14 @@ protected:
     }
 
     /** `extra` begins with keys of the buses. */
-    juce::File writeConfiguration(const juce::String& extra = {}) const
+    juce::File writeConfiguration(const juce::String& extra = {}, const char* display = "none") const
     {
         const auto file = folder.getChildFile("engine.toml");
         file.replaceWithText(
             "[unit]\nsystem_path = \"system/\"\nresource_path = \"" HEADUNIT_BUILD_DIR "/resources/\"\n"
-            "registry_path = \"registry/\"\ndisplay = \"none\"\nmedia_root = \"media/\"\n"
+            "registry_path = \"registry/\"\ndisplay = \"" +
+            juce::String(display) +
+            "\"\nmedia_root = \"media/\"\n"
             "camera_hold_file = \"camera\"\nlog_library = \"" HEADUNIT_BUILD_DIR "/lib/libVX_Logcat.so\"\n"
             "[mcu]\nport = \"" +
             port + "\"\n[ipc]\naddress = \"unix:path=" + folder.getChildFile("no-bus").getFullPathName() +
@@ -105,6 +110,12 @@ protected:
         waitpid(std::exchange(pid, -1), &raw, 0);
         outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -WTERMSIG(raw);
         return outcome;
+    }
+
+    bool endsWithin(int milliseconds) const
+    {
+        pollfd descriptor { outputEnd, 0, 0 };
+        return poll(&descriptor, 1, milliseconds) == 1;
     }
 
     /** What the system calls the threads of the engine. */
@@ -150,6 +161,46 @@ private:
 
 protected:
     pid_t pid = -1;
+};
+
+/** A display that takes connections and never says a word; DISPLAY names it while it lives. */
+class SilentDisplay
+{
+public:
+    SilentDisplay()
+    {
+        mkdir(folder, 0777);
+        name = ":" + std::to_string(firstNumber + getpid());
+        sockaddr_un address {};
+        address.sun_family = AF_UNIX;
+        path = std::string(folder) + "/X" + name.substr(1);
+        path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+        unlink(path.c_str());
+        EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        EXPECT_EQ(listen(listener, 8), 0);
+        setenv("DISPLAY", name.c_str(), 1);
+    }
+    ~SilentDisplay()
+    {
+        close(listener);
+        unlink(path.c_str());
+        unsetenv("DISPLAY");
+    }
+
+    /** Whether anybody has connected. */
+    bool wasOpened() const
+    {
+        pollfd waiting { listener, POLLIN, 0 };
+        return poll(&waiting, 1, 0) == 1;
+    }
+
+private:
+    static constexpr const char* folder = "/tmp/.X11-unix";
+    static constexpr int firstNumber = 1000; ///< nobody's
+
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    std::string name;
+    std::string path;
 };
 
 } // namespace
@@ -235,4 +286,43 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     EXPECT_FALSE(target.existsAsFile());
     kill(pid, SIGTERM);
     EXPECT_EQ(finish().status, 0);
+}
+
+/** With the display "none" one that is there is left alone; with "auto" one that never answers is waited for beside the
+ * unit's work, and holds up neither its start nor its end. */
+TEST_F(EngineProcessTest, NoDisplayHoldsItUp)
+{
+    const SilentDisplay silent;
+    const auto runOnce = [&](const char* display)
+    {
+        start({ "--config", writeConfiguration({}, display).getFullPathName() });
+        EXPECT_TRUE(engineSpeaks());
+        kill(pid, SIGTERM);
+        const auto begin = juce::Time::getMillisecondCounter();
+        const auto outcome = finish();
+        EXPECT_EQ(outcome.status, 0) << outcome.output;
+        EXPECT_FALSE(outcome.output.contains("fault")) << outcome.output;
+        EXPECT_LT(juce::Time::getMillisecondCounter() - begin, 8000u);
+    };
+    runOnce("none");
+    EXPECT_FALSE(silent.wasOpened());
+    runOnce("auto");
+    EXPECT_TRUE(silent.wasOpened());
+}
+
+/** The display ends under the engine: the unit goes on, and ends as it is told to. */
+TEST_F(EngineProcessTest, OutlivesItsDisplay)
+{
+    if (!XServer::isInstalled())
+        GTEST_SKIP() << "Xvfb is not installed";
+    XServer server;
+    ASSERT_TRUE(server.isRunning());
+    start({ "--config", writeConfiguration({}, "auto").getFullPathName() });
+    ASSERT_TRUE(engineSpeaks());
+    server.stop();
+    EXPECT_FALSE(endsWithin(1000));
+    kill(pid, SIGTERM);
+    const auto outcome = finish();
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_FALSE(outcome.output.contains("fault")) << outcome.output;
 }

@@ -340,9 +340,16 @@ TEST_F(IpcTest, SpeaksTheDocumentedFormOnTheWire)
     EXPECT_EQ(value, 22);
     EXPECT_FALSE(MessageHelper::sendBroadcast("no action", bundle));
 
-    // A tool that asks for replies gets them.
-    BusPeer::check(sd_bus_call_method(listener.get(), "com.corvane.AppMain", "/com/corvane/Endpoint",
-                                      "com.corvane.Endpoint", "Broadcast", nullptr, nullptr, "s", "showWindow"));
+    // A tool that asks for replies gets them; its text is taken when it is a program's.
+    const auto broadcast = [&](const char* text)
+    {
+        BusPeer::check(sd_bus_call_method(listener.get(), "com.corvane.AppMain", "/com/corvane/Endpoint",
+                                          "com.corvane.Endpoint", "Broadcast", nullptr, nullptr, "s", text));
+    };
+    broadcast("hideWindow");
+    listener.own("AppSetup");
+    recorder.expectPresence(AppSetup, true);
+    broadcast("showWindow");
     EXPECT_EQ(recorder.next().text, "showWindow");
 }
 

@@ -194,6 +194,13 @@ public:
         const std::lock_guard guard(lock);
         return messages;
     }
+    /** Opens the engine's window with this in place. */
+    xcb_window_t openMain()
+    {
+        startWindowMessages("AppMain", handler());
+        EXPECT_TRUE(eventually([] { return findWindow("AppMain") != noWindow; }));
+        return findWindow("AppMain");
+    }
     bool waitFor(size_t count)
     {
         return eventually([&] { return get().size() >= count; });
@@ -240,7 +247,7 @@ TEST_F(WindowTest, AMessageReachesItsWindowOnlyAndABroadcastEveryWindow)
     EXPECT_THAT(program->takeMessages(), ElementsAre(std::pair(first, Message { 0x8001, -1, INT32_MIN })));
 
     Received received;
-    ASSERT_TRUE(startWindowMessages("AppMain", received.handler()));
+    received.openMain();
     EXPECT_TRUE(postWindowMessage(allWindows, 5, 6, 7));
     const Message sent { 5, 6, 7 };
     EXPECT_THAT(program->takeMessages(),
@@ -305,8 +312,7 @@ TEST_F(WindowTest, TheEnginesWindowGetsEveryMessageInOrder)
 {
     constexpr int count = 1000;
     Received received;
-    ASSERT_TRUE(startWindowMessages("AppMain", received.handler()));
-    const auto window = findWindow("AppMain");
+    const auto window = received.openMain();
     ASSERT_NE(window, noWindow);
     EXPECT_EQ(windowProcess(window), getpid());
     EXPECT_FALSE(program->isVisible(window));
@@ -320,8 +326,15 @@ TEST_F(WindowTest, TheEnginesWindowGetsEveryMessageInOrder)
     for (int index = 0; index < count; ++index)
         ASSERT_EQ(messages[static_cast<size_t>(index)], (Message { index, index + 1, -index }));
 
+    program->close(window);
+    EXPECT_TRUE(eventually([&] { return findWindow("AppMain") != noWindow; })) << "somebody destroyed it";
+    const auto again = findWindow("AppMain");
+    EXPECT_NE(again, window);
+    EXPECT_TRUE(postWindowMessage(again, 1, 2, 3));
+    EXPECT_TRUE(received.waitFor(count + 1));
+
     stopWindowMessages();
-    EXPECT_TRUE(eventually([&] { return !isWindow(window); }));
+    EXPECT_TRUE(eventually([&] { return !isWindow(again); }));
     EXPECT_EQ(findWindow("AppMain"), noWindow);
 }
 
@@ -370,19 +383,19 @@ TEST_F(WindowTest, WithoutADisplayNothingIsFound)
     ASSERT_EQ(findWindow("AppRadio"), window);
     const auto expectNothing = [&]
     {
-        EXPECT_FALSE(UIHelper::hasDisplay());
         EXPECT_EQ(findWindow("AppRadio"), noWindow);
         EXPECT_FALSE(isWindow(window));
         EXPECT_EQ(windowProcess(window), -1);
         EXPECT_FALSE(postWindowMessage(window, 1, 2, 3));
         EXPECT_FALSE(postWindowMessage(allWindows, 1, 2, 3));
-        EXPECT_FALSE(startWindowMessages("AppMain", [](auto, auto, auto) {}));
+        startWindowMessages("AppMain", [](auto, auto, auto) {});
         showWindow(window, true);
         setForegroundWindow(window);
     };
 
     EXPECT_TRUE(UIHelper::hasDisplay());
     Configuration::get().display = "none";
+    EXPECT_FALSE(UIHelper::hasDisplay());
     expectNothing();
     Configuration::get().display = "auto";
     EXPECT_TRUE(UIHelper::hasDisplay());
@@ -393,20 +406,21 @@ TEST_F(WindowTest, WithoutADisplayNothingIsFound)
     expectNothing();
     EXPECT_EQ(log.take().size(), 1u);
     unsetenv("DISPLAY");
+    EXPECT_FALSE(UIHelper::hasDisplay());
     expectNothing();
     EXPECT_TRUE(log.take().empty());
     setenv("DISPLAY", name.c_str(), 1);
     EXPECT_EQ(findWindow("AppRadio"), window);
 }
 
-/** The X server ends under the running engine: one line in the log, and then all is as without a display. */
-TEST_F(WindowTest, ALostDisplayIsReportedOnce)
+/** The X server ends under the running engine: one line in the log, and then all is as without a display, until it
+ * comes back. */
+TEST_F(WindowTest, ALostDisplayIsReportedOnceAndTakenUpAgain)
 {
     XServer ending;
     ASSERT_TRUE(ending.isRunning());
     Received received;
-    ASSERT_TRUE(startWindowMessages("AppMain", received.handler()));
-    const auto window = findWindow("AppMain");
+    const auto window = received.openMain();
     ASSERT_NE(window, noWindow);
     ending.stop();
 
@@ -414,7 +428,12 @@ TEST_F(WindowTest, ALostDisplayIsReportedOnce)
     EXPECT_EQ(findWindow("AppMain"), noWindow);
     EXPECT_FALSE(postWindowMessage(window, 1, 2, 3));
     EXPECT_FALSE(isWindow(window));
-    EXPECT_FALSE(UIHelper::hasDisplay());
-    EXPECT_FALSE(startWindowMessages("AppMain", received.handler()));
     EXPECT_EQ(log.take().size(), 1u);
+
+    ending.start();
+    ASSERT_TRUE(ending.isRunning());
+    ASSERT_TRUE(eventually([] { return findWindow("AppMain") != noWindow; }));
+    EXPECT_TRUE(postWindowMessage(findWindow("AppMain"), 1, 2, 3));
+    EXPECT_TRUE(received.waitFor(1));
+    EXPECT_TRUE(log.take().empty());
 }

@@ -9,20 +9,7 @@
 class XServer
 {
 public:
-    XServer()
-    {
-        if (!isInstalled())
-            return;
-        server = Platform::createProcess("/bin/sh", { "-c",
-                                                      "exec setpriv --pdeathsig TERM Xvfb -displayfd 1 -screen 0 "
-                                                      "800x480x24 -nolisten tcp -noreset >\"$0\" 2>/dev/null",
-                                                      numberFile.getFile().getFullPathName() });
-        // The number is there, with its line end, once the server takes connections.
-        if (server == nullptr || !eventually([this] { return number().endsWithChar('\n'); }))
-            return;
-        setenv("DISPLAY", (":" + number().trim()).toRawUTF8(), 1);
-        runs = true;
-    }
+    XServer() { start(); }
 
     ~XServer()
     {
@@ -33,6 +20,24 @@ public:
     static bool isInstalled() { return juce::File("/usr/bin/Xvfb").existsAsFile(); }
 
     bool isRunning() const { return runs; }
+
+    /** On the display that it had before, if there was one. */
+    void start()
+    {
+        if (!isInstalled())
+            return;
+        numberFile.getFile().deleteFile();
+        server = Platform::createProcess("/bin/sh", { "-c",
+                                                      "exec setpriv --pdeathsig TERM Xvfb $1 -displayfd 1 -screen 0 "
+                                                      "800x480x24 -nolisten tcp -noreset >\"$0\" 2>/dev/null",
+                                                      numberFile.getFile().getFullPathName(), display });
+        // The number is there, with its line end, once the server takes connections.
+        if (server == nullptr || !eventually([this] { return number().endsWithChar('\n'); }))
+            return;
+        display = ":" + number().trim();
+        setenv("DISPLAY", display.toRawUTF8(), 1);
+        runs = true;
+    }
 
     /** Ends the server as a crash would. */
     void stop()
@@ -49,6 +54,7 @@ private:
     juce::String number() const { return numberFile.getFile().loadFileAsString(); }
 
     const juce::String before = juce::SystemStats::getEnvironmentVariable("DISPLAY", {});
+    juce::String display;
     bool runs = false;
     juce::TemporaryFile numberFile;
     Platform::ProcessHandle server;

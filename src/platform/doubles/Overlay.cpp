@@ -51,14 +51,14 @@ std::unique_ptr<TouchWatch> watchTouches(TouchHandler handler)
     return std::make_unique<WatchDouble>(std::move(handler));
 }
 
-bool clipCorners(WindowHandle window, int, int, int)
+std::unique_ptr<OverlayWindow> makeOverlayWindow(OverlayWindow::PointerHandler)
 {
-    return window != noWindow;
+    return nullptr;
 }
 
-bool raiseWindow(WindowHandle window)
+int getDisplayWidth()
 {
-    return window != noWindow;
+    return 0;
 }
 
 } // namespace Platform

@@ -2,6 +2,7 @@
 
 #include "platform/doubles/SoundDouble.h"
 
+#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -17,9 +18,11 @@ struct State
     juce::String playing;
     bool playFails = false;
     bool released = false;
+    bool held = false;
 };
 
 std::mutex mutex;
+std::condition_variable released;
 
 State& state()
 {
@@ -31,7 +34,8 @@ State& state()
 
 bool PlaySound(const juce::String& file)
 {
-    const std::scoped_lock lock(mutex);
+    std::unique_lock lock(mutex);
+    released.wait(lock, [] { return !state().held; });
     state().calls.push_back(file);
     state().playing = state().playFails ? juce::String() : file;
     return state().playing.isNotEmpty();
@@ -69,6 +73,13 @@ void SoundDouble::failPlay(bool fails)
 {
     const std::scoped_lock lock(mutex);
     state().playFails = fails;
+}
+
+void SoundDouble::hold(bool held)
+{
+    const std::scoped_lock lock(mutex);
+    state().held = held;
+    released.notify_all();
 }
 
 bool SoundDouble::isReleased()

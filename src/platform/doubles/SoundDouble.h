@@ -17,6 +17,8 @@ struct SoundDouble
     static juce::String getPlaying();
     /** As without a sound card: nothing plays from now on. */
     static void failPlay(bool fails);
+    /** As with a sound output that hangs: PlaySound does not return while it is held. */
+    static void hold(bool held);
     static bool isReleased();
 };
 

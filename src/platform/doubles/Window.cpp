@@ -83,12 +83,11 @@ void setForegroundWindow(WindowHandle window)
     desktop.actions.push_back({ window, WindowDouble::Operation::foreground });
 }
 
-bool startWindowMessages(const juce::String& title, WindowMessageHandler handler)
+void startWindowMessages(const juce::String& title, WindowMessageHandler handler)
 {
     const std::lock_guard guard(deliveryLock);
     messageTitle = title;
     messageHandler = std::move(handler);
-    return true;
 }
 
 void stopWindowMessages()

@@ -17,7 +17,6 @@ namespace
 constexpr const char* source = "platform/gui/Layout";
 constexpr int maxExtent = 4096;
 constexpr int maxDepth = 8;
-constexpr const char* cornerProperty = "corner";
 
 using Controls = std::vector<std::unique_ptr<juce::Component>>;
 
@@ -143,7 +142,8 @@ std::unique_ptr<juce::Component> loadCtrlFromFile(const juce::String& name)
     const auto stream = CVXResPathManager::getInstance()->open(name);
     if (stream == nullptr)
     {
-        reportOnce(source, __LINE__, "no layout " + name);
+        if (!CVXResPathManager::getInstance()->contains(name))
+            reportOnce(source, __LINE__, "no layout " + name);
         return nullptr;
     }
     const auto tree = readLayout(*stream);
@@ -158,13 +158,7 @@ std::unique_ptr<juce::Component> loadCtrlFromFile(const juce::String& name)
         reportOnce(source, __LINE__, "the layout " + name + " has controls that cannot be made");
         return nullptr;
     }
-    layout->getProperties().set(cornerProperty, juce::jlimit(0, maxExtent, static_cast<int>(tree[cornerProperty])));
     return layout;
-}
-
-int cornerOf(const juce::Component& layout)
-{
-    return layout.getProperties()[cornerProperty];
 }
 
 juce::Component* CVXRelationHelper::find(juce::Component* root, const juce::String& name)

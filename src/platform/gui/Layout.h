@@ -13,14 +13,11 @@ namespace Platform
 
     A layout is a tree of the elements Window (its root), Group, Image, Button with Text elements and an Icon, and
    Static. All but Text and Icon have `name`, `x`, `y`, `width`, `height` in pixels from the parent's corner (a
-   Window's: the screen's) and `visible` (1). Window: `corner`, the radius of its corners. Image, Button and Icon:
-   `image`. Text: `index`, `x`, `y`, `width`, `height` (all of the button). Icon: the same without `index`. Text and
-   Static: `text`, `size` in pixels, `colour` (AARRGGBB), `bold`, `justify` (left, centre, right).
+   Window's: the screen's) and `visible` (1). Image, Button and Icon: `image`. Text: `index`, `x`, `y`, `width`,
+   `height` (all of the button). Icon: the same without `index`. Text and Static: `text`, `size` in pixels, `colour`
+   (AARRGGBB), `bold`, `justify` (left, centre, right).
 */
 std::unique_ptr<juce::Component> loadCtrlFromFile(const juce::String& name);
-
-/** Radius of the corners of a loaded layout. */
-int cornerOf(const juce::Component& layout);
 
 struct CVXRelationHelper
 {

@@ -41,7 +41,8 @@ void Picture::reload()
     const auto stream = CVXResPathManager::getInstance()->open(name);
     if (stream == nullptr)
     {
-        reportOnce("platform/gui/Picture", __LINE__, "no picture " + name);
+        if (!CVXResPathManager::getInstance()->contains(name))
+            reportOnce("platform/gui/Picture", __LINE__, "no picture " + name);
         return;
     }
     image = juce::PNGImageFormat().decodeImage(*stream);

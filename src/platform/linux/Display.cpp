@@ -1,12 +1,12 @@
 #include "platform/Configuration.h"
-#include "platform/linux/XConnection.h"
+#include "platform/linux/XDisplay.h"
 
 namespace Platform
 {
 
 bool UIHelper::hasDisplay()
 {
-    return XConnection::shared() != nullptr;
+    return XDisplay::current() != nullptr;
 }
 
 } // namespace Platform

@@ -352,7 +352,9 @@ int IpcLink::onBroadcastText(sd_bus_message* message, void* data, sd_bus_error*)
     const char* text = "";
     if (const int result = sd_bus_message_read_basic(message, 's', &text); result < 0)
         return result;
-    linkOf(data).events.emplace_back(juce::String::fromUTF8(text));
+    auto& link = linkOf(data);
+    if (link.seats.mayAct(sd_bus_message_get_sender(message)))
+        link.events.emplace_back(juce::String::fromUTF8(text));
     return sd_bus_reply_method_return(message, "");
 }
 

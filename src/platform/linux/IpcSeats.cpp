@@ -150,6 +150,14 @@ void IpcSeats::received(const char* connection, RemoteMessage::Ptr message)
         drop(connection, seat.standing == Standing::checking ? "too many wait" : "its owner is refused");
 }
 
+bool IpcSeats::mayAct(const char* connection)
+{
+    const bool may = connection != nullptr && isPresent(typeOf(connection));
+    if (!may)
+        drop(connection, "it is no present program's");
+    return may;
+}
+
 void IpcSeats::drop(const char* connection, const char* reason)
 {
     ++dropped;

@@ -59,6 +59,9 @@ public:
 
     /** Files a message under the program that owns its sender's name, or drops it (counted and logged). */
     void received(const char* connection, RemoteMessage::Ptr message);
+    /** Whether the connection is that of a program that is present; what comes from another is dropped (counted and
+     * logged). */
+    bool mayAct(const char* connection);
     int getDropped() const { return dropped; }
 
 private:

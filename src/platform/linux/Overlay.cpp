@@ -1,15 +1,8 @@
 #include "platform/Overlay.h"
 
 #include "platform/Logger.h"
-#include "platform/Threads.h"
-#include "platform/linux/WakeUp.h"
-#include "platform/linux/XConnection.h"
+#include "platform/linux/XDisplay.h"
 
-#include <array>
-#include <cmath>
-#include <poll.h>
-#include <thread>
-#include <xcb/shape.h>
 #include <xcb/xinput.h>
 
 namespace Platform
@@ -30,31 +23,46 @@ constexpr std::uint32_t firstWheelButton = 4;
 constexpr std::uint32_t lastWheelButton = 7;
 
 /** Raw events reach a watcher beside every grab and every other receiver. */
-class XTouchWatch : public TouchWatch
+class TouchClient : public XClient
 {
 public:
-    XTouchWatch(std::unique_ptr<XConnection> connection, TouchHandler touchHandler)
-        : x(std::move(connection))
-        , handler(std::move(touchHandler))
+    explicit TouchClient(TouchHandler touchHandler)
+        : handler(std::move(touchHandler))
     {
     }
 
-    ~XTouchWatch() override
+    /** No call of the handler runs afterwards. */
+    void close()
     {
-        if (!thread.joinable())
+        const std::lock_guard guard(lock);
+        handler = nullptr;
+    }
+
+    void appear(XConnection& x) override
+    {
+        if (!select(x) && !x.isLost())
+            Logger::getInstance()->logError(source, __LINE__, tag, "the display does not report touches");
+    }
+
+    void handle(XConnection& x, const xcb_generic_event_t& event) override
+    {
+        if (!isTouch(event))
             return;
-        stopping.set();
-        thread.join();
+        const auto touched = windowUnderPointer(x);
+        const std::lock_guard guard(lock);
+        if (handler != nullptr)
+            handler(touched);
     }
 
-    bool open()
+private:
+    bool select(XConnection& x)
     {
-        const auto* extension = xcb_get_extension_data(x->get(), &xcb_input_id);
+        const auto* extension = xcb_get_extension_data(x.get(), &xcb_input_id);
         if (extension == nullptr || extension->present == 0)
             return false;
         opcode = extension->major_opcode;
         const XReply<xcb_input_xi_query_version_reply_t> version(xcb_input_xi_query_version_reply(
-            x->get(), xcb_input_xi_query_version(x->get(), majorVersion, minorVersion), nullptr));
+            x.get(), xcb_input_xi_query_version(x.get(), majorVersion, minorVersion), nullptr));
         if (version == nullptr || version->major_version != majorVersion || version->minor_version < minorVersion)
             return false;
         const struct
@@ -84,6 +92,7 @@ private:
                 return;
             poll(waiting.data(), waiting.size(), -1);
         } while (waiting[0].revents == 0);
+        return x.check(xcb_input_xi_select_events_checked(x.get(), x.getRoot(), 1, &mask.head));
     }
 
     bool isTouch(const xcb_generic_event_t& event) const
@@ -100,94 +109,46 @@ private:
     }
 
     /** A raw event has no place, but the finger has moved the pointer to it. */
-    WindowHandle windowUnderPointer() const
+    static WindowHandle windowUnderPointer(const XConnection& x)
     {
         const XReply<xcb_query_pointer_reply_t> pointer(
-            xcb_query_pointer_reply(x->get(), xcb_query_pointer(x->get(), x->getRoot()), nullptr));
+            xcb_query_pointer_reply(x.get(), xcb_query_pointer(x.get(), x.getRoot()), nullptr));
         return pointer == nullptr ? noWindow : pointer->child;
     }
 
-    std::unique_ptr<XConnection> x;
+    std::mutex lock;
     TouchHandler handler;
     std::uint8_t opcode = 0;
-    WakeUp stopping;
-    std::thread thread;
 };
 
-bool isComposited(const XConnection& x)
+class XTouchWatch : public TouchWatch
 {
-    // There is one screen on the unit.
-    const auto selection = xcb_ewmh_get_wm_cm_owner(const_cast<xcb_ewmh_connection_t*>(&x.getAtoms()), 0);
-    xcb_window_t owner = XCB_NONE;
-    return xcb_ewmh_get_wm_cm_owner_reply(const_cast<xcb_ewmh_connection_t*>(&x.getAtoms()), selection, &owner,
-                                          nullptr) != 0 &&
-           owner != XCB_NONE;
-}
-
-/** The rows of a rectangle with round corners: one for each line of the corners, and one for what lies between. */
-std::vector<xcb_rectangle_t> roundRectangle(int width, int height, int radius)
-{
-    std::vector<xcb_rectangle_t> rows;
-    const auto add = [&rows, width](int y, int inset, int rowHeight)
+public:
+    XTouchWatch(std::shared_ptr<XDisplay> watched, TouchHandler handler)
+        : display(std::move(watched))
+        , client(std::make_shared<TouchClient>(std::move(handler)))
     {
-        rows.push_back({ static_cast<std::int16_t>(inset), static_cast<std::int16_t>(y),
-                         static_cast<std::uint16_t>(width - 2 * inset), static_cast<std::uint16_t>(rowHeight) });
-    };
-    for (int line = 0; line < radius; ++line)
-    {
-        const double fromCentre = radius - line - 0.5;
-        const int inset = static_cast<int>(std::lround(radius - std::sqrt(radius * radius - fromCentre * fromCentre)));
-        add(line, inset, 1);
-        add(height - 1 - line, inset, 1);
+        display->add(client);
     }
-    add(radius, 0, height - 2 * radius);
-    return rows;
-}
+    ~XTouchWatch() override
+    {
+        client->close();
+        display->remove(client);
+    }
+
+private:
+    const std::shared_ptr<XDisplay> display;
+    const std::shared_ptr<TouchClient> client;
+};
 
 } // namespace
 
 std::unique_ptr<TouchWatch> watchTouches(TouchHandler handler)
 {
-    auto connection = XConnection::open();
-    if (connection == nullptr)
+    auto display = XDisplay::current();
+    if (display == nullptr)
         return nullptr;
-    auto watch = std::make_unique<XTouchWatch>(std::move(connection), std::move(handler));
-    if (!watch->open())
-    {
-        Logger::getInstance()->logError(source, __LINE__, tag, "the display does not report touches");
-        return nullptr;
-    }
-    return watch;
-}
-
-bool clipCorners(WindowHandle window, int width, int height, int radius)
-{
-    const auto x = XConnection::shared();
-    const bool fits = radius >= 0 && 2 * radius <= std::min(width, height) && std::max(width, height) <= INT16_MAX;
-    if (x == nullptr || window == noWindow || !fits)
-        return false;
-    const auto* extension = xcb_get_extension_data(x->get(), &xcb_shape_id);
-    if (extension == nullptr || extension->present == 0)
-        return false;
-    if (isComposited(*x))
-        return x->check(xcb_shape_mask_checked(x->get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, window, 0, 0,
-                                               XCB_PIXMAP_NONE)) &&
-               x->finish();
-    const auto rows = roundRectangle(width, height, radius);
-    return x->check(xcb_shape_rectangles_checked(x->get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
-                                                 XCB_CLIP_ORDERING_UNSORTED, window, 0, 0,
-                                                 static_cast<std::uint32_t>(rows.size()), rows.data())) &&
-           x->finish();
-}
-
-bool raiseWindow(WindowHandle window)
-{
-    const auto x = XConnection::shared();
-    if (x == nullptr || window == noWindow)
-        return false;
-    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-    return x->check(xcb_configure_window_checked(x->get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above)) &&
-           x->finish();
+    return std::make_unique<XTouchWatch>(std::move(display), std::move(handler));
 }
 
 } // namespace Platform

@@ -1,10 +1,9 @@
 #include "platform/linux/XConnection.h"
 
-#include "platform/Configuration.h"
 #include "platform/Logger.h"
+#include "platform/linux/XDisplay.h"
 
 #include <algorithm>
-#include <mutex>
 
 namespace Platform
 {
@@ -19,53 +18,18 @@ constexpr const char* messageTypeName = "_CORVANE_WINDOW_MESSAGE";
 /** In 32-bit units; more than any window manager lists. */
 constexpr std::uint32_t longestProperty = 65536;
 
-/** The process's display and the connection for requests. Another display name, as between tests, starts afresh. */
-struct Shared
-{
-    std::mutex lock;
-    std::shared_ptr<XDisplayState> display;
-    std::shared_ptr<XConnection> connection;
-
-    static Shared& get()
-    {
-        static Shared instance;
-        return instance;
-    }
-};
-
-std::string displayName()
-{
-    const char* name = std::getenv("DISPLAY");
-    return name != nullptr && Configuration::get().display == "auto" ? name : "";
-}
-
 } // namespace
 
 std::shared_ptr<XConnection> XConnection::shared()
 {
-    auto& process = Shared::get();
-    const std::lock_guard guard(process.lock);
-    const auto name = displayName();
-    if (process.display == nullptr || process.display->name != name)
-    {
-        process.display = std::make_shared<XDisplayState>();
-        process.display->name = name;
-        process.connection.reset(new XConnection(process.display));
-        if (!process.connection->connect())
-            process.connection.reset();
-    }
-    if (process.connection != nullptr && process.display->lost)
-        process.connection.reset();
-    return process.connection;
+    const auto display = XDisplay::current();
+    return display != nullptr ? display->requests() : nullptr;
 }
 
-std::unique_ptr<XConnection> XConnection::open()
+std::unique_ptr<XConnection> XConnection::open(std::shared_ptr<XDisplayState> display, int& error)
 {
-    const auto requests = shared();
-    if (requests == nullptr)
-        return nullptr;
-    std::unique_ptr<XConnection> opened(new XConnection(requests->display));
-    if (!opened->connect())
+    std::unique_ptr<XConnection> opened(new XConnection(std::move(display)));
+    if (!opened->connect(error))
         return nullptr;
     return opened;
 }
@@ -75,18 +39,13 @@ XConnection::XConnection(std::shared_ptr<XDisplayState> state)
 {
 }
 
-bool XConnection::connect()
+bool XConnection::connect(int& error)
 {
-    if (display->name.empty())
-        return false;
     int screenNumber = 0;
     connection = xcb_connect(display->name.c_str(), &screenNumber);
-    if (const int error = xcb_connection_has_error(connection); error != 0)
-    {
-        Logger::getInstance()->logError(source, __LINE__, tag, "no X display \"%s\" (error %d)", display->name.c_str(),
-                                        error);
+    error = xcb_connection_has_error(connection);
+    if (error != 0)
         return false;
-    }
     const auto* setup = xcb_get_setup(connection);
     auto screens = xcb_setup_roots_iterator(setup);
     for (; screenNumber > 0 && screens.rem > 1; --screenNumber)
@@ -99,7 +58,7 @@ bool XConnection::connect()
     const XReply<xcb_intern_atom_reply_t> type(xcb_intern_atom_reply(connection, typeCookie, nullptr));
     if (!known || type == nullptr)
     {
-        isLost();
+        error = xcb_connection_has_error(connection);
         return false;
     }
     messageType = type->atom;
@@ -135,6 +94,14 @@ bool XConnection::check(xcb_void_cookie_t request)
 {
     const XReply<xcb_generic_error_t> error(xcb_request_check(connection, request));
     return error == nullptr && !isLost();
+}
+
+void XConnection::setTitle(xcb_window_t window, const juce::String& title) const
+{
+    const auto length = static_cast<std::uint32_t>(title.getNumBytesAsUTF8());
+    for (const auto property : { ewmh._NET_WM_NAME, static_cast<xcb_atom_t>(XCB_ATOM_WM_NAME) })
+        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, property, ewmh.UTF8_STRING, 8, length,
+                            title.toRawUTF8());
 }
 
 std::vector<std::uint32_t> XConnection::getValues(xcb_window_t window, xcb_atom_t property, xcb_atom_t type) const

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <juce_core/juce_core.h>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,10 +20,15 @@ struct XFree
 template <typename T>
 using XReply = std::unique_ptr<T, XFree>;
 
-/** The display that the process uses: its name, and whether a connection to it broke. */
+/** A display as long as it lives: its name, and whether a connection to it broke. */
 struct XDisplayState
 {
-    std::string name;
+    explicit XDisplayState(std::string displayName)
+        : name(std::move(displayName))
+    {
+    }
+
+    const std::string name;
     std::atomic<bool> lost { false };
 };
 
@@ -30,9 +36,9 @@ struct XDisplayState
 class XConnection
 {
 public:
-    /** A connection of the caller's own. Null when `unit.display` is "none", without a display or when it is lost. */
-    static std::unique_ptr<XConnection> open();
-    /** The one for requests, opened on the first use. Null as above. The answer stays valid while it is held. */
+    /** Waits for the display without limit. Null when it cannot be opened, with the error of xcb. */
+    static std::unique_ptr<XConnection> open(std::shared_ptr<XDisplayState> display, int& error);
+    /** The one for requests (`XDisplay::requests`). Null without a display. The answer stays valid while it is held. */
     static std::shared_ptr<XConnection> shared();
 
     ~XConnection();
@@ -40,6 +46,7 @@ public:
     XConnection& operator=(const XConnection&) = delete;
 
     xcb_connection_t* get() const { return connection; }
+    const xcb_screen_t& getScreen() const { return *screen; }
     xcb_window_t getRoot() const { return screen->root; }
     const xcb_ewmh_connection_t& getAtoms() const { return ewmh; }
     xcb_atom_t getMessageType() const { return messageType; }
@@ -51,6 +58,8 @@ public:
     /** Whether the checked request was carried out. */
     bool check(xcb_void_cookie_t request);
 
+    /** Gives the window its name; not awaited. */
+    void setTitle(xcb_window_t window, const juce::String& title) const;
     /** Values of a format-32 property; empty when the window has none. */
     std::vector<std::uint32_t> getValues(xcb_window_t window, xcb_atom_t property, xcb_atom_t type) const;
     /** Whether a window manager runs that supports the hint. */
@@ -58,7 +67,7 @@ public:
 
 private:
     explicit XConnection(std::shared_ptr<XDisplayState> state);
-    bool connect();
+    bool connect(int& error);
 
     std::shared_ptr<XDisplayState> display;
     xcb_connection_t* connection = nullptr;

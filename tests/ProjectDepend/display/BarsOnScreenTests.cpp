@@ -3,7 +3,10 @@
 #include "ProjectDepend/Bars.h"
 #include "kernel/MessageIds.h"
 #include "platform/Configuration.h"
+#include "platform/Process.h"
 #include "platform/Resources.h"
+#include "platform/Window.h"
+#include "platform/gui/OverlayPeer.h"
 #include "support/Pump.h"
 #include "support/ScratchUnit.h"
 #include "support/XServer.h"
@@ -18,7 +21,7 @@ using namespace Platform;
 namespace
 {
 
-constexpr juce::uint32 background = 0xff4060a0;
+constexpr juce::uint32 background = 0xffe8eef4;
 
 /** Somebody in front of the screen: looks at it and touches it. */
 class Person
@@ -60,23 +63,92 @@ public:
         xcb_flush(connection);
     }
 
+    /** Whether a window manager has taken over: it lists what it manages. */
+    bool isManaged() const
+    {
+        constexpr std::string_view name = "_NET_CLIENT_LIST";
+        auto* atom = xcb_intern_atom_reply(
+            connection, xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr);
+        auto* property = xcb_get_property_reply(
+            connection, xcb_get_property(connection, 0, root, atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr);
+        const bool managed = property->type == XCB_ATOM_WINDOW;
+        std::free(atom);
+        std::free(property);
+        return managed;
+    }
+
+    void watchRaises() const
+    {
+        const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(connection, root, XCB_CW_EVENT_MASK, &events);
+        xcb_flush(connection);
+    }
+    /** How often any window was raised. */
+    int takeRaises() const
+    {
+        int count = 0;
+        while (auto* event = xcb_poll_for_event(connection))
+        {
+            count += (event->response_type & 0x7f) == XCB_CONFIGURE_NOTIFY;
+            std::free(event);
+        }
+        return count;
+    }
+
 private:
     xcb_connection_t* connection;
     xcb_window_t root;
 };
 
+/** A source program with a page that fills the screen. */
+class Page
+{
+public:
+    explicit Page(juce::uint32 pageColour)
+        : colour(pageColour)
+        , connection(xcb_connect(nullptr, nullptr))
+        , window(xcb_generate_id(connection))
+    {
+        const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+        xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, screen->width_in_pixels,
+                          screen->height_in_pixels, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                          XCB_CW_BACK_PIXEL, &colour);
+        xcb_map_window(connection, window);
+        xcb_flush(connection);
+    }
+    ~Page() { xcb_disconnect(connection); }
+
+    void raise() const
+    {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        xcb_flush(connection);
+    }
+    /** As the engine shows a page again: a window manager is asked. */
+    void activate() const { setForegroundWindow(window); }
+
+    const juce::uint32 colour;
+
+private:
+    xcb_connection_t* connection;
+    xcb_window_t window;
+};
+
 class BarsOnScreenTest : public testing::Test
 {
 protected:
+    static void SetUpTestSuite()
+    {
+        server.emplace();
+        keepFrameworkOffDisplay();
+    }
+    static void TearDownTestSuite() { server.reset(); }
+
     void SetUp() override
     {
         if (!XServer::isInstalled())
             GTEST_SKIP() << "Xvfb is not installed";
-        // It outlives the application framework, whose end without a display would be the end of the process.
-        static const XServer server;
-        ASSERT_TRUE(server.isRunning()) << "Xvfb does not start";
-        // As in the engine: an application of its own survives what a display without window manager does not know.
-        juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return nullptr; };
+        ASSERT_TRUE(server->isRunning()) << "Xvfb does not start";
         ASSERT_TRUE(UIHelper::hasDisplay());
         person.emplace();
         ScratchUnit::emptySettings("284 = \"Zone 2\"\n24 = 52\n40 = \"Harbour\"\n");
@@ -113,13 +185,16 @@ protected:
                 const auto wanted = picture.getPixelAt(x, y);
                 if (text.contains(x, y) || wanted.getAlpha() < 128)
                     continue;
-                // Without a compositing manager the display ignores how transparent a pixel is.
-                const auto opaque = juce::Colours::black.overlaidWith(wanted);
+                // At the edge of a bar a pixel has its full colour; what is under one inside is dark.
                 const auto found = screen.getPixelAt(x, y);
+                const auto is = [found](juce::Colour colour)
+                {
+                    return std::abs(colour.getRed() - found.getRed()) < 8 &&
+                           std::abs(colour.getGreen() - found.getGreen()) < 8 &&
+                           std::abs(colour.getBlue() - found.getBlue()) < 8;
+                };
                 ++compared;
-                alike += std::abs(opaque.getRed() - found.getRed()) < 8 &&
-                         std::abs(opaque.getGreen() - found.getGreen()) < 8 &&
-                         std::abs(opaque.getBlue() - found.getBlue()) < 8;
+                alike += is(wanted.withAlpha(1.0f)) || is(juce::Colours::black.overlaidWith(wanted));
             }
         return alike * 1000 / compared;
     }
@@ -135,15 +210,85 @@ protected:
         return count;
     }
 
-    bool isBackground(juce::Point<int> point) const
+    bool isColour(juce::Point<int> point, juce::uint32 colour) const
     {
-        return inked({ point.x, point.y, 1, 1 }, juce::Colour(background)) == 1;
+        return inked({ point.x, point.y, 1, 1 }, juce::Colour(colour)) == 1;
+    }
+    bool isBackground(juce::Point<int> point) const { return isColour(point, background); }
+
+    static void pause(int milliseconds) { juce::MessageManager::getInstance()->runDispatchLoopUntil(milliseconds); }
+
+    /** Each bar, with a picture of it and a place beside it. */
+    struct ShownBar
+    {
+        EngineApi::BarMessages& bar;
+        int id, arg1, arg2;
+        const char* picture;
+        juce::Rectangle<int> bounds, text;
+        juce::Point<int> beside;
+    };
+    std::array<ShownBar, 3> eachBar() const
+    {
+        return {
+            { { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", muteBounds, muteText, { 400, 250 } },
+              { favoriteBar(),
+                Kernel::MSG_FAVORITES_SELECT,
+                9,
+                0,
+                "Farvoritebar\\background.png",
+                favoriteBounds,
+                favoriteControls,
+                { 400, 110 } },
+              { batteryBar(),
+                Kernel::MSG_LOW_BATTERY_ALERT,
+                1,
+                0,
+                "VoltmeterBar\\LowBattery.png",
+                batteryBounds,
+                alertTexts,
+                { 400, 250 } } }
+        };
     }
 
+    bool isSeen(const ShownBar& bar) const { return likeness(bar.picture, bar.bounds, bar.text) >= 990; }
+
+    /** A page opens under each bar, another one over it, and the first is shown again: the bar is above every time. */
+    void expectBarsAbovePages() const
+    {
+        for (const auto& each : eachBar())
+        {
+            SCOPED_TRACE(each.picture);
+            each.bar.postMessage(each.id, each.arg1, each.arg2, nullptr);
+            EXPECT_TRUE(pumpUntil([&] { return isSeen(each); }));
+            const auto expectUnderBar = [&](const Page& page, const char* when)
+            { EXPECT_TRUE(pumpUntil([&] { return isColour(each.beside, page.colour) && isSeen(each); })) << when; };
+            const Page first(0xfff8f8f8);
+            expectUnderBar(first, "a page opens");
+            const Page second(0xff101820);
+            expectUnderBar(second, "another page opens");
+            first.activate();
+            expectUnderBar(first, "the first page is shown again");
+            hideAll();
+        }
+    }
+
+    static void hideAll()
+    {
+        volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 0, nullptr);
+        volumeBar().postMessage(EngineApi::MSG_BAR_CLOSE, 0, 0, nullptr);
+        favoriteBar().postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
+        batteryBar().postMessage(Kernel::MSG_LOW_BATTERY_ALERT, 0, 0, nullptr);
+    }
+
+    static inline std::optional<XServer> server;
     std::optional<Person> person;
     const juce::Rectangle<int> volumeBounds { 110, 342, 580, 122 };
     const juce::Rectangle<int> favoriteBounds { 14, 164, 772, 300 };
-    const juce::Rectangle<int> batteryBounds { 90, 24, 620, 136 };
+    const juce::Rectangle<int> batteryBounds { 90, 52, 620, 136 };
+    const juce::Rectangle<int> muteBounds { 308, 6, 184, 40 };
+    const juce::Rectangle<int> muteText { 74, 4, 96, 32 };
+    const juce::Rectangle<int> alertTexts { 190, 20, 410, 92 };
+    const juce::Rectangle<int> favoriteControls { 16, 12, 740, 272 };
 };
 
 } // namespace
@@ -152,9 +297,6 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
 {
     const auto nothing = juce::Rectangle<int>();
     const juce::Rectangle<int> zoneName { 118, 16, 300, 36 };
-    const juce::Rectangle<int> muteText { 262, 21, 240, 80 };
-    const juce::Rectangle<int> alertTexts { 190, 20, 410, 92 };
-    const juce::Rectangle<int> favoriteControls { 16, 12, 740, 272 };
     const juce::Colour amber(0xffffc21a);
     const juce::Colour white(0xffffffff);
     const struct
@@ -171,7 +313,7 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
           white },
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 2, 5, "volumebar\\Zone2Volume\\ZVOL5.png", volumeBounds, zoneName,
           white },
-        { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", volumeBounds, muteText, white },
+        { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", muteBounds, muteText, white },
         { favoriteBar(), Kernel::MSG_FAVORITES_SELECT, 9, 0, "Farvoritebar\\background.png", favoriteBounds,
           favoriteControls, white },
         { batteryBar(), Kernel::MSG_LOW_BATTERY_ALERT, 1, 0, "VoltmeterBar\\LowBattery.png", batteryBounds, alertTexts,
@@ -189,9 +331,11 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
         }
         EXPECT_TRUE(isBackground(each.bounds.getPosition())) << "the corners are round";
         EXPECT_TRUE(isBackground(each.bounds.getBottomRight() - juce::Point(1, 1)));
+        hideAll();
     }
-    // The bar that was shown last is in front, though it was there first. A neighbouring volume is not taken for this
+    // The bar that was shown last is in front, though it was made first. A neighbouring volume is not taken for this
     // one.
+    favoriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 9, 0, nullptr);
     volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 1, 27, nullptr);
     ASSERT_TRUE(pumpUntil([&] { return likeness(cases[0].picture, volumeBounds, nothing) >= 990; }));
     EXPECT_LT(likeness("volumebar\\MainVolume\\ORB600 Vol28.png", volumeBounds, nothing), 990);
@@ -225,13 +369,68 @@ TEST_F(BarsOnScreenTest, TheFavoritesShowWhichIsSelectedUntilATouchBesideThem)
     favoriteBar().postMessage(Kernel::MSG_FAVORITES_EMPTY_SLOT, 0, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return inked(notice, amber) > 10000; }));
 
-    const auto pause = [] { juce::MessageManager::getInstance()->runDispatchLoopUntil(100); };
     person->press(first.getCentreX(), first.getCentreY());
-    pause();
+    pause(100);
     person->press(20, 20, 4); // the wheel
-    pause();
+    pause(100);
     EXPECT_TRUE(favoriteBar().isShown());
     person->press(20, 20);
     EXPECT_TRUE(pumpUntil([&] { return !favoriteBar().isShown(); }));
-    EXPECT_TRUE(isBackground(first.getCentre())) << "gone at once";
+    EXPECT_TRUE(pumpUntil([&] { return isBackground(first.getCentre()); }));
+}
+
+TEST_F(BarsOnScreenTest, ABarStaysAboveThePagesThatOpenOrAreRaised)
+{
+    expectBarsAbovePages();
+}
+
+TEST_F(BarsOnScreenTest, ABarStaysAboveThePagesThatAWindowManagerShows)
+{
+    if (!juce::File("/usr/bin/openbox").existsAsFile())
+        GTEST_SKIP() << "openbox is not installed";
+    const auto manager = createProcess("/usr/bin/openbox", { "--sm-disable" });
+    ASSERT_NE(manager, nullptr);
+    EXPECT_TRUE(eventually([this] { return person->isManaged(); }));
+    expectBarsAbovePages();
+    manager->terminate();
+    ProcessWaiter().wait({ manager });
+}
+
+/** A page that raises itself all the time is not answered each time, and has lost when it stops. */
+TEST_F(BarsOnScreenTest, APageThatKeepsRaisingItselfStartsNoFight)
+{
+    const auto mute = eachBar()[0];
+    mute.bar.postMessage(mute.id, mute.arg1, mute.arg2, nullptr);
+    const Page still(0xff101820);
+    const Page page(0xfff8f8f8);
+    EXPECT_TRUE(pumpUntil([&] { return isSeen(mute) && isColour(mute.beside, page.colour); }));
+    person->watchRaises();
+    constexpr int rounds = 200;
+    for (int round = 0; round < rounds; ++round)
+    {
+        (round % 2 == 0 ? still : page).raise();
+        pause(5);
+    }
+    EXPECT_TRUE(pumpUntil([&] { return isSeen(mute); }));
+    EXPECT_LT(person->takeRaises(), rounds + 20);
+}
+
+/** The display ends under a bar that is shown, and comes back: so does the bar, while the engine went on. */
+TEST_F(BarsOnScreenTest, ABarComesBackWithTheDisplay)
+{
+    const auto mute = eachBar()[0];
+    mute.bar.postMessage(mute.id, mute.arg1, mute.arg2, nullptr);
+    EXPECT_TRUE(pumpUntil([&] { return isSeen(mute); }));
+    person.reset();
+    server->stop();
+    pause(50);
+    volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 1, 27, nullptr);
+    EXPECT_TRUE(volumeBar().isShown());
+    volumeBar().postMessage(mute.id, mute.arg1, mute.arg2, nullptr);
+    server->start();
+    ASSERT_TRUE(server->isRunning());
+    person.emplace();
+    EXPECT_TRUE(pumpUntil([&] { return isSeen(mute); }));
+    person->press(20, 20);
+    EXPECT_TRUE(pumpUntil([&] { return !volumeBar().isShown(); })) << "touches are seen again";
 }
