@@ -111,9 +111,8 @@ Outcome Console::mcuKeys(const Words& words)
 
 void Console::moveFinger()
 {
-    constexpr std::chrono::milliseconds gap { 150 };
     std::this_thread::sleep_until(nextKey);
-    nextKey = Clock::now() + gap;
+    nextKey = Clock::now() + fingerGap;
 }
 
 Outcome Console::mcuFault(const Words& words)

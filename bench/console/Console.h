@@ -63,6 +63,7 @@ private:
     Expectations expectations;
     Place headline; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
+    static constexpr std::chrono::milliseconds fingerGap { 150 };
     Clock::time_point nextKey; ///< not earlier
     std::string pictureFolder;
     std::optional<TranscriptSections> chosenSections;
@@ -112,7 +113,7 @@ private:
     Outcome help(const Words& words);
     Outcome quit(const Words& words);
     Outcome ifDisplay(const std::string& command);
-    /** No finger presses one key after the other faster than in 150 ms: waits for the rest of them. */
+    /** No finger presses one key after the other faster than in `fingerGap`: waits for the rest of it. */
     void moveFinger();
 
     Outcome mcuKeys(const Words& words);

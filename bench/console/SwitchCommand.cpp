@@ -134,7 +134,9 @@ Outcome Console::switches(const Words& words)
         const auto took = timeTaken(unit.journal, from, inFront, step.page);
         if (!took)
             return failed(std::string("'") + step.command + "' does not bring " +
-                          (step.page == any ? "another page" : pageName(step.page)));
+                          (step.page == any ? "another page" : pageName(step.page)) +
+                          (unit.engine.isRunning() ? "" : ", the engine has ended"));
+        nextKey = Clock::now() + fingerGap; // the finger waits for what its last key brings
         if (turn < 0)
             continue;
         times[step.way].push_back(*took);
