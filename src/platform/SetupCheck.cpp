@@ -42,7 +42,10 @@ int readAll(MDB_txn* transaction, MDB_dbi database, Content& content)
     MDB_val key {}, value {}, found {};
     while (result == MDB_SUCCESS && (result = mdb_cursor_get(cursor, &key, &value, MDB_NEXT)) == MDB_SUCCESS)
     {
-        result = key.mv_size == keyBytes ? mdb_get(transaction, database, &key, &found) : MDB_CORRUPTED;
+        // Pages that name each other in a circle come to keys that were there before.
+        const bool follows = content.empty() || content.rbegin()->first < bytesOf(key);
+        const bool isKey = key.mv_size == keyBytes && follows;
+        result = isKey ? mdb_get(transaction, database, &key, &found) : MDB_CORRUPTED;
         if (result == MDB_SUCCESS && (found.mv_data != value.mv_data || found.mv_size != value.mv_size))
             result = MDB_CORRUPTED;
         if (result == MDB_SUCCESS)
@@ -121,7 +124,7 @@ int tryOut(const char* copy)
     std::set_terminate([] { _exit(damaged); });
     const rlimit noCore { 0, 0 };
     setrlimit(RLIMIT_CORE, &noCore);
-    constexpr rlim_t seconds = 3; // pages that name each other in a circle
+    constexpr rlim_t seconds = 2; // many times what a store that is full takes
     const rlimit processorTime { seconds, seconds };
     setrlimit(RLIMIT_CPU, &processorTime);
 
@@ -157,18 +160,22 @@ Verdict askChild(int data, off_t size)
 bool isSetupStoreSound(const std::string& folder)
 {
     const Descriptor data { ::open((folder + "/" + SetupEnvironment::dataFile).c_str(), O_RDONLY | O_CLOEXEC) };
-    struct stat status
-    {
-    };
-    if (!data || fstat(data.get(), &status) != 0)
-        return true;
-    if (status.st_size > static_cast<off_t>(SetupEnvironment::mapSize))
-        return false;
-    // Another process that writes meanwhile may leave a torn copy, but not every time.
+    struct stat before = {}, after = {};
+    auto verdict = sound;
+    // What another process writes meanwhile may leave a torn copy, but not every time.
     constexpr int attempts = 3;
-    Verdict verdict = damaged;
-    for (int attempt = 0; attempt < attempts && verdict == damaged; ++attempt)
-        verdict = askChild(data.get(), status.st_size);
+    for (int attempt = 0; attempt < attempts; ++attempt)
+    {
+        if (!data || fstat(data.get(), &before) != 0)
+            return true;
+        if (before.st_size > static_cast<off_t>(SetupEnvironment::mapSize))
+            return false;
+        verdict = askChild(data.get(), before.st_size);
+        const bool wasWritten = fstat(data.get(), &after) == 0 && (before.st_mtim.tv_sec != after.st_mtim.tv_sec ||
+                                                                   before.st_mtim.tv_nsec != after.st_mtim.tv_nsec);
+        if (verdict != damaged || !wasWritten)
+            break;
+    }
     if (verdict == unknown)
         Logger::getInstance()->logError("platform/SetupCheck", __LINE__, "SetupStore",
                                         "%s: cannot be tried out in a child process", folder.c_str());

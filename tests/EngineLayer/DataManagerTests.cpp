@@ -43,6 +43,7 @@ protected:
         configuration.systemPath = configuration.resourcePath = folder.getFullPathName() + "/";
         folder.getChildFile("factory-settings.toml").replaceWithText("7 = 1\n284 = \"Zone 2\"\n");
         add(DataManager::getInstance(), Kernel::dataManagerId);
+        manager().onRelease(); // another folder's store, if a test before used one
         EXPECT_TRUE(manager().loadSystemFile());
     }
     ~DataManagerTest() override

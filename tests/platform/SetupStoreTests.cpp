@@ -231,12 +231,15 @@ TEST_F(SetupStoreTest, OnAFullDiskTheSettingsAreReadAndKeptInMemory)
     EXPECT_EQ(VX_GetSetupValueInt(279), 9);
 }
 
-/** Whatever a failing disk makes of the file: the unit starts, and has either its settings or the factory's. */
+/**
+    Whatever a failing disk makes of the file: the unit starts, and has either its settings or the factory's. Other
+    damages than usual: --gtest_random_seed.
+*/
 TEST_F(SetupStoreTest, NoDamageOfTheStoreEndsTheProcess)
 {
     constexpr std::size_t page = 4096;
-    constexpr int rounds = 60;
-    std::mt19937 random(20);
+    constexpr int rounds = 30;
+    std::mt19937 random(static_cast<unsigned>(testing::GTEST_FLAG(random_seed)));
     const auto below = [&](std::size_t limit)
     { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random); };
     int setAside = 0;
