@@ -81,7 +81,7 @@ std::string shownText(int page)
 
 /** By the engine's log, from the request that the scheduler takes up until another page is there and the unit is idle;
  * empty when that does not happen. `inFront` is the text of the page that is there before and afterwards. */
-std::optional<Milliseconds> timeTaken(const Journal& journal, std::uint64_t from, std::string& inFront, int page)
+std::optional<Milliseconds> timeTaken(const Journal& journal, Place from, std::string& inFront, int page)
 {
     constexpr std::chrono::seconds patience { 15 }; // its program may have to start
     const auto deadline = Clock::now() + patience;
@@ -92,7 +92,7 @@ std::optional<Milliseconds> timeTaken(const Journal& journal, std::uint64_t from
                           wanted = isLogged(page == any ? "| CurrPageState : kAppShow" : shownText(page))](
                              const Event& event) { return wanted(event) && !before(event); };
     const auto shown = journal.waitFor(from, deadline, isShown);
-    const auto idle = journal.waitFor(request->number, deadline, isLogged("| SubState: kIdle"));
+    const auto idle = journal.waitFor(request->place(), deadline, isLogged("| SubState: kIdle"));
     if (!shown || !idle)
         return {};
     inFront = shown->text.substr(shown->text.find("CurrShowPage"));
