@@ -340,8 +340,12 @@ void Mcu::runDeadlines()
 
 void Mcu::onAck(const McuFrame& frame)
 {
-    if (inFlight && frame.sequence == inFlight->frame.sequence)
-        inFlight.reset();
+    if (!inFlight || frame.sequence != inFlight->frame.sequence)
+        return;
+    const auto told = std::exchange(inFlight, {})->frame;
+    // Before it knows of the agreement, the unit would not ask for another source.
+    if (told.command == sourceReport && told.data.size() >= 2 && !current.wanted)
+        agreeOn({ told.data[0], told.data[1] });
 }
 
 void Mcu::onFrame(const McuFrame& frame)
@@ -382,8 +386,8 @@ void Mcu::act(const McuFrame& frame)
     case sourceSwitch:
         if (source)
         {
+            current.wanted.reset();
             sendLater(sourceReport, frame.data);
-            agreeOn(*source);
         }
         break;
     case sourceReport:

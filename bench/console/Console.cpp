@@ -265,8 +265,15 @@ std::span<const Console::Command> Console::commands()
         { "pages", "pages", "Every page with its program, and which one is in front.", &Console::pages, nothing },
         { "events", "events [N]", "What happened last, on all devices.", &Console::events, nothing },
         { "trail", "trail", "The frames and messages since the last headline.", &Console::trail, nothing },
-        { "gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio,
-          nothing },
+        { "gpio", "gpio [LINE 0|1] | slow TIME | well",
+          "The lines that the unit has used, a level from outside, or how long they take.", &Console::gpio,
+          [](const Words& before) {
+              return oneOf(before, { "slow", "well" });
+          } },
+        { "i2c", "i2c slow TIME | fail | well", "The camera's bus answers later, or refuses.", &Console::i2c,
+          [](const Words& before) {
+              return oneOf(before, { "slow", "fail", "well" });
+          } },
         { "remote", "remote KEY | hold KEY TIME | bytes HEX... | unplug | plug | stall [off] | show",
           "The wired remote: press a key, let it go away or take no bytes, look at its display.", &Console::remote,
           remoteWords },

@@ -83,6 +83,7 @@ private:
     Outcome engine(const Words& words);
     Outcome bus(const Words& words);
     Outcome gpio(const Words& words);
+    Outcome i2c(const Words& words);
     Outcome remote(const Words& words);
     Outcome watch(const Words& words);
     Outcome tune(const Words& words);

@@ -88,12 +88,15 @@ private:
     // RemoteProcessing.cpp
     void processRemote(const Kernel::SystemMessage& message);
     void storeSetting(const Platform::RemoteMessage& remote);
+    void refuseSetting(int index, const char* why);
     void passToOwner(const Kernel::SystemMessage& message);
 
     const EngineLayer::PageScheduleConfig config;
     Kernel::SystemTimer timers { config.ownerId, config.page };
     const Program appProgram;  ///< shows the page
     const Program backProgram; ///< runs while the page runs without being on top; most pages have none
+
+    std::uint64_t refusedSettings = 0;
 
     mutable juce::CriticalSection runStateLock;
     EngineApi::PageRunState runState;

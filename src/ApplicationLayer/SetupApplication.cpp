@@ -89,6 +89,7 @@ void SetupApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     switch (message.id)
     {
     case settingMessage:
+        changes.remove(message.arg1, AppUnknown);
         return settingChanged(message.arg1);
     case Kernel::MSG_SYS_READY:
         return sendAuxName();
@@ -107,7 +108,8 @@ bool SetupApplication::acceptsKey(int index, int)
 
 void SetupApplication::onSettingChanged(int index, int)
 {
-    Kernel::postSystemMessage(getId(), settingMessage, index, 0);
+    if (changes.add(index, AppUnknown))
+        Kernel::postSystemMessage(getId(), settingMessage, index, 0);
 }
 
 void SetupApplication::settingChanged(int index)

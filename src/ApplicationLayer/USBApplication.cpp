@@ -120,9 +120,7 @@ void USBApplication::resetHub()
 {
     stopTimer(hubResetTimer);
     Platform::debugPrint("Reset usb hub \r\n");
-    driveOutputs(false);
-    juce::Thread::sleep(hubOffMs); // what the hub needs to notice
-    driveOutputs(true);
+    pulseOutputs(hubOffMs); // what the hub needs to notice
 }
 
 void USBApplication::autoTest(std::span<const std::uint8_t> request)

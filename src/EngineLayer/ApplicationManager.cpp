@@ -34,7 +34,14 @@ void logLines(const std::vector<juce::String>& lines, int line)
         Platform::Logger::getInstance()->logInfo("EngineLayer/ApplicationManager", line, "ApplicationManager", text);
 }
 
-ScheduleInfo::Ptr describePage(PageHandler& handler)
+} // namespace
+
+ApplicationManager::ApplicationManager()
+    : SystemTimer(Kernel::systemStateManagerId)
+{
+}
+
+ScheduleInfo::Ptr ApplicationManager::describePage(PageHandler& handler)
 {
     const auto& config = handler.getConfig();
     ScheduleInfo::Ptr info = new ScheduleInfo;
@@ -51,13 +58,6 @@ ScheduleInfo::Ptr describePage(PageHandler& handler)
     info->isRear = config.isRear;
     handler.adjustScheduleInfo(*info);
     return info;
-}
-
-} // namespace
-
-ApplicationManager::ApplicationManager()
-    : SystemTimer(Kernel::systemStateManagerId)
-{
 }
 
 void ApplicationManager::registerHandler(PageHandler::Ptr handler)

@@ -47,6 +47,8 @@ public:
     int getPageOfAppType(int appType) const;
     Snapshot getSnapshot() const;
 
+    /** The page as the scheduler sees it: its configuration, and what its handler makes of it now. */
+    static ScheduleInfo::Ptr describePage(EngineApi::PageHandler& handler);
     /** Decides one request; the answer is never null. */
     SwitchAction::Ptr schedule(const RequestInfo& request);
     void refreshSnapshot();

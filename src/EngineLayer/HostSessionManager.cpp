@@ -326,15 +326,10 @@ void HostSessionManager::acknowledge(int sequence)
 void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 {
     const int command = HostFrame::command(frame);
-    const auto* name = hostCommand(command).receivedName;
     if (Platform::CorvaneConfig::isSystemDebug())
-        logger().logInfo(logFile, lineReceiveCommand, logTag, "Host Recv cmd: " + juce::String(name));
-    auto unknown = unknownCommands[static_cast<std::size_t>(command)];
-    if (*name == '\0' && !unknown)
-    {
-        unknown = true;
-        logger().logError(logFile, __LINE__, logTag, "frames of command %d are not known and are ignored", command);
-    }
+        logger().logInfo(logFile, lineReceiveCommand, logTag,
+                         "Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
+    noteIfUnknown(command);
     // Nothing reaches the managers before the answer to the request for the last memory.
     if (!synchronised && command != EngineApi::EVENT_GET_LAST_MEMORY)
         return;
@@ -350,6 +345,15 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
     }
     Kernel::postSystemMessage(receiver, Kernel::MSG_HOST_EVENT, command, dataLength, std::move(data));
     synchronised = true;
+}
+
+void HostSessionManager::noteIfUnknown(int command)
+{
+    auto noted = unknownCommands[static_cast<std::size_t>(command)];
+    if (noted || *hostCommand(command).receivedName != '\0')
+        return;
+    noted = true;
+    logger().logError(logFile, __LINE__, logTag, "frames of command %d are not known and are ignored", command);
 }
 
 bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)

@@ -84,6 +84,7 @@ private:
     void frameReceived(int length, const Kernel::Payload& payload);
     void acknowledge(int sequence);
     void dispatch(const std::uint8_t* frame, int length);
+    void noteIfUnknown(int command);
     bool hasRoom(Kernel::ComponentId receiver, int command);
     void acknowledged(int sequence, int value);
     void sendNext();

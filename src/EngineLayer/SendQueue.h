@@ -34,7 +34,7 @@ public:
     /** Far more than a link that works ever holds. */
     static constexpr int maxNormal = 1024;
     static constexpr int maxUrgent = 64;
-    /** A report on both zones are four frames, which stay together. */
+    /** A report on both zones is four frames, which stay together. */
     static constexpr int urgentInARow = 4;
 
     /** Behind the others. Answers what is given up because too many wait: the frame itself, or, as a heartbeat always

@@ -1,5 +1,6 @@
 #include "kernel/SystemEngine.h"
 
+#include "kernel/DeviceWorker.h"
 #include "kernel/MessageIds.h"
 
 #include <algorithm>
@@ -44,6 +45,7 @@ void SystemEngine::registerComponent(const juce::String& groupName, SystemTask::
 void SystemEngine::start()
 {
     stopping = false;
+    DeviceWorker::startAll();
     for (auto& group : groups)
         group->start();
     broadcastMessage(MSG_SYS_START, 0, 0);
@@ -54,6 +56,7 @@ void SystemEngine::stop()
     stopping = true;
     for (auto& group : groups)
         group->stop();
+    DeviceWorker::stopAll();
 }
 
 void SystemEngine::release()

@@ -28,9 +28,9 @@ public:
     /** With an unknown group name the component is known but has no route. */
     void registerComponent(const juce::String& groupName, SystemTask::Ptr component);
 
-    /** Starts every group and broadcasts MSG_SYS_START. Message thread. */
+    /** Starts every device worker and group and broadcasts MSG_SYS_START. Message thread. */
     void start();
-    /** From here on every message is dropped; ends the groups in creation order. Message thread. */
+    /** From here on every message is dropped; ends the groups in creation order, then the workers. Message thread. */
     void stop();
     /** Message thread. Nothing happens while a group's thread still runs: its handler may touch any component. */
     void release();

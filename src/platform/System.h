@@ -31,7 +31,10 @@ public:
     static std::unique_ptr<InstanceLock> take();
 };
 
-/** This process and its children use the zone's standard offset all year. Once, early: it changes the environment. */
+/**
+    This process and its children use the zone's standard offset all year. Once, before any other thread runs: it
+   changes the environment, which others read without a lock.
+*/
 void disableDaylightSaving();
 
 /**

@@ -335,6 +335,17 @@ TEST_F(AppHandlerTest, StoresSettingsOfPrograms)
     EXPECT_EQ(getSettingInt(number), 6);
     EXPECT_EQ(getSettingString(text), "Cabin");
     EXPECT_EQ(LogCapture::take().size(), 3u) << "each is named once";
+
+    // Room for the settings of the unit: a program that makes up numbers or fills them gets none of it.
+    for (const int unknown : { 5000, 5001, -1 })
+    {
+        says(RMSG_SETTING_CHANGED, unknown, 1, RemoteObjFormat::formatInt(6));
+        EXPECT_FALSE(isSettingKnown(unknown));
+    }
+    says(RMSG_SETTING_CHANGED, text, 0,
+         RemoteObjFormat::formatString(juce::String::repeatedString("x", 64 * 1024 + 1)));
+    EXPECT_EQ(getSettingString(text), "Cabin");
+    EXPECT_EQ(LogCapture::take().size(), 1u) << "the first is named";
 }
 
 TEST_F(AppHandlerTest, TellsTheFactoryTestWhichSourcePlays)

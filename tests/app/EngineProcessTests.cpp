@@ -73,7 +73,7 @@ protected:
 
     void start(const juce::StringArray& arguments)
     {
-        tcflush(terminal, TCIFLUSH); // what an engine before it has said
+        forgetWhatWasSaid();
         std::array<int, 2> ends {};
         ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         pid = fork();
@@ -127,6 +127,15 @@ protected:
     {
         pollfd descriptor { terminal, POLLIN, 0 };
         return poll(&descriptor, 1, milliseconds) == 1;
+    }
+
+    /** Drops what an engine that is gone has sent. */
+    void forgetWhatWasSaid() const
+    {
+        std::array<char, 512> bytes {};
+        while (engineSpeaks(0) && read(terminal, bytes.data(), bytes.size()) > 0)
+        {
+        }
     }
 
     juce::File folder = juce::File::createTempFile("engine");

@@ -17,7 +17,6 @@ struct State
 {
     std::vector<doubles::SystemDouble::RegistryWrite> registryWrites;
     juce::String registryError;
-    bool daylightSavingDisabled = false;
     bool exceptionHookInstalled = false;
     juce::uint32 waveOutVolume = fullVolume;
     juce::uint32 ticks = 0;
@@ -41,12 +40,6 @@ juce::Result writeRegistryValue(const juce::String& key, const juce::String& nam
         return juce::Result::fail(state().registryError);
     state().registryWrites.push_back({ key, name, value });
     return juce::Result::ok();
-}
-
-void disableDaylightSaving()
-{
-    const std::scoped_lock lock(mutex);
-    state().daylightSavingDisabled = true;
 }
 
 void setWaveOutVolume(juce::uint32 volume)
@@ -95,12 +88,6 @@ void SystemDouble::failRegistry(const juce::String& error)
 {
     const std::scoped_lock lock(mutex);
     state().registryError = error;
-}
-
-bool SystemDouble::isDaylightSavingDisabled()
-{
-    const std::scoped_lock lock(mutex);
-    return state().daylightSavingDisabled;
 }
 
 bool SystemDouble::isExceptionHookInstalled()
