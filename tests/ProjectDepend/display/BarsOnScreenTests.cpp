@@ -180,8 +180,13 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
     for (const auto& each : cases)
     {
         SCOPED_TRACE(each.picture);
-        each.bar.postMessage(each.id, each.arg1, each.arg2, nullptr);
-        EXPECT_TRUE(pumpUntil([&] { return likeness(each.picture, each.bounds, each.text) >= 990; }))
+        // Shown again until it has been seen: on a busy machine its time may be over before.
+        EXPECT_TRUE(pumpUntil(
+            [&]
+            {
+                each.bar.postMessage(each.id, each.arg1, each.arg2, nullptr);
+                return likeness(each.picture, each.bounds, each.text) >= 990;
+            }))
             << likeness(each.picture, each.bounds, each.text);
         if (!each.text.isEmpty())
         {
@@ -192,8 +197,12 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
     }
     // The bar that was shown last is in front, though it was there first. A neighbouring volume is not taken for this
     // one.
-    volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 1, 27, nullptr);
-    ASSERT_TRUE(pumpUntil([&] { return likeness(cases[0].picture, volumeBounds, nothing) >= 990; }));
+    ASSERT_TRUE(pumpUntil(
+        [&]
+        {
+            volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 1, 27, nullptr);
+            return likeness(cases[0].picture, volumeBounds, nothing) >= 990;
+        }));
     EXPECT_LT(likeness("volumebar\\MainVolume\\ORB600 Vol28.png", volumeBounds, nothing), 990);
 }
 
