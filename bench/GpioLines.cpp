@@ -28,9 +28,19 @@ GpioLines::GpioLines(Journal& journalToUse)
 
 std::string GpioLines::start(const std::string& path)
 {
-    return server.listen(
-        path,
-        { {}, [this](int connection, PacketServer::Packet request) { server.send(connection, answer(request)); }, {} });
+    return server.listen(path, { {},
+                                 [this](int connection, PacketServer::Packet request)
+                                 {
+                                     slowness.wait();
+                                     server.send(connection, answer(request));
+                                 },
+                                 {} });
+}
+
+void GpioLines::stop()
+{
+    slowBy(std::chrono::milliseconds(0));
+    server.close();
 }
 
 std::vector<std::uint8_t> GpioLines::answer(PacketServer::Packet request)

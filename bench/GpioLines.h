@@ -2,6 +2,7 @@
 
 #include "bench/Journal.h"
 #include "bench/PacketServer.h"
+#include "bench/Slowness.h"
 
 namespace Bench
 {
@@ -18,10 +19,14 @@ public:
     };
 
     explicit GpioLines(Journal& journalToUse);
+    ~GpioLines() { stop(); }
 
     /** Serves the lines at this socket. Empty on success, else what failed. */
     std::string start(const std::string& path);
-    void stop() { server.close(); }
+    /** The bus is no longer slow then. */
+    void stop();
+    /** Each operation takes so much longer; 0 ends it at once. */
+    void slowBy(std::chrono::milliseconds delay) { slowness.set(delay); }
 
     /** The lines that the unit has touched so far. */
     std::map<std::uint32_t, Line> lines() const;
@@ -32,6 +37,7 @@ public:
 
 private:
     Journal& journal;
+    Slowness slowness;
     mutable std::mutex lock;
     std::map<std::uint32_t, Line> table;
     PacketServer server; // last: its thread ends before what it uses

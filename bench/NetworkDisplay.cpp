@@ -61,6 +61,11 @@ NetworkDisplay::NetworkDisplay(Journal& journalToUse, Mcu& mcuToUse)
     mcu.addNetworkListener([this](const Mcu::NetworkFrame& frame) { hear(frame); });
 }
 
+void NetworkDisplay::choosePhone()
+{
+    command(Pgn::bluetoothSource, { { 1, 1 } });
+}
+
 void NetworkDisplay::send(int pgn, Bytes data)
 {
     mcu.send(Mcu::pgnParcel, parcelOf(pgn, std::move(data)));

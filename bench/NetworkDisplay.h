@@ -37,6 +37,8 @@ public:
     void stepVolume(std::uint8_t zone, bool up);
     void toggleMute(std::uint8_t zone);
     void setTone(std::uint8_t zone, const ToneField& field, std::int8_t value);
+    /** What the phone plays is wanted; the unit hands this on to its Bluetooth program. */
+    void choosePhone();
 
     /** Any message; at most `longestToUnit` bytes, the rest is cut off. */
     void send(int pgn, Bytes data);

@@ -23,6 +23,7 @@ inline constexpr int groupFunction = 126208;
 inline constexpr int zones = 130574;
 inline constexpr int zoneConfiguration = 130581;
 inline constexpr int zoneVolume = 130582;
+inline constexpr int bluetoothSource = 130585;
 inline constexpr int zoneParameters = 130586;
 inline constexpr int highest = 0x3FFFF;
 } // namespace Pgn

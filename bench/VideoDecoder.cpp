@@ -24,9 +24,19 @@ VideoDecoder::VideoDecoder(Journal& journalToUse)
 
 std::string VideoDecoder::start(const std::string& path)
 {
-    return server.listen(
-        path,
-        { {}, [this](int connection, PacketServer::Packet request) { server.send(connection, answer(request)); }, {} });
+    return server.listen(path, { {},
+                                 [this](int connection, PacketServer::Packet request)
+                                 {
+                                     slowness.wait();
+                                     server.send(connection, answer(request));
+                                 },
+                                 {} });
+}
+
+void VideoDecoder::stop()
+{
+    slowBy(std::chrono::milliseconds(0));
+    server.close();
 }
 
 std::vector<std::uint8_t> VideoDecoder::answer(PacketServer::Packet request)

@@ -2,6 +2,7 @@
 
 #include "bench/Journal.h"
 #include "bench/PacketServer.h"
+#include "bench/Slowness.h"
 
 #include <array>
 
@@ -16,10 +17,14 @@ class VideoDecoder
 {
 public:
     explicit VideoDecoder(Journal& journalToUse);
+    ~VideoDecoder() { stop(); }
 
     /** Serves the bus at this socket. Empty on success, else what failed. */
     std::string start(const std::string& path);
-    void stop() { server.close(); }
+    /** The bus is no longer slow then. */
+    void stop();
+    /** Each transfer takes so much longer; 0 ends it at once. */
+    void slowBy(std::chrono::milliseconds delay) { slowness.set(delay); }
 
     /** Camera signal on: the status register 0x01 says that it is locked on a signal (bits 6 and 3). */
     void setSignal(bool present);
@@ -32,6 +37,7 @@ public:
 
 private:
     Journal& journal;
+    Slowness slowness;
     mutable std::mutex lock;
     std::array<std::uint8_t, 256> registers {};
     bool failing = false;

@@ -58,7 +58,8 @@ Words autotestWords(const Words& before)
 Words mfdWords(const Words& before)
 {
     if (before.size() == 1)
-        return { "volume", "step", "mute", "tone", "request", "iso", "raw", "update", "version", "flood", "state" };
+        return { "volume", "step",  "mute",   "tone",    "request", "iso",
+                 "raw",    "phone", "update", "version", "flood",   "state" };
     if (before.size() == 2 && before[1] == "tone")
     {
         Words names;
@@ -198,10 +199,10 @@ std::span<const Console::Command> Console::commands()
         { "mfd",
           "mfd volume ZONE PERCENT | step ZONE up|down | mute [ZONE] | tone NAME VALUE [ZONE]\n"
           "mfd request zones|configuration|parameters|volumes [ZONE] | iso PGN | raw PGN [BYTES]\n"
-          "mfd update [data] | version 0|3|4 [TEXT] | flood RATE TIME | state",
+          "mfd phone | update [data] | version 0|3|4 [TEXT] | flood RATE TIME | state",
           "A multifunction display on the boat's network: see and change the zones (0 is both, the tone's NAME is "
-          "fader, balance, subwoofer, treble, middle or bass), ask for a message or a version, start an update, ask "
-          "for the volumes RATE times a second; what it knows of the unit.",
+          "fader, balance, subwoofer, treble, middle or bass), choose the phone's music, ask for a message or a "
+          "version, start an update, ask for the volumes RATE times a second; what it knows of the unit.",
           &Console::mfd, mfdWords },
         { "n2k", "n2k log FILE|off | serve [PORT]|off | play FILE [SPEED]|off",
           "The messages of the boat's network as lines: to a file, to readers on a port of this machine, whose lines "
@@ -264,8 +265,15 @@ std::span<const Console::Command> Console::commands()
         { "pages", "pages", "Every page with its program, and which one is in front.", &Console::pages, nothing },
         { "events", "events [N]", "What happened last, on all devices.", &Console::events, nothing },
         { "trail", "trail", "The frames and messages since the last headline.", &Console::trail, nothing },
-        { "gpio", "gpio [LINE 0|1]", "The lines that the unit has used, or a level from outside.", &Console::gpio,
-          nothing },
+        { "gpio", "gpio [LINE 0|1] | slow TIME | well",
+          "The lines that the unit has used, a level from outside, or how long they take.", &Console::gpio,
+          [](const Words& before) {
+              return oneOf(before, { "slow", "well" });
+          } },
+        { "i2c", "i2c slow TIME | fail | well", "The camera's bus answers later, or refuses.", &Console::i2c,
+          [](const Words& before) {
+              return oneOf(before, { "slow", "fail", "well" });
+          } },
         { "remote", "remote KEY | hold KEY TIME | bytes HEX... | unplug | plug | stall [off] | show",
           "The wired remote: press a key, let it go away or take no bytes, look at its display.", &Console::remote,
           remoteWords },
@@ -328,6 +336,11 @@ std::span<const Console::Command> Console::commands()
           [](const Words&) {
               return joinedLists({ { "mcu", "devices" }, appNames() });
           } },
+        { "switches", "switches N [within TIME]",
+          "N changes of the page in front, one after the other, by keys, the menu, the network and programs. Fails "
+          "when "
+          "one takes longer, 200 ms unless told otherwise, or when the unit waits for an answer in vain.",
+          &Console::switches, [](const Words& before) { return before.size() == 2 ? Words { "within" } : Words(); } },
         { "say", "say TEXT", "A headline.", &Console::say, nothing },
         { "pause", "pause TIME", "Gives the eye time. Left out when nobody watches.", &Console::pause, nothing },
         { "touch", "touch X Y", "A finger on the screen, 0 0 at its top left.", &Console::touch, nothing },

@@ -83,6 +83,7 @@ private:
     Outcome engine(const Words& words);
     Outcome bus(const Words& words);
     Outcome gpio(const Words& words);
+    Outcome i2c(const Words& words);
     Outcome remote(const Words& words);
     Outcome watch(const Words& words);
     Outcome tune(const Words& words);
@@ -105,6 +106,7 @@ private:
     Outcome transcript(const Words& words);
     Outcome say(const Words& words);
     Outcome pause(const Words& words);
+    Outcome switches(const Words& words);
     Outcome picture(const Words& words);
     Outcome touch(const Words& words);
     Outcome help(const Words& words);

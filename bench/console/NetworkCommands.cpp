@@ -154,6 +154,8 @@ Outcome Console::mfdCommand(const Words& words)
         return flood(display, words);
     if (isWith("update", 0, 0))
         display.startUpdate();
+    else if (isWith("phone", 0, 0))
+        display.choosePhone();
     else if (isWith("update", 1, 1) && words[2] == "data")
         display.startUpdateByData();
     else if (isWith("request", 1, 2))

@@ -1,6 +1,7 @@
 // What the bench tells about the unit.
 #include "bench/console/Columns.h"
 #include "bench/console/Console.h"
+#include "bench/console/Script.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -135,15 +136,39 @@ Outcome Console::pages(const Words&)
     return {};
 }
 
+Outcome Console::i2c(const Words& words)
+{
+    const auto what = words.size() > 1 ? words[1] : std::string();
+    const auto delay = what == "slow" && words.size() == 3 ? parseDuration(words[2]) : std::nullopt;
+    if (!delay && !(words.size() == 2 && (what == "fail" || what == "well")))
+        return usageOf("i2c");
+    unit.videoDecoder.setFailing(what == "fail");
+    unit.videoDecoder.slowBy(delay.value_or(std::chrono::milliseconds(0)));
+    return {};
+}
+
 Outcome Console::gpio(const Words& words)
 {
+    if (words.size() == 2 && words[1] == "well")
+    {
+        unit.gpio.slowBy(std::chrono::milliseconds(0));
+        return {};
+    }
+    if (words.size() == 3 && words[1] == "slow")
+    {
+        const auto delay = parseDuration(words[2]);
+        if (!delay)
+            return usageOf("gpio");
+        unit.gpio.slowBy(*delay);
+        return {};
+    }
     if (words.size() == 3)
     {
         constexpr int highestLine = 65535;
         const auto line = parseNumber(words[1], 0, highestLine);
         const auto level = parseNumber(words[2], 0, 1);
         if (!line || !level)
-            return { Outcome::failed, "gpio LINE 0|1" };
+            return usageOf("gpio");
         unit.gpio.drive(static_cast<std::uint32_t>(*line), static_cast<std::uint32_t>(*level));
         return {};
     }

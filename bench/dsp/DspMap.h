@@ -19,7 +19,8 @@ namespace Bench
 //                                                                  +> low-pass 1A6 > level 1A0 > output A
 //                                                                                             > left, right      core 1
 //
-// Balance 12 is right and fader 12 is rear: so the words with the falling table are left and front.
+// Of the settings balance 12 is right and fader 12 is front. The words that balance 0 silences are therefore right
+// ones, those that fader 0 silences are front ones.
 
 /** What a word, or a row of words, stands for. */
 enum class DspKind { gain, mute, groupSwitch, filter, band };

@@ -116,16 +116,15 @@ void SourceProgram::onEnginePresence(bool present)
 {
     if (present == std::exchange(engineHere, present))
         return;
+    // The engine has this long to come back, or to answer the hello: the name may be another's for it. Meanwhile the
+    // music plays on and the page stays, as it may only be the bus that has gone.
+    startTimer(engineAwayLimitMs);
     if (present)
     {
-        stopTimer();
         sayHello();
         if (const auto line = std::exchange(firstCommandLine, {}); line.isNotEmpty())
             onCommandLine(CmdLineHelper::parseCommandLine(line));
-        return;
     }
-    // The music plays on and the page stays: it may only be the bus that has gone.
-    startTimer(engineAwayLimitMs);
 }
 
 void SourceProgram::timerCallback()
@@ -149,6 +148,7 @@ void SourceProgram::handle(const RemoteMessage& message)
         sayHello();
         break;
     case RMSG_APP_HELLO_ACK:
+        stopTimer();
         report("connected", {});
         profile->onConnected();
         break;

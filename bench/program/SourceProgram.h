@@ -23,9 +23,9 @@ public:
 
 /**
     A source program as the engine sees it: says hello, asks for its pages, shows and hides them when told, answers the
-    heartbeat, confirms, and quits when its source is stopped or the engine stays away. What it is about is its
-   profile's. On the bench's order it misbehaves. Everything is done on the message thread; the channels' threads only
-   hand over.
+    heartbeat, confirms, and quits when its source is stopped or the engine stays away or silent. What it is about is
+   its profile's. On the bench's order it misbehaves. Everything is done on the message thread; the channels' threads
+   only hand over.
 */
 class SourceProgram : private Platform::IMsgProc, private Host, private juce::Timer
 {
@@ -49,7 +49,7 @@ private:
     void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) override;
     void onPresence(int type, bool present) override;
     void onBroadcast(const juce::String& text) override;
-    void timerCallback() override; ///< the engine did not come back
+    void timerCallback() override; ///< the engine did not come back, or did not answer
 
     void handle(const Platform::RemoteMessage& message);
     void onEnginePresence(bool present);

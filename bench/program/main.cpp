@@ -3,6 +3,7 @@
 #include "bench/program/PageView.h"
 #include "bench/program/SourceProgram.h"
 #include "platform/Configuration.h"
+#include "platform/SetupStore.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
@@ -120,6 +121,7 @@ int main(int argc, char** argv)
         std::cerr << "'" << name << "' is no program of the unit: start it under such a name, or with --app\n";
         return 2;
     }
+    Platform::VX_ReadSetupInfoOnly();
     start.control = controlPath(startedAs);
     readConfiguration(start.pageAlone == Pubhead::NUM_OF_PAGES ? start.control : "", startedAs);
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return new ProgramApplication(); };

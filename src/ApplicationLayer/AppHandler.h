@@ -78,7 +78,7 @@ private:
     // SwitchOrders.cpp
     void carryOut(const EngineLayer::AppStateSwitch& order);
     void enter(const EngineLayer::AppStateSwitch& order);
-    /** True when the view manager confirms the order, once the program has done it. */
+    /** True when the view manager reports the order, once the program has confirmed it. */
     bool change(const EngineLayer::AppStateSwitch& order, const EngineLayer::PageStates& current);
     bool hideWhenInFront(const Platform::AppCommandLine& commandLine, const EngineLayer::PageStates& current);
     void sendCommandLine(const Platform::AppCommandLine& commandLine);
@@ -88,12 +88,15 @@ private:
     // RemoteProcessing.cpp
     void processRemote(const Kernel::SystemMessage& message);
     void storeSetting(const Platform::RemoteMessage& remote);
+    void refuseSetting(int index, const char* why);
     void passToOwner(const Kernel::SystemMessage& message);
 
     const EngineLayer::PageScheduleConfig config;
     Kernel::SystemTimer timers { config.ownerId, config.page };
     const Program appProgram;  ///< shows the page
     const Program backProgram; ///< runs while the page runs without being on top; most pages have none
+
+    std::uint64_t refusedSettings = 0;
 
     mutable juce::CriticalSection runStateLock;
     EngineApi::PageRunState runState;

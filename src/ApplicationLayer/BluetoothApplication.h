@@ -3,6 +3,7 @@
 #include "ApplicationLayer/ApplicationTask.h"
 #include "EngineApi/Settings.h"
 
+#include <deque>
 #include <span>
 
 namespace ApplicationLayer
@@ -58,7 +59,7 @@ private:
     bool acceptsKey(int index, int origin) override;
 
     void switchOff();
-    void switchOn();
+    void switchOnIfEnabled();
     void timerExpired(int timerId);
     void sourceChanged(int page, juce::int32 value);
 
@@ -77,7 +78,7 @@ private:
     const juce::ReferenceCountedObjectPtr<BTAudioHandler> audio;
     bool sppOpen = false;
     bool btConnected = false;
-    std::vector<std::vector<std::uint8_t>> lateReplies; ///< to the test equipment, once the module had its time
+    std::deque<std::vector<std::uint8_t>> lateReplies; ///< to the test equipment, once the module had its time
 };
 
 } // namespace ApplicationLayer

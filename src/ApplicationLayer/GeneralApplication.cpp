@@ -111,8 +111,8 @@ void CameraHandler::toggle()
     if (auto* bar = Provided<FavoriteBar>::get(); bar != nullptr && bar->isShown())
         bar->postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
     getTimers().stopTimer(timerShow);
-    requestState(cameraOn ? AppAction::ToStop : AppAction::ToRun, true);
     cameraOn = !cameraOn;
+    requestState(cameraOn ? AppAction::ToRun : AppAction::ToStop, true);
 }
 
 void CameraHandler::restartShowTimer()

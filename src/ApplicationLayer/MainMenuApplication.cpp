@@ -48,7 +48,7 @@ enum Command : juce::int32 {
     showTyrePressures = 7,
     openTelematics = 8,
     closeTelematics = 9,
-    enterStandby = 10,
+    standby = 10,
     showSource = 11,
     panel = 12
 };
@@ -116,6 +116,12 @@ void openPhone()
         Kernel::postSystemMessage(Kernel::bluetoothApplicationId, Kernel::MSG_BT_DEVICE_LIST, 0, 0);
     else
         requestShowPage(mbBTPhone, false);
+}
+
+/** 0 enters, 1 leaves. */
+void passOnStandby(juce::int32 value)
+{
+    Kernel::postSystemMessage(Kernel::deviceStatusManagerId, Kernel::MSG_STANDBY, value, 0);
 }
 
 void announceZone2Volume()
@@ -221,9 +227,9 @@ void MainMenuHandler::showMenuPage(int page)
     const auto handler = getHandler(page);
     if (handler != nullptr && getAppState(handler->getAppType()) == kClosing)
     {
-        terminateProgram(handler->getAppType());
         retryPage = page;
-        return getTimers().startTimer(timerRetry, retryMs);
+        getTimers().startTimer(timerRetry, retryMs);
+        return terminateProgram(handler->getAppType());
     }
     requestShowPage(page, false);
 }
@@ -272,9 +278,8 @@ void MainMenuApplication::handleOwnMessage(const Kernel::SystemMessage& message)
         if (message.arg1 != 1)
             return;
         savedPage = getFrontShow();
-        requestPageState(getNormalSource(), AppAction::ToShow, true);
         returnPending = true;
-        return;
+        return requestPageState(getNormalSource(), AppAction::ToShow, true);
     default:
         return;
     }
@@ -290,7 +295,7 @@ void MainMenuApplication::fromProgram(const Kernel::SystemMessage& message) cons
     case wantsState:
         return handler->sendMenuState();
     case wantsStandby:
-        return Kernel::postSystemMessage(Kernel::deviceStatusManagerId, Kernel::MSG_STANDBY, 0, 0);
+        return passOnStandby(remote->arg2);
     case wantsSourceMenu:
         if (const int normal = getNormalSource(); remote->arg2 == normal)
             sendRemoteMessage(appTypeOfPage(normal), RMSG_KEY, KEY_REQUESTSHOWMENU, 0);
@@ -320,8 +325,8 @@ void MainMenuApplication::command(juce::int32 which, juce::int32 value)
         return postToPage(mbTelematics, Kernel::MSG_TELEMATICS_OPEN, 0, 0);
     case closeTelematics:
         return postToPage(mbTelematics, Kernel::MSG_TELEMATICS_CLOSE, 0, 0);
-    case enterStandby:
-        return Kernel::postSystemMessage(Kernel::deviceStatusManagerId, Kernel::MSG_STANDBY, 0, 0);
+    case standby:
+        return passOnStandby(value);
     case showSource:
         return requestShowPage(getNormalSource(), true);
     case panel:

@@ -4,6 +4,8 @@
 #include "ApplicationLayer/RadioBodies.h"
 #include "ApplicationLayer/RadioReports.h"
 
+#include <set>
+
 namespace ApplicationLayer
 {
 
@@ -59,6 +61,7 @@ private:
     RadioBodies bodies;
     std::array<std::uint8_t, 8> psName {};
     std::array<std::uint8_t, 64> radioText {};
+    std::set<std::pair<int, int>> misunderstood; ///< command and kind of the reports that were logged for it
     bool weatherAlert = false;
     bool testMode = false; ///< the program shows its sensitivity test
     bool started = false;  ///< the settings are the unit's from MSG_SYS_READY on

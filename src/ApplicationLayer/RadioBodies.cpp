@@ -17,6 +17,8 @@ constexpr juce::int32 dataBody = 74;
 
 void RadioBodies::addValue(RadioBodyKey key, juce::int32 value)
 {
+    if (waiting.size() > outdated)
+        discard(waiting.size());
     add({ valueBody, key, value, {} });
 }
 
@@ -27,22 +29,25 @@ void RadioBodies::addData(RadioBodyKey key, std::span<const std::uint8_t> bytes)
 
 void RadioBodies::add(MessageBody body)
 {
-    if (waiting.size() > limit)
-    {
-        discarded += static_cast<int>(waiting.size());
-        waiting.clear();
-    }
+    if (waiting.size() == capacity)
+        discard(1);
     waiting.push_back(std::move(body));
+}
+
+void RadioBodies::discard(std::size_t oldest)
+{
+    discarded += static_cast<int>(oldest);
+    waiting.erase(waiting.begin(), waiting.begin() + static_cast<std::ptrdiff_t>(oldest));
 }
 
 void RadioBodies::flush()
 {
     if (waiting.empty() || EngineApi::getAppState(Pubhead::AppRadio) == EngineApi::kDisconnect)
         return;
+    const auto batch = std::exchange(waiting, {});
     EngineApi::sendRemoteMessage(Pubhead::AppRadio, EngineApi::RMSG_RADIO_NOTIFY, 0,
-                                 static_cast<juce::int32>(waiting.size()),
-                                 Platform::RemoteObjFormat::formatMessageBodyList(waiting));
-    waiting.clear();
+                                 static_cast<juce::int32>(batch.size()),
+                                 Platform::RemoteObjFormat::formatMessageBodyList(batch));
 }
 
 } // namespace ApplicationLayer

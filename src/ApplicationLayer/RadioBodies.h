@@ -24,12 +24,14 @@ enum RadioBodyKey : juce::int32 {
 class RadioBodies
 {
 public:
-    /** More are not kept: without a program the next body finds them outdated and discards them. */
-    static constexpr std::size_t limit = 50;
+    /** More are outdated for the next value, which discards them all; there are as many only without a program. */
+    static constexpr std::size_t outdated = 50;
+    /** Of more, texts among them, the oldest is discarded. */
+    static constexpr std::size_t capacity = 100;
 
     void addValue(RadioBodyKey key, juce::int32 value);
     void addData(RadioBodyKey key, std::span<const std::uint8_t> bytes);
-    /** Sends all as one RMSG_RADIO_NOTIFY, even none; without a program they wait on. */
+    /** Sends all as one RMSG_RADIO_NOTIFY, if there are any; without a program they wait on. */
     void flush();
 
     /** Bodies that no program has seen. */
@@ -39,6 +41,7 @@ private:
     using MessageBody = Platform::RemoteObjFormat::MessageBody;
 
     void add(MessageBody body);
+    void discard(std::size_t oldest);
 
     std::vector<MessageBody> waiting;
     int discarded = 0;

@@ -17,6 +17,9 @@ namespace
 constexpr const char* logFile = "ApplicationLayer/RadioReception";
 constexpr const char* logTag = "RadioApplication";
 
+/** Of a report that is empty or is the only one of its command. */
+constexpr int noKind = -1;
+
 } // namespace
 
 void RadioApplication::fromTuner(int command, const Kernel::Payload& payload)
@@ -24,8 +27,10 @@ void RadioApplication::fromTuner(int command, const Kernel::Payload& payload)
     const auto data = LowLayer::bytesOf(payload);
     if (command == EVENT_RADIO_INFO_REPORT || command == EVENT_RADIO_TESTMODE)
     {
-        const auto report = command == EVENT_RADIO_INFO_REPORT ? readInfoReport(data) : readTestModeReport(data);
-        if (std::holds_alternative<std::monostate>(report))
+        const bool isInfo = command == EVENT_RADIO_INFO_REPORT;
+        const auto report = isInfo ? readInfoReport(data) : readTestModeReport(data);
+        const int kind = isInfo && !data.empty() ? data[0] : noKind;
+        if (std::holds_alternative<std::monostate>(report) && misunderstood.emplace(command, kind).second)
             Platform::Logger::getInstance()->logError(
                 logFile, __LINE__, logTag,
                 "tuner report " + juce::String(command) +

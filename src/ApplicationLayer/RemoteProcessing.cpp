@@ -9,6 +9,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "platform/Logger.h"
+#include "platform/SetupValues.h"
 
 namespace ApplicationLayer
 {
@@ -107,10 +108,24 @@ void AppHandler::storeSetting(const RemoteMessage& remote)
             "ApplicationLayer/AppHandler", __LINE__, "AppHandler",
             juce::String(appTypeName(config.appType)) + " sends setting " + juce::String(index) + " without " +
                 (isInteger ? "an integer, which it says is there" : "a text, which it says is there"));
+    else if (!isSettingKnown(index)) // what programs make up would take the room that the unit's own settings need
+        refuseSetting(index, "which the unit does not have");
     else if (isInteger)
         setSettingInt(index, RemoteObjFormat::getInt(remote.bundle), true, config.appType);
+    else if (const auto text = RemoteObjFormat::getString(remote.bundle);
+             text.getNumBytesAsUTF8() <= Platform::longestSetupText)
+        setSettingString(index, text, true, config.appType);
     else
-        setSettingString(index, RemoteObjFormat::getString(remote.bundle), true, config.appType);
+        refuseSetting(index, "with a text of more than 64 KiB");
+}
+
+/** Counted, and said for the first one only: a program may send many. */
+void AppHandler::refuseSetting(int index, const char* why)
+{
+    if (refusedSettings++ == 0)
+        Platform::Logger::getInstance()->logError("ApplicationLayer/AppHandler", __LINE__, "AppHandler",
+                                                  "%s sends setting %d, %s; such settings are dropped",
+                                                  appTypeName(config.appType), index, why);
 }
 
 void AppHandler::passToOwner(const Kernel::SystemMessage& message)

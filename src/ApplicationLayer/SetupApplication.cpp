@@ -89,6 +89,7 @@ void SetupApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     switch (message.id)
     {
     case settingMessage:
+        changes.remove(message.arg1, AppUnknown);
         return settingChanged(message.arg1);
     case Kernel::MSG_SYS_READY:
         return sendAuxName();
@@ -107,7 +108,8 @@ bool SetupApplication::acceptsKey(int index, int)
 
 void SetupApplication::onSettingChanged(int index, int)
 {
-    Kernel::postSystemMessage(getId(), settingMessage, index, 0);
+    if (changes.add(index, AppUnknown))
+        Kernel::postSystemMessage(getId(), settingMessage, index, 0);
 }
 
 void SetupApplication::settingChanged(int index)
@@ -228,13 +230,12 @@ void SetupApplication::switchAlertOn() const
 
 void SetupApplication::followLights(bool on)
 {
-    const bool changed = on != lightsOn;
-    lightsOn = on;
+    const bool changed = std::exchange(lightsOn, on) != on;
+    const bool isFirst = !std::exchange(dimmerSynced, true);
     const auto settings = dimmerSettings();
     // The first report brings the unit's level to the microcontroller; later ones matter where the lights do.
-    if (!dimmerSynced || (changed && settings.mode == DimmerSettings::followsLights))
+    if (isFirst || (changed && settings.mode == DimmerSettings::followsLights))
         sendDimmer(Dimmer::wantedLevel(settings, lightsOn));
-    dimmerSynced = true;
 }
 
 } // namespace ApplicationLayer

@@ -3,6 +3,7 @@
 #include "ApplicationLayer/ApplicationTask.h"
 #include "ApplicationLayer/Dimmer.h"
 #include "EngineApi/Settings.h"
+#include "EngineApi/WaitingChanges.h"
 
 #include <cstdint>
 #include <span>
@@ -41,7 +42,8 @@ private:
     void dimmerModeChosen() const;
     void dimmerMoved() const;
 
-    bool lightsOn = false;       ///< the boat's illumination
+    bool lightsOn = false; ///< the boat's illumination
+    EngineApi::WaitingChanges changes { "setup application" };
     bool lowVoltage = false;     ///< the supply is below 10.5 V
     juce::int32 voltageRaw = -1; ///< as reported last, 0 to 255; nothing was before the first report
     bool dimmerSynced = false;   ///< the dimmer was sent once, so the lights are known

@@ -65,24 +65,24 @@ void SetupHandler::onKey(juce::int32 key, juce::int32)
 
 void SetupHandler::mmsKey()
 {
+    amsPending = true;
+    const bool showedAMS = std::exchange(showAMS, false);
     if (!isOnTop())
         requestShowPage(mbSetup, false);
-    else if (showAMS)
+    else if (showedAMS)
         notifySetup(mmsNotice);
     else
         requestStopPage(mbSetup);
-    amsPending = true;
-    showAMS = false;
 }
 
 void SetupHandler::amsKey()
 {
+    showAMS = true;
+    amsPending = false;
     if (isOnTop())
         notifySetup(amsNotice);
     else
         requestShowPage(mbSetup, false);
-    showAMS = true;
-    amsPending = false;
 }
 
 void SetupHandler::versionKey()
@@ -90,8 +90,8 @@ void SetupHandler::versionKey()
     if (!isOnTop() || !amsPending)
         return;
     getTimers().stopTimer(timerIdle);
-    notifySetup(versionNotice);
     Kernel::postSystemMessage(Kernel::keyManagerId, Kernel::MSG_KEY_RETURN_NEXT, 1, 0);
+    notifySetup(versionNotice);
 }
 
 void SetupHandler::decorateCommandLine(EngineLayer::SwitchType, const EngineLayer::PageStates&,

@@ -33,22 +33,23 @@ void AppHandler::carryOut(const AppStateSwitch& order)
     const auto current = getRunState().states;
     if (order.commandLine != nullptr)
         decorateCommandLine(order.switchType, current, order.states, *order.commandLine);
+    // The new state is set before anybody is told: who hears of it, or the program that answers at once, may lead to a
+    // question for the state.
     bool confirmedLater = false;
-    // The new state is set before the report: who hears the report may ask for the state at once.
     switch (order.switchType)
     {
     case SwitchType::ToRun:
-        enter(order);
         setRunState(PageRunState::running, order.states);
+        enter(order);
         break;
     case SwitchType::ToStop:
+        setRunState(PageRunState::stopped, {});
         if (order.commandLine != nullptr)
             sendCommandLine(*order.commandLine);
-        setRunState(PageRunState::stopped, {});
         break;
     case SwitchType::ToChange:
-        confirmedLater = change(order, current);
         setRunState(PageRunState::running, order.states);
+        confirmedLater = change(order, current);
         break;
     case SwitchType::ToShowTopLevel:
         if (order.commandLine != nullptr && order.commandLine->hasExtraData())
@@ -57,9 +58,7 @@ void AppHandler::carryOut(const AppStateSwitch& order)
     case SwitchType::Unknown:
         break;
     }
-    if (confirmedLater)
-        reportTopPage(config.page);
-    else
+    if (!confirmedLater)
         report();
 }
 
@@ -98,6 +97,8 @@ bool AppHandler::hideWhenInFront(const AppCommandLine& commandLine, const PageSt
                                                  juce::String(pageName(config.page)) + " not send page hide message");
         return false;
     }
+    // The view manager waits for the confirmation before the program can give it.
+    reportTopPage(config.page);
     sendCommandLine(commandLine);
     return true;
 }

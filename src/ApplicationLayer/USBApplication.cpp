@@ -97,7 +97,7 @@ void USBApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     case msgStorageChanged:
         return storageChanged();
     case Kernel::MSG_SYS_TIMER:
-        if (message.arg1 == hubResetTimer && isTimerRunning(hubResetTimer))
+        if (message.arg1 == hubResetTimer && isCurrent(hubResetTimer, message.arg2))
             resetHub();
         return;
     case Kernel::MSG_AUTOTEST_COMMAND:
@@ -120,9 +120,7 @@ void USBApplication::resetHub()
 {
     stopTimer(hubResetTimer);
     Platform::debugPrint("Reset usb hub \r\n");
-    driveOutputs(false);
-    juce::Thread::sleep(hubOffMs); // what the hub needs to notice
-    driveOutputs(true);
+    pulseOutputs(hubOffMs); // what the hub needs to notice
 }
 
 void USBApplication::autoTest(std::span<const std::uint8_t> request)

@@ -2,11 +2,10 @@
 
 #include "EngineApi/Pages.h"
 #include "EngineApi/Programs.h"
-#include "EngineApi/Provided.h"
 #include "EngineApi/SetupIndex.h"
 #include "EngineLayer/SysInfoItems.h"
 #include "EngineLayer/SystemInfo.h"
-#include "dsp/AudioServices.h"
+#include "dsp/AudioChannel.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -192,19 +191,15 @@ void iPodApplication::fromProgram(const Platform::RemoteMessage& message)
 
 void iPodApplication::audioPath(juce::int32 path)
 {
-    const int page = getNormalSource();
-    const int channelBefore = getAudioChannel(page);
     const bool isNew = !connection->connected.exchange(true);
     const bool changes = connection->analogAudio ? path == digitalPath : path == analogPath;
     if (changes)
         connection->analogAudio = path == analogPath;
-    if (!(changes || isNew) || !isSource(SRC_IPOD))
+    if (!changes && !isNew)
         return;
-    requestPageState(page, AppAction::ToPlay, true);
-    // The source stays the same, so nobody else tells the DSP.
-    const int channel = getAudioChannel(page);
-    if (auto* chips = Provided<ChipManager>::get(); chips != nullptr && channel != channelBefore)
-        chips->getACService().changeSource(channel);
+    if (isSource(SRC_IPOD))
+        requestPageState(getNormalSource(), AppAction::ToPlay, true);
+    audioChannelChanged();
 }
 
 void iPodApplication::deviceEvent(juce::int32 what, juce::int32 value)
@@ -271,9 +266,10 @@ void iPodApplication::deviceDetached(bool unexpected)
     constexpr juce::int32 overBluetooth = 2, open = 2;
     setDeviceState(iPodConnected, false);
     setDeviceState(pandoraOniPod, false);
+    connection->analogAudio = false;
+    audioChannelChanged();
     if (unexpected && info(sysInfoiPodLink) == overBluetooth && info(sysInfoSppLink) == open && isSource(SRC_BT_AUDIO))
         control(authenticate);
-    connection->analogAudio = false;
 }
 
 } // namespace ApplicationLayer

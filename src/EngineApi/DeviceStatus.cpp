@@ -60,6 +60,11 @@ bool isCallCondition()
     return false;
 }
 
+void audioChannelChanged()
+{
+    manager().audioChannelChanged();
+}
+
 int getAntitheftValue()
 {
     return manager().getAntitheftValue();

@@ -39,13 +39,16 @@ enum HostCommand : int {
     EVENT_DSP_ID_RESP = 29
 };
 
+/** Of a frame that says nothing that a later one could make wrong. */
+inline constexpr int noSubject = 0;
+
 void sendCommand(int command);
 void sendCommand(int command, int b1);
 void sendCommand(int command, int b1, int b2);
 void sendCommand(int command, int b1, int b2, int b3);
 /** At most 102 bytes; without data a command alone. */
 void sendData(int command, const void* data, int length);
-/** The same in front of everything that waits. */
-void sendDataUrgent(int command, const void* data, int length);
+/** The same in front of what waits; of one subject only the newest waits, so that the last one to leave is true. */
+void sendDataUrgent(int command, const void* data, int length, int subject = noSubject);
 
 } // namespace EngineApi

@@ -3,6 +3,7 @@
 #include "EngineApi/HostLink.h"
 #include "platform/CommandLine.h"
 #include "platform/Logger.h"
+#include "platform/PGNPacket.h"
 
 namespace EngineApi
 {
@@ -19,6 +20,26 @@ void send(int command, const juce::MemoryBlock& bytes)
 {
     if (!bytes.isEmpty())
         sendData(command, bytes.getData(), static_cast<int>(bytes.getSize()));
+}
+
+/** What the unit tells of a zone, and the names of both: everybody on the network hears it, whoever has asked. */
+int subjectOf(Platform::Parcel& parcel)
+{
+    constexpr int bitsOfZone = 8;
+    parcel.setReadPosition(0);
+    const auto pgn = Platform::PGNHelper::readPGNFromParcel(parcel);
+    parcel.setReadPosition(Platform::PGNHelper::headSize);
+    switch (pgn)
+    {
+    case Platform::pgnSupportedZones:
+        return pgn << bitsOfZone;
+    case Platform::pgnZoneConfiguration:
+    case Platform::pgnZoneVolume:
+    case Platform::pgnZoneParameters:
+        return pgn << bitsOfZone | parcel.readByte();
+    default:
+        return noSubject;
+    }
 }
 
 } // namespace
@@ -42,7 +63,7 @@ void sendPgnBundle(const Platform::Bundle::Ptr& bundle)
 
 void sendPgnParcel(Platform::Parcel& parcel)
 {
-    sendDataUrgent(EVENT_PGN_SEND_CAN, parcel.data(), parcel.dataSize());
+    sendDataUrgent(EVENT_PGN_SEND_CAN, parcel.data(), parcel.dataSize(), subjectOf(parcel));
     parcel.recycle();
 }
 

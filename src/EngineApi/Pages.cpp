@@ -44,14 +44,7 @@ int getSource(int page)
 int getAudioChannel(int page)
 {
     const auto handler = getHandler(page);
-    EngineLayer::ScheduleInfo info;
-    info.audioChannel = noAudioChannel;
-    if (handler != nullptr)
-    {
-        info.audioChannel = handler->getConfig().audioChannel;
-        handler->adjustScheduleInfo(info);
-    }
-    return info.audioChannel;
+    return handler == nullptr ? noAudioChannel : EngineLayer::ApplicationManager::describePage(*handler)->audioChannel;
 }
 
 int appTypeOfPage(int page)

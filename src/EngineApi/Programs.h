@@ -12,6 +12,8 @@ bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle
 bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle);
 /** Ends its process by force. */
 void terminateApp(int appType);
+/** Tells it to quit. */
+void closeApp(int appType);
 void setAppState(int appType, int state);
 int getAppState(int appType);
 void addConnectListener(AppConnectStateInterface* listener);

@@ -18,6 +18,8 @@ public:
 
 juce::int32 getSettingInt(int index);
 juce::String getSettingString(int index);
+/** Whether the unit has such a setting: the store or the factory values name it. */
+bool isSettingKnown(int index);
 /** Nothing happens when the value is stored already; with `notify` the listeners are told later. */
 void setSettingInt(int index, juce::int32 value, bool notify, int origin);
 void setSettingString(int index, const juce::String& value, bool notify, int origin);

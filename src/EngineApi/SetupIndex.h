@@ -17,8 +17,8 @@ enum SetupIndex : int {
     filtersSetting = 276,
     highPassSetting = 277, ///< 0 off, 1..3
     subwooferSetting = 278,
-    faderSetting = 279,   ///< 0..12, 6 is the centre
-    balanceSetting = 280, ///< 0..12, 6 is the centre
+    faderSetting = 279,   ///< 0 (rear) to 12 (front), 6 is the centre
+    balanceSetting = 280, ///< 0 (left) to 12 (right), 6 is the centre
     zone2OnSetting = 281,
     zone2OutputSetting = 282,
     zone2VolumeSetting = 283, ///< 0: zone 2 follows the steps of zone 1

@@ -34,7 +34,14 @@ void logLines(const std::vector<juce::String>& lines, int line)
         Platform::Logger::getInstance()->logInfo("EngineLayer/ApplicationManager", line, "ApplicationManager", text);
 }
 
-ScheduleInfo::Ptr describePage(PageHandler& handler)
+} // namespace
+
+ApplicationManager::ApplicationManager()
+    : SystemTimer(Kernel::systemStateManagerId)
+{
+}
+
+ScheduleInfo::Ptr ApplicationManager::describePage(PageHandler& handler)
 {
     const auto& config = handler.getConfig();
     ScheduleInfo::Ptr info = new ScheduleInfo;
@@ -52,8 +59,6 @@ ScheduleInfo::Ptr describePage(PageHandler& handler)
     handler.adjustScheduleInfo(*info);
     return info;
 }
-
-} // namespace
 
 void ApplicationManager::registerHandler(PageHandler::Ptr handler)
 {
@@ -183,13 +188,15 @@ void ApplicationManager::refreshSnapshot()
 
 void ApplicationManager::postSwitchUpdate()
 {
+    const int normalSourceBefore = getSnapshot().normalSource;
+    refreshSnapshot(); // who hears of the switch may ask at once
     const auto& state = scheduler.getState();
     if (state.frontShowChanged)
         if (auto* bar = EngineApi::Provided<EngineApi::VolumeBar>::get())
             bar->updateImages(state.frontShowPage);
     if (state.lastSourceChanged)
         EngineApi::postToPage(Pubhead::mbMainMenu, Kernel::MSG_LAST_SOURCE_PAGE, state.lastSourcePage, 0);
-    if (state.normalSourceChanged && state.lastNormalSource != getSnapshot().normalSource)
+    if (state.normalSourceChanged && state.lastNormalSource != normalSourceBefore)
         announceNormalSource(state.lastNormalSource);
     else if (state.rearChanged)
         EngineApi::sendRemoteMessage(Pubhead::AppMainMenu, EngineApi::RMSG_MAINMENU_NOTIFY, menuSourceNotice,
@@ -205,15 +212,13 @@ void ApplicationManager::announceNormalSource(int page) const
 
 void ApplicationManager::startBackgroundCheck()
 {
-    // Stopped first: the framework reads the interval of a running timer on its own thread.
-    stopTimer(backgroundTimer);
     startTimer(backgroundTimer, backgroundCheckMs);
 }
 
-void ApplicationManager::timerCallback(int timerId)
+void ApplicationManager::checkBackground(juce::int32 start)
 {
     // While anything moves, the timer keeps running and the check is made at a later expiry.
-    if (timerId != backgroundTimer || EngineApi::isSystemBusy() || EngineApi::isPageChanging())
+    if (!isCurrent(backgroundTimer, start) || EngineApi::isSystemBusy() || EngineApi::isPageChanging())
         return;
     stopTimer(backgroundTimer);
     closeIdlePrograms();
@@ -243,8 +248,7 @@ void ApplicationManager::closeIdlePrograms()
         const auto handler = getHandler(getPageOfAppType(appType));
         if (handler == nullptr || handler->isResident())
             continue;
-        EngineApi::sendRemoteMessage(appType, EngineApi::RMSG_SOURCE_STOP, 0, 0);
-        EngineApi::setAppState(appType, EngineApi::kClosing);
+        EngineApi::closeApp(appType);
     }
 }
 

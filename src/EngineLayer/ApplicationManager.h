@@ -3,6 +3,7 @@
 #include "EngineApi/PageHandler.h"
 #include "EngineLayer/Scheduler.h"
 #include "kernel/Singleton.h"
+#include "kernel/SystemTimer.h"
 
 #include <map>
 #include <mutex>
@@ -13,10 +14,10 @@ namespace EngineLayer
 
 /**
     Owner of the scheduling data: the page handlers, the picture of which pages run, the remembered pages and the
-    scheduler. Queries are answered on any thread, with copies made under one lock; `schedule`, `refreshSnapshot` and
-    `postSwitchUpdate` belong to the system state manager's thread.
+    scheduler. Queries are answered on any thread, with copies made under one lock; what changes anything belongs to the
+   system state manager's thread, the registration of handlers apart.
 */
-class ApplicationManager : public juce::MultiTimer, public Kernel::Singleton<ApplicationManager>
+class ApplicationManager : public Kernel::SystemTimer, public Kernel::Singleton<ApplicationManager>
 {
 public:
     /** The pages that the last refresh found. NUM_OF_PAGES where there is none. */
@@ -34,7 +35,8 @@ public:
         std::int32_t lastSourcePage = Pubhead::NUM_OF_PAGES;
     };
 
-    static constexpr int backgroundTimer = 1;
+    /** Beside the timer of the system state manager, which hears of its expiry. */
+    static constexpr int backgroundTimer = 2;
     static constexpr int backgroundCheckMs = 5000;
 
     void registerHandler(EngineApi::PageHandler::Ptr handler);
@@ -45,20 +47,21 @@ public:
     int getPageOfAppType(int appType) const;
     Snapshot getSnapshot() const;
 
+    /** The page as the scheduler sees it: its configuration, and what its handler makes of it now. */
+    static ScheduleInfo::Ptr describePage(EngineApi::PageHandler& handler);
     /** Decides one request; the answer is never null. */
     SwitchAction::Ptr schedule(const RequestInfo& request);
     void refreshSnapshot();
-    /** Tells who must know of a completed switch. */
+    /** Refreshes the snapshot and tells who must know of a completed switch. */
     void postSwitchUpdate();
     /** Programs that nobody needs are closed after a while. */
     void startBackgroundCheck();
-
-    /** Message thread. */
-    void timerCallback(int timerId) override;
+    /** The time is over, by the start of the timer with this number. */
+    void checkBackground(juce::int32 start);
 
 private:
     friend class Kernel::Singleton<ApplicationManager>;
-    ApplicationManager() = default;
+    ApplicationManager();
 
     ScheduleInput collectInput(const RequestInfo& request) const;
     void announceNormalSource(int page) const;

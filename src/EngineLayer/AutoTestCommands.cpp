@@ -31,6 +31,9 @@ using namespace EngineApi;
 namespace
 {
 
+constexpr const char* logFile = "EngineLayer/AutoTestCommands";
+constexpr const char* logTag = "ATestSession";
+
 /** Byte 4 of a frame. */
 enum Command : int {
     controlUnit = 0x00,
@@ -111,8 +114,8 @@ std::optional<KeyManager::DeviceId> deviceIdOf(const juce::String& text)
 
 void logRefused(const char* what)
 {
-    Platform::Logger::getInstance()->logError("EngineLayer/AutoTestCommands", __LINE__, "ATestSession",
-                                              "command of the test equipment refused: %s", what);
+    Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag, "command of the test equipment refused: %s",
+                                              what);
 }
 
 } // namespace
@@ -256,11 +259,12 @@ void AutoTestCommands::storeDeviceId(const Request& p)
         return logRefused("the device id is longer than its frame");
     const auto bytes = parameters.subspan(textBegin, length);
     const auto text = Platform::textOfUtf8({ reinterpret_cast<const char*>(bytes.data()), bytes.size() });
-    const auto id = deviceIdOf(text);
-    if (!id)
-        return logRefused("the device id does not end with six digits");
     setSettingString(deviceIdSetting, text, false, Pubhead::AppUnknown);
-    keys.setDeviceId(*id);
+    if (const auto id = deviceIdOf(text))
+        keys.setDeviceId(*id);
+    else
+        Platform::Logger::getInstance()->logInfo(
+            logFile, __LINE__, logTag, "the device id does not end with six digits: stored, and not sent to the MCU");
     answerAutoTest(parameters);
 }
 

@@ -2,6 +2,7 @@
 
 #include "EngineApi/HostLink.h"
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 
@@ -13,7 +14,6 @@ namespace
 
 constexpr const char* logFile = "EngineLayer/ATestSessionManger";
 constexpr const char* logTag = "ATestSession";
-constexpr int stopTimeoutMs = 200;
 
 Platform::Logger& logger()
 {
@@ -46,7 +46,7 @@ void CATestSessionManager::stop()
 {
     signalThreadShouldExit();
     notify();
-    if (isThreadRunning() && !waitForThreadToExit(stopTimeoutMs))
+    if (!Platform::awaitEnd(*this))
         logger().logError(logFile, __LINE__, logTag, "the thread does not stop");
 }
 
@@ -90,6 +90,7 @@ void CATestSessionManager::setPeerState(bool ready, int state)
 
 void CATestSessionManager::run()
 {
+    Platform::enterThread(getThreadName());
     // Nothing more can be sent until something changes, and every change notifies: also one that comes before the wait.
     while (!threadShouldExit())
     {

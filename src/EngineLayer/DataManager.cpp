@@ -30,6 +30,11 @@ juce::String DataManager::getString(int index) const
     return Platform::VX_GetSetupValueString(index);
 }
 
+bool DataManager::isKnown(int index) const
+{
+    return Platform::VX_IsSetupValueKnown(index);
+}
+
 void DataManager::setInt(int index, juce::int32 value, bool notify, int origin)
 {
     if (getInt(index) != value && Platform::VX_SetSetupValueInt(index, value) && notify)
@@ -84,6 +89,9 @@ void DataManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 ar
     switch (id)
     {
     case settingChanged:
+        changes.remove(arg1, arg2);
+        // Who hears of a change may rely on it over a loss of power.
+        Platform::VX_WaitForSetupInfo();
         notifyListeners(arg1, arg2);
         break;
     case Kernel::MSG_FULL_RESET:
@@ -100,7 +108,8 @@ void DataManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 ar
 
 void DataManager::postChange(int index, int origin)
 {
-    Kernel::postSystemMessage(Kernel::dataManagerId, settingChanged, index, origin);
+    if (changes.add(index, origin))
+        Kernel::postSystemMessage(Kernel::dataManagerId, settingChanged, index, origin);
 }
 
 void DataManager::notifyListeners(int index, int origin)
@@ -153,6 +162,11 @@ juce::int32 getSettingInt(int index)
 juce::String getSettingString(int index)
 {
     return manager().getString(index);
+}
+
+bool isSettingKnown(int index)
+{
+    return manager().isKnown(index);
 }
 
 void setSettingInt(int index, juce::int32 value, bool notify, int origin)

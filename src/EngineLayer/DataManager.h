@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EngineApi/Settings.h"
+#include "EngineApi/WaitingChanges.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 
@@ -18,7 +19,8 @@ class DataManager : public Kernel::ComponentTask, public Kernel::Singleton<DataM
 public:
     juce::int32 getInt(int index) const;
     juce::String getString(int index) const;
-    /** Nothing happens when the value is stored already. A value that cannot be stored is not announced. */
+    bool isKnown(int index) const;
+    /** Nothing happens when that is its value already. A value that is refused is not announced. */
     void setInt(int index, juce::int32 value, bool notify, int origin);
     void setString(int index, const juce::String& value, bool notify, int origin);
     Platform::Bundle::Ptr formatSetting(int index) const;
@@ -43,11 +45,14 @@ private:
     friend class Kernel::Singleton<DataManager>;
     DataManager() = default;
 
+    /** A value that changes faster than the listeners follow is announced less often, but always after its last change.
+     */
     void postChange(int index, int origin);
     void notifyListeners(int index, int origin);
     void reset();
     bool isRegistered(EngineApi::SettingDataChangeListener* listener) const;
 
+    EngineApi::WaitingChanges changes { "listeners" };
     std::vector<EngineApi::SettingDataChangeListener*> listeners;
     mutable std::mutex listLock;
     /** Held during each call of a listener; a listener may remove itself and others. */

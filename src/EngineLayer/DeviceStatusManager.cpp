@@ -26,6 +26,8 @@
 #include "platform/Logger.h"
 #include "platform/System.h"
 
+#include <utility>
+
 namespace EngineLayer
 {
 
@@ -57,13 +59,11 @@ constexpr int powerOffMs = 6000;
 
 constexpr juce::uint32 fullVolume = 0xffffffff;
 
-/** Says whether the voltage is shown. */
-
 constexpr std::uint8_t autoTestReady[] = { 0x82, 0x02 };
 /** Parameter of the favourites message that tells the satellite program of the power-off. */
 constexpr int siriusPowerOff = 3;
 
-/** Per process, not per manager: the decoder keeps its registers. */
+/** Per process, not per manager: the decoder keeps its registers. The thread of the devices. */
 VideoDecoder& videoDecoder()
 {
     static VideoDecoder instance;
@@ -129,6 +129,12 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
     case msgReportChanges:
         reportChanges();
         break;
+    case msgCameraVideo:
+        cameraVideoPolled(arg1 != 0);
+        break;
+    case msgAudioChannel:
+        followAudioChannel();
+        break;
     case Kernel::MSG_SYS_INIT:
         startHardware();
         break;
@@ -139,7 +145,7 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
         powerOffConfirmed();
         break;
     case Kernel::MSG_STANDBY:
-        setStandby(arg1 == 0);
+        standby(arg1);
         break;
     case Kernel::MSG_SYS_TIMER:
         timerExpired(arg1);
@@ -163,12 +169,11 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
 
 void DeviceStatusManager::startHardware()
 {
-    Platform::disableDaylightSaving();
     Platform::setWaveOutVolume(fullVolume);
     driveOutputs(true);
     DataManager::getInstance()->loadSystemFile();
     devices.set(EngineApi::usbStorage, isUsbStoragePresent());
-    videoDecoder().initialise();
+    postDeviceJob(DeviceJob::decoderSetUp, [] { videoDecoder().initialise(); });
     startTimer(timerCameraVideo, cameraVideoMs);
 }
 
@@ -221,15 +226,17 @@ void DeviceStatusManager::powerOffConfirmed()
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
 }
 
-void DeviceStatusManager::setStandby(bool enter)
+void DeviceStatusManager::standby(juce::int32 what)
 {
-    if (enter == standbyActive)
-        return;
-    standbyActive = enter;
-    if (enter)
+    constexpr juce::int32 enter = 0, leave = 1;
+    // The page itself says whether the unit is in standby: one that is in front or does not run stays as it is.
+    if (what == enter)
         EngineApi::requestShowPage(Pubhead::mbStandby, true);
-    else
+    else if (what == leave)
         EngineApi::requestStopPage(Pubhead::mbStandby);
+    else
+        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
+                                                  "standby is entered by 0 and left by 1, not by %d", what);
 }
 
 void DeviceStatusManager::stopHeartbeat()
@@ -357,9 +364,7 @@ void DeviceStatusManager::sourceChanged()
     const int page = EngineApi::getLastNormalSource();
     const auto [type, number] = policy().mcuSourceForPage(page);
     const McuSource source { type, number };
-    auto* chip = Provided<ChipManager>::get();
-    if (EngineApi::getHandler(page) != nullptr && chip != nullptr)
-        chip->getACService().changeSource(EngineApi::getAudioChannel(page));
+    takeSoundOf(page);
     switch (agreement.unitSwitchedTo(source))
     {
     case SourceAgreement::Report::ask:
@@ -372,6 +377,27 @@ void DeviceStatusManager::sourceChanged()
         break;
     }
     logSource(__LINE__, "APP  REQUESET", source);
+}
+
+void DeviceStatusManager::takeSoundOf(int page)
+{
+    auto* chip = Provided<ChipManager>::get();
+    if (EngineApi::getHandler(page) == nullptr || chip == nullptr)
+        return;
+    audioChannel = EngineApi::getAudioChannel(page);
+    chip->getACService().changeSource(audioChannel);
+}
+
+void DeviceStatusManager::audioChannelChanged()
+{
+    Kernel::postSystemMessage(Kernel::deviceStatusManagerId, msgAudioChannel, 0, 0);
+}
+
+void DeviceStatusManager::followAudioChannel()
+{
+    const int page = EngineApi::getLastNormalSource();
+    if (!factoryResetActive && EngineApi::getAudioChannel(page) != audioChannel)
+        takeSoundOf(page);
 }
 
 void DeviceStatusManager::startSourceWhenReady()
@@ -435,7 +461,20 @@ void DeviceStatusManager::scanUsb()
 
 void DeviceStatusManager::pollCameraVideo()
 {
-    const bool signal = videoDecoder().hasSignal();
+    // A slow bus answers later, not more often.
+    if (std::exchange(cameraPollPending, true))
+        return;
+    postDeviceJob(DeviceJob::cameraPoll,
+                  []
+                  {
+                      const bool signal = videoDecoder().hasSignal();
+                      Kernel::postSystemMessage(Kernel::deviceStatusManagerId, msgCameraVideo, signal ? 1 : 0, 0);
+                  });
+}
+
+void DeviceStatusManager::cameraVideoPolled(bool signal)
+{
+    cameraPollPending = false;
     if (signal == cameraVideoSignal)
         return;
     cameraVideoSignal = signal;

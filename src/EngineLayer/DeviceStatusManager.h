@@ -3,6 +3,7 @@
 #include "EngineApi/DeviceStatus.h"
 #include "EngineLayer/DeviceTable.h"
 #include "EngineLayer/SourceAgreement.h"
+#include "dsp/AudioChannel.h"
 #include "dsp/DSPSettingHelper.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
@@ -40,6 +41,9 @@ public:
     void addDeviceStateListener(EngineApi::DeviceStateInterface* listener);
     void removeDeviceStateListener(EngineApi::DeviceStateInterface* listener);
 
+    /** The DSP follows on the group thread when the source's sound channel is another. Any thread. */
+    void audioChannelChanged();
+
     /** Runs the start page when it is an available source; keeps it when its device may still come. Group thread. */
     void runStartSrc();
     void startSourceWhenReady();
@@ -76,6 +80,10 @@ private:
 
     /** To itself: a device state was changed from outside. */
     static constexpr juce::int32 msgReportChanges = 1;
+    /** To itself: arg1 1 when the camera gives a picture. */
+    static constexpr juce::int32 msgCameraVideo = 2;
+    /** To itself: a page may have another sound channel. */
+    static constexpr juce::int32 msgAudioChannel = 3;
     static constexpr juce::uint32 discAudioBit = 1;
     static constexpr juce::uint32 discVideoBit = 2;
 
@@ -83,7 +91,7 @@ private:
     void start();
     void timerExpired(int timerId);
     void powerOffConfirmed();
-    void setStandby(bool enter);
+    void standby(juce::int32 what);
     void stopHeartbeat();
 
     void hostEvent(int command, const Kernel::Payload& payload);
@@ -94,9 +102,12 @@ private:
     void mcuPowersOff();
 
     void sourceChanged();
+    void followAudioChannel();
+    void takeSoundOf(int page);
     void runPage(int page);
     void scanUsb();
     void pollCameraVideo();
+    void cameraVideoPolled(bool signal);
     void handOverToAutoTest();
     void reportChanges();
     void announce(int kind);
@@ -106,9 +117,10 @@ private:
     std::atomic<int> startPage;
     DeviceTable devices;
     juce::Array<EngineApi::DeviceStateInterface*, juce::CriticalSection> listeners;
-    bool standbyActive = false;
     bool cameraVideoSignal = false;
+    bool cameraPollPending = false;
     SourceAgreement agreement;
+    int audioChannel = eAudioAVOff; ///< what the DSP was told last
     std::atomic<bool> lowBatteryAlert { false };
     juce::CriticalSection alertLock;
     std::atomic<bool> testMode { false };

@@ -63,6 +63,7 @@ void announceMute(bool mute)
         return;
     if (!mute)
     {
+        remote->showLasting(remoteRow, muteColumn, {});
         remote->restore();
         return;
     }
@@ -71,7 +72,7 @@ void announceMute(bool mute)
         remote->restoreAfter(cancelRestore);
         remote->clearRow(remoteRow);
     }
-    remote->showText(remoteRow, muteColumn, " Mute", true);
+    remote->showLasting(remoteRow, muteColumn, " Mute");
 }
 
 } // namespace EngineLayer

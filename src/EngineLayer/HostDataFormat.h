@@ -32,6 +32,7 @@ inline constexpr int maxDataLength = maxLength - overhead;
 
 /** The checksum that belongs behind these bytes. */
 std::uint16_t checksum(const std::uint8_t* bytes, int count);
+inline constexpr std::size_t commandCount = 0x8000;
 /** Command code of a received frame: bit 7 of its high part does not count. */
 int command(const std::uint8_t* frame);
 } // namespace HostFrame

@@ -74,10 +74,7 @@ void HostSessionManager::onRelease()
 {
     monitor = nullptr;
     LowLayer::HostcommDev::getInstance()->clearClient();
-    {
-        const juce::ScopedLock guard(queueLock);
-        sendQueue.clear();
-    }
+    sendQueue.clear();
     inFlight = nullptr;
     frameBuffers.clear();
 }
@@ -116,95 +113,77 @@ void HostSessionManager::sendCommand(int command)
 {
     auto frame = HostDataFormat::obtainFrame();
     frame->build(command);
-    queue(std::move(frame), false);
+    queue(std::move(frame));
 }
 
 void HostSessionManager::sendCommand(int command, int b1)
 {
     auto frame = HostDataFormat::obtainFrame();
     frame->build(command, b1);
-    queue(std::move(frame), false);
+    queue(std::move(frame));
 }
 
 void HostSessionManager::sendCommand(int command, int b1, int b2)
 {
     auto frame = HostDataFormat::obtainFrame();
     frame->build(command, b1, b2);
-    queue(std::move(frame), false);
+    queue(std::move(frame));
 }
 
 void HostSessionManager::sendCommand(int command, int b1, int b2, int b3)
 {
     auto frame = HostDataFormat::obtainFrame();
     frame->build(command, b1, b2, b3);
-    queue(std::move(frame), false);
+    queue(std::move(frame));
 }
 
 void HostSessionManager::sendData(int command, const void* data, int n)
 {
-    sendBlock(command, data, n, false);
+    if (auto frame = blockFrame(command, data, n))
+        queue(std::move(frame));
 }
 
-void HostSessionManager::sendDataUrgent(int command, const void* data, int n)
+void HostSessionManager::sendDataUrgent(int command, const void* data, int n, int subject)
 {
-    sendBlock(command, data, n, true);
+    auto frame = blockFrame(command, data, n);
+    if (frame == nullptr)
+        return;
+    if (const auto lost = sendQueue.appendUrgent(new SendItem(std::move(frame), subject)))
+        noteLoss(*lost, SendQueue::maxUrgent);
+    Kernel::postUrgentSystemMessage(Kernel::hostSessionManagerId, msgSendNext, 0, 0);
 }
 
-void HostSessionManager::sendBlock(int command, const void* data, int n, bool urgent)
+HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data, int n)
 {
     if (data != nullptr && (n < 0 || n > HostFrame::maxDataLength))
     {
         ++refusedSends;
         logger().logError(logFile, __LINE__, logTag, "%s not sent: %d data bytes, a frame carries %d",
                           hostCommand(command).sentName, n, HostFrame::maxDataLength);
-        return;
+        return nullptr;
     }
     auto frame = HostDataFormat::obtainFrame();
     if (!frame->buildBlock(command, data, n))
         frame->build(command);
-    queue(std::move(frame), urgent);
+    return frame;
 }
 
-void HostSessionManager::queue(HostDataFormat::Ptr frame, bool urgent)
+void HostSessionManager::queue(HostDataFormat::Ptr frame)
 {
-    SendItem::Ptr item = new SendItem();
-    item->frame = std::move(frame);
-    if (!append(item, urgent))
-        return;
-    (urgent ? Kernel::postUrgentSystemMessage : Kernel::postSystemMessage)(Kernel::hostSessionManagerId, msgSendNext, 0,
-                                                                           0, nullptr);
+    const SendItem::Ptr item = new SendItem(std::move(frame), EngineApi::noSubject);
+    const auto lost = sendQueue.append(item);
+    if (lost != nullptr)
+        noteLoss(*lost, SendQueue::maxNormal);
+    if (lost != item)
+        Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgSendNext, 0, 0);
 }
 
-bool HostSessionManager::append(const SendItem::Ptr& item, bool urgent)
+void HostSessionManager::noteLoss(const SendItem& lost, int limit)
 {
-    const juce::ScopedLock guard(queueLock);
-    if (sendQueue.size() >= maxWaitingFrames)
-    {
-        ++refusedSends;
-        const auto& lost = urgent ? sendQueue.back() : item;
-        if (!std::exchange(queueFull, true))
-            logger().logError(logFile, __LINE__, logTag, "%d frames wait, %s and what follows is not sent",
-                              maxWaitingFrames, hostCommand(lost->frame->commandOf()).sentName);
-        if (!urgent)
-            return false;
-        sendQueue.pop_back(); // what is urgent takes the place of the last
-    }
-    if (urgent)
-        sendQueue.push_front(item);
-    else
-        sendQueue.push_back(item);
-    return true;
-}
-
-HostSessionManager::SendItem::Ptr HostSessionManager::takeFront()
-{
-    const juce::ScopedLock guard(queueLock);
-    queueFull = false;
-    if (sendQueue.empty())
-        return nullptr;
-    auto item = std::move(sendQueue.front());
-    sendQueue.pop_front();
-    return item;
+    ++refusedSends;
+    if (!lossLogged.exchange(true))
+        logger().logError(logFile, __LINE__, logTag, "%d frames wait, %s and what follows is not sent", limit,
+                          hostCommand(lost.frame->commandOf()).sentName);
 }
 
 // Sending, group thread.
@@ -213,9 +192,10 @@ void HostSessionManager::sendNext()
 {
     if (waitingForAcknowledgement || monitor == nullptr)
         return;
-    inFlight = takeFront();
+    inFlight = sendQueue.takeNext();
     if (inFlight == nullptr)
     {
+        lossLogged = false;
         monitor->stopWatching();
         return;
     }
@@ -349,8 +329,12 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
     if (Platform::CorvaneConfig::isSystemDebug())
         logger().logInfo(logFile, lineReceiveCommand, logTag,
                          "Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
+    noteIfUnknown(command);
     // Nothing reaches the managers before the answer to the request for the last memory.
     if (!synchronised && command != EngineApi::EVENT_GET_LAST_MEMORY)
+        return;
+    const auto receiver = Factory::MsgSpecialHandler::getInstance()->componentForHostCommand(command);
+    if (!hasRoom(receiver, command))
         return;
     const int dataLength = std::max(0, length - HostFrame::overhead);
     LowLayer::BytePool::Ptr data;
@@ -359,9 +343,32 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
         data = frameBuffers.obtain();
         data->assign(frame + HostFrame::dataAt, dataLength);
     }
-    Kernel::postSystemMessage(Factory::MsgSpecialHandler::getInstance()->componentForHostCommand(command),
-                              Kernel::MSG_HOST_EVENT, command, dataLength, std::move(data));
+    Kernel::postSystemMessage(receiver, Kernel::MSG_HOST_EVENT, command, dataLength, std::move(data));
     synchronised = true;
+}
+
+void HostSessionManager::noteIfUnknown(int command)
+{
+    auto noted = unknownCommands[static_cast<std::size_t>(command)];
+    if (noted || *hostCommand(command).receivedName != '\0')
+        return;
+    noted = true;
+    logger().logError(logFile, __LINE__, logTag, "frames of command %d are not known and are ignored", command);
+}
+
+bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
+{
+    const auto waiting = Kernel::SystemEngine::getInstance()->countQueued(receiver);
+    if (waiting == 0)
+        overrun.erase(receiver);
+    if (waiting < maxWaitingEvents)
+        return true;
+    ++droppedEvents;
+    if (overrun.insert(receiver).second)
+        logger().logError(logFile, __LINE__, logTag,
+                          "%d messages wait for component %d, %s and what follows is dropped",
+                          static_cast<int>(waiting), receiver, hostCommand(command).receivedName);
+    return false;
 }
 
 } // namespace EngineLayer
@@ -404,9 +411,9 @@ void sendData(int command, const void* data, int length)
     session().sendData(command, data, length);
 }
 
-void sendDataUrgent(int command, const void* data, int length)
+void sendDataUrgent(int command, const void* data, int length, int subject)
 {
-    session().sendDataUrgent(command, data, length);
+    session().sendDataUrgent(command, data, length, subject);
 }
 
 } // namespace EngineApi

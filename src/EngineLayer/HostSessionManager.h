@@ -1,14 +1,17 @@
 #pragma once
 
+#include "EngineApi/HostLink.h"
 #include "EngineLayer/HostDataFormat.h"
 #include "EngineLayer/HostFrameParser.h"
+#include "EngineLayer/SendQueue.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "lowlayer/BytePool.h"
 #include "lowlayer/ClientCallBack.h"
 
 #include <atomic>
-#include <deque>
+#include <bitset>
+#include <set>
 
 namespace EngineLayer
 {
@@ -24,13 +27,7 @@ class HostSessionManager : public Kernel::ComponentTask,
                            private HostFrameParser::Sink
 {
 public:
-    /** One frame that waits or is in flight. */
-    struct SendItem : public juce::ReferenceCountedObject
-    {
-        using Ptr = juce::ReferenceCountedObjectPtr<SendItem>;
-        HostDataFormat::Ptr frame;
-    };
-
+    using SendItem = EngineLayer::SendItem;
     class MonitorSendThread;
 
     /** Messages that the session and its monitor send to the session. Resend and failure name the frame's sequence in
@@ -44,8 +41,8 @@ public:
         msgSendFailed = 12
     };
 
-    /** Frames that may wait; far more than a link that works ever holds. One more is refused and counted. */
-    static constexpr int maxWaitingFrames = 1024;
+    /** Messages that may wait for a receiver when a frame comes for it. One more frame is acknowledged and dropped. */
+    static constexpr std::size_t maxWaitingEvents = 1024;
 
     ~HostSessionManager() override;
 
@@ -62,20 +59,23 @@ public:
     void sendCommand(int command, int b1, int b2, int b3);
     /** At most 102 bytes, else the call is refused with one error line and counted. Without data a command alone. */
     void sendData(int command, const void* data, int n);
-    /** The same in front of everything that waits, though never of the frame in flight. */
-    void sendDataUrgent(int command, const void* data, int n);
+    /** The same in front of what waits, though never of the frame in flight, and in place of what waits about the same
+     * subject. */
+    void sendDataUrgent(int command, const void* data, int n, int subject = EngineApi::noSubject);
 
-    /** Sends that were refused: oversize, or with too many frames waiting. Any thread. */
+    /** Frames that were not sent: oversize, or with too many frames waiting. Any thread. */
     int getRefusedSends() const { return refusedSends; }
+    /** Received frames that were dropped because their receiver does not keep up. Any thread. */
+    int getDroppedEvents() const { return droppedEvents; }
 
 private:
     friend class Kernel::Singleton<HostSessionManager>;
     HostSessionManager();
 
-    void sendBlock(int command, const void* data, int n, bool urgent);
-    void queue(HostDataFormat::Ptr frame, bool urgent);
-    bool append(const SendItem::Ptr& item, bool urgent);
-    SendItem::Ptr takeFront();
+    /** Null when it is refused. */
+    HostDataFormat::Ptr blockFrame(int command, const void* data, int n);
+    void queue(HostDataFormat::Ptr frame);
+    void noteLoss(const SendItem& lost, int limit);
 
     void onAcknowledgement(int sequence, int value) override;
     void onFrame(const std::uint8_t* frame, int length) override;
@@ -84,6 +84,8 @@ private:
     void frameReceived(int length, const Kernel::Payload& payload);
     void acknowledge(int sequence);
     void dispatch(const std::uint8_t* frame, int length);
+    void noteIfUnknown(int command);
+    bool hasRoom(Kernel::ComponentId receiver, int command);
     void acknowledged(int sequence, int value);
     void sendNext();
     void sendNow(const Kernel::Payload& payload);
@@ -94,7 +96,7 @@ private:
     bool isStale(int sequence) const { return waitingForAcknowledgement && sequence != sequenceCounter; }
 
     juce::ReferenceCountedObjectPtr<MonitorSendThread> monitor;
-    std::deque<SendItem::Ptr> sendQueue;
+    SendQueue sendQueue;
     SendItem::Ptr inFlight;
     std::uint8_t sequenceCounter = 0;
     int lastSequence;
@@ -102,10 +104,12 @@ private:
     bool waitingForAcknowledgement = false;
     HostFrameParser parser;
     LowLayer::BytePoolStore frameBuffers { HostFrame::maxLength };
-    bool queueFull = false; ///< refusals since then were logged
-    juce::CriticalSection queueLock;
     bool synchronised = false;
     std::atomic<int> refusedSends { 0 };
+    std::atomic<bool> lossLogged { false }; ///< until nothing waits
+    std::atomic<int> droppedEvents { 0 };
+    std::set<Kernel::ComponentId> overrun;                   ///< logged, until nothing waits for them
+    std::bitset<HostFrame::commandCount> unknownCommands {}; ///< logged
 };
 
 } // namespace EngineLayer

@@ -11,8 +11,8 @@ namespace EngineLayer
 /** The settings that a zone's configuration shows, as they are stored. */
 struct ZoneSettings
 {
-    int fader = 0;          ///< 0..12, 6 is the centre
-    int balance = 0;        ///< 0..12, 6 is the centre
+    int fader = 0;          ///< 0 (rear) to 12 (front), 6 is the centre
+    int balance = 0;        ///< 0 (left) to 12 (right), 6 is the centre
     int subwooferLevel = 0; ///< 0..12
     int treble = 0;         ///< 0..12, 6 is flat
     int middle = 0;

@@ -140,10 +140,7 @@ void applyZoneVolume(const PGNPacket& packet)
 void closePrograms()
 {
     for (const auto appType : getRegisteredApps())
-    {
-        sendRemoteMessage(appType, RMSG_SOURCE_STOP, 0, 0);
-        setAppState(appType, kClosing);
-    }
+        closeApp(appType);
 }
 
 } // namespace

@@ -86,12 +86,24 @@ void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
         switchState(kPowerOff, kIdle);
         postToSelf(stateBeginPowerOff, 0, 0);
         break;
+    case Kernel::MSG_SYS_TIMER:
+        if (arg1 == ApplicationManager::backgroundTimer)
+            ApplicationManager::getInstance()->checkBackground(arg2);
+        else if (isCurrent(arg1, arg2))
+            toCurrentState(id, arg1, arg2, payload);
+        break;
     default:
-        // A reference of its own: the handler may make another state current.
-        if (const auto state = current)
-            state->handleMessage(id, arg1, arg2, payload);
+        toCurrentState(id, arg1, arg2, payload);
         break;
     }
+}
+
+void SystemStateManager::toCurrentState(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                                        const Kernel::Payload& payload)
+{
+    // A reference of its own: the handler may make another state current.
+    if (const auto state = current)
+        state->handleMessage(id, arg1, arg2, payload);
 }
 
 void SystemStateManager::takePendingState()

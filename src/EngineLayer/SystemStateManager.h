@@ -24,7 +24,7 @@ public:
     /** Of the switch time-out and of the power-off time-out, which never run together. */
     static constexpr int timerId = 1;
     /** Requests that may wait; one more is refused. */
-    static constexpr std::size_t requestCapacity = 1000;
+    static constexpr std::size_t requestCapacity = 32;
 
     void initialize() override;
     void onRelease() override;
@@ -51,6 +51,7 @@ private:
     friend class Kernel::Singleton<SystemStateManager>;
     SystemStateManager();
 
+    void toCurrentState(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload);
     void addState(SystemState::Ptr state);
     void changeState(int state, int subState);
     bool enterState(int state);

@@ -7,6 +7,8 @@
 #include "platform/Configuration.h"
 #include "platform/Logger.h"
 
+#include <utility>
+
 namespace EngineLayer
 {
 
@@ -31,8 +33,14 @@ constexpr int startBrightness = 3;
 
 /** What the transmitter needs before the first byte, and the last byte before the transmitter goes off. */
 constexpr int switchingMs = 10;
-/** A write that failed may cost its callers this share of their time. */
+/** A remote that takes no bytes may hold its thread for this share of the time. */
 constexpr int restAfterFailure = 30;
+
+/** Texts that cover each other leave far fewer; of more the oldest is not sent. */
+constexpr std::size_t mostWaiting = 32;
+
+/** Of the worker's jobs. */
+enum Job { jobTransmitterOff, jobSend };
 
 Platform::Logger& logger()
 {
@@ -50,7 +58,8 @@ void logTraffic(LogLine line, const char* direction, const void* data, int lengt
 TLX70Dev::~TLX70Dev()
 {
     // Its reader thread calls this object.
-    port.reset();
+    if (port != nullptr)
+        port->close();
 }
 
 void TLX70Dev::initialize()
@@ -62,7 +71,7 @@ void TLX70Dev::initialize()
         const bool opened = port->open(portName, baudRate, true);
         logger().logDebug(logFile, lineOpen, logTag, "serial open: %d", opened ? 1 : 0);
     }
-    drive(UnitLine::remoteTransmit, false);
+    worker.post(jobTransmitterOff, [] { drive(UnitLine::remoteTransmit, false); });
     startTimer(refreshTimer, refreshMs);
 }
 
@@ -70,14 +79,14 @@ void TLX70Dev::onStop()
 {
     stopTimer(refreshTimer);
     stopTimer(restoreTimer);
-    // Without the lock: closing ends a write that waits under it.
+    // Closing ends a write that waits.
     if (port != nullptr)
         port->close();
 }
 
 void TLX70Dev::onRelease()
 {
-    const juce::ScopedLock guard(writeLock);
+    const juce::ScopedLock guard(lock);
     port.reset();
 }
 
@@ -87,38 +96,108 @@ bool TLX70Dev::writeBytes(const void* data, int n)
 {
     if (data == nullptr || n < 1)
         return false;
-    const juce::ScopedLock guard(writeLock);
-    if (port == nullptr || !port->isOpen())
-        return false;
-    if (transmit(data, n))
-        return true;
-    if (unsent++ == 0)
-        logger().logError(logFile, __LINE__, logTag, "the remote takes no commands");
-    return false;
-}
-
-bool TLX70Dev::transmit(const void* data, int n)
-{
-    const auto begin = Clock::now();
-    if (!port->isConnected() || begin < leftAloneUntil)
-        return false;
-    logTraffic(lineSend, "send: ", data, n);
-    drive(UnitLine::remoteTransmit, true);
-    juce::Thread::sleep(switchingMs);
-    const bool taken = port->write(data, n) == n;
-    juce::Thread::sleep(switchingMs);
-    drive(UnitLine::remoteTransmit, false);
-    if (!taken)
-    {
-        const auto end = Clock::now();
-        leftAloneUntil = end + restAfterFailure * (end - begin);
-    }
-    return taken;
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    return send({ bytes, bytes + n });
 }
 
 bool TLX70Dev::send(const Protocol::Bytes& command)
 {
-    return writeBytes(command.data(), static_cast<int>(command.size()));
+    const juce::ScopedLock guard(lock);
+    if (command.empty() || port == nullptr || !port->isOpen())
+        return false;
+    if (isReachable())
+        enqueue(command);
+    else
+        noteUnsent();
+    return isReachable();
+}
+
+bool TLX70Dev::isReachable() const
+{
+    return port->isConnected() && Clock::now() >= leftAloneUntil;
+}
+
+void TLX70Dev::noteUnsent()
+{
+    if (unsent++ == 0)
+        logger().logError(logFile, __LINE__, logTag, "the remote takes no commands");
+}
+
+void TLX70Dev::enqueue(Protocol::Bytes command)
+{
+    std::erase_if(waiting, [&](const auto& older) { return Protocol::supersedes(command, older); });
+    if (waiting.size() == mostWaiting)
+    {
+        waiting.pop_front();
+        noteUnsent();
+    }
+    waiting.push_back(std::move(command));
+    worker.post(jobSend, [this] { sendWaiting(); });
+}
+
+void TLX70Dev::sendWaiting()
+{
+    while (const auto command = takeNext())
+        if (transmit(*command))
+            wasSent(*command);
+}
+
+std::optional<Protocol::Bytes> TLX70Dev::takeNext()
+{
+    const juce::ScopedLock guard(lock);
+    if (waiting.empty() || worker.isStopping())
+        return std::nullopt;
+    auto command = std::move(waiting.front());
+    waiting.pop_front();
+    return command;
+}
+
+bool TLX70Dev::transmit(const Protocol::Bytes& command)
+{
+    {
+        const juce::ScopedLock guard(lock);
+        if (!isReachable())
+        {
+            noteUnsent();
+            return false;
+        }
+    }
+    const auto begin = Clock::now();
+    const int size = static_cast<int>(command.size());
+    logTraffic(lineSend, "send: ", command.data(), size);
+    drive(UnitLine::remoteTransmit, true);
+    juce::Thread::sleep(switchingMs);
+    const bool taken = port->write(command.data(), size) == size;
+    juce::Thread::sleep(switchingMs);
+    drive(UnitLine::remoteTransmit, false);
+    if (taken)
+        return true;
+    const auto end = Clock::now();
+    const juce::ScopedLock guard(lock);
+    leftAloneUntil = end + restAfterFailure * (end - begin);
+    noteUnsent();
+    return false;
+}
+
+void TLX70Dev::wasSent(const Protocol::Bytes& command)
+{
+    const juce::ScopedLock guard(lock);
+    if (command == Protocol::encodeStartBrightness(startBrightness))
+        ++startBrightnessSent;
+    // The refresh ends with this one. A temporary text is not cut short: its end restores the lines.
+    if (command != Protocol::encodeDimmerB(dimmerLevel) || unsent == 0 || isRestorePending())
+        return;
+    logger().logInfo(logFile, __LINE__, logTag, "the remote is there, %d commands were not sent", unsent);
+    unsent = 0;
+    restore();
+}
+
+bool TLX70Dev::accepts(const Line& line) const
+{
+    if (line.column >= 0 && line.column <= highestColumn)
+        return true;
+    logger().logError(logFile, __LINE__, logTag, "no text at column %d, the highest is %d", line.column, highestColumn);
+    return false;
 }
 
 bool TLX70Dev::show(const Line& line)
@@ -133,21 +212,26 @@ bool TLX70Dev::show(const Line& line)
 
 bool TLX70Dev::showText(int row, int column, const juce::String& text, bool temporary)
 {
-    if (text.isEmpty())
-        return false;
-    if (column < 0 || column > highestColumn)
-    {
-        logger().logError(logFile, __LINE__, logTag, "no text at column %d, the highest is %d", column, highestColumn);
-        return false;
-    }
     const Line line { row, column, text };
-    const juce::ScopedLock guard(writeLock);
+    if (text.isEmpty() || !accepts(line))
+        return false;
+    const juce::ScopedLock guard(lock);
     if (!temporary)
     {
         (row == secondRow ? storedLine2 : storedLine1) = line;
         stopTimer(restoreTimer);
     }
     return show(line);
+}
+
+bool TLX70Dev::showLasting(int row, int column, const juce::String& text)
+{
+    const Line line { row, column, text };
+    if (!accepts(line))
+        return false;
+    const juce::ScopedLock guard(lock);
+    lastingText = line;
+    return showKept(line);
 }
 
 void TLX70Dev::clearRow(int row)
@@ -157,7 +241,7 @@ void TLX70Dev::clearRow(int row)
 
 void TLX70Dev::clearDisplay(bool forgetStored)
 {
-    const juce::ScopedLock guard(writeLock);
+    const juce::ScopedLock guard(lock);
     if (forgetStored)
     {
         storedLine1 = {};
@@ -174,7 +258,7 @@ void TLX70Dev::setDimmer(int level)
                           Protocol::highestLevel);
         return;
     }
-    const juce::ScopedLock guard(writeLock);
+    const juce::ScopedLock guard(lock);
     dimmerLevel = level;
     send(Protocol::encodeDimmerA(level));
     send(Protocol::encodeDimmerB(level));
@@ -195,14 +279,14 @@ bool TLX70Dev::isRestorePending()
 
 bool TLX70Dev::restore()
 {
-    const juce::ScopedLock guard(writeLock);
+    const juce::ScopedLock guard(lock);
     stopTimer(restoreTimer);
     bool shown = send(Protocol::encodeClearDisplay());
-    shown = showStored(storedLine1) && shown;
+    shown = showKept(storedLine1) && shown;
     // A first line that wraps has taken the second row too.
     if (storedLine1.row == 0)
-        shown = showStored(storedLine2) && shown;
-    return shown;
+        shown = showKept(storedLine2) && shown;
+    return showKept(lastingText) && shown;
 }
 
 // Timers.
@@ -217,23 +301,18 @@ void TLX70Dev::timerCallback(int timerId)
 
 void TLX70Dev::refresh()
 {
-    const juce::ScopedLock guard(writeLock);
-    if (startBrightnessSent < startBrightnessSends && send(Protocol::encodeStartBrightness(startBrightness)))
-        ++startBrightnessSent;
-    const bool reached = send(Protocol::encodeDimmerA(dimmerLevel)) && send(Protocol::encodeDimmerB(dimmerLevel));
-    // A temporary text that was sent meanwhile is not cut short: its end restores the lines.
-    if (!reached || unsent == 0 || isRestorePending())
-        return;
-    logger().logInfo(logFile, __LINE__, logTag, "the remote is there, %d commands were not sent", unsent);
-    unsent = 0;
-    restore();
+    const juce::ScopedLock guard(lock);
+    if (startBrightnessSent < startBrightnessSends)
+        send(Protocol::encodeStartBrightness(startBrightness));
+    if (send(Protocol::encodeDimmerA(dimmerLevel)))
+        send(Protocol::encodeDimmerB(dimmerLevel));
 }
 
 void TLX70Dev::endTemporaryText()
 {
     stopTimer(restoreTimer);
-    const juce::ScopedLock guard(writeLock);
-    // While the lock was waited for, another temporary text may have begun.
+    const juce::ScopedLock guard(lock);
+    // Before the lock was had, another temporary text may have begun.
     if (!isRestorePending())
         restore();
 }

@@ -2,12 +2,15 @@
 
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/WiredRemoteProtocol.h"
+#include "kernel/DeviceWorker.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "platform/SerialPort.h"
 
 #include <chrono>
+#include <deque>
 #include <memory>
+#include <optional>
 
 namespace EngineLayer
 {
@@ -16,9 +19,10 @@ namespace EngineLayer
     The wired remote: sends text and brightness over a shared bus whose transmitter a line switches, keeps the two lines
     that come back after a temporary text, and posts the remote's keys to the key manager.
 
-    Its calls come from any thread. One lock covers each of them whole, so that neither the bytes of a command nor the
-    commands of a call are parted. A command takes some 20 ms. A remote that takes no bytes holds its callers for a
-    second at most and is then left alone for thirty times as long; without a device every call fails at once. What was
+    Its calls come from any thread and return at once: they queue commands, which the thread "WiredRemote" sends, some
+    20 ms each. One lock covers each call whole, so that the commands of two calls are not parted. A command that a
+    newer one makes needless before it was its turn is not sent. A remote that takes no bytes holds the thread for a
+    second at most and is then left alone for thirty times as long; without a device every call answers false. What was
     not sent is counted, and the stored lines are shown when the remote is back.
 */
 class TLX70Dev : public Kernel::ComponentTask,
@@ -42,18 +46,18 @@ public:
     /** It receives none. */
     void handleMessage(juce::int32, juce::int32, juce::int32, const Kernel::Payload&) override {}
 
-    /** One command on the bus. True when the port has taken every byte. */
+    /** One command for the bus. True when it was taken to be sent. */
     bool writeBytes(const void* data, int n);
 
     /** False for an empty text, and for a column outside 0 to 31, which is logged; neither is remembered. */
     bool showText(int row, int column, const juce::String& text, bool temporary) override;
+    bool showLasting(int row, int column, const juce::String& text) override;
     void clearRow(int row) override;
     void clearDisplay(bool forgetStored) override;
     /** Another level than 0 to 15 is logged and changes nothing. */
     void setDimmer(int level) override;
     void restoreAfter(int milliseconds) override;
     bool isRestorePending() override;
-    /** True when the display shows the stored lines, and nothing else. */
     bool restore() override;
 
     /** Port reader thread. */
@@ -74,21 +78,34 @@ private:
         juce::String text;
     };
 
+    bool isReachable() const;
     bool send(const WiredRemoteProtocol::Bytes& command);
+    void enqueue(WiredRemoteProtocol::Bytes command);
+    bool accepts(const Line& line) const;
     bool show(const Line& line);
-    bool showStored(const Line& line) { return line.text.isEmpty() || show(line); }
-    bool transmit(const void* data, int n);
+    bool showKept(const Line& line) { return line.text.isEmpty() || show(line); }
     void refresh();
     void endTemporaryText();
+    void noteUnsent();
 
-    juce::CriticalSection writeLock; ///< guards everything below
+    // The thread "WiredRemote".
+    void sendWaiting();
+    std::optional<WiredRemoteProtocol::Bytes> takeNext();
+    /** True when the port has taken every byte. */
+    bool transmit(const WiredRemoteProtocol::Bytes& command);
+    void wasSent(const WiredRemoteProtocol::Bytes& command);
+
+    juce::CriticalSection lock; ///< guards everything below but the port's own calls
     std::unique_ptr<Platform::SerialPort> port;
+    std::deque<WiredRemoteProtocol::Bytes> waiting;
     int dimmerLevel = WiredRemoteProtocol::highestLevel;
     Line storedLine1;
     Line storedLine2;
+    Line lastingText;
     int startBrightnessSent = 0;
     int unsent = 0; ///< commands since the remote took the last one before it was lost
     Clock::time_point leftAloneUntil;
+    Kernel::DeviceWorker worker { "WiredRemote" }; ///< last: its thread ends before what it uses
 };
 
 } // namespace EngineLayer

@@ -11,7 +11,10 @@ namespace
 {
 
 constexpr const char* busName = "I2C1:";
-constexpr int busTimeoutMs = 10000;
+constexpr int setUpTimeoutMs = 1000;
+constexpr int pollTimeoutMs = 250;
+/** A decoder that does not answer may take this share of the time of what else waits for the thread. */
+constexpr int restAfterFailure = 30;
 constexpr int deviceAddress = 0x88; ///< 8-bit form
 constexpr int statusRegister = 0x01;
 constexpr int signalBits = 0x48; ///< horizontal and vertical lock
@@ -40,25 +43,32 @@ void VideoDecoder::initialise()
     if (initialised)
         return;
     initialised = true;
-    driveHigh(UnitLine::videoDecoderPower);
+    drive(UnitLine::videoDecoderPower, true);
     Platform::I2CDevice device;
-    if (!device.open(busName, busTimeoutMs))
+    if (!device.open(busName, setUpTimeoutMs))
         return;
-    int refused = 0;
     for (const auto& entry : registerTable)
         if (!device.writeRegister(deviceAddress, entry.number, entry.value))
-            ++refused;
-    if (refused > 0)
-        Platform::Logger::getInstance()->logError("EngineLayer/VideoDecoder", __LINE__, "DeviceStatusManager",
-                                                  "the video decoder refused %d of its registers", refused);
+        {
+            Platform::Logger::getInstance()->logError(
+                "EngineLayer/VideoDecoder", __LINE__, "DeviceStatusManager",
+                "the video decoder does not take register 0x%02X and is not set up", entry.number);
+            return;
+        }
 }
 
-bool VideoDecoder::hasSignal() const
+bool VideoDecoder::hasSignal()
 {
+    const auto begin = Clock::now();
+    if (begin < leftAloneUntil)
+        return false;
     Platform::I2CDevice device;
     std::uint8_t status = 0;
-    return device.open(busName, busTimeoutMs) && device.readRegister(deviceAddress, statusRegister, status) &&
-           (status & signalBits) == signalBits;
+    if (device.open(busName, pollTimeoutMs) && device.readRegister(deviceAddress, statusRegister, status))
+        return (status & signalBits) == signalBits;
+    const auto end = Clock::now();
+    leftAloneUntil = end + restAfterFailure * (end - begin);
+    return false;
 }
 
 } // namespace EngineLayer

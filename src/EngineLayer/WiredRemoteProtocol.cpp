@@ -104,6 +104,47 @@ Bytes encodeDimmerB(int level)
     return encodeLevel(codeDimmerB, level);
 }
 
+namespace
+{
+
+/** The cells of a text, the last one not included: row * 16 + column. */
+struct Cells
+{
+    int begin;
+    int end;
+
+    int row() const { return begin / columns; }
+};
+
+std::optional<Cells> cellsOf(const Bytes& command)
+{
+    constexpr int framing = 2; // the position in front, the end of the text
+    if (command.size() <= framing || command.front() < codePosition || command.back() != codeEndOfText)
+        return std::nullopt;
+    const int begin = command.front() & ~codePosition;
+    return Cells { begin, begin + static_cast<int>(command.size()) - framing };
+}
+
+/** Of a command without its level; 0 for a text. */
+int kindOf(const Bytes& command)
+{
+    if (command.size() != 2 || command.front() != codeCommand)
+        return 0;
+    return command.back() == codeClear ? codeClear : command.back() & ~highestLevel;
+}
+
+} // namespace
+
+bool supersedes(const Bytes& newer, const Bytes& older)
+{
+    if (const int kind = kindOf(newer); kind != 0)
+        return kind == kindOf(older) || (kind == codeClear && cellsOf(older).has_value());
+    const auto covering = cellsOf(newer);
+    const auto covered = cellsOf(older);
+    return covering && covered && covering->row() == covered->row() && covering->begin <= covered->begin &&
+           covering->end >= covered->end;
+}
+
 std::optional<juce::int32> decodeKey(const void* data, int length)
 {
     if (data == nullptr || length != 1)

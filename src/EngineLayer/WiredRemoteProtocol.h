@@ -28,6 +28,12 @@ Bytes encodeStartBrightness(int level);
 Bytes encodeDimmerA(int level);
 Bytes encodeDimmerB(int level);
 
+/**
+    True when the remote stands as after both commands although only the newer one is sent: a text covers the older one
+    in its row, a cleared display everything, a level the one before.
+*/
+bool supersedes(const Bytes& newer, const Bytes& older);
+
 /** The key (EngineApi::KeyCode) of one read; none for another length than 1 and for bytes that mean no key. */
 std::optional<juce::int32> decodeKey(const void* data, int length);
 

@@ -2,6 +2,7 @@
 
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "lowlayer/RemotecommDev.h"
 #include "platform/CommandLine.h"
 #include "platform/Logger.h"
 #include "platform/Pubhead.h"
@@ -186,34 +187,34 @@ bool ExeMonitor::launch(const LaunchRequest::Ptr& request)
             return false;
         }
     }
-    if (state == kDisconnect)
-    {
-        if (!start(*request))
-            return false;
-    }
-    else if (state == kStarting)
-    {
-        postCommandLine(appType, request->bundle);
-    }
-    else
-    {
-        sendCommandLine(appType, request->bundle);
-    }
+    const bool isTakenOver = state == kDisconnect && takeOver(appType);
+    const bool isNew = state == kDisconnect && !isTakenOver;
+    if (isNew && !createProgram(*request))
+        return false;
+    // Before the program is told: the view manager forgets a page that is asked for before it knows it. A new process
+    // has its command line, and its hello waits for the end of the launch.
     if (!request->background)
         setNextPage(request->page);
+    if (state == kStarting || isTakenOver)
+        postCommandLine(appType, request->bundle);
+    else if (!isNew)
+        sendCommandLine(appType, request->bundle);
     return true;
 }
 
-bool ExeMonitor::start(const LaunchRequest& request)
+bool ExeMonitor::takeOver(int appType)
+{
+    const auto running = findRunningProgram(appType);
+    if (!running.found)
+        return false;
+    setAppState(appType, kConnected);
+    monitor.watchProcess(appType, running.process);
+    return true;
+}
+
+bool ExeMonitor::createProgram(const LaunchRequest& request)
 {
     const int appType = request.appType;
-    if (const auto running = findRunningProgram(appType); running.found)
-    {
-        setAppState(appType, kConnected);
-        monitor.watchProcess(appType, running.process);
-        postCommandLine(appType, request.bundle);
-        return true;
-    }
     if (request.path.isEmpty())
     {
         Platform::Logger::getInstance()->logError(
@@ -256,6 +257,23 @@ void ExeMonitor::terminateApp(int appType)
         return;
     Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, appText(appType) + " | terminated");
     process->terminate();
+}
+
+void ExeMonitor::closeApp(int appType)
+{
+    {
+        const juce::ScopedLock guard(lock);
+        if (getAppState(appType) == kDisconnect)
+            return;
+        // Before the program is told: one that ends at once would be left closing for ever.
+        setAppState(appType, kClosing);
+    }
+    // Past the queue of the channel, which takes nothing for a program that is closing.
+    const auto stop = Platform::RemoteMessage::obtain();
+    stop->what = RMSG_SOURCE_STOP;
+    stop->arg1 = stop->arg2 = 0;
+    LowLayer::RemotecommDev::getInstance()->postToApp(appType, stop);
+    Platform::RemoteMessage::recycle(stop);
 }
 
 void ExeMonitor::setAppState(int appType, int state)
@@ -366,6 +384,7 @@ void ExeMonitor::handleHello(int appType)
 
 void ExeMonitor::handleHeartbeatReply(int appType)
 {
+    namedSilent.erase(appType);
     const juce::ScopedLock guard(lock);
     heartbeatPending.erase(appType);
 }
@@ -373,7 +392,10 @@ void ExeMonitor::handleHeartbeatReply(int appType)
 void ExeMonitor::handleStateChange(int appType, int state)
 {
     if (state == kDisconnect)
+    {
+        namedSilent.erase(appType);
         runQueuedLaunches(appType);
+    }
     std::vector<AppConnectStateInterface*> listeners;
     {
         const juce::ScopedLock guard(lock);
@@ -427,7 +449,12 @@ void ExeMonitor::judgeHeartbeat(const std::set<int>& silentApps)
         return;
     }
     for (const int appType : silentApps)
+    {
         Platform::debugPrint("heat beat failure::%s\r\n", Pubhead::appTypeName(appType));
+        if (namedSilent.insert(appType).second)
+            Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
+                                                      appText(appType) + " | does not answer the heartbeat");
+    }
     ++failedHeartbeats;
     if (failedHeartbeats > toleratedFailedHeartbeats)
         Kernel::postSystemMessage(Kernel::deviceStatusManagerId, Kernel::MSG_HEARTBEAT_STOP, 0, 0);
@@ -461,6 +488,11 @@ bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::
 void terminateApp(int appType)
 {
     ExeMonitor::getInstance()->terminateApp(appType);
+}
+
+void closeApp(int appType)
+{
+    ExeMonitor::getInstance()->closeApp(appType);
 }
 
 void setAppState(int appType, int state)

@@ -27,7 +27,10 @@ public:
 
     bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background);
     bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle);
+    /** Ends its process by force. */
     void terminateApp(int appType);
+    /** Tells a program to quit; it counts as closing from before it hears of it until its process has ended. */
+    void closeApp(int appType);
     void setAppState(int appType, int state);
     int getAppState(int appType) const;
     void addConnectListener(EngineApi::AppConnectStateInterface* listener);
@@ -66,7 +69,9 @@ private:
     bool launch(const LaunchRequest::Ptr& request);
     /** Whether it is closing, or its process has ended and the news is on its way: what it is told now is lost. */
     bool isEnding(int appType) const;
-    bool start(const LaunchRequest& request);
+    /** False when it does not run. */
+    bool takeOver(int appType);
+    bool createProgram(const LaunchRequest& request);
     /** Behind the changes of state that are on their way: kStarting discards what waits for a program. */
     void postCommandLine(int appType, const Platform::Bundle::Ptr& bundle);
     void handleStart();
@@ -91,6 +96,7 @@ private:
 
     // The component's thread only.
     std::vector<LaunchRequest::Ptr> launchQueue;
+    std::set<int> namedSilent; ///< programs whose silence is in the log; they have not answered since
     int failedHeartbeats = 0;
 };
 

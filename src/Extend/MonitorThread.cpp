@@ -1,6 +1,7 @@
 #include "Extend/MonitorThread.h"
 
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 
 namespace EngineLayer
 {
@@ -9,7 +10,6 @@ namespace
 {
 
 constexpr int failedWaitDelayMs = 20;
-constexpr int stopTimeoutMs = 200;
 
 } // namespace
 
@@ -53,13 +53,14 @@ void MonitorThread::stop()
 {
     signalThreadShouldExit();
     waiter.wake();
-    if (isThreadRunning() && !waitForThreadToExit(stopTimeoutMs))
+    if (!Platform::awaitEnd(*this))
         Platform::Logger::getInstance()->logError("Extend/ExeMonitor_win32", __LINE__, "MonitorThread",
                                                   "the thread does not stop");
 }
 
 void MonitorThread::run()
 {
+    Platform::enterThread(getThreadName());
     while (!threadShouldExit())
     {
         // The wait works on a copy: programs may be added meanwhile, which wakes it.

@@ -85,14 +85,16 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
     }
 }
 
-void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
+void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload&)
 {
     switch (id)
     {
     case Kernel::MSG_SYS_START:
         return handleStart();
     case Kernel::MSG_SYS_TIMER:
-        return handleTimer(arg1);
+        if (isCurrent(arg1, arg2))
+            handleTimer(arg1);
+        return;
     case msgSetNextPage:
         return handleNextPage(arg1);
     case msgRequestShow:
@@ -119,7 +121,15 @@ void ViewManager::handleStart()
 
 void ViewManager::handleTimer(int timerId)
 {
+    const bool answerCouldCome = getTimerInterval(timerId) > atOnceMs;
     stopTimer(timerId);
+    const auto logSilence = [=](int page, const char* lacking)
+    {
+        if (answerCouldCome && page != NUM_OF_PAGES)
+            Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, juce::String(pageName(page)) + lacking);
+    };
+    // A program that stays silent counts as one that has answered. It does so here and now: what is posted could meet
+    // the page after it.
     switch (timerId)
     {
     case requestTimer:
@@ -127,13 +137,16 @@ void ViewManager::handleTimer(int timerId)
             return;
         if (thirdPage != NUM_OF_PAGES)
             nextPage = std::exchange(thirdPage, NUM_OF_PAGES);
-        return Kernel::postSystemMessage(Kernel::viewManagerId, msgRequestShow, nextPage, 0);
-    // A program that stays silent counts as one that has answered.
+        logSilence(nextPage, " does not ask to be shown");
+        return handleRequestShow(nextPage);
     case showTimer:
-        return Kernel::postSystemMessage(Kernel::viewManagerId, msgShowReady, nextPage, 0);
+        logSilence(nextPage, " does not answer its show");
+        return handleShowReady(nextPage);
     case hideTimer:
-        return Kernel::postSystemMessage(Kernel::viewManagerId, msgHideReady, currentPage, 0);
+        logSilence(currentPage, " does not answer its hide");
+        return handleHideReady(currentPage);
     case reportTimer:
+        logSilence(reportPage, " does not confirm its command line");
         return confirmReport();
     default:
         return;

@@ -5,6 +5,7 @@
 #include "platform/Logger.h"
 #include "platform/Sound.h"
 #include "platform/System.h"
+#include "platform/Threads.h"
 
 namespace Bar
 {
@@ -19,7 +20,6 @@ constexpr juce::uint32 alertVolume = 0xEEEEEEEE;
 constexpr juce::uint32 fullVolume = 0xFFFFFFFF;
 
 constexpr int stepMs = 100;
-constexpr int stopMs = 100;
 
 } // namespace
 
@@ -72,7 +72,7 @@ void LowBatteryAlertBar::stopSound()
 {
     alertThread->signalThreadShouldExit();
     alertThread->notify();
-    if (alertThread->waitForThreadToExit(stopMs))
+    if (Platform::awaitEnd(*alertThread))
         return;
     // It hangs in the sound output. It is not killed, and the next alert has a thread of its own.
     Platform::Logger::getInstance()->logError("ProjectDepend/LowBatteryAlertBar", __LINE__, "LowBatteryAlertBar",
@@ -88,6 +88,7 @@ LowBatteryAlertBar::AlertAudioThread::AlertAudioThread()
 
 void LowBatteryAlertBar::AlertAudioThread::run()
 {
+    Platform::enterThread(getThreadName());
     Platform::setWaveOutVolume(alertVolume);
     Platform::PlaySound(Platform::AppConfig::getProfilePath() + "alert_49.wav");
     while (!threadShouldExit())

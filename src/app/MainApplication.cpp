@@ -8,6 +8,9 @@
 #include "platform/Resources.h"
 #include "platform/Sound.h"
 #include "platform/System.h"
+#include "platform/Threads.h"
+
+#include <cstdlib>
 
 namespace
 {
@@ -72,6 +75,9 @@ void MainApplication::shutdown()
     // Its thread belongs to no group, and sends through what is released now.
     if (auto* session = EngineLayer::CATestSessionManager::getExisting())
         session->stop();
+    // A thread that does not end may use anything at any moment, so nothing is taken down under it.
+    if (Platform::hasStragglers())
+        std::quick_exit(EXIT_SUCCESS);
     Kernel::SystemEngine::getInstance()->release();
     Platform::releaseSound();
 }

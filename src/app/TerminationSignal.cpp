@@ -1,5 +1,6 @@
 #include "app/TerminationSignal.h"
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,20 +21,10 @@ extern "C" void writeToPipe(int)
 
 } // namespace
 
-TerminationSignal::TerminationSignal()
+void TerminationSignal::catchEarly()
 {
     if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    juce::LinuxEventLoop::registerFdCallback(pipeEnds[0],
-                                             [](int descriptor)
-                                             {
-                                                 char bytes[16];
-                                                 while (read(descriptor, bytes, sizeof(bytes)) > 0)
-                                                 {
-                                                 }
-                                                 if (auto* application = juce::JUCEApplicationBase::getInstance())
-                                                     application->systemRequestedQuit();
-                                             });
     struct sigaction action
     {
     };
@@ -44,11 +35,21 @@ TerminationSignal::TerminationSignal()
     sigaction(SIGINT, &action, nullptr);
 }
 
+TerminationSignal::TerminationSignal()
+{
+    juce::LinuxEventLoop::registerFdCallback(pipeEnds[0],
+                                             [](int descriptor)
+                                             {
+                                                 char bytes[16];
+                                                 while (read(descriptor, bytes, sizeof(bytes)) > 0)
+                                                 {
+                                                 }
+                                                 if (auto* application = juce::JUCEApplicationBase::getInstance())
+                                                     application->systemRequestedQuit();
+                                             });
+}
+
 TerminationSignal::~TerminationSignal()
 {
-    std::signal(SIGTERM, SIG_DFL);
-    std::signal(SIGINT, SIG_DFL);
     juce::LinuxEventLoop::unregisterFdCallback(pipeEnds[0]);
-    for (int& end : pipeEnds)
-        close(std::exchange(end, -1));
 }

@@ -30,6 +30,10 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "headunit-engine: %s\n", error.c_str());
         return badConfiguration;
     }
+    TerminationSignal::catchEarly();
+    // The clock on the boat shows standard time. Other threads, which may read the environment, start with the
+    // framework.
+    Platform::disableDaylightSaving();
     const auto onlyEngine = Platform::InstanceLock::take();
     if (onlyEngine == nullptr)
     {

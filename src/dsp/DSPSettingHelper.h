@@ -34,8 +34,8 @@ public:
     virtual int reserved11() { return 0; }
     virtual int reserved12() { return 0; }
     virtual bool isEqSwitchOn() = 0;
-    virtual int getBalance() = 0; ///< 0 to 12, 6 is the middle
-    virtual int getFader() = 0;   ///< 0 to 12, 6 is the middle
+    virtual int getBalance() = 0; ///< 0 (right) to 12 (left), 6 is the middle: against the setting's direction
+    virtual int getFader() = 0;   ///< 0 (front) to 12 (rear), 6 is the middle: against the setting's direction
     virtual int getBassGain() = 0;
     virtual int reserved17() { return 0; }
     virtual int reserved18() { return 0; }

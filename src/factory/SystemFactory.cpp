@@ -27,6 +27,12 @@ namespace
 constexpr int aboveNormal = 7;
 constexpr int normal = 5;
 
+template <typename T>
+Kernel::SystemTask* instanceOf()
+{
+    return T::getInstance();
+}
+
 void addComponent(const juce::String& group, Kernel::SystemTask* component, Kernel::ComponentId id)
 {
     component->assignId(id);
@@ -37,38 +43,49 @@ void addComponent(const juce::String& group, Kernel::SystemTask* component, Kern
 
 void SystemFactory::build()
 {
+    using namespace EngineLayer;
+    struct Manager
+    {
+        Kernel::ComponentId id;
+        const juce::String& group;
+        Kernel::SystemTask* (*instance)();
+    };
+    const Manager managers[] = {
+        { Kernel::hostcommDevId, highGroup, instanceOf<LowLayer::HostcommDev> },
+        { Kernel::hostSessionManagerId, highGroup, instanceOf<HostSessionManager> },
+        { Kernel::remoteSessionManagerId, highGroup, instanceOf<RemoteSessionManager> },
+        { Kernel::deviceStatusManagerId, systemGroup, instanceOf<DeviceStatusManager> },
+        { Kernel::keyManagerId, systemGroup, instanceOf<KeyManager> },
+        { Kernel::systemStateManagerId, systemGroup, instanceOf<SystemStateManager> },
+        { Kernel::navicoManagerId, systemGroup, instanceOf<NavicoManager> },
+        { Kernel::dataManagerId, normalGroup, instanceOf<DataManager> },
+        { Kernel::exeMonitorId, normalGroup, instanceOf<ExeMonitor> },
+        { Kernel::wiredRemoteId, normalGroup, instanceOf<TLX70Dev> },
+        { Kernel::viewManagerId, normalGroup, instanceOf<ViewManager> },
+    };
+
     auto* engine = Kernel::SystemEngine::getInstance();
     engine->createGroup(highGroup, aboveNormal);
     engine->createGroup(normalGroup, normal);
     engine->createGroup(lowGroup, normal);
     engine->createGroup(systemGroup, aboveNormal);
-    buildApplications();
-    buildManagers();
-}
 
-void SystemFactory::buildApplications()
-{
-    for (const auto* record = Kernel::ComponentRegistration::head(); record != nullptr; record = record->next)
+    // Ports open while the components are initialised, and what comes in is posted at once: every route is there
+    // before.
+    const auto* applications = Kernel::ComponentRegistration::head();
+    for (const auto* record = applications; record != nullptr; record = record->next)
+        engine->addRoute(lowGroup, record->id);
+    for (const auto& manager : managers)
+        engine->addRoute(manager.group, manager.id);
+
+    for (const auto* record = applications; record != nullptr; record = record->next)
         addComponent(lowGroup, record->creator(), record->id);
-}
-
-void SystemFactory::buildManagers()
-{
     EngineApi::Provided<ChipManager>::set(Dsp::ak773ChipManager::getInstance());
-    EngineApi::Provided<EngineApi::WiredRemote>::set(EngineLayer::TLX70Dev::getInstance());
-    addComponent(highGroup, LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-    addComponent(highGroup, EngineLayer::HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
-    addComponent(highGroup, EngineLayer::RemoteSessionManager::getInstance(), Kernel::remoteSessionManagerId);
-    addComponent(systemGroup, EngineLayer::DeviceStatusManager::getInstance(), Kernel::deviceStatusManagerId);
-    addComponent(systemGroup, EngineLayer::KeyManager::getInstance(), Kernel::keyManagerId);
-    addComponent(systemGroup, EngineLayer::NavicoManager::getInstance(), Kernel::navicoManagerId);
-    addComponent(systemGroup, EngineLayer::SystemStateManager::getInstance(), Kernel::systemStateManagerId);
-    addComponent(normalGroup, EngineLayer::DataManager::getInstance(), Kernel::dataManagerId);
-    addComponent(normalGroup, EngineLayer::ExeMonitor::getInstance(), Kernel::exeMonitorId);
-    addComponent(normalGroup, EngineLayer::TLX70Dev::getInstance(), Kernel::wiredRemoteId);
-    addComponent(normalGroup, EngineLayer::ViewManager::getInstance(), Kernel::viewManagerId);
+    EngineApi::Provided<EngineApi::WiredRemote>::set(TLX70Dev::getInstance());
+    for (const auto& manager : managers)
+        addComponent(manager.group, manager.instance(), manager.id);
     // After the host session, which its thread sends through: the framework deletes in reverse order.
-    EngineApi::Provided<EngineApi::AutoTestSession>::set(EngineLayer::CATestSessionManager::getInstance());
+    EngineApi::Provided<EngineApi::AutoTestSession>::set(CATestSessionManager::getInstance());
 }
 
 } // namespace Factory

@@ -13,9 +13,6 @@ public:
     void build();
 
 private:
-    void buildApplications();
-    void buildManagers();
-
     const juce::String highGroup = "GeneralHighGroup";
     const juce::String normalGroup = "GeneralNormalGroup";
     const juce::String lowGroup = "GeneralLowGroup";

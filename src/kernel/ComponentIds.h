@@ -33,4 +33,7 @@ enum : ComponentId {
     wiredRemoteId = 31
 };
 
+/** Every id is below. */
+inline constexpr ComponentId componentIdLimit = 64;
+
 } // namespace Kernel

@@ -17,7 +17,7 @@ enum MessageId : juce::int32 {
     MSG_POWER_OFF_CONFIRM = 0x2000005,    ///< to 17, 21: a program is ready for power-off; arg1 page
     MSG_SYS_ANTITHEFT_EXIT = 0x2000006,   ///< to 17: arg1 1 unlocked, 2 lock
     MSG_STANDBY = 0x2000007,              ///< to 21: arg1 0 enter standby, 1 leave it
-    MSG_SYS_TIMER = 0x2000008,            ///< to a timer's owner: arg1 timer id
+    MSG_SYS_TIMER = 0x2000008,            ///< to a timer's owner: arg1 timer id, arg2 number of its start
     MSG_MENU_VALUE = 0x2000009,           ///< to mbMainMenu: two 16-bit values for the menu program
     MSG_POWER_OFF = 0x200000a,            ///< to 17: go to kPowerOff
     MSG_HOST_EVENT = 0x200000d,           ///< a frame from the MCU: arg1 command, arg2 data length, payload data bytes

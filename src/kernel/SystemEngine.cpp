@@ -1,6 +1,9 @@
 #include "kernel/SystemEngine.h"
 
+#include "kernel/DeviceWorker.h"
 #include "kernel/MessageIds.h"
+
+#include <algorithm>
 
 namespace Kernel
 {
@@ -21,21 +24,28 @@ TaskGroup* SystemEngine::findGroup(const juce::String& name) const
     return nullptr;
 }
 
+bool SystemEngine::addRoute(const juce::String& groupName, ComponentId id)
+{
+    auto* group = findGroup(groupName);
+    if (group == nullptr || !juce::isPositiveAndBelow(id, componentIdLimit))
+        return false;
+    routes[static_cast<std::size_t>(id)] = group;
+    return true;
+}
+
 void SystemEngine::registerComponent(const juce::String& groupName, SystemTask::Ptr component)
 {
-    const auto id = component->getId();
-    components[id] = component;
-    auto* group = findGroup(groupName);
-    if (group == nullptr)
+    components[component->getId()] = component;
+    if (!addRoute(groupName, component->getId()))
         return;
     component->setGroupName(groupName);
-    group->addComponent(component);
-    routes[id] = group;
+    findGroup(groupName)->addComponent(component);
 }
 
 void SystemEngine::start()
 {
     stopping = false;
+    DeviceWorker::startAll();
     for (auto& group : groups)
         group->start();
     broadcastMessage(MSG_SYS_START, 0, 0);
@@ -46,14 +56,18 @@ void SystemEngine::stop()
     stopping = true;
     for (auto& group : groups)
         group->stop();
+    DeviceWorker::stopAll();
 }
 
 void SystemEngine::release()
 {
+    if (std::any_of(groups.begin(), groups.end(), [](const auto& group) { return group->isRunning(); }))
+        return;
     for (auto& group : groups)
         group->release();
+    for (auto& route : routes)
+        route = nullptr;
     groups.clear();
-    routes.clear();
     components.clear();
 }
 
@@ -71,9 +85,20 @@ void SystemEngine::post(SystemMessage::Ptr& message, bool urgent)
 {
     if (stopping)
         return;
-    const auto route = routes.find(message->receiver);
-    if (route != routes.end())
-        route->second->post(message, urgent);
+    if (auto* group = groupOf(message->receiver))
+        group->post(message, urgent);
+}
+
+TaskGroup* SystemEngine::groupOf(ComponentId receiver) const
+{
+    return juce::isPositiveAndBelow(receiver, componentIdLimit) ? routes[static_cast<std::size_t>(receiver)].load()
+                                                                : nullptr;
+}
+
+std::size_t SystemEngine::countQueued(ComponentId receiver) const
+{
+    const auto* group = groupOf(receiver);
+    return group != nullptr ? group->countQueued() : 0;
 }
 
 void SystemEngine::broadcastMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2)

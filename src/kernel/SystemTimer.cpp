@@ -6,9 +6,32 @@
 namespace Kernel
 {
 
+void SystemTimer::startTimer(int timerId, int intervalMs)
+{
+    {
+        const juce::ScopedLock guard(startsLock);
+        ++starts[timerId];
+    }
+    // Stopped first: the framework reads the interval of a running timer on its own thread.
+    stopTimer(timerId);
+    MultiTimer::startTimer(timerId, intervalMs);
+}
+
+bool SystemTimer::isCurrent(int timerId, juce::int32 start) const
+{
+    return isTimerRunning(timerId) && start == startOf(timerId);
+}
+
+juce::int32 SystemTimer::startOf(int timerId) const
+{
+    const juce::ScopedLock guard(startsLock);
+    const auto found = starts.find(timerId);
+    return found == starts.end() ? 0 : found->second;
+}
+
 void SystemTimer::timerCallback(int timerId)
 {
-    postHandlerMessage(owner, timerPage, MSG_SYS_TIMER, timerId, 0);
+    postHandlerMessage(owner, timerPage, MSG_SYS_TIMER, timerId, startOf(timerId));
 }
 
 } // namespace Kernel

@@ -2,6 +2,7 @@
 
 #include "platform/Logger.h"
 #include "platform/System.h"
+#include "platform/Threads.h"
 
 #include <iterator>
 #include <thread>
@@ -13,10 +14,18 @@ namespace
 {
 
 constexpr int normalPriority = 5;
-constexpr int stopTimeoutMs = 200;
 constexpr int deferredBackOffMs = 5;
 constexpr int looksBeforeSleep = 6;
 constexpr int yieldsPerLook = 8; ///< the posters get on meanwhile: a look takes the queue out of their cache
+
+/** Without its last word, which says nothing, the name of every group is short enough for the system. */
+juce::String threadNameOf(const juce::String& group)
+{
+    for (const juce::String word : { "Group", "Thread" })
+        if (group.endsWith(word))
+            return group.dropLastCharacters(word.length());
+    return group;
+}
 
 } // namespace
 
@@ -24,19 +33,20 @@ class TaskGroup::MessageThread : public juce::Thread
 {
 public:
     explicit MessageThread(TaskGroup& owningGroup)
-        : juce::Thread(owningGroup.name)
+        : juce::Thread(threadNameOf(owningGroup.name))
         , group(owningGroup)
     {
     }
 
     void run() override
     {
+        Platform::enterThread(getThreadName());
         if (group.priority > normalPriority)
         {
-            const bool realtime = Platform::requestRealtimePriority();
+            group.realtime = Platform::requestRealtimePriority();
             Platform::Logger::getInstance()->logInfo("kernel/TaskGroup", __LINE__, "TaskGroup",
                                                      "%s runs with %s priority", group.name.toRawUTF8(),
-                                                     realtime ? "real-time" : "normal");
+                                                     group.realtime ? "real-time" : "normal");
         }
         group.run();
     }
@@ -56,7 +66,7 @@ TaskGroup::~TaskGroup() = default;
 
 bool TaskGroup::addComponent(SystemTask::Ptr component)
 {
-    if (component == nullptr || thread->isThreadRunning())
+    if (component == nullptr || isRunning())
         return false;
     const auto id = component->getId();
     components[id] = std::move(component);
@@ -75,15 +85,22 @@ void TaskGroup::start()
     thread->startThread();
 }
 
+bool TaskGroup::isRunning() const
+{
+    return thread->isThreadRunning();
+}
+
 void TaskGroup::stop()
 {
     stopping = true;
     thread->signalThreadShouldExit();
     wakeUp.signal();
-    // A thread that does not end is left alone: killing it could take the whole process along.
-    if (thread->isThreadRunning() && !thread->waitForThreadToExit(stopTimeoutMs))
+    if (!Platform::awaitEnd(*thread))
+    {
         Platform::Logger::getInstance()->logError("kernel/TaskGroup", __LINE__, "TaskGroup",
                                                   "%s does not stop, a handler is still running", name.toRawUTF8());
+        return;
+    }
     for (auto& [id, component] : components)
         component->onStop();
 }
@@ -92,12 +109,6 @@ void TaskGroup::release()
 {
     for (auto& [id, component] : components)
         component->onRelease();
-    if (thread->isThreadRunning() && !thread->waitForThreadToExit(stopTimeoutMs))
-    {
-        // The thread still uses the group: it is given up on purpose, and so is everything that the thread may touch.
-        incReferenceCount();
-        return;
-    }
     components.clear();
     name.clear();
     pending.clear();
@@ -149,8 +160,8 @@ void TaskGroup::takeOver()
 void TaskGroup::waitForMessages()
 {
     // Messages come in bursts. To look again a few times costs microseconds; to fall asleep at once costs every poster
-    // of the burst a call to the kernel.
-    for (int look = 0; look < looksBeforeSleep; ++look)
+    // of the burst a call to the kernel. At real-time priority nobody else would get on meanwhile.
+    for (int look = 0; look < looksBeforeSleep && !realtime; ++look)
     {
         if (inbox.filled.load(std::memory_order_relaxed))
             return;
@@ -192,8 +203,13 @@ int TaskGroup::runPass()
 
 bool TaskGroup::hasMessages() const
 {
+    return !pending.empty() || countQueued() > 0;
+}
+
+std::size_t TaskGroup::countQueued() const
+{
     const std::lock_guard guard(inbox.lock);
-    return !pending.empty() || !inbox.urgentQueue.empty() || !inbox.normalQueue.empty();
+    return inbox.urgentQueue.size() + inbox.normalQueue.size();
 }
 
 } // namespace Kernel

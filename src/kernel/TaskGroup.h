@@ -28,7 +28,9 @@ public:
     SystemTask* findComponent(ComponentId id) const;
 
     void start();
-    /** Ends the thread, waiting at most 200 ms, and calls `onStop` of the components in ascending id order. */
+    bool isRunning() const;
+    /** Ends the thread and calls `onStop` of the components in ascending id order; not when a handler still runs after
+     * 200 ms, which is logged. */
     void stop();
     /** `onRelease` of the components in ascending id order; then the group is empty. */
     void release();
@@ -42,8 +44,10 @@ public:
        to its receiver. Answers how many were left pending. The group's thread, or a test in its place.
     */
     int runPass();
-    /** True when a pass would find something. */
+    /** True when a pass would find something. The group's thread, or a test in its place. */
     bool hasMessages() const;
+    /** Messages that the thread has not taken over yet. Any thread. */
+    std::size_t countQueued() const;
 
 private:
     class MessageThread;
@@ -54,6 +58,7 @@ private:
 
     juce::String name;
     int priority;
+    bool realtime = false; ///< set and read by the thread
     std::unique_ptr<MessageThread> thread;
     std::map<ComponentId, SystemTask::Ptr> components;
     // Vectors keep their memory, so that steady traffic does not allocate.

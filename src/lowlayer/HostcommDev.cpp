@@ -5,6 +5,7 @@
 #include "platform/Logger.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace LowLayer
 {
@@ -87,9 +88,26 @@ void HostcommDev::onReceive(const void* data, int length)
     if (data == nullptr)
         return;
     logTraffic(lineReceive, "recv: ", data, length);
+    if (!hasRoomFor(length))
+        return;
     const auto* bytes = static_cast<const std::uint8_t*>(data);
     for (int sent = 0; sent < length; sent += pieceLength)
         postPiece(bytes + sent, std::min(pieceLength, length - sent));
+}
+
+bool HostcommDev::hasRoomFor(int length)
+{
+    const auto waiting = Kernel::SystemEngine::getInstance()->countQueued(Kernel::hostcommDevId);
+    if (waiting == 0)
+        lossLogged = false;
+    if (waiting < maxWaiting)
+        return true;
+    lostBytes += length;
+    if (!std::exchange(lossLogged, true))
+        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
+                                                  "%d messages wait, %d received bytes and what follows are lost",
+                                                  static_cast<int>(waiting), length);
+    return false;
 }
 
 void HostcommDev::postPiece(const std::uint8_t* data, int length)

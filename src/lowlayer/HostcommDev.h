@@ -6,6 +6,7 @@
 #include "lowlayer/ClientCallBack.h"
 #include "platform/SerialPort.h"
 
+#include <atomic>
 #include <memory>
 
 namespace LowLayer
@@ -37,6 +38,8 @@ class HostcommDev : public Kernel::ComponentTask,
 public:
     /** Largest piece that one message carries. */
     static constexpr int pieceLength = 32;
+    /** Messages that may wait for the group when bytes come in; seconds of the line. What comes then is lost. */
+    static constexpr std::size_t maxWaiting = 1024;
 
     ~HostcommDev() override;
 
@@ -54,6 +57,9 @@ public:
     /** Port reader thread. */
     void onReceive(const void* data, int length) override;
 
+    /** Received bytes that were lost because too many wait. Any thread. */
+    int getLostBytes() const { return lostBytes; }
+
 private:
     friend class Kernel::Singleton<HostcommDev>;
     HostcommDev() = default;
@@ -61,11 +67,14 @@ private:
     enum PrivateMessage : juce::int32 { msgReceived = 1, msgReopen = 2 };
 
     void openPort();
+    bool hasRoomFor(int length);
     void postPiece(const std::uint8_t* data, int length);
 
     std::unique_ptr<Platform::SerialPort> port;
     ClientCallBack* client = nullptr;
     std::unique_ptr<BytePoolStore> store;
+    std::atomic<int> lostBytes { 0 };
+    bool lossLogged = false; ///< until nothing waits; the reader thread's
 };
 
 } // namespace LowLayer

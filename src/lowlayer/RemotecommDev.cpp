@@ -27,7 +27,24 @@ enum WindowMessage : juce::int32 {
 constexpr juce::int32 menuNotify = 1174;
 constexpr juce::int32 menuRelayNotice = 4;
 
+constexpr int mostUnhandled = 256;
+
 } // namespace
+
+/** On its way to a component, and counted until that has dealt with it. */
+class RemotecommDev::WindowMessage : public Platform::RemoteMessage
+{
+public:
+    explicit WindowMessage(Count countToKeep)
+        : count(std::move(countToKeep))
+    {
+        ++*count;
+    }
+    ~WindowMessage() override { --*count; }
+
+private:
+    const Count count;
+};
 
 RemotecommDev::RemotecommDev()
 {
@@ -78,25 +95,32 @@ void RemotecommDev::onBroadcast(const juce::String& text)
     juce::MessageManager::callAsync([text] { juce::MessageManager::getInstance()->deliverBroadcastMessage(text); });
 }
 
-void RemotecommDev::translate(int appType, juce::int32 what, juce::int32 wParam, juce::int32 lParam)
+bool RemotecommDev::isBusy() const
 {
-    auto message = Platform::RemoteMessage::obtain();
-    message->what = what;
-    message->arg1 = wParam;
-    message->arg2 = lParam;
-    message->appType = appType;
-    onRemoteMessage(std::move(message));
+    return *unhandled >= mostUnhandled;
 }
 
 void RemotecommDev::onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam)
 {
+    const Platform::RemoteMessage::Ptr counted = new WindowMessage(unhandled);
+    const auto post = [&](Kernel::ComponentId receiver, juce::int32 id, juce::int32 arg1, juce::int32 arg2)
+    { Kernel::postSystemMessage(receiver, id, arg1, arg2, counted.get()); };
+    // Of a program that has no endpoint, as if it had come over the channel.
+    const auto translate = [&](int appType)
+    {
+        counted->what = message;
+        counted->arg1 = wParam;
+        counted->arg2 = lParam;
+        counted->appType = appType;
+        tellClient(MSG_REMOTE_MSG_REV, appType, counted.get());
+    };
     switch (message)
     {
     case setupEvent:
-        translate(Pubhead::AppSetup, message, wParam, lParam);
+        translate(Pubhead::AppSetup);
         break;
     case menuCommand:
-        Kernel::postSystemMessage(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_COMMAND, wParam, lParam);
+        post(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_COMMAND, wParam, lParam);
         break;
     case menuRelay:
     {
@@ -108,19 +132,19 @@ void RemotecommDev::onWindowMessage(juce::int32 message, juce::int32 wParam, juc
         break;
     }
     case eqShow:
-        Kernel::postSystemMessage(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_SHOW, 0, 0);
+        post(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_SHOW, 0, 0);
         break;
     case eqHide:
-        Kernel::postSystemMessage(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_HIDE, 0, 0);
+        post(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_HIDE, 0, 0);
         break;
     case naviEvent:
-        translate(Pubhead::AppNavi, message, wParam, lParam);
+        translate(Pubhead::AppNavi);
         break;
     case deviceDriver:
-        Kernel::postSystemMessage(Kernel::deviceStatusManagerId, Kernel::MSG_DEVICE_WINDOW_EVENT, wParam, lParam);
+        post(Kernel::deviceStatusManagerId, Kernel::MSG_DEVICE_WINDOW_EVENT, wParam, lParam);
         break;
     case iPodDriver:
-        translate(Pubhead::AppiPod, message, wParam, lParam);
+        translate(Pubhead::AppiPod);
         break;
     default:
         break;

@@ -4,6 +4,9 @@
 #include "lowlayer/ClientCallBack.h"
 #include "platform/Ipc.h"
 
+#include <atomic>
+#include <memory>
+
 namespace LowLayer
 {
 
@@ -22,6 +25,8 @@ public:
 
     void onRemoteMessage(Platform::RemoteMessage::Ptr message) override;
     void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) override;
+    /** Until the components have dealt with enough of the window messages that they were given. */
+    bool isBusy() const override;
     /** A gained name registers its program with the client, a lost one unregisters it. */
     void onPresence(int appType, bool present) override;
     void onBroadcast(const juce::String& text) override;
@@ -31,8 +36,9 @@ private:
     RemotecommDev();
 
     void tellClient(RemoteDataKind kind, int appType, juce::ReferenceCountedObject* data);
-    /** A window message of a program that has no endpoint, as if it had come over the channel. */
-    void translate(int appType, juce::int32 what, juce::int32 wParam, juce::int32 lParam);
+    class WindowMessage;
+    using Count = std::shared_ptr<std::atomic<int>>;
+    const Count unhandled = std::make_shared<std::atomic<int>>(0);
 
     juce::CriticalSection clientLock;
     ClientCallBack* client = nullptr;

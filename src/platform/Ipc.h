@@ -33,6 +33,8 @@ public:
     virtual ~IMsgProc() = default;
     virtual void onRemoteMessage(RemoteMessage::Ptr message) = 0;
     virtual void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) = 0;
+    /** True when it has enough window messages to deal with: the next ones wait, the newest of them. */
+    virtual bool isBusy() const { return false; }
     /** A program's name got or lost its owner on the bus. */
     virtual void onPresence(int appType, bool present) = 0;
     /** An application-wide broadcast text ("showWindow", "hideWindow"). */

@@ -17,6 +17,9 @@ struct GpioFunc
     static int readPin(int line);
 };
 
+/** Ends the calls that wait for a simulated device, now and from now on: the process ends. Any thread. */
+void endDeviceWaits();
+
 /** A device on an I2C bus. Addresses are in the 8-bit form (0x88 is 0x44 on the wire). */
 class I2CDevice
 {

@@ -84,6 +84,8 @@ private:
 /** The head of a parcel. */
 struct PGNHelper
 {
+    static constexpr int headSize = 6;
+
     static void writePGNToParcel(Parcel& parcel, std::int32_t pgn);
     static std::int32_t readPGNFromParcel(Parcel& parcel);
     /** Of a message that the unit sends by itself: to everybody. */

@@ -1,8 +1,10 @@
 #include "platform/SetupEnvironment.h"
 
+#include "platform/linux/Descriptor.h"
+
 #include <array>
+#include <fcntl.h>
 #include <filesystem>
-#include <mutex>
 
 namespace Platform
 {
@@ -10,9 +12,6 @@ namespace Platform
 namespace
 {
 
-constexpr std::size_t firstMapSize = 1024 * 1024;
-constexpr std::size_t lastMapSize = 64 * firstMapSize;
-constexpr const char* databaseName = "settings";
 constexpr mdb_mode_t fileMode = 0644;
 /** Readers that died without leaving keep old pages from being used again; every so many writes they are cleared. */
 constexpr unsigned writesPerReaderCheck = 64;
@@ -37,6 +36,29 @@ void checkReaders(MDB_env* environment)
     mdb_reader_check(environment, &dead);
 }
 
+/** The lock file is mapped; where the disk has no room for it, its first use would end the process. */
+int allocateLockFile(const std::string& folder, SetupEnvironment::Access access)
+{
+    constexpr off_t atLeastWhatIsMapped = 16 * 1024;
+    const int create = access == SetupEnvironment::Access::readWrite ? O_CREAT : 0;
+    const Descriptor file { ::open((folder + "/lock.mdb").c_str(), O_RDWR | O_CLOEXEC | create, fileMode) };
+    return file ? posix_fallocate(file.get(), 0, atLeastWhatIsMapped) : errno;
+}
+
+int change(MDB_txn* transaction, MDB_dbi target, const SetupValues& values, bool replacesAll)
+{
+    constexpr int emptyOnly = 0;
+    int result = replacesAll ? mdb_drop(transaction, target, emptyOnly) : MDB_SUCCESS;
+    for (auto each = values.begin(); each != values.end() && result == MDB_SUCCESS; ++each)
+    {
+        Key key(each->first);
+        auto keyValue = key.value();
+        MDB_val data { each->second.size(), const_cast<char*>(each->second.data()) }; // LMDB only reads it
+        result = mdb_put(transaction, target, &keyValue, &data, 0);
+    }
+    return result;
+}
+
 } // namespace
 
 thread_local SetupEnvironment::Reader SetupEnvironment::threadReader;
@@ -58,12 +80,12 @@ bool SetupEnvironment::isOpen()
     return environment != nullptr;
 }
 
-int SetupEnvironment::open(const std::string& folder)
+int SetupEnvironment::open(const std::string& folder, Access access)
 {
     const std::unique_lock lock(mutex);
     if (environment != nullptr)
         return MDB_SUCCESS;
-    const int result = openFiles(folder);
+    const int result = openFiles(folder, access);
     if (result == MDB_SUCCESS)
         ++generation;
     else
@@ -71,47 +93,46 @@ int SetupEnvironment::open(const std::string& folder)
     return result;
 }
 
-int SetupEnvironment::openFiles(const std::string& folder)
+int SetupEnvironment::openFiles(const std::string& folder, Access access)
 {
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
-    if (error)
-        return error.value();
+    unsigned flags = MDB_NOTLS;
+    if (access == Access::readWrite)
+    {
+        std::error_code error;
+        std::filesystem::create_directories(folder, error);
+        if (error)
+            return error.value();
+        if (const int failure = allocateLockFile(folder, access); failure != 0)
+            return failure;
+    }
+    else
+        flags |= MDB_RDONLY | (allocateLockFile(folder, access) == 0 ? 0 : MDB_NOLOCK);
 
     int result = mdb_env_create(&environment);
     if (result == MDB_SUCCESS)
-        result = mdb_env_set_mapsize(environment, firstMapSize);
+        result = mdb_env_set_mapsize(environment, mapSize);
     if (result == MDB_SUCCESS)
         result = mdb_env_set_maxdbs(environment, 1);
     if (result == MDB_SUCCESS)
-        result = mdb_env_open(environment, folder.c_str(), MDB_NOTLS, fileMode);
+        result = mdb_env_open(environment, folder.c_str(), flags, fileMode);
     if (result != MDB_SUCCESS)
         return result;
-    if (isTruncated(folder))
-        return MDB_CORRUPTED;
 
     checkReaders(environment);
     MDB_txn* transaction = nullptr;
-    result = mdb_txn_begin(environment, nullptr, 0, &transaction);
+    result = mdb_txn_begin(environment, nullptr, MDB_RDONLY, &transaction);
     if (result != MDB_SUCCESS)
         return result;
-    result = mdb_dbi_open(transaction, databaseName, MDB_CREATE, &database);
-    if (result == MDB_SUCCESS)
-        return mdb_txn_commit(transaction);
-    mdb_txn_abort(transaction);
-    return result;
-}
-
-/** Pages that the file should have but does not would end the process on their first use. */
-bool SetupEnvironment::isTruncated(const std::string& folder)
-{
-    MDB_envinfo info {};
-    MDB_stat statistics {};
-    mdb_env_info(environment, &info);
-    mdb_env_stat(environment, &statistics);
-    std::error_code error;
-    const auto size = std::filesystem::file_size(std::filesystem::path(folder) / "data.mdb", error);
-    return error || size < (info.me_last_pgno + 1) * statistics.ms_psize;
+    // A store that was only just made has no database yet; the first write makes it.
+    MDB_dbi opened = noDatabase;
+    result = mdb_dbi_open(transaction, databaseName, 0, &opened);
+    if (result != MDB_SUCCESS)
+    {
+        mdb_txn_abort(transaction);
+        return result == MDB_NOTFOUND ? MDB_SUCCESS : result;
+    }
+    database = opened;
+    return mdb_txn_commit(transaction);
 }
 
 void SetupEnvironment::close()
@@ -129,23 +150,25 @@ void SetupEnvironment::closeFiles()
     parked.clear();
     mdb_env_close(environment);
     environment = nullptr;
+    database = noDatabase;
     ++generation;
 }
 
+/** Shared, so that a thread can end while another waits for the store's lock. */
 void SetupEnvironment::forget(Reader& reader)
 {
-    const std::unique_lock lock(mutex);
-    if (reader.transaction != nullptr && reader.generation == generation)
-    {
-        parked.erase(reader.transaction);
-        mdb_txn_abort(reader.transaction);
-    }
+    const std::shared_lock lock(mutex);
+    if (reader.transaction == nullptr || reader.generation != generation)
+        return;
+    const std::scoped_lock parkedLock(parkedMutex);
+    parked.erase(reader.transaction);
+    mdb_txn_abort(reader.transaction);
 }
 
 bool SetupEnvironment::isEmpty()
 {
     const std::shared_lock lock(mutex);
-    if (environment == nullptr || begin(threadReader) != MDB_SUCCESS)
+    if (environment == nullptr || database == noDatabase || begin(threadReader) != MDB_SUCCESS)
         return true;
     MDB_stat statistics {};
     mdb_stat(threadReader.transaction, database, &statistics);
@@ -171,60 +194,25 @@ int SetupEnvironment::begin(Reader& reader)
 int SetupEnvironment::read(int index, std::string& value)
 {
     value.clear();
-    for (;;)
-    {
-        int result = MDB_SUCCESS;
-        {
-            const std::shared_lock lock(mutex);
-            if (environment == nullptr)
-                return notOpen;
-            result = begin(threadReader);
-            if (result == MDB_SUCCESS)
-            {
-                Key key(index);
-                auto keyValue = key.value();
-                MDB_val found {};
-                result = mdb_get(threadReader.transaction, database, &keyValue, &found);
-                if (result == MDB_SUCCESS)
-                    value.assign(static_cast<const char*>(found.mv_data), found.mv_size);
-                mdb_txn_reset(threadReader.transaction);
-            }
-        }
-        if (result == MDB_SUCCESS || !makeRoom(result))
-            return result;
-    }
+    const std::shared_lock lock(mutex);
+    if (environment == nullptr)
+        return notOpen;
+    if (database == noDatabase)
+        return MDB_NOTFOUND;
+    int result = begin(threadReader);
+    if (result != MDB_SUCCESS)
+        return result;
+    Key key(index);
+    auto keyValue = key.value();
+    MDB_val found {};
+    result = mdb_get(threadReader.transaction, database, &keyValue, &found);
+    if (result == MDB_SUCCESS)
+        value.assign(static_cast<const char*>(found.mv_data), found.mv_size);
+    mdb_txn_reset(threadReader.transaction);
+    return result;
 }
 
-int SetupEnvironment::write(int index, const std::string& value)
-{
-    return write([&](MDB_txn* transaction) { return put(transaction, index, value); });
-}
-
-int SetupEnvironment::replaceAll(const SetupValues& values)
-{
-    return write(
-        [&](MDB_txn* transaction)
-        {
-            constexpr int emptyOnly = 0;
-            int result = mdb_drop(transaction, database, emptyOnly);
-            for (const auto& [index, value] : values)
-                if (result == MDB_SUCCESS)
-                    result = put(transaction, index, value);
-            return result;
-        });
-}
-
-int SetupEnvironment::write(const std::function<int(MDB_txn*)>& change)
-{
-    for (;;)
-    {
-        const int result = writeOnce(change);
-        if (result == MDB_SUCCESS || !makeRoom(result))
-            return result;
-    }
-}
-
-int SetupEnvironment::writeOnce(const std::function<int(MDB_txn*)>& change)
+int SetupEnvironment::write(const SetupValues& values, bool replacesAll)
 {
     const std::shared_lock lock(mutex);
     if (environment == nullptr)
@@ -236,35 +224,20 @@ int SetupEnvironment::writeOnce(const std::function<int(MDB_txn*)>& change)
     int result = mdb_txn_begin(environment, nullptr, 0, &transaction);
     if (result != MDB_SUCCESS)
         return result;
-    result = change(transaction);
+    MDB_dbi opened = database;
+    if (opened == noDatabase)
+        result = mdb_dbi_open(transaction, databaseName, MDB_CREATE, &opened);
     if (result == MDB_SUCCESS)
-        return mdb_txn_commit(transaction);
-    mdb_txn_abort(transaction);
+        result = change(transaction, opened, values, replacesAll);
+    if (result != MDB_SUCCESS)
+    {
+        mdb_txn_abort(transaction);
+        return result;
+    }
+    result = mdb_txn_commit(transaction);
+    if (result == MDB_SUCCESS)
+        database = opened;
     return result;
-}
-
-int SetupEnvironment::put(MDB_txn* transaction, int index, const std::string& value) const
-{
-    Key key(index);
-    auto keyValue = key.value();
-    MDB_val data { value.size(), const_cast<char*>(value.data()) }; // LMDB only reads it
-    return mdb_put(transaction, database, &keyValue, &data, 0);
-}
-
-/** Maps more of the file when that was the reason of a failure; false when it was not, or there is no more. */
-bool SetupEnvironment::makeRoom(int reason)
-{
-    if (reason != MDB_MAP_FULL && reason != MDB_MAP_RESIZED)
-        return false;
-    const std::unique_lock lock(mutex);
-    if (environment == nullptr)
-        return false;
-    constexpr std::size_t asTheFileHas = 0;
-    if (reason == MDB_MAP_RESIZED)
-        return mdb_env_set_mapsize(environment, asTheFileHas) == MDB_SUCCESS;
-    MDB_envinfo info {};
-    mdb_env_info(environment, &info);
-    return info.me_mapsize < lastMapSize && mdb_env_set_mapsize(environment, info.me_mapsize * 2) == MDB_SUCCESS;
 }
 
 } // namespace Platform

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/SetupValues.h"
+
 #include <atomic>
 #include <cerrno>
-#include <functional>
 #include <lmdb.h>
-#include <map>
 #include <mutex>
 #include <set>
 #include <shared_mutex>
@@ -13,33 +13,39 @@
 namespace Platform
 {
 
-/** Encoded settings by index, as they are put into the store. */
-using SetupValues = std::map<int, std::string>;
-
 /**
-    The LMDB environment behind the settings store: one per process, of one database of encoded values. Any thread.
-    Each reading thread keeps a parked read transaction, which is renewed for a read and reset after it; closing the
-    environment ends those of all threads. Results are LMDB's codes, 0 for success.
+    The LMDB environment behind the settings store: one per process, of one database of encoded values. Any thread may
+    read; opening, closing and writing are one thread's, as a write waits without an end for a process that holds the
+    store's lock. Each reading thread keeps a parked read transaction, which is renewed for a read and reset after it;
+    closing the environment ends those of all threads. Results are LMDB's codes, 0 for success.
 */
 class SetupEnvironment
 {
 public:
     static constexpr int notOpen = ENODEV; ///< what reads and writes answer then
+    static constexpr const char* databaseName = "settings";
+    static constexpr const char* dataFile = "data.mdb";
+    /** Many times what all known settings can hold, so that the map never has to grow under its readers. */
+    static constexpr std::size_t mapSize = 64 * 1024 * 1024;
+
+    enum class Access {
+        readOnly, ///< makes nothing, and needs no right to write
+        readWrite ///< makes the folder and the files
+    };
 
     /** Never destroyed, as threads may read settings until the process is gone. */
     static SetupEnvironment& get();
 
-    bool isOpen();
-    /** Opens the environment in a folder, which it makes; an open one stays as it is. A damaged one is not opened. */
-    int open(const std::string& folder);
+    /** Opens the environment in a folder; an open one stays as it is. */
+    int open(const std::string& folder, Access access);
     void close();
+    bool isOpen();
     bool isEmpty();
 
     /** MDB_NOTFOUND leaves `value` empty. */
     int read(int index, std::string& value);
-    int write(int index, const std::string& value);
-    /** In one transaction: all of it or nothing. */
-    int replaceAll(const SetupValues& values);
+    /** In one transaction: all of it or nothing. With `replacesAll` everything else goes out. */
+    int write(const SetupValues& values, bool replacesAll);
 
 private:
     struct Reader
@@ -50,26 +56,22 @@ private:
     };
 
     SetupEnvironment() = default;
-    int openFiles(const std::string& folder);
+    int openFiles(const std::string& folder, Access access);
     int begin(Reader& reader);
-    int write(const std::function<int(MDB_txn*)>& change);
-    int writeOnce(const std::function<int(MDB_txn*)>& change);
-    int put(MDB_txn* transaction, int index, const std::string& value) const;
-    bool makeRoom(int reason);
-    bool isTruncated(const std::string& folder);
     void forget(Reader& reader);
     void closeFiles();
 
     static thread_local Reader threadReader;
 
-    /** Shared by reads and writes; held alone while the environment is opened, closed or mapped anew. */
+    /** Shared by reads and writes; held alone while the environment is opened or closed. */
     std::shared_mutex mutex;
     MDB_env* environment = nullptr;
-    MDB_dbi database = 0;
+    std::atomic<MDB_dbi> database { noDatabase };
+    static constexpr MDB_dbi noDatabase = 0; ///< LMDB's own list of free pages, never ours
     unsigned generation = 0; ///< tells a thread that its parked transaction went with an earlier environment
     std::mutex parkedMutex;
     std::set<MDB_txn*> parked;
-    std::atomic<unsigned> writes { 0 };
+    unsigned writes = 0;
 };
 
 } // namespace Platform

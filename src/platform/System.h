@@ -31,7 +31,10 @@ public:
     static std::unique_ptr<InstanceLock> take();
 };
 
-/** This process and its children use the zone's standard offset all year. Once, early: it changes the environment. */
+/**
+    This process and its children use the zone's standard offset all year. Once, before any other thread runs: it
+   changes the environment, which others read without a lock.
+*/
 void disableDaylightSaving();
 
 /**
@@ -44,12 +47,13 @@ juce::uint32 getWaveOutVolume();
 /**
     Any fault (SEGV, BUS, FPE, ILL, ABRT, std::terminate) ends the process through the normal exit path with status 0,
     after one line and a backtrace on standard error and in the log. A second fault, or an exit that takes longer than
-    two seconds, leaves at once with status 0. Once, early; an overflow of the stack is caught on the calling thread
-    only. Does nothing in sanitizer builds, which report faults themselves.
+    two seconds, leaves at once with status 0. Once, early; an overflow of the stack is caught on the calling thread and
+    on those that `guardStack` was called on. Does nothing in sanitizer builds, which report faults themselves.
 */
 void installExceptionHook();
 
-/** Asks for a low real-time priority for the calling thread; false when the system does not allow it. */
+/** Asks for a low real-time priority for the calling thread, which neither threads nor programs that it starts inherit;
+ * false when the system does not allow it. */
 bool requestRealtimePriority();
 
 /** The first 32 bits of what tells this unit from every other; none when the machine has no id. Any thread. */

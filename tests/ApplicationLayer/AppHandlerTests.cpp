@@ -187,6 +187,24 @@ TEST_F(AppHandlerTest, HidesOnlyThePageInFront)
     fire(view, ViewManager::reportTimer);
     expectReport(mbAuxin1);
 
+    // It is told even where the program's word comes before the engine goes on, and by then the page knows where it is.
+    order(mbAuxin1, SwitchType::ToChange, 1);
+    expectReport(mbAuxin1);
+    send(Kernel::viewManagerId, Kernel::MSG_SYS_START);
+    int showStateThen = 0;
+    Platform::IpcDouble::onPost(
+        [&](const Platform::IpcDouble::Posted&)
+        {
+            showStateThen = handler(mbAuxin1).getRunState().states.showState;
+            Platform::IpcDouble::injectMessage(AppAuxIn, RMSG_PAGE_TOP_SHOWN, mbAuxin1);
+        });
+    order(mbAuxin1, SwitchType::ToChange, 2, hide);
+    Platform::IpcDouble::onPost({});
+    expectReport(mbAuxin1);
+    EXPECT_FALSE(view.isTimerRunning(ViewManager::reportTimer));
+    EXPECT_EQ(showStateThen, 2);
+    takeSent();
+
     order(mbAuxin1, SwitchType::ToChange, 3, hide); // Not on top any more.
     expectReport(mbAuxin1);
     EXPECT_TRUE(takeSent().empty());
@@ -317,6 +335,17 @@ TEST_F(AppHandlerTest, StoresSettingsOfPrograms)
     EXPECT_EQ(getSettingInt(number), 6);
     EXPECT_EQ(getSettingString(text), "Cabin");
     EXPECT_EQ(LogCapture::take().size(), 3u) << "each is named once";
+
+    // Room for the settings of the unit: a program that makes up numbers or fills them gets none of it.
+    for (const int unknown : { 5000, 5001, -1 })
+    {
+        says(RMSG_SETTING_CHANGED, unknown, 1, RemoteObjFormat::formatInt(6));
+        EXPECT_FALSE(isSettingKnown(unknown));
+    }
+    says(RMSG_SETTING_CHANGED, text, 0,
+         RemoteObjFormat::formatString(juce::String::repeatedString("x", 64 * 1024 + 1)));
+    EXPECT_EQ(getSettingString(text), "Cabin");
+    EXPECT_EQ(LogCapture::take().size(), 1u) << "the first is named";
 }
 
 TEST_F(AppHandlerTest, TellsTheFactoryTestWhichSourcePlays)

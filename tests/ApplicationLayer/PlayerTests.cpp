@@ -49,13 +49,14 @@ protected:
     static void setItem(int item, int value) { SystemInfo::getInstance()->set(item, value); }
     static int item(int which) { return SystemInfo::getInstance()->get(which); }
 
-    int channelOf(int page)
+    /** The page has become the source, and everybody was told. */
+    void switchTo(int page)
     {
-        ScheduleInfo info;
-        info.audioChannel = pageScheduleConfig(page)->audioChannel;
-        getHandler(page)->adjustScheduleInfo(info);
-        return info.audioChannel;
+        playing(page);
+        send(Kernel::deviceStatusManagerId, Kernel::MSG_NORMAL_SOURCE, page);
     }
+    Texts takeCalls() { return std::exchange(audio.calls, {}); }
+    static std::string source(int channel) { return "source " + std::to_string(channel); }
 
     iPodApplication& iPod = *new iPodApplication;
     USBApplication& usb = *new USBApplication;
@@ -65,11 +66,11 @@ protected:
 
 TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
 {
-    EXPECT_EQ(channelOf(mbiPodAudio), eAudioWince);
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioWince);
     playing(mbiPodAudio);
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 2);
-    EXPECT_EQ(channelOf(mbiPodAudio), eAudioAux2);
-    EXPECT_EQ(channelOf(mbiPodVideo), eAudioAux2);
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioAux2);
+    EXPECT_EQ(getAudioChannel(mbiPodVideo), eAudioAux2);
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
     EXPECT_THAT(audio.calls, ElementsAre("source " + std::to_string(eAudioAux2)));
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 2);
@@ -77,7 +78,7 @@ TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
     EXPECT_EQ(audio.calls.size(), 1u);
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 1);
     EXPECT_EQ(audio.calls.back(), "source " + std::to_string(eAudioWince));
-    EXPECT_EQ(channelOf(mbiPodAudio), eAudioWince);
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioWince);
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
     iPodSays(RMSG_IPOD_AUDIO_PATH, 2, 2);
     EXPECT_THAT(requests(), IsEmpty());
@@ -87,6 +88,34 @@ TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
     takePosted();
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 1);
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
+}
+
+/** The iPod plays over its analog path, is pulled out, and comes back over the digital one; the radio of the same phone
+ * plays in between. The DSP listens where the sound comes in, and is told once. */
+TEST_F(PlayerTest, TheDspFollowsTheSoundOfTheiPodPluggedInAgain)
+{
+    const auto path = [this](int which) { iPodSays(RMSG_IPOD_AUDIO_PATH, 1, which); };
+    const auto unplug = [this] { iPodSays(RMSG_IPOD_DEVICE, 2, 1); };
+    constexpr int digital = 1, analog = 2;
+    switchTo(mbiPodAudio);
+    path(analog);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince), source(eAudioAux2)));
+    unplug();
+    path(digital);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince)));
+    unplug();
+    path(analog);
+    path(analog);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioAux2)));
+
+    switchTo(mbiPodPandora);
+    unplug();
+    path(analog);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioPandora))) << "it is not the iPod's page that plays";
+    switchTo(mbiPodVideo);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioAux2)));
+    path(digital);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince)));
 }
 
 TEST_F(PlayerTest, TheiPodComesAuthenticatesAndGoes)

@@ -55,19 +55,6 @@ TEST_F(RegistrationTest, RegistersEveryPageWithItsApplication)
     EXPECT_EQ(EngineApi::getPageOfAppType(AppAuxIn), mbRearAV2);
 }
 
-/** Without a call the phone competes with nobody for play and sound. */
-TEST_F(RegistrationTest, ThePhoneStandsBackWithoutACall)
-{
-    EngineLayer::ScheduleInfo info;
-    info.playLevel = 60;
-    info.audioLevel = 30;
-    info.showLevel = 20;
-    EngineApi::getHandler(mbBTPhone)->adjustScheduleInfo(info);
-    EXPECT_EQ(info.playLevel, 10);
-    EXPECT_EQ(info.audioLevel, 10);
-    EXPECT_EQ(info.showLevel, 20);
-}
-
 TEST_F(RegistrationTest, PagesGoWithTheirApplications)
 {
     engine().stop();

@@ -98,69 +98,31 @@ protected:
 
 TEST(DimmerTest, KnowsTheLevelOfEveryMode)
 {
-    struct Case
-    {
-        DimmerSettings settings;
-        bool lightsOn;
-        int wanted, chosen;
-    };
-    for (const auto& each : std::initializer_list<Case> { { { 0, 9, 7 }, true, 11, 11 },
-                                                          { { 1, 9, 7 }, false, 7, 5 },
-                                                          { { 1, 9, 4 }, false, 4, 4 },
-                                                          { { 2, 9, 7 }, false, 9, 9 },
-                                                          { { 2, 9, 7 }, true, 7, 7 },
-                                                          { { 3, 9, 7 }, true, 11, 11 },
-                                                          { { 1, 9, 200 }, true, 11, 5 },
-                                                          { { 2, -3, 7 }, false, 0, 0 } })
-    {
-        EXPECT_EQ(Dimmer::wantedLevel(each.settings, each.lightsOn), each.wanted);
-        EXPECT_EQ(Dimmer::chooseMode(each.settings, each.lightsOn), each.chosen);
-    }
-}
-
-TEST(DimmerTest, CorrectsWhatDisagrees)
-{
-    struct Case
-    {
-        int mode;
-        bool lightsOn, synced;
-        int reported;
-        std::optional<int> correction;
-    };
-    for (const auto& each : std::initializer_list<Case> { { 0, false, false, 11, std::nullopt },
-                                                          { 0, false, false, 10, 11 },
-                                                          { 1, false, false, 7, std::nullopt },
-                                                          { 1, false, true, 5, 7 },
-                                                          { 2, false, false, 3, std::nullopt },
-                                                          { 2, false, true, 3, 9 },
-                                                          { 2, true, true, 9, 7 },
-                                                          { 2, true, true, 7, std::nullopt } })
-        EXPECT_EQ(Dimmer::correct({ each.mode, 9, 7 }, each.lightsOn, each.synced, each.reported), each.correction)
-            << each.mode << " " << each.reported;
+    const auto levels = [](const DimmerSettings& settings, bool lightsOn)
+    { return std::pair(Dimmer::wantedLevel(settings, lightsOn), Dimmer::chooseMode(settings, lightsOn)); };
+    EXPECT_EQ(levels({ 0, 9, 7 }, true), std::pair(11, 11));
+    EXPECT_EQ(levels({ 1, 9, 7 }, false), std::pair(7, 5)) << "a bright night is kept, but not chosen";
+    EXPECT_EQ(levels({ 1, 9, 4 }, false), std::pair(4, 4));
+    EXPECT_EQ(levels({ 2, 9, 7 }, false), std::pair(9, 9));
+    EXPECT_EQ(levels({ 2, 9, 7 }, true), std::pair(7, 7));
+    EXPECT_EQ(levels({ 3, 9, 7 }, true), std::pair(11, 11)) << "an unknown mode";
+    EXPECT_EQ(levels({ 1, 9, 200 }, true), std::pair(11, 5));
+    EXPECT_EQ(levels({ 2, -3, 7 }, false), std::pair(0, 0));
 }
 
 TEST(DimmerTest, KeepsWhatTheUserMoves)
 {
-    using enum Dimmer::Move::Store;
-    struct Case
+    using Store = Dimmer::Move::Store;
+    const auto moved = [](int mode, bool lightsOn, int level)
     {
-        int mode;
-        bool lightsOn;
-        int moved, level;
-        Dimmer::Move::Store store;
+        const auto move = Dimmer::move({ mode, 9, 7 }, lightsOn, level);
+        return std::pair(move.level, move.store);
     };
-    for (const auto& each : std::initializer_list<Case> { { 0, false, 3, 11, nothing },
-                                                          { 1, false, 5, 5, night },
-                                                          { 1, false, 6, 6, nothing },
-                                                          { 2, false, 10, 10, day },
-                                                          { 2, true, 10, 5, night },
-                                                          { 2, true, 2, 2, night },
-                                                          { 2, false, 99, 11, day } })
-    {
-        const auto move = Dimmer::move({ each.mode, 9, 7 }, each.lightsOn, each.moved);
-        EXPECT_EQ(move.level, each.level) << each.mode << " " << each.moved;
-        EXPECT_EQ(move.store, each.store) << each.mode << " " << each.moved;
-    }
+    EXPECT_EQ(moved(0, false, 3), std::pair(11, Store::nothing));
+    EXPECT_EQ(moved(1, false, 5), std::pair(5, Store::night));
+    EXPECT_EQ(moved(1, false, 6), std::pair(6, Store::nothing));
+    EXPECT_EQ(moved(2, false, 99), std::pair(11, Store::day));
+    EXPECT_EQ(moved(2, true, 10), std::pair(5, Store::night));
 }
 
 TEST(SupplyVoltageTest, AtTheLimitNothingChanges)
@@ -200,6 +162,9 @@ TEST_F(SetupTest, DimmerAgreesWithTheMicrocontroller)
     EXPECT_THAT(change(286, 4), ElementsAre("18 5 5"));
     EXPECT_EQ(getSettingInt(287), 4);
     EXPECT_EQ(remote.calls.size(), 2u);
+    EXPECT_THAT(change(285, 0), ElementsAre("18 12 12"));
+    EXPECT_THAT(dimmer(11), ElementsAre("18 12 12"));
+    EXPECT_THAT(dimmer(12), IsEmpty());
 }
 
 TEST_F(SetupTest, WatchesTheSupply)
@@ -236,50 +201,44 @@ TEST_F(SetupTest, WatchesTheSupply)
 
 TEST_F(SetupTest, SettingsTakeEffect)
 {
-    constexpr int navico = Kernel::navicoManagerId;
-    using Post = std::array<int, 3>;
-    const std::vector<Post> network { { navico, Kernel::MSG_NAVICO_REPORT, 0 } };
     struct Case
     {
-        int index;
-        int value;
+        int index, value;
         Texts sound;
-        std::vector<Post> posted {};
+        int receiver = 0, message = 0;
     };
     for (const auto& each : std::initializer_list<Case> {
              { 6, 2, { "source level" } },
-             { 21, 3, {}, { { Kernel::radioApplicationId, Kernel::MSG_RADIO_REGION, 3 } } },
+             { 21, 3, {}, Kernel::radioApplicationId, Kernel::MSG_RADIO_REGION },
              { 276, 5, { "switch 0 1", "switch 1 1" } },
-             { 276, 0, { "switch 0 0", "switch 1 0" } },
              { 277, 2, { "high-pass 2" } },
              { 278, 1, { "subwoofer" } },
-             { 279, 3, { "fader" }, network },
-             { 280, 3, { "balance" }, network },
+             { 279, 3, { "fader" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
+             { 280, 3, { "balance" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
              { 281, 1, { "zone 2" } },
              { 282, 1, { "zone 2 output mode" } },
              { 283, 1, { "zone 2 volume mode" } },
-             { 284, 1, {}, { { navico, Kernel::MSG_NAVICO_SETUP_REPORT, 0 } } },
+             { 284, 1, {}, Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT },
              { 288, 1, {} },
-             { 1281, 1, { "preset" }, network },
-             { 1283, 1, { "preset" }, network },
-             { 1284, 5, { "subwoofer level 5" }, network },
+             { 1283, 1, { "preset" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
+             { 1284, 5, { "subwoofer level 5" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
              { 1285, 9, { "band 0 9" } },
              { 1291, 4, { "band 6 4" } },
-             { 1792, 4, { "preset" }, network },
+             { 1792, 4, { "preset" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
              { 1793, 1, { "dme on" } },
          })
     {
-        EXPECT_THAT(change(each.index, each.value), IsEmpty()) << each.index;
-        EXPECT_EQ(std::exchange(audio.calls, {}), each.sound) << each.index;
-        std::vector<Post> posted;
-        for (const auto& post : takePosted())
-            posted.push_back({ post.receiver, post.id, post.arg1 });
-        EXPECT_EQ(posted, each.posted) << each.index;
+        SCOPED_TRACE(each.index);
+        EXPECT_THAT(change(each.index, each.value), IsEmpty());
+        EXPECT_EQ(std::exchange(audio.calls, {}), each.sound);
+        if (each.receiver != 0)
+            expectPosted(each.receiver, each.message, each.index == 21 ? each.value : 0, 0);
+        expectNothingPosted();
         const auto sent = Platform::IpcDouble::takePosted(AppSetup);
-        ASSERT_EQ(sent.size(), 1u) << each.index;
+        ASSERT_EQ(sent.size(), 1u);
         EXPECT_EQ(std::tuple(sent[0].what, sent[0].arg1, sent[0].arg2),
                   std::tuple(static_cast<juce::int32>(RMSG_SETTING_NOTIFY), 2, each.index));
-        EXPECT_EQ(sent[0].bundle->getInt("value", -1), each.value) << each.index;
+        EXPECT_EQ(sent[0].bundle->getInt("value", -1), each.value);
     }
     change(22, 1);
     EXPECT_EQ(Platform::VX_GetSysInfo(36), 1);

@@ -37,10 +37,15 @@ public:
     ImagesOnly() { Provided<VolumeBar>::set(this); }
     ~ImagesOnly() override { Provided<VolumeBar>::set(nullptr); }
     void postMessage(juce::int32, juce::int32, juce::int32, Kernel::Payload) override {}
-    void updateImages(int frontPage) override { fronts.push_back(frontPage); }
+    void updateImages(int frontPage) override
+    {
+        fronts.push_back(frontPage);
+        sources.push_back(getNormalSource());
+    }
     bool isShown() const override { return false; }
 
     std::vector<int> fronts;
+    std::vector<int> sources; ///< what played then, by the unit's own answer
 };
 
 } // namespace
@@ -114,6 +119,7 @@ TEST_F(ApplicationManagerTest, ACompletedSwitchIsAnnounced)
     takeSent();
     request(mbRearAV1, AppAction::ToRun);
     EXPECT_EQ(bar.fronts.back(), mbFM);
+    EXPECT_EQ(bar.sources.back(), mbFM) << "who hears of a switch may ask at once";
     answerAll();
     EXPECT_EQ(takeSent(), (std::vector<Sent> { { AppMainMenu, RMSG_MAINMENU_NOTIFY, 1, mbRearAV1 } }));
     EXPECT_EQ(bar.fronts.back(), mbRearAV1);
@@ -154,6 +160,16 @@ TEST_F(ApplicationManagerTest, ProgramsThatNobodyNeedsAreClosed)
     EXPECT_TRUE(isCheckRunning());
     EXPECT_EQ(takeSent(), std::vector<Sent> {});
     answerAll();
+
+    // A request that came first is served first: its program is needed.
+    const RequestInfo early { mbEQ, AppAction::ToRun, false };
+    Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SCHEDULE_REQUEST, early.page,
+                              early.toArgument());
+    fireBackgroundCheck();
+    EXPECT_EQ(takeSent(), std::vector<Sent> {});
+    answerAll();
+    complete(mbEQ, AppAction::ToStop);
+    complete(mbMainMenu);
 
     fireBackgroundCheck();
     EXPECT_FALSE(isCheckRunning());

@@ -3,6 +3,7 @@
 #include "kernel/MessageIds.h"
 #include "platform/Configuration.h"
 #include "support/KernelFixture.h"
+#include "support/LogCapture.h"
 
 #include <gmock/gmock.h>
 #include <thread>
@@ -83,6 +84,27 @@ TEST_F(DataManagerTest, ChangesAreStoredAtOnceAndToldLaterInOrder)
                                     { textSetting, Pubhead::AppUnknown },
                                     { numberSetting, Pubhead::AppMain } }));
     EXPECT_EQ(second.heard, (Heard { { numberSetting, Pubhead::AppSetup }, { numberSetting, Pubhead::AppMain } }));
+}
+
+/** A program moves a slider faster than the unit follows: few announcements wait, the last of them after the last
+ * value. */
+TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
+{
+    LogCapture log;
+    Listener listener;
+    manager().addListener(&listener);
+    listener.then = [&] { EXPECT_EQ(manager().getInt(numberSetting), 2000); };
+    for (int flood = 0; flood < 2; ++flood)
+    {
+        listener.heard.clear();
+        for (int value = 1000; value <= 2000; ++value)
+            manager().setInt(numberSetting, value, true, Pubhead::AppSetup);
+        manager().setString(textSetting, flood == 0 ? "Bow" : "Stern", true, Pubhead::AppSetup);
+        run();
+        EXPECT_EQ(listener.heard.size(), 1u + EngineApi::WaitingChanges::most);
+        EXPECT_EQ(listener.heard.back().first, textSetting);
+    }
+    EXPECT_EQ(LogCapture::take().size(), 1u);
 }
 
 TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)

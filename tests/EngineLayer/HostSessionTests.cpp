@@ -150,22 +150,67 @@ TEST_F(HostSessionTest, WhatAFrameCannotCarryIsRefused)
     EXPECT_EQ(written(), (Frames { { 1, EVENT_PGN_SEND_CAN, Bytes(102, 7) } }));
 }
 
-TEST_F(HostSessionTest, ADeadLinkDoesNotFillTheMemory)
+// A device on the network asks for something new with each answer. The heartbeat goes out all the same.
+TEST_F(HostSessionTest, ABusyNetworkHoldsNoNormalFrameUp)
+{
+    std::uint8_t answer = 0;
+    const auto answerTwice = [&answer]
+    {
+        for (int each = 0; each < 2; ++each)
+            sendDataUrgent(EVENT_PGN_SEND_CAN, &++answer, 1);
+    };
+    answerTwice();
+    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_MUTE_STATE, 1);
+    std::vector<int> order;
+    for (int sequence = 1; sequence <= 11; ++sequence)
+    {
+        order.push_back(written().at(0).command);
+        answerTwice();
+        mcuAcknowledges(sequence);
+    }
+    std::vector<int> expected(11, EVENT_PGN_SEND_CAN);
+    expected[SendQueue::urgentInARow] = EVENT_HEAT_BEAT;
+    expected[2 * SendQueue::urgentInARow + 1] = EVENT_MUTE_STATE;
+    EXPECT_EQ(order, expected);
+}
+
+TEST_F(HostSessionTest, ADeadLinkDoesNotFillTheMemoryAndLosesNoHeartbeat)
 {
     const LogCapture log;
-    for (int i = 0; i < Session::maxWaitingFrames + 10; ++i)
-        sendCommand(EVENT_HEAT_BEAT, 0);
-    EXPECT_EQ(Session::getInstance()->getRefusedSends(), 10);
-    EXPECT_EQ(log.take().size(), 1u) << "logged once";
-    const std::uint8_t urgent = 7;
-    sendDataUrgent(EVENT_PGN_SEND_CAN, &urgent, 1);
-    EXPECT_EQ(Session::getInstance()->getRefusedSends(), 11) << "the last that waits goes in its place";
-    run();
-    const auto first = mcu.takeWritten();
-    ASSERT_FALSE(first.empty());
-    EXPECT_EQ(first.front().command, EVENT_PGN_SEND_CAN);
+    const auto& session = *Session::getInstance();
+    for (int i = 0; i < SendQueue::maxNormal + 10; ++i)
+        sendCommand(EVENT_MUTE_STATE, 0);
+    EXPECT_EQ(session.getRefusedSends(), 10);
     sendCommand(EVENT_HEAT_BEAT, 0);
-    EXPECT_EQ(Session::getInstance()->getRefusedSends(), 11);
+    EXPECT_EQ(session.getRefusedSends(), 11) << "the last that is no heartbeat goes in its place";
+    for (std::uint8_t i = 1; i <= SendQueue::maxUrgent + 5; ++i)
+        sendDataUrgent(EVENT_PGN_SEND_CAN, &i, 1);
+    EXPECT_EQ(session.getRefusedSends(), 16) << "neither kind pushes the other out";
+    EXPECT_EQ(log.take().size(), 1u) << "logged once";
+
+    const auto said = McuLink::converse([this] { run(); });
+    std::map<int, int> sent;
+    for (const auto& frame : said)
+        ++sent[frame.command];
+    EXPECT_EQ(sent, (std::map<int, int> { { EVENT_HEAT_BEAT, 1 },
+                                          { EVENT_MUTE_STATE, SendQueue::maxNormal - 1 },
+                                          { EVENT_PGN_SEND_CAN, SendQueue::maxUrgent } }));
+    EXPECT_EQ(said.front().data, Bytes { SendQueue::maxUrgent + 5 }) << "the oldest are given up";
+    EXPECT_EQ(said.back().command, EVENT_HEAT_BEAT);
+}
+
+TEST_F(HostSessionTest, AReceiverThatDoesNotKeepUpLosesFramesAndNoMemoryIsLost)
+{
+    synchronise();
+    const LogCapture log;
+    for (std::size_t i = 0; i < Session::maxWaitingEvents + 10; ++i)
+        mcuSends({ static_cast<int>(i % 200), EVENT_KEY, { 1, 2, 3 } });
+    EXPECT_EQ(Session::getInstance()->getDroppedEvents(), 10);
+    EXPECT_EQ(log.count("1024 messages wait for component 23, IND_KEY and what follows is dropped"), 1);
+    EXPECT_EQ(takePosted().size(), Session::maxWaitingEvents);
+    mcuSends({ 201, EVENT_KEY, { 1, 2, 3 } });
+    EXPECT_EQ(takePosted().size(), 1u);
 }
 
 TEST_F(HostSessionTest, NothingIsDispatchedBeforeTheLastMemoryAnswer)
@@ -206,6 +251,11 @@ TEST_F(HostSessionTest, WhatNobodyWantsIsAcknowledgedAllTheSame)
         EXPECT_EQ(each.receiver, Kernel::noComponent);
     mcuSends({ 2, 0x8000, { 1 } });
     expectPosted(Kernel::generalApplicationId, Kernel::MSG_HOST_EVENT, 0, 1);
+    const LogCapture log;
+    for (const int command : { 99, 28, 99 })
+        mcuSends({ command + static_cast<int>(mcu.takeWritten().size()), command, {} });
+    EXPECT_EQ(log.count("frames of command 99 are not known and are ignored"), 1) << "once a kind";
+    EXPECT_EQ(log.count("frames of command 28 are not known and are ignored"), 1);
 }
 
 namespace

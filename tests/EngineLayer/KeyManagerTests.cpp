@@ -182,13 +182,23 @@ TEST_F(KeyManagerTest, TheDeviceIdIsStoredSentAndReadBack)
     EXPECT_EQ(log.count("device id saved"), 1);
     EXPECT_EQ(log.count("device id differs from what was set"), 1);
 
-    // No six digits at the end, longer than the frame, empty: nothing is stored, nothing answered.
-    for (const Bytes& bad :
-         { Bytes { 0, 4, 6, '1', '2', '3', '4', '5', 'x' }, Bytes { 0, 4, 255, '1', '2', '3', '4', '5', '6' },
-           Bytes { 0, 4, 0 }, Bytes { 0, 4 }, Bytes { 0, 4, 3, 0xC3, 0xFF, '1' } })
+    // Longer than the frame, without a length: nothing is stored, nothing answered.
+    for (const Bytes& bad : { Bytes { 0, 4, 255, '1', '2', '3', '4', '5', '6' }, Bytes { 0, 4 } })
         autoTest(bad);
     EXPECT_EQ(getSettingString(1042), "ABC123456");
     EXPECT_THAT(answers(), IsEmpty());
+
+    // No six digits at the end: stored and answered all the same, and the microcontroller keeps its id.
+    autoTest({ 0, 4, 6, '1', '2', '3', '4', '5', 'x' });
+    EXPECT_EQ(getSettingString(1042), "12345x");
+    EXPECT_THAT(answers(), ElementsAre("00 04 06 31 32 33 34 35 78"));
+    autoTest({ 0, 4, 3, 0xC3, 0xFF, '1' });
+    EXPECT_EQ(getSettingString(1042), juce::String(juce::CharPointer_UTF8("\xef\xbf\xbd\xef\xbf\xbd"
+                                                                          "1")));
+    autoTest({ 0, 4, 0 });
+    EXPECT_EQ(getSettingString(1042), "");
+    EXPECT_THAT(answers(), ElementsAre("00 04 03 C3 FF 31", "00 04 00"));
+    EXPECT_FALSE(keys.isTimerRunning());
     EXPECT_THAT(mcuHears(), IsEmpty());
 }
 

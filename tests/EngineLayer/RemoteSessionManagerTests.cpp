@@ -216,6 +216,12 @@ TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)
         expectPosted(each.receiver, each.id, each.arg1, each.arg2);
         expectNothingPosted();
     }
+    constexpr int many = 256;
+    for (int number = 0; number < many; ++number)
+        IpcDouble::injectWindowMessage(1133, 12, number);
+    EXPECT_TRUE(LowLayer::RemotecommDev::getInstance()->isBusy()) << "the next ones wait outside";
+    takePosted();
+    EXPECT_FALSE(LowLayer::RemotecommDev::getInstance()->isBusy());
 
     Filter filter;
     for (const auto& [windowMessage, appType] :

@@ -344,3 +344,19 @@ TEST_F(SystemStateTest, ARequestTooManyIsRefusedAndLoggedOnce)
     EXPECT_EQ(events(), (Events { "mbWB = 2", "mbWB = 2" }));
     EXPECT_EQ(LogCapture::count("too many requests wait, mbWB is refused"), 1);
 }
+
+// In ISR mode what waits is only taken when another request comes: one more makes room for itself.
+TEST_F(SystemStateTest, AFullQueueIsNotStuckInISRMode)
+{
+    enterNormalRun();
+    enter(kISRMode);
+    answerAll();
+    request(mbFM, AppAction::ToRun);
+    for (std::size_t sent = 0; sent < SystemStateManager::requestCapacity; ++sent)
+        request(mbAM, AppAction::ToRun);
+    answerAll();
+    events();
+    ASSERT_FALSE(isSystemBusy());
+    request(mbWB, AppAction::ToRun);
+    EXPECT_EQ(events(), (Events { "mbAM = 3", "mbFM stop" }));
+}

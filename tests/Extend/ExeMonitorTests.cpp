@@ -1,3 +1,4 @@
+#include "support/ErrorLog.h"
 #include "support/ProgramsFixture.h"
 
 #include <thread>
@@ -232,6 +233,41 @@ TEST_F(ExeMonitorTest, ReportsTheSixthFailingHeartbeat)
     monitor.setAppState(AppRadio, kDisconnect);
     cycles(3);
     expectNothingPosted();
+}
+
+/** A frozen program is named once, until it has answered again. */
+TEST_F(ExeMonitorTest, NamesAFrozenProgramOnce)
+{
+    startRadio();
+    send(Kernel::exeMonitorId, Kernel::MSG_SYS_READY);
+    const ErrorLog errors;
+    for (int cycle = 0; cycle < 4; ++cycle)
+        fire(monitor, ExeMonitor::heartbeatTimer);
+    EXPECT_THAT(ErrorLog::take(), ElementsAre("AppType: AppRadio | does not answer the heartbeat"));
+    fromProgram(AppRadio, RMSG_HEARTBEAT_REPLY, AppRadio);
+    fire(monitor, ExeMonitor::heartbeatTimer);
+    EXPECT_THAT(ErrorLog::take(), IsEmpty());
+    fire(monitor, ExeMonitor::heartbeatTimer);
+    EXPECT_THAT(ErrorLog::take(), SizeIs(1));
+}
+
+/** A program that is told to quit and has ended before the engine goes on can be started again. */
+TEST_F(ExeMonitorTest, IsNotLeftClosingByAProgramThatEndsAtOnce)
+{
+    startRadio();
+    IpcDouble::onPost(
+        [this](const IpcDouble::Posted& message)
+        {
+            if (message.what == RMSG_SOURCE_STOP)
+                monitor.setAppState(AppRadio, kDisconnect);
+        });
+    monitor.closeApp(AppRadio);
+    run();
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppRadio, RMSG_SOURCE_STOP, 0 }));
+    EXPECT_THAT(told, ElementsAre(Pair(AppRadio, kClosing), Pair(AppRadio, kDisconnect)));
+    monitor.closeApp(AppRadio);
+    EXPECT_EQ(monitor.getAppState(AppRadio), kDisconnect) << "nobody is there to be closed";
+    EXPECT_TRUE(takeSent().empty());
 }
 
 /** The bus says who speaks: a radio that calls itself the USB player stays the radio. */

@@ -49,6 +49,29 @@ protected:
         takeSent();
     }
 
+    /** From now on every program does at once, inside the call that tells it, what it is told. */
+    static void letProgramsAnswerAtOnce()
+    {
+        Platform::IpcDouble::onPost(
+            [](const Platform::IpcDouble::Posted& told)
+            {
+                const auto answer = [&](juce::int32 what, int page)
+                { Platform::IpcDouble::injectMessage(told.appType, what, page); };
+                if (told.what == RMSG_PAGE_HIDE)
+                    answer(RMSG_PAGE_HIDE_READY, told.arg1);
+                else if (told.what == RMSG_PAGE_SHOW)
+                    answer(RMSG_PAGE_SHOW_READY, told.arg1);
+                else if (told.what == RMSG_COMMAND_LINE)
+                    answer(RMSG_PAGE_REQUEST_SHOW,
+                           Platform::RemoteObjFormat::generateCommandLine(told.bundle)->getPage());
+            });
+    }
+
+    static Platform::Bundle::Ptr pageShow(int page)
+    {
+        return Platform::RemoteObjFormat::formatCommandLine(*Platform::AppCommandLine::genCmdPageShow(page, false));
+    }
+
     ViewManager& view = *ViewManager::getInstance();
 };
 
@@ -78,6 +101,46 @@ TEST_F(ViewManagerTest, ChangesPagesByHandshake)
     says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
     EXPECT_THAT(takeSent(), ElementsAre(covered(mbFM)));
     EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+}
+
+/** A program that answers before the engine goes on is not forgotten, however its page is asked for: no timer has to
+ * bring the page. */
+TEST_F(ViewManagerTest, ShowsPagesOfProgramsThatAnswerAtOnce)
+{
+    letProgramsAnswerAtOnce();
+    const auto expectInFront = [&](int page, const char* how)
+    {
+        run();
+        EXPECT_EQ(getCurrentPage(), page) << how;
+        EXPECT_FALSE(isPageChanging()) << how;
+    };
+    EXPECT_TRUE(launchApp(AppRadio, mbFM, {}, pageShow(mbFM), false));
+    expectInFront(mbFM, "connected, launched");
+    EXPECT_TRUE(showOrLaunchApp(AppUSB, mbUSBAudio, {}, pageShow(mbUSBAudio)));
+    expectInFront(mbUSBAudio, "connected, shown");
+    monitor.setAppState(AppSetup, kDisconnect);
+    run();
+    EXPECT_TRUE(launchApp(AppSetup, mbSetup, {}, pageShow(mbSetup), false));
+    expectInFront(mbSetup, "runs and is taken over");
+}
+
+/** An expiry that was on its way when its timer began anew does not cut short the time of the page after it. */
+TEST_F(ViewManagerTest, ALateExpiryDoesNotCountForTheNextPage)
+{
+    bringToFront(mbFM);
+    reportTopPage(mbFM);
+    setNext(mbUSBAudio);
+    Platform::IpcDouble::injectMessage(AppRadio, RMSG_PAGE_TOP_SHOWN, mbFM);
+    reportTopPage(mbAM);
+    setNextPage(mbSetup);
+    for (const auto timer : { ViewManager::reportTimer, ViewManager::requestTimer })
+        view.timerCallback(timer);
+    run();
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
+    expectNothingPosted();
+    EXPECT_TRUE(takeSent().empty());
+    for (const auto timer : { ViewManager::reportTimer, ViewManager::requestTimer })
+        EXPECT_TRUE(view.isTimerRunning(timer));
 }
 
 TEST_F(ViewManagerTest, LeavesTwoPagesOfOneProgramToTheProgram)

@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <juce_core/juce_core.h>
 
 #include <array>
@@ -6,10 +6,15 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <set>
 #include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
+
+using testing::IsSupersetOf;
 
 namespace
 {
@@ -52,26 +57,23 @@ protected:
         folder.deleteRecursively();
     }
 
+    /** `extra` begins with keys of the buses. */
     juce::File writeConfiguration(const juce::String& extra = {}) const
     {
         const auto file = folder.getChildFile("engine.toml");
         file.replaceWithText(
             "[unit]\nsystem_path = \"system/\"\nresource_path = \"" HEADUNIT_BUILD_DIR "/resources/\"\n"
             "registry_path = \"registry/\"\ndisplay = \"none\"\nmedia_root = \"media/\"\n"
-            "camera_hold_file = \"camera\"\n"
+            "camera_hold_file = \"camera\"\nlog_library = \"" HEADUNIT_BUILD_DIR "/lib/libVX_Logcat.so\"\n"
             "[mcu]\nport = \"" +
-            port + "\"\n[bus]\ni2c1 = \"socket:i2c\"\ngpio = \"socket:gpio\"\n[ipc]\naddress = \"unix:path=" +
-            folder.getChildFile("no-bus").getFullPathName() + "\"\n" + extra);
+            port + "\"\n[ipc]\naddress = \"unix:path=" + folder.getChildFile("no-bus").getFullPathName() +
+            "\"\n[bus]\ni2c1 = \"socket:i2c\"\ngpio = \"socket:gpio\"\n" + extra);
         return file;
     }
 
     void start(const juce::StringArray& arguments)
     {
-        // What is heard from now on comes from this engine, not from one before.
-        std::array<char, 512> bytes {};
-        while (engineSpeaks(0) && read(terminal, bytes.data(), bytes.size()) > 0)
-        {
-        }
+        forgetWhatWasSaid();
         std::array<int, 2> ends {};
         ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         pid = fork();
@@ -79,6 +81,7 @@ protected:
         {
             dup2(ends[1], STDOUT_FILENO);
             dup2(ends[1], STDERR_FILENO);
+            setenv("HEADUNIT_LOG_FILE", folder.getChildFile("log").getFullPathName().toRawUTF8(), 1);
             setenv("HEADUNIT_SYSINFO", sysInfoName().toRawUTF8(), 1);
             std::vector<char*> argv { const_cast<char*>(engineProgram.toRawUTF8()) };
             for (const auto& argument : arguments)
@@ -104,11 +107,35 @@ protected:
         return outcome;
     }
 
+    /** What the system calls the threads of the engine. */
+    std::set<juce::String> threadNames() const
+    {
+        std::set<juce::String> names;
+        const juce::File tasks("/proc/" + juce::String(pid) + "/task");
+        for (const auto& task : tasks.findChildFiles(juce::File::findDirectories, false))
+            names.insert(task.getChildFile("comm").loadFileAsString().trim());
+        return names;
+    }
+
+    void sendToEngine(const std::vector<std::uint8_t>& bytes) const
+    {
+        EXPECT_EQ(write(terminal, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+
     /** True when the engine sent anything within the time; the longest is one that a loaded machine does not need. */
     bool engineSpeaks(int milliseconds = 60000) const
     {
         pollfd descriptor { terminal, POLLIN, 0 };
         return poll(&descriptor, 1, milliseconds) == 1;
+    }
+
+    /** Drops what an engine that is gone has sent. */
+    void forgetWhatWasSaid() const
+    {
+        std::array<char, 512> bytes {};
+        while (engineSpeaks(0) && read(terminal, bytes.data(), bytes.size()) > 0)
+        {
+        }
     }
 
     juce::File folder = juce::File::createTempFile("engine");
@@ -155,10 +182,35 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
     EXPECT_FALSE(engineSpeaks(1500));
     hold.deleteFile();
     EXPECT_TRUE(engineSpeaks());
+    EXPECT_THAT(threadNames(), IsSupersetOf({ "GeneralHigh", "GeneralNormal", "GeneralLow", "System", "MonitorSend",
+                                              "serial", "ipc", "MonitorThread" }));
     EXPECT_EQ(folder.getChildFile("registry/Drivers/AppleAccessory/HardwareType").loadFileAsString(), "1\n");
     kill(pid, SIGTERM);
     const auto outcome = finish();
     EXPECT_EQ(outcome.status, 0) << outcome.output;
+}
+
+/** The audio DSP takes a block and never answers, so that a handler waits for it when the engine is to end. */
+TEST_F(EngineProcessTest, EndsAlthoughAHandlerStillRuns)
+{
+    const auto path = folder.getChildFile("spi").getFullPathName();
+    const int listener = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    sockaddr_un address { .sun_family = AF_UNIX, .sun_path = {} };
+    path.copyToUTF8(address.sun_path, sizeof address.sun_path);
+    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listener, 1), 0);
+
+    start({ "--config", writeConfiguration("spi2 = \"socket:spi\"\n").getFullPathName() });
+    ASSERT_TRUE(engineSpeaks());
+    sendToEngine({ 0xA0, 0x55, 0x01, 0x08, 0x00, 0x01, 0x00, 0xFF });
+    pollfd connection { listener, POLLIN, 0 };
+    ASSERT_EQ(poll(&connection, 1, 10000), 1);
+    kill(pid, SIGTERM);
+    const auto outcome = finish();
+    close(listener);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_FALSE(outcome.output.contains("fault:")) << outcome.output;
+    EXPECT_TRUE(outcome.output.contains("SystemGroup does not stop, a handler is still running")) << outcome.output;
 }
 
 /** A second engine of the same unit is refused; a link in the place of the lock is not followed, and stops no start. */

@@ -216,7 +216,7 @@ TEST_F(DspSound, runsThroughAFlatChainWithItsGains)
     makeFlat();
     makeTone();
     write(1, 0x05, { one / 2 });  // speaker volume
-    write(1, 0xDF, { one / 2 });  // front right
+    write(1, 0xD9, { one / 2 });  // front right
     write(0, 0x27, { 0x7FFFFF }); // line volume: nearly 4 times, beyond full scale
     const auto played =
         playFile(chip.memory(), in.getFullPathName().toStdString(), out.getFullPathName().toStdString(), {});

@@ -52,7 +52,7 @@ protected:
     static juce::String transcript()
     {
         juce::String text;
-        const auto blocks = Spi::takeBlocks();
+        const auto blocks = takeBlocks();
         for (std::size_t i = 0; i < blocks.size(); ++i)
         {
             const auto& block = blocks[i];
@@ -156,6 +156,14 @@ TEST_F(AudioTest, StepsMoveTheZonesAndTellTheListener)
     EXPECT_EQ(audio().setVolume(20, 3), -1);
     EXPECT_EQ(audio().setVolume(200, 1), 0);
     EXPECT_EQ(helper().getVolume(false), 50);
+    helper().setVolume(10, false);
+    helper().setVolume(5, true);
+    set(281, 1);
+    set(283, 0);
+    audio().zone2OnChanged();
+    audio().zone2VolumeModeChanged();
+    audio().setVolume(200, 1);
+    EXPECT_EQ(helper().getVolume(true), 50) << "zone 2 follows the whole step";
     audio().toggleMute(true);
     notices.take();
     audio().volumeUp(1, 1);
@@ -209,6 +217,23 @@ TEST_F(AudioTest, TheAlertIsHeardOverEverySource)
     audio().setSource(24, eAudioTuner);
     fire(ak7738ACOperator::restoreTimer);
     EXPECT_TRUE(transcript().startsWith("C0 00 37 FF\nC0 00 38 FF\nC0 00 39 FF\nbank")) << "an unknown input is none";
+}
+
+/** The supply is low and a person turns the balance while the DSP is still off. */
+TEST_F(AudioTest, WhatWasAskedForBeforeTheDspIsUpComesWithIt)
+{
+    audio().changeSource(eAudioFM);
+    audio().setAlert(true);
+    set(280, 0);
+    eq().applyBalance();
+    EXPECT_EQ(transcript(), "");
+    start();
+    const auto all = transcript();
+    EXPECT_TRUE(all.contains("C0 00 37 01\nC0 00 38 01\nC0 00 39 01\n"));
+    EXPECT_TRUE(all.contains("bank 0 00 BB = " + gain(-144))) << "only the left is heard";
+    fire(ak7738ACOperator::restoreTimer);
+    audio().setAlert(false);
+    EXPECT_TRUE(transcript().endsWith("C0 00 37 1A\nC0 00 38 1A\nC0 00 39 1A\nC0 00 66 11\n"));
 }
 
 TEST_F(AudioTest, TheEqualiserNeverAddsUp)

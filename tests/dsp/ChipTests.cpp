@@ -29,7 +29,7 @@ TEST_F(ChipTest, WritesABlockInChunksUnderOneSelectAndReadsItsChecksum)
     chip().writeBlock(block);
     std::vector<Step> steps;
     std::vector<std::size_t> lengths;
-    for (const auto& operation : Spi::takeOperations())
+    for (const auto& operation : takeOperations())
     {
         steps.push_back(operation.step);
         if (operation.step == Step::write)
@@ -67,11 +67,11 @@ TEST_F(ChipTest, EveryFailureLosesItsBlockAndNoOther)
         Spi::reset();
         inject();
         chip().writeBlock(block);
-        EXPECT_EQ(count(Spi::takeOperations(), Step::write), writes);
+        EXPECT_EQ(count(takeOperations(), Step::write), writes);
         EXPECT_EQ(Spi::getOpenDevices(), 0);
         Spi::reset();
         chip().writeBlock(block);
-        EXPECT_EQ(Spi::takeBlocks(), (std::vector<Spi::Bytes> { block }));
+        EXPECT_EQ(takeBlocks(), (std::vector<Spi::Bytes> { block }));
     }
 }
 
@@ -80,7 +80,7 @@ TEST_F(ChipTest, BootsThroughToItsEndWithoutADriver)
     Spi::failOpen(true);
     chip().boot();
     const auto everyFilter = 15u * 3u * 2u;
-    EXPECT_EQ(count(Spi::takeOperations(), Step::open), 1 + 4 + bootRegisters.size() + images.size() + 1 + everyFilter);
+    EXPECT_EQ(count(takeOperations(), Step::open), 1 + 4 + bootRegisters.size() + images.size() + 1 + everyFilter);
 }
 
 TEST_F(ChipTest, LeavesOutImagesThatAreNotWhole)
@@ -90,7 +90,7 @@ TEST_F(ChipTest, LeavesOutImagesThatAreNotWhole)
     writeImage(images[2], images[2].size, 0x00);
     chip().boot();
     std::vector<std::pair<int, std::size_t>> loaded;
-    for (const auto& block : Spi::takeBlocks())
+    for (const auto& block : takeBlocks())
         if (block.size() > 100)
             loaded.emplace_back(block[0], block.size());
     EXPECT_EQ(loaded, (std::vector<std::pair<int, std::size_t>> { { 0xB5, 1353 }, { 0xBA, 5123 }, { 0xB6, 1479 } }));

@@ -28,6 +28,18 @@ protected:
 
     ~DspFixture() override { juce::DeletedAtShutdown::deleteAll(); }
 
+    /** What the chip got, when it has got all of it. */
+    static auto takeBlocks()
+    {
+        Kernel::DeviceWorker::drainAll();
+        return Spi::takeBlocks();
+    }
+    static auto takeOperations()
+    {
+        Kernel::DeviceWorker::drainAll();
+        return Spi::takeOperations();
+    }
+
     static juce::File imageFile(const Dsp::Image& image)
     {
         const juce::File resources(Platform::Configuration::get().resourcePath);

@@ -35,9 +35,9 @@ class SweepTest : public DspFixture
 protected:
     void feed()
     {
-        for (const auto& block : Spi::takeBlocks())
+        for (const auto& block : takeBlocks())
             chip.block(block);
-        Spi::takeOperations();
+        takeOperations();
     }
 
     Bench::DspChip chip { [](const char*, const std::string&) {} };

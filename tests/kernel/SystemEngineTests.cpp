@@ -1,6 +1,8 @@
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemTimer.h"
+#include "platform/Threads.h"
+#include "support/Eventually.h"
 #include "support/KernelFixture.h"
 
 #include <thread>
@@ -108,6 +110,55 @@ TEST_F(SystemEngineTest, ComponentsStopGroupByGroupAndReleaseInIdOrder)
     engine().release();
     EXPECT_EQ(journal,
               (std::vector<std::string> { "39 stop", "41 stop", "40 stop", "39 release", "41 release", "40 release" }));
+}
+
+namespace
+{
+
+/** Its handler runs until the test lets it go, and then uses what it has. */
+class Straggling : public ComponentTask
+{
+public:
+    void onStop() override { stopped = true; }
+    void onRelease() override { used = nullptr; }
+    void handleMessage(juce::int32, juce::int32, juce::int32, const Payload&) override
+    {
+        entered.signal();
+        gate.wait();
+        usable = used != nullptr && used->getReferenceCount() == 1;
+    }
+
+    juce::WaitableEvent entered, gate;
+    std::atomic<bool> usable { false };
+    bool stopped = false;
+
+private:
+    Payload used = new PayloadProbe;
+};
+
+} // namespace
+
+/** A handler hangs while the unit is switched off. Whatever it may still touch stays, until it has ended. */
+TEST_F(SystemEngineTest, NothingIsTakenDownUnderAHandlerThatStillRuns)
+{
+    juce::ReferenceCountedObjectPtr<Straggling> component = new Straggling;
+    add(component.get(), 45);
+    EXPECT_FALSE(Platform::hasStragglers());
+    engine().start();
+    postSystemMessage(45, 1, 0, 0);
+    component->entered.wait();
+    engine().stop();
+    EXPECT_TRUE(Platform::hasStragglers());
+    EXPECT_FALSE(component->stopped);
+    engine().release();
+    EXPECT_NE(engine().findGroup("Tested"), nullptr);
+    component->gate.signal();
+    EXPECT_TRUE(eventually([this] { return !engine().findGroup("Tested")->isRunning(); }));
+    EXPECT_TRUE(component->usable);
+    engine().stop();
+    EXPECT_TRUE(component->stopped);
+    engine().release();
+    EXPECT_EQ(component->getReferenceCount(), 1);
 }
 
 namespace

@@ -78,6 +78,22 @@ TEST_F(HostcommDevTest, WithoutAClientBytesAreDropped)
     EXPECT_EQ(client.bytes, counting(3));
 }
 
+TEST_F(HostcommDevTest, AFloodThatIsNotWorkedOffIsLostAndCounted)
+{
+    const LogCapture log;
+    for (std::size_t i = 0; i < HostcommDev::maxWaiting; ++i)
+        mcu.sendBytes(counting(32));
+    mcu.sendBytes(counting(40));
+    mcu.sendBytes(counting(2));
+    EXPECT_EQ(device.getLostBytes(), 42);
+    EXPECT_EQ(log.take().size(), 1u);
+    run();
+    EXPECT_EQ(client.bytes.size(), HostcommDev::maxWaiting * 32);
+    mcu.sendBytes(counting(1));
+    run();
+    EXPECT_EQ(client.lengths.back(), 1);
+}
+
 TEST_F(HostcommDevTest, AShortWriteAndAClosedPortAreFailures)
 {
     const auto bytes = counting(10);

@@ -1,10 +1,14 @@
 #include "platform/Window.h"
 
 #include "platform/Configuration.h"
+#include "platform/Ipc.h"
+#include "platform/Pubhead.h"
 #include "support/ErrorLog.h"
 #include "support/XServer.h"
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <gmock/gmock.h>
 #include <mutex>
@@ -319,6 +323,45 @@ TEST_F(WindowTest, TheEnginesWindowGetsEveryMessageInOrder)
     stopWindowMessages();
     EXPECT_TRUE(eventually([&] { return !isWindow(window); }));
     EXPECT_EQ(findWindow("AppMain"), noWindow);
+}
+
+/** Programs post faster than the engine works: what waits is bounded, the newest stay, and a line says so once. */
+TEST_F(WindowTest, ABusyEngineKeepsTheNewestMessages)
+{
+    constexpr int sent = 3000;
+    struct Engine : IMsgProc
+    {
+        void onRemoteMessage(RemoteMessage::Ptr) override {}
+        void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) override
+        {
+            received.handler()(message, wParam, lParam);
+        }
+        void onPresence(int, bool) override {}
+        void onBroadcast(const juce::String&) override {}
+        bool isBusy() const override { return busy; }
+
+        Received received;
+        std::atomic<bool> busy { true };
+    };
+    Engine engine;
+    Configuration::get().ipcAddress = "unix:path=/no/such/bus";
+    IPCMsg::MessageHelper::config(Pubhead::AppMain, IPCMsg::MessageHelper::getDestName);
+    MsgSession session;
+    session.init(&engine);
+    const auto window = findWindow("AppMain");
+    for (int index = 0; index < sent; ++index)
+        ASSERT_TRUE(postWindowMessage(window, index, 0, 0));
+    ASSERT_TRUE(eventually([&] { return log.count("1024 window messages wait: the oldest go") == 1; }));
+    EXPECT_TRUE(engine.received.get().empty());
+    engine.busy = false;
+
+    const auto messages = [&] { return engine.received.get(); };
+    ASSERT_TRUE(eventually([&] { return !messages().empty() && messages().back() == Message { sent - 1, 0, 0 }; }));
+    EXPECT_LT(messages().size(), std::size_t { sent });
+    EXPECT_TRUE(std::ranges::is_sorted(messages()));
+    EXPECT_EQ(log.count("1024 window messages wait"), 1);
+    session.close();
+    Configuration::get().ipcAddress = {};
 }
 
 TEST_F(WindowTest, WithoutADisplayNothingIsFound)

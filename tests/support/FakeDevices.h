@@ -20,6 +20,11 @@ public:
         note("text " + juce::String(row) + " " + juce::String(column) + " " + text + (temporary ? " temporary" : ""));
         return true;
     }
+    bool showLasting(int row, int column, const juce::String& text) override
+    {
+        note("lasting " + juce::String(row) + " " + juce::String(column) + " " + text);
+        return true;
+    }
     void clearRow(int row) override { note("clear row " + juce::String(row)); }
     void clearDisplay(bool forget) override { note(forget ? "clear and forget" : "clear"); }
     void setDimmer(int level) override { note("dimmer " + juce::String(level)); }

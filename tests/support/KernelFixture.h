@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kernel/DeviceWorker.h"
 #include "kernel/SystemEngine.h"
 
 #include <gtest/gtest.h>
@@ -48,11 +49,11 @@ protected:
         engine().registerComponent(testedGroup, component);
     }
 
-    /** Lets the tested components handle what waits for them, until nothing is left. */
+    /** Lets the tested components, and the devices, handle what waits for them, until nothing is left. */
     void run()
     {
         auto* group = engine().findGroup(testedGroup);
-        for (int pass = 0; pass < 1000 && group->hasMessages(); ++pass)
+        for (int pass = 0; pass < 1000 && (group->hasMessages() || Kernel::DeviceWorker::drainAll()); ++pass)
             group->runPass();
     }
 

@@ -57,7 +57,9 @@ public:
 
     void onMessage(const Platform::RemoteMessage& message) override
     {
-        if (message.what == RMSG_BT_CONTROL && message.arg1 == switchOn)
+        if (message.what == RMSG_BT_CONTROL && message.arg1 == switchOn && phone.isNotEmpty())
+            host.send(RMSG_BT_STATE, moduleState, connected); // of an engine before
+        else if (message.what == RMSG_BT_CONTROL && message.arg1 == switchOn)
             host.send(RMSG_BT_STATE, callState, moduleOn);
         else if (message.what == RMSG_BT_CONTROL && message.arg1 == switchOff)
             disconnect();
@@ -65,6 +67,8 @@ public:
             onLinkRequest(message.arg2 & 0xffff);
         else if (message.what == RMSG_FACTORY_RESET)
             disconnect();
+        else if (message.what == RMSG_N2K_PGN)
+            host.send(RMSG_BT_STATE, wantsAudioPage); // a display on the boat's network wants the phone's music
         host.changed();
     }
 

@@ -1,4 +1,5 @@
 // The pages that belong to no source: the lock, the camera, standby and audio off.
+#include "EngineApi/KeyCodes.h"
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/Pubhead.h"
@@ -135,12 +136,23 @@ public:
         auto content = plainContent(page, host.getSource());
         content.status = page == mbStandby ? "The unit rests" : "Nothing plays";
         if (page == mbStandby)
-            content.buttons = { { sourceCommand, "Go on" } };
+            content.buttons = { { goOnButton, "Go on" } };
         return content;
     }
 
-    /** Back to what plays. */
-    void onTouch(int, int id) override { host.postToWindow(RMSG_MENU_COMMAND_WINDOW, id, 0); }
+    void onTouch(int, int) override { goOn(); }
+
+    void onKey(int key) override
+    {
+        if (key == KEY_RETURN)
+            goOn();
+    }
+
+private:
+    static constexpr int goOnButton = 0;
+
+    /** Back to the page before. */
+    void goOn() { host.postToWindow(RMSG_MENU_COMMAND_WINDOW, standbyCommand, leaveStandby); }
 };
 
 } // namespace

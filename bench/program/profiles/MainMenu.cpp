@@ -67,6 +67,8 @@ public:
         }
         else if (id == mbEQ)
             host.send(RMSG_EQ_PAGE_SHOW, 0);
+        else if (id == mbStandby)
+            host.send(RMSG_APP_EVENT, menuStandby, enterStandby);
         else
             host.send(RMSG_APP_EVENT, menuPageChosen, id);
     }

@@ -29,11 +29,14 @@ inline constexpr int favouriteCount = 16;
 int storedFavourites();
 
 /** Sub-codes of RMSG_APP_EVENT that a program sends. */
-enum AppEvent : int { menuPageChosen = 5, menuWantsState = 6 };
+enum AppEvent : int { menuPageChosen = 5, menuWantsState = 6, menuStandby = 8 };
 
 /** Menu commands by window message, with the values of `panelKey`. */
-enum MenuCommand : int { sourceCommand = 11, panelKey = 12 };
+enum MenuCommand : int { standbyCommand = 10, sourceCommand = 11, panelKey = 12 };
 enum PanelKey : int { panelLouder = 0, panelSofter = 1 };
+
+/** What goes along with `menuStandby` and `standbyCommand`. */
+enum Standby : int { enterStandby = 0, leaveStandby = 1 };
 
 /** What pieces are played, one after the other, by the keys of the page. */
 class Playlist

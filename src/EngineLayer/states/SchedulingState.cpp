@@ -52,7 +52,7 @@ void SchedulingState::handleMessage(juce::int32 id, juce::int32 arg1, juce::int3
             onReport(arg1, arg2 == 1);
         break;
     case Kernel::MSG_SYS_TIMER:
-        if (subState == kSwitch && arg1 == SystemStateManager::timerId)
+        if (subState == kSwitch)
             onTimeOut();
         break;
     default:
@@ -72,15 +72,19 @@ void SchedulingState::onRequest(const RequestInfo& request)
 
 void SchedulingState::onIdleRequest(const RequestInfo& request)
 {
-    if (!manager.queueRequest(request))
-        return;
-    const auto taken = manager.takeRequest();
-    if (taken->page != request.page)
-        manager.sendResult(taken->page, scheduleQueued);
-    if (getHandler(taken->page) == nullptr)
-        manager.sendResult(taken->page, scheduleFailed);
+    // The oldest is taken first, so that a full queue has room for the new one.
+    auto taken = request;
+    if (const auto oldest = manager.takeRequest())
+    {
+        taken = *oldest;
+        manager.queueRequest(request);
+    }
+    if (taken.page != request.page)
+        manager.sendResult(taken.page, scheduleQueued);
+    if (getHandler(taken.page) == nullptr)
+        manager.sendResult(taken.page, scheduleFailed);
     else
-        beginSchedule(*taken);
+        beginSchedule(taken);
 }
 
 void SchedulingState::takeOldestRequest()
@@ -124,8 +128,8 @@ void SchedulingState::refuse(int page)
 
 void SchedulingState::startSwitch()
 {
-    sendOrders();
     manager.startTimer(SystemStateManager::timerId, switchTimeOutMs);
+    sendOrders();
 }
 
 void SchedulingState::sendOrders()

@@ -109,6 +109,11 @@ void ak7738ACOperator::init(DSPSettingHelper& settingHelper)
     chip().boot();
     writeMainVolume(helper->getVolume(false));
     applyZoneOutputs();
+    // What was asked for before: the source that plays, and the alert over it.
+    if (channel != eAudioAVOff)
+        startTimer(restoreTimer, restoreMs);
+    if (alertActive)
+        selectInput(systemInput);
 }
 
 // Mute and volume.
@@ -173,7 +178,8 @@ int ak7738ACOperator::setVolume(int volume, int zone)
         return 0;
     if (helper == nullptr || zone < 0 || zone > 2)
         return -1;
-    return volumeStep(std::clamp(volume, 0, loudest) - helper->getVolume(zone == 2), zone);
+    // Zone 2 may follow the whole step, also what is beyond the end of zone 1; twice the range is no other step.
+    return volumeStep(std::clamp(volume, -loudest, 2 * loudest) - helper->getVolume(zone == 2), zone);
 }
 
 int ak7738ACOperator::volumeStep(int delta, int zone)

@@ -26,7 +26,10 @@ constexpr std::size_t middleBand = 3;
 constexpr std::size_t trebleBand = 5;
 constexpr int gainMiddle = 6;
 
-/** dB by position, 6 is the middle: one fades out upwards, the other downwards. */
+/**
+    dB by position, 6 is the middle: one fades out upwards, the other downwards. Positions count from right (0) to left
+    (12) and from front (0) to rear (12): what fades out upwards is right and front.
+*/
 constexpr std::array<int, 13> fadeUp { 0, 0, 0, 0, 0, 0, 0, -10, -15, -20, -25, -30, -144 };
 constexpr std::array<int, 13> fadeDown { -144, -30, -25, -20, -15, -10, 0, 0, 0, 0, 0, 0, 0 };
 
@@ -37,10 +40,10 @@ constexpr int highestLevel = 12;
 
 constexpr std::uint16_t level = 0x0B;
 constexpr std::uint16_t subwooferLevel = 0x1A0;
-constexpr std::uint16_t speakerRight = 0x1B6;
-constexpr std::uint16_t speakerLeft = 0x1BC;
-constexpr std::uint16_t zoneRight = 0x19A;
-constexpr std::uint16_t zoneLeft = 0x194;
+constexpr std::uint16_t outputARight = 0x1B6;
+constexpr std::uint16_t outputALeft = 0x1BC;
+constexpr std::uint16_t outputBRight = 0x19A;
+constexpr std::uint16_t outputBLeft = 0x194;
 constexpr int subwooferLift = 4;
 
 ak7738Operator& chip()
@@ -167,10 +170,11 @@ void ak7738EQOperator::applyBalanceFader()
 {
     const juce::ScopedLock guard(lock);
     if (helper == nullptr)
-        return;
+        return adjustSpeakers();
     const int fader = helper->getFader();
     const int balance = helper->getBalance();
     Platform::debugPrint("Fader = %d ,balance = %d \n", fader, balance);
+    // Front left and right, rear left and right.
     const std::array gains { at(fadeUp, fader) + at(fadeDown, balance), at(fadeUp, fader) + at(fadeUp, balance),
                              at(fadeDown, fader) + at(fadeDown, balance), at(fadeDown, fader) + at(fadeUp, balance) };
     juce::String values;
@@ -196,11 +200,11 @@ void ak7738EQOperator::adjustSpeakers()
     const int left = at(fadeDown, helper->getBalance());
     if (!subwooferOn)
     {
-        chip().writeGain(speakerRight, right, Bank::one);
-        chip().writeGain(speakerLeft, left, Bank::one);
+        chip().writeGain(outputARight, right, Bank::one);
+        chip().writeGain(outputALeft, left, Bank::one);
     }
-    chip().writeGain(zoneRight, right, Bank::one);
-    chip().writeGain(zoneLeft, left, Bank::one);
+    chip().writeGain(outputBRight, right, Bank::one);
+    chip().writeGain(outputBLeft, left, Bank::one);
 }
 
 void ak7738EQOperator::setSubwooferLevel(int index)
@@ -238,8 +242,8 @@ bool ak7738EQOperator::updateSubwoofer()
     chip().syncGroup3(subwooferOn);
     if (subwooferOn)
     {
-        chip().writeGain(speakerLeft, subwooferLift, Bank::one);
-        chip().writeGain(speakerRight, silence, Bank::one);
+        chip().writeGain(outputALeft, subwooferLift, Bank::one);
+        chip().writeGain(outputARight, silence, Bank::one);
     }
     adjustSpeakers();
     return true;

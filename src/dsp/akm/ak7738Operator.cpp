@@ -35,6 +35,12 @@ constexpr std::uint8_t memoryWrite = 0x80;
 constexpr std::uint8_t takeOverBank1 = 0xA5;
 constexpr std::uint8_t takeOverBank0 = 0xA4;
 
+/** Keys of the worker's jobs: what is written to the same place. */
+constexpr int bootKey = 0;
+constexpr int bank0Keys = 0x10000;
+constexpr int bank1Keys = 0x20000;
+constexpr int registerKeys = 0x30000;
+
 int checksum(std::span<const std::uint8_t> block)
 {
     boost::crc_xmodem_t crc;
@@ -66,84 +72,32 @@ juce::MemoryBlock loadImage(const Image& image)
 
 } // namespace
 
+// What the thread does.
+
 void ak7738Operator::writeBlock(std::span<const std::uint8_t> block)
 {
+    SPI port;
+    if (worker.isStopping() || !port.open(bus))
+        return;
+    bool verified = false;
+    for (int attempt = 0; attempt < attempts && !verified; ++attempt)
     {
-        const juce::ScopedLock guard(lock);
-        SPI port;
-        if (!port.open(bus))
+        std::array<std::uint8_t, 2> answer {};
+        if (!port.write(block) || !port.read(answer, readChecksum))
             return;
-        bool verified = false;
-        for (int attempt = 0; attempt < attempts && !verified; ++attempt)
-        {
-            std::array<std::uint8_t, 2> answer {};
-            if (!port.write(block) || !port.read(answer, readChecksum))
-                return;
-            verified = (answer[0] << 8 | answer[1]) == checksum(block);
-        }
-        if (!verified && !std::exchange(unverified, true))
-            Platform::Logger::getInstance()->logError("dsp/akm/ak7738Operator", __LINE__, "ak7738Operator",
-                                                      "the DSP does not confirm what is written to it");
-        else if (verified)
-            unverified = false;
+        verified = (answer[0] << 8 | answer[1]) == checksum(block);
     }
-    juce::Thread::yield();
+    if (!verified && !std::exchange(unverified, true))
+        Platform::Logger::getInstance()->logError("dsp/akm/ak7738Operator", __LINE__, "ak7738Operator",
+                                                  "the DSP does not confirm what is written to it");
+    else if (verified)
+        unverified = false;
 }
 
-void ak7738Operator::writeRegister(std::uint8_t number, std::uint8_t value)
+void ak7738Operator::setRegisters(std::span<const RegisterValue> registers)
 {
-    const std::array<std::uint8_t, 4> block { registerWrite, 0x00, number, value };
-    writeBlock(block);
-}
-
-void ak7738Operator::writeRegisters(std::span<const RegisterValue> registers)
-{
-    const juce::ScopedLock guard(lock);
     for (const auto& [number, value] : registers)
-        writeRegister(number, value);
-}
-
-void ak7738Operator::writeCoefficients(std::uint16_t address, std::span<const std::uint8_t> words, Bank bank)
-{
-    constexpr std::size_t headerLength = 3;
-    constexpr std::size_t wordLength = 3;
-    // The largest write is one filter.
-    std::array<std::uint8_t, headerLength + 30> block {};
-    jassert(words.size() + headerLength <= block.size());
-    const auto wordsMinusOne = words.size() < wordLength ? 0 : words.size() / wordLength - 1;
-    block[0] = static_cast<std::uint8_t>(memoryWrite + wordsMinusOne);
-    block[1] = static_cast<std::uint8_t>(address >> 8);
-    block[2] = static_cast<std::uint8_t>(address);
-    const auto length = std::min(words.size(), block.size() - headerLength);
-    std::copy_n(words.begin(), length, block.begin() + headerLength);
-
-    const std::array<std::uint8_t, 3> takeOver { bank == Bank::one ? takeOverBank1 : takeOverBank0, 0x00, 0x00 };
-    const juce::ScopedLock guard(lock);
-    writeBlock(std::span(block).first(headerLength + length));
-    writeBlock(takeOver);
-}
-
-void ak7738Operator::writeGain(std::uint16_t address, double decibels, Bank bank)
-{
-    writeCoefficients(address, gainWord(decibels), bank);
-}
-
-void ak7738Operator::boot()
-{
-    const juce::ScopedLock guard(lock);
-    Platform::GpioFunc::setPinFunc(startUpLine, outputFunction);
-    Platform::GpioFunc::writePin(startUpLine, 1);
-    juce::Thread::sleep(startUpMs);
-    writeBlock(wakeUp);
-    writeRegisters(haltRegisters);
-    juce::Thread::sleep(settleMs);
-    writeRegisters(bootRegisters);
-    juce::Thread::sleep(settleMs);
-    loadImages();
-    juce::Thread::sleep(settleMs);
-    writeRegister(runRegister.number, runRegister.value);
-    juce::Thread::sleep(settleMs);
-    flattenEqualiser();
+        writeBlock(std::array<std::uint8_t, 4> { registerWrite, 0x00, number, value });
 }
 
 void ak7738Operator::loadImages()
@@ -154,6 +108,57 @@ void ak7738Operator::loadImages()
         if (!content.isEmpty())
             writeBlock({ static_cast<const std::uint8_t*>(content.getData()), content.getSize() });
     }
+}
+
+// What callers ask for.
+
+void ak7738Operator::writeRegisters(std::span<const RegisterValue> registers)
+{
+    jassert(!registers.empty());
+    worker.post(registerKeys + registers.front().number,
+                [this, kept = std::vector(registers.begin(), registers.end())] { setRegisters(kept); });
+}
+
+void ak7738Operator::writeCoefficients(std::uint16_t address, std::span<const std::uint8_t> words, Bank bank)
+{
+    constexpr std::size_t wordLength = 3;
+    const auto wordsMinusOne = words.size() < wordLength ? 0 : words.size() / wordLength - 1;
+    Block block { static_cast<std::uint8_t>(memoryWrite + wordsMinusOne), static_cast<std::uint8_t>(address >> 8),
+                  static_cast<std::uint8_t>(address) };
+    block.insert(block.end(), words.begin(), words.end());
+    worker.post((bank == Bank::one ? bank1Keys : bank0Keys) + address,
+                [this, bank, kept = std::move(block)]
+                {
+                    writeBlock(kept);
+                    writeBlock(std::array<std::uint8_t, 3> { bank == Bank::one ? takeOverBank1 : takeOverBank0, 0, 0 });
+                });
+}
+
+void ak7738Operator::writeGain(std::uint16_t address, double decibels, Bank bank)
+{
+    writeCoefficients(address, gainWord(decibels), bank);
+}
+
+void ak7738Operator::boot()
+{
+    const juce::ScopedLock guard(lock);
+    worker.post(bootKey,
+                [this]
+                {
+                    Platform::GpioFunc::setPinFunc(startUpLine, outputFunction);
+                    Platform::GpioFunc::writePin(startUpLine, 1);
+                    juce::Thread::sleep(startUpMs);
+                    writeBlock(wakeUp);
+                    setRegisters(haltRegisters);
+                    juce::Thread::sleep(settleMs);
+                    setRegisters(bootRegisters);
+                    juce::Thread::sleep(settleMs);
+                    loadImages();
+                    juce::Thread::sleep(settleMs);
+                    setRegisters(std::array { runRegister });
+                    juce::Thread::sleep(settleMs);
+                });
+    flattenEqualiser();
 }
 
 } // namespace Dsp

@@ -3,6 +3,7 @@
 #include "dsp/akm/BootTable.h"
 #include "dsp/akm/FilterMap.h"
 #include "dsp/akm/FixedPoint.h"
+#include "kernel/DeviceWorker.h"
 #include "kernel/Singleton.h"
 
 #include <vector>
@@ -12,21 +13,23 @@ namespace Dsp
 
 /**
     The AK7738. Every command goes to it as one block, which it verifies by a checksum of its own; a block that does not
-    get there is logged where it fails and the next one is tried. Any thread.
+    get there is logged where it fails and the next one is tried. Any thread: what is written is only queued, in the
+    order of the calls, and reaches the chip from the thread "DSP". Of what it cannot keep up with only the newest value
+    of an address reaches it.
 */
 class ak7738Operator : public Kernel::Singleton<ak7738Operator>
 {
 public:
-    /** Up to three times, until the DSP answers the block's checksum (CRC-16/XMODEM). */
+    /** Up to three times, until the DSP answers the block's checksum (CRC-16/XMODEM). At once: the thread "DSP", or a
+     * test in its place. */
     void writeBlock(std::span<const std::uint8_t> block);
-    /** Start-up line, registers, images, flat equaliser. Takes some hundred milliseconds. */
+    /** Start-up line, registers, images, flat equaliser. It takes the chip some hundred milliseconds. */
     void boot();
 
     /** Words into the running DSP, and the order to take them over; no other block comes in between. */
     void writeCoefficients(std::uint16_t address, std::span<const std::uint8_t> words, Bank bank);
     /** One gain word of a level in dB. */
     void writeGain(std::uint16_t address, double decibels, Bank bank);
-    void writeRegister(std::uint8_t number, std::uint8_t value);
     /** Registers and routing, all of it before any other block. */
     void writeRegisters(std::span<const RegisterValue> registers);
 
@@ -48,15 +51,19 @@ private:
     friend class Kernel::Singleton<ak7738Operator>;
     ak7738Operator() = default;
 
+    using Block = std::vector<std::uint8_t>;
+
+    void setRegisters(std::span<const RegisterValue> registers);
     void loadImages();
     void flattenEqualiser();
     void writeBand(const EqBand& band, int gainDb, bool groups1And2, bool group3);
     void writeFixedFilter(std::uint16_t address, FilterType type, int frequency, Bank bank);
 
-    /** Recursive: what belongs together is held over several blocks. */
+    /** Recursive: what belongs together is queued without anything in between. */
     juce::CriticalSection lock;
     std::array<int, numOfEqBands> bandGains {};
-    bool unverified = false; ///< said so in the log, and nothing was verified since
+    bool unverified = false;               ///< said so in the log, and nothing was verified since; the thread "DSP"
+    Kernel::DeviceWorker worker { "DSP" }; ///< last: its thread ends before what it uses
 };
 
 } // namespace Dsp

@@ -20,6 +20,7 @@ struct State
     std::map<int, int> expected;
     std::vector<IpcDouble::Posted> posted;
     std::vector<IpcDouble::NamedBroadcast> named;
+    std::function<void(const IpcDouble::Posted&)> program;
     bool reachable = true;
 };
 
@@ -107,10 +108,18 @@ void MessageHelper::config(int, const char* (*)(int)) {}
 
 bool MessageHelper::postMessage(int appType, const RemoteMessage::Ptr& message)
 {
-    const std::lock_guard guard(lock);
-    if (message == nullptr || !state.present.contains(appType))
-        return false;
-    record(appType, *message);
+    std::function<void(const IpcDouble::Posted&)> program;
+    IpcDouble::Posted posted;
+    {
+        const std::lock_guard guard(lock);
+        if (message == nullptr || !state.present.contains(appType))
+            return false;
+        record(appType, *message);
+        program = state.program;
+        posted = state.posted.back();
+    }
+    if (program)
+        program(posted);
     return true;
 }
 
@@ -211,6 +220,12 @@ std::vector<NamedBroadcast> takeNamedBroadcasts()
 {
     const std::lock_guard guard(lock);
     return std::exchange(state.named, {});
+}
+
+void onPost(std::function<void(const Posted&)> program)
+{
+    const std::lock_guard guard(lock);
+    state.program = std::move(program);
 }
 
 int expectedProcess(int appType)

@@ -38,6 +38,7 @@ struct Line
     bool openFails = false;
     int writeLimit = -1;
     std::function<void(const juce::MemoryBlock&)> writeObserver;
+    std::function<void()> openObserver;
 };
 
 struct Lines
@@ -75,18 +76,23 @@ SerialPort::~SerialPort()
 bool SerialPort::open(const juce::String& name, int baudRate, bool awaitDevice)
 {
     close();
-    return withLine(name,
-                    [&](Line& line)
-                    {
-                        line.baudRate = baudRate;
-                        if (line.openFails && !awaitDevice)
-                            return false;
-                        line.openCount += line.openFails ? 0 : 1;
-                        line.delivery = std::make_shared<Delivery>();
-                        line.delivery->receiver = &backend->receiver;
-                        backend->name = name;
-                        return !line.openFails;
-                    });
+    std::function<void()> observer;
+    const bool connected = withLine(name,
+                                    [&](Line& line)
+                                    {
+                                        line.baudRate = baudRate;
+                                        if (line.openFails && !awaitDevice)
+                                            return false;
+                                        line.openCount += line.openFails ? 0 : 1;
+                                        line.delivery = std::make_shared<Delivery>();
+                                        line.delivery->receiver = &backend->receiver;
+                                        backend->name = name;
+                                        observer = line.openObserver;
+                                        return !line.openFails;
+                                    });
+    if (connected && observer)
+        observer();
+    return connected;
 }
 
 void SerialPort::close()
@@ -133,7 +139,9 @@ void SerialPortDouble::reset()
 {
     const std::lock_guard guard(lines().lock);
     for (auto& [name, line] : lines().byName)
-        line = Line { .delivery = line.delivery, .baudRate = line.baudRate, .written = {}, .writeObserver = {} };
+        line = Line {
+            .delivery = line.delivery, .baudRate = line.baudRate, .written = {}, .writeObserver = {}, .openObserver = {}
+        };
 }
 
 bool SerialPortDouble::isOpen(const juce::String& name)
@@ -149,6 +157,11 @@ int SerialPortDouble::getBaudRate(const juce::String& name)
 int SerialPortDouble::getOpenCount(const juce::String& name)
 {
     return withLine(name, [](const Line& line) { return line.openCount; });
+}
+
+void SerialPortDouble::onOpen(const juce::String& name, std::function<void()> observer)
+{
+    withLine(name, [&](Line& line) { line.openObserver = std::move(observer); });
 }
 
 juce::MemoryBlock SerialPortDouble::getWritten(const juce::String& name)

@@ -20,6 +20,8 @@ struct SerialPortDouble
     static int getBaudRate(const juce::String& name);
     /** How often the port was opened successfully. */
     static int getOpenCount(const juce::String& name);
+    /** Called inside every successful opening, when bytes can be received already. */
+    static void onOpen(const juce::String& name, std::function<void()> observer);
 
     /** Everything written to the port since the last `takeWritten`. */
     static juce::MemoryBlock getWritten(const juce::String& name);

@@ -1,5 +1,6 @@
 #include "platform/System.h"
 
+#include "platform/Threads.h"
 #include "platform/doubles/SystemDouble.h"
 
 #include <mutex>
@@ -16,7 +17,6 @@ struct State
 {
     std::vector<doubles::SystemDouble::RegistryWrite> registryWrites;
     juce::String registryError;
-    bool daylightSavingDisabled = false;
     bool exceptionHookInstalled = false;
     juce::uint32 waveOutVolume = fullVolume;
     juce::uint32 ticks = 0;
@@ -42,12 +42,6 @@ juce::Result writeRegistryValue(const juce::String& key, const juce::String& nam
     return juce::Result::ok();
 }
 
-void disableDaylightSaving()
-{
-    const std::scoped_lock lock(mutex);
-    state().daylightSavingDisabled = true;
-}
-
 void setWaveOutVolume(juce::uint32 volume)
 {
     const std::scoped_lock lock(mutex);
@@ -65,6 +59,10 @@ void installExceptionHook()
     const std::scoped_lock lock(mutex);
     state().exceptionHookInstalled = true;
 }
+
+void guardStack() {}
+
+void enterThread(const juce::String&) {}
 
 bool requestRealtimePriority()
 {
@@ -90,12 +88,6 @@ void SystemDouble::failRegistry(const juce::String& error)
 {
     const std::scoped_lock lock(mutex);
     state().registryError = error;
-}
-
-bool SystemDouble::isDaylightSavingDisabled()
-{
-    const std::scoped_lock lock(mutex);
-    return state().daylightSavingDisabled;
 }
 
 bool SystemDouble::isExceptionHookInstalled()

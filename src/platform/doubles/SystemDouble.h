@@ -24,7 +24,6 @@ struct SystemDouble
     /** What writes fail with from now on; "" lets them succeed. */
     static void failRegistry(const juce::String& error);
 
-    static bool isDaylightSavingDisabled();
     static bool isExceptionHookInstalled();
 
     /** None after `reset`. */

@@ -2,13 +2,13 @@
 
 #include "platform/Configuration.h"
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 #include "platform/Window.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <poll.h>
-#include <pthread.h>
 #include <regex>
 #include <sys/eventfd.h>
 
@@ -31,7 +31,8 @@ constexpr auto closeLimit = 200ms;
 constexpr int messagesPerPass = 64;
 /** The most that the bus leaves lying before what comes on top waits, for a program, or is refused, for all. */
 constexpr std::uint64_t maxUnsent = 2048;
-constexpr std::size_t maxWaitingEvents = 4096;
+/** How soon a busy receiver is looked at again. */
+constexpr int busyPauseMs = 5;
 
 /** A bus that is started anew at the same place has another identity, and is as good. */
 std::string withoutIdentity(const std::string& address)
@@ -112,6 +113,7 @@ void IpcChannel::close()
     link.reset();
     seats.reset();
     events.clear();
+    windowMessages.clear();
     for (auto& waiting : outgoing)
         waiting.clear();
     receiver = nullptr;
@@ -120,7 +122,7 @@ void IpcChannel::close()
 
 void IpcChannel::run()
 {
-    pthread_setname_np(pthread_self(), "ipc");
+    enterThread("ipc");
     while (!stopping)
     {
         tendLink();
@@ -186,6 +188,7 @@ void IpcChannel::deliver()
     for (auto& event : batch)
         if (!stopping)
             deliverOne(event);
+    deliverWindowMessages();
 }
 
 void IpcChannel::deliverOne(IpcEvent& event)
@@ -196,13 +199,25 @@ void IpcChannel::deliverOne(IpcEvent& event)
 
         void operator()(RemoteMessage::Ptr& message) const { target.onRemoteMessage(std::move(message)); }
         void operator()(const IpcPresence& presence) const { target.onPresence(presence.appType, presence.present); }
-        void operator()(const IpcWindowMessage& message) const
-        {
-            target.onWindowMessage(message.message, message.wParam, message.lParam);
-        }
         void operator()(const juce::String& text) const { target.onBroadcast(text); }
     };
     std::visit(Visitor { *receiver }, event);
+}
+
+void IpcChannel::deliverWindowMessages()
+{
+    for (int handled = 0; handled < messagesPerPass && !stopping && !receiver->isBusy(); ++handled)
+    {
+        WindowMessage next {};
+        {
+            const std::lock_guard guard(lock);
+            if (windowMessages.isEmpty())
+                return;
+            next = windowMessages.front();
+            windowMessages.pop();
+        }
+        receiver->onWindowMessage(next.message, next.wParam, next.lParam);
+    }
 }
 
 void IpcChannel::waitForTraffic()
@@ -221,6 +236,8 @@ void IpcChannel::waitForTraffic()
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(retryAt - Clock::now());
             timeout = static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), longestPause).count());
         }
+        if (!windowMessages.isEmpty())
+            timeout = receiver->isBusy() ? busyPauseMs : 0;
         if (!events.empty() && mayDeliver())
             timeout = 0;
     }
@@ -249,17 +266,13 @@ void IpcChannel::sendRest()
     }
 }
 
-void IpcChannel::fileWindowMessage(IpcWindowMessage message)
+void IpcChannel::fileWindowMessage(WindowMessage message)
 {
     {
         const std::lock_guard guard(lock);
-        if (events.size() >= maxWaitingEvents)
-        {
-            Logger::getInstance()->logError(file, __LINE__, tag, "window message %d dropped: too many wait",
-                                            static_cast<int>(message.message));
-            return;
-        }
-        events.emplace_back(message);
+        if (windowMessages.push(message))
+            Logger::getInstance()->logError(file, __LINE__, tag, "%d window messages wait: the oldest go",
+                                            static_cast<int>(maxWindowMessages));
     }
     wake();
 }

@@ -51,6 +51,7 @@ private:
     void tendLink();
     void deliver();
     void deliverOne(IpcEvent& event);
+    void deliverWindowMessages();
     void waitForTraffic();
     void sendRest();
 
@@ -65,12 +66,20 @@ private:
     template <typename Send>
     bool send(Send&& call);
 
-    void fileWindowMessage(IpcWindowMessage message);
+    struct WindowMessage
+    {
+        std::int32_t message;
+        std::int32_t wParam;
+        std::int32_t lParam;
+    };
+    void fileWindowMessage(WindowMessage message);
     void wake() const;
 
     std::mutex lock;
     std::condition_variable attemptFinished;
     std::deque<IpcEvent> events;
+    static constexpr std::size_t maxWindowMessages = 1024;
+    BoundedQueue<WindowMessage, maxWindowMessages> windowMessages;
     IpcSeats seats { events };
     std::unique_ptr<IpcLink> link;
     int self = Pubhead::AppMain;

@@ -17,15 +17,8 @@ struct IpcPresence
     bool present;
 };
 
-struct IpcWindowMessage
-{
-    juce::int32 message;
-    juce::int32 wParam;
-    juce::int32 lParam;
-};
-
-/** What the delivery thread has to tell the receiver: a message, a presence, a window message or a broadcast text. */
-using IpcEvent = std::variant<RemoteMessage::Ptr, IpcPresence, IpcWindowMessage, juce::String>;
+/** What the delivery thread has to tell the receiver of the bus: a message, a presence or a broadcast text. */
+using IpcEvent = std::variant<RemoteMessage::Ptr, IpcPresence, juce::String>;
 
 /**
     Who sits on which endpoint name, and whether it may speak under it. An owner counts only once its process is known

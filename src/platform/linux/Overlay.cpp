@@ -1,6 +1,7 @@
 #include "platform/Overlay.h"
 
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 #include "platform/linux/WakeUp.h"
 #include "platform/linux/XConnection.h"
 
@@ -71,7 +72,7 @@ public:
 private:
     void run()
     {
-        juce::Thread::setCurrentThreadName("touches");
+        enterThread("touches");
         std::array<pollfd, 2> waiting { { { stopping.getDescriptor(), POLLIN, 0 },
                                           { xcb_get_file_descriptor(x->get()), POLLIN, 0 } } };
         do

@@ -8,6 +8,7 @@
 
 #include "platform/Configuration.h"
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 #include "platform/linux/WakeUp.h"
 
 #include <array>
@@ -175,7 +176,7 @@ SerialPort::Backend::Wait SerialPort::Backend::waitFor(int descriptor, short eve
 
 void SerialPort::Backend::run()
 {
-    juce::Thread::setCurrentThreadName("serial");
+    enterThread("serial");
     if (!connected && !reopen())
         return;
     while (receiveUntilLost())

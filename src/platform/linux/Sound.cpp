@@ -2,6 +2,7 @@
 
 #include "platform/Logger.h"
 #include "platform/System.h"
+#include "platform/Threads.h"
 #include "platform/linux/FailureLog.h"
 
 #include <array>
@@ -74,6 +75,7 @@ public:
 
     void getNextAudioBlock(const juce::AudioSourceChannelInfo& info) override
     {
+        guardStack(); // on the thread that the toolkit has for the device
         resampler.getNextAudioBlock(info);
         const auto before = std::exchange(gains, gainsNow());
         for (int channel = 0; channel < juce::jmin(stereo, info.buffer->getNumChannels()); ++channel)

@@ -9,7 +9,6 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <pthread.h>
 #include <sched.h>
 
 namespace Platform
@@ -104,7 +103,8 @@ bool requestRealtimePriority()
 {
     sched_param parameters {};
     parameters.sched_priority = sched_get_priority_min(SCHED_RR);
-    return pthread_setschedparam(pthread_self(), SCHED_RR, &parameters) == 0;
+    constexpr pid_t callingThread = 0;
+    return sched_setscheduler(callingThread, SCHED_RR | SCHED_RESET_ON_FORK, &parameters) == 0;
 }
 
 std::optional<juce::uint32> getUniqueId()

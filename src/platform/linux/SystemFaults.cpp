@@ -1,5 +1,6 @@
 #include "platform/Logger.h"
 #include "platform/System.h"
+#include "platform/Threads.h"
 
 #include <array>
 #include <atomic>
@@ -10,6 +11,7 @@
 #include <exception>
 #include <execinfo.h>
 #include <pthread.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace Platform
@@ -112,7 +114,51 @@ void onSignal(int signal, siginfo_t* info, void*)
     leave(line.data());
 }
 
+/** What the calling thread's faults are handled on, as its own stack may be used up, until it ends. */
+class AlternateStack
+{
+public:
+    AlternateStack()
+    {
+        if (memory == MAP_FAILED)
+            return; // a fault is handled on the thread's own stack
+        stack_t stack {};
+        stack.ss_sp = memory;
+        stack.ss_size = alternateStackSize;
+        sigaltstack(&stack, nullptr);
+    }
+
+    ~AlternateStack()
+    {
+        stack_t none {};
+        none.ss_flags = SS_DISABLE;
+        // Refused while a fault is handled on it: then the process ends on it.
+        if (memory != MAP_FAILED && sigaltstack(&none, nullptr) == 0)
+            munmap(memory, alternateStackSize);
+    }
+
+    JUCE_DECLARE_NON_COPYABLE(AlternateStack)
+
+private:
+    void* memory =
+        mmap(nullptr, alternateStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+};
+
 } // namespace
+
+void guardStack()
+{
+    if (sanitized)
+        return;
+    thread_local const AlternateStack stack;
+}
+
+void enterThread(const juce::String& name)
+{
+    constexpr std::size_t longest = 15;
+    pthread_setname_np(pthread_self(), name.toStdString().substr(0, longest).c_str());
+    guardStack();
+}
 
 void installExceptionHook()
 {
@@ -122,12 +168,7 @@ void installExceptionHook()
     std::array<void*, 1> warmUp {};
     backtrace(warmUp.data(), static_cast<int>(warmUp.size()));
 
-    static std::array<std::byte, alternateStackSize> alternateStack;
-    stack_t stack {};
-    stack.ss_sp = alternateStack.data();
-    stack.ss_size = alternateStack.size();
-    sigaltstack(&stack, nullptr);
-
+    guardStack();
     struct sigaction action = {};
     action.sa_sigaction = onSignal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER; // a second fault has to be seen

@@ -1,4 +1,5 @@
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 #include "platform/Window.h"
 #include "platform/linux/WakeUp.h"
 #include "platform/linux/XConnection.h"
@@ -67,7 +68,7 @@ public:
 private:
     void run()
     {
-        juce::Thread::setCurrentThreadName("windows");
+        enterThread("windows");
         std::array<pollfd, 2> waiting { { { stopping.getDescriptor(), POLLIN, 0 },
                                           { xcb_get_file_descriptor(x->get()), POLLIN, 0 } } };
         do

@@ -1,5 +1,11 @@
 #include "platform/socket/SocketDevice.h"
 
+#include "platform/linux/WakeUp.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -24,6 +30,13 @@ ssize_t uninterrupted(Call call)
             return answer;
 }
 
+/** Set when no device is waited for any more. */
+WakeUp& ending()
+{
+    static WakeUp instance;
+    return instance;
+}
+
 } // namespace
 
 juce::String SocketDevice::pathOf(const juce::String& configured)
@@ -44,9 +57,9 @@ juce::Result SocketDevice::connect(const juce::String& path, int timeoutMs)
         return failStep("socket");
     const timeval limit { timeoutMs / millisecondsPerSecond,
                           timeoutMs % millisecondsPerSecond * microsecondsPerMillisecond };
-    for (const int direction : { SO_SNDTIMEO, SO_RCVTIMEO })
-        if (setsockopt(socket.get(), SOL_SOCKET, direction, &limit, sizeof(limit)) < 0)
-            return failStep("time-out");
+    replyLimitMs = timeoutMs;
+    if (setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit)) < 0)
+        return failStep("time-out");
     if (uninterrupted(
             [&] { return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)); }) < 0)
         return failStep(path.toRawUTF8());
@@ -60,6 +73,8 @@ juce::Result SocketDevice::exchange(std::span<const std::uint8_t> request, std::
         return fail("not connected");
     if (uninterrupted([&] { return send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL); }) < 0)
         return failStep("request");
+    if (auto result = waitForReply(); result.failed())
+        return result;
     // MSG_TRUNC answers the whole length of a packet that does not fit.
     const ssize_t received = uninterrupted([&] { return recv(socket.get(), reply.data(), reply.size(), MSG_TRUNC); });
     if (received < 0)
@@ -70,6 +85,28 @@ juce::Result SocketDevice::exchange(std::span<const std::uint8_t> request, std::
         return fail("a reply of " + juce::String(static_cast<int>(received)) + " bytes is too long");
     length = static_cast<size_t>(received);
     return juce::Result::ok();
+}
+
+juce::Result SocketDevice::waitForReply()
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(replyLimitMs);
+    std::array waits { pollfd { socket.get(), POLLIN, 0 }, pollfd { ending().getDescriptor(), POLLIN, 0 } };
+    const int ready = static_cast<int>(uninterrupted(
+        [&]
+        {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+            return ::poll(waits.data(), waits.size(), std::max(0, static_cast<int>(left.count())));
+        }));
+    if (ready < 0)
+        return failStep("reply");
+    if (waits[1].revents != 0)
+        return fail("reply: the engine ends");
+    return ready == 0 ? fail("reply: timed out") : juce::Result::ok();
+}
+
+void SocketDevice::endAll()
+{
+    ending().set();
 }
 
 juce::Result SocketDevice::operate(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t size)

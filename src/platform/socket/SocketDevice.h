@@ -29,14 +29,19 @@ public:
     /** One exchange whose reply begins with a status, 0 = done, and has at least `size` bytes when it is. */
     juce::Result operate(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t size);
 
+    /** From here on every exchange fails at once, those under way included. Any thread. */
+    static void endAll();
+
     /** Bytes of the status. */
     static constexpr size_t statusSize = 4;
 
 private:
+    juce::Result waitForReply();
     juce::Result fail(const juce::String& reason);
     juce::Result failStep(const char* step);
 
     Descriptor socket;
+    int replyLimitMs = 0;
 };
 
 } // namespace Platform

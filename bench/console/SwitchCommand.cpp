@@ -1,0 +1,159 @@
+// Many changes of the page in front, one after the other, and how long the unit takes for each.
+#include "bench/console/Console.h"
+
+#include <algorithm>
+#include <map>
+#include <ostream>
+#include <sstream>
+
+namespace Bench
+{
+
+using namespace Pubhead;
+
+namespace
+{
+
+struct Step
+{
+    const char* way;
+    const char* command;
+    int page; ///< that comes to the front
+};
+
+/** Which page comes back when one goes is the scheduler's business; a source that does not play is never among them,
+ * and comes next here. */
+constexpr int any = NUM_OF_PAGES;
+
+/** A round, over and over. */
+constexpr Step steps[] = {
+    { "menu", "menu aux", mbAuxin2 },         { "keys", "mcu key source", mbMainMenu },
+    { "keys", "mcu key source", any },        { "network", "mfd phone", mbBTAudio },
+    { "programs", "program eq show", mbEQ },  { "menu", "menu usb", mbUSBAudio },
+    { "keys", "mcu key camera", mbCamera },   { "keys", "mcu key camera", any },
+    { "programs", "program am show", mbAM },  { "network", "mfd phone", mbBTAudio },
+    { "menu", "menu satellite", mbSirius },   { "programs", "program aux1 show aux1", mbAuxin1 },
+    { "keys", "mcu key source", mbMainMenu }, { "network", "mfd phone", mbBTAudio },
+    { "menu", "menu setup", mbSetup },        { "programs", "program fm show", mbFM },
+    { "menu", "menu ipod", mbiPodAudio },     { "programs", "program eq show", mbEQ },
+    { "keys", "mcu key source", mbMainMenu }, { "keys", "mcu key return", any },
+    { "network", "mfd phone", mbBTAudio },    { "programs", "program fm show", mbFM },
+};
+
+using Milliseconds = std::chrono::milliseconds;
+
+Journal::Matches isLogged(std::string text)
+{
+    return [text = std::move(text)](const Event& event)
+    { return event.stream == "log" && event.text.find(text) != std::string::npos; };
+}
+
+/** The unit has waited for an answer in vain: "ViewManager ... mbFM does not answer its hide". */
+bool isSilence(const Event& event)
+{
+    return event.stream == "log" && event.text.find("ViewManager") != std::string::npos &&
+           event.text.find(" does not ") != std::string::npos;
+}
+
+/** Of a line of the engine's log, "2026-11-24 21:40:32.123 ...", since midnight. */
+Milliseconds timeOfDay(const std::string& line)
+{
+    constexpr std::size_t timeAt = 11;
+    int hours = 0, minutes = 0, seconds = 0, milliseconds = 0;
+    char separator = 0;
+    std::istringstream text(line.size() > timeAt ? line.substr(timeAt) : "");
+    text >> hours >> separator >> minutes >> separator >> seconds >> separator >> milliseconds;
+    return std::chrono::hours(hours) + std::chrono::minutes(minutes) + std::chrono::seconds(seconds) +
+           Milliseconds(milliseconds);
+}
+
+Milliseconds between(const Event& earlier, const Event& later)
+{
+    const auto difference = timeOfDay(later.text) - timeOfDay(earlier.text);
+    return difference < Milliseconds(0) ? difference + std::chrono::hours(24) : difference; // over midnight
+}
+
+/** The log's "CurrShowPage : mbFM | CurrPageState : kAppShow". */
+std::string shownText(int page)
+{
+    return std::string("CurrShowPage : ") + pageName(page) + " | CurrPageState : kAppShow";
+}
+
+/** By the engine's log, from the request that the scheduler takes up until another page is there and the unit is idle;
+ * empty when that does not happen. `inFront` is the text of the page that is there before and afterwards. */
+std::optional<Milliseconds> timeTaken(const Journal& journal, Place from, std::string& inFront, int page)
+{
+    constexpr std::chrono::seconds patience { 15 }; // its program may have to start
+    const auto deadline = Clock::now() + patience;
+    const auto request = journal.waitFor(from, deadline, isLogged("ReqAPP: "));
+    if (!request)
+        return {};
+    const auto isShown = [before = isLogged(inFront),
+                          wanted = isLogged(page == any ? "| CurrPageState : kAppShow" : shownText(page))](
+                             const Event& event) { return wanted(event) && !before(event); };
+    const auto shown = journal.waitFor(from, deadline, isShown);
+    const auto idle = journal.waitFor(request->place(), deadline, isLogged("| SubState: kIdle"));
+    if (!shown || !idle)
+        return {};
+    inFront = shown->text.substr(shown->text.find("CurrShowPage"));
+    return std::max(between(*request, *shown), between(*request, *idle));
+}
+
+std::string summary(std::vector<Milliseconds> times)
+{
+    std::ranges::sort(times);
+    const auto at = [&](std::size_t percent)
+    { return std::to_string(times[std::min(times.size() * percent / 100, times.size() - 1)].count()) + " ms"; };
+    return std::to_string(times.size()) + " switches, median " + at(50) + ", p99 " + at(99) + ", longest " + at(100);
+}
+
+} // namespace
+
+Outcome Console::switches(const Words& words)
+{
+    constexpr int most = 100'000;
+    Words rest = words;
+    Milliseconds limit { 200 };
+    if (auto error = takeTime(rest, "within", limit); !error.empty())
+        return failed(error);
+    const auto count = rest.size() == 2 ? parseNumber(rest[1], 1, most) : std::nullopt;
+    if (!count)
+        return usageOf("switches");
+    std::map<std::string, std::vector<Milliseconds>> times;
+    auto inFront = shownText(unit.programs.pageInFront());
+    std::string faults;
+    int faultCount = 0;
+    // The first round starts the programs and is not measured.
+    for (int turn = -static_cast<int>(std::size(steps)); turn < *count; ++turn)
+    {
+        const auto& step =
+            steps[static_cast<std::size_t>(turn + static_cast<int>(std::size(steps))) % std::size(steps)];
+        const auto from = unit.journal.end();
+        if (auto outcome = run(step.command); outcome.kind != Outcome::done)
+            return outcome;
+        const auto took = timeTaken(unit.journal, from, inFront, step.page);
+        if (!took)
+            return failed(std::string("'") + step.command + "' does not bring " +
+                          (step.page == any ? "another page" : pageName(step.page)));
+        if (turn < 0)
+            continue;
+        times[step.way].push_back(*took);
+        const auto note = [&](const std::string& what)
+        {
+            constexpr int mostNamed = 10;
+            if (++faultCount <= mostNamed)
+                faults += "\n" + std::to_string(turn + 1) + ", " + step.command + ": " + what;
+        };
+        if (*took > limit)
+            note(std::to_string(took->count()) + " ms");
+        for (const auto& silence : unit.journal.find(from, 1, isSilence))
+            note(silence.text);
+    }
+    for (const auto& [way, each] : times)
+        row(way, summary(each));
+    if (faultCount > 0)
+        return failed(std::to_string(faultCount) + " of " + std::to_string(*count) + " switches are slow" + faults);
+    return {};
+}
+
+} // namespace Bench

@@ -1,0 +1,160 @@
+#include "kernel/DeviceWorker.h"
+
+#include "platform/Lines.h"
+#include "platform/Logger.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace Kernel
+{
+
+namespace
+{
+
+/** Longer than the kernel's drivers hold a call; simulated devices end theirs at once. */
+constexpr int stopTimeoutMs = 1500;
+
+/** The workers of the process. Their number is known early, so a vector does. */
+struct Workers
+{
+    std::mutex lock;
+    std::vector<DeviceWorker*> all;
+    bool running = false;
+
+    static Workers& get()
+    {
+        static Workers instance;
+        return instance;
+    }
+};
+
+} // namespace
+
+class DeviceWorker::WorkerThread : public juce::Thread
+{
+public:
+    WorkerThread(const juce::String& name, DeviceWorker& owningWorker)
+        : juce::Thread(name)
+        , worker(owningWorker)
+    {
+    }
+
+    void run() override { worker.run(); }
+
+private:
+    DeviceWorker& worker;
+};
+
+DeviceWorker::DeviceWorker(const juce::String& name)
+    : thread(std::make_unique<WorkerThread>(name, *this))
+{
+    auto& workers = Workers::get();
+    const std::lock_guard guard(workers.lock);
+    workers.all.push_back(this);
+    if (workers.running)
+        thread->startThread();
+}
+
+DeviceWorker::~DeviceWorker()
+{
+    {
+        auto& workers = Workers::get();
+        const std::lock_guard guard(workers.lock);
+        std::erase(workers.all, this);
+    }
+    requestStop();
+    thread->waitForThreadToExit(-1);
+}
+
+void DeviceWorker::post(int key, Job job)
+{
+    {
+        const std::lock_guard guard(lock);
+        if (stopping)
+            return;
+        if (jobs.size() >= patience)
+            std::erase_if(jobs, [key](const auto& waiting) { return waiting.first == key; });
+        jobs.emplace_back(key, std::move(job));
+    }
+    thread->notify();
+}
+
+bool DeviceWorker::doNext()
+{
+    Job job;
+    {
+        const std::lock_guard guard(lock);
+        if (jobs.empty())
+            return false;
+        job = std::move(jobs.front().second);
+        jobs.pop_front();
+    }
+    job();
+    return true;
+}
+
+void DeviceWorker::run()
+{
+    // A job that comes between the look and the wait has notified: the wait ends at once.
+    while (!stopping)
+        if (!doNext())
+            thread->wait(-1);
+}
+
+void DeviceWorker::requestStop()
+{
+    {
+        const std::lock_guard guard(lock);
+        stopping = true;
+        jobs.clear();
+    }
+    thread->signalThreadShouldExit();
+    thread->notify();
+}
+
+void DeviceWorker::waitForStop()
+{
+    if (thread->isThreadRunning() && !thread->waitForThreadToExit(stopTimeoutMs))
+        Platform::Logger::getInstance()->logError("kernel/DeviceWorker", __LINE__, "DeviceWorker",
+                                                  "%s does not stop, its device does not answer",
+                                                  thread->getThreadName().toRawUTF8());
+}
+
+void DeviceWorker::startAll()
+{
+    auto& workers = Workers::get();
+    const std::lock_guard guard(workers.lock);
+    workers.running = true;
+    for (auto* worker : workers.all)
+        worker->thread->startThread();
+}
+
+void DeviceWorker::stopAll()
+{
+    auto& workers = Workers::get();
+    const std::lock_guard guard(workers.lock);
+    workers.running = false;
+    for (auto* worker : workers.all)
+        worker->requestStop();
+    Platform::endDeviceWaits();
+    for (auto* worker : workers.all)
+        worker->waitForStop();
+}
+
+bool DeviceWorker::drainAll()
+{
+    std::vector<DeviceWorker*> workers;
+    {
+        const std::lock_guard guard(Workers::get().lock);
+        workers = Workers::get().all;
+    }
+    bool found = false;
+    for (auto* worker : workers)
+        while (worker->doNext())
+            found = true;
+    return found;
+}
+
+} // namespace Kernel
