@@ -83,7 +83,7 @@ std::string shownText(int page)
  * empty when that does not happen. `inFront` is the text of the page that is there before and afterwards. */
 std::optional<Milliseconds> timeTaken(const Journal& journal, Place from, std::string& inFront, int page)
 {
-    constexpr std::chrono::seconds patience { 15 }; // its program may have to start
+    constexpr std::chrono::seconds patience { 60 }; // only bounds a hang
     const auto deadline = Clock::now() + patience;
     const auto request = journal.waitFor(from, deadline, isLogged("ReqAPP: "));
     if (!request)
