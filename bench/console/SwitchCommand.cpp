@@ -133,9 +133,12 @@ Outcome Console::switches(const Words& words)
             return outcome;
         const auto took = timeTaken(unit.journal, from, inFront, step.page);
         if (!took)
+        {
+            const auto ended = unit.journal.find(from, 1, isIn("engine"));
             return failed(std::string("'") + step.command + "' does not bring " +
                           (step.page == any ? "another page" : pageName(step.page)) +
-                          (unit.engine.isRunning() ? "" : ", the engine has ended"));
+                          (ended.empty() ? "" : ", engine " + ended.back().text));
+        }
         nextKey = Clock::now() + fingerGap; // the finger waits for what its last key brings
         if (turn < 0)
             continue;
