@@ -415,6 +415,27 @@ TEST_F(BarsOnScreenTest, APageThatKeepsRaisingItselfStartsNoFight)
     EXPECT_LT(person->takeRaises(), rounds + 20);
 }
 
+/** A control in a window of the engine's own is pressed where it is, and nowhere else. */
+TEST_F(BarsOnScreenTest, AControlIsPressedWhereItIs)
+{
+    struct Button : juce::TextButton
+    {
+        ~Button() override { removeFromDesktop(); }
+        juce::ComponentPeer* createNewPeer(int style, void*) override { return new OverlayPeer(*this, style); }
+    };
+    Button button;
+    int clicks = 0;
+    button.onClick = [&clicks] { ++clicks; };
+    button.setBounds(200, 100, 80, 40);
+    button.addToDesktop(0);
+    button.setVisible(true);
+    EXPECT_TRUE(pumpUntil([&] { return !isBackground({ 240, 120 }); }));
+    person->press(150, 120);
+    person->press(240, 120);
+    EXPECT_TRUE(pumpUntil([&] { return clicks > 0; }));
+    EXPECT_EQ(clicks, 1);
+}
+
 /** The display ends under a bar that is shown, and comes back: so does the bar, while the engine went on. */
 TEST_F(BarsOnScreenTest, ABarComesBackWithTheDisplay)
 {
