@@ -100,7 +100,7 @@ struct UIHelper
 {
     static int getScreenWidth();
     static int getScreenHeight();
-    /** True when a display can be drawn on: `unit.display` is "auto" and an X display opens. */
+    /** Whether a display is drawn on when it is there: `unit.display` is "auto", and DISPLAY names it. */
     static bool hasDisplay();
 };
 

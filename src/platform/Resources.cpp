@@ -2,6 +2,7 @@
 
 #include "platform/Logger.h"
 
+#include <array>
 #include <zlib.h>
 
 namespace Platform

@@ -84,6 +84,8 @@ void OverlayPeer::handleAsyncUpdate()
     if (!visible || bounds.isEmpty())
         return;
     juce::Image picture(juce::Image::ARGB, bounds.getWidth(), bounds.getHeight(), true, juce::SoftwareImageType());
+    if (getComponent().isOpaque())
+        picture.clear(picture.getBounds(), juce::Colours::black);
     juce::LowLevelGraphicsSoftwareRenderer renderer(picture);
     handlePaint(renderer);
     window->setPicture(picture, bounds.getPosition());

@@ -4,6 +4,7 @@
 #include "platform/linux/XPicture.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <xcb/shape.h>
 
@@ -411,15 +412,16 @@ std::shared_ptr<OverlayWindows> windowsOf(const std::shared_ptr<XDisplay>& displ
 {
     static std::mutex lock;
     static std::weak_ptr<XDisplay> last;
-    static std::shared_ptr<OverlayWindows> windows;
+    static std::weak_ptr<OverlayWindows> windows;
     const std::lock_guard guard(lock);
     if (last.lock() != display)
     {
+        const auto first = std::make_shared<OverlayWindows>();
+        display->add(first);
         last = display;
-        windows = std::make_shared<OverlayWindows>();
-        display->add(windows);
+        windows = first;
     }
-    return windows;
+    return windows.lock();
 }
 
 class XOverlayWindow : public OverlayWindow

@@ -101,7 +101,8 @@ struct XDisplay::State
         Clients present;
         while (!x.isLost() && tend(x, present))
         {
-            // Requests of the clients may have taken events off the descriptor.
+            xcb_flush(x.get());
+            // What was sent until here may have taken events off the descriptor: they are looked for before it is.
             bool handled = false;
             while (const XReply<xcb_generic_event_t> event { xcb_poll_for_event(x.get()) })
             {
@@ -109,7 +110,6 @@ struct XDisplay::State
                 for (const auto& each : present)
                     each->handle(x, *event);
             }
-            xcb_flush(x.get());
             if (!handled)
                 poll(waiting.data(), waiting.size(), untilDue(present));
         }
@@ -154,8 +154,10 @@ struct XDisplay::State
 std::shared_ptr<XDisplay> XDisplay::current()
 {
     static std::mutex lock;
-    static std::string name;
-    static std::shared_ptr<XDisplay> display;
+    // Not destroyed: other threads may ask while the process ends, and what the display holds is given back then
+    // anyhow.
+    static auto& name = *new std::string;
+    static auto& display = *new std::shared_ptr<XDisplay>;
     const std::lock_guard guard(lock);
     const char* environment = std::getenv("DISPLAY");
     const std::string wanted =

@@ -1,5 +1,6 @@
 #include "platform/linux/XPicture.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 

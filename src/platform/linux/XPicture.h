@@ -2,6 +2,7 @@
 
 #include "platform/linux/XConnection.h"
 
+#include <array>
 #include <juce_graphics/juce_graphics.h>
 #include <optional>
 
