@@ -361,6 +361,7 @@ TEST_F(WindowTest, ABusyEngineKeepsTheNewestMessages)
     IPCMsg::MessageHelper::config(Pubhead::AppMain, IPCMsg::MessageHelper::getDestName);
     MsgSession session;
     session.init(&engine);
+    ASSERT_TRUE(eventually([&] { return findWindow("AppMain") != noWindow; }));
     const auto window = findWindow("AppMain");
     for (int index = 0; index < sent; ++index)
         ASSERT_TRUE(postWindowMessage(window, index, 0, 0));
