@@ -2,6 +2,7 @@
 
 #include "platform/Lines.h"
 #include "platform/Logger.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <utility>
@@ -97,6 +98,7 @@ bool DeviceWorker::doNext()
 
 void DeviceWorker::run()
 {
+    Platform::enterThread(thread->getThreadName());
     // A job that comes between the look and the wait has notified: the wait ends at once.
     while (!stopping)
         if (!doNext())
@@ -116,7 +118,7 @@ void DeviceWorker::requestStop()
 
 void DeviceWorker::waitForStop()
 {
-    if (thread->isThreadRunning() && !thread->waitForThreadToExit(stopTimeoutMs))
+    if (!Platform::awaitEnd(*thread, stopTimeoutMs))
         Platform::Logger::getInstance()->logError("kernel/DeviceWorker", __LINE__, "DeviceWorker",
                                                   "%s does not stop, its device does not answer",
                                                   thread->getThreadName().toRawUTF8());

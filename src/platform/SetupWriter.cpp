@@ -4,9 +4,9 @@
 #include "platform/Logger.h"
 #include "platform/SetupCheck.h"
 #include "platform/SetupEnvironment.h"
+#include "platform/Threads.h"
 
 #include <filesystem>
-#include <pthread.h>
 #include <utility>
 
 namespace Platform
@@ -170,7 +170,7 @@ bool SetupWriter::waitUntilStored()
 
 void SetupWriter::run()
 {
-    pthread_setname_np(pthread_self(), "settings");
+    enterThread("settings");
     Lock lock(mutex);
     factoryValues = readFactoryValues();
     openStore(lock);

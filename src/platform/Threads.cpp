@@ -8,14 +8,13 @@ namespace Platform
 namespace
 {
 
-constexpr int endLimitMs = 200;
 std::atomic<bool> stragglers { false };
 
 } // namespace
 
-bool awaitEnd(juce::Thread& thread)
+bool awaitEnd(juce::Thread& thread, int limitMs)
 {
-    const bool ended = !thread.isThreadRunning() || thread.waitForThreadToExit(endLimitMs);
+    const bool ended = !thread.isThreadRunning() || thread.waitForThreadToExit(limitMs);
     if (!ended)
         stragglers = true;
     return ended;

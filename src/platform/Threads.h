@@ -16,10 +16,10 @@ void enterThread(const juce::String& name);
 void guardStack();
 
 /**
-    Waits for a thread that was asked to end and woken, at most 200 ms. False when it still runs: it is never killed, as
-    that could take the whole process along, and whatever it may touch has to stay.
+    Waits for a thread that was asked to end and woken, no longer than the limit. False when it still runs: it is never
+    killed, as that could take the whole process along, and whatever it may touch has to stay.
 */
-bool awaitEnd(juce::Thread& thread);
+bool awaitEnd(juce::Thread& thread, int limitMs = 200);
 
 /** Whether `awaitEnd` was in vain for any thread. The process then ends without taking anything down. Any thread. */
 bool hasStragglers();

@@ -71,27 +71,6 @@ private:
             std::uint32_t events;
         } mask { { XCB_INPUT_DEVICE_ALL_MASTER, 1 },
                  XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_TOUCH_BEGIN };
-        if (!x->check(xcb_input_xi_select_events_checked(x->get(), x->getRoot(), 1, &mask.head)))
-            return false;
-        thread = std::thread([this] { run(); });
-        return true;
-    }
-
-private:
-    void run()
-    {
-        enterThread("touches");
-        std::array<pollfd, 2> waiting { { { stopping.getDescriptor(), POLLIN, 0 },
-                                          { xcb_get_file_descriptor(x->get()), POLLIN, 0 } } };
-        do
-        {
-            while (const XReply<xcb_generic_event_t> event { xcb_poll_for_event(x->get()) })
-                if (isTouch(*event))
-                    handler(windowUnderPointer());
-            if (x->isLost())
-                return;
-            poll(waiting.data(), waiting.size(), -1);
-        } while (waiting[0].revents == 0);
         return x.check(xcb_input_xi_select_events_checked(x.get(), x.getRoot(), 1, &mask.head));
     }
 
