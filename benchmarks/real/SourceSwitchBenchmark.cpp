@@ -28,7 +28,7 @@ void frameToOrder(benchmark::State& state)
     auto error = unit.start();
     if (error.empty())
         error = unit.startEngine();
-    if (!error.empty() || !unit.journal.waitFor(0, Bench::Clock::now() + patience, Bench::isIn("mcu agreed")))
+    if (!error.empty() || !unit.journal.waitFor({}, Bench::Clock::now() + patience, Bench::isIn("mcu agreed")))
     {
         state.SkipWithError(error.empty() ? "the unit does not start" : error.c_str());
         return;
@@ -44,7 +44,7 @@ void frameToOrder(benchmark::State& state)
         unit.mcu.requestSource(*Bench::findSource(latencies.size() % 2 == 0 ? aux : am));
         const auto deadline = Bench::Clock::now() + patience;
         const auto sent = unit.journal.waitFor(from, deadline, Bench::isIn("sent EVENT_SRC_SWITCH"));
-        const auto ordered = sent ? unit.journal.waitFor(sent->number, deadline, isOrder) : std::nullopt;
+        const auto ordered = sent ? unit.journal.waitFor(sent->place(), deadline, isOrder) : std::nullopt;
         if (!ordered || !unit.journal.waitFor(from, deadline, Bench::isIn("mcu agreed")))
         {
             state.SkipWithError("a source switch did not end");

@@ -21,7 +21,7 @@ void volumeCommand(benchmark::State& state, const std::string& stream, const std
     if (error.empty())
         error = unit.startEngine();
     const auto settled = Bench::isEvent("settled", "mbFM");
-    if (!error.empty() || !unit.journal.waitFor(0, Bench::Clock::now() + patience, settled))
+    if (!error.empty() || !unit.journal.waitFor({}, Bench::Clock::now() + patience, settled))
     {
         state.SkipWithError(error.empty() ? "the unit does not start" : error.c_str());
         return;
@@ -37,11 +37,11 @@ void volumeCommand(benchmark::State& state, const std::string& stream, const std
         const auto sent = unit.journal.waitFor(from, deadline, Bench::isIn("sent EVENT_PGN_FROM_CAN"));
         const auto isFollowed = [&](const Bench::Event& event)
         { return event.stream == stream && event.text.starts_with(beginning); };
-        const auto followed = sent ? unit.journal.waitFor(sent->number, deadline, isFollowed) : std::nullopt;
+        const auto followed = sent ? unit.journal.waitFor(sent->place(), deadline, isFollowed) : std::nullopt;
         // The report of the new volume is the last that comes of it.
         const auto isReport = [](const Bench::Event& event)
         { return event.stream == "frame EVENT_PGN_SEND_CAN" && event.text.starts_with("16 fe 01"); };
-        if (!followed || !unit.journal.waitFor(sent->number, deadline, isReport))
+        if (!followed || !unit.journal.waitFor(sent->place(), deadline, isReport))
         {
             state.SkipWithError("a command was not carried out");
             break;
