@@ -1,5 +1,6 @@
 #include "app/MainApplication.h"
 
+#include "platform/Logger.h"
 #include "platform/System.h"
 #include "platform/gui/OverlayPeer.h"
 
@@ -42,6 +43,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "headunit-engine: another engine of this unit is running\n");
         return EXIT_FAILURE;
     }
+    Platform::Logger::getInstance()->useStandardError();
     // A program that goes away while it is written to is an error of that write, no more.
     std::signal(SIGPIPE, SIG_IGN);
 

@@ -2,6 +2,7 @@
 
 #include "platform/Configuration.h"
 
+#include <array>
 #include <cstdio>
 #include <dlfcn.h>
 
@@ -28,6 +29,16 @@ bool callEntryList(Logger::Entry entry, const char* file, int line, const char* 
     return entry != nullptr && entry(file, line, tag, format, arguments);
 }
 
+template <char level>
+bool writeToStandardError(const char* file, int line, const char* tag, const char* format, va_list arguments)
+{
+    // One call for the whole line: those of several threads do not mix.
+    std::array<char, 1024> text {};
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    std::fprintf(stderr, "%c %s %s:%d %s\n", level, tag, file, line, text.data());
+    return false;
+}
+
 template <typename Function>
 Function resolve(void* library, const char* name)
 {
@@ -51,7 +62,10 @@ void Logger::load(const juce::String& name)
 {
     library = dlopen(name.toRawUTF8(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
+    {
+        loadError = dlerror();
         return;
+    }
     debugEntry = resolve<Entry>(library, "VX_LogDebug");
     infoEntry = resolve<Entry>(library, "VX_LogInfo");
     warnEntry = resolve<Entry>(library, "VX_LogWarn");
@@ -100,6 +114,17 @@ bool Logger::logError(const char* file, int line, const char* tag, const char* f
     const bool result = callEntryList(errorEntry, file, line, tag, format, arguments);
     va_end(arguments);
     return result;
+}
+
+void Logger::useStandardError()
+{
+    if (loadError.isEmpty())
+        return;
+    std::fprintf(stderr, "headunit-engine: no log library: %s; what it would keep follows here\n",
+                 loadError.toRawUTF8());
+    debugEntry = writeToStandardError<'D'>;
+    infoEntry = writeToStandardError<'I'>;
+    errorEntry = writeToStandardError<'E'>;
 }
 
 void Logger::redirect(Entry debug, Entry info, Entry warn, Entry error)

@@ -9,7 +9,8 @@ namespace Platform
 
 /**
     The process-wide log. Lines go to the log library named by `unit.log_library`, which is loaded on the first use;
-    without it, or without one of its entry points, the calls answer false and write nothing. Any thread may log.
+    without it, or without one of its entry points, the calls answer false and write nothing, unless
+    `useStandardError` has found them another place. Any thread may log.
 
     Every call names the source file in short form ("EngineLayer/HostSessionManager"), the line and a tag, as a rule the
     class name.
@@ -37,6 +38,12 @@ public:
     bool logError(const char* file, int line, const char* tag, const char* format, ...)
         __attribute__((format(printf, 5, 6)));
 
+    /**
+        Where there is no log library, standard error says so and takes the lines; the calls answer false all the same.
+        Once, before other threads run.
+    */
+    void useStandardError();
+
     /** What the levels do with a line instead of the library; for tests, at any time. Null makes a level silent. */
     void redirect(Entry debug, Entry info, Entry warn, Entry error);
 
@@ -51,6 +58,7 @@ private:
     std::atomic<Entry> errorEntry { nullptr };
     StoreEntry readEntry = nullptr;
     StoreEntry saveEntry = nullptr;
+    juce::String loadError; ///< of the library; empty when it is there
 };
 
 /** The second, simpler channel: one printf line to standard error. Any thread. */
