@@ -59,16 +59,17 @@ void SystemEngine::stop()
     DeviceWorker::stopAll();
 }
 
-void SystemEngine::release()
+bool SystemEngine::release()
 {
     if (std::any_of(groups.begin(), groups.end(), [](const auto& group) { return group->isRunning(); }))
-        return;
+        return false;
     for (auto& group : groups)
         group->release();
     for (auto& route : routes)
         route = nullptr;
     groups.clear();
     components.clear();
+    return true;
 }
 
 void SystemEngine::postMessage(SystemMessage::Ptr& message)

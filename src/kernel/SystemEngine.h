@@ -32,8 +32,9 @@ public:
     void start();
     /** From here on every message is dropped; ends the groups in creation order, then the workers. Message thread. */
     void stop();
-    /** Message thread. Nothing happens while a group's thread still runs: its handler may touch any component. */
-    void release();
+    /** Message thread. False, and nothing happens, while a group's thread still runs: its handler may touch any
+     * component. */
+    bool release();
 
     /** Any thread. Takes the message over; one without a route, or after `stop`, is dropped and left to the caller. */
     void postMessage(SystemMessage::Ptr& message);

@@ -2,6 +2,7 @@
 
 #include "kernel/DeviceWorker.h"
 #include "kernel/SystemEngine.h"
+#include "support/Eventually.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -36,7 +37,8 @@ protected:
     ~KernelFixture() override
     {
         engine().stop();
-        engine().release();
+        // A loaded machine needs longer than a unit gives its threads.
+        EXPECT_TRUE(eventually([] { return engine().release(); }));
         juce::DeletedAtShutdown::deleteAll();
     }
 
