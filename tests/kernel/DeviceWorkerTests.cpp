@@ -43,6 +43,7 @@ TEST(DeviceWorkerTest, KeepsEveryJobUntilItIsBehindAndThenTheNewestOfEachKey)
 TEST(DeviceWorkerTest, NobodyWaitsForADeviceAndTheStopEndsItsJobs)
 {
     juce::WaitableEvent answer(true);
+    juce::WaitableEvent asked;
     std::atomic<int> done { 0 };
     DeviceWorker before("before");
     before.post(0, [&done] { ++done; });
@@ -51,6 +52,7 @@ TEST(DeviceWorkerTest, NobodyWaitsForADeviceAndTheStopEndsItsJobs)
     between.post(0,
                  [&]
                  {
+                     asked.signal();
                      while (!between.isStopping())
                          answer.wait(1);
                      ++done;
@@ -58,6 +60,7 @@ TEST(DeviceWorkerTest, NobodyWaitsForADeviceAndTheStopEndsItsJobs)
     for (int number = 0; number < 1000; ++number)
         between.post(number, [&done] { done += 1000; });
     EXPECT_TRUE(eventually([&] { return done == 1; })) << "one device does not wait for another";
+    asked.wait();
     DeviceWorker::stopAll();
     EXPECT_EQ(done, 2);
     before.post(0, [&done] { ++done; });
