@@ -91,7 +91,7 @@ std::optional<Milliseconds> timeTaken(const Journal& journal, Place from, std::s
     const auto isShown = [before = isLogged(inFront),
                           wanted = isLogged(page == any ? "| CurrPageState : kAppShow" : shownText(page))](
                              const Event& event) { return wanted(event) && !before(event); };
-    const auto shown = journal.waitFor(from, deadline, isShown);
+    const auto shown = journal.waitFor(request->place(), deadline, isShown);
     const auto idle = journal.waitFor(request->place(), deadline, isLogged("| SubState: kIdle"));
     if (!shown || !idle)
         return {};

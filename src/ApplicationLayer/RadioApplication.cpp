@@ -121,7 +121,9 @@ void RadioApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     case Kernel::MSG_HOST_EVENT:
         return fromTuner(message.arg1, message.payload);
     case Kernel::MSG_SYS_TIMER:
-        return weatherAlertLasts();
+        if (isCurrent(message.arg1, message.arg2))
+            weatherAlertLasts();
+        return;
     case Kernel::MSG_RADIO_REGION:
         return changeRegion(message.arg1);
     case Kernel::MSG_AUTOTEST_COMMAND:

@@ -42,11 +42,11 @@ private:
     void dimmerModeChosen() const;
     void dimmerMoved() const;
 
-    bool lightsOn = false; ///< the boat's illumination
-    EngineApi::WaitingChanges changes { "setup application" };
+    bool lightsOn = false;       ///< the boat's illumination
     bool lowVoltage = false;     ///< the supply is below 10.5 V
     juce::int32 voltageRaw = -1; ///< as reported last, 0 to 255; nothing was before the first report
     bool dimmerSynced = false;   ///< the dimmer was sent once, so the lights are known
+    EngineApi::WaitingChanges changes { "setup application" };
 };
 
 } // namespace ApplicationLayer

@@ -22,21 +22,26 @@ void send(int command, const juce::MemoryBlock& bytes)
         sendData(command, bytes.getData(), static_cast<int>(bytes.getSize()));
 }
 
-/** What the unit tells of a zone, and the names of both: everybody on the network hears it, whoever has asked. */
+/** What the unit tells of a zone, and the names of both: to whom (0xFF everybody; an answer says the mute otherwise
+ * than a report) and about which zone. The low half of a PGN tells those apart. */
 int subjectOf(Platform::Parcel& parcel)
 {
-    constexpr int bitsOfZone = 8;
+    constexpr int bits = 8;
+    constexpr std::uint32_t lowHalf = 0xFFFF;
     parcel.setReadPosition(0);
     const auto pgn = Platform::PGNHelper::readPGNFromParcel(parcel);
+    parcel.readByte();
+    const int receiver = parcel.readByte();
+    const auto subject = (static_cast<std::uint32_t>(pgn) & lowHalf) << bits | static_cast<std::uint32_t>(receiver);
     parcel.setReadPosition(Platform::PGNHelper::headSize);
     switch (pgn)
     {
     case Platform::pgnSupportedZones:
-        return pgn << bitsOfZone;
+        return static_cast<int>(subject << bits);
     case Platform::pgnZoneConfiguration:
     case Platform::pgnZoneVolume:
     case Platform::pgnZoneParameters:
-        return pgn << bitsOfZone | parcel.readByte();
+        return static_cast<int>(subject << bits | static_cast<std::uint32_t>(parcel.readByte()));
     default:
         return noSubject;
     }

@@ -122,7 +122,8 @@ void DeviceStatusManager::initialize()
     handleMessage(Kernel::MSG_SYS_INIT, 0, 0, nullptr);
 }
 
-void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload& payload)
+void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                                        const Kernel::Payload& payload)
 {
     switch (id)
     {
@@ -148,7 +149,8 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
         standby(arg1);
         break;
     case Kernel::MSG_SYS_TIMER:
-        timerExpired(arg1);
+        if (isCurrent(arg1, arg2))
+            timerExpired(arg1);
         break;
     case Kernel::MSG_HOST_EVENT:
         hostEvent(arg1, payload);
@@ -234,7 +236,7 @@ void DeviceStatusManager::standby(juce::int32 what)
         EngineApi::requestShowPage(Pubhead::mbStandby, true);
     else if (what == leave)
         EngineApi::requestStopPage(Pubhead::mbStandby);
-    else
+    else if (!std::exchange(standbyRefused, true))
         Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
                                                   "standby is entered by 0 and left by 1, not by %d", what);
 }
@@ -349,6 +351,7 @@ void DeviceStatusManager::mcuPowersOff()
     if (auto* remote = Provided<EngineApi::WiredRemote>::get())
     {
         remote->setDimmer(0);
+        remote->restoreAfter(0); // nothing comes back on it
         remote->clearDisplay(true);
     }
     startTimer(timerPowerOff, powerOffMs);

@@ -118,6 +118,7 @@ private:
     DeviceTable devices;
     juce::Array<EngineApi::DeviceStateInterface*, juce::CriticalSection> listeners;
     bool cameraVideoSignal = false;
+    bool standbyRefused = false; ///< an unknown value is named once
     bool cameraPollPending = false;
     SourceAgreement agreement;
     int audioChannel = eAudioAVOff; ///< what the DSP was told last

@@ -129,7 +129,7 @@ void TLX70Dev::enqueue(Protocol::Bytes command)
     if (waiting.size() == mostWaiting)
     {
         waiting.pop_front();
-        noteUnsent();
+        ++unsent; // The restore makes it good.
     }
     waiting.push_back(std::move(command));
     worker.post(jobSend, [this] { sendWaiting(); });

@@ -13,8 +13,9 @@ namespace
 constexpr const char* busName = "I2C1:";
 constexpr int setUpTimeoutMs = 1000;
 constexpr int pollTimeoutMs = 250;
-/** A decoder that does not answer may take this share of the time of what else waits for the thread. */
-constexpr int restAfterFailure = 30;
+/** So often a decoder that does not answer may hold up what else waits for the thread. One slow answer must not take
+ * the picture of the camera away for long. */
+constexpr std::chrono::seconds restAfterFailure { 1 };
 constexpr int deviceAddress = 0x88; ///< 8-bit form
 constexpr int statusRegister = 0x01;
 constexpr int signalBits = 0x48; ///< horizontal and vertical lock
@@ -59,15 +60,13 @@ void VideoDecoder::initialise()
 
 bool VideoDecoder::hasSignal()
 {
-    const auto begin = Clock::now();
-    if (begin < leftAloneUntil)
+    if (Clock::now() < leftAloneUntil)
         return false;
     Platform::I2CDevice device;
     std::uint8_t status = 0;
     if (device.open(busName, pollTimeoutMs) && device.readRegister(deviceAddress, statusRegister, status))
         return (status & signalBits) == signalBits;
-    const auto end = Clock::now();
-    leftAloneUntil = end + restAfterFailure * (end - begin);
+    leftAloneUntil = Clock::now() + restAfterFailure;
     return false;
 }
 

@@ -261,6 +261,8 @@ void ExeMonitor::terminateApp(int appType)
 
 void ExeMonitor::closeApp(int appType)
 {
+    // A launch that has found the program connected sends it its command line before the program is told to end.
+    const juce::ScopedLock launching(launchLock);
     {
         const juce::ScopedLock guard(lock);
         if (getAppState(appType) == kDisconnect)
@@ -272,8 +274,10 @@ void ExeMonitor::closeApp(int appType)
     const auto stop = Platform::RemoteMessage::obtain();
     stop->what = RMSG_SOURCE_STOP;
     stop->arg1 = stop->arg2 = 0;
-    LowLayer::RemotecommDev::getInstance()->postToApp(appType, stop);
+    const bool told = LowLayer::RemotecommDev::getInstance()->postToApp(appType, stop);
     Platform::RemoteMessage::recycle(stop);
+    if (!told) // It would be left closing.
+        terminateApp(appType);
 }
 
 void ExeMonitor::setAppState(int appType, int state)
@@ -338,7 +342,9 @@ void ExeMonitor::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg
     case Kernel::MSG_SYS_READY:
         return startTimer(heartbeatTimer, heartbeatPeriodMs);
     case Kernel::MSG_SYS_TIMER:
-        return handleTimer(arg1);
+        if (isCurrent(arg1, arg2))
+            handleTimer(arg1);
+        return;
     case msgHello:
         return handleHello(arg1);
     case msgHeartbeatReply:

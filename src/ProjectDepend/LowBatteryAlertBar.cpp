@@ -89,8 +89,9 @@ LowBatteryAlertBar::AlertAudioThread::AlertAudioThread()
 
 void LowBatteryAlertBar::AlertAudioThread::play()
 {
-    silent.reset();
+    // The wish first: whoever ends the sound before does not say any more that it is silent.
     isWanted = true;
+    silent.reset();
     notify();
 }
 
@@ -116,8 +117,10 @@ void LowBatteryAlertBar::AlertAudioThread::run()
             Platform::PlaySound({});
         }
         // An alert that has come meanwhile goes on with the next round.
+        if (isWanted)
+            continue;
         silent.signal();
-        if (!isWanted && !threadShouldExit())
+        if (!threadShouldExit())
             wait(-1);
     }
 }

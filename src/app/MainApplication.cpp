@@ -2,10 +2,12 @@
 
 #include "EngineLayer/CATestSessionManager.h"
 #include "ProjectDepend/Bars.h"
+#include "dsp/DSPSettingHelperImpl.h"
 #include "factory/SystemFactory.h"
 #include "kernel/SystemEngine.h"
 #include "platform/Logger.h"
 #include "platform/Resources.h"
+#include "platform/SetupStore.h"
 #include "platform/Sound.h"
 #include "platform/System.h"
 #include "platform/Threads.h"
@@ -75,9 +77,18 @@ void MainApplication::shutdown()
     // Its thread belongs to no group, and sends through what is released now.
     if (auto* session = EngineLayer::CATestSessionManager::getExisting())
         session->stop();
-    // A thread that does not end may use anything at any moment, so nothing is taken down under it.
+    // The alert's thread is the last one that may hang.
+    if (!Platform::hasStragglers())
+        Bar::removeBars();
+    // A thread that does not end may use anything at any moment, so nothing is taken down under it. What the user has
+    // set is stored all the same.
     if (Platform::hasStragglers())
+    {
+        if (auto* volumes = DSPSettingHelperImpl::getExisting())
+            volumes->storeNow();
+        Platform::VX_ReleaseSetupInfo();
         std::quick_exit(EXIT_SUCCESS);
+    }
     Kernel::SystemEngine::getInstance()->release();
     Platform::releaseSound();
 }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -24,7 +25,10 @@ extern "C" void writeToPipe(int)
 void TerminationSignal::catchEarly()
 {
     if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
+    {
+        std::perror("headunit-engine: no orderly end by a signal");
         return;
+    }
     struct sigaction action
     {
     };

@@ -46,6 +46,11 @@ DSPSettingHelperImpl::DSPSettingHelperImpl()
 
 DSPSettingHelperImpl::~DSPSettingHelperImpl()
 {
+    storeNow();
+}
+
+void DSPSettingHelperImpl::storeNow()
+{
     if (isTimerRunning())
         timerCallback();
 }

@@ -24,6 +24,9 @@ public:
     /** The one listener; null for none. No call to the one before runs after it returns. */
     void setListener(CDSPStateListener* newListener);
 
+    /** A write that is due later is made now. Message thread. */
+    void storeNow();
+
     int getVolume(bool zone2) override;
     int getNaviVolume() override;
     int getPhoneVolume() override;

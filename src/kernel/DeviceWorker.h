@@ -12,8 +12,7 @@ namespace Kernel
 /**
     Does what one device is asked for, one job after the other, on a thread of its own. A device may be slow, or not
     answer at all: whoever wants something of it posts a job and goes on, so that keys, heartbeats and the exit wait for
-    none. These are the only threads that belong to no group without reading a port or a socket: "WiredRemote", "DSP"
-    and "Devices" (lines and video decoder).
+    none. The unit has three: "WiredRemote", "DSP" and "Devices" (lines and video decoder).
 
     Workers of the process run from `startAll` to `stopAll`, also one that is made in between. What is posted before
     waits for the start; what is posted after the stop is dropped, as is what waits then.
@@ -28,7 +27,7 @@ public:
     ~DeviceWorker();
 
     /**
-        Behind the jobs that wait. Once more than `patience` of them wait, those with the same key are dropped for the
+        Behind the jobs that wait. Once `patience` of them wait, those with the same key are dropped for the
         new one: of what a device cannot keep up with only the newest counts, and no more than that waits. Any thread.
     */
     void post(int key, Job job);

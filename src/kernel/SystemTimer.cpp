@@ -8,12 +8,13 @@ namespace Kernel
 
 void SystemTimer::startTimer(int timerId, int intervalMs)
 {
+    // Stopped first: the framework reads the interval of a running timer on its own thread, and what runs out until
+    // then belongs to the start before.
+    stopTimer(timerId);
     {
         const juce::ScopedLock guard(startsLock);
         ++starts[timerId];
     }
-    // Stopped first: the framework reads the interval of a running timer on its own thread.
-    stopTimer(timerId);
     MultiTimer::startTimer(timerId, intervalMs);
 }
 

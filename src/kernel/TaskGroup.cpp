@@ -4,8 +4,8 @@
 #include "platform/System.h"
 #include "platform/Threads.h"
 
+#include <chrono>
 #include <iterator>
-#include <thread>
 
 namespace Kernel
 {
@@ -15,8 +15,9 @@ namespace
 
 constexpr int normalPriority = 5;
 constexpr int deferredBackOffMs = 5;
-constexpr int looksBeforeSleep = 6;
-constexpr int yieldsPerLook = 8; ///< the posters get on meanwhile: a look takes the queue out of their cache
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::microseconds lookTime { 5 };
+constexpr int pausesPerLook = 8; ///< the posters get on meanwhile: a look takes the queue out of their cache
 
 /** Without its last word, which says nothing, the name of every group is short enough for the system. */
 juce::String threadNameOf(const juce::String& group)
@@ -160,13 +161,15 @@ void TaskGroup::takeOver()
 void TaskGroup::waitForMessages()
 {
     // Messages come in bursts. To look again a few times costs microseconds; to fall asleep at once costs every poster
-    // of the burst a call to the kernel. At real-time priority nobody else would get on meanwhile.
-    for (int look = 0; look < looksBeforeSleep && !realtime; ++look)
+    // of the burst a call to the kernel. At real-time priority nobody else would get on meanwhile. The time is spent
+    // here and not given to others: on a busy machine it would come back many milliseconds later.
+    auto now = Clock::now();
+    for (const auto end = now + lookTime; !realtime && now < end;)
     {
         if (inbox.filled.load(std::memory_order_relaxed))
             return;
-        for (int turn = 0; turn < yieldsPerLook; ++turn)
-            std::this_thread::yield();
+        for (int pause = 0; pause < pausesPerLook; ++pause)
+            now = Clock::now();
     }
     {
         // Once more, under the lock: a poster either has appended already or finds the flag set and signals.

@@ -32,15 +32,15 @@ constexpr int mostUnhandled = 256;
 } // namespace
 
 /** On its way to a component, and counted until that has dealt with it. */
-class RemotecommDev::WindowMessage : public Platform::RemoteMessage
+class RemotecommDev::CountedMessage : public Platform::RemoteMessage
 {
 public:
-    explicit WindowMessage(Count countToKeep)
+    explicit CountedMessage(Count countToKeep)
         : count(std::move(countToKeep))
     {
         ++*count;
     }
-    ~WindowMessage() override { --*count; }
+    ~CountedMessage() override { --*count; }
 
 private:
     const Count count;
@@ -102,7 +102,7 @@ bool RemotecommDev::isBusy() const
 
 void RemotecommDev::onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam)
 {
-    const Platform::RemoteMessage::Ptr counted = new WindowMessage(unhandled);
+    const Platform::RemoteMessage::Ptr counted = new CountedMessage(unhandled);
     const auto post = [&](Kernel::ComponentId receiver, juce::int32 id, juce::int32 arg1, juce::int32 arg2)
     { Kernel::postSystemMessage(receiver, id, arg1, arg2, counted.get()); };
     // Of a program that has no endpoint, as if it had come over the channel.

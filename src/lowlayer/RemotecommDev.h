@@ -36,7 +36,7 @@ private:
     RemotecommDev();
 
     void tellClient(RemoteDataKind kind, int appType, juce::ReferenceCountedObject* data);
-    class WindowMessage;
+    class CountedMessage;
     using Count = std::shared_ptr<std::atomic<int>>;
     const Count unhandled = std::make_shared<std::atomic<int>>(0);
 

@@ -74,12 +74,6 @@ SetupEnvironment& SetupEnvironment::get()
     return instance;
 }
 
-bool SetupEnvironment::isOpen()
-{
-    const std::shared_lock lock(mutex);
-    return environment != nullptr;
-}
-
 int SetupEnvironment::open(const std::string& folder, Access access)
 {
     const std::unique_lock lock(mutex);

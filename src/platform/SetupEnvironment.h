@@ -15,9 +15,10 @@ namespace Platform
 
 /**
     The LMDB environment behind the settings store: one per process, of one database of encoded values. Any thread may
-    read; opening, closing and writing are one thread's, as a write waits without an end for a process that holds the
-    store's lock. Each reading thread keeps a parked read transaction, which is renewed for a read and reset after it;
-    closing the environment ends those of all threads. Results are LMDB's codes, 0 for success.
+    read; writing is one thread's, as a write waits without an end for a process that holds the store's lock, and so are
+    opening and closing, but in a process that only reads. Each reading thread keeps a parked read transaction, which is
+   renewed for a read and reset after it; closing the environment ends those of all threads. Results are LMDB's codes, 0
+   for success.
 */
 class SetupEnvironment
 {
@@ -39,7 +40,6 @@ public:
     /** Opens the environment in a folder; an open one stays as it is. */
     int open(const std::string& folder, Access access);
     void close();
-    bool isOpen();
     bool isEmpty();
 
     /** MDB_NOTFOUND leaves `value` empty. */

@@ -21,11 +21,6 @@ void logError(int line, const char* format, Arguments... arguments)
     Logger::getInstance()->logError("platform/SetupStore", line, "SetupStore", format, arguments...);
 }
 
-std::string settingsFolder()
-{
-    return (AppConfig::getSystemFilePath() + "settings").toStdString();
-}
-
 /** For a process that writes nothing: the store as the unit has it now. */
 std::string readShared(int index)
 {

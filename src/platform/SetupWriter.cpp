@@ -33,27 +33,24 @@ void logError(int line, const char* format, Arguments... arguments)
     Logger::getInstance()->logError(logFile, line, logTag, format, arguments...);
 }
 
+/** A store that would end the process makes room for a new one. 0, or the number of the system's error. */
+int setAside(const std::string& folder)
+{
+    const auto aside = folder + ".damaged";
+    std::error_code error;
+    std::filesystem::remove_all(aside, error);
+    std::filesystem::rename(folder, aside, error);
+    if (!error)
+        logError(__LINE__, "%s: damaged; the store is set aside as %s", folder.c_str(), aside.c_str());
+    return error.value();
+}
+
+} // namespace
+
 std::string settingsFolder()
 {
     return (AppConfig::getSystemFilePath() + "settings").toStdString();
 }
-
-/** A store that would end the process makes room for a new one. */
-bool makeSound(const std::string& folder)
-{
-    if (isSetupStoreSound(folder))
-        return true;
-    const auto aside = folder + ".damaged";
-    logError(__LINE__, "%s: damaged; the store is set aside as %s", folder.c_str(), aside.c_str());
-    std::error_code error;
-    std::filesystem::remove_all(aside, error);
-    std::filesystem::rename(folder, aside, error);
-    if (error)
-        logError(__LINE__, "%s: %s", aside.c_str(), error.message().c_str());
-    return !error;
-}
-
-} // namespace
 
 SetupWriter& SetupWriter::get()
 {
@@ -85,7 +82,7 @@ void SetupWriter::start()
         thread.join();
     state = State::opening;
     openingSince = Clock::now();
-    ending = sound = writable = false;
+    ending = triedOut = damaged = writable = false;
     ++runs;
     thread = std::thread([this] { run(); });
 }
@@ -171,8 +168,9 @@ bool SetupWriter::waitUntilStored()
 void SetupWriter::run()
 {
     enterThread("settings");
+    auto values = readFactoryValues();
     Lock lock(mutex);
-    factoryValues = readFactoryValues();
+    factoryValues = std::move(values);
     openStore(lock);
     for (;;)
     {
@@ -205,12 +203,15 @@ int SetupWriter::openStore(Lock& lock)
     auto& environment = SetupEnvironment::get();
     const auto folder = settingsFolder();
     environment.close();
-    if (!sound)
-        sound = makeSound(folder);
-    const int result = sound ? environment.open(folder, SetupEnvironment::Access::readWrite) : MDB_CORRUPTED;
+    if (!std::exchange(triedOut, true))
+        damaged = !isSetupStoreSound(folder);
+    int result = damaged ? setAside(folder) : MDB_SUCCESS;
+    damaged = result != MDB_SUCCESS;
+    if (!damaged)
+        result = environment.open(folder, SetupEnvironment::Access::readWrite);
     writable = result == MDB_SUCCESS;
     const bool readable =
-        writable || (sound && environment.open(folder, SetupEnvironment::Access::readOnly) == MDB_SUCCESS);
+        writable || (!damaged && environment.open(folder, SetupEnvironment::Access::readOnly) == MDB_SUCCESS);
     const bool empty = writable && environment.isEmpty();
     lock.lock();
     if (empty)
@@ -238,9 +239,8 @@ bool SetupWriter::store(Lock& lock)
         lock.unlock();
         result = SetupEnvironment::get().write(values, replacesAll);
         lock.lock();
-        // After a failure the environment may be of no more use.
-        writable = result == MDB_SUCCESS;
-        if (writable)
+        writable = result != MDB_PANIC; // then it is of no more use; after anything else it can be tried as it is
+        if (result == MDB_SUCCESS)
             noteStored(change);
     }
     if (result != MDB_SUCCESS)

@@ -11,6 +11,9 @@
 namespace Platform
 {
 
+/** Where the store is, as configured. Any thread. */
+std::string settingsFolder();
+
 /**
     The settings as this process sees them: what was set and is not stored yet lies over what the store has, and that
    over the factory values. A thread "settings" opens the store, puts into it what was set, all that waits in one
@@ -67,7 +70,8 @@ private:
     unsigned runs = 0; ///< how often the thread was started
     State state = State::closed;
     bool ending = false;
-    bool sound = false;    ///< the store was tried out; the thread's, as is the next
+    bool triedOut = false; ///< whether the store is sound; the thread's, as are the next two
+    bool damaged = false;  ///< it is not, and could not be set aside
     bool writable = false; ///< the store is open, and not only to be read
     SetupValues factoryValues;
     std::map<int, Waiting> waiting;

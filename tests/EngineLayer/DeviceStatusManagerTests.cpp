@@ -119,7 +119,11 @@ protected:
              std::move(buffer));
     }
     void toManager(juce::int32 id, juce::int32 arg1 = 0) { send(Kernel::deviceStatusManagerId, id, arg1); }
-    void fireTimer(int timer) { toManager(Kernel::MSG_SYS_TIMER, timer); }
+    void fireTimer(int timer)
+    {
+        manager.timerCallback(timer);
+        run();
+    }
 
     FakePage& addPage(int page, int source, bool available = true)
     {
@@ -329,6 +333,8 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
 {
     NotingListener listener;
     addDeviceStateListener(&listener);
+    toManager(Kernel::MSG_SYS_START);
+    commands();
     fireTimer(2);
     EXPECT_EQ(commands(), std::vector<Command> {});
     folder.getChildFile("Hard Disk3").createDirectory();
@@ -359,7 +365,7 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
 TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
 {
     hostEvent(EVENT_POWER_OFF_READY);
-    EXPECT_EQ(remote.calls, (Calls { "dimmer 0", "clear and forget" }));
+    EXPECT_EQ(remote.calls, (Calls { "dimmer 0", "restore after 0", "clear and forget" }));
     EXPECT_EQ(manager.getTimerInterval(7), 6000);
     takePosted();
     fireTimer(7);

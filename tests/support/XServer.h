@@ -5,7 +5,10 @@
 
 #include <cstdlib>
 
-/** A virtual X server on a free display, which DISPLAY names while it lives. Without Xvfb there is none. */
+/**
+    A virtual X server, which DISPLAY names while it lives. Its number comes from the process: one that others choose,
+   as the first that is free, could be gone when the server starts again. Without Xvfb there is none.
+*/
 class XServer
 {
 public:
@@ -21,7 +24,6 @@ public:
 
     bool isRunning() const { return runs; }
 
-    /** On the display that it had before, if there was one. */
     void start()
     {
         if (!isInstalled())
@@ -34,7 +36,6 @@ public:
         // The number is there, with its line end, once the server takes connections.
         if (server == nullptr || !eventually([this] { return number().endsWithChar('\n'); }))
             return;
-        display = ":" + number().trim();
         setenv("DISPLAY", display.toRawUTF8(), 1);
         runs = true;
     }
@@ -54,7 +55,14 @@ private:
     juce::String number() const { return numberFile.getFile().loadFileAsString(); }
 
     const juce::String before = juce::SystemStats::getEnvironmentVariable("DISPLAY", {});
-    juce::String display;
+    static int nextNumber()
+    {
+        constexpr int first = 1000, serversEach = 8, processes = 5000;
+        static int count = 0;
+        return first + static_cast<int>(getpid()) % processes * serversEach + count++ % serversEach;
+    }
+
+    const juce::String display = ":" + juce::String(nextNumber());
     bool runs = false;
     juce::TemporaryFile numberFile;
     Platform::ProcessHandle server;

@@ -59,7 +59,7 @@ private:
     void writeBand(const EqBand& band, int gainDb, bool groups1And2, bool group3);
     void writeFixedFilter(std::uint16_t address, FilterType type, int frequency, Bank bank);
 
-    /** Recursive: what belongs together is queued without anything in between. */
+    /** Over the gains of the bands, and recursive. */
     juce::CriticalSection lock;
     std::array<int, numOfEqBands> bandGains {};
     bool unverified = false;               ///< said so in the log, and nothing was verified since; the thread "DSP"

@@ -162,6 +162,9 @@ void IpcChannel::loseLink(const char* what, int error)
 {
     link.reset();
     seats.clearOwners();
+    // The next bus gives its connections the same names.
+    for (auto& waiting : outgoing)
+        waiting.clear();
     retryAt = Clock::now() + pause;
     pause = std::min(pause * 2, longestPause);
     if (!std::exchange(lossLogged, true))
@@ -237,7 +240,10 @@ void IpcChannel::waitForTraffic()
             timeout = static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), longestPause).count());
         }
         if (!windowMessages.isEmpty())
-            timeout = receiver->isBusy() ? busyPauseMs : 0;
+        {
+            const int due = receiver->isBusy() ? busyPauseMs : 0;
+            timeout = timeout < 0 ? due : std::min(timeout, due);
+        }
         if (!events.empty() && mayDeliver())
             timeout = 0;
     }

@@ -77,7 +77,7 @@ private:
     bool isTouch(const xcb_generic_event_t& event) const
     {
         const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
-        if ((event.response_type & 0x7f) != XCB_GE_GENERIC || generic.extension != opcode)
+        if (eventTypeOf(event) != XCB_GE_GENERIC || generic.extension != opcode)
             return false;
         if (generic.event_type == XCB_INPUT_RAW_TOUCH_BEGIN)
             return true;

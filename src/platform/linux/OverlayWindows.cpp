@@ -19,8 +19,6 @@ using namespace std::chrono_literals;
 constexpr const char* source = "platform/OverlayWindows";
 constexpr const char* tag = "OverlayWindows";
 
-/** Of what an event's type says the highest bit: another program sent it. */
-constexpr int typeMask = 0x7f;
 constexpr std::uint8_t firstButton = 1;
 /** How often the bars are put above a window that covers them: at once this often, and then once in a pause, so that a
  * window that keeps raising itself gets no quick answers. */
@@ -302,7 +300,7 @@ public:
 
     void handle(XConnection&, const xcb_generic_event_t& event) override
     {
-        switch (event.response_type & typeMask)
+        switch (eventTypeOf(event))
         {
         case XCB_MAP_NOTIFY:
             noticeOther(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
@@ -325,7 +323,7 @@ public:
         {
             const auto& press = reinterpret_cast<const xcb_button_press_event_t&>(event);
             if (const auto own = find(press.event))
-                own->press(press, (event.response_type & typeMask) == XCB_BUTTON_PRESS);
+                own->press(press, eventTypeOf(event) == XCB_BUTTON_PRESS);
             break;
         }
         default:

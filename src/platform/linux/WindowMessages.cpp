@@ -11,8 +11,6 @@ namespace
 {
 
 constexpr int messageFormat = 32;
-/** Of what an event's type says the highest bit: another program sent it. */
-constexpr int typeMask = 0x7f;
 
 /** The window that receives messages; made anew when somebody destroys it. */
 class MessageWindow : public XClient
@@ -50,7 +48,7 @@ public:
 
     void handle(XConnection& x, const xcb_generic_event_t& event) override
     {
-        const auto type = event.response_type & typeMask;
+        const auto type = eventTypeOf(event);
         if (type == XCB_CLIENT_MESSAGE)
             deliver(x, reinterpret_cast<const xcb_client_message_event_t&>(event));
         else if (type == XCB_DESTROY_NOTIFY &&

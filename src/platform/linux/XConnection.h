@@ -20,6 +20,12 @@ struct XFree
 template <typename T>
 using XReply = std::unique_ptr<T, XFree>;
 
+/** The highest bit says that another program sent it. */
+inline int eventTypeOf(const xcb_generic_event_t& event)
+{
+    return event.response_type & 0x7f;
+}
+
 /** A display as long as it lives: its name, and whether a connection to it broke. */
 struct XDisplayState
 {

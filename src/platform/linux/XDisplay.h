@@ -33,8 +33,8 @@ public:
 
 /**
     The display that the process uses. Its thread "display" alone waits for the display: it connects, keeps the clients
-    on it, and connects anew when the display is lost, or comes later. So nobody else is held up by a display that does
-    not answer. Any thread.
+    on it, and connects anew when the display is lost, or comes later. So nobody else is held up by a display that
+   cannot be had; a request on the connection of `requests` waits for its answer on its caller's thread. Any thread.
 */
 class XDisplay
 {
