@@ -52,8 +52,13 @@ void RemoteSessionManager::onRelease()
 
 void RemoteSessionManager::handleMessage(juce::int32 id, juce::int32, juce::int32, const Kernel::Payload&)
 {
-    if (id == Kernel::MSG_SYS_START)
-        addConnectListener(this);
+    if (id != Kernel::MSG_SYS_START)
+        return;
+    addConnectListener(this);
+    // A program that an earlier engine has started says hello at once, and may be connected before this thread begins.
+    for (int appType = 0; isValid(appType); ++appType)
+        if (getAppState(appType) == kConnected && !isAppRegistered(appType))
+            registerApp(appType);
 }
 
 bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& message)

@@ -125,6 +125,17 @@ TEST_F(RemoteSessionTest, FollowsTheProgramsStates)
     EXPECT_THAT(getRegisteredApps(), ElementsAre(AppRadio, AppUSB));
 }
 
+/** The program of an earlier engine is connected before the session's thread has begun. */
+TEST_F(RemoteSessionTest, TakesUpWhoWasConnectedBeforeTheStart)
+{
+    removeConnectListener(&session());
+    connect(AppRadio);
+    EXPECT_FALSE(session().isAppRegistered(AppRadio));
+    send(Kernel::remoteSessionManagerId, Kernel::MSG_SYS_START);
+    EXPECT_TRUE(session().isAppRegistered(AppRadio));
+    EXPECT_FALSE(session().isAppRegistered(AppUSB));
+}
+
 /** A program loses the bus and finds it again; one that has only just got its name waits for its hello. */
 TEST_F(RemoteSessionTest, ANameAloneRegistersOnlyWhoIsConnected)
 {

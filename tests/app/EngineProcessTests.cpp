@@ -327,15 +327,19 @@ TEST_F(EngineProcessTest, NoDisplayHoldsItUp)
     EXPECT_TRUE(silent.wasOpened());
 }
 
-/** The display ends under the engine: the unit goes on, and ends as it is told to. */
-TEST_F(EngineProcessTest, OutlivesItsDisplay)
+/** The display comes after the engine and ends under it: the unit takes it up, goes on, and ends as it is told to. */
+TEST_F(EngineProcessTest, TakesUpALateDisplayAndOutlivesIt)
 {
     if (!XServer::isInstalled())
         GTEST_SKIP() << "Xvfb is not installed";
     XServer server;
-    ASSERT_TRUE(server.isRunning());
+    server.stop();
     start({ "--config", writeConfiguration({}, "auto").getFullPathName() });
     ASSERT_TRUE(engineSpeaks());
+    server.start();
+    ASSERT_TRUE(server.isRunning());
+    const auto log = folder.getChildFile("log");
+    EXPECT_TRUE(eventually([&log] { return log.loadFileAsString().contains("found the X display"); }));
     server.stop();
     EXPECT_FALSE(endsWithin(1000));
     kill(pid, SIGTERM);
