@@ -276,9 +276,15 @@ void SourceProgram::onOrder(const nlohmann::json& order)
 {
     const auto name = order.value("order", std::string());
     if (name == "silent")
+    {
         silent = order.value("on", true);
+        report("fault", silent ? "silent" : "none");
+    }
     else if (name == "slow")
+    {
         delayMs = order.value("ms", 0);
+        report("fault", delayMs > 0 ? "slow" : "none");
+    }
     else if (name == "send")
         send(order.value("what", 0), order.value("arg1", 0), order.value("arg2", 0));
     else if (name == "window")

@@ -26,7 +26,7 @@ struct Workers
 
     static Workers& get()
     {
-        static Workers instance;
+        static auto& instance = *new Workers; // workers of the whole process are deleted late
         return instance;
     }
 };
