@@ -274,8 +274,7 @@ void SetupWriter::noteDelay()
 {
     const bool delayed = storingSince != Clock::time_point {} && Clock::now() - storingSince > delayToMention;
     if (delayed && !std::exchange(late, true))
-        logError(__LINE__, "%s: settings wait to be stored: another process holds the store, or the disk is slow",
-                 settingsFolder().c_str());
+        logError(__LINE__, "%s", "settings wait to be stored: another process holds the store, or the disk is slow");
 }
 
 } // namespace Platform
