@@ -18,6 +18,7 @@
 #include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/KernelFixture.h"
+#include "support/LogCapture.h"
 #include "support/McuLink.h"
 
 using namespace EngineApi;
@@ -188,6 +189,11 @@ TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
     LinesDouble::failI2cDevice(0x88, true);
     EXPECT_FALSE(decoder.hasSignal());
     EXPECT_EQ(LinesDouble::getOpenI2cDevices(), 0);
+
+    const LogCapture log;
+    VideoDecoder silent;
+    silent.initialise();
+    EXPECT_EQ(log.count("the video decoder does not take register 0x02 and is not set up"), 1);
 }
 
 TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHeartbeat)
