@@ -38,7 +38,7 @@ MainApplication::MainApplication()
 MainApplication::~MainApplication()
 {
     Platform::ResourceAutoDelete();
-    Bar::removeBars();
+    Bar::removeBars(); // those of an engine that was never shut down
 }
 
 void MainApplication::initialise(const juce::String&)

@@ -274,6 +274,7 @@ void SetupWriter::noteDelay()
 {
     const bool delayed = storingSince != Clock::time_point {} && Clock::now() - storingSince > delayToMention;
     if (delayed && !std::exchange(late, true))
+        // As an argument: a format without any is no literal any more inside the template.
         logError(__LINE__, "%s", "settings wait to be stored: another process holds the store, or the disk is slow");
 }
 
