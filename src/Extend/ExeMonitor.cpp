@@ -169,7 +169,11 @@ bool ExeMonitor::isEnding(int appType) const
     if (state == kClosing || state == kDisconnect)
         return state == kClosing;
     const auto process = monitor.getProcess(appType);
-    return process != nullptr && !process->isRunning();
+    if (process == nullptr)
+        return false;
+    // A process that ends loses its name on the channel before it is gone: it hears nothing any more.
+    return !process->isRunning() ||
+           (state == kConnected && appType != Pubhead::AppNavi && !MessageHelper::isPresent(appType));
 }
 
 bool ExeMonitor::launch(const LaunchRequest::Ptr& request)
@@ -468,10 +472,15 @@ void ExeMonitor::judgeHeartbeat(const std::set<int>& silentApps)
 
 void ExeMonitor::endClosingApps()
 {
-    // A program that has ended meanwhile is left to its change of state, which is on its way and runs the launches.
+    std::set<int> awaited;
     for (const auto& request : launchQueue)
-        if (getAppState(request->appType) == kClosing)
-            terminateApp(request->appType);
+        awaited.insert(request->appType);
+    for (const int appType : awaited)
+        if (getAppState(appType) == kClosing)
+            terminateApp(appType);
+        else if (getAppState(appType) == kConnected && !isEnding(appType)) // It had left the channel only.
+            runQueuedLaunches(appType);
+    // One that has ended meanwhile is left to its change of state, which is on its way and runs the launches.
 }
 
 } // namespace EngineLayer

@@ -310,6 +310,27 @@ TEST_F(ExeMonitorTest, StartsAnewWhatHasJustDied)
     EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
 }
 
+/** A process that ends has left the channel before it is gone. What is asked for in between is not told to nobody: it
+ * waits for the end, or for the program if that comes back. */
+TEST_F(ExeMonitorTest, WaitsForAProgramThatHasLeftTheChannel)
+{
+    const int pid = startRadio();
+    IpcDouble::setPresent(AppRadio, false);
+    monitor.showOrLaunchApp(AppRadio, mbFM, radioPath, pageShow());
+    run();
+    EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
+    IpcDouble::setPresent(AppRadio, true, pid);
+    fire(monitor, ExeMonitor::closingTimer);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppRadio, RMSG_COMMAND_LINE, 0 }));
+
+    IpcDouble::setPresent(AppRadio, false);
+    monitor.showOrLaunchApp(AppRadio, mbFM, radioPath, pageShow());
+    run();
+    ProcessDouble::end(pid);
+    awaitState(AppRadio, kStarting);
+    EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
+}
+
 /** Waiting fails for a while, as it may when the system is short of descriptors: no end of a process is missed. */
 TEST_F(ExeMonitorTest, SurvivesFailingWaits)
 {
