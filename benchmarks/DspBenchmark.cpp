@@ -1,11 +1,11 @@
 // The audio DSP: what the engine adds to the time on the wire, and that it writes no more than it must.
+#include "doubles/SpiDouble.h"
 #include "dsp/DSPSettingHelperImpl.h"
 #include "dsp/akm/BootTable.h"
 #include "dsp/akm/ak7738Operator.h"
 #include "dsp/akm/ak773ChipManager.h"
-#include "platform/Configuration.h"
-#include "platform/SetupStore.h"
-#include "platform/doubles/SpiDouble.h"
+#include "platform/config/Configuration.h"
+#include "platform/settings/SetupStore.h"
 
 #include <benchmark/benchmark.h>
 #include <ctime>

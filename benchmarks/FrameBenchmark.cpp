@@ -1,6 +1,6 @@
 #include "Allocations.h"
-#include "EngineLayer/HostDataFormat.h"
-#include "EngineLayer/HostFrameParser.h"
+#include "EngineLayer/hostlink/HostDataFormat.h"
+#include "EngineLayer/hostlink/HostFrameParser.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/HostcommDev.h"
 

@@ -1,5 +1,5 @@
 #include "Allocations.h"
-#include "EngineLayer/MarineRecords.h"
+#include "EngineLayer/network/MarineRecords.h"
 
 #include <array>
 #include <benchmark/benchmark.h>

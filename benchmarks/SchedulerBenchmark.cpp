@@ -1,4 +1,4 @@
-#include "EngineLayer/Scheduler.h"
+#include "EngineLayer/schedule/Scheduler.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-#include "EngineLayer/AutoTestFrame.h"
+#include "EngineLayer/autotest/AutoTestFrame.h"
 
 #include <algorithm>
 #include <cstdlib>

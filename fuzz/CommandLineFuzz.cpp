@@ -1,6 +1,6 @@
-#include "platform/CommandLine.h"
-#include "platform/Pubhead.h"
-#include "platform/Utf8.h"
+#include "platform/base/CommandLine.h"
+#include "platform/base/Pubhead.h"
+#include "platform/base/Utf8.h"
 
 #include <cstdlib>
 #include <string>

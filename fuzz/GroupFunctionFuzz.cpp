@@ -1,4 +1,4 @@
-#include "EngineLayer/MarineRecords.h"
+#include "EngineLayer/network/MarineRecords.h"
 
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
-#include "EngineLayer/HostDataFormat.h"
-#include "EngineLayer/HostFrameParser.h"
+#include "EngineLayer/hostlink/HostDataFormat.h"
+#include "EngineLayer/hostlink/HostFrameParser.h"
 
 #include <algorithm>
 #include <cstdlib>

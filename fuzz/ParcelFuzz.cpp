@@ -1,4 +1,4 @@
-#include "platform/Parcel.h"
+#include "platform/marine/Parcel.h"
 
 #include <algorithm>
 #include <cstdlib>

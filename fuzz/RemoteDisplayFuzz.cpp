@@ -1,4 +1,4 @@
-#include "bench/RemoteDisplay.h"
+#include "bench/remote/RemoteDisplay.h"
 
 #include <algorithm>
 #include <cstdlib>

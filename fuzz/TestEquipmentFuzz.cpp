@@ -1,4 +1,4 @@
-#include "bench/TestEquipment.h"
+#include "bench/mcu/TestEquipment.h"
 
 #include <algorithm>
 #include <cstdlib>

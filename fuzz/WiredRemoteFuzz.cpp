@@ -1,5 +1,5 @@
-#include "EngineLayer/WiredRemoteProtocol.h"
-#include "platform/Utf8.h"
+#include "EngineLayer/wiredremote/WiredRemoteProtocol.h"
+#include "platform/base/Utf8.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // What each command of the bench does to the unit.
-#include "bench/Screen.h"
 #include "bench/console/Console.h"
+#include "bench/text/Screen.h"
 
 #include <algorithm>
 #include <ostream>

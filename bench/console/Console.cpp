@@ -1,5 +1,5 @@
 #include "bench/console/Console.h"
-#include "bench/Settings.h"
+#include "bench/unit/Settings.h"
 
 #include <algorithm>
 #include <istream>

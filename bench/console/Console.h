@@ -1,9 +1,9 @@
 #pragma once
 
-#include "bench/Unit.h"
 #include "bench/console/Expect.h"
 #include "bench/console/Style.h"
 #include "bench/console/Transcript.h"
+#include "bench/unit/Unit.h"
 
 #include <iosfwd>
 #include <utility>

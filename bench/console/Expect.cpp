@@ -1,8 +1,8 @@
 #include "bench/console/Expect.h"
 
-#include "bench/McuFrame.h"
-#include "bench/Names.h"
-#include "bench/NetworkDisplay.h"
+#include "bench/mcu/McuFrame.h"
+#include "bench/network/NetworkDisplay.h"
+#include "bench/text/Names.h"
 
 #include <algorithm>
 

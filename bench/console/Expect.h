@@ -1,7 +1,7 @@
 #pragma once
 
-#include "bench/Journal.h"
 #include "bench/console/Script.h"
+#include "bench/unit/Journal.h"
 
 #include <map>
 

@@ -1,6 +1,6 @@
 // The source programs, at the console.
-#include "bench/Settings.h"
 #include "bench/console/Console.h"
+#include "bench/unit/Settings.h"
 
 #include <array>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "bench/console/Transcript.h"
 
-#include "bench/Names.h"
+#include "bench/text/Names.h"
 
 #include <algorithm>
 #include <array>

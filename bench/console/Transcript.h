@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/Journal.h"
+#include "bench/unit/Journal.h"
 
 #include <set>
 

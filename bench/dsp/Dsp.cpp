@@ -1,6 +1,6 @@
 #include "bench/dsp/Dsp.h"
 
-#include "bench/WireValues.h"
+#include "bench/network/WireValues.h"
 
 #include <algorithm>
 

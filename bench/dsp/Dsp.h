@@ -1,9 +1,9 @@
 #pragma once
 
-#include "bench/Journal.h"
-#include "bench/McuFrame.h"
-#include "bench/PacketServer.h"
+#include "bench/buses/PacketServer.h"
 #include "bench/dsp/DspChip.h"
+#include "bench/mcu/McuFrame.h"
+#include "bench/unit/Journal.h"
 
 namespace Bench
 {

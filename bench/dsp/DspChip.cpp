@@ -1,7 +1,7 @@
 #include "bench/dsp/DspChip.h"
 
-#include "bench/McuFrame.h"
 #include "bench/dsp/DspModel.h"
+#include "bench/mcu/McuFrame.h"
 
 #include <algorithm>
 #include <boost/crc.hpp>

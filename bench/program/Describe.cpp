@@ -1,6 +1,6 @@
 #include "bench/program/Describe.h"
 
-#include "platform/Pubhead.h"
+#include "platform/base/Pubhead.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/CommandLine.h"
-#include "platform/Ipc.h"
+#include "platform/base/CommandLine.h"
+#include "platform/channel/Ipc.h"
 
 /** What goes between a program and the engine, in words that are the same in every run. */
 namespace BenchProgram

@@ -1,6 +1,6 @@
 #include "bench/program/PageIcons.h"
 
-#include "platform/Pubhead.h"
+#include "platform/base/Pubhead.h"
 
 namespace BenchProgram
 {

@@ -1,9 +1,9 @@
 #include "bench/program/PagePainter.h"
 
-#include "bench/Names.h"
 #include "bench/program/CameraScene.h"
 #include "bench/program/PageIcons.h"
-#include "platform/Pubhead.h"
+#include "bench/text/Names.h"
+#include "platform/base/Pubhead.h"
 
 namespace BenchProgram
 {

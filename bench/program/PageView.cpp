@@ -1,7 +1,7 @@
 #include "bench/program/PageView.h"
 
-#include "bench/Names.h"
 #include "bench/program/PagePainter.h"
+#include "bench/text/Names.h"
 
 namespace BenchProgram
 {

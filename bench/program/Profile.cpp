@@ -1,9 +1,9 @@
 #include "bench/program/Profile.h"
 
 #include "EngineApi/KeyCodes.h"
-#include "bench/Names.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/SetupStore.h"
+#include "bench/text/Names.h"
+#include "platform/settings/SetupStore.h"
 
 namespace BenchProgram
 {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "bench/program/PageContent.h"
-#include "platform/CommandLine.h"
-#include "platform/Ipc.h"
+#include "platform/base/CommandLine.h"
+#include "platform/channel/Ipc.h"
 
 #include <memory>
 #include <string>

@@ -2,11 +2,11 @@
 
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/RemoteMessageIds.h"
-#include "bench/Names.h"
 #include "bench/program/Describe.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/Pubhead.h"
-#include "platform/Window.h"
+#include "bench/text/Names.h"
+#include "platform/base/Pubhead.h"
+#include "platform/screen/Window.h"
 
 #include <cmath>
 #include <csignal>

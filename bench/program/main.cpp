@@ -1,9 +1,9 @@
 // Stands for any source program of the unit. The name that it is started by says which: AppRadio, AppEQ ...
-#include "bench/Names.h"
 #include "bench/program/PageView.h"
 #include "bench/program/SourceProgram.h"
-#include "platform/Configuration.h"
-#include "platform/SetupStore.h"
+#include "bench/text/Names.h"
+#include "platform/config/Configuration.h"
+#include "platform/settings/SetupStore.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>

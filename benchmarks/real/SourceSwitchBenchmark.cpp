@@ -1,6 +1,6 @@
 // From a frame on the port to the order at a program: the real engine, bus and programs, beside the bus's own round
 // trip.
-#include "bench/Unit.h"
+#include "bench/unit/Unit.h"
 #include "benchmarks/Latencies.h"
 
 #include <array>

@@ -1,5 +1,5 @@
 // From a display's volume command on the port to the write to the DSP and to the acknowledgement: the real engine.
-#include "bench/Unit.h"
+#include "bench/unit/Unit.h"
 #include "benchmarks/Latencies.h"
 
 #include <benchmark/benchmark.h>

@@ -1,10 +1,10 @@
 // From a volume step to the last byte of what it writes to the simulated DSP.
-#include "bench/Unit.h"
+#include "bench/unit/Unit.h"
 #include "benchmarks/Latencies.h"
 #include "dsp/DSPSettingHelperImpl.h"
 #include "dsp/akm/ak773ChipManager.h"
-#include "platform/Configuration.h"
-#include "platform/SetupStore.h"
+#include "platform/config/Configuration.h"
+#include "platform/settings/SetupStore.h"
 
 namespace
 {

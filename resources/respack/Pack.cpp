@@ -1,6 +1,6 @@
 #include "Pack.h"
 
-#include "platform/gui/LayoutFile.h"
+#include "platform/screen/LayoutFile.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 #include <regex>

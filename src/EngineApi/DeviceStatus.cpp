@@ -1,6 +1,6 @@
 #include "EngineApi/DeviceStatus.h"
 
-#include "EngineLayer/DeviceStatusManager.h"
+#include "EngineLayer/devices/DeviceStatusManager.h"
 
 namespace EngineApi
 {

@@ -1,9 +1,9 @@
 #include "EngineApi/NavicoCanApi.h"
 
 #include "EngineApi/HostLink.h"
-#include "platform/CommandLine.h"
-#include "platform/Logger.h"
-#include "platform/PGNPacket.h"
+#include "platform/base/CommandLine.h"
+#include "platform/base/Logger.h"
+#include "platform/marine/PGNPacket.h"
 
 namespace EngineApi
 {

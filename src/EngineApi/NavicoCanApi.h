@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Bundle.h"
-#include "platform/Parcel.h"
+#include "platform/base/Bundle.h"
+#include "platform/marine/Parcel.h"
 
 /** What goes to the boat's network, through the microcontroller. Any thread; no call waits for it. */
 namespace EngineApi

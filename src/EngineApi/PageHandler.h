@@ -1,6 +1,6 @@
 #pragma once
 
-#include "EngineLayer/ScheduleRecords.h"
+#include "EngineApi/ScheduleRecords.h"
 #include "kernel/SystemMessage.h"
 
 namespace EngineApi

@@ -1,7 +1,7 @@
 #include "EngineApi/Pages.h"
 
 #include "EngineApi/Programs.h"
-#include "EngineLayer/ApplicationManager.h"
+#include "EngineLayer/schedule/ApplicationManager.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 

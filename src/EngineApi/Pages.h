@@ -1,7 +1,7 @@
 #pragma once
 
 #include "EngineApi/PageHandler.h"
-#include "EngineLayer/ScheduleRecords.h"
+#include "EngineApi/ScheduleRecords.h"
 
 /** The engine-wide way to a page. Any thread. Nothing happens for a page without a handler. */
 namespace EngineApi

@@ -1,8 +1,8 @@
 #include "EngineApi/Remote.h"
 
-#include "EngineLayer/RemoteSessionManager.h"
-#include "platform/Pubhead.h"
-#include "platform/Window.h"
+#include "EngineLayer/channel/RemoteSessionManager.h"
+#include "platform/base/Pubhead.h"
+#include "platform/screen/Window.h"
 
 #include <atomic>
 

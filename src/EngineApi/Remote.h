@@ -1,7 +1,7 @@
 #pragma once
 
 #include "EngineApi/RemoteMessageIds.h"
-#include "platform/Ipc.h"
+#include "platform/channel/Ipc.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/CommandLine.h"
-#include "platform/Pubhead.h"
+#include "platform/base/CommandLine.h"
+#include "platform/base/Pubhead.h"
 
 /** The engine-wide way to the settings, by setup index. Any thread. */
 namespace EngineApi

@@ -1,6 +1,6 @@
 #include "EngineApi/SystemState.h"
 
-#include "EngineLayer/SystemStateManager.h"
+#include "EngineLayer/system/SystemStateManager.h"
 
 #include <array>
 

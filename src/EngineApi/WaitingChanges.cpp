@@ -1,6 +1,6 @@
 #include "EngineApi/WaitingChanges.h"
 
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
 
 namespace EngineApi
 {

@@ -3,10 +3,10 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/RemotecommDev.h"
-#include "platform/CommandLine.h"
-#include "platform/Logger.h"
-#include "platform/Pubhead.h"
-#include "platform/Window.h"
+#include "platform/base/CommandLine.h"
+#include "platform/base/Logger.h"
+#include "platform/base/Pubhead.h"
+#include "platform/screen/Window.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "Extend/MonitorThread.h"
 
-#include "platform/Logger.h"
-#include "platform/Threads.h"
+#include "platform/base/Logger.h"
+#include "platform/base/Threads.h"
 
 namespace EngineLayer
 {

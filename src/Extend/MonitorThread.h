@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Process.h"
+#include "platform/base/Process.h"
 
 #include <functional>
 #include <map>

@@ -3,7 +3,7 @@
 #include "EngineApi/Pages.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
 
 namespace EngineLayer
 {

@@ -4,8 +4,8 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
-#include "platform/Pubhead.h"
-#include "platform/Window.h"
+#include "platform/base/Pubhead.h"
+#include "platform/screen/Window.h"
 
 #include <atomic>
 

@@ -1,7 +1,7 @@
 #include "ProjectDepend/BarWindow.h"
 
-#include "platform/Configuration.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
+#include "platform/config/Configuration.h"
 
 namespace Bar
 {

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "kernel/SystemMessage.h"
-#include "platform/gui/CVXWindow.h"
-#include "platform/gui/FloatViewInterface.h"
-#include "platform/gui/Layout.h"
-#include "platform/gui/OverlayCallback.h"
-#include "platform/gui/OverlayPeer.h"
+#include "platform/screen/CVXWindow.h"
+#include "platform/screen/FloatViewInterface.h"
+#include "platform/screen/Layout.h"
+#include "platform/screen/OverlayCallback.h"
+#include "platform/screen/OverlayPeer.h"
 
 #include <atomic>
 

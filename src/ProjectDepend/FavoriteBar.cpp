@@ -2,11 +2,11 @@
 
 #include "EngineApi/Provided.h"
 #include "EngineApi/WiredRemote.h"
-#include "EngineLayer/SysInfoItems.h"
 #include "kernel/MessageIds.h"
-#include "platform/Logger.h"
-#include "platform/SetupStore.h"
-#include "platform/SysInfo.h"
+#include "platform/base/Logger.h"
+#include "platform/settings/SetupStore.h"
+#include "platform/settings/SysInfo.h"
+#include "platform/settings/SysInfoItems.h"
 
 namespace Bar
 {

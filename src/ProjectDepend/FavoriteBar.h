@@ -3,8 +3,8 @@
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
 #include "ProjectDepend/FavoriteList.h"
-#include "platform/gui/CVXButton.h"
-#include "platform/gui/CVXStatic.h"
+#include "platform/screen/CVXButton.h"
+#include "platform/screen/CVXStatic.h"
 
 namespace Bar
 {

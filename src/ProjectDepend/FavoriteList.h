@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Pubhead.h"
+#include "platform/base/Pubhead.h"
 
 #include <array>
 #include <juce_core/juce_core.h>

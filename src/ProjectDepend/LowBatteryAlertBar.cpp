@@ -1,11 +1,11 @@
 #include "ProjectDepend/LowBatteryAlertBar.h"
 
 #include "kernel/MessageIds.h"
-#include "platform/Configuration.h"
-#include "platform/Logger.h"
-#include "platform/Sound.h"
-#include "platform/System.h"
-#include "platform/Threads.h"
+#include "platform/base/Logger.h"
+#include "platform/base/System.h"
+#include "platform/base/Threads.h"
+#include "platform/config/Configuration.h"
+#include "platform/sound/Sound.h"
 
 namespace Bar
 {

@@ -1,10 +1,10 @@
 #include "ProjectDepend/VolumeBar.h"
 
 #include "EngineApi/Provided.h"
-#include "EngineApi/SetupIndex.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
-#include "platform/SetupStore.h"
+#include "platform/settings/SetupIndex.h"
+#include "platform/settings/SetupStore.h"
 
 namespace Bar
 {

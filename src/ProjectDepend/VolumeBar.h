@@ -2,8 +2,8 @@
 
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
-#include "platform/gui/CVXButton.h"
-#include "platform/gui/CVXImageView.h"
+#include "platform/screen/CVXButton.h"
+#include "platform/screen/CVXImageView.h"
 
 namespace Bar
 {

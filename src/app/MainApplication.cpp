@@ -1,16 +1,16 @@
 #include "app/MainApplication.h"
 
-#include "EngineLayer/CATestSessionManager.h"
+#include "EngineLayer/autotest/CATestSessionManager.h"
 #include "ProjectDepend/Bars.h"
 #include "dsp/DSPSettingHelperImpl.h"
 #include "factory/SystemFactory.h"
 #include "kernel/SystemEngine.h"
-#include "platform/Logger.h"
-#include "platform/Resources.h"
-#include "platform/SetupStore.h"
-#include "platform/Sound.h"
-#include "platform/System.h"
-#include "platform/Threads.h"
+#include "platform/base/Logger.h"
+#include "platform/base/System.h"
+#include "platform/base/Threads.h"
+#include "platform/config/Resources.h"
+#include "platform/settings/SetupStore.h"
+#include "platform/sound/Sound.h"
 
 #include <cstdlib>
 

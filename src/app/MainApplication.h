@@ -2,7 +2,7 @@
 
 #include "app/MainWindow.h"
 #include "app/TerminationSignal.h"
-#include "platform/Configuration.h"
+#include "platform/config/Configuration.h"
 
 /** The application object: prepares the process, builds the engine once the camera leaves the screen, and takes it
  * down. */

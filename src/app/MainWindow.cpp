@@ -2,8 +2,8 @@
 
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
-#include "platform/Configuration.h"
-#include "platform/gui/OverlayPeer.h"
+#include "platform/config/Configuration.h"
+#include "platform/screen/OverlayPeer.h"
 
 using Platform::CVXButtonState;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/gui/CVXButton.h"
+#include "platform/screen/CVXButton.h"
 
 /** The hidden window of the engine, with two buttons for debugging on a small display. Message thread. */
 class MainWindow : public juce::TopLevelWindow, public Platform::CVXButton::Listener

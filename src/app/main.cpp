@@ -1,8 +1,8 @@
 #include "app/MainApplication.h"
 
-#include "platform/Logger.h"
-#include "platform/System.h"
-#include "platform/gui/OverlayPeer.h"
+#include "platform/base/Logger.h"
+#include "platform/base/System.h"
+#include "platform/screen/OverlayPeer.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>

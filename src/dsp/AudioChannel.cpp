@@ -1,6 +1,6 @@
 #include "dsp/AudioChannel.h"
 
-#include "platform/Pubhead.h"
+#include "platform/base/Pubhead.h"
 
 #include <array>
 

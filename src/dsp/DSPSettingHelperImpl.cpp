@@ -1,7 +1,7 @@
 #include "dsp/DSPSettingHelperImpl.h"
 
-#include "platform/Configuration.h"
-#include "platform/SetupStore.h"
+#include "platform/config/Configuration.h"
+#include "platform/settings/SetupStore.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "dsp/DSPSettingHelper.h"
 #include "kernel/Singleton.h"
-#include "platform/CVXIniReadWrite.h"
+#include "platform/config/CVXIniReadWrite.h"
 
 #include <array>
 #include <juce_events/juce_events.h>

@@ -1,6 +1,6 @@
 #include "factory/MsgSpecialHandler.h"
 
-#include "EngineLayer/HostCommands.h"
+#include "EngineLayer/hostlink/HostCommands.h"
 
 namespace Factory
 {

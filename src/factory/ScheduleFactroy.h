@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kernel/Singleton.h"
-#include "platform/Pubhead.h"
+#include "platform/base/Pubhead.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "kernel/DeviceWorker.h"
 
-#include "platform/Lines.h"
-#include "platform/Logger.h"
-#include "platform/Threads.h"
+#include "platform/base/Logger.h"
+#include "platform/base/Threads.h"
+#include "platform/devices/Lines.h"
 
 #include <algorithm>
 #include <utility>

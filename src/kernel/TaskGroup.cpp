@@ -1,8 +1,8 @@
 #include "kernel/TaskGroup.h"
 
-#include "platform/Logger.h"
-#include "platform/System.h"
-#include "platform/Threads.h"
+#include "platform/base/Logger.h"
+#include "platform/base/System.h"
+#include "platform/base/Threads.h"
 
 #include <chrono>
 #include <iterator>

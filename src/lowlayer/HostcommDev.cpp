@@ -1,8 +1,8 @@
 #include "lowlayer/HostcommDev.h"
 
 #include "kernel/SystemEngine.h"
-#include "platform/Configuration.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
+#include "platform/config/Configuration.h"
 
 #include <algorithm>
 #include <utility>

@@ -4,7 +4,7 @@
 #include "kernel/SystemTask.h"
 #include "lowlayer/BytePool.h"
 #include "lowlayer/ClientCallBack.h"
-#include "platform/SerialPort.h"
+#include "platform/devices/SerialPort.h"
 
 #include <atomic>
 #include <memory>

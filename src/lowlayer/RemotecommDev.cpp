@@ -2,8 +2,8 @@
 
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
-#include "platform/Logger.h"
-#include "platform/Pubhead.h"
+#include "platform/base/Logger.h"
+#include "platform/base/Pubhead.h"
 
 namespace LowLayer
 {

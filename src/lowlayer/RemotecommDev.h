@@ -2,7 +2,7 @@
 
 #include "kernel/Singleton.h"
 #include "lowlayer/ClientCallBack.h"
-#include "platform/Ipc.h"
+#include "platform/channel/Ipc.h"
 
 #include <atomic>
 #include <memory>

@@ -1,8 +1,8 @@
-#include "platform/gui/Layout.h"
+#include "platform/screen/Layout.h"
 
-#include "platform/Resources.h"
-#include "platform/gui/CVXStatic.h"
-#include "platform/gui/LayoutFile.h"
+#include "platform/config/Resources.h"
+#include "platform/screen/CVXStatic.h"
+#include "platform/screen/LayoutFile.h"
 #include "support/ErrorLog.h"
 
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 #include "ProjectDepend/LowBatteryAlertBar.h"
 
+#include "doubles/OverlayDouble.h"
+#include "doubles/SoundDouble.h"
 #include "kernel/MessageIds.h"
-#include "platform/Configuration.h"
-#include "platform/Resources.h"
-#include "platform/System.h"
-#include "platform/doubles/OverlayDouble.h"
-#include "platform/doubles/SoundDouble.h"
+#include "platform/base/System.h"
+#include "platform/config/Configuration.h"
+#include "platform/config/Resources.h"
 #include "support/Eventually.h"
 #include "support/Pump.h"
 

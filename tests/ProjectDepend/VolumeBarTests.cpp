@@ -1,9 +1,9 @@
 #include "ProjectDepend/VolumeBar.h"
 
 #include "EngineApi/Provided.h"
+#include "doubles/OverlayDouble.h"
 #include "kernel/MessageIds.h"
-#include "platform/Resources.h"
-#include "platform/doubles/OverlayDouble.h"
+#include "platform/config/Resources.h"
 #include "support/ErrorLog.h"
 #include "support/FakeAudio.h"
 #include "support/Pump.h"

@@ -1,4 +1,4 @@
-#include "bench/Unit.h"
+#include "bench/unit/Unit.h"
 #include "support/StoreLock.h"
 
 #include <csignal>

@@ -1,5 +1,5 @@
 #include "kernel/SystemEngine.h"
-#include "platform/System.h"
+#include "platform/base/System.h"
 
 #include <gtest/gtest.h>
 #include <iostream>

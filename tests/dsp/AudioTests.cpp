@@ -2,7 +2,7 @@
 #include "DspFixture.h"
 #include "dsp/akm/VolumeTable.h"
 #include "dsp/akm/ak773ChipManager.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
 #include "support/Golden.h"
 
 #include <atomic>

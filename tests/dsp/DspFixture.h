@@ -1,10 +1,10 @@
 #pragma once
 
+#include "doubles/LinesDouble.h"
+#include "doubles/SpiDouble.h"
 #include "dsp/DSPSettingHelperImpl.h"
 #include "dsp/akm/BootTable.h"
 #include "dsp/akm/ak7738Operator.h"
-#include "platform/doubles/LinesDouble.h"
-#include "platform/doubles/SpiDouble.h"
 #include "support/ScratchUnit.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemTimer.h"
-#include "platform/Threads.h"
+#include "platform/base/Threads.h"
 #include "support/Eventually.h"
 #include "support/KernelFixture.h"
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "ApplicationLayer/AppHandler.h"
+#include "ApplicationLayer/framework/AppHandler.h"
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
-#include "EngineLayer/ApplicationManager.h"
+#include "EngineLayer/schedule/ApplicationManager.h"
 #include "lowlayer/BytePool.h"
 #include "support/FakeAudio.h"
 #include "support/FakeDevices.h"

@@ -3,7 +3,7 @@
 #include "EngineApi/AutoTestSession.h"
 #include "EngineApi/Bars.h"
 #include "EngineApi/WiredRemote.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
 
 #include <array>
 #include <set>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
 
 #include <algorithm>
 #include <mutex>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Configuration.h"
-#include "platform/Logger.h"
-#include "platform/doubles/SerialPortDouble.h"
+#include "doubles/SerialPortDouble.h"
+#include "platform/base/Logger.h"
+#include "platform/config/Configuration.h"
 
 #include <gtest/gtest.h>
 #include <numeric>

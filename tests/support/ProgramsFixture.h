@@ -1,14 +1,14 @@
 #pragma once
 
 #include "EngineApi/Pages.h"
-#include "EngineLayer/RemoteSessionManager.h"
+#include "EngineLayer/channel/RemoteSessionManager.h"
 #include "Extend/ExeMonitor.h"
 #include "Extend/ViewManager.h"
+#include "doubles/IpcDouble.h"
+#include "doubles/ProcessDouble.h"
+#include "doubles/WindowDouble.h"
 #include "kernel/MessageIds.h"
-#include "platform/CommandLine.h"
-#include "platform/doubles/IpcDouble.h"
-#include "platform/doubles/ProcessDouble.h"
-#include "platform/doubles/WindowDouble.h"
+#include "platform/base/CommandLine.h"
 #include "support/Eventually.h"
 #include "support/KernelFixture.h"
 

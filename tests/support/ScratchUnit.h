@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Configuration.h"
-#include "platform/SetupStore.h"
-#include "platform/SysInfo.h"
+#include "platform/config/Configuration.h"
+#include "platform/settings/SetupStore.h"
+#include "platform/settings/SysInfo.h"
 
 #include <cstdlib>
 #include <sys/mman.h>

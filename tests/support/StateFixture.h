@@ -1,8 +1,8 @@
 #pragma once
 
 #include "EngineApi/SystemState.h"
-#include "EngineLayer/ApplicationManager.h"
-#include "EngineLayer/SystemStateManager.h"
+#include "EngineLayer/schedule/ApplicationManager.h"
+#include "EngineLayer/system/SystemStateManager.h"
 #include "support/FakePageHandler.h"
 #include "support/ProgramsFixture.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Configuration.h"
-#include "platform/linux/IpcSdBus.h"
+#include "platform/channel/linux/IpcSdBus.h"
+#include "platform/config/Configuration.h"
 #include "support/Eventually.h"
 
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/Pubhead.h"
-#include "platform/SetupStore.h"
+#include "platform/base/Pubhead.h"
+#include "platform/settings/SetupStore.h"
 
 namespace BenchProgram
 {

@@ -2,7 +2,7 @@
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/Pubhead.h"
+#include "platform/base/Pubhead.h"
 
 namespace BenchProgram
 {

@@ -1,7 +1,7 @@
 // The main menu: what the unit offers, to be chosen by a touch.
 #include "EngineApi/RemoteMessageIds.h"
-#include "bench/Names.h"
 #include "bench/program/profiles/Profiles.h"
+#include "bench/text/Names.h"
 
 #include <algorithm>
 #include <array>

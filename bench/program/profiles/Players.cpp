@@ -3,9 +3,9 @@
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/Configuration.h"
-#include "platform/Pubhead.h"
-#include "platform/SetupStore.h"
+#include "platform/base/Pubhead.h"
+#include "platform/config/Configuration.h"
+#include "platform/settings/SetupStore.h"
 
 namespace BenchProgram
 {

@@ -2,9 +2,9 @@
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/Pubhead.h"
-#include "platform/SetupStore.h"
-#include "platform/Utf8.h"
+#include "platform/base/Pubhead.h"
+#include "platform/base/Utf8.h"
+#include "platform/settings/SetupStore.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/SetupStore.h"
+#include "platform/settings/SetupStore.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 // The pages that change settings: setup, and the equaliser.
 #include "EngineApi/RemoteMessageIds.h"
-#include "bench/Settings.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/Pubhead.h"
-#include "platform/SetupStore.h"
+#include "bench/unit/Settings.h"
+#include "platform/base/Pubhead.h"
+#include "platform/settings/SetupStore.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // The iPod: on the cable or over Bluetooth, and the internet radio that it may bring along.
 #include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/profiles/Profiles.h"
-#include "platform/SysInfo.h"
+#include "platform/settings/SysInfo.h"
 
 namespace BenchProgram
 {

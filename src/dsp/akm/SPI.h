@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/SpiDevice.h"
+#include "platform/devices/SpiDevice.h"
 
 namespace Dsp
 {

@@ -3,7 +3,7 @@
 #include "dsp/DSPSettingHelper.h"
 #include "dsp/akm/VolumeTable.h"
 #include "dsp/akm/ak7738Operator.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // The filters and gains of the chip.
 #include "dsp/akm/ak7738Operator.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
 
 #include <algorithm>
 

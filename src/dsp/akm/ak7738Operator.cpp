@@ -2,9 +2,9 @@
 #include "dsp/akm/ak7738Operator.h"
 
 #include "dsp/akm/SPI.h"
-#include "platform/Configuration.h"
-#include "platform/Lines.h"
-#include "platform/Logger.h"
+#include "platform/base/Logger.h"
+#include "platform/config/Configuration.h"
+#include "platform/devices/Lines.h"
 
 #include <algorithm>
 #include <boost/crc.hpp>

@@ -1,0 +1,220 @@
+#include "bench/mcu/Tuner.h"
+
+#include "bench/console/Script.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <sstream>
+
+namespace Bench
+{
+
+namespace
+{
+
+constexpr int radioInfo = 15;
+constexpr int radioReport = 17;
+constexpr int testModeCommand = 24;
+
+/** First byte of EVENT_RADIO_INFO. */
+enum Request : int { seekDown = 1, stepDown = 2, seekUp = 3, stepUp = 4, setFrequency = 5, setRegion = 7 };
+/** First byte of EVENT_RADIO_INFO_REPORT. */
+enum Kind : std::uint8_t { kindFrequency = 1, kindStereo = 2, kindName = 3, kindText = 4, kindAlert = 5 };
+/** First byte of EVENT_RADIO_TESTMODE. */
+constexpr int testSet = 1;
+
+struct Limits
+{
+    int lowest, highest, step;
+};
+/** By region and band: 10 kHz on FM, kHz on AM, channels. */
+constexpr Limits limits[2][Tuner::bandCount] = {
+    { { 8750, 10790, 20 }, { 530, 1710, 10 }, { 1, 7, 1 } },
+    { { 8750, 10800, 5 }, { 522, 1620, 9 }, { 1, 7, 1 } },
+};
+
+struct Station
+{
+    Tuner::Band band;
+    int frequency;
+    const char* name;
+    const char* text;
+};
+constexpr Station stations[] = {
+    { Tuner::fm, 8850, "HARBOUR", "Harbour radio: tides and traffic" },
+    { Tuner::fm, 9470, "CLASSIC", "Evening concert from the old opera house" },
+    { Tuner::fm, 10110, "OCEAN FM", "Ocean FM - music for the sea" },
+    { Tuner::fm, 10470, "NIGHT", "" },
+    { Tuner::am, 630, "", "" },
+    { Tuner::am, 999, "", "" },
+    { Tuner::am, 1000, "", "" },
+    { Tuner::am, 1270, "", "" },
+    { Tuner::weather, 3, "", "" },
+    { Tuner::weather, 5, "", "" },
+};
+
+const Limits& limitsOf(int area, Tuner::Band band)
+{
+    return limits[area == 1 ? 1 : 0][band];
+}
+
+const Station* stationAt(Tuner::Band band, int frequency)
+{
+    const auto* found =
+        std::find_if(std::begin(stations), std::end(stations),
+                     [&](const auto& each) { return each.band == band && each.frequency == frequency; });
+    return found != std::end(stations) ? found : nullptr;
+}
+
+/** The kind, and the text with zeros behind it. */
+Bytes padded(Kind kind, const std::string& text, std::size_t size)
+{
+    Bytes data(size + 1, 0);
+    data[0] = kind;
+    std::copy_n(text.begin(), std::min(text.size(), size), data.begin() + 1);
+    return data;
+}
+
+} // namespace
+
+Tuner::Reports Tuner::hear(int command, const Bytes& data)
+{
+    if (command == testModeCommand)
+        return testMode(data);
+    if (command != radioInfo || data.empty())
+        return {};
+    switch (data[0])
+    {
+    case seekDown:
+    case seekUp:
+        return seek(data[0] == seekUp);
+    case stepDown:
+    case stepUp:
+        return step(data[0] == stepUp);
+    case setFrequency:
+        if (data.size() < 4 || data[1] >= bandCount)
+            return {};
+        return tune(static_cast<Band>(data[1]), data[2] << 8 | data[3]);
+    case setRegion:
+        if (data.size() < 2)
+            return {};
+        area = data[1] == 1 ? 1 : 0;
+        return tune(current, frequency());
+    default:
+        return {};
+    }
+}
+
+Tuner::Reports Tuner::testMode(const Bytes& data)
+{
+    if (data.size() >= 3 && data[0] == testSet && data[1] < bandCount)
+        sensitivity[data[1]] = data[2];
+    return { { testModeCommand, Bytes(sensitivity.begin(), sensitivity.end()) } };
+}
+
+void Tuner::arriveAt(int frequency)
+{
+    frequencies[static_cast<std::size_t>(current)] = frequency;
+    const auto* station = stationAt(current, frequency);
+    name = station != nullptr ? station->name : "";
+    radioText = station != nullptr ? station->text : "";
+}
+
+Tuner::Reports Tuner::tune(Band band, int frequency)
+{
+    current = band;
+    const auto& [lowest, highest, step] = limitsOf(area, band);
+    arriveAt(std::clamp(frequency, lowest, highest));
+    return reportAll();
+}
+
+Tuner::Reports Tuner::step(bool up)
+{
+    const auto& [lowest, highest, step] = limitsOf(area, current);
+    const int next = frequency() + (up ? step : -step);
+    arriveAt(next > highest ? lowest : next < lowest ? highest : next);
+    return reportAll();
+}
+
+Tuner::Reports Tuner::seek(bool up)
+{
+    // The next station in this direction; behind the end of the band it goes on at the other.
+    std::optional<int> next, first;
+    for (const auto& each : stations)
+    {
+        if (each.band != current)
+            continue;
+        const auto isNearer = [up](int candidate, std::optional<int> best)
+        { return !best || (up ? candidate < *best : candidate > *best); };
+        const bool isAhead = up ? each.frequency > frequency() : each.frequency < frequency();
+        if (isAhead && isNearer(each.frequency, next))
+            next = each.frequency;
+        if (isNearer(each.frequency, first))
+            first = each.frequency;
+    }
+    arriveAt(next ? *next : first ? *first : frequency());
+    return reportAll();
+}
+
+Tuner::Reports Tuner::say(const std::string& newName, const std::string& newText)
+{
+    name = newName;
+    radioText = newText;
+    return { { radioReport, padded(kindName, name, nameSize) },
+             { radioReport, padded(kindText, radioText, textSize) } };
+}
+
+Tuner::Reports Tuner::setWeatherAlert(bool on)
+{
+    alert = on;
+    return { { radioReport, { kindAlert, static_cast<std::uint8_t>(on ? 1 : 0) } } };
+}
+
+Tuner::Report Tuner::reportFrequency() const
+{
+    constexpr int byte = 8;
+    return { radioReport,
+             { kindFrequency, static_cast<std::uint8_t>(current), static_cast<std::uint8_t>(frequency() >> byte),
+               static_cast<std::uint8_t>(frequency()), static_cast<std::uint8_t>(area) } };
+}
+
+Tuner::Reports Tuner::reportAll() const
+{
+    Reports reports { reportFrequency() };
+    if (current != fm)
+        return reports;
+    const bool isStereo = stationAt(fm, frequency()) != nullptr;
+    reports.push_back({ radioReport, { kindStereo, static_cast<std::uint8_t>(isStereo ? 1 : 0) } });
+    reports.push_back({ radioReport, padded(kindName, name, nameSize) });
+    reports.push_back({ radioReport, padded(kindText, radioText, textSize) });
+    return reports;
+}
+
+std::string Tuner::text() const
+{
+    constexpr double perMegahertz = 100;
+    std::ostringstream out;
+    if (current == fm)
+        out << "FM " << std::fixed << std::setprecision(2) << frequency() / perMegahertz;
+    else
+        out << (current == am ? "AM " : "WX ") << frequency();
+    return out.str();
+}
+
+std::optional<std::pair<Tuner::Band, int>> Tuner::parseFrequency(const std::string& text)
+{
+    constexpr double perMegahertz = 100;
+    constexpr double highestMegahertz = 108;
+    std::istringstream in(text);
+    double value = 0;
+    if (!(in >> value) || !in.eof() || value <= 0)
+        return {};
+    if (value <= highestMegahertz && value >= 87)
+        return { { fm, static_cast<int>(std::lround(value * perMegahertz)) } };
+    if (value == std::floor(value) && value >= 520 && value <= 1710)
+        return { { am, static_cast<int>(value) } };
+    return {};
+}
+
+} // namespace Bench

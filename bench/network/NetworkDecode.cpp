@@ -1,0 +1,395 @@
+#include "bench/network/NetworkDecode.h"
+
+#include "platform/marine/Parcel.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Bench
+{
+
+namespace
+{
+
+using Platform::Parcel;
+
+constexpr int pgnSize = 3;
+constexpr int unknown = 0xFF;
+
+Parcel parcelOf(std::span<const std::uint8_t> bytes)
+{
+    Parcel parcel;
+    parcel.fillData(bytes.data(), static_cast<int>(bytes.size()));
+    return parcel;
+}
+
+/** What comes from the network may be anything; what the console shows is one line. */
+std::string printable(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::uint8_t blank = 0x20, del = 0x7F;
+    std::string text;
+    for (const auto byte : bytes)
+        text += byte < blank || byte == del ? '?' : static_cast<char>(byte);
+    return text;
+}
+
+std::string restAsBytes(Parcel& parcel)
+{
+    return hex(parcel.readData(parcel.bytesLeft()));
+}
+
+int signedByte(Parcel& parcel)
+{
+    return static_cast<std::int8_t>(parcel.readByte());
+}
+
+/** The number of a preset; the network has codes for them. */
+std::string presetText(std::optional<int> code)
+{
+    constexpr std::array codes { 0, 1, 4, 3, 10 };
+    if (!code)
+        return "no preset";
+    const auto found = std::ranges::find(codes, *code);
+    return found != codes.end() ? "preset " + std::to_string(found - codes.begin())
+                                : "preset code " + std::to_string(*code);
+}
+
+ZoneVolume readVolume(Parcel& parcel)
+{
+    constexpr int statusWithoutMute = 0xF3, muteBit = 2;
+    ZoneVolume volume { parcel.readByte(), parcel.readByte(), {} };
+    const auto status = parcel.readByte();
+    if ((status & ~(1 << muteBit)) == statusWithoutMute)
+        volume.muted = (status >> muteBit & 1) != 0;
+    else
+        parcel.readShort(); // the answer to a request for one zone: no step, and nothing
+    return volume;
+}
+
+std::string volumeText(const ZoneVolume& volume)
+{
+    return "zone " + std::to_string(volume.zone) + " volume " + std::to_string(volume.percent) + " %" +
+           (volume.muted.value_or(false) ? ", muted" : "");
+}
+
+ZoneTone readTone(Parcel& parcel)
+{
+    constexpr int wholeSize = 18;
+    const bool hasPreset = parcel.dataSize() != wholeSize - 1;
+    ZoneTone tone;
+    tone.zone = parcel.readByte();
+    tone.highestVolume = parcel.readByte();
+    for (auto& value : tone.values)
+        value = signedByte(parcel);
+    if (hasPreset)
+        tone.preset = parcel.readByte();
+    const bool highPassOn = parcel.readByte() != 0;
+    const auto frequency = parcel.readInt();
+    parcel.readInt(); // the low-pass, which the unit does not have
+    if (highPassOn)
+        tone.highPass = frequency;
+    return tone;
+}
+
+std::vector<std::pair<int, std::string>> readNames(Parcel& parcel)
+{
+    constexpr int lengthAndType = 2;
+    constexpr std::size_t sizeSaid = 6;
+    const auto first = parcel.readByte();
+    // Announced for no zone in particular, every name is said to be 6 long, whatever it is, and the 6 is that of its
+    // bytes alone: so long is the fixed name of zone 1, and the last one goes on to the end.
+    const bool lengthsAreFixed = parcel.readByte() == 0 && first == unknown;
+    const auto count = parcel.readByte();
+    std::vector<std::pair<int, std::string>> names;
+    for (int i = 0; i < count && !parcel.isCut(); ++i)
+    {
+        const auto zone = parcel.readByte();
+        const auto length = parcel.readByte();
+        parcel.readByte();
+        const auto size = !lengthsAreFixed ? std::max(0, length - lengthAndType)
+                          : i + 1 < count  ? static_cast<int>(sizeSaid)
+                                           : parcel.bytesLeft();
+        const auto bytes = parcel.readData(size);
+        names.emplace_back(zone, printable(bytes));
+    }
+    return names;
+}
+
+std::string namesText(const std::vector<std::pair<int, std::string>>& names)
+{
+    std::string text = "zones:";
+    const char* separator = " ";
+    for (const auto& [zone, name] : names)
+    {
+        text += separator + std::to_string(zone) + " '" + name + "'";
+        separator = ", ";
+    }
+    return text;
+}
+
+/** A field of a group function: how wide its value is, and what it means. */
+struct GroupField
+{
+    int number;
+    int width;
+    const char* name;
+};
+
+constexpr GroupField zonesFields[] = { { 1, 1, "first zone" } };
+constexpr GroupField volumeFields[] = { { 1, 1, "zone" },  { 2, 1, "volume" }, { 3, 1, "step" }, { 4, 1, "mute" },
+                                        { 5, 1, nullptr }, { 6, 1, nullptr },  { 7, 4, nullptr } };
+constexpr GroupField toneGroupFields[] = { { 1, 1, "zone" },       { 2, 1, "highest volume" }, { 3, 1, "fader" },
+                                           { 4, 1, "balance" },    { 5, 1, "subwoofer" },      { 6, 1, "treble" },
+                                           { 7, 1, "middle" },     { 8, 1, "bass" },           { 9, 1, "preset code" },
+                                           { 10, 1, "high-pass" }, { 11, 2, "high-pass Hz" },  { 12, 2, "low-pass Hz" },
+                                           { 13, 1, nullptr } };
+
+std::span<const GroupField> groupFieldsOf(int pgn)
+{
+    switch (pgn)
+    {
+    case Pgn::zones:
+        return zonesFields;
+    case Pgn::zoneVolume:
+        return volumeFields;
+    case Pgn::zoneConfiguration:
+    case Pgn::zoneParameters:
+        return toneGroupFields;
+    default:
+        return {};
+    }
+}
+
+std::string fieldText(int pgn, const GroupField& field, std::uint64_t value)
+{
+    if (field.name == nullptr)
+        return "field " + std::to_string(field.number) + " = " + std::to_string(value);
+    const std::string name = field.name;
+    if (pgn == Pgn::zoneVolume && name == "volume")
+        return name + " " + std::to_string(value) + " %";
+    if (pgn == Pgn::zoneVolume && name == "step" && value <= 1)
+        return name + (value == 0 ? " up" : " down");
+    if (std::ranges::find(toneFields, name, &ToneField::name) != toneFields.end())
+        return name + " " + std::to_string(static_cast<std::int8_t>(value));
+    return name + " " + std::to_string(value);
+}
+
+std::string fieldsText(Parcel& parcel, int pgn)
+{
+    const auto fields = groupFieldsOf(pgn);
+    const auto count = parcel.readByte();
+    std::string text;
+    for (int i = 0; i < count && !parcel.isCut(); ++i)
+    {
+        const auto number = parcel.readByte();
+        const auto field = std::ranges::find(fields, number, &GroupField::number);
+        text += text.empty() ? ": " : ", ";
+        // How wide its value is, is not known, nor where the next one begins.
+        if (field == fields.end())
+            return text + "field " + std::to_string(number) + " and " + restAsBytes(parcel);
+        text += fieldText(pgn, *field, parcel.readNumber(field->width));
+    }
+    return text;
+}
+
+std::string errorText(int error)
+{
+    switch (error)
+    {
+    case 1:
+        return "invalid";
+    case 3:
+        return "out of range";
+    case 4:
+        return "denied";
+    case 5:
+        return "not supported";
+    default:
+        return "error " + std::to_string(error);
+    }
+}
+
+std::string acknowledgementText(Parcel& parcel, int pgn)
+{
+    constexpr int nibble = 4, lowNibble = 0xF;
+    std::string faults;
+    const auto add = [&](const std::string& fault) { faults += (faults.empty() ? ": " : ", ") + fault; };
+    if (const auto errors = parcel.readByte(); errors != 0)
+        add("the message itself " + errorText((errors & lowNibble) != 0 ? errors & lowNibble : errors >> nibble));
+    const auto count = parcel.readByte();
+    int pair = 0;
+    for (int i = 0; i < count && !parcel.isCut(); ++i)
+    {
+        pair = i % 2 == 0 ? parcel.readByte() : pair >> nibble;
+        if (const auto error = pair & lowNibble; error != 0)
+            add("field " + std::to_string(i + 1) + " of " + std::to_string(count) + " " + errorText(error));
+    }
+    return (faults.empty() ? "acknowledged " : "refused ") + std::to_string(pgn) +
+           (faults.empty() ? ": all done" : faults);
+}
+
+std::string groupText(Parcel& parcel)
+{
+    constexpr int request = 0, command = 1, acknowledgement = 2, intervalAndOffset = 6;
+    const auto function = parcel.readByte();
+    const auto pgn = static_cast<int>(parcel.readNumber(pgnSize));
+    switch (function)
+    {
+    case request:
+        parcel.readData(intervalAndOffset);
+        return "asks for " + std::to_string(pgn) + fieldsText(parcel, pgn);
+    case command:
+        parcel.readByte();
+        return "commands " + std::to_string(pgn) + fieldsText(parcel, pgn);
+    case acknowledgement:
+        return acknowledgementText(parcel, pgn);
+    default:
+        return "group function " + std::to_string(function) + " for " + std::to_string(pgn) + ": " +
+               restAsBytes(parcel);
+    }
+}
+
+std::string plainText(const std::string& name, Parcel& parcel)
+{
+    const auto bytes = restAsBytes(parcel);
+    return name + (bytes.empty() ? "" : ": ") + bytes;
+}
+
+std::string proprietaryText(Parcel& parcel)
+{
+    constexpr std::array<std::uint8_t, 8> update { 0xC0, 0x9A, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF };
+    constexpr std::size_t numberAt = 2;
+    auto bytes = parcel.readData(parcel.bytesLeft());
+    const auto number = bytes.size() > numberAt ? std::exchange(bytes[numberAt], std::uint8_t {}) : std::uint8_t {};
+    if (std::ranges::equal(bytes, update))
+        return "starts an update, number " + std::to_string(number);
+    parcel.setReadPosition(0);
+    return plainText("PGN " + std::to_string(Pgn::proprietary), parcel);
+}
+
+/** Of a message that the display understands as far as its bytes go. */
+std::string contentText(int pgn, Parcel& parcel)
+{
+    switch (pgn)
+    {
+    case Pgn::isoRequest:
+        return "asks for " + std::to_string(parcel.readNumber(pgnSize));
+    case Pgn::groupFunction:
+        return groupText(parcel);
+    case Pgn::zones:
+        return namesText(readNames(parcel));
+    case Pgn::zoneVolume:
+        return volumeText(readVolume(parcel));
+    case Pgn::zoneConfiguration:
+        return "zone " + readTone(parcel).text("configuration");
+    case Pgn::zoneParameters:
+        return "zone " + readTone(parcel).text("parameters");
+    case Pgn::proprietary:
+        return proprietaryText(parcel);
+    default:
+        return plainText("PGN " + std::to_string(pgn), parcel);
+    }
+}
+
+std::string dataBlockText(std::span<const std::uint8_t> bytes)
+{
+    constexpr int update = 30, updateReply = 0x801E;
+    auto parcel = parcelOf(bytes);
+    const auto type = parcel.readShort();
+    if (parcel.isCut())
+        return "data block, cut short: " + hex(bytes);
+    if (type == update)
+        return "starts an update by data";
+    if (type != updateReply)
+        return plainText("data block " + std::to_string(type), parcel);
+    const bool started = parcel.readByte() != 0;
+    auto text = parcel.readData(parcel.bytesLeft());
+    if (!text.empty() && text.back() == 0)
+        text.pop_back();
+    return std::string("update ") + (started ? "started" : "refused") + ": " + printable(text);
+}
+
+std::string versionText(bool fromUnit, std::span<const std::uint8_t> bytes)
+{
+    constexpr int told = 4;
+    if (bytes.empty())
+        return "version, cut short";
+    const auto selector = std::to_string(bytes[0]);
+    return fromUnit || bytes[0] == told ? "version " + selector + ": " + printable(bytes.subspan(1))
+                                        : "asks for version " + selector;
+}
+
+/** Reads a whole message with one of the functions above. */
+template <typename Read>
+auto wholly(const NetworkMessage& message, Read read) -> std::optional<decltype(read(std::declval<Parcel&>()))>
+{
+    auto parcel = parcelOf(message.data);
+    auto value = read(parcel);
+    return parcel.isCut() ? std::nullopt : std::optional(std::move(value));
+}
+
+} // namespace
+
+std::string ZoneTone::text(const char* kind) const
+{
+    auto text = std::to_string(zone) + " " + kind + ":";
+    for (std::size_t i = 0; i < values.size(); ++i)
+        text += std::string(" ") + toneFields[i].name + " " + std::to_string(values[i]) + ",";
+    text += " " + presetText(preset) + ", high-pass " + (highPass ? std::to_string(*highPass) + " Hz" : "off");
+    constexpr int usual = 100;
+    return highestVolume == usual ? text : text + ", highest volume " + std::to_string(highestVolume) + " %";
+}
+
+std::optional<ZoneVolume> zoneVolumeOf(const NetworkMessage& message)
+{
+    return message.pgn == Pgn::zoneVolume ? wholly(message, readVolume) : std::nullopt;
+}
+
+std::optional<ZoneTone> zoneToneOf(const NetworkMessage& message)
+{
+    const bool isTone = message.pgn == Pgn::zoneConfiguration || message.pgn == Pgn::zoneParameters;
+    return isTone ? wholly(message, readTone) : std::nullopt;
+}
+
+std::optional<std::vector<std::pair<int, std::string>>> zoneNamesOf(const NetworkMessage& message)
+{
+    return message.pgn == Pgn::zones ? wholly(message, readNames) : std::nullopt;
+}
+
+bool isAcknowledgement(const NetworkMessage& message)
+{
+    constexpr std::uint8_t acknowledgement = 2;
+    return message.pgn == Pgn::groupFunction && !message.data.empty() && message.data[0] == acknowledgement;
+}
+
+std::string networkText(const NetworkMessage& message)
+{
+    auto parcel = parcelOf(message.data);
+    const auto text = contentText(message.pgn, parcel);
+    if (parcel.isCut())
+        return "PGN " + std::to_string(message.pgn) + ", cut short: " + hex(message.data);
+    return text + (parcel.bytesLeft() > 0 ? ", and " + std::to_string(parcel.bytesLeft()) + " bytes more" : "");
+}
+
+std::string networkText(const Mcu::NetworkFrame& frame)
+{
+    switch (frame.command)
+    {
+    case Mcu::pgnParcel:
+    {
+        const auto message = frame.fromUnit ? messageFromUnit(frame.data) : messageToUnit(frame.data);
+        return message ? networkText(*message) : "parcel, cut short: " + hex(frame.data);
+    }
+    case Mcu::dataBlock:
+        return dataBlockText(frame.data);
+    case Mcu::version:
+        return versionText(frame.fromUnit, frame.data);
+    case Mcu::mediaInfo:
+        return "media information: " + hex(frame.data);
+    default:
+        return "device id '" + printable(std::span(frame.data).subspan(std::min<std::size_t>(frame.data.size(), 1))) +
+               "'";
+    }
+}
+
+} // namespace Bench

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "bench/unit/Child.h"
+#include "bench/unit/Journal.h"
+
+namespace Bench
+{
+
+/** The engine's process. Journal stream "engine": "started", then "exit 0" or "signal 9". Any thread. */
+class Engine
+{
+public:
+    explicit Engine(Journal& journalToUse);
+
+    struct Options
+    {
+        std::string program;
+        std::string configuration;
+        std::map<std::string, std::string> environment;
+        std::string outputFile; ///< standard output and error
+    };
+    /** Empty on success, else what failed. */
+    std::string start(const Options& options);
+    /** Asks it to quit (SIGTERM), kills it after `limit`; returns when it has ended. */
+    void stop(std::chrono::milliseconds limit = std::chrono::seconds(20));
+    void kill();
+    /** Kills the programs of the engines that have ended; they go on by themselves. The engine must not run. */
+    void endPrograms() { child.endOrphans(); }
+    bool isRunning() const { return child.isRunning(); }
+    int pid() const { return child.pid(); }
+
+private:
+    Journal& journal;
+    Child child;
+};
+
+} // namespace Bench

@@ -1,0 +1,337 @@
+#include "bench/unit/Programs.h"
+
+#include "EngineApi/RemoteMessageIds.h"
+#include "bench/console/Script.h"
+#include "bench/text/Names.h"
+
+#include <csignal>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace Bench
+{
+
+using nlohmann::json;
+using namespace EngineApi;
+using namespace Pubhead;
+
+namespace
+{
+
+constexpr std::chrono::seconds endLimit { 10 };
+/** Sub-code of RMSG_APP_EVENT: a page was chosen in the menu. */
+constexpr int menuPageChosen = 5;
+
+std::string programStream(int appType)
+{
+    return std::string("program ") + appTypeName(appType);
+}
+
+} // namespace
+
+Programs::Programs(Journal& journalToUse)
+    : journal(journalToUse)
+    , front(NUM_OF_PAGES)
+{
+}
+
+std::string Programs::start(const std::string& socketPath)
+{
+    return server.listen(socketPath,
+                         { [this](int connection, int pid)
+                           {
+                               const std::scoped_lock guard(lock);
+                               pidOfConnection[connection] = pid;
+                           },
+                           [this](int connection, PacketServer::Packet packet) { onPacket(connection, packet); },
+                           [this](int connection) { onClosed(connection); } });
+}
+
+void Programs::stop()
+{
+    const auto left = running();
+    const auto from = journal.end();
+    for (const auto& [appType, program] : left)
+        exit(appType);
+    const auto deadline = Clock::now() + endLimit;
+    for (const auto& [appType, program] : left)
+        // The process number comes from the socket, and the connection is still there, so it is that very process.
+        if (!journal.waitFor(from, deadline, isEvent(programStream(appType), "gone")) && running().contains(appType))
+            ::kill(program.pid, SIGKILL);
+    server.close();
+}
+
+std::map<int, Programs::Program> Programs::running() const
+{
+    const std::scoped_lock guard(lock);
+    return programs;
+}
+
+int Programs::pageInFront() const
+{
+    const std::scoped_lock guard(lock);
+    return front;
+}
+
+void Programs::onPacket(int connection, PacketServer::Packet packet)
+{
+    const auto message = json::parse(packet.begin(), packet.end(), nullptr, false);
+    if (!message.is_object() || !message.contains("event") || !message["event"].is_string())
+    {
+        journal.add("program ?", "sent a packet that is no event");
+        return;
+    }
+    const auto number = [&](const char* key)
+    { return message.contains(key) && message[key].is_number_integer() ? message[key].get<int>() : 0; };
+    const auto text = [&](const char* key)
+    { return message.contains(key) && message[key].is_string() ? message[key].get<std::string>() : std::string(); };
+    const auto event = text("event");
+    const auto at = message.contains("at") && message["at"].is_number_integer()
+                        ? Clock::time_point(std::chrono::nanoseconds(message["at"].get<std::int64_t>()))
+                        : Clock::now();
+
+    const std::scoped_lock guard(lock);
+    if (event == "hello")
+    {
+        onHello(connection, number("app"), text("commandLine"), at);
+        return;
+    }
+    const auto appType = appOfConnection(connection);
+    if (appType == AppUnknown)
+        return;
+    if (event == "connected")
+    {
+        programs[appType].connected = true;
+        journal.add(programStream(appType), event, at);
+    }
+    else if (event == "heartbeat")
+        ++programs[appType].heartbeats;
+    else if (event == "shown" || event == "hidden" || event == "covered" || event == "confirmed")
+        onPage(number("page"), event, at);
+    else
+    {
+        if (event == "command-line")
+            onCommandLine(appType, text("detail"));
+        journal.add(programStream(appType), event + (message.contains("detail") ? " " + text("detail") : ""), at);
+    }
+}
+
+void Programs::onHello(int connection, int appType, const std::string& commandLine, Clock::time_point at)
+{
+    if (pageOfApp(appType) == nullptr)
+        return;
+    programs[appType] = { connection, pidOfConnection[connection], false, {}, 0, NUM_OF_PAGES };
+    journal.add(programStream(appType), "running", at);
+    if (!commandLine.empty())
+        journal.add(programStream(appType), "started with " + commandLine, at);
+}
+
+void Programs::onClosed(int connection)
+{
+    const std::scoped_lock guard(lock);
+    pidOfConnection.erase(connection);
+    const auto appType = appOfConnection(connection);
+    if (appType == AppUnknown)
+        return;
+    programs.erase(appType);
+    std::erase_if(shown, [&](int page) { return pageInfo(page)->appType == appType; });
+    journal.add(programStream(appType), "gone");
+    if (const auto* info = pageInfo(front); info != nullptr && info->appType == appType)
+        setFront(NUM_OF_PAGES, Clock::now());
+}
+
+void Programs::onPage(int page, const std::string& change, Clock::time_point at)
+{
+    journal.add(std::string("page ") + pageName(page), change, at);
+    if (change == "shown")
+    {
+        std::erase(shown, page);
+        shown.insert(shown.begin(), page);
+    }
+    if (change == "shown")
+        setFront(page, at);
+    else if (change != "confirmed" && page == front)
+        setFront(NUM_OF_PAGES, at);
+}
+
+void Programs::onCommandLine(int appType, const std::string& text)
+{
+    std::istringstream words(text);
+    std::string what, page;
+    words >> what >> page;
+    const auto named = findPage(page);
+    auto& source = programs[appType].source;
+    if (what == "sourceEnter")
+        source = named;
+    else if (what == "sourceExit" && source == named)
+        source = NUM_OF_PAGES;
+    // A page that hides comes back when it is in front of its own source; any other has been left.
+    if (what == "sourceExit" || (what == "pageHide" && source != named))
+        std::erase(shown, named);
+}
+
+std::vector<int> Programs::pageStack() const
+{
+    const std::scoped_lock guard(lock);
+    return shown;
+}
+
+void Programs::setFront(int page, Clock::time_point at)
+{
+    if (front == page)
+        return;
+    front = page;
+    journal.add("front", page == NUM_OF_PAGES ? "none" : pageName(page), at);
+}
+
+int Programs::appOfConnection(int connection) const
+{
+    for (const auto& [appType, program] : programs)
+        if (program.connection == connection)
+            return appType;
+    return AppUnknown;
+}
+
+bool Programs::order(int appType, const json& what, const std::string* fault)
+{
+    int connection = 0;
+    {
+        const std::scoped_lock guard(lock);
+        const auto found = programs.find(appType);
+        if (found == programs.end())
+            return false;
+        if (fault != nullptr)
+            found->second.fault = *fault;
+        connection = found->second.connection;
+    }
+    const auto text = what.dump();
+    return server.send(connection, { reinterpret_cast<const std::uint8_t*>(text.data()), text.size() });
+}
+
+bool Programs::setSilent(int appType, bool silent)
+{
+    const std::string fault = silent ? "silent" : "";
+    return order(appType, { { "order", "silent" }, { "on", silent } }, &fault);
+}
+
+bool Programs::setSlow(int appType, std::chrono::milliseconds delay)
+{
+    const auto fault = delay.count() > 0 ? "slow " + std::to_string(delay.count()) + " ms" : std::string();
+    return order(appType, { { "order", "slow" }, { "ms", delay.count() } }, &fault);
+}
+
+bool Programs::crash(int appType)
+{
+    return order(appType, { { "order", "crash" } });
+}
+
+bool Programs::hang(int appType)
+{
+    const std::string fault = "hung";
+    return order(appType, { { "order", "hang" } }, &fault);
+}
+
+bool Programs::wakeUp(int appType)
+{
+    const std::scoped_lock guard(lock);
+    const auto found = programs.find(appType);
+    if (found == programs.end() || found->second.pid <= 0)
+        return false;
+    found->second.fault.clear();
+    return ::kill(found->second.pid, SIGCONT) == 0;
+}
+
+bool Programs::exit(int appType)
+{
+    return order(appType, { { "order", "exit" } });
+}
+
+bool Programs::sendMessage(int appType, int what, int arg1, int arg2)
+{
+    return order(appType, { { "order", "send" }, { "what", what }, { "arg1", arg1 }, { "arg2", arg2 } });
+}
+
+bool Programs::changeSetting(int appType, int setting, const std::string& value)
+{
+    json what { { "order", "set" }, { "setting", setting }, { "value", value } };
+    if (const auto number = parseNumber(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()))
+        what["value"] = *number;
+    return order(appType, what);
+}
+
+std::string Programs::changeSetting(int setting, const std::string& value)
+{
+    const auto carrier = carrierFor(AppSetup);
+    return changeSetting(carrier, setting, value) ? "" : "no program is connected that could change it";
+}
+
+std::string Programs::tell(int appType, const std::string& words)
+{
+    constexpr std::chrono::seconds answerLimit { 60 };
+    const std::string name = appTypeName(appType);
+    const std::string refused = "refused ";
+    const auto from = journal.end();
+    if (!order(appType, { { "order", "do" }, { "words", words } }))
+        return name + " does not run";
+    const auto answer = journal.waitFor(from, Clock::now() + answerLimit,
+                                        [&](const Event& event)
+                                        {
+                                            return event.stream == programStream(appType) &&
+                                                   (event.text == "did " + words || event.text.starts_with(refused));
+                                        });
+    if (!answer)
+        return name + " does not answer";
+    return answer->text.starts_with(refused) ? name + ": " + answer->text.substr(refused.size()) : "";
+}
+
+bool Programs::showOnRemote(int appType, const std::string& line1, const std::string& line2)
+{
+    return order(appType, { { "order", "text" }, { "line1", line1 }, { "line2", line2 } });
+}
+
+bool Programs::sendWindowMessage(int appType, int message, int wParam, int lParam)
+{
+    return order(appType, { { "order", "window" }, { "what", message }, { "arg1", wParam }, { "arg2", lParam } });
+}
+
+int Programs::carrierFor(int appType) const
+{
+    const std::scoped_lock guard(lock);
+    const auto isConnected = [this](int type)
+    {
+        const auto found = programs.find(type);
+        return found != programs.end() && found->second.connected;
+    };
+    if (isConnected(appType))
+        return appType;
+    if (const auto* info = pageInfo(front); info != nullptr && isConnected(info->appType))
+        return info->appType;
+    for (const auto& [type, program] : programs)
+        if (program.connected)
+            return type;
+    return AppUnknown;
+}
+
+std::string Programs::requestPage(int page)
+{
+    const auto* info = pageInfo(page);
+    const auto carrier = info != nullptr ? carrierFor(info->appType) : static_cast<int>(AppUnknown);
+    if (carrier == AppUnknown)
+        return "no program is connected that could ask for the page";
+    const bool sent = page == mbEQ ? sendMessage(carrier, RMSG_EQ_PAGE_SHOW, 0, 0)
+                                   : sendMessage(carrier, RMSG_APP_EVENT, menuPageChosen, page);
+    return sent ? "" : std::string(appTypeName(carrier)) + " does not take the order";
+}
+
+std::string Programs::stopPage(int page)
+{
+    const auto* info = pageInfo(page);
+    const auto appType = info != nullptr ? info->appType : static_cast<int>(AppUnknown);
+    const auto carrier = page == mbEQ ? carrierFor(appType) : appType;
+    const bool sent =
+        page == mbEQ ? sendMessage(carrier, RMSG_EQ_PAGE_HIDE, 0, 0) : sendMessage(carrier, RMSG_SOURCE_STOP, 0, 0);
+    return sent ? "" : std::string(appTypeName(appType)) + " does not run";
+}
+
+} // namespace Bench

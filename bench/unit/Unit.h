@@ -1,0 +1,106 @@
+#pragma once
+
+#include "bench/buses/GpioLines.h"
+#include "bench/buses/VideoDecoder.h"
+#include "bench/dsp/Dsp.h"
+#include "bench/mcu/Mcu.h"
+#include "bench/mcu/TestEquipment.h"
+#include "bench/network/NetworkDisplay.h"
+#include "bench/network/NetworkLog.h"
+#include "bench/remote/WiredRemote.h"
+#include "bench/unit/Bus.h"
+#include "bench/unit/Engine.h"
+#include "bench/unit/LogFollower.h"
+#include "bench/unit/Programs.h"
+#include "bench/unit/VirtualDisplay.h"
+
+namespace Bench
+{
+
+/**
+    The whole unit on the bench: every device, the bus, the engine and its programs, all inside one fresh folder that
+   goes away with it. Used from one thread; the devices themselves from any.
+*/
+class Unit
+{
+public:
+    /** Where programs and bars draw. */
+    enum class Display {
+        ofEnvironment, ///< where DISPLAY says, else nowhere
+        own,           ///< on one that nobody looks at
+        none
+    };
+    struct Options
+    {
+        std::string engine;  ///< the engine's program
+        std::string program; ///< the program that stands for every source program
+        std::string logLibrary;
+        std::string resources;
+        bool keepFolder = false;
+        Display display = Display::ofEnvironment;
+        /** Everything beside the running program: its folder, ../lib and ../resources. */
+        static Options besideThisProgram();
+    };
+
+    explicit Unit(Options optionsToUse);
+    ~Unit(); ///< ends everything
+
+    /** Makes the folder and starts the devices and the bus. Empty on success, else what failed. */
+    std::string start();
+    /** Starts the engine as after switching the unit on. */
+    std::string startEngine();
+    void stop();
+
+    const std::string& folder() const { return path; }
+    std::string logFile() const { return path + "/engine.log"; }
+    const std::string& resources() const { return options.resources; }
+
+    /** USB storage 1 to 8: the mount point is there or not. False outside. */
+    bool plugUsb(int number);
+    bool unplugUsb(int number);
+    bool isUsbPlugged(int number) const;
+    /** Puts an update program on a plugged storage, or one that cannot be started. What it says is in the journal's
+     * stream "update": "started ARGUMENTS", and "the unit is down" when the engine that started it has ended. */
+    bool putUpdate(int number, bool canStart);
+    /** The engine's traffic dumps; holds from its next start on. */
+    void setSystemDebug(bool on) { systemDebug = on; }
+    bool isSystemDebug() const { return systemDebug; }
+    /** Where programs and bars draw, as DISPLAY says it; "" when they do not. */
+    const std::string& display() const { return displayName; }
+
+    static constexpr int usbCount = 8;
+
+private:
+    Options options;
+    std::string path;
+    std::string displayName;
+    bool systemDebug = false;
+
+public:
+    Journal journal;
+    Mcu mcu { journal };
+    TestEquipment testEquipment { journal, mcu };
+    NetworkDisplay networkDisplay { journal, mcu };
+    NetworkLog networkLog { journal, mcu };
+    WiredRemote remote { journal };
+    VideoDecoder videoDecoder { journal };
+    GpioLines gpio { journal };
+    Dsp dsp { journal };
+    VirtualDisplay virtualDisplay; // programs and engine end with it
+    Bus bus { journal };
+    Programs programs { journal };
+    LogFollower log { journal };
+    LogFollower updateLog { journal, "update" };
+    Engine engine { journal };
+
+private:
+    std::string makeFolder();
+    std::string findDisplay();
+    std::string linkPrograms() const;
+    std::string writeConfiguration() const;
+    std::string mountPoint(int number) const;
+    std::string sysInfoName() const;
+    std::string remotePath() const;
+};
+
+} // namespace Bench

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "bench/unit/Child.h"
+
+namespace Bench
+{
+
+/** A display of the unit's own, which nobody looks at and nobody else draws on. */
+class VirtualDisplay
+{
+public:
+    /** Starts it; ready when it returns. Its server's output goes to a file in the folder. Empty on success, else what
+     * failed. */
+    std::string start(const std::string& folder);
+    void stop();
+    /** What DISPLAY is for those that draw there; "" when it does not run. */
+    const std::string& name() const { return displayName; }
+
+private:
+    Child server;
+    std::string displayName;
+};
+
+} // namespace Bench

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "EngineApi/PageHandler.h"
+#include "kernel/SystemTimer.h"
+#include "platform/channel/Ipc.h"
+
+#include <atomic>
+
+namespace ApplicationLayer
+{
+
+class ApplicationTask;
+
+/**
+    One page inside its application: carries out the scheduler's orders, passes keys and notices on to the page's
+   program, takes the program's messages, and asks the scheduler for what the page wants. The virtual operations run on
+   the application's thread, except where EngineApi::PageHandler says otherwise.
+*/
+class AppHandler : public EngineApi::PageHandler
+{
+public:
+    using Ptr = juce::ReferenceCountedObjectPtr<AppHandler>;
+
+    /** The configuration is the page's row in the catalogue. */
+    explicit AppHandler(int page);
+    ~AppHandler() override;
+
+    bool isResident() const override { return false; }
+    void notifyPage() override;
+    virtual void handleMessage(const Kernel::SystemMessage& message);
+    virtual void onPageNotify();
+    virtual void onValue(juce::int32 arg1);
+    virtual void onKey(juce::int32 arg1, juce::int32 arg2);
+    virtual void onAttach() {}
+    virtual void onDetach() {}
+    virtual void onAppConnected() {}
+    virtual void onAppDisconnected() {}
+    /** One of the handler's timers, which run once, has expired. */
+    virtual void onTimer(int timerId);
+    void adjustScheduleInfo(EngineLayer::ScheduleInfo&) override {}
+    /** Before an order's command line is sent: the handler may attach data to it. */
+    virtual void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
+                                     const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine);
+
+    const EngineLayer::PageScheduleConfig& getConfig() const override { return config; }
+    EngineApi::PageRunState getRunState() const override;
+    bool isAvailable() const override { return available; }
+    juce::String getBackProgramPath() const override { return backProgram.path; }
+    void requestState(EngineLayer::AppAction action, bool autoSwitch) override;
+    void requestShow(bool autoSwitch) override;
+
+    /** A page with a handler is always available: the value does not count. */
+    void setAvailable(bool) { available = true; }
+    /** The last action that this page requested. Any thread. */
+    EngineLayer::AppAction getLastAction() const { return lastAction; }
+
+    /** Times are in milliseconds; starting one again begins anew. Any thread. */
+    Kernel::SystemTimer& getTimers() { return timers; }
+
+    /** Entry point of the application's messages for this page. */
+    void handle(const Kernel::SystemMessage& message);
+    void setOwner(ApplicationTask* application) { owner = application; }
+
+protected:
+    /** Comes back to this handler on the application's thread. Any thread. */
+    void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2) const;
+    ApplicationTask* getOwner() const { return owner; }
+    /** The message that is being handled, for handlers that pass it on; null outside of `handle`. */
+    const Kernel::SystemMessage* getCurrentMessage() const { return currentMessage; }
+
+private:
+    struct Program
+    {
+        juce::String path; ///< "" for none
+        juce::String name;
+    };
+
+    // SwitchOrders.cpp
+    void carryOut(const EngineLayer::AppStateSwitch& order);
+    void enter(const EngineLayer::AppStateSwitch& order);
+    /** True when the view manager reports the order, once the program has confirmed it. */
+    bool change(const EngineLayer::AppStateSwitch& order, const EngineLayer::PageStates& current);
+    bool hideWhenInFront(const Platform::AppCommandLine& commandLine, const EngineLayer::PageStates& current);
+    void sendCommandLine(const Platform::AppCommandLine& commandLine);
+    void setRunState(int reportedStep, const EngineLayer::PageStates& states);
+    void report() const;
+
+    // RemoteProcessing.cpp
+    void processRemote(const Kernel::SystemMessage& message);
+    void storeSetting(const Platform::RemoteMessage& remote);
+    void refuseSetting(int index, const char* why);
+    void passToOwner(const Kernel::SystemMessage& message);
+
+    const EngineLayer::PageScheduleConfig config;
+    Kernel::SystemTimer timers { config.ownerId, config.page };
+    const Program appProgram;  ///< shows the page
+    const Program backProgram; ///< runs while the page runs without being on top; most pages have none
+
+    std::uint64_t refusedSettings = 0;
+
+    mutable juce::CriticalSection runStateLock;
+    EngineApi::PageRunState runState;
+    std::atomic<bool> available { true };
+    std::atomic<EngineLayer::AppAction> lastAction { EngineLayer::AppAction::None };
+
+    ApplicationTask* owner = nullptr;
+    const Kernel::SystemMessage* currentMessage = nullptr;
+};
+
+} // namespace ApplicationLayer

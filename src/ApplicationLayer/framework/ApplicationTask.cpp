@@ -1,0 +1,73 @@
+#include "ApplicationLayer/framework/ApplicationTask.h"
+
+#include "EngineApi/Pages.h"
+
+#include <algorithm>
+
+namespace ApplicationLayer
+{
+
+ApplicationTask::ApplicationTask(std::vector<AppHandler::Ptr> pageHandlers)
+    : ownHandlers(std::move(pageHandlers))
+{
+}
+
+ApplicationTask::~ApplicationTask()
+{
+    // Handlers may outlive their application in other hands.
+    for (const auto& handler : handlerList)
+        handler->setOwner(nullptr);
+}
+
+void ApplicationTask::initialize()
+{
+    for (const auto& handler : ownHandlers)
+        addHandler(handler);
+}
+
+void ApplicationTask::onRelease()
+{
+    for (const auto& handler : ownHandlers)
+        removeHandler(handler);
+}
+
+void ApplicationTask::dispatchMessage(const Kernel::SystemMessage& message)
+{
+    if (message.handlerIndex < 0 || message.handlerIndex > Pubhead::NUM_OF_PAGES)
+        handleOwnMessage(message);
+    else if (const auto handler = findHandler(message.handlerIndex))
+        handler->handle(message);
+}
+
+void ApplicationTask::handleOwnMessage(const Kernel::SystemMessage&) {}
+
+void ApplicationTask::addHandler(const AppHandler::Ptr& handler)
+{
+    if (!handlers.emplace(handler->getPage(), handler).second)
+        return;
+    handlerList.push_back(handler);
+    handler->setOwner(this);
+    EngineApi::registerHandler(handler.get());
+    handler->onAttach();
+}
+
+void ApplicationTask::removeHandler(const AppHandler::Ptr& handler)
+{
+    const auto found = std::find(handlerList.begin(), handlerList.end(), handler);
+    if (found == handlerList.end())
+        return;
+    const AppHandler::Ptr removed = *found;
+    handlerList.erase(found);
+    handlers.erase(removed->getPage());
+    removed->onDetach();
+    EngineApi::unregisterHandler(removed.get());
+    removed->setOwner(nullptr);
+}
+
+AppHandler::Ptr ApplicationTask::findHandler(int page) const
+{
+    const auto found = handlers.find(page);
+    return found == handlers.end() ? nullptr : found->second;
+}
+
+} // namespace ApplicationLayer

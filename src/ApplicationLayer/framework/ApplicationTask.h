@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ApplicationLayer/framework/AppHandler.h"
+#include "kernel/SystemTask.h"
+
+#include <map>
+#include <vector>
+
+namespace ApplicationLayer
+{
+
+/**
+    The engine's counterpart of a family of source programs: it holds one handler per page and hands each the messages
+    for its page. Runs on its group's thread; handlers are added and removed on the message thread while no group runs.
+*/
+class ApplicationTask : public Kernel::ComponentTask
+{
+public:
+    /** `initialize` adds the handlers in this order. */
+    explicit ApplicationTask(std::vector<AppHandler::Ptr> ownHandlers);
+    ~ApplicationTask() override;
+
+    void dispatchMessage(const Kernel::SystemMessage& message) override;
+    /** An application that listens to others registers here, and calls this first. */
+    void initialize() override;
+    void onStop() override {}
+    /** The counterpart: removes the handlers. */
+    void onRelease() override;
+    void handleMessage(juce::int32, juce::int32, juce::int32, const Kernel::Payload&) override {}
+    /** Messages that are for no page, and those of its pages' programs that are not common to all applications. */
+    virtual void handleOwnMessage(const Kernel::SystemMessage& message);
+
+    /** Nothing happens when the page has a handler already. */
+    void addHandler(const AppHandler::Ptr& handler);
+    void removeHandler(const AppHandler::Ptr& handler);
+    /** Null for a page without a handler. */
+    AppHandler::Ptr findHandler(int page) const;
+
+    const std::vector<AppHandler::Ptr>& getHandlers() const { return handlerList; }
+
+private:
+    const std::vector<AppHandler::Ptr> ownHandlers;
+    std::map<int, AppHandler::Ptr> handlers;
+    std::vector<AppHandler::Ptr> handlerList; ///< in the order in which they were added
+};
+
+} // namespace ApplicationLayer

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/base/CommandLine.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace ApplicationLayer
+{
+
+/** What the radio program is told of the tuner: the key of a message body. */
+enum RadioBodyKey : juce::int32 {
+    radioFrequency = 0, ///< of the reported band, as the tuner counts it
+    radioBand = 2,
+    radioProgrammeName = 5,  ///< 8 bytes
+    radioTextKey = 6,        ///< 64 bytes
+    radioStereo = 20,        ///< while the program tests the sensitivity
+    radioArea = 33,          ///< the tuner's region
+    radioSensitivityKey = 34 ///< of the current band, while the program tests it
+};
+
+/** The values that wait for the radio program, which gets them in one batch. The application's thread. */
+class RadioBodies
+{
+public:
+    /** More are outdated for the next value, which discards them all; there are as many only without a program. */
+    static constexpr std::size_t outdated = 50;
+    /** Of more, texts among them, the oldest is discarded. */
+    static constexpr std::size_t capacity = 100;
+
+    void addValue(RadioBodyKey key, juce::int32 value);
+    void addData(RadioBodyKey key, std::span<const std::uint8_t> bytes);
+    /** Sends all as one RMSG_RADIO_NOTIFY, if there are any; without a program they wait on. */
+    void flush();
+
+    /** Bodies that no program has seen. */
+    int getDiscarded() const { return discarded; }
+
+private:
+    using MessageBody = Platform::RemoteObjFormat::MessageBody;
+
+    void add(MessageBody body);
+    void discard(std::size_t oldest);
+
+    std::vector<MessageBody> waiting;
+    int discarded = 0;
+};
+
+} // namespace ApplicationLayer

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "ApplicationLayer/framework/FavouriteHandler.h"
+#include "ApplicationLayer/radio/RadioReports.h"
+
+namespace ApplicationLayer
+{
+
+/** The page of one band: whichever is ordered last has the tuner. */
+class RadioHandler : public FavouriteHandler
+{
+public:
+    /** The state is the application's, which hands out the orders: it outlives every one of them. */
+    RadioHandler(int page, RadioBand pageBand, TunerState& tunerState)
+        : FavouriteHandler(page)
+        , band(pageBand)
+        , tuner(tunerState)
+    {
+    }
+
+    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
+                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override
+    {
+        tuner.band = band;
+        FavouriteHandler::decorateCommandLine(switchType, currentStates, newStates, commandLine);
+    }
+
+private:
+    const RadioBand band;
+    TunerState& tuner;
+};
+
+class AMHandler : public RadioHandler
+{
+public:
+    explicit AMHandler(TunerState& tunerState)
+        : RadioHandler(Pubhead::mbAM, bandAM, tunerState)
+    {
+    }
+};
+
+class FMHandler : public RadioHandler
+{
+public:
+    explicit FMHandler(TunerState& tunerState)
+        : RadioHandler(Pubhead::mbFM, bandFM, tunerState)
+    {
+    }
+};
+
+class WBHandler : public RadioHandler
+{
+public:
+    explicit WBHandler(TunerState& tunerState)
+        : RadioHandler(Pubhead::mbWB, bandWB, tunerState)
+    {
+    }
+};
+
+} // namespace ApplicationLayer

@@ -1,0 +1,135 @@
+#include "EngineLayer/autotest/CATestSessionManager.h"
+
+#include "EngineApi/HostLink.h"
+#include "platform/base/Logger.h"
+#include "platform/base/Threads.h"
+
+#include <algorithm>
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+constexpr const char* logFile = "EngineLayer/ATestSessionManger";
+constexpr const char* logTag = "ATestSession";
+
+Platform::Logger& logger()
+{
+    return *Platform::Logger::getInstance();
+}
+
+} // namespace
+
+CATestSessionManager::CATestSessionManager()
+    : juce::Thread("ATestSession")
+{
+}
+
+CATestSessionManager::~CATestSessionManager()
+{
+    stop();
+}
+
+void CATestSessionManager::start()
+{
+    const juce::ScopedLock guard(lock);
+    if (isThreadRunning())
+        return;
+    readyToSend = true;
+    if (!startThread())
+        logger().logError(logFile, __LINE__, logTag, "the thread does not start");
+}
+
+void CATestSessionManager::stop()
+{
+    signalThreadShouldExit();
+    notify();
+    if (!Platform::awaitEnd(*this))
+        logger().logError(logFile, __LINE__, logTag, "the thread does not stop");
+}
+
+void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
+{
+    if (message.isEmpty())
+        return;
+    constexpr auto longest = static_cast<std::size_t>(AutoTestFrame::longestMessage);
+    if (message.getSize() > longest)
+        logger().logError(logFile, __LINE__, logTag, "a message of %d bytes is cut, a frame carries %d",
+                          static_cast<int>(message.getSize()), AutoTestFrame::longestMessage);
+    const auto* bytes = static_cast<const std::uint8_t*>(message.getData());
+
+    const juce::ScopedLock guard(lock);
+    if (queue.size() >= maxWaitingMessages)
+    {
+        ++refusedMessages;
+        if (!std::exchange(queueFull, true))
+            logger().logError(logFile, __LINE__, logTag, "%d messages wait, what follows is not sent",
+                              maxWaitingMessages);
+        return;
+    }
+    queue.emplace_back(bytes, bytes + std::min(message.getSize(), longest));
+    notify();
+}
+
+void CATestSessionManager::clearBuffer()
+{
+    const juce::ScopedLock guard(lock);
+    queue.clear();
+    queueFull = false;
+}
+
+void CATestSessionManager::setPeerState(bool ready, int state)
+{
+    const juce::ScopedLock guard(lock);
+    readyToSend = ready;
+    peerState = state;
+    notify();
+}
+
+void CATestSessionManager::run()
+{
+    Platform::enterThread(getThreadName());
+    // Nothing more can be sent until something changes, and every change notifies: also one that comes before the wait.
+    while (!threadShouldExit())
+    {
+        sendNext();
+        wait(-1);
+    }
+}
+
+void CATestSessionManager::sendNext()
+{
+    const juce::ScopedLock guard(lock);
+    if (!readyToSend)
+        return;
+    switch (peerState)
+    {
+    case sendAgain:
+        if (!current.empty())
+            return sendCurrent();
+        [[fallthrough]]; // Nothing has been sent yet: the equipment waits for the first message.
+    case acknowledged:
+    case nothingSaid:
+        if (queue.empty())
+            return;
+        logger().logInfo(logFile, __LINE__, logTag, "sendMsg3");
+        current = AutoTestFrame::build(sequence++, queue.front());
+        sendCurrent();
+        queue.pop_front();
+        queueFull = false;
+        logger().logInfo(logFile, __LINE__, logTag, "sendMsgSuccess");
+        break;
+    default:
+        break;
+    }
+}
+
+void CATestSessionManager::sendCurrent()
+{
+    EngineApi::sendData(EngineApi::EVENT_AUTOTEST_INFO, current.data(), static_cast<int>(current.size()));
+    readyToSend = false;
+}
+
+} // namespace EngineLayer

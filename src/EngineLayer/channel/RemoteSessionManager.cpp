@@ -1,0 +1,211 @@
+#include "EngineLayer/channel/RemoteSessionManager.h"
+
+#include "EngineApi/Pages.h"
+#include "EngineApi/Programs.h"
+#include "kernel/MessageIds.h"
+#include "lowlayer/RemotecommDev.h"
+#include "platform/base/CommandLine.h"
+#include "platform/base/Logger.h"
+#include "platform/base/Pubhead.h"
+
+using namespace EngineApi;
+using LowLayer::RemotecommDev;
+using Platform::RemoteMessage;
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+constexpr const char* sourceFile = "EngineLayer/RemoteSessionManager";
+constexpr const char* tag = "RemoteSessionManager";
+
+bool isValid(int appType)
+{
+    return appType >= 0 && appType < Pubhead::numOfAppTypes;
+}
+
+/** A program that does not run has no source to leave. */
+bool isPointlessLater(const RemoteMessage& message)
+{
+    if (message.what == RMSG_SOURCE_STOP)
+        return true;
+    if (message.what != RMSG_COMMAND_LINE)
+        return false;
+    const auto commandLine = Platform::RemoteObjFormat::generateCommandLine(message.bundle);
+    return commandLine != nullptr && commandLine->isSourceExit();
+}
+
+} // namespace
+
+void RemoteSessionManager::initialize()
+{
+    RemotecommDev::getInstance()->setClient(this);
+}
+
+void RemoteSessionManager::onRelease()
+{
+    RemotecommDev::getInstance()->setClient(nullptr);
+    removeConnectListener(this);
+}
+
+void RemoteSessionManager::handleMessage(juce::int32 id, juce::int32, juce::int32, const Kernel::Payload&)
+{
+    if (id != Kernel::MSG_SYS_START)
+        return;
+    addConnectListener(this);
+    // A program that an earlier engine has started says hello at once, and may be connected before this thread begins.
+    for (int appType = 0; isValid(appType); ++appType)
+        if (getAppState(appType) == kConnected && !isAppRegistered(appType))
+            registerApp(appType);
+}
+
+bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& message)
+{
+    if (message == nullptr || !isValid(appType))
+        return false;
+    const bool isStarting = getAppState(appType) == kStarting;
+    const juce::ScopedLock guard(lock);
+    if (registeredApps.count(appType) != 0)
+        return RemotecommDev::getInstance()->postToApp(appType, message);
+    if (isPointlessLater(*message))
+        return false;
+    if (auto& queue = pendingMessages[appType]; queue.push({ message, isStarting }))
+        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "%d messages wait for %s: the oldest go",
+                                                  static_cast<int>(maxPending), Pubhead::appTypeName(appType));
+    return false;
+}
+
+void RemoteSessionManager::addMsgFilter(juce::int32 what, RemoteMsgFilterInterface* filter)
+{
+    const juce::ScopedLock guard(lock);
+    msgFilters[what] = filter;
+}
+
+bool RemoteSessionManager::isAppRegistered(int appType) const
+{
+    const juce::ScopedLock guard(lock);
+    return registeredApps.count(appType) != 0;
+}
+
+std::vector<int> RemoteSessionManager::getRegisteredApps() const
+{
+    const juce::ScopedLock guard(lock);
+    return { registeredApps.begin(), registeredApps.end() };
+}
+
+void RemoteSessionManager::onData(int kind, int appType, juce::ReferenceCountedObject* data)
+{
+    auto* message = dynamic_cast<RemoteMessage*>(data);
+    auto* logger = Platform::Logger::getInstance();
+    switch (kind)
+    {
+    case LowLayer::MSG_REMOTE_REGIST:
+        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_REGIST: %s", Pubhead::appTypeName(appType));
+        // A name alone is not enough: a program that has just started registers with its hello.
+        if (isValid(appType) && getAppState(appType) == kConnected)
+            registerApp(appType);
+        break;
+    case LowLayer::MSG_REMOTE_FORWARD:
+        if (isValid(appType) && message != nullptr)
+            sendToApp(appType, message);
+        break;
+    case LowLayer::MSG_REMOTE_UNREGIST:
+        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_UNREGIST: %s", Pubhead::appTypeName(appType));
+        // A name that is lost late must not take along what waits for the program's next process.
+        if (isValid(appType) && isAppRegistered(appType))
+            unregisterApp(appType);
+        [[fallthrough]];
+    case LowLayer::MSG_REMOTE_MSG_REV:
+        if (message != nullptr)
+            receive(appType, *message);
+        break;
+    default:
+        break;
+    }
+}
+
+void RemoteSessionManager::receive(int appType, RemoteMessage& message)
+{
+    if (!isValid(appType))
+    {
+        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "MSG_REMOTE_MSG_REV AppType error");
+        return;
+    }
+    RemoteMsgFilterInterface* filter = nullptr;
+    {
+        const juce::ScopedLock guard(lock);
+        if (const auto found = msgFilters.find(message.what); found != msgFilters.end())
+            filter = found->second;
+    }
+    if (filter != nullptr)
+        filter->onFilterMessage(message);
+    else
+        postToPageOf(appType, Kernel::MSG_APP_REMOTE, &message);
+}
+
+void RemoteSessionManager::registerApp(int appType)
+{
+    {
+        const juce::ScopedLock guard(lock);
+        registeredApps.insert(appType);
+        for (auto& waiting = pendingMessages[appType]; !waiting.isEmpty(); waiting.pop())
+        {
+            auto& message = waiting.front().message;
+            RemotecommDev::getInstance()->postToApp(appType, message);
+            RemoteMessage::recycle(std::move(message));
+        }
+    }
+    postToPageOf(appType, Kernel::MSG_APP_CONNECTED);
+}
+
+void RemoteSessionManager::unregisterApp(int appType)
+{
+    stopPosting(appType);
+    postToPageOf(appType, Kernel::MSG_APP_DISCONNECTED);
+}
+
+void RemoteSessionManager::stopPosting(int appType)
+{
+    {
+        const juce::ScopedLock guard(lock);
+        registeredApps.erase(appType);
+    }
+    dropPending(appType);
+}
+
+void RemoteSessionManager::dropPending(int appType)
+{
+    const bool isStarting = getAppState(appType) == kStarting;
+    const juce::ScopedLock guard(lock);
+    pendingMessages[appType].eraseIf([=](const Waiting& each) { return !isStarting || !each.isForStarted; });
+}
+
+void RemoteSessionManager::onAppConnectState(int appType, int state)
+{
+    switch (state)
+    {
+    case kDisconnect:
+        unregisterApp(appType);
+        break;
+    case kStarting:
+        dropPending(appType);
+        break;
+    case kConnected:
+        registerApp(appType);
+        break;
+    case kClosing:
+        stopPosting(appType);
+        break;
+    default:
+        break;
+    }
+}
+
+void RemoteSessionManager::postToPageOf(int appType, juce::int32 id, Kernel::Payload payload)
+{
+    postToPage(getPageOfAppType(appType), id, 0, 0, std::move(payload));
+}
+
+} // namespace EngineLayer

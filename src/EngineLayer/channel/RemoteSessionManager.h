@@ -1,0 +1,66 @@
+#pragma once
+
+#include "EngineApi/Remote.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+#include "lowlayer/ClientCallBack.h"
+#include "platform/base/BoundedQueue.h"
+
+#include <map>
+#include <set>
+
+namespace EngineLayer
+{
+
+/**
+    Knows which programs are registered, keeps messages for those that are not yet, and routes what they send: ids with
+   a filter to the filter, everything else to the handler of the program's page. Sending is allowed from any thread.
+*/
+class RemoteSessionManager : public Kernel::ComponentTask,
+                             public LowLayer::ClientCallBack,
+                             public EngineApi::AppConnectStateInterface,
+                             public Kernel::Singleton<RemoteSessionManager>
+{
+public:
+    /** True when the message went out. A program that is not registered gets it, in order, once it registers; of what
+     * waits for one that does not come the newest are kept. */
+    bool sendToApp(int appType, const Platform::RemoteMessage::Ptr& message);
+    void addMsgFilter(juce::int32 what, EngineApi::RemoteMsgFilterInterface* filter);
+    bool isAppRegistered(int appType) const;
+    /** Ascending. */
+    std::vector<int> getRegisteredApps() const;
+
+    void initialize() override;
+    void onRelease() override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+
+    void onData(int kind, int appType, juce::ReferenceCountedObject* data) override;
+    void onAppConnectState(int appType, int state) override;
+
+private:
+    friend class Kernel::Singleton<RemoteSessionManager>;
+    RemoteSessionManager() = default;
+
+    void registerApp(int appType);
+    void unregisterApp(int appType);
+    void stopPosting(int appType);
+    /** What waits for a program that is gone. A state is told later than it is set: what was sent to the process that
+     * has been started meanwhile goes on waiting. */
+    void dropPending(int appType);
+    void receive(int appType, Platform::RemoteMessage& message);
+    static void postToPageOf(int appType, juce::int32 id, Kernel::Payload payload = nullptr);
+
+    /** Held while messages are posted, which keeps their order; never while somebody else's code runs. */
+    mutable juce::CriticalSection lock;
+    std::set<int> registeredApps;
+    struct Waiting
+    {
+        Platform::RemoteMessage::Ptr message;
+        bool isForStarted; ///< its program had been started and had not said hello
+    };
+    static constexpr std::size_t maxPending = 4096;
+    std::map<int, Platform::BoundedQueue<Waiting, maxPending>> pendingMessages;
+    std::map<juce::int32, EngineApi::RemoteMsgFilterInterface*> msgFilters;
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,543 @@
+#include "EngineLayer/devices/DeviceStatusManager.h"
+
+#include "EngineApi/AutoTestSession.h"
+#include "EngineApi/Bars.h"
+#include "EngineApi/HostLink.h"
+#include "EngineApi/Pages.h"
+#include "EngineApi/Provided.h"
+#include "EngineApi/Remote.h"
+#include "EngineApi/Settings.h"
+#include "EngineApi/SystemState.h"
+#include "EngineApi/WiredRemote.h"
+#include "EngineLayer/devices/DspNotices.h"
+#include "EngineLayer/devices/UsbStorage.h"
+#include "EngineLayer/devices/VideoDecoder.h"
+#include "EngineLayer/settings/DataManager.h"
+#include "EngineLayer/system/SystemInfo.h"
+#include "dsp/AudioServices.h"
+#include "dsp/DSPSettingHelperImpl.h"
+#include "factory/ScheduleFactroy.h"
+#include "kernel/MessageIds.h"
+#include "kernel/SystemEngine.h"
+#include "lowlayer/BytePool.h"
+#include "platform/base/Logger.h"
+#include "platform/base/System.h"
+#include "platform/devices/UnitLines.h"
+#include "platform/settings/SetupIndex.h"
+#include "platform/settings/SysInfoItems.h"
+
+#include <utility>
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+using EngineApi::Provided;
+
+constexpr const char* logFile = "EngineLayer/DeviceStatusManager";
+constexpr const char* logTag = "DeviceStatusManager";
+
+enum TimerId {
+    timerLastMemory = 1,
+    timerUsbScan = 2,
+    timerAntitheftLeft = 3,
+    timerCameraVideo = 4,
+    timerHeartbeat = 5,
+    timerAutoTest = 6,
+    timerPowerOff = 7
+};
+
+constexpr int lastMemoryMs = 1000;
+constexpr int usbScanMs = 1000;
+constexpr int antitheftLeftMs = 2000;
+constexpr int cameraVideoMs = 1000;
+constexpr int heartbeatMs = 3000;
+constexpr int autoTestMs = 2000;
+constexpr int powerOffMs = 6000;
+
+constexpr juce::uint32 fullVolume = 0xffffffff;
+
+constexpr std::uint8_t autoTestReady[] = { 0x82, 0x02 };
+/** Parameter of the favourites message that tells the satellite program of the power-off. */
+constexpr int siriusPowerOff = 3;
+
+/** Per process, not per manager: the decoder keeps its registers. The thread of the devices. */
+VideoDecoder& videoDecoder()
+{
+    static VideoDecoder instance;
+    return instance;
+}
+
+Factory::ScheduleFactroy& policy()
+{
+    return *Factory::ScheduleFactroy::getInstance();
+}
+
+void logSource(int line, const char* what, McuSource source)
+{
+    Platform::Logger::getInstance()->logInfo(logFile, line, logTag, "%s Src Switch type:%d  Num:%d", what, source.type,
+                                             source.number);
+}
+
+/** Type and number in front of a frame's data; -1 for what a short frame lacks. */
+McuSource sourceIn(std::span<const std::uint8_t> data)
+{
+    const auto byteAt = [data](std::size_t at) { return at < data.size() ? data[at] : -1; };
+    return { byteAt(0), byteAt(1) };
+}
+
+/** Sources whose device may appear after the start. */
+bool mayStillAppear(int source)
+{
+    switch (source)
+    {
+    case SRC_IPOD:
+    case SRC_SD:
+    case SRC_USB:
+    case SRC_DISC:
+    case SRC_BT_AUDIO:
+        return true;
+    default:
+        return false;
+    }
+}
+
+void sendHeartbeat()
+{
+    EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, 0);
+}
+
+} // namespace
+
+DeviceStatusManager::DeviceStatusManager()
+    : SystemTimer(Kernel::deviceStatusManagerId)
+    , startPage(Pubhead::NUM_OF_PAGES)
+{
+}
+
+void DeviceStatusManager::initialize()
+{
+    handleMessage(Kernel::MSG_SYS_INIT, 0, 0, nullptr);
+}
+
+void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+                                        const Kernel::Payload& payload)
+{
+    switch (id)
+    {
+    case msgReportChanges:
+        reportChanges();
+        break;
+    case msgCameraVideo:
+        cameraVideoPolled(arg1 != 0);
+        break;
+    case msgAudioChannel:
+        followAudioChannel();
+        break;
+    case Kernel::MSG_SYS_INIT:
+        startHardware();
+        break;
+    case Kernel::MSG_SYS_START:
+        start();
+        break;
+    case Kernel::MSG_POWER_OFF_CONFIRM:
+        powerOffConfirmed();
+        break;
+    case Kernel::MSG_STANDBY:
+        standby(arg1);
+        break;
+    case Kernel::MSG_SYS_TIMER:
+        if (isCurrent(arg1, arg2))
+            timerExpired(arg1);
+        break;
+    case Kernel::MSG_HOST_EVENT:
+        hostEvent(arg1, payload);
+        break;
+    case Kernel::MSG_FACTORY_RESET:
+        factoryResetActive = true;
+        break;
+    case Kernel::MSG_NORMAL_SOURCE:
+        sourceChanged();
+        break;
+    case Kernel::MSG_HEARTBEAT_STOP:
+        stopHeartbeat();
+        break;
+    default:
+        break;
+    }
+}
+
+void DeviceStatusManager::startHardware()
+{
+    Platform::setWaveOutVolume(fullVolume);
+    driveOutputs(true);
+    DataManager::getInstance()->loadSystemFile();
+    devices.set(EngineApi::usbStorage, isUsbStoragePresent());
+    postDeviceJob(DeviceJob::decoderSetUp, [] { videoDecoder().initialise(); });
+    startTimer(timerCameraVideo, cameraVideoMs);
+}
+
+void DeviceStatusManager::start()
+{
+    waitingLastMemory = true;
+    EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
+    startTimer(timerLastMemory, lastMemoryMs);
+    startTimer(timerUsbScan, usbScanMs);
+}
+
+void DeviceStatusManager::timerExpired(int timerId)
+{
+    switch (timerId)
+    {
+    case timerLastMemory:
+        if (waitingLastMemory)
+            EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
+        else
+            stopTimer(timerLastMemory);
+        break;
+    case timerUsbScan:
+        scanUsb();
+        break;
+    case timerAntitheftLeft:
+        stopTimer(timerAntitheftLeft);
+        runStartSrc();
+        EngineApi::requestStopPage(Pubhead::mbAntitheft);
+        break;
+    case timerCameraVideo:
+        pollCameraVideo();
+        break;
+    case timerHeartbeat:
+        sendHeartbeat();
+        break;
+    case timerAutoTest:
+        handOverToAutoTest();
+        break;
+    case timerPowerOff:
+        powerOffConfirmed();
+        break;
+    default:
+        break;
+    }
+}
+
+void DeviceStatusManager::powerOffConfirmed()
+{
+    stopTimer(timerPowerOff);
+    Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
+}
+
+void DeviceStatusManager::standby(juce::int32 what)
+{
+    constexpr juce::int32 enter = 0, leave = 1;
+    // The page itself says whether the unit is in standby: one that is in front or does not run stays as it is.
+    if (what == enter)
+        EngineApi::requestShowPage(Pubhead::mbStandby, true);
+    else if (what == leave)
+        EngineApi::requestStopPage(Pubhead::mbStandby);
+    else if (!std::exchange(standbyRefused, true))
+        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
+                                                  "standby is entered by 0 and left by 1, not by %d", what);
+}
+
+void DeviceStatusManager::stopHeartbeat()
+{
+    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
+                                             "APP stop sending the heatbeat packets to MCU \r\n");
+    stopTimer(timerHeartbeat);
+}
+
+void DeviceStatusManager::handOverToAutoTest()
+{
+    auto* session = Provided<EngineApi::AutoTestSession>::get();
+    if (session == nullptr)
+        return;
+    if (session->isRunning())
+        stopTimer(timerAutoTest);
+    session->addMsgToBuffer(juce::MemoryBlock(autoTestReady, sizeof autoTestReady));
+}
+
+// What the microcontroller says.
+
+void DeviceStatusManager::hostEvent(int command, const Kernel::Payload& payload)
+{
+    const auto source = sourceIn(LowLayer::bytesOf(payload));
+    switch (command)
+    {
+    case EngineApi::EVENT_GET_LAST_MEMORY:
+        lastMemoryAnswered();
+        break;
+    case EngineApi::EVENT_SRC_SWITCH:
+        logSource(__LINE__, "MCU Requeset", source);
+        if (source.isComplete())
+            mcuRequestsSource(source);
+        break;
+    case EngineApi::EVENT_SRC_SWITCH_REPORT:
+        logSource(__LINE__, "MCU report", source);
+        if (source.isComplete())
+            agreement.mcuConfirms(source);
+        break;
+    case EngineApi::EVENT_DEVICE_STATUS:
+        mcuAsksDeviceStatus();
+        break;
+    case EngineApi::EVENT_POWER_OFF_READY:
+        mcuPowersOff();
+        break;
+    default:
+        break;
+    }
+    LowLayer::recycleBytes(payload);
+}
+
+void DeviceStatusManager::lastMemoryAnswered()
+{
+    waitingLastMemory = false;
+    agreement.restart();
+    SystemInfo::getInstance()->set(sysInfoVoltageShown, EngineApi::getSettingInt(EngineApi::voltmeterSetting));
+    if (auto* chip = Provided<ChipManager>::get())
+    {
+        auto* settings = DSPSettingHelperImpl::getInstance();
+        chip->init(*settings);
+        settings->setListener(this);
+    }
+    if (auto* session = Provided<EngineApi::AutoTestSession>::get())
+        session->start();
+    startTimer(timerAutoTest, autoTestMs);
+    sendHeartbeat();
+    startTimer(timerHeartbeat, heartbeatMs);
+    Kernel::postSystemMessage(Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT, 0, 0);
+}
+
+void DeviceStatusManager::mcuRequestsSource(McuSource source)
+{
+    const auto request = agreement.mcuRequests(source);
+    if (request == SourceAgreement::Request::repeated)
+        return;
+    const int page = policy().pageForMcuSource(source.type, source.number);
+    if (request == SourceAgreement::Request::schedule)
+        EngineApi::requestShowPage(page, true);
+    else
+        startWith(page);
+}
+
+void DeviceStatusManager::startWith(int page)
+{
+    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, 1);
+    startPage = page;
+    EngineApi::switchSystemState(firstState(conditions), EngineApi::kIdle);
+}
+
+int DeviceStatusManager::firstState(const StartConditions& conditions)
+{
+    constexpr int lockedModes[] = { 2, 3 };
+    for (const int mode : lockedModes)
+        if (conditions.antitheftMode == mode)
+            return conditions.antitheftValue != 0 ? EngineApi::kLocked : EngineApi::kAntitheft;
+    return conditions.isrMode ? EngineApi::kISRMode : EngineApi::kNormalRun;
+}
+
+void DeviceStatusManager::mcuAsksDeviceStatus()
+{
+    devices.set(EngineApi::usbStorage, isUsbStoragePresent());
+    if (devices.isReported())
+        sendDeviceStatus();
+    else
+        reportChanges();
+}
+
+void DeviceStatusManager::mcuPowersOff()
+{
+    if (auto* remote = Provided<EngineApi::WiredRemote>::get())
+    {
+        remote->setDimmer(0);
+        remote->restoreAfter(0); // nothing comes back on it
+        remote->clearDisplay(true);
+    }
+    startTimer(timerPowerOff, powerOffMs);
+    EngineApi::sendRemoteMessage(Pubhead::AppSirius, EngineApi::RMSG_SXM_FAVOURITE, siriusPowerOff, 0);
+}
+
+// Sources.
+
+void DeviceStatusManager::sourceChanged()
+{
+    if (factoryResetActive)
+        return;
+    const int page = EngineApi::getLastNormalSource();
+    const auto [type, number] = policy().mcuSourceForPage(page);
+    const McuSource source { type, number };
+    takeSoundOf(page);
+    switch (agreement.unitSwitchedTo(source))
+    {
+    case SourceAgreement::Report::ask:
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, type, number);
+        break;
+    case SourceAgreement::Report::confirm:
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, type, number);
+        break;
+    case SourceAgreement::Report::nothing:
+        break;
+    }
+    logSource(__LINE__, "APP  REQUESET", source);
+}
+
+void DeviceStatusManager::takeSoundOf(int page)
+{
+    auto* chip = Provided<ChipManager>::get();
+    if (EngineApi::getHandler(page) == nullptr || chip == nullptr)
+        return;
+    audioChannel = EngineApi::getAudioChannel(page);
+    chip->getACService().changeSource(audioChannel);
+}
+
+void DeviceStatusManager::audioChannelChanged()
+{
+    Kernel::postSystemMessage(Kernel::deviceStatusManagerId, msgAudioChannel, 0, 0);
+}
+
+void DeviceStatusManager::followAudioChannel()
+{
+    const int page = EngineApi::getLastNormalSource();
+    if (!factoryResetActive && EngineApi::getAudioChannel(page) != audioChannel)
+        takeSoundOf(page);
+}
+
+void DeviceStatusManager::startSourceWhenReady()
+{
+    if (EngineApi::getPreviousSystemState() == EngineApi::kAntitheft)
+        startTimer(timerAntitheftLeft, antitheftLeftMs);
+    else
+        runStartSrc();
+}
+
+void DeviceStatusManager::runStartSrc()
+{
+    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, "runStartSrc");
+    const int page = startPage;
+    if (policy().checkNormalSource(page) == page)
+        runPage(page);
+    else if (mayStillAppear(EngineApi::getSource(page)))
+        return;
+    else
+        runPage(policy().defaultSource());
+    startPage = Pubhead::NUM_OF_PAGES;
+}
+
+void DeviceStatusManager::runPage(int page)
+{
+    if (policy().isTunerPage(page))
+        page = policy().defaultSource();
+    if (EngineApi::isAvailable(page))
+        EngineApi::requestShowPage(page, true);
+}
+
+// Devices.
+
+void DeviceStatusManager::setDeviceState(int kind, bool present)
+{
+    if (devices.set(kind, present))
+        Kernel::postSystemMessage(Kernel::deviceStatusManagerId, msgReportChanges, 0, 0);
+}
+
+bool DeviceStatusManager::getDeviceState(int kind) const
+{
+    return kind != EngineApi::satelliteTuner && devices.isPresent(kind);
+}
+
+void DeviceStatusManager::addDeviceStateListener(EngineApi::DeviceStateInterface* listener)
+{
+    if (listener != nullptr)
+        listeners.addIfNotAlreadyThere(listener);
+}
+
+void DeviceStatusManager::removeDeviceStateListener(EngineApi::DeviceStateInterface* listener)
+{
+    listeners.removeFirstMatchingValue(listener);
+}
+
+void DeviceStatusManager::scanUsb()
+{
+    if (devices.set(EngineApi::usbStorage, isUsbStoragePresent()))
+        reportChanges();
+}
+
+void DeviceStatusManager::pollCameraVideo()
+{
+    // A slow bus answers later, not more often.
+    if (std::exchange(cameraPollPending, true))
+        return;
+    postDeviceJob(DeviceJob::cameraPoll,
+                  []
+                  {
+                      const bool signal = videoDecoder().hasSignal();
+                      Kernel::postSystemMessage(Kernel::deviceStatusManagerId, msgCameraVideo, signal ? 1 : 0, 0);
+                  });
+}
+
+void DeviceStatusManager::cameraVideoPolled(bool signal)
+{
+    cameraPollPending = false;
+    if (signal == cameraVideoSignal)
+        return;
+    cameraVideoSignal = signal;
+    if (devices.set(EngineApi::cameraVideo, signal))
+        reportChanges();
+}
+
+void DeviceStatusManager::reportChanges()
+{
+    const auto changes = devices.takeChanges();
+    if (changes.empty())
+        return;
+    for (const int kind : changes)
+        announce(kind);
+    sendDeviceStatus();
+}
+
+void DeviceStatusManager::announce(int kind)
+{
+    // Under the lock a removal waits for the call that is under way; a listener may also remove itself or another.
+    const juce::ScopedLock guard(listeners.getLock());
+    const auto current = listeners;
+    for (auto* listener : current)
+        if (listeners.contains(listener))
+            listener->onDeviceStateChanged(kind);
+}
+
+void DeviceStatusManager::sendDeviceStatus()
+{
+    const auto status = devices.getReportedStatus();
+    EngineApi::sendCommand(EngineApi::EVENT_DEVICE_STATUS, status.usb, status.others);
+}
+
+void DeviceStatusManager::setLowBatteryAlert(bool on)
+{
+    // One change at a time, so that the bar and the sound end as the last caller wanted.
+    const juce::ScopedLock guard(alertLock);
+    if (lowBatteryAlert.exchange(on) == on)
+        return;
+    if (auto* bar = Provided<EngineApi::LowBatteryBar>::get())
+        bar->postMessage(Kernel::MSG_LOW_BATTERY_ALERT, on ? 1 : 0, 0, nullptr);
+    SystemInfo::getInstance()->set(sysInfoLowBattery, on ? 1 : 0);
+    if (auto* chip = Provided<ChipManager>::get())
+        chip->getACService().setAlert(on);
+}
+
+// What the DSP says.
+
+void DeviceStatusManager::onVolumeChanged(int volume, int zone, bool show)
+{
+    announceVolume(zone, volume, show);
+}
+
+void DeviceStatusManager::onMuteChanged(bool mute)
+{
+    announceMute(mute);
+}
+
+void DeviceStatusManager::onSecondNotice(int, int) {}
+
+void DeviceStatusManager::onFourthNotice(int) {}
+
+} // namespace EngineLayer

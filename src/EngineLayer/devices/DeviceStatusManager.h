@@ -1,0 +1,133 @@
+#pragma once
+
+#include "EngineApi/DeviceStatus.h"
+#include "EngineLayer/devices/DeviceTable.h"
+#include "EngineLayer/devices/SourceAgreement.h"
+#include "dsp/AudioChannel.h"
+#include "dsp/DSPSettingHelper.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+#include "kernel/SystemTimer.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace LowLayer
+{
+class BytePool;
+}
+
+namespace EngineLayer
+{
+
+/**
+    Keeps the unit's view of its devices and reports it to the microcontroller, agrees the source with it, starts the
+    first source, sends the heartbeat and brings up the hardware that has no owner of its own. Handlers run on the group
+    thread; what EngineApi/DeviceStatus.h offers may be called from any thread.
+*/
+class DeviceStatusManager : public Kernel::ComponentTask,
+                            public Kernel::SystemTimer,
+                            public CDSPStateListener,
+                            public Kernel::Singleton<DeviceStatusManager>
+{
+public:
+    void initialize() override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+
+    /** Stored at once; listeners and microcontroller are told from the group thread. Any thread. */
+    void setDeviceState(int kind, bool present);
+    bool getDeviceState(int kind) const;
+    /** Listeners are called on the group thread; none is called after its removal has returned. Any thread. */
+    void addDeviceStateListener(EngineApi::DeviceStateInterface* listener);
+    void removeDeviceStateListener(EngineApi::DeviceStateInterface* listener);
+
+    /** The DSP follows on the group thread when the source's sound channel is another. Any thread. */
+    void audioChannelChanged();
+
+    /** Runs the start page when it is an available source; keeps it when its device may still come. Group thread. */
+    void runStartSrc();
+    void startSourceWhenReady();
+
+    int getStartPage() const { return startPage; }
+    bool isISRCondition() const { return conditions.isrMode; }
+    int getAntitheftValue() const { return conditions.antitheftValue; }
+    bool isDiscAudioAvailable() const { return (discWord & discAudioBit) != 0; }
+    bool isDiscVideoAvailable() const { return (discWord & discVideoBit) != 0; }
+
+    void setLowBatteryAlert(bool on);
+    bool isLowBatteryAlert() const { return lowBatteryAlert; }
+    void setEnterTestMode(bool on) { testMode = on; }
+    bool getEnterTestMode() const { return testMode; }
+
+    /** The DSP's callers' threads. */
+    void onVolumeChanged(int volume, int zone, bool show) override;
+    void onSecondNotice(int first, int second) override;
+    void onMuteChanged(bool mute) override;
+    void onFourthNotice(int value) override;
+
+    /** What decides the state that follows booting. */
+    struct StartConditions
+    {
+        int antitheftMode = 4; ///< 2 and 3 lock the unit
+        int antitheftValue = 0;
+        bool isrMode = false;
+    };
+    static int firstState(const StartConditions& conditions);
+
+private:
+    friend class Kernel::Singleton<DeviceStatusManager>;
+    DeviceStatusManager();
+
+    /** To itself: a device state was changed from outside. */
+    static constexpr juce::int32 msgReportChanges = 1;
+    /** To itself: arg1 1 when the camera gives a picture. */
+    static constexpr juce::int32 msgCameraVideo = 2;
+    /** To itself: a page may have another sound channel. */
+    static constexpr juce::int32 msgAudioChannel = 3;
+    static constexpr juce::uint32 discAudioBit = 1;
+    static constexpr juce::uint32 discVideoBit = 2;
+
+    void startHardware();
+    void start();
+    void timerExpired(int timerId);
+    void powerOffConfirmed();
+    void standby(juce::int32 what);
+    void stopHeartbeat();
+
+    void hostEvent(int command, const Kernel::Payload& payload);
+    void lastMemoryAnswered();
+    void mcuRequestsSource(McuSource source);
+    void startWith(int page);
+    void mcuAsksDeviceStatus();
+    void mcuPowersOff();
+
+    void sourceChanged();
+    void followAudioChannel();
+    void takeSoundOf(int page);
+    void runPage(int page);
+    void scanUsb();
+    void pollCameraVideo();
+    void cameraVideoPolled(bool signal);
+    void handOverToAutoTest();
+    void reportChanges();
+    void announce(int kind);
+    void sendDeviceStatus();
+
+    bool waitingLastMemory = false;
+    std::atomic<int> startPage;
+    DeviceTable devices;
+    juce::Array<EngineApi::DeviceStateInterface*, juce::CriticalSection> listeners;
+    bool cameraVideoSignal = false;
+    bool standbyRefused = false; ///< an unknown value is named once
+    bool cameraPollPending = false;
+    SourceAgreement agreement;
+    int audioChannel = eAudioAVOff; ///< what the DSP was told last
+    std::atomic<bool> lowBatteryAlert { false };
+    juce::CriticalSection alertLock;
+    std::atomic<bool> testMode { false };
+    bool factoryResetActive = false;
+    const StartConditions conditions {};
+    const juce::uint32 discWord = discAudioBit | discVideoBit;
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "EngineApi/HostLink.h"
+#include "EngineLayer/hostlink/HostDataFormat.h"
+#include "EngineLayer/hostlink/HostFrameParser.h"
+#include "EngineLayer/hostlink/SendQueue.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+#include "lowlayer/BytePool.h"
+#include "lowlayer/ClientCallBack.h"
+
+#include <atomic>
+#include <bitset>
+#include <set>
+
+namespace EngineLayer
+{
+
+/**
+    The only user of the microcontroller link. Outgoing frames are numbered, sent one at a time and resent twice before
+    they are given up; incoming ones are acknowledged, freed of repeats and posted to the component that the command
+    belongs to. Runs on the group thread of the link; the send operations may be called from any thread.
+*/
+class HostSessionManager : public Kernel::ComponentTask,
+                           public LowLayer::ClientCallBack,
+                           public Kernel::Singleton<HostSessionManager>,
+                           private HostFrameParser::Sink
+{
+public:
+    using SendItem = EngineLayer::SendItem;
+    class MonitorSendThread;
+
+    /** Messages that the session and its monitor send to the session. Resend and failure name the frame's sequence in
+     * arg1. */
+    enum PrivateMessage : juce::int32 {
+        msgFrameReceived = 1,
+        msgAcknowledged = 2,
+        msgSendNext = 3,
+        msgSendNow = 4,
+        msgResend = 11,
+        msgSendFailed = 12
+    };
+
+    /** Messages that may wait for a receiver when a frame comes for it. One more frame is acknowledged and dropped. */
+    static constexpr std::size_t maxWaitingEvents = 1024;
+
+    ~HostSessionManager() override;
+
+    void initialize() override;
+    void onStop() override;
+    void onRelease() override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+    void onData(int kind, int length, juce::ReferenceCountedObject* data) override;
+
+    /** Any thread; none waits. Of every value the low byte is sent. */
+    void sendCommand(int command);
+    void sendCommand(int command, int b1);
+    void sendCommand(int command, int b1, int b2);
+    void sendCommand(int command, int b1, int b2, int b3);
+    /** At most 102 bytes, else the call is refused with one error line and counted. Without data a command alone. */
+    void sendData(int command, const void* data, int n);
+    /** The same in front of what waits, though never of the frame in flight, and in place of what waits about the same
+     * subject. */
+    void sendDataUrgent(int command, const void* data, int n, int subject = EngineApi::noSubject);
+
+    /** Frames that were not sent: oversize, or with too many frames waiting. Any thread. */
+    int getRefusedSends() const { return refusedSends; }
+    /** Received frames that were dropped because their receiver does not keep up. Any thread. */
+    int getDroppedEvents() const { return droppedEvents; }
+
+private:
+    friend class Kernel::Singleton<HostSessionManager>;
+    HostSessionManager();
+
+    /** Null when it is refused. */
+    HostDataFormat::Ptr blockFrame(int command, const void* data, int n);
+    void queue(HostDataFormat::Ptr frame);
+    void noteLoss(const SendItem& lost, int limit);
+
+    void onAcknowledgement(int sequence, int value) override;
+    void onFrame(const std::uint8_t* frame, int length) override;
+    void onChecksumError() override;
+
+    void frameReceived(int length, const Kernel::Payload& payload);
+    void acknowledge(int sequence);
+    void dispatch(const std::uint8_t* frame, int length);
+    void noteIfUnknown(int command);
+    bool hasRoom(Kernel::ComponentId receiver, int command);
+    void acknowledged(int sequence, int value);
+    void sendNext();
+    void sendNow(const Kernel::Payload& payload);
+    void resend(int sequence);
+    void sendFailed(int sequence);
+    void transmit(const HostDataFormat& frame);
+    void releaseInFlight();
+    bool isStale(int sequence) const { return waitingForAcknowledgement && sequence != sequenceCounter; }
+
+    juce::ReferenceCountedObjectPtr<MonitorSendThread> monitor;
+    SendQueue sendQueue;
+    SendItem::Ptr inFlight;
+    std::uint8_t sequenceCounter = 0;
+    int lastSequence;
+    int previousSequence;
+    bool waitingForAcknowledgement = false;
+    HostFrameParser parser;
+    LowLayer::BytePoolStore frameBuffers { HostFrame::maxLength };
+    bool synchronised = false;
+    std::atomic<int> refusedSends { 0 };
+    std::atomic<bool> lossLogged { false }; ///< until nothing waits
+    std::atomic<int> droppedEvents { 0 };
+    std::set<Kernel::ComponentId> overrun;                   ///< logged, until nothing waits for them
+    std::bitset<HostFrame::commandCount> unknownCommands {}; ///< logged
+};
+
+} // namespace EngineLayer

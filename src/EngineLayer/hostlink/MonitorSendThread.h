@@ -1,0 +1,40 @@
+#pragma once
+
+#include "EngineLayer/hostlink/HostSessionManager.h"
+
+namespace EngineLayer
+{
+
+/**
+    Times the acknowledgement of the frame in flight: asks the session to resend it after about 200 ms and 600 ms and to
+    give it up after about 1400 ms. Talks to the session through messages only.
+*/
+class HostSessionManager::MonitorSendThread : public Kernel::SingalTask
+{
+public:
+    using Ptr = juce::ReferenceCountedObjectPtr<MonitorSendThread>;
+
+    void initialize() override;
+
+    /** Ends the watch, if any, and starts one over the frame of this sequence. Session's thread. */
+    void watch(int sequence);
+    /** Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the
+     * end. */
+    void stopWatching();
+
+protected:
+    void runTask(const Kernel::SystemMessage& message) override;
+
+private:
+    static constexpr int nothing = -1;
+
+    bool isWatching(int sequence) const { return !isStopRequested() && watched == sequence; }
+    /** False when the frame is to be given up. */
+    bool tick(int sequence);
+
+    std::atomic<int> watched { nothing };
+    int retriesLeft = 0;
+    int ticksLeft = 0;
+};
+
+} // namespace EngineLayer

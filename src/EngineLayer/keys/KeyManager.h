@@ -1,0 +1,78 @@
+#pragma once
+
+#include "EngineLayer/autotest/AutoTestCommands.h"
+#include "EngineLayer/keys/KeyQueue.h"
+#include "EngineLayer/keys/KeyTable.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+
+#include <array>
+#include <span>
+
+namespace EngineLayer
+{
+
+/**
+    Turns key presses into actions, wherever they come from: the microcontroller, the wired remote, the factory test.
+   Also keeps the unit's device id and takes the commands of the factory test. Handlers run on the group thread.
+*/
+class KeyManager : public Kernel::ComponentTask, public Kernel::Singleton<KeyManager>, public juce::Timer
+{
+public:
+    using DeviceId = std::array<std::uint8_t, 3>; ///< packed BCD, two digits a byte
+
+    /** The microcontroller's events wait while a switch of pages or states is under way. */
+    bool acceptMessage(const Kernel::SystemMessage& message) override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+    void onStop() override { stopTimer(); }
+
+    /** Acts on a key at once. `origin` is an EngineApi::KeyOrigin or the microcontroller's own. Group thread. */
+    void handleKey(int origin, int value);
+    /** EngineApi::keyName. */
+    static juce::String getKeyName(int value);
+
+    /** Keeps the id, sends it to the microcontroller and reads it back 300 ms later. Group thread. */
+    void setDeviceId(const DeviceId& id);
+    /** Time to read the device id back. Message thread. */
+    void timerCallback() override;
+
+private:
+    friend class Kernel::Singleton<KeyManager>;
+    KeyManager() = default;
+
+    // To itself: the next of the waiting keys has its turn.
+    static constexpr juce::int32 msgNextHostKey = 1;
+    static constexpr juce::int32 msgNextRemoteKey = 2;
+
+    void hostEvent(int command, const Kernel::Payload& payload);
+    void enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn);
+    void takeTurn(KeyQueue& queue, juce::int32 turn);
+    void compareDeviceId(std::span<const std::uint8_t> answer) const;
+
+    bool isRepeat(int value) const;
+    KeySituation situation() const;
+    void carryOut(const KeyActions& actions);
+    void act(KeyStep step);
+    void act(const ProgramKey& action);
+    void act(const PageKey& action);
+    void act(const FavoriteMessage& action);
+    void act(const SelectFavorite& action);
+    void act(const PowerSwitch& action);
+    void act(const PowerRequest& action);
+    void act(const VolumeStep& action);
+    void act(const ShowPage& action);
+    void act(const KeyLog& action);
+
+    KeyQueue hostKeys;
+    KeyQueue remoteKeys;
+    juce::uint32 lastKeyTime = 0; ///< ms
+    int lastKey = 0;
+    int favorite = 1; ///< 1 to 16, the one that keys act on
+    bool returnOnNextKey = false;
+    bool powerOn = true;
+    DeviceId deviceId {};
+    bool shortFrameReported = false;
+    AutoTestCommands autoTest { *this };
+};
+
+} // namespace EngineLayer

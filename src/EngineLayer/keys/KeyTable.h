@@ -1,0 +1,106 @@
+#pragma once
+
+#include "EngineApi/KeyCodes.h"
+#include "platform/base/Pubhead.h"
+
+#include <juce_core/juce_core.h>
+#include <variant>
+#include <vector>
+
+/** What a key does, by the state of the unit. Values in, values out: the key manager looks and acts. */
+namespace EngineLayer
+{
+
+/** The state of the unit when a key arrives. */
+struct KeySituation
+{
+    int frontPage = Pubhead::NUM_OF_PAGES;
+    int frontApp = Pubhead::AppUnknown;
+    int normalPage = Pubhead::NUM_OF_PAGES; ///< the normal source's
+    int normalApp = Pubhead::AppUnknown;
+    bool poweredOn = true;
+    bool lowBatteryAlert = false;
+    bool volumeBarShown = false;
+    bool zone2On = false;
+    bool favoritesShown = false;
+    int favoritesBarIndex = 1; ///< the favourite that the bar would open with, 1 to 16
+    int favorite = 1;          ///< the favourite that keys act on, 1 to 16
+    bool favoriteStored = false;
+    int favoritePage = Pubhead::NUM_OF_PAGES; ///< where it is received
+    int lastSourcePage = Pubhead::NUM_OF_PAGES;
+};
+
+// What the unit does about a key, in this order.
+
+/** A key message to a source program. */
+struct ProgramKey
+{
+    int appType;
+    int key;
+    int argument = 0;
+    bool operator==(const ProgramKey&) const = default;
+};
+/** A key message to a page's application. */
+struct PageKey
+{
+    int page;
+    int key;
+    int argument = 0;
+    bool operator==(const PageKey&) const = default;
+};
+struct FavoriteMessage
+{
+    enum Mode { store = 0, play = 1, open = 2 };
+    int appType;
+    Mode mode;
+    int favorite;
+    bool operator==(const FavoriteMessage&) const = default;
+};
+/** Opens the favourites bar, or moves in it; from then on keys act on this favourite. */
+struct SelectFavorite
+{
+    int favorite;
+    bool cameraInFront = false;
+    bool operator==(const SelectFavorite&) const = default;
+};
+struct PowerSwitch
+{
+    bool on;
+    bool operator==(const PowerSwitch&) const = default;
+};
+/** Asks the microcontroller to switch the unit on or off. */
+struct PowerRequest
+{
+    bool on;
+    bool operator==(const PowerRequest&) const = default;
+};
+struct VolumeStep
+{
+    int steps; ///< 1 or -1, in the current zone
+    bool operator==(const VolumeStep&) const = default;
+};
+struct ShowPage
+{
+    int page;
+    bool operator==(const ShowPage&) const = default;
+};
+struct KeyLog
+{
+    const char* tag;
+    juce::String text;
+    bool operator==(const KeyLog&) const = default;
+};
+enum class KeyStep { toggleMute, hideFavorites, emptySlotNotice, lowBatteryAlertOff, closeVolumeBar };
+
+using KeyAction = std::variant<KeyStep, ProgramKey, PageKey, FavoriteMessage, SelectFavorite, PowerSwitch, PowerRequest,
+                               VolumeStep, ShowPage, KeyLog>;
+using KeyActions = std::vector<KeyAction>;
+
+/** What follows from a key (EngineApi::KeyCode, or any other number) of this origin (EngineApi::KeyOrigin). */
+KeyActions actionsOfKey(int origin, int key, const KeySituation& situation);
+/** Tells the pages that show speakers or help of any key but 0. */
+KeyActions noticesOfKey(int key, const KeySituation& situation);
+
+inline constexpr int favoriteCount = 16;
+
+} // namespace EngineLayer

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "EngineApi/PageHandler.h"
+#include "EngineLayer/schedule/Scheduler.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTimer.h"
+
+#include <map>
+#include <mutex>
+#include <set>
+
+namespace EngineLayer
+{
+
+/**
+    Owner of the scheduling data: the page handlers, the picture of which pages run, the remembered pages and the
+    scheduler. Queries are answered on any thread, with copies made under one lock; what changes anything belongs to the
+   system state manager's thread, the registration of handlers apart.
+*/
+class ApplicationManager : public Kernel::SystemTimer, public Kernel::Singleton<ApplicationManager>
+{
+public:
+    /** The pages that the last refresh found. NUM_OF_PAGES where there is none. */
+    struct Snapshot
+    {
+        std::int32_t normalSource = Pubhead::NUM_OF_PAGES;
+        std::int32_t frontShow = Pubhead::NUM_OF_PAGES;
+        std::int32_t firstBackSource = Pubhead::NUM_OF_PAGES; ///< the first page behind the top
+        std::int32_t lastBack = Pubhead::NUM_OF_PAGES;        ///< the page furthest back
+        std::int32_t playing = Pubhead::NUM_OF_PAGES;
+        std::int32_t rearRunning = Pubhead::NUM_OF_PAGES;
+        std::vector<int> runningPages;
+        // The scheduler's remembered pages, ahead of the ones above while a switch runs.
+        std::int32_t lastNormalSource = Pubhead::NUM_OF_PAGES;
+        std::int32_t lastSourcePage = Pubhead::NUM_OF_PAGES;
+    };
+
+    /** Beside the timer of the system state manager, which hears of its expiry. */
+    static constexpr int backgroundTimer = 2;
+    static constexpr int backgroundCheckMs = 5000;
+
+    void registerHandler(EngineApi::PageHandler::Ptr handler);
+    void unregisterHandler(const EngineApi::PageHandler::Ptr& handler);
+    EngineApi::PageHandler::Ptr getHandler(int page) const;
+    std::map<int, EngineApi::PageHandler::Ptr> getAllHandlers() const;
+    /** The page of that type that was registered last, or NUM_OF_PAGES. */
+    int getPageOfAppType(int appType) const;
+    Snapshot getSnapshot() const;
+
+    /** The page as the scheduler sees it: its configuration, and what its handler makes of it now. */
+    static ScheduleInfo::Ptr describePage(EngineApi::PageHandler& handler);
+    /** Decides one request; the answer is never null. */
+    SwitchAction::Ptr schedule(const RequestInfo& request);
+    void refreshSnapshot();
+    /** Refreshes the snapshot and tells who must know of a completed switch. */
+    void postSwitchUpdate();
+    /** Programs that nobody needs are closed after a while. */
+    void startBackgroundCheck();
+    /** The time is over, by the start of the timer with this number. */
+    void checkBackground(juce::int32 start);
+
+private:
+    friend class Kernel::Singleton<ApplicationManager>;
+    ApplicationManager();
+
+    ScheduleInput collectInput(const RequestInfo& request) const;
+    void announceNormalSource(int page) const;
+    void closeIdlePrograms();
+    std::set<int> findIdlePrograms() const;
+
+    mutable std::mutex lock;
+    std::map<int, EngineApi::PageHandler::Ptr> handlers;
+    std::map<int, int> pageOfAppType;
+    Snapshot snapshot;
+    Scheduler scheduler; ///< the state manager's thread only
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,223 @@
+#include "EngineLayer/schedule/Scheduler.h"
+
+#include <algorithm>
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+constexpr auto notShown = PageStates::notShown;
+
+bool raises(AppAction action)
+{
+    return action == AppAction::ToRun || action == AppAction::ToShow;
+}
+
+bool plays(AppAction action)
+{
+    return action == AppAction::ToRun || action == AppAction::ToPlay;
+}
+
+/** Lets the requested page win against pages of its own level, for the duration of one schedule. */
+class LevelBoost
+{
+public:
+    LevelBoost(ScheduleInfo& boosted, AppAction action)
+        : info(boosted)
+        , showLevel(boosted.showLevel)
+        , playLevel(boosted.playLevel)
+    {
+        if (raises(action) && showLevel != PageScheduleConfig::noCompetition)
+            ++info.showLevel;
+        if (plays(action) && playLevel != PageScheduleConfig::noCompetition)
+            ++info.playLevel;
+    }
+    ~LevelBoost()
+    {
+        info.showLevel = showLevel;
+        info.playLevel = playLevel;
+    }
+    LevelBoost(const LevelBoost&) = delete;
+    LevelBoost& operator=(const LevelBoost&) = delete;
+
+private:
+    ScheduleInfo& info;
+    const std::int32_t showLevel, playLevel;
+};
+
+} // namespace
+
+SwitchAction::Ptr Scheduler::schedule(const ScheduleInput& input)
+{
+    state.build(input);
+    const auto action = input.request.action;
+    if (state.request == nullptr || action < AppAction::ToRun || action > AppAction::ToStop)
+    {
+        SwitchAction::Ptr nothing = new SwitchAction();
+        nothing->requestPage = input.request.page;
+        return nothing;
+    }
+    {
+        const LevelBoost boost(*state.request, action);
+        resolve(action, showAllowed(input));
+        dropIdlePages();
+        if (action == AppAction::ToStop)
+            startDefaultSource(input);
+    }
+    rememberFrontPage();
+    return buildSwitchAction(input.request.page, input.deviceFlag);
+}
+
+bool Scheduler::showAllowed(const ScheduleInput& input)
+{
+    using namespace Pubhead;
+    const auto& [page, action, autoSwitch] = input.request;
+    if (!autoSwitch)
+        return true;
+    const auto handler = input.find(page);
+    const bool raisesSource = handler != nullptr && raises(action) && handler->isNormalSource;
+    if (input.frontShow == mbNavi && handler != nullptr)
+        return !raisesSource && !(raises(action) && page == mbBTPhone);
+    // The setup screen stays while the user switches off what plays.
+    if (input.frontShow == mbSetup && handler != nullptr)
+        return !(input.normalSource == mbBTAudio && !input.bluetoothSetting) &&
+               !(input.normalSource == mbiPodPandora && !input.pandoraSetting);
+    if (input.frontShow == mbThirdPart && handler != nullptr)
+        return !raisesSource;
+    return !(input.normalSource == mbDiscAuto && input.frontShow != mbDiscAuto &&
+             (page == mbDiscAudio || page == mbDiscVideo));
+}
+
+void Scheduler::resolve(AppAction action, bool toFront)
+{
+    auto& page = *state.request;
+    switch (action)
+    {
+    case AppAction::ToRun:
+        run(page, toFront);
+        break;
+    case AppAction::ToShow:
+        show(page, toFront);
+        placeRequest();
+        break;
+    case AppAction::ToPlay:
+        if (page.isRear)
+            break;
+        resolvePlay(page, false);
+        resolveAudio(page, false);
+        placeRequest();
+        break;
+    case AppAction::ToHide:
+        if (page.isRear)
+            break;
+        releaseShow(page);
+        placeRequest();
+        break;
+    case AppAction::ToStop:
+        if (page.isRear)
+            break;
+        releasePlay(page);
+        releaseShow(page);
+        break;
+    case AppAction::None:
+        break;
+    }
+}
+
+void Scheduler::run(ScheduleInfo& page, bool toFront)
+{
+    show(page, toFront);
+    resolvePlay(page, page.isRear);
+    resolveAudio(page, page.isRear);
+    dropCoveredSources(page, page.isRear);
+    placeRequest();
+}
+
+void Scheduler::show(ScheduleInfo& page, bool toFront)
+{
+    if (!toFront)
+        return;
+    resolveShow(page);
+    resolveVideo(page, page.isRear);
+}
+
+void Scheduler::placeRequest()
+{
+    if (state.request->isRear)
+        state.nextRear = state.request;
+    else
+        state.nextFront.push_back(state.request);
+}
+
+void Scheduler::dropIdlePages()
+{
+    std::erase_if(state.nextFront,
+                  [this](const ScheduleInfo::Ptr& info)
+                  {
+                      return info->page != state.request->page && info->states.showState == notShown &&
+                             info->states.playState == PageStates::stopped;
+                  });
+    if (state.nextRear != nullptr && state.nextRear->states.showState == notShown)
+        state.nextRear = nullptr;
+}
+
+void Scheduler::startDefaultSource(const ScheduleInput& input)
+{
+    auto& front = state.nextFront;
+    const auto defaultSource = input.find(input.defaultSource);
+    const bool menuOnTop = std::ranges::any_of(
+        front, [](const auto& info) { return info->page == Pubhead::mbMainMenu && info->states.showState == 1; });
+    if (defaultSource == nullptr || !menuOnTop ||
+        std::ranges::any_of(front, [](const auto& info) { return info->isNormalSource; }))
+        return;
+
+    std::int32_t last = 1;
+    for (const auto& info : front)
+        if (info->states.showState < notShown)
+            last = std::max(last, info->states.showState);
+    ScheduleInfo::Ptr started = new ScheduleInfo(*defaultSource);
+    started->states = { last + 1, PageStates::playing, PageStates::held, PageStates::notHeld };
+    front.push_back(started);
+}
+
+void Scheduler::rememberFrontPage()
+{
+    auto remember = [this](const ScheduleInfo& info)
+    {
+        if (info.states.showState != 1 || state.frontShowPage == info.page)
+            return;
+        state.frontShowPage = info.page;
+        state.frontShowChanged = true;
+        if (info.isSourcePage && !info.isRear && info.page != state.lastSourcePage)
+        {
+            state.lastSourcePage = info.page;
+            state.lastSourceChanged = true;
+        }
+    };
+    for (const auto& info : state.nextFront)
+        remember(*info);
+    // The screen shows rear pages too: one that is raised takes the top of the same stack.
+    if (state.nextRear != nullptr)
+        remember(*state.nextRear);
+}
+
+std::vector<juce::String> Scheduler::describeRequest(const RequestInfo& request)
+{
+    const auto rule = juce::String::repeatedString("-", 60);
+    juce::String line;
+    line << "ReqAPP: " << Pubhead::pageName(request.page)
+         << " | ReqType: " << actionName(static_cast<int>(request.action))
+         << " | AutoSwitch: " << (request.autoSwitch ? 1 : 0);
+    return { rule, line, rule };
+}
+
+std::vector<juce::String> Scheduler::describeBefore(const ScheduleInput& input)
+{
+    ScheduleState tables;
+    tables.build(input);
+    return tables.describeBuilt();
+}
+
+} // namespace EngineLayer

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "EngineLayer/schedule/ScheduleState.h"
+#include "EngineLayer/schedule/SwitchAction.h"
+
+namespace EngineLayer
+{
+
+/**
+    Decides the next states of every page: page states and a request in, orders out. It knows no thread, clock or
+   device; what lasts from one schedule to the next are the remembered pages of its state. One owner, one thread at a
+   time.
+*/
+class Scheduler
+{
+public:
+    /** Never null; without action when nothing is to be done, for a page that nobody registered and for no known
+     * action. */
+    SwitchAction::Ptr schedule(const ScheduleInput& input);
+
+    /** The tables as the last schedule left them, and the remembered pages. */
+    const ScheduleState& getState() const { return state; }
+
+    /** Whether the request may come to the front: what the system asks for does not push certain front pages away. */
+    static bool showAllowed(const ScheduleInput& input);
+
+    /** Log lines of the request: the request between two rules. */
+    static std::vector<juce::String> describeRequest(const RequestInfo& request);
+    /** Log lines of the tables as they stand before this schedule, and as the last schedule left them. */
+    static std::vector<juce::String> describeBefore(const ScheduleInput& input);
+    std::vector<juce::String> describeAfter() const { return state.describeScheduled(); }
+
+private:
+    void resolve(AppAction action, bool toFront);
+    void run(ScheduleInfo& page, bool toFront);
+    void show(ScheduleInfo& page, bool toFront);
+    void placeRequest();
+    void dropIdlePages();
+    void startDefaultSource(const ScheduleInput& input);
+    void rememberFrontPage();
+
+    // SchedulerResolution.cpp: who gets the screen, the sound, and the channels.
+    void resolveShow(ScheduleInfo& page);
+    void releaseShow(ScheduleInfo& page);
+    void resolveVideo(ScheduleInfo& page, bool rear);
+    void resolvePlay(ScheduleInfo& page, bool rear);
+    void releasePlay(ScheduleInfo& page);
+    void resolveAudio(ScheduleInfo& page, bool rear);
+    void dropCoveredSources(const ScheduleInfo& page, bool rear);
+
+    // SwitchActionBuilder.cpp: the difference between the tables as orders.
+    SwitchAction::Ptr buildSwitchAction(int requestPage, bool deviceFlag);
+    void orderStops();
+    void orderFrontPages(int requestPage, bool deviceFlag);
+    void orderRearPage(bool deviceFlag);
+    /** Files a change; a page that comes to the top is handed back instead, to be filed after the others. */
+    AppStateSwitch::Ptr orderChange(const ScheduleInfo& current, const ScheduleInfo& next, bool deviceFlag);
+
+    ScheduleState state;
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,161 @@
+#include "EngineLayer/schedule/ConflictRules.h"
+#include "EngineLayer/schedule/Scheduler.h"
+
+#include <algorithm>
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+constexpr auto notShown = PageStates::notShown;
+constexpr auto noCompetition = PageScheduleConfig::noCompetition;
+
+/** Applies the rule to the pages of the zone that hold what `page` wants. True when there was one. */
+template <typename Holds, typename Rule>
+bool contend(ScheduleInfo& page, const ScheduleState::List& zone, Holds holds, Rule rule)
+{
+    bool contended = false;
+    for (const auto& other : zone)
+    {
+        if (!holds(other->states))
+            continue;
+        rule(page, *other);
+        contended = true;
+    }
+    return contended;
+}
+
+ScheduleState::List zoneOf(const ScheduleState& state, bool rear)
+{
+    if (!rear)
+        return state.nextFront;
+    return state.nextRear == nullptr ? ScheduleState::List {} : ScheduleState::List { state.nextRear };
+}
+
+} // namespace
+
+void Scheduler::resolveShow(ScheduleInfo& page)
+{
+    auto& own = page.states.showState;
+    if (page.showLevel == noCompetition)
+    {
+        if (own != notShown)
+            releaseShow(page);
+        return;
+    }
+    own = notShown;
+    auto* best = state.showStack.empty() ? &page : state.showStack.front().get();
+    // Only the page that is overtaken moves down: it may share its new number with the next until the stack is
+    // renumbered.
+    for (const auto& other : state.showStack)
+    {
+        auto& theirs = other->states.showState;
+        if (theirs != notShown && page.showLevel > other->showLevel && theirs < own)
+            own = theirs++;
+        if (own < best->states.showState)
+            best = &page;
+        if (theirs < best->states.showState)
+            best = other.get();
+    }
+    best->states.showState = 1;
+}
+
+void Scheduler::releaseShow(ScheduleInfo& page)
+{
+    if (page.states.showState == 1)
+    {
+        auto& front = state.nextFront;
+        const auto showState = [](const ScheduleInfo::Ptr& info) { return info->states.showState; };
+        const auto next = std::ranges::min_element(front, {}, showState);
+        const auto rearNumber = state.nextRear == nullptr ? notShown : showState(state.nextRear);
+        // A rear page that comes next is not raised.
+        if (next != front.end() && showState(*next) < notShown && showState(*next) <= rearNumber)
+        {
+            const ScheduleInfo::Ptr raised = new ScheduleInfo(**next);
+            raised->states.showState = 1;
+            front.erase(next);
+            resolveVideo(*raised, false);
+            front.push_back(raised);
+        }
+    }
+    page.states.showState = notShown;
+    page.states.videoState = PageStates::notHeld;
+}
+
+void Scheduler::resolveVideo(ScheduleInfo& page, bool rear)
+{
+    page.states.videoState = PageStates::notHeld;
+    if (page.videoLevel == noCompetition || page.states.showState != 1)
+        return;
+    const auto holds = [](const PageStates& states) { return states.videoState == PageStates::held; };
+    if (!contend(page, zoneOf(state, rear), holds, applyVideoRule))
+        page.states.videoState = PageStates::held;
+}
+
+void Scheduler::resolvePlay(ScheduleInfo& page, bool rear)
+{
+    if (page.playLevel == noCompetition)
+    {
+        if (page.states.playState != PageStates::stopped)
+            releasePlay(page);
+        return;
+    }
+    page.states.playState = PageStates::stopped;
+    const auto plays = [](const PageStates& states) { return states.playState != PageStates::stopped; };
+    if (!contend(page, zoneOf(state, rear), plays, applyPlayRule))
+        page.states.playState = PageStates::playing;
+}
+
+void Scheduler::releasePlay(ScheduleInfo& page)
+{
+    auto& front = state.nextFront;
+    if (page.states.playState == PageStates::playing)
+    {
+        const auto next = std::ranges::max_element(front, {}, [](const auto& info) { return info->playLevel; });
+        if (next != front.end() && (*next)->playLevel > noCompetition)
+        {
+            const ScheduleInfo::Ptr silent = *next;
+            const ScheduleInfo::Ptr heir = new ScheduleInfo(*silent);
+            heir->states.playState = PageStates::playing;
+            front.erase(next);
+            resolveAudio(*heir, false);
+            front.push_back(heir->states.audioState == PageStates::held ? heir : silent);
+        }
+    }
+    else if (page.states.playState == PageStates::mixed)
+    {
+        const auto partner =
+            std::ranges::find_if(front, [](const auto& info) { return info->states.playState == PageStates::mixed; });
+        if (partner != front.end())
+        {
+            (*partner)->states.playState = PageStates::playing;
+            (*partner)->states.audioState = PageStates::held;
+        }
+    }
+    page.states.playState = PageStates::stopped;
+    page.states.audioState = PageStates::notHeld;
+}
+
+void Scheduler::resolveAudio(ScheduleInfo& page, bool rear)
+{
+    page.states.audioState = PageStates::notHeld;
+    if (page.audioLevel == noCompetition || page.states.playState == PageStates::stopped)
+        return;
+    const auto holds = [](const PageStates& states) { return states.audioState == PageStates::held; };
+    if (!contend(page, zoneOf(state, rear), holds, applyAudioRule))
+        page.states.audioState = PageStates::held;
+}
+
+void Scheduler::dropCoveredSources(const ScheduleInfo& page, bool rear)
+{
+    if (rear || !page.isNormalSource)
+        return;
+    for (const auto& other : state.nextFront)
+        if (other->isNormalSource && other->states.showState > page.states.showState &&
+            other->states.playState == PageStates::stopped)
+            other->states.showState = notShown;
+}
+
+} // namespace EngineLayer

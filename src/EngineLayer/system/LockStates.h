@@ -1,0 +1,58 @@
+#pragma once
+
+#include "EngineLayer/system/SchedulingState.h"
+
+#include <optional>
+
+namespace EngineLayer
+{
+
+/** The user's lock: only the anti-theft page may run. */
+class LockState : public SchedulingState
+{
+public:
+    using SchedulingState::SchedulingState;
+
+    void onEnter(int previousState) override;
+
+protected:
+    bool refuses(const RequestInfo& request) const override { return request.page != Pubhead::mbAntitheft; }
+    /** What came in while a switch ran is taken up now: an unlock first, then the requests. */
+    void onIdle() override;
+    void onAntitheftExit(int what) override;
+    virtual void onIdleExit(int what) = 0;
+
+private:
+    std::optional<int> heldExit;
+};
+
+/** The code may be entered. */
+class SystemStateAntitheft : public LockState
+{
+public:
+    using LockState::LockState;
+
+    int getState() const override { return EngineApi::kAntitheft; }
+    bool canSwitchTo(int state) const override;
+
+private:
+    void onIdleRequest(const RequestInfo& request) override;
+    void onIdleExit(int what) override;
+    void endLock();
+};
+
+/** Locked. */
+class SystemStateLocked : public LockState
+{
+public:
+    using LockState::LockState;
+
+    int getState() const override { return EngineApi::kLocked; }
+    bool canSwitchTo(int state) const override;
+
+private:
+    void onIdleRequest(const RequestInfo& request) override;
+    void onIdleExit(int what) override;
+};
+
+} // namespace EngineLayer

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "EngineLayer/system/SchedulingState.h"
+
+#include <atomic>
+
+namespace EngineLayer
+{
+
+class SystemStateNormalRun : public SchedulingState
+{
+public:
+    using SchedulingState::SchedulingState;
+
+    int getState() const override { return EngineApi::kNormalRun; }
+    bool canSwitchTo(int state) const override;
+    void onEnter(int previousState) override;
+
+private:
+    void onIdle() override { takeOldestRequest(); }
+};
+
+/** Audio and video are off until a stop request brings the saved source back. */
+class SystemStateISRMode : public SchedulingState
+{
+public:
+    using SchedulingState::SchedulingState;
+
+    int getState() const override { return EngineApi::kISRMode; }
+    bool canSwitchTo(int state) const override;
+    void onEnter(int previousState) override;
+    void onExit(int nextState) override;
+
+    /** Any thread. */
+    int getReturnPage() const { return returnPage; }
+
+private:
+    void onIdleRequest(const RequestInfo& request) override;
+    /** What is queued waits for the next request. */
+    void onIdle() override {}
+
+    std::atomic<int> returnPage { Pubhead::NUM_OF_PAGES };
+};
+
+/** Audio and video are off while the system keeps running, ready to resume. */
+class SystemStateDummyPowerOff : public SchedulingState
+{
+public:
+    using SchedulingState::SchedulingState;
+
+    int getState() const override { return EngineApi::kDummyPowerOff; }
+    bool canSwitchTo(int state) const override;
+    void onEnter(int previousState) override;
+    void onExit(int nextState) override;
+
+private:
+    void onIdle() override { takeOldestRequest(); }
+    void rememberPages();
+    void resumePages();
+
+    int resumeFront = Pubhead::NUM_OF_PAGES;
+    int resumeRear = Pubhead::NUM_OF_PAGES;
+};
+
+} // namespace EngineLayer

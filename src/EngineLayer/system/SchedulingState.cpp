@@ -1,0 +1,183 @@
+#include "EngineLayer/system/SchedulingState.h"
+
+#include "EngineApi/Pages.h"
+#include "EngineLayer/schedule/ApplicationManager.h"
+#include "EngineLayer/system/SystemStateManager.h"
+#include "kernel/MessageIds.h"
+
+#include <algorithm>
+
+using namespace EngineApi;
+
+namespace EngineLayer
+{
+
+namespace
+{
+
+constexpr int switchTimeOutMs = 3000;
+
+bool isAwaited(const SwitchAction& action, int page)
+{
+    return std::ranges::any_of(action.orders, [page](const auto& order)
+                               { return order->page == page && order->progress == OrderProgress::sent; });
+}
+
+} // namespace
+
+void SchedulingState::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload&)
+{
+    switch (id)
+    {
+    case Kernel::MSG_SCHEDULE_REQUEST:
+        onRequest(RequestInfo::fromArguments(arg1, arg2));
+        break;
+    case Kernel::MSG_SYS_ANTITHEFT_EXIT:
+        onAntitheftExit(arg1);
+        break;
+    case stateIdle:
+        if (subState == kIdle)
+            onIdle();
+        break;
+    case stateSchedule:
+        if (subState == kSchedule)
+            runSchedule(RequestInfo::fromArguments(arg1, arg2));
+        break;
+    case stateSwitch:
+        if (subState == kSwitch)
+            startSwitch();
+        break;
+    case Kernel::MSG_SWITCH_REPORT:
+        if (subState == kSwitch)
+            onReport(arg1, arg2 == 1);
+        break;
+    case Kernel::MSG_SYS_TIMER:
+        if (subState == kSwitch)
+            onTimeOut();
+        break;
+    default:
+        break;
+    }
+}
+
+void SchedulingState::onRequest(const RequestInfo& request)
+{
+    if (refuses(request))
+        manager.sendResult(request.page, scheduleRefused);
+    else if (subState == kIdle)
+        onIdleRequest(request);
+    else if (manager.queueRequest(request))
+        manager.sendResult(request.page, scheduleQueued);
+}
+
+void SchedulingState::onIdleRequest(const RequestInfo& request)
+{
+    // The oldest is taken first, so that a full queue has room for the new one.
+    auto taken = request;
+    if (const auto oldest = manager.takeRequest())
+    {
+        taken = *oldest;
+        manager.queueRequest(request);
+    }
+    if (taken.page != request.page)
+        manager.sendResult(taken.page, scheduleQueued);
+    if (getHandler(taken.page) == nullptr)
+        manager.sendResult(taken.page, scheduleFailed);
+    else
+        beginSchedule(taken);
+}
+
+void SchedulingState::takeOldestRequest()
+{
+    if (const auto request = manager.takeRequest())
+        beginSchedule(*request);
+    else
+        ApplicationManager::getInstance()->startBackgroundCheck();
+}
+
+void SchedulingState::beginSchedule(const RequestInfo& request)
+{
+    manager.postToSelf(stateSchedule, request.page, request.toArgument());
+    manager.switchState(getState(), kSchedule);
+}
+
+void SchedulingState::runSchedule(const RequestInfo& request)
+{
+    const auto handler = getHandler(request.page);
+    if (handler == nullptr || (request.action == AppAction::ToStop && !handler->isRunning()))
+    {
+        refuse(request.page);
+        return;
+    }
+    switchAction = ApplicationManager::getInstance()->schedule(request);
+    if (!switchAction->hasAction())
+    {
+        switchAction = nullptr;
+        refuse(request.page);
+        return;
+    }
+    manager.postToSelf(stateSwitch, 0, 0);
+    manager.switchState(getState(), kSwitch);
+}
+
+void SchedulingState::refuse(int page)
+{
+    manager.sendResult(page, scheduleRefused);
+    manager.switchState(getState(), kIdle);
+}
+
+void SchedulingState::startSwitch()
+{
+    manager.startTimer(SystemStateManager::timerId, switchTimeOutMs);
+    sendOrders();
+}
+
+void SchedulingState::sendOrders()
+{
+    for (const auto& order : switchAction->sendNext())
+        postSwitchOrder(order->page, order);
+}
+
+void SchedulingState::onReport(int page, bool ok)
+{
+    // A late report of an earlier switch must not send the runs ahead of the stops.
+    const bool awaited = isAwaited(*switchAction, page);
+    switchAction->markPage(page, ok);
+    if (awaited && !switchAction->allSent())
+        sendOrders();
+    if (switchAction->allSent() && switchAction->allFinished())
+        finishSwitch();
+}
+
+void SchedulingState::finishSwitch()
+{
+    ApplicationManager::getInstance()->postSwitchUpdate();
+    sendOutcome();
+    endSwitch();
+}
+
+void SchedulingState::onTimeOut()
+{
+    sendOutcome();
+    endSwitch();
+}
+
+void SchedulingState::sendOutcome()
+{
+    if (switchAction->allSent() && switchAction->allFinished() && switchAction->allSucceeded())
+    {
+        manager.sendResult(switchAction->requestPage, scheduleDone);
+        return;
+    }
+    for (const int page : switchAction->sentPages())
+        manager.sendResult(page, scheduleFailed);
+}
+
+void SchedulingState::endSwitch()
+{
+    manager.stopTimer(SystemStateManager::timerId);
+    switchAction = nullptr;
+    manager.switchState(getState(), kIdle);
+}
+
+} // namespace EngineLayer

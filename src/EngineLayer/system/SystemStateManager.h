@@ -1,0 +1,74 @@
+#pragma once
+
+#include "EngineLayer/system/SystemState.h"
+#include "kernel/Singleton.h"
+#include "kernel/SystemTask.h"
+#include "kernel/SystemTimer.h"
+
+#include <deque>
+#include <map>
+#include <optional>
+
+namespace EngineLayer
+{
+
+/**
+    The unit's power and lock state and, in it, the road of every schedule request. It runs on its group's thread; the
+    free functions of EngineApi/SystemState.h are the way in from other threads.
+*/
+class SystemStateManager : public Kernel::ComponentTask,
+                           public Kernel::SystemTimer,
+                           public Kernel::Singleton<SystemStateManager>
+{
+public:
+    /** Of the switch time-out and of the power-off time-out, which never run together. */
+    static constexpr int timerId = 1;
+    /** Requests that may wait; one more is refused. */
+    static constexpr std::size_t requestCapacity = 32;
+
+    void initialize() override;
+    void onRelease() override;
+    void dispatchMessage(const Kernel::SystemMessage& message) override;
+    void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
+
+    // Any thread.
+    int getState() const { return publishedState; }
+    int getSubState() const { return publishedSubState; }
+    int getPreviousState() const { return previousState; }
+    int getISRReturnPage() const;
+    /** At once on the own thread, posted from any other. */
+    void requestSwitch(int state, int subState);
+
+    // The states' side, own thread.
+    void switchState(int state, int subState);
+    void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
+    /** False, and the sender is told, when too many wait. */
+    bool queueRequest(const RequestInfo& request);
+    std::optional<RequestInfo> takeRequest();
+    void sendResult(int page, ScheduleStatus status);
+
+private:
+    friend class Kernel::Singleton<SystemStateManager>;
+    SystemStateManager();
+
+    void toCurrentState(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload);
+    void addState(SystemState::Ptr state);
+    void changeState(int state, int subState);
+    bool enterState(int state);
+    void takePendingState();
+    void postFollowUp();
+    void publish();
+
+    std::map<int, SystemState::Ptr> states;
+    SystemState::Ptr current;
+    std::atomic<int> previousState { EngineApi::kBooting };
+    std::deque<RequestInfo> requests;
+    int refusedRequests = 0; ///< for lack of room
+    std::deque<int> pendingStates;
+
+    std::atomic<int> publishedState { EngineApi::kPowerOff };
+    std::atomic<int> publishedSubState { EngineApi::kIdle };
+    std::atomic<juce::Thread::ThreadID> ownThread { nullptr };
+};
+
+} // namespace EngineLayer

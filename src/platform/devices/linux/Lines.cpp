@@ -1,0 +1,143 @@
+#include "platform/devices/Lines.h"
+
+#include "platform/config/Configuration.h"
+#include "platform/devices/LineDevices.h"
+#include "platform/devices/linux/FailureLog.h"
+#include "platform/devices/socket/SocketDevice.h"
+
+#include <map>
+#include <mutex>
+
+namespace Platform
+{
+
+namespace
+{
+
+constexpr const char* source = "platform/Lines";
+constexpr const char* i2cBus1 = "I2C1:";
+
+std::unique_ptr<GpioChip> chipOf(const juce::String& configured)
+{
+    const auto socketPath = SocketDevice::pathOf(configured);
+    return socketPath.isEmpty() ? makeGpioChip(configured) : makeSocketGpioChip(socketPath);
+}
+
+std::unique_ptr<I2CBus> busOf(const juce::String& configured, int timeoutMs, juce::String& error)
+{
+    const auto socketPath = SocketDevice::pathOf(configured);
+    return socketPath.isEmpty() ? openI2cBus(configured, timeoutMs, error)
+                                : openSocketI2cBus(socketPath, timeoutMs, error);
+}
+
+/** The process's one chip. It stays open, so that outputs keep their levels. */
+class GpioLines
+{
+public:
+    static GpioLines& get()
+    {
+        static GpioLines instance;
+        return instance;
+    }
+
+    /** The operation on the chip line that stands for the unit line. */
+    template <typename Operation>
+    bool use(int line, Operation operation)
+    {
+        const std::lock_guard guard(lock);
+        const auto& configuration = Configuration::get();
+        if (chip == nullptr || path != configuration.gpio)
+        {
+            path = configuration.gpio;
+            chip = chipOf(path);
+        }
+        const auto mapped = configuration.gpioLines.find(line);
+        const int chipLine = mapped == configuration.gpioLines.end() ? line : mapped->second;
+        return failures.check(line, path + " line " + juce::String(chipLine), operation(*chip, chipLine));
+    }
+
+private:
+    std::mutex lock;
+    juce::String path;
+    std::unique_ptr<GpioChip> chip;
+    FailureLog failures { source, "GpioFunc" };
+};
+
+/** A camera is asked every second: a bus or device that is not there is reported once. */
+struct I2cFailures
+{
+    static bool check(int thing, const juce::String& name, const juce::Result& result)
+    {
+        static FailureLog failures { source, "I2CDevice" };
+        return failures.check(thing, name, result);
+    }
+
+    static constexpr int bus = -1; ///< any other number is the address of a device
+};
+
+} // namespace
+
+bool GpioFunc::setPinFunc(int line, int function)
+{
+    return GpioLines::get().use(line, [function](GpioChip& chip, int chipLine)
+                                { return chip.setFunction(chipLine, function); });
+}
+
+bool GpioFunc::writePin(int line, int level)
+{
+    return GpioLines::get().use(line, [level](GpioChip& chip, int chipLine) { return chip.write(chipLine, level); });
+}
+
+int GpioFunc::readPin(int line)
+{
+    int level = 0;
+    const bool known =
+        GpioLines::get().use(line, [&level](GpioChip& chip, int chipLine) { return chip.read(chipLine, level); });
+    return known ? level : -1;
+}
+
+void endDeviceWaits()
+{
+    SocketDevice::endAll();
+}
+
+struct I2CDevice::Backend
+{
+    std::unique_ptr<I2CBus> bus;
+};
+
+I2CDevice::I2CDevice()
+    : backend(std::make_unique<Backend>())
+{
+}
+
+I2CDevice::~I2CDevice() = default;
+
+bool I2CDevice::open(const juce::String& bus, int timeoutMs)
+{
+    close();
+    juce::String error = "there is no such bus";
+    if (bus == i2cBus1)
+        backend->bus = busOf(Configuration::get().i2c1, timeoutMs, error);
+    return I2cFailures::check(I2cFailures::bus, bus,
+                              backend->bus != nullptr ? juce::Result::ok() : juce::Result::fail(error));
+}
+
+void I2CDevice::close()
+{
+    backend->bus.reset();
+}
+
+bool I2CDevice::writeRegister(int address, int registerNumber, std::uint8_t value)
+{
+    return backend->bus != nullptr && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
+                                                         backend->bus->write(address, registerNumber, value));
+}
+
+bool I2CDevice::readRegister(int address, int registerNumber, std::uint8_t& value)
+{
+    return backend->bus != nullptr && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
+                                                         backend->bus->read(address, registerNumber, value));
+}
+
+} // namespace Platform

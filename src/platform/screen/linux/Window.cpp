@@ -1,0 +1,199 @@
+#include "platform/screen/Window.h"
+
+#include "platform/base/Utf8.h"
+#include "platform/screen/linux/XConnection.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Platform
+{
+
+namespace
+{
+
+constexpr int messageFormat = 32;
+/** In 32-bit units; no window has a longer title. */
+constexpr std::uint32_t longestTitle = 1024;
+
+using Windows = std::vector<xcb_window_t>;
+
+void append(Windows& windows, const Windows& more)
+{
+    for (const auto window : more)
+        if (std::find(windows.begin(), windows.end(), window) == windows.end())
+            windows.push_back(window);
+}
+
+/** Children of every parent; all requests go out before the first answer is awaited. */
+Windows childrenOf(const XConnection& x, const Windows& parents)
+{
+    std::vector<xcb_query_tree_cookie_t> cookies;
+    for (const auto parent : parents)
+        cookies.push_back(xcb_query_tree(x.get(), parent));
+    Windows children;
+    for (const auto cookie : cookies)
+        if (const XReply<xcb_query_tree_reply_t> reply { xcb_query_tree_reply(x.get(), cookie, nullptr) })
+        {
+            const auto* first = xcb_query_tree_children(reply.get());
+            children.insert(children.end(), first, first + xcb_query_tree_children_length(reply.get()));
+        }
+    return children;
+}
+
+/** What a window manager manages and what lies directly on the root. */
+Windows topLevelWindows(const XConnection& x)
+{
+    auto windows = x.getValues(x.getRoot(), x.getAtoms()._NET_CLIENT_LIST, XCB_ATOM_WINDOW);
+    append(windows, childrenOf(x, { x.getRoot() }));
+    return windows;
+}
+
+/** A text property, by its own type; "" when there is none. */
+juce::String textOf(const XConnection& x, const xcb_get_property_reply_t* reply)
+{
+    if (reply == nullptr || reply->format != 8)
+        return {};
+    const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply));
+    const int length = xcb_get_property_value_length(reply);
+    if (reply->type == x.getAtoms().UTF8_STRING)
+        return textOfUtf8({ bytes, static_cast<size_t>(length) });
+    juce::String latin1;
+    for (const char byte : std::string_view(bytes, static_cast<size_t>(length)))
+        latin1 += static_cast<juce::juce_wchar>(static_cast<unsigned char>(byte));
+    return latin1;
+}
+
+/** The first of the windows with the title, or noWindow. */
+WindowHandle findTitled(const XConnection& x, const Windows& windows, const juce::String& title)
+{
+    struct Cookies
+    {
+        xcb_get_property_cookie_t modern;
+        xcb_get_property_cookie_t old;
+    };
+    std::vector<Cookies> cookies;
+    for (const auto window : windows)
+        cookies.push_back(
+            { xcb_get_property(x.get(), 0, window, x.getAtoms()._NET_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0,
+                               longestTitle),
+              xcb_get_property(x.get(), 0, window, XCB_ATOM_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0, longestTitle) });
+    WindowHandle found = noWindow;
+    for (size_t index = 0; index < windows.size(); ++index)
+    {
+        const auto& [modernCookie, oldCookie] = cookies[index];
+        const XReply<xcb_get_property_reply_t> modern(xcb_get_property_reply(x.get(), modernCookie, nullptr));
+        const XReply<xcb_get_property_reply_t> old(xcb_get_property_reply(x.get(), oldCookie, nullptr));
+        auto text = textOf(x, modern.get());
+        if (text.isEmpty())
+            text = textOf(x, old.get());
+        if (found == noWindow && text == title)
+            found = windows[index];
+    }
+    return found;
+}
+
+xcb_client_message_event_t clientMessage(xcb_window_t window, xcb_atom_t type, std::array<std::uint32_t, 3> data)
+{
+    xcb_client_message_event_t event {};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = messageFormat;
+    event.window = window;
+    event.type = type;
+    std::copy(data.begin(), data.end(), event.data.data32);
+    return event;
+}
+
+xcb_void_cookie_t sendMessage(const XConnection& x, xcb_window_t window, std::array<std::uint32_t, 3> data)
+{
+    const auto event = clientMessage(window, x.getMessageType(), data);
+    // Without an event mask it goes to the program that made the window.
+    return xcb_send_event_checked(x.get(), 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
+}
+
+} // namespace
+
+WindowHandle findWindow(const juce::String& title)
+{
+    const auto x = XConnection::shared();
+    if (x == nullptr || title.isEmpty())
+        return noWindow;
+    // Hidden windows are in no manager's list, and without a manager there is no list: then the tree is searched. A
+    // manager puts its frames between the root and the windows.
+    auto candidates = topLevelWindows(*x);
+    auto found = findTitled(*x, candidates, title);
+    if (found == noWindow)
+        found = findTitled(*x, childrenOf(*x, candidates), title);
+    x->finish();
+    return found;
+}
+
+bool isWindow(WindowHandle window)
+{
+    const auto x = XConnection::shared();
+    if (x == nullptr || window == noWindow)
+        return false;
+    const XReply<xcb_get_window_attributes_reply_t> reply(
+        xcb_get_window_attributes_reply(x->get(), xcb_get_window_attributes(x->get(), window), nullptr));
+    return x->finish() && reply != nullptr;
+}
+
+int windowProcess(WindowHandle window)
+{
+    const auto x = XConnection::shared();
+    if (x == nullptr || window == noWindow)
+        return -1;
+    const auto pids = x->getValues(window, x->getAtoms()._NET_WM_PID, XCB_ATOM_CARDINAL);
+    return x->finish() && !pids.empty() ? static_cast<int>(pids.front()) : -1;
+}
+
+bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t wParam, std::int32_t lParam)
+{
+    const auto x = XConnection::shared();
+    if (x == nullptr || window == noWindow)
+        return false;
+    const std::array data { static_cast<std::uint32_t>(message), static_cast<std::uint32_t>(wParam),
+                            static_cast<std::uint32_t>(lParam) };
+    if (window != allWindows)
+        return x->check(sendMessage(*x, window, data)) && x->finish();
+    std::vector<xcb_void_cookie_t> cookies;
+    for (const auto each : topLevelWindows(*x))
+        cookies.push_back(sendMessage(*x, each, data));
+    for (const auto cookie : cookies)
+        x->check(cookie); // A window that went meanwhile needs no message.
+    return x->finish();
+}
+
+void showWindow(WindowHandle window, bool visible)
+{
+    const auto x = XConnection::shared();
+    if (x == nullptr || window == noWindow)
+        return;
+    x->check(visible ? xcb_map_window_checked(x->get(), window) : xcb_unmap_window_checked(x->get(), window));
+    x->finish();
+}
+
+void setForegroundWindow(WindowHandle window)
+{
+    const auto x = XConnection::shared();
+    if (x == nullptr || window == noWindow)
+        return;
+    const auto activate = x->getAtoms()._NET_ACTIVE_WINDOW;
+    if (x->managerSupports(activate))
+    {
+        const auto event =
+            clientMessage(window, activate, { XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME, XCB_NONE });
+        x->check(xcb_send_event_checked(x->get(), 0, x->getRoot(),
+                                        XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                                        reinterpret_cast<const char*>(&event)));
+    }
+    else
+    {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        x->check(xcb_configure_window_checked(x->get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above));
+        x->check(xcb_map_window_checked(x->get(), window));
+    }
+    x->finish();
+}
+
+} // namespace Platform

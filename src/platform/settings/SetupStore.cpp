@@ -1,0 +1,127 @@
+#include "platform/settings/SetupStore.h"
+
+#include "platform/base/Logger.h"
+#include "platform/config/Configuration.h"
+#include "platform/settings/SetupEnvironment.h"
+#include "platform/settings/SetupWriter.h"
+
+#include <filesystem>
+
+namespace Platform
+{
+
+namespace
+{
+
+std::atomic<bool> readsOnly { false };
+
+template <typename... Arguments>
+void logError(int line, const char* format, Arguments... arguments)
+{
+    Logger::getInstance()->logError("platform/SetupStore", line, "SetupStore", format, arguments...);
+}
+
+/** For a process that writes nothing: the store as the unit has it now. */
+std::string readShared(int index)
+{
+    auto& environment = SetupEnvironment::get();
+    std::string value;
+    int result = environment.open(settingsFolder(), SetupEnvironment::Access::readOnly);
+    if (result == MDB_SUCCESS)
+        result = environment.read(index, value);
+    if (result == MDB_SUCCESS)
+        return value;
+    // One that was only just made has its settings at the next look.
+    if (environment.isEmpty())
+        environment.close();
+    static const auto factoryValues = readFactoryValues();
+    const auto factoryValue = factoryValues.find(index);
+    return factoryValue != factoryValues.end() ? factoryValue->second : std::string();
+}
+
+std::string readValue(int index)
+{
+    return readsOnly ? readShared(index) : SetupWriter::get().read(index);
+}
+
+bool writeValue(int index, const std::string& value)
+{
+    if (readsOnly)
+        logError(__LINE__, "setting %d: this process only reads settings", index);
+    else
+        SetupWriter::get().set(index, value);
+    return !readsOnly;
+}
+
+} // namespace
+
+juce::int32 VX_GetSetupValueInt(int index)
+{
+    return decodeSetupInt(readValue(index)).value_or(0);
+}
+
+juce::String VX_GetSetupValueString(int index)
+{
+    return decodeSetupText(readValue(index)).value_or(juce::String());
+}
+
+bool VX_SetSetupValueInt(int index, juce::int32 value)
+{
+    return writeValue(index, encodeSetup(value));
+}
+
+bool VX_SetSetupValueString(int index, const juce::String& value)
+{
+    const auto text = value.toStdString();
+    if (text.size() > longestSetupText)
+    {
+        logError(__LINE__, "setting %d: a text of %zu bytes is refused", index, text.size());
+        return false;
+    }
+    return writeValue(index, encodeSetup(text));
+}
+
+bool VX_IsSetupValueString(int index)
+{
+    return decodeSetupText(readValue(index)).has_value();
+}
+
+bool VX_IsSetupValueKnown(int index)
+{
+    return !readValue(index).empty();
+}
+
+bool VX_WaitForSetupInfo()
+{
+    return SetupWriter::get().waitUntilStored();
+}
+
+bool VX_LoadDataFromSystemFile()
+{
+    return SetupWriter::get().open();
+}
+
+bool VX_LoadDataFromFactoryFile()
+{
+    const auto values = readFactoryValues();
+    if (values.empty())
+        return false;
+    SetupWriter::get().replaceAll(values);
+    std::error_code error;
+    std::filesystem::remove_all(settingsFolder(), error);
+    if (error)
+        logError(__LINE__, "%s: %s", settingsFolder().c_str(), error.message().c_str());
+    return !error;
+}
+
+void VX_ReleaseSetupInfo()
+{
+    SetupWriter::get().close();
+}
+
+void VX_ReadSetupInfoOnly()
+{
+    readsOnly = true;
+}
+
+} // namespace Platform

@@ -1,0 +1,137 @@
+#include "ApplicationLayer/general/GeneralApplication.h"
+
+#include "EngineApi/KeyCodes.h"
+#include "EngineApi/Remote.h"
+#include "EngineLayer/devices/DeviceStatusManager.h"
+#include "doubles/LinesDouble.h"
+#include "doubles/SystemDouble.h"
+#include "support/ApplicationFixture.h"
+
+using namespace ApplicationLayer;
+using namespace EngineApi;
+using namespace EngineLayer;
+using namespace Pubhead;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace
+{
+
+constexpr int pageTimer = 1;
+
+class GeneralTest : public ApplicationFixture
+{
+protected:
+    GeneralTest()
+    {
+        Platform::doubles::LinesDouble::reset();
+        Platform::doubles::SystemDouble::reset();
+        add(DeviceStatusManager::getInstance(), Kernel::deviceStatusManagerId);
+        add(&general, Kernel::generalApplicationId);
+        for (const int program : { AppCamera, AppAntitheft, AppEQ })
+            connect(program);
+        takePosted();
+    }
+
+    void device(int kind, bool present)
+    {
+        setDeviceState(kind, present);
+        run();
+    }
+
+    Platform::Bundle::Ptr show(int page)
+    {
+        return order(page, SwitchType::ToChange, { 1, 0, 0, 0 }, CommandLine::genCmdPageShow(page, false));
+    }
+    void hide(int page) { order(page, SwitchType::ToChange, { 2, 0, 0, 0 }, CommandLine::genCmdPageHide(page, mbFM)); }
+
+    GeneralApplication& general = *new GeneralApplication;
+};
+
+} // namespace
+
+/** The trigger input shows the camera, a key takes it away while the input stays on, the input's end changes nothing.
+ */
+TEST_F(GeneralTest, CameraFollowsTriggerAndKey)
+{
+    device(triggerInput, true);
+    EXPECT_THAT(requests(), ElementsAre("mbCamera run auto"));
+    device(triggerInput, false);
+    EXPECT_THAT(requests(), ElementsAre("mbCamera stop auto"));
+
+    device(triggerInput, true);
+    favoriteBar.shown = true;
+    key(mbCamera, KEY_SHOWCAMERA);
+    EXPECT_THAT(requests(), ElementsAre("mbCamera run auto", "mbCamera stop auto"));
+    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 }));
+    device(triggerInput, false);
+    key(mbCamera, KEY_MENU);
+    EXPECT_THAT(requests(), IsEmpty());
+    EXPECT_THAT(takeSent(), IsEmpty());
+
+    // On and off before the application has looked: the camera stays off.
+    setDeviceState(triggerInput, true);
+    step();
+    setDeviceState(triggerInput, false);
+    run();
+    EXPECT_FALSE(dynamic_cast<CameraHandler&>(*getHandler(mbCamera)).isCameraOn());
+}
+
+/** What covers the camera gives way after five seconds, unless the camera was taken away in between. */
+TEST_F(GeneralTest, CameraComesBackWhileItIsOn)
+{
+    auto& timers = timersOf(mbCamera);
+    key(mbCamera, KEY_INFOBAR_SWITCH_SPEAKER);
+    EXPECT_FALSE(timers.isTimerRunning(pageTimer)); // it is off
+    key(mbCamera, KEY_SHOWCAMERA);
+    show(mbCamera);
+    hide(mbCamera);
+    EXPECT_EQ(timers.getTimerInterval(pageTimer), 5000);
+    fire(timers, pageTimer);
+    EXPECT_THAT(requests(), ElementsAre("mbCamera run auto"));
+
+    hide(mbCamera);
+    show(mbCamera);
+    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
+    key(mbCamera, KEY_INFOBAR_SWITCH_SPEAKER);
+    fire(timers, pageTimer);
+    EXPECT_THAT(requests(), IsEmpty()); // it is in front
+
+    hide(mbCamera);
+    key(mbCamera, KEY_SHOWCAMERA);
+    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
+    EXPECT_THAT(requests(), ElementsAre("mbCamera stop auto"));
+    hide(mbCamera);
+    fire(timers, pageTimer);
+    EXPECT_THAT(requests(), IsEmpty());
+}
+
+TEST_F(GeneralTest, EqualiserEndsWhenItStaysHidden)
+{
+    auto& timers = timersOf(mbEQ);
+    show(mbEQ);
+    hide(mbEQ);
+    EXPECT_EQ(timers.getTimerInterval(pageTimer), 6000);
+    show(mbEQ);
+    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
+
+    hide(mbEQ);
+    order(mbEQ, SwitchType::ToChange, { 1, 0, 0, 0 }); // in front again, without a command line
+    fire(timers, pageTimer);
+    EXPECT_THAT(requests(), IsEmpty());
+    hide(mbEQ);
+    fire(timers, pageTimer);
+    EXPECT_THAT(requests(), ElementsAre("mbEQ stop auto"));
+}
+
+TEST_F(GeneralTest, OnlyTheAntitheftProgramUnlocks)
+{
+    EXPECT_EQ(show(mbAntitheft)->getInt("state", -1), getAntitheftValue());
+    for (const int arg1 : { 0, 1, 2, 3 })
+        fromProgram(AppAntitheft, RMSG_ANTITHEFT_EVENT, arg1);
+    fromProgram(AppCamera, RMSG_ANTITHEFT_EVENT, 2);
+    fromProgram(AppAntitheft, RMSG_GENERAL_UNUSED, 2);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SYS_ANTITHEFT_EXIT, 2, 0);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SYS_ANTITHEFT_EXIT, 1, 0);
+    expectNothingPosted();
+}

@@ -1,0 +1,195 @@
+#include "ApplicationLayer/players/USBApplication.h"
+#include "ApplicationLayer/players/iPodApplication.h"
+#include "EngineLayer/devices/DeviceStatusManager.h"
+#include "EngineLayer/settings/DataManager.h"
+#include "EngineLayer/system/SystemInfo.h"
+#include "doubles/LinesDouble.h"
+#include "platform/settings/SysInfoItems.h"
+#include "support/ApplicationFixture.h"
+
+using namespace ApplicationLayer;
+using namespace EngineApi;
+using namespace EngineLayer;
+using namespace Pubhead;
+using Platform::AppCommandLine;
+using Platform::doubles::LinesDouble;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace
+{
+
+/** The iPod and USB applications, which stand in for each other, with their programs. */
+class PlayerTest : public ApplicationFixture
+{
+protected:
+    PlayerTest()
+        : ApplicationFixture("9 = 1\n1793 = 1\n", { mbFM, mbAVOff, mbBTAudio })
+    {
+        LinesDouble::reset();
+        add(DataManager::getInstance(), Kernel::dataManagerId);
+        add(DeviceStatusManager::getInstance(), Kernel::deviceStatusManagerId);
+        add(&iPod, Kernel::iPodApplicationId);
+        add(&usb, Kernel::usbApplicationId);
+        connect(AppiPod);
+        connect(AppUSB);
+        for (const int item : { sysInfoiPodDriver, sysInfoiPodAuthentication, sysInfoiPodLink, sysInfoSppLink })
+            setItem(item, 0);
+        audio.calls.clear();
+        takeSent();
+        takePosted();
+    }
+
+    void device(int kind, bool present)
+    {
+        setDeviceState(kind, present);
+        run();
+    }
+    void iPodSays(int what, int arg1, int arg2) { fromProgram(AppiPod, what, arg1, arg2); }
+    static void setItem(int item, int value) { SystemInfo::getInstance()->set(item, value); }
+    static int item(int which) { return SystemInfo::getInstance()->get(which); }
+
+    /** The page has become the source, and everybody was told. */
+    void switchTo(int page)
+    {
+        playing(page);
+        send(Kernel::deviceStatusManagerId, Kernel::MSG_NORMAL_SOURCE, page);
+    }
+    Texts takeCalls() { return std::exchange(audio.calls, {}); }
+    static std::string source(int channel) { return "source " + std::to_string(channel); }
+
+    iPodApplication& iPod = *new iPodApplication;
+    USBApplication& usb = *new USBApplication;
+};
+
+} // namespace
+
+TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
+{
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioWince);
+    playing(mbiPodAudio);
+    iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 2);
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioAux2);
+    EXPECT_EQ(getAudioChannel(mbiPodVideo), eAudioAux2);
+    EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
+    EXPECT_THAT(audio.calls, ElementsAre("source " + std::to_string(eAudioAux2)));
+    iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 2);
+    EXPECT_THAT(requests(), IsEmpty()) << "nothing new";
+    EXPECT_EQ(audio.calls.size(), 1u);
+    iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 1);
+    EXPECT_EQ(audio.calls.back(), "source " + std::to_string(eAudioWince));
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioWince);
+    EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
+    iPodSays(RMSG_IPOD_AUDIO_PATH, 2, 2);
+    EXPECT_THAT(requests(), IsEmpty());
+
+    // Left and entered again it is reported anew.
+    carryOut(mbiPodAudio, SwitchType::ToStop, {}, AppCommandLine::genCmdSourceExit(mbiPodAudio, mbFM));
+    takePosted();
+    iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 1);
+    EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
+}
+
+/** The iPod plays over its analog path, is pulled out, and comes back over the digital one; the radio of the same phone
+ * plays in between. The DSP listens where the sound comes in, and is told once. */
+TEST_F(PlayerTest, TheDspFollowsTheSoundOfTheiPodPluggedInAgain)
+{
+    const auto path = [this](int which) { iPodSays(RMSG_IPOD_AUDIO_PATH, 1, which); };
+    const auto unplug = [this] { iPodSays(RMSG_IPOD_DEVICE, 2, 1); };
+    constexpr int digital = 1, analog = 2;
+    switchTo(mbiPodAudio);
+    path(analog);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince), source(eAudioAux2)));
+    unplug();
+    path(digital);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince)));
+    unplug();
+    path(analog);
+    path(analog);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioAux2)));
+
+    switchTo(mbiPodPandora);
+    unplug();
+    path(analog);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioPandora))) << "it is not the iPod's page that plays";
+    switchTo(mbiPodVideo);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioAux2)));
+    path(digital);
+    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince)));
+}
+
+TEST_F(PlayerTest, TheiPodComesAuthenticatesAndGoes)
+{
+    setItem(sysInfoiPodLink, 2);
+    iPodSays(RMSG_IPOD_DEVICE, 0, 1);
+    EXPECT_EQ(item(sysInfoiPodLink), 3);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, RMSG_IPOD_CONTROL, 2 }));
+    setItem(sysInfoiPodDriver, 1);
+    iPodSays(RMSG_IPOD_DEVICE, 0, 1);
+    EXPECT_THAT(takeSent(), IsEmpty());
+
+    setItem(sysInfoiPodAuthentication, 1);
+    iPodSays(RMSG_IPOD_DEVICE, 1, 1);
+    EXPECT_TRUE(getDeviceState(pandoraOniPod));
+    playing(mbBTAudio);
+    setItem(sysInfoiPodAuthentication, 2);
+    iPodSays(RMSG_IPOD_DEVICE, 1, 1);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, RMSG_IPOD_CONTROL, 3 }));
+
+    iPodSays(WM_MESSAGE_IPOD_DRIVER, 234567, 1);
+    EXPECT_TRUE(getDeviceState(EngineApi::iPodConnected));
+    setItem(sysInfoiPodLink, 2);
+    setItem(sysInfoSppLink, 2);
+    iPodSays(RMSG_IPOD_DEVICE, 2, 0);
+    EXPECT_FALSE(getDeviceState(EngineApi::iPodConnected));
+    EXPECT_FALSE(getDeviceState(pandoraOniPod));
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, RMSG_IPOD_CONTROL, 2 }));
+    iPodSays(WM_MESSAGE_IPOD_DRIVER, 1, 1);
+    iPodSays(WM_MESSAGE_IPOD_DRIVER, 234567, 5);
+    EXPECT_FALSE(getDeviceState(EngineApi::iPodConnected));
+}
+
+TEST_F(PlayerTest, PandoraAndUsbStandInForEachOther)
+{
+    playing(mbUSBAudio);
+    device(pandoraOniPod, true);
+    EXPECT_THAT(requests(), ElementsAre("mbiPodPandora run auto"));
+    playing(mbiPodPandora);
+    device(usbStorage, true);
+    EXPECT_THAT(requests(), ElementsAre("mbUSBAudio run auto"));
+    setSettingInt(9, 0, true, AppSetup);
+    run();
+    EXPECT_FALSE(getDeviceState(pandoraOniPod));
+}
+
+TEST_F(PlayerTest, TheHubIsResetHalfASecondAfterTheStorageHasGone)
+{
+    device(usbStorage, true);
+    device(usbStorage, false);
+    ASSERT_EQ(usb.getTimerInterval(USBApplication::hubResetTimer), 500);
+    device(usbStorage, true);
+    EXPECT_FALSE(usb.isTimerRunning(USBApplication::hubResetTimer));
+    device(usbStorage, false);
+    LinesDouble::takePinCalls();
+    fire(usb, USBApplication::hubResetTimer);
+    std::vector<std::pair<int, int>> writes;
+    for (const auto& call : LinesDouble::takePinCalls())
+        if (call.operation == LinesDouble::Operation::write)
+            writes.emplace_back(call.line, call.value);
+    EXPECT_THAT(writes,
+                ElementsAre(std::pair(32856, 0), std::pair(32771, 0), std::pair(32856, 1), std::pair(32771, 1)));
+}
+
+TEST_F(PlayerTest, TheTestEquipmentPlaysFromUsb)
+{
+    constexpr auto id = Kernel::usbApplicationId;
+    EXPECT_THAT(autoTest(id, { 4, 5, 2 }), IsEmpty());
+    setEnterTestMode(true);
+    EXPECT_THAT(autoTest(id, { 4, 5, 2 }), ElementsAre("04 05 01"));
+    EXPECT_THAT(autoTest(id, { 4, 10, 7 }), ElementsAre("04 0A 07"));
+    EXPECT_THAT(autoTest(id, { 4, 11 }), ElementsAre("04 0B 01"));
+    EXPECT_THAT(autoTest(id, { 4, 99 }), ElementsAre("04 63"));
+    EXPECT_THAT(takeSent(),
+                ElementsAre(Sent { AppUSB, RMSG_USB_CONTROL, 3, 2 }, Sent { AppUSB, RMSG_USB_CONTROL, 4, 7 },
+                            Sent { AppUSB, RMSG_USB_CONTROL, 5, 0 }));
+}

@@ -1,0 +1,413 @@
+#include "EngineLayer/devices/DeviceStatusManager.h"
+
+#include "EngineApi/AutoTestSession.h"
+#include "EngineApi/Bars.h"
+#include "EngineApi/HostLink.h"
+#include "EngineApi/Pages.h"
+#include "EngineApi/Provided.h"
+#include "EngineApi/SystemState.h"
+#include "EngineApi/WiredRemote.h"
+#include "EngineLayer/devices/VideoDecoder.h"
+#include "EngineLayer/hostlink/HostSessionManager.h"
+#include "EngineLayer/settings/DataManager.h"
+#include "doubles/IpcDouble.h"
+#include "doubles/LinesDouble.h"
+#include "doubles/SystemDouble.h"
+#include "kernel/MessageIds.h"
+#include "lowlayer/HostcommDev.h"
+#include "support/FakeAudio.h"
+#include "support/FakeDevices.h"
+#include "support/KernelFixture.h"
+#include "support/LogCapture.h"
+#include "support/McuLink.h"
+
+using namespace EngineApi;
+using namespace EngineLayer;
+using Platform::doubles::LinesDouble;
+using Bytes = McuLink::Bytes;
+using Calls = std::vector<std::string>;
+
+namespace
+{
+
+class FakePage : public PageHandler
+{
+public:
+    explicit FakePage(const PageScheduleConfig& pageConfig)
+        : config(pageConfig)
+    {
+    }
+    const PageScheduleConfig& getConfig() const override { return config; }
+    PageRunState getRunState() const override { return {}; }
+    bool isAvailable() const override { return available; }
+    bool isResident() const override { return false; }
+    juce::String getBackProgramPath() const override { return {}; }
+    void requestState(AppAction action, bool autoSwitch) override
+    {
+        calls.push_back(std::string(action == AppAction::ToStop ? "stop " : "other ") + (autoSwitch ? "auto" : "user"));
+    }
+    void requestShow(bool autoSwitch) override { calls.push_back(autoSwitch ? "show auto" : "show user"); }
+    void notifyPage() override {}
+    void adjustScheduleInfo(ScheduleInfo&) override {}
+
+    PageScheduleConfig config;
+    bool available = true;
+    Calls calls;
+};
+
+class DeviceStatusTest : public KernelFixture
+{
+protected:
+    DeviceStatusTest()
+    {
+        Platform::IpcDouble::reset();
+        LinesDouble::reset();
+        Platform::doubles::SystemDouble::reset();
+        folder.createDirectory();
+        folder.getChildFile("factory-settings.toml").replaceWithText("22 = 5\n284 = \"Aft\"\n");
+        auto& configuration = Platform::Configuration::get();
+        configuration.mediaRoot = configuration.systemPath = configuration.resourcePath =
+            folder.getFullPathName() + "/";
+        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
+        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
+        Provided<WiredRemote>::set(&remote);
+        Provided<VolumeBar>::set(&volumeBar);
+        Provided<LowBatteryBar>::set(&lowBatteryBar);
+        Provided<ChipManager>::set(&audio);
+        Provided<AutoTestSession>::set(&autoTest);
+        add(&manager, Kernel::deviceStatusManagerId);
+    }
+
+    ~DeviceStatusTest() override
+    {
+        Provided<WiredRemote>::set(nullptr);
+        Provided<VolumeBar>::set(nullptr);
+        Provided<LowBatteryBar>::set(nullptr);
+        Provided<ChipManager>::set(nullptr);
+        Provided<AutoTestSession>::set(nullptr);
+        for (const auto& page : pages)
+            unregisterHandler(page.get());
+        DataManager::getInstance()->onRelease();
+        Platform::Configuration::get() = previous;
+        folder.deleteRecursively();
+    }
+
+    struct Command
+    {
+        int command;
+        Bytes data;
+        bool operator==(const Command&) const = default;
+    };
+
+    /** What the unit says to the microcontroller, which acknowledges all of it. */
+    std::vector<Command> commands()
+    {
+        std::vector<Command> said;
+        for (const auto& frame : mcu.converse([this] { run(); }))
+            said.push_back({ frame.command, frame.data });
+        return said;
+    }
+
+    void hostEvent(int command, const Bytes& data = {})
+    {
+        LowLayer::BytePool::Ptr buffer;
+        if (!data.empty())
+        {
+            buffer = new LowLayer::BytePool(static_cast<int>(data.size()), nullptr);
+            buffer->assign(data.data(), static_cast<int>(data.size()));
+        }
+        send(Kernel::deviceStatusManagerId, Kernel::MSG_HOST_EVENT, command, static_cast<int>(data.size()),
+             std::move(buffer));
+    }
+    void toManager(juce::int32 id, juce::int32 arg1 = 0) { send(Kernel::deviceStatusManagerId, id, arg1); }
+    void fireTimer(int timer)
+    {
+        manager.timerCallback(timer);
+        run();
+    }
+
+    FakePage& addPage(int page, int source, bool available = true)
+    {
+        PageScheduleConfig config;
+        config.page = page;
+        config.source = source;
+        config.isNormalSource = true;
+        juce::ReferenceCountedObjectPtr<FakePage> handler = new FakePage(config);
+        handler->available = available;
+        pages.push_back(handler);
+        registerHandler(handler.get());
+        return *handler;
+    }
+
+    McuLink mcu;
+    FakeRemote remote;
+    FakeVolumeBar volumeBar;
+    FakeBar<LowBatteryBar> lowBatteryBar;
+    FakeAudio audio;
+    FakeAutoTest autoTest;
+    const Platform::Configuration previous = Platform::Configuration::get();
+    const juce::File folder = juce::File::createTempFile("unit");
+    std::vector<juce::ReferenceCountedObjectPtr<FakePage>> pages;
+    DeviceStatusManager& manager = *DeviceStatusManager::getInstance();
+};
+
+class NotingListener : public DeviceStateInterface
+{
+public:
+    void onDeviceStateChanged(int kind) override
+    {
+        kinds.push_back(kind);
+        if (leavesAfterFirst)
+            removeDeviceStateListener(this);
+    }
+    std::vector<int> kinds;
+    bool leavesAfterFirst = false;
+};
+
+} // namespace
+
+TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
+{
+    LinesDouble::reset();
+    VideoDecoder decoder;
+    decoder.initialise();
+    const auto writes = LinesDouble::takeRegisterWrites();
+    ASSERT_EQ(writes.size(), 46u);
+    EXPECT_EQ(writes.front(), (LinesDouble::RegisterWrite { 0x88, 0x02, 0x44 }));
+    EXPECT_EQ(writes.back(), (LinesDouble::RegisterWrite { 0x88, 0x2F, 0xE0 }));
+    EXPECT_EQ(LinesDouble::getPin(32772), 1);
+    decoder.initialise();
+    EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty());
+
+    for (const auto& [value, signal] :
+         std::map<int, bool> { { 0x48, true }, { 0xFF, true }, { 0x40, false }, { 0x08, false } })
+    {
+        LinesDouble::setRegister(0x88, 0x01, static_cast<std::uint8_t>(value));
+        EXPECT_EQ(decoder.hasSignal(), signal) << value;
+    }
+    LinesDouble::setRegister(0x88, 0x01, 0x48);
+    LinesDouble::failI2cDevice(0x88, true);
+    EXPECT_FALSE(decoder.hasSignal());
+    EXPECT_EQ(LinesDouble::getOpenI2cDevices(), 0);
+
+    const LogCapture log;
+    VideoDecoder silent;
+    silent.initialise();
+    EXPECT_EQ(log.count("the video decoder does not take register 0x02 and is not set up"), 1);
+}
+
+TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHeartbeat)
+{
+    toManager(Kernel::MSG_SYS_START);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
+    fireTimer(1);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
+    EXPECT_TRUE(manager.isTimerRunning(1));
+    takePosted();
+
+    hostEvent(EVENT_GET_LAST_MEMORY);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT, 0, 0);
+    EXPECT_EQ(audio.calls, Calls { "init" });
+    const auto broadcasts = Platform::IpcDouble::takeNamedBroadcasts();
+    ASSERT_EQ(broadcasts.size(), 1u);
+    EXPECT_EQ(broadcasts[0].bundle->getInt("index", 0), 36);
+    EXPECT_EQ(broadcasts[0].bundle->getInt("value", 0), 5) << "the setting from the store that the start has loaded";
+    fireTimer(1);
+    EXPECT_EQ(commands(), std::vector<Command> {});
+    EXPECT_FALSE(manager.isTimerRunning(1));
+
+    EXPECT_EQ(manager.getTimerInterval(5), 3000);
+    fireTimer(5);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
+    toManager(Kernel::MSG_HEARTBEAT_STOP);
+    EXPECT_FALSE(manager.isTimerRunning(5));
+}
+
+TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
+{
+    auto& fm = addPage(Pubhead::mbFM, SRC_TUNER);
+    auto& usb = addPage(Pubhead::mbUSBAudio4, SRC_USB);
+    hostEvent(EVENT_SRC_SWITCH, { 10 });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES) << "too short";
+    hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_MUTE_STATE, { 1 } } }));
+    EXPECT_EQ(manager.getStartPage(), Pubhead::mbFM);
+    EXPECT_EQ(fm.calls, Calls {}) << "the state machine starts it";
+
+    manager.startSourceWhenReady();
+    EXPECT_EQ(fm.calls, Calls { "show auto" });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+
+    hostEvent(EVENT_SRC_SWITCH, { 10, 3 });
+    hostEvent(EVENT_SRC_SWITCH, { 10, 3 });
+    EXPECT_EQ(usb.calls, Calls { "show auto" }) << "a repeated request only confirms";
+    EXPECT_EQ(commands(), std::vector<Command> {});
+}
+
+TEST(DeviceStatusStateTest, TheFirstStateFollowsTheLocks)
+{
+    const std::pair<DeviceStatusManager::StartConditions, int> cases[] = {
+        { {}, kNormalRun },
+        { { 4, 0, true }, kISRMode },
+        { { 2, 0, true }, kAntitheft },
+        { { 3, 0, false }, kAntitheft },
+        { { 2, 1, false }, kLocked },
+        { { 3, 5, true }, kLocked },
+        { { 1, 7, false }, kNormalRun },
+    };
+    for (const auto& [conditions, state] : cases)
+        EXPECT_EQ(DeviceStatusManager::firstState(conditions), state) << conditions.antitheftMode;
+}
+
+TEST_F(DeviceStatusTest, AStartPageThatCannotRunIsReplacedUnlessItsDeviceMayCome)
+{
+    auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
+    auto& usb = addPage(Pubhead::mbUSBAudio, SRC_USB, false);
+    addPage(Pubhead::mbAuxin2, SRC_AUX_FRONT, false);
+    hostEvent(EVENT_SRC_SWITCH, { 10, 0 });
+    manager.runStartSrc();
+    EXPECT_EQ(manager.getStartPage(), Pubhead::mbUSBAudio);
+    EXPECT_EQ(off.calls, Calls {});
+    usb.available = true;
+    manager.runStartSrc();
+    EXPECT_EQ(usb.calls, Calls { "show auto" });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+
+    hostEvent(EVENT_GET_LAST_MEMORY);
+    hostEvent(EVENT_SRC_SWITCH, { 5, 0 });
+    manager.runStartSrc();
+    EXPECT_EQ(off.calls, Calls { "show auto" });
+    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+}
+
+TEST_F(DeviceStatusTest, AfterTheAntitheftPageItsPageIsStopped)
+{
+    auto& antitheft = addPage(Pubhead::mbAntitheft, NUM_OF_SOURCES);
+    auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
+    manager.startTimer(3, 2000);
+    fireTimer(3);
+    EXPECT_FALSE(manager.isTimerRunning(3));
+    EXPECT_EQ(off.calls, Calls { "show auto" });
+    EXPECT_EQ(antitheft.calls, Calls { "stop auto" });
+}
+
+// No schedule has run, so the unit's source has no name at the microcontroller: type 0, number 0.
+TEST_F(DeviceStatusTest, AChangeOfSourceIsReportedUnlessTheFactoryResetRuns)
+{
+    toManager(Kernel::MSG_NORMAL_SOURCE, Pubhead::mbCamera);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_SRC_SWITCH, { 0, 0 } } }));
+    hostEvent(EVENT_SRC_SWITCH_REPORT, { 0, 0 });
+    hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
+    commands();
+    toManager(Kernel::MSG_NORMAL_SOURCE);
+    EXPECT_EQ(commands(), std::vector<Command> {}) << "still on the way to FM";
+    hostEvent(EVENT_SRC_SWITCH, { 0, 0 });
+    toManager(Kernel::MSG_NORMAL_SOURCE);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_SRC_SWITCH, { 0, 0 } } }));
+    hostEvent(EVENT_SRC_SWITCH_REPORT, { 0, 0 });
+    toManager(Kernel::MSG_FACTORY_RESET);
+    toManager(Kernel::MSG_NORMAL_SOURCE);
+    EXPECT_EQ(commands(), std::vector<Command> {});
+}
+
+TEST_F(DeviceStatusTest, DeviceChangesReachListenersAndMcu)
+{
+    NotingListener first;
+    NotingListener second;
+    first.leavesAfterFirst = true;
+    addDeviceStateListener(&first);
+    addDeviceStateListener(&second);
+    setDeviceState(iPodConnected, true);
+    setDeviceState(satelliteTuner, true);
+    EXPECT_TRUE(second.kinds.empty()) << "told on the group thread only";
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } }));
+    EXPECT_EQ(first.kinds, std::vector { 1 });
+    EXPECT_EQ(second.kinds, (std::vector { 1, 18 }));
+    EXPECT_TRUE(getDeviceState(iPodConnected));
+    EXPECT_FALSE(getDeviceState(satelliteTuner));
+
+    hostEvent(EVENT_DEVICE_STATUS);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } })) << "asked for, unchanged";
+    removeDeviceStateListener(&second);
+    setDeviceState(iPodConnected, false);
+    run();
+    EXPECT_EQ(second.kinds.size(), 2u);
+}
+
+TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
+{
+    NotingListener listener;
+    addDeviceStateListener(&listener);
+    toManager(Kernel::MSG_SYS_START);
+    commands();
+    fireTimer(2);
+    EXPECT_EQ(commands(), std::vector<Command> {});
+    folder.getChildFile("Hard Disk3").createDirectory();
+    fireTimer(2);
+    fireTimer(2);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
+    folder.getChildFile("Hard Disk3").deleteRecursively();
+    hostEvent(EVENT_DEVICE_STATUS);
+    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0 } } }));
+
+    for (const bool signal : { true, false })
+    {
+        LinesDouble::setRegister(0x88, 0x01, signal ? 0x48 : 0);
+        fireTimer(4);
+        EXPECT_EQ(getDeviceState(cameraVideo), signal);
+    }
+    EXPECT_EQ(listener.kinds, (std::vector { 0, 0, 16, 16 }));
+
+    Platform::Configuration::get().sdAsUsb = true;
+    folder.getChildFile("Hard Disk").createDirectory();
+    fireTimer(2);
+    EXPECT_FALSE(getDeviceState(usbStorage)) << "the card stands for the first mount point";
+    folder.getChildFile("SD").createDirectory();
+    fireTimer(2);
+    EXPECT_TRUE(getDeviceState(usbStorage));
+}
+
+TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
+{
+    hostEvent(EVENT_POWER_OFF_READY);
+    EXPECT_EQ(remote.calls, (Calls { "dimmer 0", "restore after 0", "clear and forget" }));
+    EXPECT_EQ(manager.getTimerInterval(7), 6000);
+    takePosted();
+    fireTimer(7);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
+    EXPECT_FALSE(manager.isTimerRunning(7));
+    hostEvent(EVENT_POWER_OFF_READY);
+    takePosted();
+    toManager(Kernel::MSG_POWER_OFF_CONFIRM, Pubhead::mbSirius);
+    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
+    EXPECT_FALSE(manager.isTimerRunning(7));
+}
+
+TEST_F(DeviceStatusTest, StandbyIsEnteredAndLeftAnyTime)
+{
+    auto& standby = addPage(Pubhead::mbStandby, NUM_OF_SOURCES);
+    for (const int value : { 0, 1, 0, 2, -1, 1 })
+        toManager(Kernel::MSG_STANDBY, value);
+    EXPECT_EQ(standby.calls, (Calls { "show auto", "stop auto", "show auto", "stop auto" }));
+}
+
+TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)
+{
+    for (const bool on : { false, true, true, false })
+        setLowBatteryAlert(on);
+    EXPECT_EQ(audio.calls, (Calls { "alert on", "alert off" }));
+    EXPECT_EQ(lowBatteryBar.messages.size(), 2u);
+
+    takePosted();
+    manager.onVolumeChanged(17, 1, true);
+    manager.onVolumeChanged(18, 2, false);
+    manager.onMuteChanged(true);
+    EXPECT_EQ(remote.calls,
+              (Calls { "clear row 1", "restore after 2000", "text 1 1 Zone1 Vol.17 temporary", "lasting 1 11  Mute" }));
+    constexpr int volumeShow = Kernel::MSG_VOLUME_SHOW;
+    EXPECT_EQ(volumeBar.messages, (std::vector<std::array<int, 3>> { { volumeShow, 1, 17 }, { volumeShow, 3, 1 } }));
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 1, 17);
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, 18);
+    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 3, 1);
+}

@@ -1,0 +1,362 @@
+#include "EngineLayer/network/NavicoManager.h"
+
+#include "EngineApi/HostLink.h"
+#include "EngineApi/NavicoCanApi.h"
+#include "EngineApi/RemoteMessageIds.h"
+#include "EngineLayer/hostlink/HostSessionManager.h"
+#include "EngineLayer/settings/DataManager.h"
+#include "dsp/DSPSettingHelperImpl.h"
+#include "lowlayer/HostcommDev.h"
+#include "support/ApplicationFixture.h"
+#include "support/LogCapture.h"
+#include "support/McuLink.h"
+
+using namespace EngineApi;
+using namespace EngineLayer;
+using namespace Pubhead;
+using Bytes = McuLink::Bytes;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace
+{
+
+/** As docs/marine-network.md says. */
+constexpr const char* settings =
+    "277 = 2\n279 = 3\n280 = 8\n281 = 1\n283 = 1\n284 = \"Cockpit\"\n1028 = \"\"\n1029 = \"\"\n"
+    "1031 = \"\"\n1042 = \"\"\n1281 = 5\n1282 = 6\n1283 = 7\n1284 = 8\n1792 = 2\n";
+constexpr int toneSettings[] = { 277, 279, 280, 1281, 1282, 1283, 1284, 1792 };
+
+Bytes bytesIn(const juce::String& text)
+{
+    juce::MemoryBlock block;
+    block.loadFromHexString(text);
+    const auto* first = static_cast<const std::uint8_t*>(block.getData());
+    return { first, first + block.getSize() };
+}
+
+class NavicoManagerTest : public ApplicationFixture
+{
+protected:
+    NavicoManagerTest()
+        : ApplicationFixture(settings, { mbFM, mbUSBAudio, mbiPodAudio })
+    {
+        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
+        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
+        add(NavicoManager::getInstance(), Kernel::navicoManagerId);
+        mcu.send({ 200, EVENT_GET_LAST_MEMORY, {} });
+        playing(mbFM);
+        setUp();
+        said();
+    }
+
+    /** Volumes and settings as at first. */
+    void setUp()
+    {
+        auto* volumes = DSPSettingHelperImpl::getInstance();
+        volumes->setVolume(20, false);
+        volumes->setVolume(12, true);
+        for (const auto& line : juce::StringArray::fromLines(settings))
+            if (line.isNotEmpty() && !line.contains("\""))
+                setSettingInt(line.getIntValue(), line.fromFirstOccurrenceOf("= ", false, false).getIntValue(), false,
+                              AppUnknown);
+        audio.calls.clear();
+    }
+
+    void hear(int command, const Bytes& data)
+    {
+        LowLayer::BytePool::Ptr pool = new LowLayer::BytePool(static_cast<int>(data.size()), nullptr);
+        pool->assign(data.data(), static_cast<int>(data.size()));
+        send(Kernel::navicoManagerId, Kernel::MSG_HOST_EVENT, command, 0, pool);
+    }
+
+    /** Command and data of what was sent to the microcontroller, "11 16 FE ...". */
+    Texts said()
+    {
+        return mcu.hear([this] { run(); });
+    }
+
+    /** One line of the document that begins with > or !. */
+    void play(const juce::String& line)
+    {
+        const auto words = juce::StringArray::fromTokens(line.substring(1), " ", "");
+        const auto what = words[1];
+        if (line.startsWith("> "))
+            hear(EVENT_PGN_SEND_CAN, bytesIn(line.substring(2)));
+        else if (what == "volume")
+            send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, words[2].getIntValue(),
+                 words[3].getIntValue());
+        else if (what == "mute")
+            send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 3, words[2] == "on" ? 1 : 0);
+        else if (what == "tone" || what == "name")
+            send(Kernel::navicoManagerId, what == "tone" ? Kernel::MSG_NAVICO_REPORT : Kernel::MSG_NAVICO_SETUP_REPORT);
+        else
+            ADD_FAILURE() << line;
+    }
+
+    /** What the unit did and said, as the document has it. */
+    juce::StringArray effects()
+    {
+        juce::StringArray lines;
+        for (const auto& call : audio.calls)
+            lines.add("= " + juce::String(call));
+        for (const int index : toneSettings)
+            if (getSettingInt(index) != before[index])
+                lines.add("= setting " + juce::String(index) + " " + juce::String(getSettingInt(index)));
+        for (const auto& frame : said())
+        {
+            const auto command = juce::String(frame).upToFirstOccurrenceOf(" ", true, false);
+            EXPECT_EQ(command.getIntValue(), EVENT_PGN_SEND_CAN);
+            lines.add("< " + juce::String(frame).substring(command.length()).toLowerCase());
+        }
+        return lines;
+    }
+
+    Texts relayed()
+    {
+        Texts all;
+        for (const auto& each : Platform::IpcDouble::takePosted())
+            all.push_back(std::string(appTypeName(each.appType)) + " " + std::to_string(each.what) + " " +
+                          std::to_string(Platform::RemoteObjFormat::getByteArray(each.bundle).getSize()));
+        return all;
+    }
+
+    std::map<int, int> before;
+    McuLink mcu;
+};
+
+} // namespace
+
+TEST_F(NavicoManagerTest, SpeaksAsTheDocumentSays)
+{
+    const auto file = juce::File(HEADUNIT_SOURCE_DIR).getChildFile("docs/marine-network.md");
+    const auto document = file.loadFileAsString();
+    const auto block =
+        document.fromFirstOccurrenceOf("```exchanges\n", false, false).upToFirstOccurrenceOf("```", false, false);
+    juce::StringArray seen;
+    for (const auto& line : juce::StringArray::fromTokens(block, "\n", ""))
+    {
+        if (line.startsWithChar('<') || line.startsWithChar('='))
+            continue;
+        seen.add(line);
+        if (line.isEmpty())
+            setUp();
+        if (!line.startsWithChar('>') && !line.startsWithChar('!'))
+            continue;
+        for (const int index : toneSettings)
+            before[index] = getSettingInt(index);
+        audio.calls.clear();
+        play(line);
+        seen.addArray(effects());
+    }
+    EXPECT_GT(seen.size(), 100);
+    const auto kept = seen.joinIntoString("\n");
+    if (std::getenv("HEADUNIT_BLESS") != nullptr)
+        ASSERT_TRUE(file.replaceWithText(document.replace(block, kept), false, false, "\n"));
+    else
+        EXPECT_EQ(kept, block) << "./test --bless keeps what is new";
+}
+
+// In a frame of 102 bytes 73 are left for the name of zone 2, which are 36 of these letters.
+TEST_F(NavicoManagerTest, FitsItsRecordsIntoAFrame)
+{
+    const auto name = juce::String::repeatedString(juce::CharPointer_UTF8("\xc3\xa4"), 100);
+    setSettingString(284, name, false, AppUnknown);
+    const auto sizeAndName = [&](int lengthByteAt)
+    {
+        const auto words = juce::StringArray::fromTokens(juce::String(said().at(0)), " ", "");
+        return std::pair(words.size() - 1, words[1 + lengthByteAt].getHexValue32());
+    };
+    constexpr int frameSize = 102, lengthAt = 6 + 3 + 9 + 1;
+    const auto nameBytes = (frameSize - lengthAt - 2) / 2 * 2;
+    send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT);
+    EXPECT_EQ(sizeAndName(lengthAt), std::pair(lengthAt + 2 + nameBytes, nameBytes + 2));
+    hear(EVENT_PGN_SEND_CAN, { 0x00, 0xEA, 0x00, 0x00, 0x23, 0x02, 0x0E, 0xFE, 0x01 });
+    EXPECT_EQ(sizeAndName(lengthAt), std::pair(lengthAt + 2 + nameBytes, 6));
+
+    setSettingInt(1792, 5, false, AppUnknown);
+    setSettingInt(277, 4, false, AppUnknown);
+    hear(EVENT_PGN_SEND_CAN, bytesIn("00 ed 01 00 23 02 00 15 fe 01 ff ff ff ff ff ff 01 01 01"));
+    EXPECT_THAT(said(), ElementsAre("11 15 FE 01 00 23 02 01 64 FD 02 08 01 00 FF 01 78 00 00 00 00 00 00 00"))
+        << "no code for the preset, the highest frequency there is";
+}
+
+TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
+{
+    struct Case
+    {
+        int source;
+        int command;
+        Bytes data;
+        const char* relayed; ///< program, message and bytes
+    };
+    const auto block = [](std::uint8_t type) { return Bytes { type, 0x00, 0x01, 0x02 }; };
+    const auto isoRequest = [](std::uint8_t low) { return Bytes { 0x00, 0xEA, 0x00, 0x00, 0x23, 0x02, low, 0xFE, 1 }; };
+    const auto groupRequest = [](std::uint8_t low)
+    { return Bytes { 0x00, 0xED, 1, 0, 0x23, 2, 0, low, 0xFE, 1, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0 }; };
+    for (const int app : { AppiPod, AppUSB, AppRadio, AppBluetooth })
+        connect(app);
+    const Case cases[] = { { mbFM, EVENT_DATA_SEND_CAN, block(13), "AppiPod 1634 4" },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(16), "AppiPod 1634 4" },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(17), "" },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(20), "" },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(32), "AppUSB 1634 4" },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(35), "AppUSB 1634 4" },
+                           { mbFM, EVENT_DATA_SEND_CAN, { 13 }, "" },
+                           { mbFM, EVENT_DATA_SEND_CAN, {}, "" },
+                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x09), "AppRadio 1636 9" },
+                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x18), "AppBluetooth 1636 9" },
+                           { mbFM, EVENT_PGN_SEND_CAN, groupRequest(0x19), "AppBluetooth 1636 17" },
+                           { mbUSBAudio, EVENT_DATA_SEND_CAN, block(17), "AppUSB 1634 4" },
+                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0A), "AppUSB 1636 17" },
+                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0C), "AppUSB 1636 17" },
+                           { mbiPodAudio, EVENT_DATA_SEND_CAN, block(19), "AppiPod 1634 4" } };
+    for (const auto& each : cases)
+    {
+        if (getNormalSource() != each.source)
+            playing(each.source);
+        relayed();
+        hear(each.command, each.data);
+        EXPECT_EQ(relayed(), each.relayed[0] != 0 ? Texts { each.relayed } : Texts {})
+            << each.source << " " << testing::PrintToString(each.data);
+    }
+    EXPECT_THAT(said(), IsEmpty());
+}
+
+TEST_F(NavicoManagerTest, SendsWhatProgramsHaveForTheNetworkBehindItsOwn)
+{
+    const std::uint8_t bytes[] = { 0x09, 0xFE, 0x01 };
+    const LogCapture log;
+    for (const auto send : { sendCanData, sendPgnBundle, sendMediaInfo })
+        for (const auto& bundle : { Platform::RemoteObjFormat::formatByteArray(bytes, 3), Platform::Bundle::obtain(),
+                                    Platform::Bundle::Ptr() })
+            send(bundle);
+    EXPECT_EQ(log.count("TxPGNParcelToNavico::09 FE 01\n"), 1);
+    Platform::Parcel own;
+    own.writeByte(0x42);
+    sendPgnParcel(own);
+    EXPECT_EQ(own.dataSize(), 0);
+    EXPECT_THAT(said(), ElementsAre("11 42", "7 09 FE 01", "11 09 FE 01", "12 09 FE 01"));
+}
+
+// The volume is turned while the link is busy: several reports wait, and what leaves last is how it is.
+TEST_F(NavicoManagerTest, TheLastThatADisplayHearsOfAZoneIsTrue)
+{
+    for (const int volume : { 15, 18, 21, 24 })
+    {
+        send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 1, volume);
+        send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, volume + 1);
+    }
+    for (const auto* name : { "Bow", "Flybridge" })
+    {
+        setSettingString(284, name, false, AppUnknown);
+        send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT);
+    }
+    const std::string head = "11 16 FE 01 00 FF 02 ";
+    EXPECT_THAT(said(), ElementsAre(head + "01 1E F3", testing::EndsWith("46 6C 79 62 72 69 64 67 65"),
+                                    head + "02 32 F3", head + "01 30 F3"));
+}
+
+TEST_F(NavicoManagerTest, TellsVersionsAndKeepsWhatItIsTold)
+{
+    Platform::Configuration::get().osVersion = "TRV_A6_V12_170601";
+    hear(EVENT_SEND_VERSION, { 0 });
+    EXPECT_EQ(getSettingString(1031), "O12_170601");
+    hear(EVENT_SEND_VERSION, { 3 });
+    EXPECT_THAT(said(), ElementsAre("10 00 4F 31 32 5F 31 37 30 36 30 31")) << "no file, no answer";
+    juce::File(Platform::AppConfig::getApplicationPath() + "Version.txt").replaceWithText("1.2\r\n\n");
+    hear(EVENT_SEND_VERSION, { 3 });
+    EXPECT_THAT(said(), ElementsAre("10 03 31 2E 32"));
+    EXPECT_EQ(getSettingString(1028), "1.2");
+    hear(EVENT_SEND_VERSION, { 4, 'M', '7' });
+    EXPECT_EQ(getSettingString(1029), "M7");
+    hear(EVENT_SET_DEVICE_ID_FROM_CAN, { 2, 'A', 'B', 'C' });
+    EXPECT_EQ(getSettingString(1042), "AB");
+    hear(EVENT_SET_DEVICE_ID_FROM_CAN, { 9, 'D' });
+    EXPECT_EQ(getSettingString(1042), "D") << "no more than there is";
+    for (const int command : { EVENT_SEND_VERSION, EVENT_SET_DEVICE_ID_FROM_CAN, EVENT_SETUP_FROM_CAN })
+        hear(command, {});
+    EXPECT_THAT(said(), IsEmpty());
+}
+
+// The search goes on behind a program that cannot be started, as on a medium pulled a moment ago.
+TEST_F(NavicoManagerTest, StartsAnUpdateOnce)
+{
+    using Platform::doubles::ProcessDouble;
+    const Bytes singleFrame { 0x00, 0xFF, 0, 0, 35, 0, 0xC0, 0x9A, 7, 0, 0xFF, 0xFF, 0xFF, 0xFF };
+    const Bytes fastPacket {
+        0x22, 0xFF, 1, 0, 36, 2, 0x41, 0x9F, 0, 0xFF, 0xFF, 0x31, 0x7D, 0, 0xFF, 0xFF, 0xFF, 0xFF
+    };
+    const auto programOn = [](const char* medium)
+    {
+        return juce::File(Platform::Configuration::get().mediaRoot)
+            .getChildFile(medium)
+            .getChildFile("SW_Update/Bin/UpdateUtility.exe");
+    };
+    auto& manager = *NavicoManager::getInstance();
+    connect(AppRadio);
+
+    hear(EVENT_PGN_SEND_CAN, singleFrame);
+    hear(EVENT_DATA_SEND_CAN, { 30, 0 });
+    EXPECT_THAT(said(), ElementsAre("7 1E 80 00 55 70 64 61 74 65 20 4E 6F 74 20 46 6F 75 6E 64 00"));
+    for (const char* medium : { "Hard Disk", "Hard Disk2" })
+        ASSERT_TRUE(programOn(medium).create().wasOk());
+    for (const auto& almost : { singleFrame, fastPacket })
+        for (std::size_t i = 6; i < almost.size(); ++i)
+        {
+            auto wrong = almost;
+            wrong.resize(i);
+            hear(EVENT_PGN_SEND_CAN, wrong);
+            wrong = almost;
+            wrong[i] ^= 0x10;
+            if (i != 8)
+                hear(EVENT_PGN_SEND_CAN, wrong);
+        }
+    EXPECT_THAT(ProcessDouble::takeLaunches(), IsEmpty());
+    EXPECT_FALSE(manager.isTimerRunning(NavicoManager::quitTimer));
+
+    const auto launched = [&](const Bytes& trigger, const char* medium, const char* arguments)
+    {
+        hear(trigger.size() > 2 ? EVENT_PGN_SEND_CAN : EVENT_DATA_SEND_CAN, trigger);
+        const auto launches = ProcessDouble::takeLaunches();
+        ASSERT_EQ(launches.size(), 1u);
+        EXPECT_EQ(launches[0].path, programOn(medium).getFullPathName());
+        EXPECT_EQ(launches[0].arguments.joinIntoString(" "), arguments);
+        EXPECT_TRUE(manager.isTimerRunning(NavicoManager::quitTimer));
+        hear(EVENT_PGN_SEND_CAN, fastPacket);
+        EXPECT_THAT(ProcessDouble::takeLaunches(), IsEmpty()) << "it is on its way";
+        manager.stopTimer(NavicoManager::quitTimer);
+    };
+    launched(singleFrame, "Hard Disk", "-auto -a 35 -t 0 -s 7 -jl");
+    EXPECT_THAT(relayed(), ElementsAre("AppRadio 1199 0"));
+    EXPECT_EQ(monitor.getAppState(AppRadio), kClosing);
+    ProcessDouble::failCreationOf(programOn("Hard Disk").getFullPathName());
+    launched(fastPacket, "Hard Disk2", "-auto -a 36 -t 2 -s 0 -jl");
+    launched({ 30, 0 }, "Hard Disk2", "-auto");
+    EXPECT_THAT(said(), ElementsAre("7 1E 80 01 53 74 61 72 74 20 55 70 64 61 74 69 6E 67 00"));
+    ProcessDouble::failCreationOf({});
+}
+
+// Whatever comes, there is at most one acknowledgement, and answers go before all that waits.
+TEST_F(NavicoManagerTest, StandsDamageAndFloods)
+{
+    const Bytes whole { 0x00, 0xED, 0x01, 0x00, 0x23, 0x02, 0x01, 0x16, 0xFE, 0x01, 0xF8, 3, 1, 2, 2, 40, 4, 1 };
+    for (std::size_t length = 0; length < whole.size(); ++length)
+    {
+        audio.calls.clear();
+        hear(EVENT_PGN_SEND_CAN, { whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length) });
+        EXPECT_EQ(said().size(), length >= 10 ? 1u : 0u) << length;
+        EXPECT_THAT(audio.calls, IsEmpty()) << length;
+    }
+
+    // Nobody acknowledges: of the answers to a flood of requests for both volumes the newest two wait.
+    for (int i = 0; i < 1000; ++i)
+        hear(EVENT_PGN_SEND_CAN, { 0x00, 0xEA, 0x00, 0x00, 0x23, 0x02, 0x16, 0xFE, 0x01 });
+    EXPECT_EQ(HostSessionManager::getInstance()->getRefusedSends(), 0);
+    hear(EVENT_PGN_SEND_CAN, whole);
+    const auto inFlight = mcu.takeWritten();
+    ASSERT_EQ(inFlight.size(), 1u);
+    mcu.send(McuLink::acknowledgementOf(inFlight.front().sequence));
+    EXPECT_THAT(said(), ElementsAre(testing::StartsWith("11 00 ED 01"), "11 16 FE 01 00 FF 02 02 18 F3",
+                                    "11 16 FE 01 00 FF 02 01 28 F3"));
+}

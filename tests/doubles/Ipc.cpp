@@ -1,0 +1,265 @@
+#include "doubles/IpcDouble.h"
+
+#include "platform/base/Pubhead.h"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+
+namespace Platform
+{
+
+namespace
+{
+
+constexpr int toAll = -1;
+
+struct State
+{
+    std::map<int, int> present; ///< program -> its process
+    std::map<int, int> expected;
+    std::vector<IpcDouble::Posted> posted;
+    std::vector<IpcDouble::NamedBroadcast> named;
+    std::function<void(const IpcDouble::Posted&)> program;
+    bool reachable = true;
+};
+
+std::mutex lock;
+State state;
+
+/** Calls to the receiver run under this lock, so that none runs after `close`; recursive as a receiver may post. */
+std::recursive_mutex receiverLock;
+IMsgProc* receiver = nullptr;
+
+template <typename Call>
+bool deliver(Call&& call)
+{
+    const std::lock_guard guard(receiverLock);
+    if (receiver == nullptr)
+        return false;
+    call(*receiver);
+    return true;
+}
+
+Bundle::Ptr copyOf(const Bundle::Ptr& original)
+{
+    if (original == nullptr)
+        return nullptr;
+    const auto copy = Bundle::obtain();
+    struct Put
+    {
+        Bundle& target;
+        const juce::String& key;
+        void operator()(juce::int32 value) const { target.putInt(key, value); }
+        void operator()(bool value) const { target.putBool(key, value); }
+        void operator()(const juce::String& value) const { target.putString(key, value); }
+        void operator()(const juce::MemoryBlock& value) const
+        {
+            target.putByteArray(key, value.getData(), static_cast<int>(value.getSize()));
+        }
+        void operator()(const Bundle::Ptr& value) const { target.putBundle(key, copyOf(value)); }
+        void operator()(const std::vector<Bundle::Ptr>& value) const
+        {
+            std::vector<Bundle::Ptr> copies;
+            for (const auto& each : value)
+                copies.push_back(copyOf(each));
+            target.putBundleList(key, std::move(copies));
+        }
+    };
+    for (const auto& [key, value] : original->getValues())
+        std::visit(Put { *copy, key }, value);
+    return copy;
+}
+
+void record(int appType, const RemoteMessage& message)
+{
+    state.posted.push_back({ appType, message.what, message.arg1, message.arg2, copyOf(message.bundle) });
+}
+
+} // namespace
+
+MsgSession::~MsgSession()
+{
+    close();
+}
+
+bool MsgSession::init(IMsgProc* newReceiver)
+{
+    {
+        const std::lock_guard guard(receiverLock);
+        receiver = newReceiver;
+        open = true;
+    }
+    const std::lock_guard guard(lock);
+    return state.reachable;
+}
+
+void MsgSession::close()
+{
+    const std::lock_guard guard(receiverLock);
+    if (std::exchange(open, false))
+        receiver = nullptr;
+}
+
+namespace IPCMsg
+{
+
+void MessageHelper::config(int, const char* (*)(int)) {}
+
+bool MessageHelper::postMessage(int appType, const RemoteMessage::Ptr& message)
+{
+    std::function<void(const IpcDouble::Posted&)> program;
+    IpcDouble::Posted posted;
+    {
+        const std::lock_guard guard(lock);
+        if (message == nullptr || !state.present.contains(appType))
+            return false;
+        record(appType, *message);
+        program = state.program;
+        posted = state.posted.back();
+    }
+    if (program)
+        program(posted);
+    return true;
+}
+
+bool MessageHelper::broadcastMessage(const RemoteMessage::Ptr& message)
+{
+    const std::lock_guard guard(lock);
+    if (message == nullptr)
+        return false;
+    record(toAll, *message);
+    return true;
+}
+
+bool MessageHelper::sendBroadcast(const juce::String& action, const Bundle::Ptr& bundle)
+{
+    const std::lock_guard guard(lock);
+    state.named.push_back({ action, copyOf(bundle) });
+    return true;
+}
+
+bool MessageHelper::isPresent(int appType)
+{
+    const std::lock_guard guard(lock);
+    return state.present.contains(appType);
+}
+
+int MessageHelper::ownerProcess(int appType)
+{
+    const std::lock_guard guard(lock);
+    const auto found = state.present.find(appType);
+    return found == state.present.end() ? -1 : found->second;
+}
+
+void MessageHelper::expectProcess(int appType, int pid)
+{
+    const std::lock_guard guard(lock);
+    state.expected.insert_or_assign(appType, pid);
+}
+
+} // namespace IPCMsg
+
+namespace IpcDouble
+{
+
+void reset()
+{
+    const std::lock_guard guard(lock);
+    state = {};
+}
+
+void setBusReachable(bool reachable)
+{
+    const std::lock_guard guard(lock);
+    state.reachable = reachable;
+}
+
+void setPresent(int appType, bool present, int pid)
+{
+    {
+        const std::lock_guard guard(lock);
+        const bool before = state.present.contains(appType);
+        if (present)
+            state.present.insert_or_assign(appType, pid);
+        else
+            state.present.erase(appType);
+        if (before == present)
+            return;
+    }
+    deliver([=](IMsgProc& target) { target.onPresence(appType, present); });
+}
+
+void setAllPresent(bool present)
+{
+    for (int appType = Pubhead::AppMain + 1; appType < Pubhead::AppUnknown; ++appType)
+        setPresent(appType, present);
+}
+
+std::vector<Posted> takePosted()
+{
+    const std::lock_guard guard(lock);
+    return std::exchange(state.posted, {});
+}
+
+std::vector<Posted> takePosted(int appType)
+{
+    const std::lock_guard guard(lock);
+    std::vector<Posted> taken;
+    std::erase_if(state.posted,
+                  [&](const Posted& each)
+                  {
+                      if (each.appType == appType)
+                          taken.push_back(each);
+                      return each.appType == appType;
+                  });
+    return taken;
+}
+
+std::vector<NamedBroadcast> takeNamedBroadcasts()
+{
+    const std::lock_guard guard(lock);
+    return std::exchange(state.named, {});
+}
+
+void onPost(std::function<void(const Posted&)> program)
+{
+    const std::lock_guard guard(lock);
+    state.program = std::move(program);
+}
+
+int expectedProcess(int appType)
+{
+    const std::lock_guard guard(lock);
+    const auto found = state.expected.find(appType);
+    return found == state.expected.end() ? -1 : found->second;
+}
+
+bool injectMessage(int fromAppType, juce::int32 what, juce::int32 arg1, juce::int32 arg2, Bundle::Ptr bundle)
+{
+    return deliver(
+        [&](IMsgProc& target)
+        {
+            auto message = RemoteMessage::obtain();
+            message->what = what;
+            message->arg1 = arg1;
+            message->arg2 = arg2;
+            message->bundle = bundle;
+            message->appType = fromAppType;
+            target.onRemoteMessage(std::move(message));
+        });
+}
+
+bool injectWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam)
+{
+    return deliver([=](IMsgProc& target) { target.onWindowMessage(message, wParam, lParam); });
+}
+
+bool injectBroadcast(const juce::String& text)
+{
+    return deliver([&](IMsgProc& target) { target.onBroadcast(text); });
+}
+
+} // namespace IpcDouble
+
+} // namespace Platform

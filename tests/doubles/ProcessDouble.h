@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/base/Process.h"
+
+#include <vector>
+
+namespace Platform::doubles
+{
+
+/** The processes of a test. None really runs; one ends when the test or the code under test ends it. Any thread. */
+struct ProcessDouble
+{
+    /** Process number of the program under test, parent of everything it creates. */
+    static constexpr int ownPid = 1000;
+
+    struct Launch
+    {
+        juce::String path;
+        juce::StringArray arguments;
+        int pid;
+    };
+
+    /** Handles that exist still answer, as for ended processes. */
+    static void reset();
+
+    /** What was created since the last `takeLaunches`, in order. A failed creation is not in it. */
+    static std::vector<Launch> takeLaunches();
+    static void failCreation(bool fails);
+    /** That of one program; "" for none. */
+    static void failCreationOf(const juce::String& path);
+
+    /** A running process that the program under test did not start; its number. */
+    static int addProcess(int parentPid = 1);
+    /** Ends a process, which wakes who waits for it. */
+    static void end(int pid, int exitCode = 0);
+    static bool isRunning(int pid);
+
+    /** Processes that were ended by force since the last call, in order. They end at once. */
+    static std::vector<int> takeTerminated();
+
+    /** So many waits fail before one works again. */
+    static void failWaits(int count);
+};
+
+} // namespace Platform::doubles

@@ -1,0 +1,93 @@
+#include "platform/sound/Sound.h"
+
+#include "doubles/SoundDouble.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace Platform
+{
+
+namespace
+{
+
+struct State
+{
+    std::vector<juce::String> calls;
+    juce::String playing;
+    bool playFails = false;
+    bool released = false;
+    bool held = false;
+};
+
+std::mutex mutex;
+std::condition_variable released;
+
+State& state()
+{
+    static State instance;
+    return instance;
+}
+
+} // namespace
+
+bool PlaySound(const juce::String& file)
+{
+    std::unique_lock lock(mutex);
+    released.wait(lock, [] { return !state().held; });
+    state().calls.push_back(file);
+    state().playing = state().playFails ? juce::String() : file;
+    return state().playing.isNotEmpty();
+}
+
+void releaseSound()
+{
+    const std::scoped_lock lock(mutex);
+    state().playing.clear();
+    state().released = true;
+}
+
+namespace doubles
+{
+
+void SoundDouble::reset()
+{
+    const std::scoped_lock lock(mutex);
+    state() = {};
+}
+
+std::vector<juce::String> SoundDouble::takeCalls()
+{
+    const std::scoped_lock lock(mutex);
+    return std::exchange(state().calls, {});
+}
+
+juce::String SoundDouble::getPlaying()
+{
+    const std::scoped_lock lock(mutex);
+    return state().playing;
+}
+
+void SoundDouble::failPlay(bool fails)
+{
+    const std::scoped_lock lock(mutex);
+    state().playFails = fails;
+}
+
+void SoundDouble::hold(bool held)
+{
+    const std::scoped_lock lock(mutex);
+    state().held = held;
+    released.notify_all();
+}
+
+bool SoundDouble::isReleased()
+{
+    const std::scoped_lock lock(mutex);
+    return state().released;
+}
+
+} // namespace doubles
+
+} // namespace Platform

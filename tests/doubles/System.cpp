@@ -1,0 +1,125 @@
+#include "platform/base/System.h"
+
+#include "doubles/SystemDouble.h"
+#include "platform/base/Threads.h"
+
+#include <mutex>
+
+namespace Platform
+{
+
+namespace
+{
+
+constexpr juce::uint32 fullVolume = 0xFFFFFFFF;
+
+struct State
+{
+    std::vector<doubles::SystemDouble::RegistryWrite> registryWrites;
+    juce::String registryError;
+    bool exceptionHookInstalled = false;
+    juce::uint32 waveOutVolume = fullVolume;
+    juce::uint32 ticks = 0;
+    std::optional<juce::uint32> uniqueId;
+};
+
+std::mutex mutex;
+
+State& state()
+{
+    static State instance;
+    return instance;
+}
+
+} // namespace
+
+juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value)
+{
+    const std::scoped_lock lock(mutex);
+    if (state().registryError.isNotEmpty())
+        return juce::Result::fail(state().registryError);
+    state().registryWrites.push_back({ key, name, value });
+    return juce::Result::ok();
+}
+
+void setWaveOutVolume(juce::uint32 volume)
+{
+    const std::scoped_lock lock(mutex);
+    state().waveOutVolume = volume;
+}
+
+juce::uint32 getWaveOutVolume()
+{
+    const std::scoped_lock lock(mutex);
+    return state().waveOutVolume;
+}
+
+void installExceptionHook()
+{
+    const std::scoped_lock lock(mutex);
+    state().exceptionHookInstalled = true;
+}
+
+void guardStack() {}
+
+void enterThread(const juce::String&) {}
+
+bool requestRealtimePriority()
+{
+    return false;
+}
+
+namespace doubles
+{
+
+void SystemDouble::reset()
+{
+    const std::scoped_lock lock(mutex);
+    state() = {};
+}
+
+std::vector<SystemDouble::RegistryWrite> SystemDouble::getRegistryWrites()
+{
+    const std::scoped_lock lock(mutex);
+    return state().registryWrites;
+}
+
+void SystemDouble::failRegistry(const juce::String& error)
+{
+    const std::scoped_lock lock(mutex);
+    state().registryError = error;
+}
+
+bool SystemDouble::isExceptionHookInstalled()
+{
+    const std::scoped_lock lock(mutex);
+    return state().exceptionHookInstalled;
+}
+
+} // namespace doubles
+
+std::optional<juce::uint32> getUniqueId()
+{
+    const std::scoped_lock lock(mutex);
+    return state().uniqueId;
+}
+
+void doubles::SystemDouble::setUniqueId(juce::uint32 id)
+{
+    const std::scoped_lock lock(mutex);
+    state().uniqueId = id;
+}
+
+juce::uint32 getTickCount()
+{
+    const std::scoped_lock lock(mutex);
+    return state().ticks;
+}
+
+void doubles::SystemDouble::advanceTicks(juce::uint32 milliseconds)
+{
+    const std::scoped_lock lock(mutex);
+    state().ticks += milliseconds;
+}
+
+} // namespace Platform
