@@ -80,7 +80,7 @@ void presetChange(benchmark::State& state)
     const Folder folder;
     Spi::reset();
     auto& manager = *Dsp::ak773ChipManager::getInstance();
-    manager.init(*DSPSettingHelperImpl::getInstance());
+    manager.init(*Dsp::DSPSettingHelperImpl::getInstance());
     takeBytes(false);
     double bytes = 0;
     for ([[maybe_unused]] auto _ : state)

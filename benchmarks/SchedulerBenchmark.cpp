@@ -14,10 +14,10 @@ ScheduleInput busyUnit()
     ScheduleInput input;
     for (int page = 0; page < NUM_OF_PAGES; ++page)
     {
-        const auto* config = pageScheduleConfig(page);
+        const auto* config = EngineApi::pageScheduleConfig(page);
         if (config == nullptr)
             continue;
-        ScheduleInfo::Ptr info = new ScheduleInfo();
+        EngineApi::ScheduleInfo::Ptr info = new EngineApi::ScheduleInfo();
         info->page = page;
         info->showLevel = config->showLevel;
         info->playLevel = config->playLevel;
@@ -33,10 +33,11 @@ ScheduleInput busyUnit()
     std::int32_t place = 0;
     for (const int page : { mbFM, mbMainMenu, mbSetup, mbCamera, mbBTPhone, mbRearAV1 })
         input.pages[page]->states.showState = ++place;
-    input.pages[mbFM]->states = { 1, PageStates::playing, PageStates::held, PageStates::held };
+    input.pages[mbFM]->states = { 1, EngineApi::PageStates::playing, EngineApi::PageStates::held,
+                                  EngineApi::PageStates::held };
     input.runningPages = { mbBTPhone, mbCamera, mbMainMenu, mbSetup, mbFM };
     input.rearPage = mbRearAV1;
-    input.request = { mbUSBAudio, AppAction::ToRun, false };
+    input.request = { mbUSBAudio, EngineApi::AppAction::ToRun, false };
     input.frontShow = input.normalSource = mbFM;
     return input;
 }
@@ -73,7 +74,7 @@ void copyInput(benchmark::State& state)
     {
         auto copy = input;
         for (auto& [page, info] : copy.pages)
-            info = new ScheduleInfo(*info);
+            info = new EngineApi::ScheduleInfo(*info);
         benchmark::DoNotOptimize(copy);
     }
 }

@@ -31,7 +31,7 @@ struct Unit
     {
         ScratchUnit::emptySettings("24 = 52\n40 = \"a\"\n1031 = \"version\"\n1042 = \"\"\n");
         Provided<FavoriteBar>::set(&bar);
-        Provided<ChipManager>::set(&audio);
+        Provided<Dsp::ChipManager>::set(&audio);
         Provided<AutoTestSession>::set(&session);
         auto* engine = Kernel::SystemEngine::getInstance();
         engine->createGroup(groupName, 5);

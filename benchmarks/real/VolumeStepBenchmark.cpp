@@ -26,7 +26,7 @@ void volumeStep(benchmark::State& state)
     configuration.spi2 = juce::String("socket:" + unit.folder() + "/spi2");
     configuration.gpio = juce::String("socket:" + unit.folder() + "/gpio");
     auto& manager = *Dsp::ak773ChipManager::getInstance();
-    manager.init(*DSPSettingHelperImpl::getInstance());
+    manager.init(*Dsp::DSPSettingHelperImpl::getInstance());
     std::vector<double> latencies;
     for ([[maybe_unused]] auto _ : state)
     {

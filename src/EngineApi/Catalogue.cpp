@@ -2,13 +2,14 @@
 
 #include <algorithm>
 
-namespace EngineLayer
+namespace EngineApi
 {
 
 namespace
 {
 
 using namespace Pubhead;
+using enum Dsp::AudioChannel;
 
 constexpr std::array sourceNames { "SRC_TUNER",    "SRC_DISC",     "SRC_CDC",       "SRC_MISC",      "SRC_NAVI",
                                    "SRC_AUX_REAR", "SRC_DVBT",     "SRC_SD",        "SRC_SAT_XM",    "SRC_IPOD",
@@ -137,4 +138,4 @@ const PageScheduleConfig* pageScheduleConfig(int page)
     return found == pages.end() ? nullptr : &*found;
 }
 
-} // namespace EngineLayer
+} // namespace EngineApi

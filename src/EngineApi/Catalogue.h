@@ -5,7 +5,7 @@
 #include "platform/base/Pubhead.h"
 
 /** What every part of the engine says about screen and sound: sources, channels, actions, and the table of pages. */
-namespace EngineLayer
+namespace EngineApi
 {
 
 // clang-format off
@@ -81,7 +81,7 @@ struct PageScheduleConfig
     bool isSourcePage = false;   ///< at the front it is remembered as the last source page
     bool isNormalSource = false; ///< normal sources exclude each other
     bool isRear = false;         ///< belongs to the rear zone, which holds at most one page
-    std::int32_t audioChannel = eAudioAVOff;
+    std::int32_t audioChannel = Dsp::eAudioAVOff;
     std::int32_t videoChannel = eVideoAVOff;
     std::int32_t showLevel = 0, playLevel = 0, videoLevel = 0, audioLevel = 0; ///< the higher level wins a conflict
     PageStates initialStates {};
@@ -90,4 +90,4 @@ struct PageScheduleConfig
 /** The configuration of a page that an application registers; null for a page that exists only as a number. */
 const PageScheduleConfig* pageScheduleConfig(int page);
 
-} // namespace EngineLayer
+} // namespace EngineApi

@@ -12,7 +12,7 @@ struct PageRunState
     enum Step { running = 1, stopped = 2 };
 
     int reportedStep = stopped; ///< running after a run or change order, stopped after a stop order
-    EngineLayer::PageStates states {};
+    PageStates states {};
 };
 
 /** What the managers know of a page: the handler inside the application task that owns it. Any thread, all of it. */
@@ -21,7 +21,7 @@ class PageHandler : public juce::ReferenceCountedObject
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<PageHandler>;
 
-    virtual const EngineLayer::PageScheduleConfig& getConfig() const = 0;
+    virtual const PageScheduleConfig& getConfig() const = 0;
     /** A consistent copy. */
     virtual PageRunState getRunState() const = 0;
     virtual bool isAvailable() const = 0;
@@ -29,12 +29,12 @@ public:
     virtual bool isResident() const = 0;
     virtual juce::String getBackProgramPath() const = 0;
 
-    virtual void requestState(EngineLayer::AppAction action, bool autoSwitch) = 0;
+    virtual void requestState(AppAction action, bool autoSwitch) = 0;
     virtual void requestShow(bool autoSwitch) = 0;
     /** Tells the page's program that the unit goes off. */
     virtual void notifyPage() = 0;
     /** May adjust a record that was built for this page before the scheduler uses it. */
-    virtual void adjustScheduleInfo(EngineLayer::ScheduleInfo& info) = 0;
+    virtual void adjustScheduleInfo(ScheduleInfo& info) = 0;
 
     int getPage() const { return getConfig().page; }
     int getAppType() const { return getConfig().appType; }

@@ -18,7 +18,7 @@ EngineLayer::ApplicationManager& manager()
 
 /** What the handler's configuration says, or the value for a page that nobody registered. */
 template <typename Value>
-Value fromConfig(int page, Value EngineLayer::PageScheduleConfig::*field, Value fallback)
+Value fromConfig(int page, Value PageScheduleConfig::*field, Value fallback)
 {
     const auto handler = getHandler(page);
     return handler == nullptr ? fallback : handler->getConfig().*field;
@@ -33,23 +33,24 @@ PageHandler::Ptr getHandler(int page)
 
 Kernel::ComponentId getOwnerId(int page)
 {
-    return fromConfig(page, &EngineLayer::PageScheduleConfig::ownerId, Kernel::ComponentId { Kernel::noComponent });
+    return fromConfig(page, &PageScheduleConfig::ownerId, Kernel::ComponentId { Kernel::noComponent });
 }
 
 int getSource(int page)
 {
-    return fromConfig(page, &EngineLayer::PageScheduleConfig::source, std::int32_t { EngineLayer::NUM_OF_SOURCES });
+    return fromConfig(page, &PageScheduleConfig::source, std::int32_t { NUM_OF_SOURCES });
 }
 
 int getAudioChannel(int page)
 {
     const auto handler = getHandler(page);
-    return handler == nullptr ? noAudioChannel : EngineLayer::ApplicationManager::describePage(*handler)->audioChannel;
+    return handler == nullptr ? Dsp::noAudioChannel
+                              : EngineLayer::ApplicationManager::describePage(*handler)->audioChannel;
 }
 
 int appTypeOfPage(int page)
 {
-    return fromConfig(page, &EngineLayer::PageScheduleConfig::appType, std::int32_t { Pubhead::AppUnknown });
+    return fromConfig(page, &PageScheduleConfig::appType, std::int32_t { Pubhead::AppUnknown });
 }
 
 int getPageOfAppType(int appType)
@@ -59,12 +60,12 @@ int getPageOfAppType(int appType)
 
 bool isNormalSource(int page)
 {
-    return fromConfig(page, &EngineLayer::PageScheduleConfig::isNormalSource, false);
+    return fromConfig(page, &PageScheduleConfig::isNormalSource, false);
 }
 
 bool isRearPage(int page)
 {
-    return fromConfig(page, &EngineLayer::PageScheduleConfig::isRear, false);
+    return fromConfig(page, &PageScheduleConfig::isRear, false);
 }
 
 bool isAvailable(int page)
@@ -107,22 +108,22 @@ void requestShowPage(int page, bool autoSwitch)
 
 void requestStopPage(int page)
 {
-    requestPageState(page, EngineLayer::AppAction::ToStop, true);
+    requestPageState(page, AppAction::ToStop, true);
 }
 
-void requestPageState(int page, EngineLayer::AppAction action, bool autoSwitch)
+void requestPageState(int page, AppAction action, bool autoSwitch)
 {
     if (const auto handler = getHandler(page))
         handler->requestState(action, autoSwitch);
 }
 
-void postSwitchOrder(int page, EngineLayer::AppStateSwitch::Ptr order)
+void postSwitchOrder(int page, AppStateSwitch::Ptr order)
 {
     const auto type = static_cast<juce::int32>(order->switchType);
     postToPage(page, Kernel::MSG_APP_SWITCH, type, 0, order.get());
 }
 
-void postScheduleResult(int page, EngineLayer::ScheduleStatus status)
+void postScheduleResult(int page, ScheduleStatus status)
 {
     postToPage(page, Kernel::MSG_SCHEDULE_RESULT, status, 0);
 }

@@ -27,9 +27,9 @@ int getFrontShow();
 
 void requestShowPage(int page, bool autoSwitch);
 void requestStopPage(int page);
-void requestPageState(int page, EngineLayer::AppAction action, bool autoSwitch);
-void postSwitchOrder(int page, EngineLayer::AppStateSwitch::Ptr order);
-void postScheduleResult(int page, EngineLayer::ScheduleStatus status);
+void requestPageState(int page, AppAction action, bool autoSwitch);
+void postSwitchOrder(int page, AppStateSwitch::Ptr order);
+void postScheduleResult(int page, ScheduleStatus status);
 void notifyPage(int page);
 void postToPage(int page, juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload = nullptr);
 /** Launches the page's background program, with an empty bundle. */

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace EngineLayer
+namespace EngineApi
 {
 
 /** One queued request for a page. */
@@ -39,7 +39,7 @@ struct ScheduleInfo : public juce::ReferenceCountedObject
     std::int32_t page = Pubhead::NUM_OF_PAGES;
     std::int32_t showLevel = 0, playLevel = 0, videoLevel = 0, audioLevel = 0;
     PageStates states {};
-    std::int32_t audioChannel = eAudioAVOff;
+    std::int32_t audioChannel = Dsp::eAudioAVOff;
     std::int32_t videoChannel = eVideoAVOff;
     bool isSourcePage = false, isNormalSource = false, isRear = false;
 };
@@ -65,9 +65,9 @@ struct AppResourceSwitch : public juce::ReferenceCountedObject
 {
     using Ptr = juce::ReferenceCountedObjectPtr<AppResourceSwitch>;
 
-    std::int32_t frontAudioChannel = eAudioAVOff;
+    std::int32_t frontAudioChannel = Dsp::eAudioAVOff;
     std::int32_t frontVideoChannel = eVideoCamera;
-    std::int32_t rearAudioChannel = eAudioAVOff;
+    std::int32_t rearAudioChannel = Dsp::eAudioAVOff;
     std::int32_t rearVideoChannel = eVideoAVOff;
     bool mix = false;
     bool trigger = false;
@@ -76,4 +76,4 @@ struct AppResourceSwitch : public juce::ReferenceCountedObject
     bool succeeded = false;
 };
 
-} // namespace EngineLayer
+} // namespace EngineApi

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-namespace EngineLayer
+namespace Extend
 {
 
 using namespace EngineApi;
@@ -483,12 +483,12 @@ void ExeMonitor::endClosingApps()
     // One that has ended meanwhile is left to its change of state, which is on its way and runs the launches.
 }
 
-} // namespace EngineLayer
+} // namespace Extend
 
 namespace EngineApi
 {
 
-using EngineLayer::ExeMonitor;
+using Extend::ExeMonitor;
 
 bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background)
 {

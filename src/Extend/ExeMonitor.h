@@ -8,7 +8,7 @@
 
 #include <set>
 
-namespace EngineLayer
+namespace Extend
 {
 
 /**
@@ -100,4 +100,4 @@ private:
     int failedHeartbeats = 0;
 };
 
-} // namespace EngineLayer
+} // namespace Extend

@@ -3,7 +3,7 @@
 #include "platform/base/Logger.h"
 #include "platform/base/Threads.h"
 
-namespace EngineLayer
+namespace Extend
 {
 
 namespace
@@ -92,4 +92,4 @@ void MonitorThread::handleEnd(int appType, const Platform::ProcessHandle& proces
     onEnded(appType);
 }
 
-} // namespace EngineLayer
+} // namespace Extend

@@ -5,7 +5,7 @@
 #include <functional>
 #include <map>
 
-namespace EngineLayer
+namespace Extend
 {
 
 /**
@@ -39,4 +39,4 @@ private:
     Platform::ProcessWaiter waiter;
 };
 
-} // namespace EngineLayer
+} // namespace Extend

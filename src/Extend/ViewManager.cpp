@@ -5,7 +5,7 @@
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
 
-namespace EngineLayer
+namespace Extend
 {
 
 using namespace EngineApi;
@@ -334,12 +334,12 @@ void ViewManager::logCurrentPage() const
                                                  " | CurrPageState : " + pageStateNames[currentPageState]);
 }
 
-} // namespace EngineLayer
+} // namespace Extend
 
 namespace EngineApi
 {
 
-using EngineLayer::ViewManager;
+using Extend::ViewManager;
 
 void setNextPage(int page)
 {

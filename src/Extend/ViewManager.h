@@ -9,7 +9,7 @@
 
 #include <atomic>
 
-namespace EngineLayer
+namespace Extend
 {
 
 /**
@@ -89,4 +89,4 @@ private:
     Platform::WindowHandle navigationWindow = Platform::noWindow;
 };
 
-} // namespace EngineLayer
+} // namespace Extend

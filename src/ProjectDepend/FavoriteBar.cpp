@@ -101,8 +101,8 @@ void FavoriteBar::select(int favorite, bool overCamera)
         Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favorite);
         return;
     }
-    showVoltage(Platform::VX_GetSysInfo(EngineLayer::sysInfoVoltage) * voltsOfInfo);
-    setVisibleIf(voltageText, Platform::VX_GetSysInfo(EngineLayer::sysInfoVoltageShown) != 0);
+    showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * voltsOfInfo);
+    setVisibleIf(voltageText, Platform::VX_GetSysInfo(Platform::sysInfoVoltageShown) != 0);
     currentIndex = favorite;
     refresh();
     setVisibleIf(groupOne, favorite < firstOfGroupTwo);

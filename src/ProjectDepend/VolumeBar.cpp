@@ -35,7 +35,7 @@ juce::String pictureOf(const char* format, int volume)
 /** The zone that the volume keys act on. */
 void setCurrentZone(int zone)
 {
-    if (auto* chips = EngineApi::Provided<ChipManager>::get())
+    if (auto* chips = EngineApi::Provided<Dsp::ChipManager>::get())
         chips->getACService().setCurrentZone(zone);
 }
 
@@ -116,7 +116,7 @@ void VolumeBar::showZone2Volume(int volume)
 {
     if (zone2Button != nullptr)
     {
-        zone2Button->setText(zone2NameText, Platform::VX_GetSetupValueString(EngineApi::zone2NameSetting));
+        zone2Button->setText(zone2NameText, Platform::VX_GetSetupValueString(Platform::zone2NameSetting));
         zone2Button->setImagePath(pictureOf(zone2Pictures, volume));
     }
     show(0);

@@ -84,7 +84,7 @@ void MainApplication::shutdown()
     // set is stored all the same.
     if (Platform::hasStragglers())
     {
-        if (auto* volumes = DSPSettingHelperImpl::getExisting())
+        if (auto* volumes = Dsp::DSPSettingHelperImpl::getExisting())
             volumes->storeNow();
         Platform::VX_ReleaseSetupInfo();
         std::quick_exit(EXIT_SUCCESS);

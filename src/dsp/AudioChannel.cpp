@@ -4,6 +4,9 @@
 
 #include <array>
 
+namespace Dsp
+{
+
 namespace
 {
 
@@ -20,3 +23,5 @@ const char* audioChannelName(int channel)
 {
     return Pubhead::nameIn(audioChannelNames, channel);
 }
+
+} // namespace Dsp

@@ -2,6 +2,9 @@
 
 #include <cstdint>
 
+namespace Dsp
+{
+
 /** Audio input of the DSP routing. */
 // clang-format off
 enum AudioChannel : std::int32_t
@@ -15,3 +18,5 @@ enum AudioChannel : std::int32_t
 
 /** The exact name, for log lines; "" outside the enumeration. */
 const char* audioChannelName(int channel);
+
+} // namespace Dsp

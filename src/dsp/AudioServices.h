@@ -2,6 +2,9 @@
 
 #include <cstdint>
 
+namespace Dsp
+{
+
 class DSPSettingHelper;
 
 /**
@@ -106,3 +109,5 @@ public:
     virtual EQService& getEQService() = 0;
     virtual ACService& getACService() = 0;
 };
+
+} // namespace Dsp

@@ -1,5 +1,8 @@
 #pragma once
 
+namespace Dsp
+{
+
 /** Told of changes of volume and mute by the DSP setting helper, on the thread that made the change. */
 class CDSPStateListener
 {
@@ -70,3 +73,5 @@ public:
     virtual void notifyMute(bool mute) = 0;
     virtual void notifyFourth(int value) = 0;
 };
+
+} // namespace Dsp

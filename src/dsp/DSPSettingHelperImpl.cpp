@@ -5,6 +5,9 @@
 
 #include <algorithm>
 
+namespace Dsp
+{
+
 namespace
 {
 
@@ -260,3 +263,5 @@ void DSPSettingHelperImpl::notifyFourth(int value)
     if (listener != nullptr)
         listener->onFourthNotice(value & 0xff);
 }
+
+} // namespace Dsp

@@ -8,6 +8,9 @@
 #include <juce_events/juce_events.h>
 #include <mutex>
 
+namespace Dsp
+{
+
 /**
     The settings and volumes of this unit: volumes in `VX_Volume.ini` below the system path, all else in the settings
     store. A volume that the file lacks, or that is no step, is 0: never a loud start. A write that is due when the
@@ -78,3 +81,5 @@ private:
     std::recursive_mutex listenerLock; ///< recursive: a listener may cause another notice
     CDSPStateListener* listener = nullptr;
 };
+
+} // namespace Dsp

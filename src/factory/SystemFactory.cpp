@@ -59,9 +59,9 @@ void SystemFactory::build()
         { Kernel::systemStateManagerId, systemGroup, instanceOf<SystemStateManager> },
         { Kernel::navicoManagerId, systemGroup, instanceOf<NavicoManager> },
         { Kernel::dataManagerId, normalGroup, instanceOf<DataManager> },
-        { Kernel::exeMonitorId, normalGroup, instanceOf<ExeMonitor> },
+        { Kernel::exeMonitorId, normalGroup, instanceOf<Extend::ExeMonitor> },
         { Kernel::wiredRemoteId, normalGroup, instanceOf<TLX70Dev> },
-        { Kernel::viewManagerId, normalGroup, instanceOf<ViewManager> },
+        { Kernel::viewManagerId, normalGroup, instanceOf<Extend::ViewManager> },
     };
 
     auto* engine = Kernel::SystemEngine::getInstance();
@@ -80,7 +80,7 @@ void SystemFactory::build()
 
     for (const auto* record = applications; record != nullptr; record = record->next)
         addComponent(lowGroup, record->creator(), record->id);
-    EngineApi::Provided<ChipManager>::set(Dsp::ak773ChipManager::getInstance());
+    EngineApi::Provided<Dsp::ChipManager>::set(Dsp::ak773ChipManager::getInstance());
     EngineApi::Provided<EngineApi::WiredRemote>::set(TLX70Dev::getInstance());
     for (const auto& manager : managers)
         addComponent(manager.group, manager.instance(), manager.id);

@@ -6,7 +6,7 @@
 using namespace EngineApi;
 using namespace Pubhead;
 using namespace testing;
-using EngineLayer::ExeMonitor;
+using Extend::ExeMonitor;
 using Platform::AppCommandLine;
 using Platform::Bundle;
 using Platform::RemoteObjFormat;
@@ -189,15 +189,15 @@ TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
     EXPECT_FALSE(launchRadio());
     EXPECT_FALSE(launchRadio(pageShow()));
     expectNothingPosted();
-    EXPECT_EQ(monitor.getTimerInterval(ExeMonitor::closingTimer), 1500);
+    EXPECT_EQ(monitor.getTimerInterval(Extend::ExeMonitor::closingTimer), 1500);
 
     IpcDouble::setPresent(AppRadio, false);
-    fire(monitor, ExeMonitor::closingTimer);
+    fire(monitor, Extend::ExeMonitor::closingTimer);
     EXPECT_THAT(ProcessDouble::takeTerminated(), Contains(hanging));
     awaitState(AppRadio, kStarting);
     const auto launches = ProcessDouble::takeLaunches();
     ASSERT_EQ(launches.size(), 1u);
-    EXPECT_FALSE(monitor.isTimerRunning(ExeMonitor::closingTimer));
+    EXPECT_FALSE(monitor.isTimerRunning(Extend::ExeMonitor::closingTimer));
 
     IpcDouble::setPresent(AppRadio, true, launches[0].pid);
     fromProgram(AppRadio, RMSG_APP_HELLO, AppRadio);
@@ -212,11 +212,11 @@ TEST_F(ExeMonitorTest, ReportsTheSixthFailingHeartbeat)
 {
     startRadio();
     send(Kernel::exeMonitorId, Kernel::MSG_SYS_READY);
-    EXPECT_EQ(monitor.getTimerInterval(ExeMonitor::heartbeatTimer), 6000);
+    EXPECT_EQ(monitor.getTimerInterval(Extend::ExeMonitor::heartbeatTimer), 6000);
     const auto cycles = [this](int count)
     {
         for (int cycle = 0; cycle < count; ++cycle)
-            fire(monitor, ExeMonitor::heartbeatTimer);
+            fire(monitor, Extend::ExeMonitor::heartbeatTimer);
     };
     cycles(1 + 5);
     expectNothingPosted();
@@ -242,12 +242,12 @@ TEST_F(ExeMonitorTest, NamesAFrozenProgramOnce)
     send(Kernel::exeMonitorId, Kernel::MSG_SYS_READY);
     const ErrorLog errors;
     for (int cycle = 0; cycle < 4; ++cycle)
-        fire(monitor, ExeMonitor::heartbeatTimer);
+        fire(monitor, Extend::ExeMonitor::heartbeatTimer);
     EXPECT_THAT(ErrorLog::take(), ElementsAre("AppType: AppRadio | does not answer the heartbeat"));
     fromProgram(AppRadio, RMSG_HEARTBEAT_REPLY, AppRadio);
-    fire(monitor, ExeMonitor::heartbeatTimer);
+    fire(monitor, Extend::ExeMonitor::heartbeatTimer);
     EXPECT_THAT(ErrorLog::take(), IsEmpty());
-    fire(monitor, ExeMonitor::heartbeatTimer);
+    fire(monitor, Extend::ExeMonitor::heartbeatTimer);
     EXPECT_THAT(ErrorLog::take(), SizeIs(1));
 }
 

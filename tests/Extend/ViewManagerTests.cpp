@@ -4,7 +4,7 @@
 using namespace EngineApi;
 using namespace Pubhead;
 using namespace testing;
-using EngineLayer::ViewManager;
+using Extend::ViewManager;
 using Platform::doubles::WindowDouble;
 
 namespace
@@ -41,8 +41,8 @@ protected:
     {
         setNext(page);
         asksFor(page);
-        if (view.isTimerRunning(ViewManager::hideTimer))
-            fire(view, ViewManager::hideTimer);
+        if (view.isTimerRunning(Extend::ViewManager::hideTimer))
+            fire(view, Extend::ViewManager::hideTimer);
         says(RMSG_PAGE_SHOW_READY, page);
         ASSERT_EQ(getCurrentPage(), page);
         ASSERT_FALSE(isPageChanging());
@@ -72,7 +72,7 @@ protected:
         return Platform::RemoteObjFormat::formatCommandLine(*Platform::AppCommandLine::genCmdPageShow(page, false));
     }
 
-    ViewManager& view = *ViewManager::getInstance();
+    Extend::ViewManager& view = *Extend::ViewManager::getInstance();
 };
 
 } // namespace
@@ -133,13 +133,13 @@ TEST_F(ViewManagerTest, ALateExpiryDoesNotCountForTheNextPage)
     Platform::IpcDouble::injectMessage(AppRadio, RMSG_PAGE_TOP_SHOWN, mbFM);
     reportTopPage(mbAM);
     setNextPage(mbSetup);
-    for (const auto timer : { ViewManager::reportTimer, ViewManager::requestTimer })
+    for (const auto timer : { Extend::ViewManager::reportTimer, Extend::ViewManager::requestTimer })
         view.timerCallback(timer);
     run();
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
     expectNothingPosted();
     EXPECT_TRUE(takeSent().empty());
-    for (const auto timer : { ViewManager::reportTimer, ViewManager::requestTimer })
+    for (const auto timer : { Extend::ViewManager::reportTimer, Extend::ViewManager::requestTimer })
         EXPECT_TRUE(view.isTimerRunning(timer));
 }
 
@@ -159,26 +159,26 @@ TEST_F(ViewManagerTest, GoesOnWithoutAnswers)
 {
     bringToFront(mbFM);
     setNext(mbUSBAudio);
-    EXPECT_EQ(view.getTimerInterval(ViewManager::requestTimer), 1500);
-    fire(view, ViewManager::requestTimer);
-    EXPECT_FALSE(view.isTimerRunning(ViewManager::requestTimer));
-    EXPECT_EQ(view.getTimerInterval(ViewManager::hideTimer), 1500);
-    fire(view, ViewManager::hideTimer);
-    EXPECT_FALSE(view.isTimerRunning(ViewManager::hideTimer));
-    EXPECT_EQ(view.getTimerInterval(ViewManager::showTimer), 1500);
-    fire(view, ViewManager::showTimer);
-    EXPECT_FALSE(view.isTimerRunning(ViewManager::showTimer));
+    EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::requestTimer), 1500);
+    fire(view, Extend::ViewManager::requestTimer);
+    EXPECT_FALSE(view.isTimerRunning(Extend::ViewManager::requestTimer));
+    EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::hideTimer), 1500);
+    fire(view, Extend::ViewManager::hideTimer);
+    EXPECT_FALSE(view.isTimerRunning(Extend::ViewManager::hideTimer));
+    EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::showTimer), 1500);
+    fire(view, Extend::ViewManager::showTimer);
+    EXPECT_FALSE(view.isTimerRunning(Extend::ViewManager::showTimer));
     EXPECT_EQ(getCurrentPage(), mbUSBAudio);
     EXPECT_FALSE(isPageChanging());
 
     Platform::IpcDouble::setPresent(AppUSB, false);
     Platform::IpcDouble::setPresent(AppSetup, false);
     setNext(mbSetup);
-    fire(view, ViewManager::requestTimer);
-    EXPECT_EQ(view.getTimerInterval(ViewManager::hideTimer), 1);
-    fire(view, ViewManager::hideTimer);
-    EXPECT_EQ(view.getTimerInterval(ViewManager::showTimer), 1);
-    fire(view, ViewManager::showTimer);
+    fire(view, Extend::ViewManager::requestTimer);
+    EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::hideTimer), 1);
+    fire(view, Extend::ViewManager::hideTimer);
+    EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::showTimer), 1);
+    fire(view, Extend::ViewManager::showTimer);
     EXPECT_EQ(getCurrentPage(), mbSetup);
 }
 
@@ -198,7 +198,7 @@ TEST_F(ViewManagerTest, APageWantedWhileTheOldOneHidesReplacesTheNext)
         if (!asksItself)
         {
             EXPECT_FALSE(isPageChanging()) << "it waits for the program, or its time";
-            fire(view, ViewManager::requestTimer);
+            fire(view, Extend::ViewManager::requestTimer);
         }
         says(RMSG_PAGE_SHOW_READY, mbSetup);
         EXPECT_THAT(takeSent(), ElementsAre(hide(mbFM), show(mbSetup), covered(mbFM)));
@@ -225,7 +225,7 @@ TEST_F(ViewManagerTest, APageWantedWhileTheNewOneComesFollowsIt)
         EXPECT_EQ(getCurrentPage(), mbUSBAudio);
         EXPECT_EQ(isPageChanging(), asksItself);
         if (!asksItself)
-            fire(view, ViewManager::requestTimer);
+            fire(view, Extend::ViewManager::requestTimer);
         EXPECT_THAT(takeSent(), ElementsAre(covered(mbFM), hide(mbUSBAudio)));
         says(RMSG_PAGE_HIDE_READY, mbUSBAudio);
         says(RMSG_PAGE_SHOW_READY, mbSetup);
@@ -246,18 +246,18 @@ TEST_F(ViewManagerTest, ShowsAndHidesTheNavigationWindowItself)
         const auto window = WindowDouble::add(title);
         bringToFront(mbFM);
         setNext(mbNavi);
-        EXPECT_EQ(view.getTimerInterval(ViewManager::requestTimer), 1);
-        fire(view, ViewManager::requestTimer);
+        EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::requestTimer), 1);
+        fire(view, Extend::ViewManager::requestTimer);
         says(RMSG_PAGE_HIDE_READY, mbFM);
-        EXPECT_EQ(view.getTimerInterval(ViewManager::showTimer), 1);
-        fire(view, ViewManager::showTimer);
+        EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::showTimer), 1);
+        fire(view, Extend::ViewManager::showTimer);
         EXPECT_EQ(getCurrentPage(), mbNavi);
         EXPECT_THAT(WindowDouble::takeActions(), ElementsAre(WindowDouble::Action { window, Operation::show },
                                                              WindowDouble::Action { window, Operation::foreground }));
         setNext(mbUSBAudio);
         asksFor(mbUSBAudio);
-        EXPECT_EQ(view.getTimerInterval(ViewManager::hideTimer), 1);
-        fire(view, ViewManager::hideTimer);
+        EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::hideTimer), 1);
+        fire(view, Extend::ViewManager::hideTimer);
         EXPECT_TRUE(WindowDouble::takeActions().empty()) << "it stays until the next page is there";
         says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
         EXPECT_THAT(WindowDouble::takeActions(), ElementsAre(WindowDouble::Action { window, Operation::hide }));
@@ -288,7 +288,7 @@ TEST_F(ViewManagerTest, HasNothingToDoForThePageInFront)
 {
     bringToFront(mbFM);
     setNext(mbFM);
-    EXPECT_FALSE(view.isTimerRunning(ViewManager::requestTimer));
+    EXPECT_FALSE(view.isTimerRunning(Extend::ViewManager::requestTimer));
     asksFor(mbFM);
     asksFor(mbUSBAudio); // Nobody wanted it.
     EXPECT_TRUE(takeSent().empty());
@@ -301,19 +301,19 @@ TEST_F(ViewManagerTest, ConfirmsThePageOnTopOnce)
     bringToFront(mbFM);
     reportTopPage(mbFM);
     run();
-    EXPECT_EQ(view.getTimerInterval(ViewManager::reportTimer), 400);
+    EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::reportTimer), 400);
     says(RMSG_PAGE_TOP_SHOWN, mbUSBAudio);
     expectNothingPosted();
     says(RMSG_PAGE_TOP_SHOWN, mbFM);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
-    EXPECT_FALSE(view.isTimerRunning(ViewManager::reportTimer));
+    EXPECT_FALSE(view.isTimerRunning(Extend::ViewManager::reportTimer));
     asksFor(mbFM);
     asksFor(mbFM);
     EXPECT_THAT(takeSent(), ElementsAre(show(mbFM)));
 
     reportTopPage(mbFM);
     run();
-    fire(view, ViewManager::reportTimer);
+    fire(view, Extend::ViewManager::reportTimer);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
     says(RMSG_PAGE_TOP_SHOWN, mbFM);
     expectNothingPosted();

@@ -29,7 +29,7 @@ protected:
     VolumeBarTest()
     {
         ScratchUnit::emptySettings("284 = \"Poop deck\"\n");
-        EngineApi::Provided<ChipManager>::set(&audio);
+        EngineApi::Provided<Dsp::ChipManager>::set(&audio);
         CVXResPathManager::getInstance()->clear();
         EXPECT_TRUE(CVXResPathManager::getInstance()->addResPath(pack, {}));
         bar = std::make_unique<Bar::VolumeBar>();
@@ -37,7 +37,7 @@ protected:
     ~VolumeBarTest() override
     {
         bar.reset();
-        EngineApi::Provided<ChipManager>::set(nullptr);
+        EngineApi::Provided<Dsp::ChipManager>::set(nullptr);
         ResourceAutoDelete();
     }
 
@@ -163,7 +163,7 @@ TEST_F(VolumeBarTest, WithoutAnythingAroundItKeepsItsState)
 {
     bar.reset();
     CVXResPathManager::getInstance()->clear();
-    EngineApi::Provided<ChipManager>::set(nullptr);
+    EngineApi::Provided<Dsp::ChipManager>::set(nullptr);
     bar = std::make_unique<Bar::VolumeBar>();
     for (const int kind : { mainZone, zone2, mute })
         volume(kind, 1);

@@ -13,7 +13,7 @@ using namespace Dsp;
 namespace
 {
 
-class Notices : public CDSPStateListener
+class Notices : public Dsp::CDSPStateListener
 {
 public:
     void onVolumeChanged(int volume, int zone, bool show) override
@@ -43,8 +43,8 @@ protected:
 
     void start() { ASSERT_TRUE(manager().init(helper())); }
     static ak773ChipManager& manager() { return *ak773ChipManager::getInstance(); }
-    static ACService& audio() { return manager().getACService(); }
-    static EQService& eq() { return manager().getEQService(); }
+    static Dsp::ACService& audio() { return manager().getACService(); }
+    static Dsp::EQService& eq() { return manager().getEQService(); }
     /** As if the time of a source change were over. */
     static void fire(int timer) { dynamic_cast<ak7738ACOperator&>(audio()).timerCallback(timer); }
 
@@ -108,7 +108,7 @@ TEST_F(AudioTest, WritesWhatItAlwaysWrote)
     set(1792, 3);
     eq().applyPreset();
     expectGolden("dsp/golden/preset.txt", transcript());
-    audio().changeSource(eAudioAux1);
+    audio().changeSource(Dsp::eAudioAux1);
     juce::String change = transcript();
     fire(ak7738ACOperator::compensationTimer);
     fire(ak7738ACOperator::restoreTimer);
@@ -203,18 +203,18 @@ TEST_F(AudioTest, TheAlertIsHeardOverEverySource)
     transcript();
     const juce::String system = "C0 00 37 01\nC0 00 38 01\nC0 00 39 01\n";
     const juce::String tuner = "C0 00 37 1A\nC0 00 38 1A\nC0 00 39 1A\nC0 00 66 11\n";
-    audio().setSource(24, eAudioFM);
+    audio().setSource(24, Dsp::eAudioFM);
     audio().setAlert(true);
     EXPECT_EQ(transcript(), system);
     fire(ak7738ACOperator::restoreTimer);
     EXPECT_FALSE(transcript().contains("C0 00 37")) << "the source must not take the alert's input";
     audio().setAlert(false);
     EXPECT_EQ(transcript(), tuner);
-    audio().setSource(24, eAudioPandora);
+    audio().setSource(24, Dsp::eAudioPandora);
     audio().setAlert(true);
     EXPECT_EQ(transcript(), "") << "it is on the right input already";
     audio().setAlert(false);
-    audio().setSource(24, eAudioTuner);
+    audio().setSource(24, Dsp::eAudioTuner);
     fire(ak7738ACOperator::restoreTimer);
     EXPECT_TRUE(transcript().startsWith("C0 00 37 FF\nC0 00 38 FF\nC0 00 39 FF\nbank")) << "an unknown input is none";
 }
@@ -222,7 +222,7 @@ TEST_F(AudioTest, TheAlertIsHeardOverEverySource)
 /** The supply is low and a person turns the balance while the DSP is still off. */
 TEST_F(AudioTest, WhatWasAskedForBeforeTheDspIsUpComesWithIt)
 {
-    audio().changeSource(eAudioFM);
+    audio().changeSource(Dsp::eAudioFM);
     audio().setAlert(true);
     set(280, 0);
     eq().applyBalance();

@@ -55,7 +55,7 @@ protected:
     }
 
     static void set(int setting, int value) { Platform::VX_SetSetupValueInt(setting, value); }
-    static DSPSettingHelperImpl& helper() { return *DSPSettingHelperImpl::getInstance(); }
+    static Dsp::DSPSettingHelperImpl& helper() { return *Dsp::DSPSettingHelperImpl::getInstance(); }
     static juce::File volumeFile()
     {
         return juce::File(Platform::Configuration::get().systemPath).getChildFile("VX_Volume.ini");

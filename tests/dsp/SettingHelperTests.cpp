@@ -23,7 +23,7 @@ TEST_F(SettingHelperTest, ReadsVolumesAndNeverStartsLoud)
     {
         SCOPED_TRACE(content);
         volumeFile().replaceWithText(content);
-        DSPSettingHelperImpl fresh;
+        Dsp::DSPSettingHelperImpl fresh;
         EXPECT_EQ(fresh.getVolume(false), source);
         EXPECT_EQ(fresh.getVolume(true), zone2);
     }
@@ -33,7 +33,7 @@ TEST_F(SettingHelperTest, WritesABurstOfStepsOnceAndForeignKeysStay)
 {
     volumeFile().replaceWithText("; the owner's\n[Volume]\nSrc = 3\nOther = 1\n[More]\nKey = text\n");
     {
-        DSPSettingHelperImpl fresh;
+        Dsp::DSPSettingHelperImpl fresh;
         for (int volume = 4; volume <= 13; ++volume)
             fresh.setVolume(volume, false);
         EXPECT_TRUE(volumeFile().loadFileAsString().contains("Src = 3"));
@@ -41,16 +41,16 @@ TEST_F(SettingHelperTest, WritesABurstOfStepsOnceAndForeignKeysStay)
     const auto written = volumeFile().loadFileAsString();
     for (const auto* kept : { "; the owner's", "Other", "Key = text", "Src = 13" })
         EXPECT_TRUE(written.contains(kept)) << kept << " is missing in\n" << written;
-    DSPSettingHelperImpl again;
+    Dsp::DSPSettingHelperImpl again;
     again.setNaviVolume(9);
     again.setPhoneVolume(8);
-    DSPSettingHelperImpl next;
+    Dsp::DSPSettingHelperImpl next;
     EXPECT_EQ(next.getNaviVolume() * 100 + next.getPhoneVolume(), 908);
 }
 
 TEST_F(SettingHelperTest, ConvertsSettingsAndLimitsThem)
 {
-    using Get = int (DSPSettingHelper::*)();
+    using Get = int (Dsp::DSPSettingHelper::*)();
     struct Case
     {
         int index, stored;
@@ -58,17 +58,18 @@ TEST_F(SettingHelperTest, ConvertsSettingsAndLimitsThem)
         int value;
     };
     for (const auto& [index, stored, get, value] :
-         { Case { 280, 0, &DSPSettingHelper::getBalance, 12 }, Case { 280, 99, &DSPSettingHelper::getBalance, 0 },
-           Case { 279, 6, &DSPSettingHelper::getFader, 6 }, Case { 279, -5, &DSPSettingHelper::getFader, 12 },
-           Case { 1281, 0, &DSPSettingHelper::getBassGain, -6 },
-           Case { 1283, 500, &DSPSettingHelper::getTrebleGain, 6 },
-           Case { 257, 14, &DSPSettingHelper::getBandLevel257, 7 },
-           Case { 263, -1, &DSPSettingHelper::getBandLevel263, -7 },
-           Case { 267, 3, &DSPSettingHelper::getCrossoverFrequency, 120 },
-           Case { 267, 4, &DSPSettingHelper::getCrossoverFrequency, 120 },
-           Case { 1284, 14, &DSPSettingHelper::getSubwooferLevelIndex, 13 },
-           Case { 6, 7, &DSPSettingHelper::getSourceLevelIndex, 6 },
-           Case { 1792, 7, &DSPSettingHelper::getEqPreset, 7 } })
+         { Case { 280, 0, &Dsp::DSPSettingHelper::getBalance, 12 },
+           Case { 280, 99, &Dsp::DSPSettingHelper::getBalance, 0 },
+           Case { 279, 6, &Dsp::DSPSettingHelper::getFader, 6 }, Case { 279, -5, &Dsp::DSPSettingHelper::getFader, 12 },
+           Case { 1281, 0, &Dsp::DSPSettingHelper::getBassGain, -6 },
+           Case { 1283, 500, &Dsp::DSPSettingHelper::getTrebleGain, 6 },
+           Case { 257, 14, &Dsp::DSPSettingHelper::getBandLevel257, 7 },
+           Case { 263, -1, &Dsp::DSPSettingHelper::getBandLevel263, -7 },
+           Case { 267, 3, &Dsp::DSPSettingHelper::getCrossoverFrequency, 120 },
+           Case { 267, 4, &Dsp::DSPSettingHelper::getCrossoverFrequency, 120 },
+           Case { 1284, 14, &Dsp::DSPSettingHelper::getSubwooferLevelIndex, 13 },
+           Case { 6, 7, &Dsp::DSPSettingHelper::getSourceLevelIndex, 6 },
+           Case { 1792, 7, &Dsp::DSPSettingHelper::getEqPreset, 7 } })
     {
         set(index, stored);
         EXPECT_EQ((helper().*get)(), value) << index << " = " << stored;

@@ -18,14 +18,14 @@ class ApplicationFixture : public ProgramsFixture
 protected:
     using Texts = std::vector<std::string>;
 
-    using SwitchType = EngineLayer::SwitchType;
+    using SwitchType = EngineApi::SwitchType;
     using CommandLine = Platform::AppCommandLine;
 
     /** `settings` are lines of factory values; the fake pages belong to other applications. */
     explicit ApplicationFixture(const juce::String& settings = {}, std::initializer_list<int> fakePages = {})
     {
         ScratchUnit::emptySettings(settings);
-        EngineApi::Provided<ChipManager>::set(&audio);
+        EngineApi::Provided<Dsp::ChipManager>::set(&audio);
         EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
         EngineApi::Provided<EngineApi::VolumeBar>::set(&volumeBar);
         EngineApi::Provided<EngineApi::FavoriteBar>::set(&favoriteBar);
@@ -35,7 +35,7 @@ protected:
 
     ~ApplicationFixture() override
     {
-        EngineApi::Provided<ChipManager>::set(nullptr);
+        EngineApi::Provided<Dsp::ChipManager>::set(nullptr);
         EngineApi::Provided<EngineApi::WiredRemote>::set(nullptr);
         EngineApi::Provided<EngineApi::VolumeBar>::set(nullptr);
         EngineApi::Provided<EngineApi::FavoriteBar>::set(nullptr);
@@ -55,7 +55,7 @@ protected:
     /** The page becomes the normal source; a fake one runs and is in front. */
     void playing(int page)
     {
-        EngineLayer::ApplicationManager::getInstance()->schedule({ page, EngineLayer::AppAction::ToRun, false });
+        EngineLayer::ApplicationManager::getInstance()->schedule({ page, EngineApi::AppAction::ToRun, false });
         if (pages.count(page) != 0)
             state(page, { 1, 1, 1, 1 });
         else
@@ -63,17 +63,17 @@ protected:
         takePosted();
     }
 
-    void state(int page, const EngineLayer::PageStates& states)
+    void state(int page, const EngineApi::PageStates& states)
     {
-        pages.at(page)->carryOut(*made(page, EngineLayer::SwitchType::ToRun, states));
+        pages.at(page)->carryOut(*made(page, EngineApi::SwitchType::ToRun, states));
         EngineLayer::ApplicationManager::getInstance()->refreshSnapshot();
     }
 
-    static EngineLayer::AppStateSwitch::Ptr made(int page, EngineLayer::SwitchType type,
-                                                 const EngineLayer::PageStates& states = {},
-                                                 const Platform::AppCommandLine::Ptr& commandLine = nullptr)
+    static EngineApi::AppStateSwitch::Ptr made(int page, EngineApi::SwitchType type,
+                                               const EngineApi::PageStates& states = {},
+                                               const Platform::AppCommandLine::Ptr& commandLine = nullptr)
     {
-        EngineLayer::AppStateSwitch::Ptr order = new EngineLayer::AppStateSwitch;
+        EngineApi::AppStateSwitch::Ptr order = new EngineApi::AppStateSwitch;
         order->page = page;
         order->switchType = type;
         order->states = states;
@@ -82,14 +82,14 @@ protected:
     }
 
     /** An order of the scheduler to a page of the application, which carries it out. */
-    void carryOut(int page, EngineLayer::SwitchType type, const EngineLayer::PageStates& states = {},
+    void carryOut(int page, EngineApi::SwitchType type, const EngineApi::PageStates& states = {},
                   const Platform::AppCommandLine::Ptr& commandLine = nullptr)
     {
         toPage(page, Kernel::MSG_APP_SWITCH, static_cast<int>(type), 0, made(page, type, states, commandLine));
     }
 
     /** The same without what follows from it; answers what the handler attached to the command line. */
-    Platform::Bundle::Ptr order(int page, SwitchType type, const EngineLayer::PageStates& states,
+    Platform::Bundle::Ptr order(int page, EngineApi::SwitchType type, const EngineApi::PageStates& states,
                                 const CommandLine::Ptr& commandLine = nullptr)
     {
         ProgramsFixture::order(page, type, states, commandLine);

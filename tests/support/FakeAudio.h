@@ -6,12 +6,12 @@
 #include <vector>
 
 /** Both audio services without a DSP; writes down what is asked of them. */
-class FakeAudio : public ChipManager, private ACService, private EQService
+class FakeAudio : public Dsp::ChipManager, private Dsp::ACService, private Dsp::EQService
 {
 public:
-    bool init(DSPSettingHelper&) override { return note("init"); }
-    EQService& getEQService() override { return *this; }
-    ACService& getACService() override { return *this; }
+    bool init(Dsp::DSPSettingHelper&) override { return note("init"); }
+    Dsp::EQService& getEQService() override { return *this; }
+    Dsp::ACService& getACService() override { return *this; }
 
     std::vector<std::string> calls;
 

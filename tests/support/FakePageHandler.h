@@ -14,11 +14,11 @@ public:
     using Ptr = juce::ReferenceCountedObjectPtr<FakePageHandler>;
 
     explicit FakePageHandler(int page)
-        : config(*EngineLayer::pageScheduleConfig(page))
+        : config(*EngineApi::pageScheduleConfig(page))
     {
     }
 
-    const EngineLayer::PageScheduleConfig& getConfig() const override { return config; }
+    const EngineApi::PageScheduleConfig& getConfig() const override { return config; }
     EngineApi::PageRunState getRunState() const override
     {
         const std::lock_guard guard(lock);
@@ -28,38 +28,38 @@ public:
     bool isResident() const override { return resident; }
     juce::String getBackProgramPath() const override { return {}; }
 
-    void requestState(EngineLayer::AppAction action, bool autoSwitch) override
+    void requestState(EngineApi::AppAction action, bool autoSwitch) override
     {
         ++requests;
-        const EngineLayer::RequestInfo request { config.page, action, autoSwitch };
+        const EngineApi::RequestInfo request { config.page, action, autoSwitch };
         Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SCHEDULE_REQUEST, config.page,
                                   request.toArgument());
     }
     void requestShow(bool autoSwitch) override
     {
         if (!isRunning())
-            requestState(EngineLayer::AppAction::ToRun, autoSwitch);
+            requestState(EngineApi::AppAction::ToRun, autoSwitch);
         else if (!isOnTop() || !autoSwitch)
-            requestState(EngineLayer::AppAction::ToShow, autoSwitch);
+            requestState(EngineApi::AppAction::ToShow, autoSwitch);
     }
     void notifyPage() override { EngineApi::postToPage(config.page, Kernel::MSG_APP_PAGE_NOTIFY, 0, 0); }
-    void adjustScheduleInfo(EngineLayer::ScheduleInfo& info) override
+    void adjustScheduleInfo(EngineApi::ScheduleInfo& info) override
     {
         if (competesForSound)
             return;
-        info.playLevel = info.audioLevel = EngineLayer::PageScheduleConfig::noCompetition;
+        info.playLevel = info.audioLevel = EngineApi::PageScheduleConfig::noCompetition;
     }
 
     /** What the page does with an order before it reports. */
-    void carryOut(const EngineLayer::AppStateSwitch& order)
+    void carryOut(const EngineApi::AppStateSwitch& order)
     {
         const std::lock_guard guard(lock);
-        using EngineLayer::SwitchType;
-        if (order.switchType == SwitchType::ToShowTopLevel)
+        using EngineApi::SwitchType;
+        if (order.switchType == EngineApi::SwitchType::ToShowTopLevel)
             return;
-        const bool stops = order.switchType == SwitchType::ToStop;
+        const bool stops = order.switchType == EngineApi::SwitchType::ToStop;
         runState.reportedStep = stops ? EngineApi::PageRunState::stopped : EngineApi::PageRunState::running;
-        runState.states = stops ? EngineLayer::PageStates {} : order.states;
+        runState.states = stops ? EngineApi::PageStates {} : order.states;
     }
 
     std::atomic<bool> available { true };
@@ -68,7 +68,7 @@ public:
     std::atomic<int> requests { 0 };
 
 private:
-    EngineLayer::PageScheduleConfig config;
+    EngineApi::PageScheduleConfig config;
     mutable std::mutex lock;
     EngineApi::PageRunState runState;
 };

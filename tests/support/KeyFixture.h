@@ -28,7 +28,7 @@ protected:
         EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
         EngineApi::Provided<EngineApi::VolumeBar>::set(&volumeBar);
         EngineApi::Provided<EngineApi::FavoriteBar>::set(&favoriteBar);
-        EngineApi::Provided<ChipManager>::set(&audio);
+        EngineApi::Provided<Dsp::ChipManager>::set(&audio);
         EngineApi::Provided<EngineApi::AutoTestSession>::set(&session);
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
         add(EngineLayer::HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
@@ -48,7 +48,7 @@ protected:
         EngineApi::Provided<EngineApi::WiredRemote>::set(nullptr);
         EngineApi::Provided<EngineApi::VolumeBar>::set(nullptr);
         EngineApi::Provided<EngineApi::FavoriteBar>::set(nullptr);
-        EngineApi::Provided<ChipManager>::set(nullptr);
+        EngineApi::Provided<Dsp::ChipManager>::set(nullptr);
         EngineApi::Provided<EngineApi::AutoTestSession>::set(nullptr);
         EngineApi::setLowBatteryAlert(false);
         EngineApi::setEnterTestMode(false);

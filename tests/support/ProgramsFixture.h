@@ -88,10 +88,10 @@ protected:
     }
 
     /** The scheduler's order to a page; what follows from it, its report included, is left out. */
-    void order(int page, EngineLayer::SwitchType type, const EngineLayer::PageStates& states,
+    void order(int page, EngineApi::SwitchType type, const EngineApi::PageStates& states,
                Platform::AppCommandLine::Ptr commandLine = nullptr)
     {
-        EngineLayer::AppStateSwitch::Ptr order = new EngineLayer::AppStateSwitch;
+        EngineApi::AppStateSwitch::Ptr order = new EngineApi::AppStateSwitch;
         order->page = page;
         order->switchType = type;
         order->states = states;
@@ -121,5 +121,5 @@ protected:
         run();
     }
 
-    EngineLayer::ExeMonitor& monitor = *EngineLayer::ExeMonitor::getInstance();
+    Extend::ExeMonitor& monitor = *Extend::ExeMonitor::getInstance();
 };

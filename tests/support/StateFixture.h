@@ -43,14 +43,14 @@ protected:
         ASSERT_EQ(EngineApi::getNormalSource(), Pubhead::mbAVOff);
     }
 
-    void request(int page, EngineLayer::AppAction action, bool autoSwitch = false)
+    void request(int page, EngineApi::AppAction action, bool autoSwitch = false)
     {
-        const EngineLayer::RequestInfo info { page, action, autoSwitch };
+        const EngineApi::RequestInfo info { page, action, autoSwitch };
         send(Kernel::systemStateManagerId, Kernel::MSG_SCHEDULE_REQUEST, page, info.toArgument());
     }
 
     /** The request, and every order of it carried out. */
-    void complete(int page, EngineLayer::AppAction action = EngineLayer::AppAction::ToRun)
+    void complete(int page, EngineApi::AppAction action = EngineApi::AppAction::ToRun)
     {
         request(page, action);
         answerAll();
@@ -86,7 +86,7 @@ protected:
     EngineLayer::SystemStateManager& states = *EngineLayer::SystemStateManager::getInstance();
     EngineLayer::ApplicationManager& applications = *EngineLayer::ApplicationManager::getInstance();
     std::map<int, FakePageHandler::Ptr> pages;
-    std::vector<EngineLayer::AppStateSwitch::Ptr> orders; ///< not carried out yet
+    std::vector<EngineApi::AppStateSwitch::Ptr> orders; ///< not carried out yet
 
 private:
     void note()
@@ -103,7 +103,7 @@ private:
         {
         case Kernel::MSG_APP_SWITCH:
         {
-            auto* order = Kernel::payloadAs<EngineLayer::AppStateSwitch>(message.payload);
+            auto* order = Kernel::payloadAs<EngineApi::AppStateSwitch>(message.payload);
             orders.emplace_back(order);
             EXPECT_EQ(message.arg1, static_cast<int>(order->switchType));
             EXPECT_EQ(message.receiver, EngineApi::getOwnerId(order->page));

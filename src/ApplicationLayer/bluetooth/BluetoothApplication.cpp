@@ -86,18 +86,18 @@ enum AutoTest : int { testAddress = 2, testConnected = 3, testModule = 4 };
 constexpr const char* logFile = "ApplicationLayer/BluetoothApplication";
 constexpr const char* logTag = "BluetoothApplication";
 
-juce::int32 info(SysInfoItem item)
+juce::int32 info(Platform::SysInfoItem item)
 {
     return SystemInfo::getInstance()->get(item);
 }
 
-void setInfo(SysInfoItem item, juce::int32 value)
+void setInfo(Platform::SysInfoItem item, juce::int32 value)
 {
     SystemInfo::getInstance()->set(item, value);
 }
 
 /** The item goes from one value to another; any other value stays. */
-bool moveInfo(SysInfoItem item, juce::int32 from, juce::int32 to)
+bool moveInfo(Platform::SysInfoItem item, juce::int32 from, juce::int32 to)
 {
     if (info(item) != from)
         return false;
@@ -107,12 +107,12 @@ bool moveInfo(SysInfoItem item, juce::int32 from, juce::int32 to)
 
 bool isEnabled()
 {
-    return getSettingInt(bluetoothSetting) != 0;
+    return getSettingInt(Platform::bluetoothSetting) != 0;
 }
 
 void storeDeviceName(const char* name)
 {
-    setSettingString(bluetoothNameSetting, name, true, AppUnknown);
+    setSettingString(Platform::bluetoothNameSetting, name, true, AppUnknown);
 }
 
 void controlProgram(Control control)
@@ -151,7 +151,7 @@ BTPhoneHandler::BTPhoneHandler()
 void BTPhoneHandler::adjustScheduleInfo(ScheduleInfo& info)
 {
     if (isCallCondition())
-        info.audioChannel = eAudioWince;
+        info.audioChannel = Dsp::eAudioWince;
     else
         info.playLevel = info.audioLevel = PageScheduleConfig::noCompetition;
 }
@@ -185,11 +185,11 @@ void BTAudioHandler::decorateCommandLine(SwitchType, const PageStates&, const Pa
     constexpr juce::int32 open = 2, authenticated = 2;
     if (commandLine.isSourceExit())
         return control(iPodLeave);
-    if (!commandLine.isSourceEnter() || info(sysInfoSppLink) != open)
+    if (!commandLine.isSourceEnter() || info(Platform::sysInfoSppLink) != open)
         return;
-    if (info(sysInfoiPodAuthentication) == 0)
+    if (info(Platform::sysInfoiPodAuthentication) == 0)
         control(iPodAuthenticate);
-    else if (info(sysInfoiPodAuthentication) == authenticated)
+    else if (info(Platform::sysInfoiPodAuthentication) == authenticated)
         control(iPodPrepared);
 }
 
@@ -221,7 +221,7 @@ void BluetoothApplication::onRelease()
 
 bool BluetoothApplication::acceptsKey(int index, int)
 {
-    return index == bluetoothSetting;
+    return index == Platform::bluetoothSetting;
 }
 
 void BluetoothApplication::onSettingChanged(int, int)
@@ -283,7 +283,7 @@ void BluetoothApplication::switchOff()
     storeDeviceName(noDevice);
     startTimer(timerOff, offMs);
     if (!isEnabled())
-        setInfo(sysInfoBluetooth, 0);
+        setInfo(Platform::sysInfoBluetooth, 0);
     controlProgram(controlOff);
     stopIfRunning(*phone);
     stopIfRunning(*audio);
@@ -294,7 +294,7 @@ void BluetoothApplication::switchOnIfEnabled()
     if (!isEnabled())
         return;
     stopTimer(timerOff);
-    setInfo(sysInfoBluetooth, 1);
+    setInfo(Platform::sysInfoBluetooth, 1);
     setDeviceState(bluetoothConnected, false);
     controlProgram(controlOn);
 }
@@ -330,9 +330,9 @@ void BluetoothApplication::moduleReports(juce::int32 what, juce::int32 value)
     case reportCall:
         return callState(value);
     case reportValue1:
-        return setInfo(sysInfoBluetoothValue1, value);
+        return setInfo(Platform::sysInfoBluetoothValue1, value);
     case reportValue2:
-        return setInfo(sysInfoBluetoothValue2, value);
+        return setInfo(Platform::sysInfoBluetoothValue2, value);
     case reportPairedList:
         return pairedListShown();
     case reportSpp:
@@ -352,7 +352,7 @@ void BluetoothApplication::moduleState(juce::int32 value)
 {
     btConnected = value == moduleConnected;
     Platform::debugPrint("handleBTState::WP_BT_STATE = %d\r\n", value);
-    setInfo(sysInfoBluetooth, isEnabled() ? value : 0);
+    setInfo(Platform::sysInfoBluetooth, isEnabled() ? value : 0);
     if (value == moduleDisconnected)
         disconnected();
     setDeviceState(bluetoothConnected, btConnected);
@@ -365,9 +365,9 @@ void BluetoothApplication::disconnected()
     stopTimer(timerPandora);
     storeDeviceName(noDevice);
     // An iPod that is on the cable, too, stays there.
-    if (!moveInfo(sysInfoiPodLink, 2, 0))
-        moveInfo(sysInfoiPodLink, 3, 1);
-    for (const auto item : { sysInfoPairedList, sysInfoSppLink, sysInfoPandoraLink })
+    if (!moveInfo(Platform::sysInfoiPodLink, 2, 0))
+        moveInfo(Platform::sysInfoiPodLink, 3, 1);
+    for (const auto item : { Platform::sysInfoPairedList, Platform::sysInfoSppLink, Platform::sysInfoPandoraLink })
         setInfo(item, 0);
     tellLinkLost(AppiPod);
     tellLinkLost(AppPandora);
@@ -380,16 +380,16 @@ void BluetoothApplication::callState(juce::int32 value)
         return phone->requestShow(true);
     if (value != moduleIsOn)
         return;
-    setInfo(sysInfoBluetooth, isEnabled() && getSystemState() != kDummyPowerOff ? 1 : 0);
+    setInfo(Platform::sysInfoBluetooth, isEnabled() && getSystemState() != kDummyPowerOff ? 1 : 0);
     setDeviceState(bluetoothConnected, false);
 }
 
 void BluetoothApplication::pairedListShown()
 {
-    if (info(sysInfoPairedList) == 1 && !moveInfo(sysInfoiPodLink, 1, 3))
-        moveInfo(sysInfoiPodLink, 0, 2);
-    log(__LINE__,
-        "paired list " + juce::String(info(sysInfoPairedList)) + ", iPod link " + juce::String(info(sysInfoiPodLink)));
+    if (info(Platform::sysInfoPairedList) == 1 && !moveInfo(Platform::sysInfoiPodLink, 1, 3))
+        moveInfo(Platform::sysInfoiPodLink, 0, 2);
+    log(__LINE__, "paired list " + juce::String(info(Platform::sysInfoPairedList)) + ", iPod link " +
+                      juce::String(info(Platform::sysInfoiPodLink)));
 }
 
 void BluetoothApplication::sppLink(juce::int32 value)
@@ -399,7 +399,7 @@ void BluetoothApplication::sppLink(juce::int32 value)
         return sppOpened();
     Platform::debugPrint("BT SPP CLOSE \r\n");
     sppOpen = false;
-    if (!moveInfo(sysInfoSppLink, 1, 0))
+    if (!moveInfo(Platform::sysInfoSppLink, 1, 0))
         tellLinkLost(AppiPod);
 }
 
@@ -408,8 +408,8 @@ void BluetoothApplication::sppOpened()
     constexpr juce::int32 open = 2;
     Platform::debugPrint("BT SPP OPEN \r\n");
     sppOpen = true;
-    setInfo(sysInfoSppLink, open);
-    if (getSource(getNormalSource()) == SRC_BT_AUDIO && info(sysInfoiPodAuthentication) == 0)
+    setInfo(Platform::sysInfoSppLink, open);
+    if (getSource(getNormalSource()) == SRC_BT_AUDIO && info(Platform::sysInfoiPodAuthentication) == 0)
     {
         Platform::debugPrint("start BT Auth\r\n");
         return control(iPodAuthenticate);
@@ -428,14 +428,14 @@ void BluetoothApplication::pandoraLink(juce::int32 value)
     {
         stopTimer(timerPandora);
         setDeviceState(pandoraOnBluetooth, true);
-        setInfo(sysInfoPandoraLink, up);
+        setInfo(Platform::sysInfoPandoraLink, up);
         if (isSource)
             sendRemoteMessage(AppPandora, RMSG_PANDORA_NOTIFY, 0, pandoraUp);
         return;
     }
     setDeviceState(pandoraOnBluetooth, false);
-    setInfo(sysInfoPandoraLink, 0);
-    if (!isSource || info(sysInfoPandoraSource) != playing)
+    setInfo(Platform::sysInfoPandoraLink, 0);
+    if (!isSource || info(Platform::sysInfoPandoraSource) != playing)
         return;
     startTimer(timerPandora, pandoraMs);
     tellLinkLost(AppPandora);

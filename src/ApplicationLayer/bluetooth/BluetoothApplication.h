@@ -15,9 +15,9 @@ class BTPhoneHandler : public AppHandler
 public:
     BTPhoneHandler();
     bool isResident() const override { return true; }
-    void adjustScheduleInfo(EngineLayer::ScheduleInfo& info) override;
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void adjustScheduleInfo(EngineApi::ScheduleInfo& info) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 
     /** The page opens at its device list, once. */
     void openDeviceList();
@@ -32,8 +32,8 @@ class BTAudioHandler : public AppHandler
 public:
     BTAudioHandler();
     bool isResident() const override { return true; }
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 };
 
 /**

@@ -13,14 +13,14 @@ namespace ApplicationLayer
 
 using namespace EngineApi;
 using namespace Pubhead;
-using EngineLayer::AppAction;
+using EngineApi::AppAction;
 
 namespace
 {
 
-const EngineLayer::PageScheduleConfig& configOf(int page)
+const PageScheduleConfig& configOf(int page)
 {
-    const auto* config = EngineLayer::pageScheduleConfig(page);
+    const auto* config = pageScheduleConfig(page);
     jassert(config != nullptr); // Only pages of the catalogue have handlers.
     return *config;
 }
@@ -76,11 +76,11 @@ void AppHandler::handleMessage(const Kernel::SystemMessage& message)
         timers.stopTimer(message.arg1);
         return onTimer(message.arg1);
     case Kernel::MSG_SCHEDULE_RESULT:
-        if (message.arg1 == EngineLayer::scheduleDone && getEnterTestMode())
+        if (message.arg1 == scheduleDone && getEnterTestMode())
             reportSourceToAutoTest();
         return;
     case Kernel::MSG_APP_SWITCH:
-        if (const auto* order = Kernel::payloadAs<EngineLayer::AppStateSwitch>(message.payload))
+        if (const auto* order = Kernel::payloadAs<AppStateSwitch>(message.payload))
             carryOut(*order);
         return;
     case Kernel::MSG_APP_CONNECTED:
@@ -108,10 +108,7 @@ void AppHandler::onKey(juce::int32 arg1, juce::int32 arg2)
     sendRemoteMessage(config.appType, RMSG_KEY, arg1, arg2);
 }
 
-void AppHandler::decorateCommandLine(EngineLayer::SwitchType, const EngineLayer::PageStates&,
-                                     const EngineLayer::PageStates&, Platform::AppCommandLine&)
-{
-}
+void AppHandler::decorateCommandLine(SwitchType, const PageStates&, const PageStates&, Platform::AppCommandLine&) {}
 
 void AppHandler::requestState(AppAction action, bool autoSwitch)
 {
@@ -124,7 +121,7 @@ void AppHandler::requestState(AppAction action, bool autoSwitch)
             requestShowPage(getNormalSource(), true);
     }
     lastAction = action;
-    const EngineLayer::RequestInfo request { config.page, action, autoSwitch };
+    const RequestInfo request { config.page, action, autoSwitch };
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SCHEDULE_REQUEST, request.page,
                               request.toArgument());
 }

@@ -37,22 +37,22 @@ public:
     virtual void onAppDisconnected() {}
     /** One of the handler's timers, which run once, has expired. */
     virtual void onTimer(int timerId);
-    void adjustScheduleInfo(EngineLayer::ScheduleInfo&) override {}
+    void adjustScheduleInfo(EngineApi::ScheduleInfo&) override {}
     /** Before an order's command line is sent: the handler may attach data to it. */
-    virtual void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                                     const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine);
+    virtual void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                                     const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine);
 
-    const EngineLayer::PageScheduleConfig& getConfig() const override { return config; }
+    const EngineApi::PageScheduleConfig& getConfig() const override { return config; }
     EngineApi::PageRunState getRunState() const override;
     bool isAvailable() const override { return available; }
     juce::String getBackProgramPath() const override { return backProgram.path; }
-    void requestState(EngineLayer::AppAction action, bool autoSwitch) override;
+    void requestState(EngineApi::AppAction action, bool autoSwitch) override;
     void requestShow(bool autoSwitch) override;
 
     /** A page with a handler is always available: the value does not count. */
     void setAvailable(bool) { available = true; }
     /** The last action that this page requested. Any thread. */
-    EngineLayer::AppAction getLastAction() const { return lastAction; }
+    EngineApi::AppAction getLastAction() const { return lastAction; }
 
     /** Times are in milliseconds; starting one again begins anew. Any thread. */
     Kernel::SystemTimer& getTimers() { return timers; }
@@ -76,13 +76,13 @@ private:
     };
 
     // SwitchOrders.cpp
-    void carryOut(const EngineLayer::AppStateSwitch& order);
-    void enter(const EngineLayer::AppStateSwitch& order);
+    void carryOut(const EngineApi::AppStateSwitch& order);
+    void enter(const EngineApi::AppStateSwitch& order);
     /** True when the view manager reports the order, once the program has confirmed it. */
-    bool change(const EngineLayer::AppStateSwitch& order, const EngineLayer::PageStates& current);
-    bool hideWhenInFront(const Platform::AppCommandLine& commandLine, const EngineLayer::PageStates& current);
+    bool change(const EngineApi::AppStateSwitch& order, const EngineApi::PageStates& current);
+    bool hideWhenInFront(const Platform::AppCommandLine& commandLine, const EngineApi::PageStates& current);
     void sendCommandLine(const Platform::AppCommandLine& commandLine);
-    void setRunState(int reportedStep, const EngineLayer::PageStates& states);
+    void setRunState(int reportedStep, const EngineApi::PageStates& states);
     void report() const;
 
     // RemoteProcessing.cpp
@@ -91,7 +91,7 @@ private:
     void refuseSetting(int index, const char* why);
     void passToOwner(const Kernel::SystemMessage& message);
 
-    const EngineLayer::PageScheduleConfig config;
+    const EngineApi::PageScheduleConfig config;
     Kernel::SystemTimer timers { config.ownerId, config.page };
     const Program appProgram;  ///< shows the page
     const Program backProgram; ///< runs while the page runs without being on top; most pages have none
@@ -101,7 +101,7 @@ private:
     mutable juce::CriticalSection runStateLock;
     EngineApi::PageRunState runState;
     std::atomic<bool> available { true };
-    std::atomic<EngineLayer::AppAction> lastAction { EngineLayer::AppAction::None };
+    std::atomic<EngineApi::AppAction> lastAction { EngineApi::AppAction::None };
 
     ApplicationTask* owner = nullptr;
     const Kernel::SystemMessage* currentMessage = nullptr;

@@ -15,8 +15,8 @@ void FavouriteHandler::onKey(juce::int32 key, juce::int32 favourite)
     requestShow(true);
 }
 
-void FavouriteHandler::decorateCommandLine(EngineLayer::SwitchType, const EngineLayer::PageStates&,
-                                           const EngineLayer::PageStates&, Platform::AppCommandLine& commandLine)
+void FavouriteHandler::decorateCommandLine(EngineApi::SwitchType, const EngineApi::PageStates&,
+                                           const EngineApi::PageStates&, Platform::AppCommandLine& commandLine)
 {
     if (!pendingFavourite)
         return;

@@ -17,8 +17,8 @@ public:
     using AppHandler::AppHandler;
 
     void onKey(juce::int32 key, juce::int32 favourite) override;
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 
 private:
     std::optional<juce::int32> pendingFavourite;

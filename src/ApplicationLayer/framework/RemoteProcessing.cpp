@@ -77,7 +77,7 @@ void AppHandler::processRemote(const Kernel::SystemMessage& message)
         return Kernel::postSystemMessage(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_REMOTE_EVENT, remote->arg1,
                                          remote->arg2);
     case RMSG_SOURCE_STOP:
-        return requestState(EngineLayer::AppAction::ToStop, true);
+        return requestState(AppAction::ToStop, true);
     case RMSG_STATE_TO_SYSTEM:
         return Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF_CONFIRM, remote->arg1,
                                          remote->arg2);

@@ -9,9 +9,9 @@ namespace ApplicationLayer
 
 using namespace EngineApi;
 using namespace Pubhead;
-using EngineLayer::AppStateSwitch;
-using EngineLayer::PageStates;
-using EngineLayer::SwitchType;
+using EngineApi::AppStateSwitch;
+using EngineApi::PageStates;
+using EngineApi::SwitchType;
 using Platform::AppCommandLine;
 using Platform::RemoteObjFormat;
 

@@ -14,9 +14,9 @@ namespace ApplicationLayer
 
 using namespace EngineApi;
 using namespace Pubhead;
-using EngineLayer::AppAction;
-using EngineLayer::PageStates;
-using EngineLayer::SwitchType;
+using EngineApi::AppAction;
+using EngineApi::PageStates;
+using EngineApi::SwitchType;
 using Platform::AppCommandLine;
 
 namespace

@@ -24,16 +24,16 @@ class EQHandler : public AppHandler
 public:
     EQHandler();
     void onTimer(int timerId) override;
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 };
 
 class AntitheftHandler : public AppHandler
 {
 public:
     AntitheftHandler();
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 };
 
 /** The camera's page: while the camera is on, it comes back in front of whatever covers it. */
@@ -43,8 +43,8 @@ public:
     CameraHandler();
     void onKey(juce::int32 key, juce::int32 value) override;
     void onTimer(int timerId) override;
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 
     bool isCameraOn() const { return cameraOn; }
 

@@ -20,7 +20,7 @@ namespace ApplicationLayer
 
 using namespace EngineApi;
 using namespace Pubhead;
-using EngineLayer::AppAction;
+using EngineApi::AppAction;
 
 namespace
 {
@@ -126,9 +126,9 @@ void passOnStandby(juce::int32 value)
 
 void announceZone2Volume()
 {
-    if (getSettingInt(zone2OnSetting) != 1)
+    if (getSettingInt(Platform::zone2OnSetting) != 1)
         return;
-    const int volume = DSPSettingHelperImpl::getInstance()->getVolume(true);
+    const int volume = Dsp::DSPSettingHelperImpl::getInstance()->getVolume(true);
     if (auto* bar = Provided<VolumeBar>::get())
         bar->postMessage(Kernel::MSG_VOLUME_SHOW, zone2, volume, nullptr);
     auto* remote = Provided<WiredRemote>::get();
@@ -136,8 +136,8 @@ void announceZone2Volume()
         return;
     remote->clearRow(remoteRow);
     remote->restoreAfter(remoteTextMs);
-    remote->showText(remoteRow, remoteColumn, getSettingString(zone2NameSetting) + " Vol. " + juce::String(volume),
-                     true);
+    remote->showText(remoteRow, remoteColumn,
+                     getSettingString(Platform::zone2NameSetting) + " Vol. " + juce::String(volume), true);
 }
 
 } // namespace
@@ -174,10 +174,10 @@ void MainMenuHandler::sendMenuState() const
     notifyMenu(stateNotice, 0, menuState());
 }
 
-void MainMenuHandler::decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates&,
-                                          const EngineLayer::PageStates&, Platform::AppCommandLine& commandLine)
+void MainMenuHandler::decorateCommandLine(SwitchType switchType, const PageStates&, const PageStates&,
+                                          Platform::AppCommandLine& commandLine)
 {
-    if (switchType != EngineLayer::SwitchType::ToRun && !commandLine.isPageShow())
+    if (switchType != SwitchType::ToRun && !commandLine.isPageShow())
         return;
     commandLine.putExtraData(menuState());
     restartIdleTimer();
@@ -338,7 +338,7 @@ void MainMenuApplication::command(juce::int32 which, juce::int32 value)
 
 void MainMenuApplication::panelCommand(juce::int32 value)
 {
-    auto* chips = Provided<ChipManager>::get();
+    auto* chips = Provided<Dsp::ChipManager>::get();
     switch (value)
     {
     case louder:

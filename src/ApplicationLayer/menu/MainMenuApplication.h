@@ -16,8 +16,8 @@ public:
     void onKey(juce::int32 key, juce::int32 value) override;
     void onAppConnected() override { sendMenuState(); }
     void onTimer(int timerId) override;
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 
     /** Tells the program which pages it can offer and which sources are current. */
     void sendMenuState() const;

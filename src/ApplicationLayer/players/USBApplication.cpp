@@ -41,7 +41,7 @@ constexpr TestCommand testCommands[] = { { 5, 3, false }, { 10, 4, true }, { 11,
 
 void setEffect(bool on)
 {
-    if (auto* chips = Provided<ChipManager>::get())
+    if (auto* chips = Provided<Dsp::ChipManager>::get())
         chips->getEQService().setDmeState(on);
 }
 
@@ -56,7 +56,7 @@ void USBAudioHandler::decorateCommandLine(SwitchType, const PageStates&, const P
                                           Platform::AppCommandLine& commandLine)
 {
     if (commandLine.isSourceEnter())
-        setEffect(getSettingInt(dmeSetting) != 0);
+        setEffect(getSettingInt(Platform::dmeSetting) != 0);
     else if (commandLine.isSourceExit())
         setEffect(false);
 }

@@ -14,8 +14,8 @@ class USBAudioHandler : public AppHandler
 public:
     USBAudioHandler();
     bool isResident() const override { return true; }
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 };
 
 class USBVideoHandler : public AppHandler

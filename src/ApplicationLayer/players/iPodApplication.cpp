@@ -44,7 +44,7 @@ constexpr juce::int32 lastDriverState = 4;
 constexpr const char* logFile = "ApplicationLayer/iPodApplication";
 constexpr const char* logTag = "iPodApplication";
 
-juce::int32 info(SysInfoItem item)
+juce::int32 info(Platform::SysInfoItem item)
 {
     return SystemInfo::getInstance()->get(item);
 }
@@ -61,7 +61,7 @@ bool isSource(int source)
 
 bool isPandoraAvailable()
 {
-    return getDeviceState(pandoraOniPod) && getSettingInt(internetRadioSetting) != 0;
+    return getDeviceState(pandoraOniPod) && getSettingInt(Platform::internetRadioSetting) != 0;
 }
 
 } // namespace
@@ -75,7 +75,7 @@ iPodSourceHandler::iPodSourceHandler(int page, std::shared_ptr<iPodConnection> s
 void iPodSourceHandler::adjustScheduleInfo(ScheduleInfo& info)
 {
     if (connection->connected)
-        info.audioChannel = connection->analogAudio ? eAudioAux2 : eAudioWince;
+        info.audioChannel = connection->analogAudio ? Dsp::eAudioAux2 : Dsp::eAudioWince;
 }
 
 void iPodSourceHandler::decorateCommandLine(SwitchType, const PageStates&, const PageStates&,
@@ -131,7 +131,7 @@ void iPodApplication::onDeviceStateChanged(int kind)
 
 bool iPodApplication::acceptsKey(int index, int)
 {
-    return index == internetRadioSetting;
+    return index == Platform::internetRadioSetting;
 }
 
 void iPodApplication::onSettingChanged(int, int)
@@ -235,22 +235,22 @@ void iPodApplication::programGone()
 void iPodApplication::deviceAttached()
 {
     // The driver has it already; nobody in this unit asks for that.
-    if (info(sysInfoiPodDriver) == 1)
+    if (info(Platform::sysInfoiPodDriver) == 1)
         return;
     constexpr juce::int32 overBluetooth = 2, onBoth = 3, onCable = 1;
-    const auto link = info(sysInfoiPodLink);
+    const auto link = info(Platform::sysInfoiPodLink);
     if (link == overBluetooth)
-        SystemInfo::getInstance()->set(sysInfoiPodLink, onBoth);
+        SystemInfo::getInstance()->set(Platform::sysInfoiPodLink, onBoth);
     else if (link == 0)
-        SystemInfo::getInstance()->set(sysInfoiPodLink, onCable);
-    if (info(sysInfoiPodAuthentication) == 0)
+        SystemInfo::getInstance()->set(Platform::sysInfoiPodLink, onCable);
+    if (info(Platform::sysInfoiPodAuthentication) == 0)
         control(authenticate);
 }
 
 void iPodApplication::deviceAuthenticated(bool succeeded) const
 {
     constexpr juce::int32 overCable = 1, overBluetooth = 2;
-    const auto authenticated = info(sysInfoiPodAuthentication);
+    const auto authenticated = info(Platform::sysInfoiPodAuthentication);
     if (succeeded && authenticated == overBluetooth && isSource(SRC_BT_AUDIO))
     {
         Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
@@ -268,7 +268,8 @@ void iPodApplication::deviceDetached(bool unexpected)
     setDeviceState(pandoraOniPod, false);
     connection->analogAudio = false;
     audioChannelChanged();
-    if (unexpected && info(sysInfoiPodLink) == overBluetooth && info(sysInfoSppLink) == open && isSource(SRC_BT_AUDIO))
+    if (unexpected && info(Platform::sysInfoiPodLink) == overBluetooth && info(Platform::sysInfoSppLink) == open &&
+        isSource(SRC_BT_AUDIO))
         control(authenticate);
 }
 

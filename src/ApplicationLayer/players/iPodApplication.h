@@ -24,9 +24,9 @@ class iPodSourceHandler : public AppHandler
 public:
     iPodSourceHandler(int page, std::shared_ptr<iPodConnection> sharedConnection);
     bool isResident() const override { return true; }
-    void adjustScheduleInfo(EngineLayer::ScheduleInfo& info) override;
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
+    void adjustScheduleInfo(EngineApi::ScheduleInfo& info) override;
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 
 private:
     const std::shared_ptr<iPodConnection> connection;

@@ -142,7 +142,7 @@ void RadioApplication::unitReady()
 void RadioApplication::storeArea() const
 {
     if (started && tuner.areaCode != TunerState::unknownArea)
-        setSettingInt(tunerRegionSetting, tuner.areaCode, false, AppUnknown);
+        setSettingInt(Platform::tunerRegionSetting, tuner.areaCode, false, AppUnknown);
 }
 
 void RadioApplication::changeRegion(int areaCode)
@@ -155,8 +155,8 @@ void RadioApplication::changeRegion(int areaCode)
 void RadioApplication::weatherAlertLasts()
 {
     stopTimer(weatherAlertTimer);
-    if (weatherAlert && getSettingInt(weatherAlertSetting) != 0)
-        requestPageState(mbWB, EngineLayer::AppAction::ToRun, true);
+    if (weatherAlert && getSettingInt(Platform::weatherAlertSetting) != 0)
+        requestPageState(mbWB, AppAction::ToRun, true);
 }
 
 void RadioApplication::fromProgram(const Platform::RemoteMessage& remote)

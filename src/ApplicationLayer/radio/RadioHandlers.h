@@ -18,8 +18,8 @@ public:
     {
     }
 
-    void decorateCommandLine(EngineLayer::SwitchType switchType, const EngineLayer::PageStates& currentStates,
-                             const EngineLayer::PageStates& newStates, Platform::AppCommandLine& commandLine) override
+    void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
+                             const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override
     {
         tuner.band = band;
         FavouriteHandler::decorateCommandLine(switchType, currentStates, newStates, commandLine);

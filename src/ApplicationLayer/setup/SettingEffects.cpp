@@ -25,58 +25,58 @@ void reportToNetwork(juce::int32 message)
 
 bool changesNetworkReport(int index)
 {
-    return index == balanceSetting || index == faderSetting || index == presetSetting ||
-           (index >= bassSetting && index <= subwooferLevelSetting);
+    return index == Platform::balanceSetting || index == Platform::faderSetting || index == Platform::presetSetting ||
+           (index >= Platform::bassSetting && index <= Platform::subwooferLevelSetting);
 }
 
 void showVoltmeter(juce::int32 shown)
 {
-    EngineLayer::SystemInfo::getInstance()->set(EngineLayer::sysInfoVoltageShown, shown);
+    EngineLayer::SystemInfo::getInstance()->set(Platform::sysInfoVoltageShown, shown);
     if (auto* bar = Provided<FavoriteBar>::get())
         bar->postMessage(Kernel::MSG_VOLTMETER_SHOW, shown, 0, nullptr);
 }
 
-void applyToSound(ChipManager& chips, int index, juce::int32 value)
+void applyToSound(Dsp::ChipManager& chips, int index, juce::int32 value)
 {
     auto& control = chips.getACService();
     auto& tone = chips.getEQService();
     switch (index)
     {
-    case sourceLevelSetting:
+    case Platform::sourceLevelSetting:
         return control.applySourceLevel();
-    case filtersSetting:
+    case Platform::filtersSetting:
         tone.setSwitch(0, value != 0);
         return tone.setSwitch(1, value != 0);
-    case highPassSetting:
+    case Platform::highPassSetting:
         return tone.setHighPass(value);
-    case subwooferSetting:
+    case Platform::subwooferSetting:
         tone.updateSubwoofer();
         return;
-    case balanceSetting:
+    case Platform::balanceSetting:
         tone.applyBalance();
         return;
-    case faderSetting:
+    case Platform::faderSetting:
         tone.applyFader();
         return;
-    case zone2OnSetting:
+    case Platform::zone2OnSetting:
         return control.zone2OnChanged();
-    case zone2OutputSetting:
+    case Platform::zone2OutputSetting:
         return control.zone2OutputModeChanged();
-    case zone2VolumeSetting:
+    case Platform::zone2VolumeSetting:
         return control.zone2VolumeModeChanged();
-    case bassSetting:
-    case middleSetting:
-    case trebleSetting:
-    case presetSetting:
+    case Platform::bassSetting:
+    case Platform::middleSetting:
+    case Platform::trebleSetting:
+    case Platform::presetSetting:
         tone.applyPreset();
         return;
-    case subwooferLevelSetting:
+    case Platform::subwooferLevelSetting:
         return tone.setSubwooferLevel(value);
-    case dmeSetting:
+    case Platform::dmeSetting:
         return tone.setDmeState(value != 0);
     default:
-        if (index >= firstBandSetting && index <= lastBandSetting)
-            tone.setCustomBand(index - firstBandSetting, value);
+        if (index >= Platform::firstBandSetting && index <= Platform::lastBandSetting)
+            tone.setCustomBand(index - Platform::firstBandSetting, value);
         return;
     }
 }
@@ -85,23 +85,26 @@ void applyToSound(ChipManager& chips, int index, juce::int32 value)
 
 bool mattersWithoutSetup(int index)
 {
-    return index == sourceLevelSetting || (index >= auxNameSetting && index <= voltmeterSetting) ||
-           (index >= filtersSetting && index <= zone2NameSetting) || index == dimmerLevelSetting ||
-           (index >= bassSetting && index <= lastBandSetting) || index == presetSetting || index == dmeSetting;
+    return index == Platform::sourceLevelSetting ||
+           (index >= Platform::auxNameSetting && index <= Platform::voltmeterSetting) ||
+           (index >= Platform::filtersSetting && index <= Platform::zone2NameSetting) ||
+           index == Platform::dimmerLevelSetting ||
+           (index >= Platform::bassSetting && index <= Platform::lastBandSetting) || index == Platform::presetSetting ||
+           index == Platform::dmeSetting;
 }
 
 void applySetting(int index)
 {
     const auto value = getSettingInt(index);
-    if (auto* chips = Provided<ChipManager>::get())
+    if (auto* chips = Provided<Dsp::ChipManager>::get())
         applyToSound(*chips, index, value);
     if (changesNetworkReport(index))
         reportToNetwork(Kernel::MSG_NAVICO_REPORT);
-    else if (index == zone2NameSetting)
+    else if (index == Platform::zone2NameSetting)
         reportToNetwork(Kernel::MSG_NAVICO_SETUP_REPORT);
-    else if (index == tunerRegionSetting)
+    else if (index == Platform::tunerRegionSetting)
         Kernel::postSystemMessage(Kernel::radioApplicationId, Kernel::MSG_RADIO_REGION, value, 0);
-    else if (index == voltmeterSetting)
+    else if (index == Platform::voltmeterSetting)
         showVoltmeter(value);
 }
 

@@ -49,7 +49,7 @@ constexpr int lightsBit = 2;
 
 void sendAuxName()
 {
-    const auto name = getSettingString(auxNameSetting);
+    const auto name = getSettingString(Platform::auxNameSetting);
     for (int index = 1; index < static_cast<int>(std::size(auxNames)); ++index)
         if (name == auxNames[index])
             return sendCommand(EVENT_RENAME_AUXIN, index);
@@ -57,7 +57,8 @@ void sendAuxName()
 
 DimmerSettings dimmerSettings()
 {
-    return { getSettingInt(dimmerModeSetting), getSettingInt(dayLevelSetting), getSettingInt(nightLevelSetting) };
+    return { getSettingInt(Platform::dimmerModeSetting), getSettingInt(Platform::dayLevelSetting),
+             getSettingInt(Platform::nightLevelSetting) };
 }
 
 void sendDimmer(int level)
@@ -116,17 +117,17 @@ void SetupApplication::settingChanged(int index)
 {
     switch (index)
     {
-    case auxNameSetting:
+    case Platform::auxNameSetting:
         sendAuxName();
         break;
-    case lowBatterySetting:
+    case Platform::lowBatterySetting:
         if (lowVoltage)
             switchAlertOn();
         break;
-    case dimmerModeSetting:
+    case Platform::dimmerModeSetting:
         dimmerModeChosen();
         break;
-    case dimmerLevelSetting:
+    case Platform::dimmerLevelSetting:
         dimmerMoved();
         break;
     default:
@@ -170,7 +171,7 @@ void SetupApplication::dimmerReported(Bytes data) const
         Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag, "%d is no dimmer level, ignored", level);
         return;
     }
-    setSettingInt(dimmerLevelSetting, level, false, AppUnknown);
+    setSettingInt(Platform::dimmerLevelSetting, level, false, AppUnknown);
     if (auto* remote = Provided<WiredRemote>::get())
         remote->setDimmer(Dimmer::toRemote(level));
 }
@@ -185,10 +186,10 @@ void SetupApplication::dimmerModeChosen() const
 
 void SetupApplication::dimmerMoved() const
 {
-    const auto move = Dimmer::move(dimmerSettings(), lightsOn, getSettingInt(dimmerLevelSetting));
+    const auto move = Dimmer::move(dimmerSettings(), lightsOn, getSettingInt(Platform::dimmerLevelSetting));
     if (move.store != Dimmer::Move::Store::nothing)
-        setSettingInt(move.store == Dimmer::Move::Store::day ? dayLevelSetting : nightLevelSetting, move.level, false,
-                      AppUnknown);
+        setSettingInt(move.store == Dimmer::Move::Store::day ? Platform::dayLevelSetting : Platform::nightLevelSetting,
+                      move.level, false, AppUnknown);
     sendDimmer(move.level);
 }
 
@@ -206,7 +207,7 @@ void SetupApplication::voltageReported(Bytes data)
 void SetupApplication::showVoltage(int raw)
 {
     voltageRaw = raw;
-    EngineLayer::SystemInfo::getInstance()->set(EngineLayer::sysInfoVoltage, raw);
+    EngineLayer::SystemInfo::getInstance()->set(Platform::sysInfoVoltage, raw);
     if (auto* bar = Provided<FavoriteBar>::get())
         bar->postMessage(Kernel::MSG_VOLTMETER_VALUE, raw, 0, nullptr);
 }
@@ -224,7 +225,7 @@ void SetupApplication::watchBattery(double volts)
 
 void SetupApplication::switchAlertOn() const
 {
-    if (getSettingInt(lowBatterySetting) == 1)
+    if (getSettingInt(Platform::lowBatterySetting) == 1)
         setLowBatteryAlert(true);
 }
 

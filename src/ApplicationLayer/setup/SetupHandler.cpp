@@ -94,8 +94,8 @@ void SetupHandler::versionKey()
     notifySetup(versionNotice);
 }
 
-void SetupHandler::decorateCommandLine(EngineLayer::SwitchType, const EngineLayer::PageStates&,
-                                       const EngineLayer::PageStates&, Platform::AppCommandLine& commandLine)
+void SetupHandler::decorateCommandLine(SwitchType, const PageStates&, const PageStates&,
+                                       Platform::AppCommandLine& commandLine)
 {
     if (!commandLine.isPageShow())
         return;
@@ -119,7 +119,7 @@ void SetupHandler::onTimer(int timerId)
     if (timerId == timerReset)
         deleteSettings();
     else if (timerId == timerIdle && isOnTop())
-        requestPageState(getNormalSource(), EngineLayer::AppAction::ToRun, true);
+        requestPageState(getNormalSource(), AppAction::ToRun, true);
 }
 
 void SetupHandler::announceReset()
@@ -131,7 +131,7 @@ void SetupHandler::announceReset()
         showReset = true;
         requestShowPage(mbSetup, false);
     }
-    if (auto* chips = Provided<ChipManager>::get(); chips != nullptr && !chips->getACService().isMute())
+    if (auto* chips = Provided<Dsp::ChipManager>::get(); chips != nullptr && !chips->getACService().isMute())
         chips->getACService().toggleMute(false);
     for (const auto receiver : resetReceivers)
         Kernel::postSystemMessage(receiver, Kernel::MSG_FACTORY_RESET, 0, 0);

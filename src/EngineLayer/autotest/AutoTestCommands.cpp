@@ -82,7 +82,9 @@ constexpr SourceRow sourceRows[] = {
 };
 
 /** The setting behind each text item; 0 for one without a text. */
-constexpr int textSettings[] = { 1031, 1032, 1033, 1028, 1029, 0, 0, 1034, 1035, 1041, 0, 0, deviceIdSetting };
+constexpr int textSettings[] = {
+    1031, 1032, 1033, 1028, 1029, 0, 0, 1034, 1035, 1041, 0, 0, Platform::deviceIdSetting
+};
 
 void answer(std::initializer_list<int> values)
 {
@@ -200,7 +202,7 @@ void AutoTestCommands::pressKey(const Request& p)
 
 bool AutoTestCommands::injectKey(int item, int detail)
 {
-    auto* chips = Provided<ChipManager>::get();
+    auto* chips = Provided<Dsp::ChipManager>::get();
     switch (item)
     {
     case itemMute:
@@ -245,7 +247,7 @@ void AutoTestCommands::setVolume(const Request& p)
 {
     if (p.at(6) != 0)
         return;
-    if (auto* chips = Provided<ChipManager>::get())
+    if (auto* chips = Provided<Dsp::ChipManager>::get())
         chips->getACService().setVolume(p.at(7), mainZone);
     answer({ p.command(), p.at(5), p.at(6), p.at(7) });
 }
@@ -259,7 +261,7 @@ void AutoTestCommands::storeDeviceId(const Request& p)
         return logRefused("the device id is longer than its frame");
     const auto bytes = parameters.subspan(textBegin, length);
     const auto text = Platform::textOfUtf8({ reinterpret_cast<const char*>(bytes.data()), bytes.size() });
-    setSettingString(deviceIdSetting, text, false, Pubhead::AppUnknown);
+    setSettingString(Platform::deviceIdSetting, text, false, Pubhead::AppUnknown);
     if (const auto id = deviceIdOf(text))
         keys.setDeviceId(*id);
     else

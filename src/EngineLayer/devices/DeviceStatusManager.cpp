@@ -93,11 +93,11 @@ bool mayStillAppear(int source)
 {
     switch (source)
     {
-    case SRC_IPOD:
-    case SRC_SD:
-    case SRC_USB:
-    case SRC_DISC:
-    case SRC_BT_AUDIO:
+    case EngineApi::SRC_IPOD:
+    case EngineApi::SRC_SD:
+    case EngineApi::SRC_USB:
+    case EngineApi::SRC_DISC:
+    case EngineApi::SRC_BT_AUDIO:
         return true;
     default:
         return false;
@@ -294,10 +294,10 @@ void DeviceStatusManager::lastMemoryAnswered()
 {
     waitingLastMemory = false;
     agreement.restart();
-    SystemInfo::getInstance()->set(sysInfoVoltageShown, EngineApi::getSettingInt(EngineApi::voltmeterSetting));
-    if (auto* chip = Provided<ChipManager>::get())
+    SystemInfo::getInstance()->set(Platform::sysInfoVoltageShown, EngineApi::getSettingInt(Platform::voltmeterSetting));
+    if (auto* chip = Provided<Dsp::ChipManager>::get())
     {
-        auto* settings = DSPSettingHelperImpl::getInstance();
+        auto* settings = Dsp::DSPSettingHelperImpl::getInstance();
         chip->init(*settings);
         settings->setListener(this);
     }
@@ -384,7 +384,7 @@ void DeviceStatusManager::sourceChanged()
 
 void DeviceStatusManager::takeSoundOf(int page)
 {
-    auto* chip = Provided<ChipManager>::get();
+    auto* chip = Provided<Dsp::ChipManager>::get();
     if (EngineApi::getHandler(page) == nullptr || chip == nullptr)
         return;
     audioChannel = EngineApi::getAudioChannel(page);
@@ -519,8 +519,8 @@ void DeviceStatusManager::setLowBatteryAlert(bool on)
         return;
     if (auto* bar = Provided<EngineApi::LowBatteryBar>::get())
         bar->postMessage(Kernel::MSG_LOW_BATTERY_ALERT, on ? 1 : 0, 0, nullptr);
-    SystemInfo::getInstance()->set(sysInfoLowBattery, on ? 1 : 0);
-    if (auto* chip = Provided<ChipManager>::get())
+    SystemInfo::getInstance()->set(Platform::sysInfoLowBattery, on ? 1 : 0);
+    if (auto* chip = Provided<Dsp::ChipManager>::get())
         chip->getACService().setAlert(on);
 }
 

@@ -27,7 +27,7 @@ namespace EngineLayer
 */
 class DeviceStatusManager : public Kernel::ComponentTask,
                             public Kernel::SystemTimer,
-                            public CDSPStateListener,
+                            public Dsp::CDSPStateListener,
                             public Kernel::Singleton<DeviceStatusManager>
 {
 public:
@@ -121,7 +121,7 @@ private:
     bool standbyRefused = false; ///< an unknown value is named once
     bool cameraPollPending = false;
     SourceAgreement agreement;
-    int audioChannel = eAudioAVOff; ///< what the DSP was told last
+    int audioChannel = Dsp::eAudioAVOff; ///< what the DSP was told last
     std::atomic<bool> lowBatteryAlert { false };
     juce::CriticalSection alertLock;
     std::atomic<bool> testMode { false };

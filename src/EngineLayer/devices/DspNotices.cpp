@@ -50,7 +50,7 @@ void announceVolume(int zone, int volume, bool show)
     remote->clearRow(remoteRow);
     remote->restoreAfter(remoteTextMs);
     const auto zoneText =
-        zone == firstZone ? juce::String("Zone1") : EngineApi::getSettingString(EngineApi::zone2NameSetting);
+        zone == firstZone ? juce::String("Zone1") : EngineApi::getSettingString(Platform::zone2NameSetting);
     remote->showText(remoteRow, volumeColumn, zoneText + " Vol." + juce::String(volume), true);
 }
 

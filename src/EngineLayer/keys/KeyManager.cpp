@@ -43,9 +43,9 @@ constexpr int unitOnSetting = 7;
 constexpr int brightest = 15;
 constexpr int dimmerSteps = 11;
 
-ACService* audio()
+Dsp::ACService* audio()
 {
-    auto* chips = Provided<ChipManager>::get();
+    auto* chips = Provided<Dsp::ChipManager>::get();
     return chips != nullptr ? &chips->getACService() : nullptr;
 }
 
@@ -180,7 +180,7 @@ KeySituation KeyManager::situation() const
     unit.normalApp = appTypeOfPage(unit.normalPage);
     unit.poweredOn = powerOn;
     unit.lowBatteryAlert = isLowBatteryAlert();
-    unit.zone2On = getSettingInt(zone2OnSetting) == 1;
+    unit.zone2On = getSettingInt(Platform::zone2OnSetting) == 1;
     if (const auto* bar = Provided<VolumeBar>::get())
         unit.volumeBarShown = bar->isShown();
     unit.favorite = favorite;
@@ -254,7 +254,7 @@ void KeyManager::act(const PowerSwitch& action)
 {
     setMute(!action.on);
     if (auto* remote = Provided<WiredRemote>::get())
-        remote->setDimmer(action.on ? getSettingInt(dimmerLevelSetting) * brightest / dimmerSteps : 0);
+        remote->setDimmer(action.on ? getSettingInt(Platform::dimmerLevelSetting) * brightest / dimmerSteps : 0);
     powerOn = action.on;
     driveOutputs(action.on);
     setSettingInt(unitOnSetting, action.on ? 1 : 0, true, Pubhead::AppUnknown);

@@ -72,15 +72,16 @@ int programOfSource()
 
 ZoneSettings zoneSettings()
 {
-    return { getSettingInt(faderSetting),  getSettingInt(balanceSetting), getSettingInt(subwooferLevelSetting),
-             getSettingInt(trebleSetting), getSettingInt(middleSetting),  getSettingInt(bassSetting),
-             getSettingInt(presetSetting), getSettingInt(highPassSetting) };
+    return { getSettingInt(Platform::faderSetting),          getSettingInt(Platform::balanceSetting),
+             getSettingInt(Platform::subwooferLevelSetting), getSettingInt(Platform::trebleSetting),
+             getSettingInt(Platform::middleSetting),         getSettingInt(Platform::bassSetting),
+             getSettingInt(Platform::presetSetting),         getSettingInt(Platform::highPassSetting) };
 }
 
 /** In steps. Whatever is not zone 1 is as loud as zone 2. */
 int volumeOf(int zone)
 {
-    return DSPSettingHelperImpl::getInstance()->getVolume(zone != 1);
+    return Dsp::DSPSettingHelperImpl::getInstance()->getVolume(zone != 1);
 }
 
 juce::String textOf(std::span<const std::uint8_t> bytes)
@@ -104,26 +105,27 @@ void applyZoneParameters(const std::map<int, FieldValue>& fields)
         int field, setting, centre;
     };
     constexpr Target targets[] = {
-        { faderField, faderSetting, centre },         { balanceField, balanceSetting, centre },
-        { subwooferField, subwooferLevelSetting, 0 }, { trebleField, trebleSetting, centre },
-        { middleField, middleSetting, centre },       { bassField, bassSetting, centre }
+        { faderField, Platform::faderSetting, centre },         { balanceField, Platform::balanceSetting, centre },
+        { subwooferField, Platform::subwooferLevelSetting, 0 }, { trebleField, Platform::trebleSetting, centre },
+        { middleField, Platform::middleSetting, centre },       { bassField, Platform::bassSetting, centre }
     };
     for (const auto& target : targets)
         if (const auto found = fields.find(target.field); found != fields.end())
             setSettingInt(target.setting, zoneFieldValue(found->second) + target.centre, true, AppUnknown);
 }
 
-void stepVolume(ACService& audio, int zone, bool up)
+void stepVolume(Dsp::ACService& audio, int zone, bool up)
 {
     const auto step = [&](int which) { up ? audio.volumeUp(1, which) : audio.volumeDown(1, which); };
     step(zone == bothZones ? 1 : zone);
-    if (zone == bothZones && getSettingInt(zone2OnSetting) == 1 && getSettingInt(zone2VolumeSetting) == 1)
+    if (zone == bothZones && getSettingInt(Platform::zone2OnSetting) == 1 &&
+        getSettingInt(Platform::zone2VolumeSetting) == 1)
         step(zoneCount);
 }
 
 void applyZoneVolume(const PGNPacket& packet)
 {
-    auto* chips = Provided<ChipManager>::get();
+    auto* chips = Provided<Dsp::ChipManager>::get();
     if (chips == nullptr)
         return;
     auto& audio = chips->getACService();
@@ -161,7 +163,7 @@ void NavicoManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 
     {
         Parcel parcel;
         PGNHelper::writePGNHead(parcel, pgnSupportedZones);
-        writeSupportedZones(parcel, 0, getSettingString(zone2NameSetting));
+        writeSupportedZones(parcel, 0, getSettingString(Platform::zone2NameSetting));
         return sendPgnParcel(parcel);
     }
     case Kernel::MSG_NAVICO_DEVICE_STATE:
@@ -299,7 +301,7 @@ void NavicoManager::answerRequest(const PGNPacket& packet) const
     switch (pgn)
     {
     case pgnSupportedZones:
-        writeSupportedZones(reply, zone != 0 ? zone : 1, getSettingString(zone2NameSetting));
+        writeSupportedZones(reply, zone != 0 ? zone : 1, getSettingString(Platform::zone2NameSetting));
         return sendPgnParcel(reply);
     case pgnZoneConfiguration:
     case pgnZoneParameters:
@@ -370,7 +372,7 @@ void NavicoManager::isoRequest(Parcel& parcel, Bytes whole) const
         return sendPgnParcel(reply);
     case pgnSupportedZones:
         PGNHelper::writePGNHead(reply, wanted, address, replyTransfer);
-        writeZoneNames(reply, getSettingString(zone2NameSetting));
+        writeZoneNames(reply, getSettingString(Platform::zone2NameSetting));
         return sendPgnParcel(reply);
     case pgnZoneConfiguration:
     case pgnZoneParameters:
@@ -415,7 +417,7 @@ void NavicoManager::reportVersion(Bytes bytes) const
     case osVersion:
     {
         const auto text = networkVersionOf(BSPInfo::getOSVersion());
-        setSettingString(osVersionSetting, text, false, AppUnknown);
+        setSettingString(Platform::osVersionSetting, text, false, AppUnknown);
         return sendVersion(osVersion, text);
     }
     case applicationVersion:
@@ -424,11 +426,11 @@ void NavicoManager::reportVersion(Bytes bytes) const
         if (!file.existsAsFile())
             return;
         const auto text = file.loadFileAsString().trimCharactersAtEnd("\r\n");
-        setSettingString(applicationVersionSetting, text, false, AppUnknown);
+        setSettingString(Platform::applicationVersionSetting, text, false, AppUnknown);
         return sendVersion(applicationVersion, text);
     }
     case mcuVersion:
-        return setSettingString(mcuVersionSetting, textOf(bytes.subspan(1)), false, AppUnknown);
+        return setSettingString(Platform::mcuVersionSetting, textOf(bytes.subspan(1)), false, AppUnknown);
     default:
         return;
     }
@@ -440,7 +442,7 @@ void NavicoManager::storeDeviceId(Bytes bytes) const
         return;
     const auto said = static_cast<std::size_t>(bytes.front());
     const auto text = bytes.subspan(1);
-    setSettingString(deviceIdSetting, textOf(text.first(std::min(said, text.size()))), true, AppUnknown);
+    setSettingString(Platform::deviceIdSetting, textOf(text.first(std::min(said, text.size()))), true, AppUnknown);
 }
 
 bool NavicoManager::update(const juce::String& arguments)

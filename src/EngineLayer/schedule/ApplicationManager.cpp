@@ -41,10 +41,10 @@ ApplicationManager::ApplicationManager()
 {
 }
 
-ScheduleInfo::Ptr ApplicationManager::describePage(PageHandler& handler)
+EngineApi::ScheduleInfo::Ptr ApplicationManager::describePage(PageHandler& handler)
 {
     const auto& config = handler.getConfig();
-    ScheduleInfo::Ptr info = new ScheduleInfo;
+    EngineApi::ScheduleInfo::Ptr info = new EngineApi::ScheduleInfo;
     info->page = config.page;
     info->showLevel = config.showLevel;
     info->playLevel = config.playLevel;
@@ -100,7 +100,7 @@ ApplicationManager::Snapshot ApplicationManager::getSnapshot() const
     return snapshot;
 }
 
-SwitchAction::Ptr ApplicationManager::schedule(const RequestInfo& request)
+SwitchAction::Ptr ApplicationManager::schedule(const EngineApi::RequestInfo& request)
 {
     logLines(Scheduler::describeRequest(request), __LINE__);
     refreshSnapshot();
@@ -120,7 +120,7 @@ SwitchAction::Ptr ApplicationManager::schedule(const RequestInfo& request)
     return action;
 }
 
-ScheduleInput ApplicationManager::collectInput(const RequestInfo& request) const
+ScheduleInput ApplicationManager::collectInput(const EngineApi::RequestInfo& request) const
 {
     const auto current = getSnapshot();
     ScheduleInput input;
@@ -132,8 +132,8 @@ ScheduleInput ApplicationManager::collectInput(const RequestInfo& request) const
     input.frontShow = current.frontShow;
     input.normalSource = current.normalSource;
     input.deviceFlag = EngineApi::getDeviceState(commandLineFlagDevice);
-    input.bluetoothSetting = EngineApi::getSettingInt(EngineApi::bluetoothSetting) != 0;
-    input.pandoraSetting = EngineApi::getSettingInt(EngineApi::internetRadioSetting) != 0;
+    input.bluetoothSetting = EngineApi::getSettingInt(Platform::bluetoothSetting) != 0;
+    input.pandoraSetting = EngineApi::getSettingInt(Platform::internetRadioSetting) != 0;
     input.defaultSource = Factory::ScheduleFactroy::getInstance()->defaultSource();
     return input;
 }
@@ -141,7 +141,7 @@ ScheduleInput ApplicationManager::collectInput(const RequestInfo& request) const
 void ApplicationManager::refreshSnapshot()
 {
     Snapshot fresh;
-    int frontMost = PageStates::notShown;
+    int frontMost = EngineApi::PageStates::notShown;
     int backMost = 0;
     for (const auto& [page, handler] : getAllHandlers())
     {
@@ -155,14 +155,14 @@ void ApplicationManager::refreshSnapshot()
         }
         fresh.runningPages.push_back(page);
         const auto& states = run.states;
-        if (fresh.playing == NUM_OF_PAGES && states.playState != PageStates::stopped)
+        if (fresh.playing == NUM_OF_PAGES && states.playState != EngineApi::PageStates::stopped)
             fresh.playing = page;
         if (states.showState > 1 && states.showState < frontMost)
         {
             frontMost = states.showState;
             fresh.firstBackSource = page;
         }
-        if (states.showState < PageStates::notShown && states.showState > backMost)
+        if (states.showState < EngineApi::PageStates::notShown && states.showState > backMost)
         {
             backMost = states.showState;
             fresh.lastBack = page;

@@ -48,9 +48,9 @@ public:
     Snapshot getSnapshot() const;
 
     /** The page as the scheduler sees it: its configuration, and what its handler makes of it now. */
-    static ScheduleInfo::Ptr describePage(EngineApi::PageHandler& handler);
+    static EngineApi::ScheduleInfo::Ptr describePage(EngineApi::PageHandler& handler);
     /** Decides one request; the answer is never null. */
-    SwitchAction::Ptr schedule(const RequestInfo& request);
+    SwitchAction::Ptr schedule(const EngineApi::RequestInfo& request);
     void refreshSnapshot();
     /** Refreshes the snapshot and tells who must know of a completed switch. */
     void postSwitchUpdate();
@@ -63,7 +63,7 @@ private:
     friend class Kernel::Singleton<ApplicationManager>;
     ApplicationManager();
 
-    ScheduleInput collectInput(const RequestInfo& request) const;
+    ScheduleInput collectInput(const EngineApi::RequestInfo& request) const;
     void announceNormalSource(int page) const;
     void closeIdlePrograms();
     std::set<int> findIdlePrograms() const;

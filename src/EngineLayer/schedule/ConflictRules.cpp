@@ -10,37 +10,37 @@ namespace
  */
 constexpr std::int32_t firstMixing = 40, lastMixing = 49, alwaysMixes = 40;
 
-bool bothRear(const ScheduleInfo& page, const ScheduleInfo& other)
+bool bothRear(const EngineApi::ScheduleInfo& page, const EngineApi::ScheduleInfo& other)
 {
     return page.isRear && other.isRear;
 }
 
-bool differentZones(const ScheduleInfo& page, const ScheduleInfo& other)
+bool differentZones(const EngineApi::ScheduleInfo& page, const EngineApi::ScheduleInfo& other)
 {
     return page.isRear != other.isRear;
 }
 
 } // namespace
 
-bool shareAudioChannel(const ScheduleInfo& page, const ScheduleInfo& other)
+bool shareAudioChannel(const EngineApi::ScheduleInfo& page, const EngineApi::ScheduleInfo& other)
 {
-    return page.audioChannel == other.audioChannel && page.audioChannel != noAudioChannel;
+    return page.audioChannel == other.audioChannel && page.audioChannel != Dsp::noAudioChannel;
 }
 
-void applyVideoRule(ScheduleInfo& page, ScheduleInfo& other)
+void applyVideoRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
 {
     if (bothRear(page, other))
         return;
-    page.states.videoState = PageStates::held;
+    page.states.videoState = EngineApi::PageStates::held;
     if (!differentZones(page, other))
-        other.states.videoState = PageStates::notHeld;
+        other.states.videoState = EngineApi::PageStates::notHeld;
 }
 
-void applyPlayRule(ScheduleInfo& page, ScheduleInfo& other)
+void applyPlayRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
 {
     if (differentZones(page, other))
         return;
-    auto set = [&](PageStates::Play pagePlay, PageStates::Play otherPlay)
+    auto set = [&](EngineApi::PageStates::Play pagePlay, EngineApi::PageStates::Play otherPlay)
     {
         page.states.playState = pagePlay;
         other.states.playState = otherPlay;
@@ -48,24 +48,24 @@ void applyPlayRule(ScheduleInfo& page, ScheduleInfo& other)
     if (bothRear(page, other))
     {
         if (other.playLevel <= page.playLevel)
-            set(PageStates::playing, PageStates::stopped);
+            set(EngineApi::PageStates::playing, EngineApi::PageStates::stopped);
     }
     else if (other.playLevel < page.playLevel)
     {
         if (page.playLevel >= firstMixing && page.playLevel <= lastMixing)
-            set(PageStates::mixed, PageStates::mixed);
+            set(EngineApi::PageStates::mixed, EngineApi::PageStates::mixed);
         else
-            set(PageStates::playing, PageStates::stopped);
+            set(EngineApi::PageStates::playing, EngineApi::PageStates::stopped);
     }
     else if (other.playLevel == alwaysMixes)
-        set(PageStates::mixed, PageStates::mixed);
+        set(EngineApi::PageStates::mixed, EngineApi::PageStates::mixed);
     else
-        page.states.playState = PageStates::stopped;
+        page.states.playState = EngineApi::PageStates::stopped;
 }
 
-void applyAudioRule(ScheduleInfo& page, ScheduleInfo& other)
+void applyAudioRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
 {
-    auto set = [&](PageStates::Channel pageAudio, PageStates::Channel otherAudio)
+    auto set = [&](EngineApi::PageStates::Channel pageAudio, EngineApi::PageStates::Channel otherAudio)
     {
         page.states.audioState = pageAudio;
         other.states.audioState = otherAudio;
@@ -75,16 +75,17 @@ void applyAudioRule(ScheduleInfo& page, ScheduleInfo& other)
     if (differentZones(page, other))
     {
         if (!shareAudioChannel(page, other))
-            page.states.audioState = PageStates::held;
+            page.states.audioState = EngineApi::PageStates::held;
         else if (other.audioLevel < page.audioLevel)
-            set(PageStates::held, PageStates::notHeld);
+            set(EngineApi::PageStates::held, EngineApi::PageStates::notHeld);
         else
-            page.states.audioState = PageStates::notHeld;
+            page.states.audioState = EngineApi::PageStates::notHeld;
     }
-    else if (page.states.playState == PageStates::mixed && other.states.playState == PageStates::mixed)
-        set(PageStates::held, PageStates::held);
+    else if (page.states.playState == EngineApi::PageStates::mixed &&
+             other.states.playState == EngineApi::PageStates::mixed)
+        set(EngineApi::PageStates::held, EngineApi::PageStates::held);
     else
-        set(PageStates::held, PageStates::notHeld);
+        set(EngineApi::PageStates::held, EngineApi::PageStates::notHeld);
 }
 
 } // namespace EngineLayer

@@ -10,10 +10,10 @@ namespace EngineLayer
 {
 
 /** Never shared: the values that mean no channel. */
-bool shareAudioChannel(const ScheduleInfo& page, const ScheduleInfo& other);
+bool shareAudioChannel(const EngineApi::ScheduleInfo& page, const EngineApi::ScheduleInfo& other);
 
-void applyVideoRule(ScheduleInfo& page, ScheduleInfo& other);
-void applyPlayRule(ScheduleInfo& page, ScheduleInfo& other);
-void applyAudioRule(ScheduleInfo& page, ScheduleInfo& other);
+void applyVideoRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other);
+void applyPlayRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other);
+void applyAudioRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other);
 
 } // namespace EngineLayer

@@ -8,17 +8,17 @@ namespace EngineLayer
 namespace
 {
 
-ScheduleInfo::Ptr copyOf(const ScheduleInfo::Ptr& record)
+EngineApi::ScheduleInfo::Ptr copyOf(const EngineApi::ScheduleInfo::Ptr& record)
 {
-    return record == nullptr ? nullptr : new ScheduleInfo(*record);
+    return record == nullptr ? nullptr : new EngineApi::ScheduleInfo(*record);
 }
 
-bool startsSource(AppAction action)
+bool startsSource(EngineApi::AppAction action)
 {
-    return action == AppAction::ToRun || action == AppAction::ToPlay;
+    return action == EngineApi::AppAction::ToRun || action == EngineApi::AppAction::ToPlay;
 }
 
-juce::String describe(const ScheduleInfo& info)
+juce::String describe(const EngineApi::ScheduleInfo& info)
 {
     juce::String line;
     line << "APP: " << Pubhead::pageName(info.page);
@@ -77,16 +77,16 @@ void ScheduleState::build(const ScheduleInput& input)
     rememberSources(input);
 }
 
-void ScheduleState::stackShownPages(AppAction action)
+void ScheduleState::stackShownPages(EngineApi::AppAction action)
 {
     showStack = nextFront;
     if (nextRear != nullptr)
         showStack.push_back(nextRear);
-    if (action == AppAction::ToPlay)
+    if (action == EngineApi::AppAction::ToPlay)
         return;
 
     // Of pages that share a number the last one stays in the stack; the others keep their number outside of it.
-    std::map<std::int32_t, ScheduleInfo::Ptr> byNumber;
+    std::map<std::int32_t, EngineApi::ScheduleInfo::Ptr> byNumber;
     for (const auto& info : showStack)
         byNumber[info->states.showState] = info;
     showStack.clear();
@@ -105,10 +105,11 @@ void ScheduleState::rememberSources(const ScheduleInput& input)
     const bool starts = startsSource(action) && !input.isRunning(request->page);
     if (request->isRear)
     {
-        if (!starts && action != AppAction::ToStop)
+        if (!starts && action != EngineApi::AppAction::ToStop)
             return;
         rearChanged = true;
-        rearPage = action == AppAction::ToStop ? static_cast<std::int32_t>(Pubhead::mbRearOff) : request->page;
+        rearPage =
+            action == EngineApi::AppAction::ToStop ? static_cast<std::int32_t>(Pubhead::mbRearOff) : request->page;
     }
     else if (starts)
     {
@@ -120,7 +121,7 @@ void ScheduleState::rememberSources(const ScheduleInput& input)
             lastNormalSource = request->page;
         }
     }
-    else if (action == AppAction::ToStop)
+    else if (action == EngineApi::AppAction::ToStop)
     {
         lastSourceChanged = true;
         lastSourcePage = lastNormalSource;

@@ -10,10 +10,10 @@ namespace EngineLayer
 /** Everything that one schedule is decided from. */
 struct ScheduleInput
 {
-    RequestInfo request;
+    EngineApi::RequestInfo request;
     /** Every registered page as its handler describes it now, adjusted by the handler. The scheduler works on copies.
      */
-    std::map<int, ScheduleInfo::Ptr> pages;
+    std::map<int, EngineApi::ScheduleInfo::Ptr> pages;
     std::vector<int> runningPages;            ///< front pages that run, in the order of the running list
     int rearPage = Pubhead::NUM_OF_PAGES;     ///< the rear page that runs; mbRearOff or NUM_OF_PAGES when none does
     int frontShow = Pubhead::NUM_OF_PAGES;    ///< the manager's front page at the start of this schedule
@@ -24,7 +24,7 @@ struct ScheduleInput
     int defaultSource = Pubhead::mbAVOff;
 
     /** The page's record, or null for a page that nobody registered. */
-    ScheduleInfo::Ptr find(int page) const
+    EngineApi::ScheduleInfo::Ptr find(int page) const
     {
         const auto found = pages.find(page);
         return found == pages.end() ? nullptr : found->second;
@@ -35,14 +35,14 @@ struct ScheduleInput
 /** The scheduler's tables. The lists are rebuilt for every request, the remembered pages last. */
 struct ScheduleState
 {
-    using List = std::vector<ScheduleInfo::Ptr>;
-    using Orders = std::vector<AppStateSwitch::Ptr>;
+    using List = std::vector<EngineApi::ScheduleInfo::Ptr>;
+    using Orders = std::vector<EngineApi::AppStateSwitch::Ptr>;
 
     List nextFront;    ///< the front pages as they will be
     List currentFront; ///< the front pages as they are
     List showStack; ///< the pages that compete for the screen, top first; shares its records with nextFront, nextRear
-    ScheduleInfo::Ptr nextRear, currentRear; ///< the page of the rear zone, or null
-    ScheduleInfo::Ptr request;               ///< the requested page; null when nobody registered it
+    EngineApi::ScheduleInfo::Ptr nextRear, currentRear; ///< the page of the rear zone, or null
+    EngineApi::ScheduleInfo::Ptr request;               ///< the requested page; null when nobody registered it
 
     /** Set when the remembered page of the same name changes in a schedule, cleared at the start of the next. */
     bool lastSourceChanged = false, normalSourceChanged = false, rearChanged = false, frontShowChanged = false;
@@ -62,7 +62,7 @@ struct ScheduleState
     std::vector<juce::String> describeScheduled() const;
 
 private:
-    void stackShownPages(AppAction action);
+    void stackShownPages(EngineApi::AppAction action);
     void rememberSources(const ScheduleInput& input);
 };
 

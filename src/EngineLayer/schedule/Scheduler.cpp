@@ -8,30 +8,30 @@ namespace EngineLayer
 namespace
 {
 
-constexpr auto notShown = PageStates::notShown;
+constexpr auto notShown = EngineApi::PageStates::notShown;
 
-bool raises(AppAction action)
+bool raises(EngineApi::AppAction action)
 {
-    return action == AppAction::ToRun || action == AppAction::ToShow;
+    return action == EngineApi::AppAction::ToRun || action == EngineApi::AppAction::ToShow;
 }
 
-bool plays(AppAction action)
+bool plays(EngineApi::AppAction action)
 {
-    return action == AppAction::ToRun || action == AppAction::ToPlay;
+    return action == EngineApi::AppAction::ToRun || action == EngineApi::AppAction::ToPlay;
 }
 
 /** Lets the requested page win against pages of its own level, for the duration of one schedule. */
 class LevelBoost
 {
 public:
-    LevelBoost(ScheduleInfo& boosted, AppAction action)
+    LevelBoost(EngineApi::ScheduleInfo& boosted, EngineApi::AppAction action)
         : info(boosted)
         , showLevel(boosted.showLevel)
         , playLevel(boosted.playLevel)
     {
-        if (raises(action) && showLevel != PageScheduleConfig::noCompetition)
+        if (raises(action) && showLevel != EngineApi::PageScheduleConfig::noCompetition)
             ++info.showLevel;
-        if (plays(action) && playLevel != PageScheduleConfig::noCompetition)
+        if (plays(action) && playLevel != EngineApi::PageScheduleConfig::noCompetition)
             ++info.playLevel;
     }
     ~LevelBoost()
@@ -43,7 +43,7 @@ public:
     LevelBoost& operator=(const LevelBoost&) = delete;
 
 private:
-    ScheduleInfo& info;
+    EngineApi::ScheduleInfo& info;
     const std::int32_t showLevel, playLevel;
 };
 
@@ -53,7 +53,7 @@ SwitchAction::Ptr Scheduler::schedule(const ScheduleInput& input)
 {
     state.build(input);
     const auto action = input.request.action;
-    if (state.request == nullptr || action < AppAction::ToRun || action > AppAction::ToStop)
+    if (state.request == nullptr || action < EngineApi::AppAction::ToRun || action > EngineApi::AppAction::ToStop)
     {
         SwitchAction::Ptr nothing = new SwitchAction();
         nothing->requestPage = input.request.page;
@@ -63,7 +63,7 @@ SwitchAction::Ptr Scheduler::schedule(const ScheduleInput& input)
         const LevelBoost boost(*state.request, action);
         resolve(action, showAllowed(input));
         dropIdlePages();
-        if (action == AppAction::ToStop)
+        if (action == EngineApi::AppAction::ToStop)
             startDefaultSource(input);
     }
     rememberFrontPage();
@@ -90,43 +90,43 @@ bool Scheduler::showAllowed(const ScheduleInput& input)
              (page == mbDiscAudio || page == mbDiscVideo));
 }
 
-void Scheduler::resolve(AppAction action, bool toFront)
+void Scheduler::resolve(EngineApi::AppAction action, bool toFront)
 {
     auto& page = *state.request;
     switch (action)
     {
-    case AppAction::ToRun:
+    case EngineApi::AppAction::ToRun:
         run(page, toFront);
         break;
-    case AppAction::ToShow:
+    case EngineApi::AppAction::ToShow:
         show(page, toFront);
         placeRequest();
         break;
-    case AppAction::ToPlay:
+    case EngineApi::AppAction::ToPlay:
         if (page.isRear)
             break;
         resolvePlay(page, false);
         resolveAudio(page, false);
         placeRequest();
         break;
-    case AppAction::ToHide:
+    case EngineApi::AppAction::ToHide:
         if (page.isRear)
             break;
         releaseShow(page);
         placeRequest();
         break;
-    case AppAction::ToStop:
+    case EngineApi::AppAction::ToStop:
         if (page.isRear)
             break;
         releasePlay(page);
         releaseShow(page);
         break;
-    case AppAction::None:
+    case EngineApi::AppAction::None:
         break;
     }
 }
 
-void Scheduler::run(ScheduleInfo& page, bool toFront)
+void Scheduler::run(EngineApi::ScheduleInfo& page, bool toFront)
 {
     show(page, toFront);
     resolvePlay(page, page.isRear);
@@ -135,7 +135,7 @@ void Scheduler::run(ScheduleInfo& page, bool toFront)
     placeRequest();
 }
 
-void Scheduler::show(ScheduleInfo& page, bool toFront)
+void Scheduler::show(EngineApi::ScheduleInfo& page, bool toFront)
 {
     if (!toFront)
         return;
@@ -154,10 +154,10 @@ void Scheduler::placeRequest()
 void Scheduler::dropIdlePages()
 {
     std::erase_if(state.nextFront,
-                  [this](const ScheduleInfo::Ptr& info)
+                  [this](const EngineApi::ScheduleInfo::Ptr& info)
                   {
                       return info->page != state.request->page && info->states.showState == notShown &&
-                             info->states.playState == PageStates::stopped;
+                             info->states.playState == EngineApi::PageStates::stopped;
                   });
     if (state.nextRear != nullptr && state.nextRear->states.showState == notShown)
         state.nextRear = nullptr;
@@ -177,14 +177,15 @@ void Scheduler::startDefaultSource(const ScheduleInput& input)
     for (const auto& info : front)
         if (info->states.showState < notShown)
             last = std::max(last, info->states.showState);
-    ScheduleInfo::Ptr started = new ScheduleInfo(*defaultSource);
-    started->states = { last + 1, PageStates::playing, PageStates::held, PageStates::notHeld };
+    EngineApi::ScheduleInfo::Ptr started = new EngineApi::ScheduleInfo(*defaultSource);
+    started->states = { last + 1, EngineApi::PageStates::playing, EngineApi::PageStates::held,
+                        EngineApi::PageStates::notHeld };
     front.push_back(started);
 }
 
 void Scheduler::rememberFrontPage()
 {
-    auto remember = [this](const ScheduleInfo& info)
+    auto remember = [this](const EngineApi::ScheduleInfo& info)
     {
         if (info.states.showState != 1 || state.frontShowPage == info.page)
             return;
@@ -203,12 +204,12 @@ void Scheduler::rememberFrontPage()
         remember(*state.nextRear);
 }
 
-std::vector<juce::String> Scheduler::describeRequest(const RequestInfo& request)
+std::vector<juce::String> Scheduler::describeRequest(const EngineApi::RequestInfo& request)
 {
     const auto rule = juce::String::repeatedString("-", 60);
     juce::String line;
     line << "ReqAPP: " << Pubhead::pageName(request.page)
-         << " | ReqType: " << actionName(static_cast<int>(request.action))
+         << " | ReqType: " << EngineApi::actionName(static_cast<int>(request.action))
          << " | AutoSwitch: " << (request.autoSwitch ? 1 : 0);
     return { rule, line, rule };
 }

@@ -25,28 +25,28 @@ public:
     static bool showAllowed(const ScheduleInput& input);
 
     /** Log lines of the request: the request between two rules. */
-    static std::vector<juce::String> describeRequest(const RequestInfo& request);
+    static std::vector<juce::String> describeRequest(const EngineApi::RequestInfo& request);
     /** Log lines of the tables as they stand before this schedule, and as the last schedule left them. */
     static std::vector<juce::String> describeBefore(const ScheduleInput& input);
     std::vector<juce::String> describeAfter() const { return state.describeScheduled(); }
 
 private:
-    void resolve(AppAction action, bool toFront);
-    void run(ScheduleInfo& page, bool toFront);
-    void show(ScheduleInfo& page, bool toFront);
+    void resolve(EngineApi::AppAction action, bool toFront);
+    void run(EngineApi::ScheduleInfo& page, bool toFront);
+    void show(EngineApi::ScheduleInfo& page, bool toFront);
     void placeRequest();
     void dropIdlePages();
     void startDefaultSource(const ScheduleInput& input);
     void rememberFrontPage();
 
     // SchedulerResolution.cpp: who gets the screen, the sound, and the channels.
-    void resolveShow(ScheduleInfo& page);
-    void releaseShow(ScheduleInfo& page);
-    void resolveVideo(ScheduleInfo& page, bool rear);
-    void resolvePlay(ScheduleInfo& page, bool rear);
-    void releasePlay(ScheduleInfo& page);
-    void resolveAudio(ScheduleInfo& page, bool rear);
-    void dropCoveredSources(const ScheduleInfo& page, bool rear);
+    void resolveShow(EngineApi::ScheduleInfo& page);
+    void releaseShow(EngineApi::ScheduleInfo& page);
+    void resolveVideo(EngineApi::ScheduleInfo& page, bool rear);
+    void resolvePlay(EngineApi::ScheduleInfo& page, bool rear);
+    void releasePlay(EngineApi::ScheduleInfo& page);
+    void resolveAudio(EngineApi::ScheduleInfo& page, bool rear);
+    void dropCoveredSources(const EngineApi::ScheduleInfo& page, bool rear);
 
     // SwitchActionBuilder.cpp: the difference between the tables as orders.
     SwitchAction::Ptr buildSwitchAction(int requestPage, bool deviceFlag);
@@ -54,7 +54,8 @@ private:
     void orderFrontPages(int requestPage, bool deviceFlag);
     void orderRearPage(bool deviceFlag);
     /** Files a change; a page that comes to the top is handed back instead, to be filed after the others. */
-    AppStateSwitch::Ptr orderChange(const ScheduleInfo& current, const ScheduleInfo& next, bool deviceFlag);
+    EngineApi::AppStateSwitch::Ptr orderChange(const EngineApi::ScheduleInfo& current,
+                                               const EngineApi::ScheduleInfo& next, bool deviceFlag);
 
     ScheduleState state;
 };

@@ -9,12 +9,12 @@ namespace EngineLayer
 namespace
 {
 
-constexpr auto notShown = PageStates::notShown;
-constexpr auto noCompetition = PageScheduleConfig::noCompetition;
+constexpr auto notShown = EngineApi::PageStates::notShown;
+constexpr auto noCompetition = EngineApi::PageScheduleConfig::noCompetition;
 
 /** Applies the rule to the pages of the zone that hold what `page` wants. True when there was one. */
 template <typename Holds, typename Rule>
-bool contend(ScheduleInfo& page, const ScheduleState::List& zone, Holds holds, Rule rule)
+bool contend(EngineApi::ScheduleInfo& page, const ScheduleState::List& zone, Holds holds, Rule rule)
 {
     bool contended = false;
     for (const auto& other : zone)
@@ -36,7 +36,7 @@ ScheduleState::List zoneOf(const ScheduleState& state, bool rear)
 
 } // namespace
 
-void Scheduler::resolveShow(ScheduleInfo& page)
+void Scheduler::resolveShow(EngineApi::ScheduleInfo& page)
 {
     auto& own = page.states.showState;
     if (page.showLevel == noCompetition)
@@ -62,18 +62,18 @@ void Scheduler::resolveShow(ScheduleInfo& page)
     best->states.showState = 1;
 }
 
-void Scheduler::releaseShow(ScheduleInfo& page)
+void Scheduler::releaseShow(EngineApi::ScheduleInfo& page)
 {
     if (page.states.showState == 1)
     {
         auto& front = state.nextFront;
-        const auto showState = [](const ScheduleInfo::Ptr& info) { return info->states.showState; };
+        const auto showState = [](const EngineApi::ScheduleInfo::Ptr& info) { return info->states.showState; };
         const auto next = std::ranges::min_element(front, {}, showState);
         const auto rearNumber = state.nextRear == nullptr ? notShown : showState(state.nextRear);
         // A rear page that comes next is not raised.
         if (next != front.end() && showState(*next) < notShown && showState(*next) <= rearNumber)
         {
-            const ScheduleInfo::Ptr raised = new ScheduleInfo(**next);
+            const EngineApi::ScheduleInfo::Ptr raised = new EngineApi::ScheduleInfo(**next);
             raised->states.showState = 1;
             front.erase(next);
             resolveVideo(*raised, false);
@@ -81,80 +81,83 @@ void Scheduler::releaseShow(ScheduleInfo& page)
         }
     }
     page.states.showState = notShown;
-    page.states.videoState = PageStates::notHeld;
+    page.states.videoState = EngineApi::PageStates::notHeld;
 }
 
-void Scheduler::resolveVideo(ScheduleInfo& page, bool rear)
+void Scheduler::resolveVideo(EngineApi::ScheduleInfo& page, bool rear)
 {
-    page.states.videoState = PageStates::notHeld;
+    page.states.videoState = EngineApi::PageStates::notHeld;
     if (page.videoLevel == noCompetition || page.states.showState != 1)
         return;
-    const auto holds = [](const PageStates& states) { return states.videoState == PageStates::held; };
+    const auto holds = [](const EngineApi::PageStates& states)
+    { return states.videoState == EngineApi::PageStates::held; };
     if (!contend(page, zoneOf(state, rear), holds, applyVideoRule))
-        page.states.videoState = PageStates::held;
+        page.states.videoState = EngineApi::PageStates::held;
 }
 
-void Scheduler::resolvePlay(ScheduleInfo& page, bool rear)
+void Scheduler::resolvePlay(EngineApi::ScheduleInfo& page, bool rear)
 {
     if (page.playLevel == noCompetition)
     {
-        if (page.states.playState != PageStates::stopped)
+        if (page.states.playState != EngineApi::PageStates::stopped)
             releasePlay(page);
         return;
     }
-    page.states.playState = PageStates::stopped;
-    const auto plays = [](const PageStates& states) { return states.playState != PageStates::stopped; };
+    page.states.playState = EngineApi::PageStates::stopped;
+    const auto plays = [](const EngineApi::PageStates& states)
+    { return states.playState != EngineApi::PageStates::stopped; };
     if (!contend(page, zoneOf(state, rear), plays, applyPlayRule))
-        page.states.playState = PageStates::playing;
+        page.states.playState = EngineApi::PageStates::playing;
 }
 
-void Scheduler::releasePlay(ScheduleInfo& page)
+void Scheduler::releasePlay(EngineApi::ScheduleInfo& page)
 {
     auto& front = state.nextFront;
-    if (page.states.playState == PageStates::playing)
+    if (page.states.playState == EngineApi::PageStates::playing)
     {
         const auto next = std::ranges::max_element(front, {}, [](const auto& info) { return info->playLevel; });
         if (next != front.end() && (*next)->playLevel > noCompetition)
         {
-            const ScheduleInfo::Ptr silent = *next;
-            const ScheduleInfo::Ptr heir = new ScheduleInfo(*silent);
-            heir->states.playState = PageStates::playing;
+            const EngineApi::ScheduleInfo::Ptr silent = *next;
+            const EngineApi::ScheduleInfo::Ptr heir = new EngineApi::ScheduleInfo(*silent);
+            heir->states.playState = EngineApi::PageStates::playing;
             front.erase(next);
             resolveAudio(*heir, false);
-            front.push_back(heir->states.audioState == PageStates::held ? heir : silent);
+            front.push_back(heir->states.audioState == EngineApi::PageStates::held ? heir : silent);
         }
     }
-    else if (page.states.playState == PageStates::mixed)
+    else if (page.states.playState == EngineApi::PageStates::mixed)
     {
-        const auto partner =
-            std::ranges::find_if(front, [](const auto& info) { return info->states.playState == PageStates::mixed; });
+        const auto partner = std::ranges::find_if(front, [](const auto& info)
+                                                  { return info->states.playState == EngineApi::PageStates::mixed; });
         if (partner != front.end())
         {
-            (*partner)->states.playState = PageStates::playing;
-            (*partner)->states.audioState = PageStates::held;
+            (*partner)->states.playState = EngineApi::PageStates::playing;
+            (*partner)->states.audioState = EngineApi::PageStates::held;
         }
     }
-    page.states.playState = PageStates::stopped;
-    page.states.audioState = PageStates::notHeld;
+    page.states.playState = EngineApi::PageStates::stopped;
+    page.states.audioState = EngineApi::PageStates::notHeld;
 }
 
-void Scheduler::resolveAudio(ScheduleInfo& page, bool rear)
+void Scheduler::resolveAudio(EngineApi::ScheduleInfo& page, bool rear)
 {
-    page.states.audioState = PageStates::notHeld;
-    if (page.audioLevel == noCompetition || page.states.playState == PageStates::stopped)
+    page.states.audioState = EngineApi::PageStates::notHeld;
+    if (page.audioLevel == noCompetition || page.states.playState == EngineApi::PageStates::stopped)
         return;
-    const auto holds = [](const PageStates& states) { return states.audioState == PageStates::held; };
+    const auto holds = [](const EngineApi::PageStates& states)
+    { return states.audioState == EngineApi::PageStates::held; };
     if (!contend(page, zoneOf(state, rear), holds, applyAudioRule))
-        page.states.audioState = PageStates::held;
+        page.states.audioState = EngineApi::PageStates::held;
 }
 
-void Scheduler::dropCoveredSources(const ScheduleInfo& page, bool rear)
+void Scheduler::dropCoveredSources(const EngineApi::ScheduleInfo& page, bool rear)
 {
     if (rear || !page.isNormalSource)
         return;
     for (const auto& other : state.nextFront)
         if (other->isNormalSource && other->states.showState > page.states.showState &&
-            other->states.playState == PageStates::stopped)
+            other->states.playState == EngineApi::PageStates::stopped)
             other->states.showState = notShown;
 }
 

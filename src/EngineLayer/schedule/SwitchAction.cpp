@@ -8,9 +8,9 @@ namespace EngineLayer
 namespace
 {
 
-bool goesFirst(const AppStateSwitch& order)
+bool goesFirst(const EngineApi::AppStateSwitch& order)
 {
-    return order.switchType == SwitchType::ToStop || order.switchType == SwitchType::ToChange;
+    return order.switchType == EngineApi::SwitchType::ToStop || order.switchType == EngineApi::SwitchType::ToChange;
 }
 
 } // namespace
@@ -22,15 +22,15 @@ SwitchAction::Orders SwitchAction::sendNext()
     {
         for (const auto& order : orders)
         {
-            if (order->progress != OrderProgress::notSent || !wanted(*order))
+            if (order->progress != EngineApi::OrderProgress::notSent || !wanted(*order))
                 continue;
-            order->progress = OrderProgress::sent;
+            order->progress = EngineApi::OrderProgress::sent;
             now.push_back(order);
         }
     };
     take(goesFirst);
     if (now.empty())
-        take([](const AppStateSwitch&) { return true; });
+        take([](const EngineApi::AppStateSwitch&) { return true; });
     return now;
 }
 
@@ -38,9 +38,9 @@ void SwitchAction::markPage(int page, bool ok)
 {
     auto finish = [ok](auto& order)
     {
-        if (order.progress != OrderProgress::sent)
+        if (order.progress != EngineApi::OrderProgress::sent)
             return;
-        order.progress = OrderProgress::finished;
+        order.progress = EngineApi::OrderProgress::finished;
         order.succeeded = ok;
     };
     if (page == Pubhead::NUM_OF_PAGES)
@@ -56,13 +56,13 @@ void SwitchAction::markPage(int page, bool ok)
 
 bool SwitchAction::allSent() const
 {
-    auto sent = [](const auto& order) { return order->progress != OrderProgress::notSent; };
+    auto sent = [](const auto& order) { return order->progress != EngineApi::OrderProgress::notSent; };
     return std::ranges::all_of(orders, sent) && (resourceSwitch == nullptr || sent(resourceSwitch));
 }
 
 bool SwitchAction::allFinished() const
 {
-    auto finished = [](const auto& order) { return order->progress == OrderProgress::finished; };
+    auto finished = [](const auto& order) { return order->progress == EngineApi::OrderProgress::finished; };
     return std::ranges::all_of(orders, finished) && (resourceSwitch == nullptr || finished(resourceSwitch));
 }
 
@@ -76,7 +76,7 @@ std::vector<int> SwitchAction::sentPages() const
 {
     std::vector<int> pages;
     for (const auto& order : orders)
-        if (order->progress != OrderProgress::notSent)
+        if (order->progress != EngineApi::OrderProgress::notSent)
             pages.push_back(order->page);
     return pages;
 }
@@ -88,18 +88,18 @@ std::vector<juce::String> SwitchAction::describe() const
     for (const auto& order : orders)
     {
         add("APP: ", Pubhead::pageName(order->page),
-            " | Action: ", switchTypeName(static_cast<int>(order->switchType)));
+            " | Action: ", EngineApi::switchTypeName(static_cast<int>(order->switchType)));
         add("SC: ", order->states.showState, " | SP: ", order->states.playState, " | AC: ", order->states.audioState,
             " | VC: ", order->states.videoState);
     }
     if (resourceSwitch != nullptr)
     {
         const auto& resource = *resourceSwitch;
-        add("FAC: ", audioChannelName(resource.frontAudioChannel),
-            " | FVC: ", videoChannelName(resource.frontVideoChannel));
-        add("RAC: ", audioChannelName(resource.rearAudioChannel),
-            " | RVC: ", videoChannelName(resource.rearVideoChannel));
-        add("SRC: ", sourceName(resource.source));
+        add("FAC: ", Dsp::audioChannelName(resource.frontAudioChannel),
+            " | FVC: ", EngineApi::videoChannelName(resource.frontVideoChannel));
+        add("RAC: ", Dsp::audioChannelName(resource.rearAudioChannel),
+            " | RVC: ", EngineApi::videoChannelName(resource.rearVideoChannel));
+        add("SRC: ", EngineApi::sourceName(resource.source));
         add("Mix: ", resource.mix ? 1 : 0);
         add("Trigger: ", resource.trigger ? 1 : 0);
     }

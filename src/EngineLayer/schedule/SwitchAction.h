@@ -13,10 +13,10 @@ class SwitchAction : public juce::ReferenceCountedObject
 {
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<SwitchAction>;
-    using Orders = std::vector<AppStateSwitch::Ptr>;
+    using Orders = std::vector<EngineApi::AppStateSwitch::Ptr>;
 
     Orders orders;
-    AppResourceSwitch::Ptr resourceSwitch;            ///< the channel change of the schedule, or null
+    EngineApi::AppResourceSwitch::Ptr resourceSwitch; ///< the channel change of the schedule, or null
     std::int32_t requestPage = Pubhead::NUM_OF_PAGES; ///< receives the result
 
     bool hasAction() const { return !orders.empty() || resourceSwitch != nullptr; }

@@ -10,37 +10,38 @@ namespace
 
 using Platform::AppCommandLine;
 
-AppStateSwitch::Ptr makeOrder(const ScheduleInfo& info, SwitchType type, AppCommandLine::Ptr commandLine)
+EngineApi::AppStateSwitch::Ptr makeOrder(const EngineApi::ScheduleInfo& info, EngineApi::SwitchType type,
+                                         AppCommandLine::Ptr commandLine)
 {
-    AppStateSwitch::Ptr order = new AppStateSwitch();
+    EngineApi::AppStateSwitch::Ptr order = new EngineApi::AppStateSwitch();
     order->page = info.page;
     order->switchType = type;
-    if (type != SwitchType::ToStop)
+    if (type != EngineApi::SwitchType::ToStop)
         order->states = info.states;
     order->commandLine = std::move(commandLine);
     return order;
 }
 
-ScheduleInfo::Ptr findPage(const ScheduleState::List& list, std::int32_t page)
+EngineApi::ScheduleInfo::Ptr findPage(const ScheduleState::List& list, std::int32_t page)
 {
     const auto found = std::ranges::find_if(list, [page](const auto& info) { return info->page == page; });
     return found == list.end() ? nullptr : *found;
 }
 
-bool onTop(const ScheduleInfo& info)
+bool onTop(const EngineApi::ScheduleInfo& info)
 {
     return info.states.showState == 1;
 }
 
 /** A page that starts: its source is entered when it is a new one, else it is shown when it comes on top. */
-AppStateSwitch::Ptr makeRun(const ScheduleInfo& info, bool entersSource, bool deviceFlag)
+EngineApi::AppStateSwitch::Ptr makeRun(const EngineApi::ScheduleInfo& info, bool entersSource, bool deviceFlag)
 {
     AppCommandLine::Ptr commandLine;
     if (entersSource)
         commandLine = AppCommandLine::genCmdSourceEnter(info.page, deviceFlag, onTop(info));
     else if (onTop(info))
         commandLine = AppCommandLine::genCmdPageShow(info.page, deviceFlag);
-    return makeOrder(info, SwitchType::ToRun, commandLine);
+    return makeOrder(info, EngineApi::SwitchType::ToRun, commandLine);
 }
 
 } // namespace
@@ -67,7 +68,7 @@ void Scheduler::orderStops()
     {
         if (findPage(state.nextFront, info->page) != nullptr)
             continue;
-        state.stopList.push_back(makeOrder(*info, SwitchType::ToStop,
+        state.stopList.push_back(makeOrder(*info, EngineApi::SwitchType::ToStop,
                                            info->isNormalSource
                                                ? AppCommandLine::genCmdSourceExit(info->page, state.lastNormalSource)
                                                : AppCommandLine::genCmdPageHide(info->page, state.frontShowPage)));
@@ -76,7 +77,7 @@ void Scheduler::orderStops()
     if (rear != nullptr && (state.nextRear == nullptr || state.nextRear->page != rear->page))
         state.stopList.insert(
             state.stopList.begin(),
-            makeOrder(*rear, SwitchType::ToStop,
+            makeOrder(*rear, EngineApi::SwitchType::ToStop,
                       rear->isRear ? AppCommandLine::genCmdSourceExit(rear->page, state.rearPage) : nullptr));
 }
 
@@ -95,8 +96,8 @@ void Scheduler::orderFrontPages(int requestPage, bool deviceFlag)
                 raised.push_back(held);
         }
         else if (next->page == requestPage && onTop(*next))
-            raised.push_back(
-                makeOrder(*next, SwitchType::ToShowTopLevel, AppCommandLine::genCmdPageShow(next->page, deviceFlag)));
+            raised.push_back(makeOrder(*next, EngineApi::SwitchType::ToShowTopLevel,
+                                       AppCommandLine::genCmdPageShow(next->page, deviceFlag)));
     }
     state.changeList.insert(state.changeList.end(), raised.begin(), raised.end());
 }
@@ -114,14 +115,15 @@ void Scheduler::orderRearPage(bool deviceFlag)
             state.changeList.push_back(held);
 }
 
-AppStateSwitch::Ptr Scheduler::orderChange(const ScheduleInfo& current, const ScheduleInfo& next, bool deviceFlag)
+EngineApi::AppStateSwitch::Ptr Scheduler::orderChange(const EngineApi::ScheduleInfo& current,
+                                                      const EngineApi::ScheduleInfo& next, bool deviceFlag)
 {
     if (!onTop(current) && onTop(next))
-        return makeOrder(next, SwitchType::ToChange, AppCommandLine::genCmdPageShow(next.page, deviceFlag));
+        return makeOrder(next, EngineApi::SwitchType::ToChange, AppCommandLine::genCmdPageShow(next.page, deviceFlag));
     AppCommandLine::Ptr commandLine;
     if (onTop(current) && !onTop(next))
         commandLine = AppCommandLine::genCmdPageHide(next.page, state.frontShowPage);
-    state.changeList.push_back(makeOrder(next, SwitchType::ToChange, commandLine));
+    state.changeList.push_back(makeOrder(next, EngineApi::SwitchType::ToChange, commandLine));
     return nullptr;
 }
 

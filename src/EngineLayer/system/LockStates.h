@@ -16,7 +16,7 @@ public:
     void onEnter(int previousState) override;
 
 protected:
-    bool refuses(const RequestInfo& request) const override { return request.page != Pubhead::mbAntitheft; }
+    bool refuses(const EngineApi::RequestInfo& request) const override { return request.page != Pubhead::mbAntitheft; }
     /** What came in while a switch ran is taken up now: an unlock first, then the requests. */
     void onIdle() override;
     void onAntitheftExit(int what) override;
@@ -36,7 +36,7 @@ public:
     bool canSwitchTo(int state) const override;
 
 private:
-    void onIdleRequest(const RequestInfo& request) override;
+    void onIdleRequest(const EngineApi::RequestInfo& request) override;
     void onIdleExit(int what) override;
     void endLock();
 };
@@ -51,7 +51,7 @@ public:
     bool canSwitchTo(int state) const override;
 
 private:
-    void onIdleRequest(const RequestInfo& request) override;
+    void onIdleRequest(const EngineApi::RequestInfo& request) override;
     void onIdleExit(int what) override;
 };
 

@@ -35,7 +35,7 @@ public:
     int getReturnPage() const { return returnPage; }
 
 private:
-    void onIdleRequest(const RequestInfo& request) override;
+    void onIdleRequest(const EngineApi::RequestInfo& request) override;
     /** What is queued waits for the next request. */
     void onIdle() override {}
 

@@ -15,21 +15,21 @@ public:
 
 protected:
     /** A request that arrives while nothing is being switched: queued, and the oldest is taken. */
-    virtual void onIdleRequest(const RequestInfo& request);
+    virtual void onIdleRequest(const EngineApi::RequestInfo& request);
     /** The pipeline is idle and has been told so. */
     virtual void onIdle() = 0;
     /** arg1 of MSG_SYS_ANTITHEFT_EXIT; only the lock states care. */
     virtual void onAntitheftExit(int /*what*/) {}
     /** Requests that the state does not serve at all, whatever it is doing. */
-    virtual bool refuses(const RequestInfo&) const { return false; }
+    virtual bool refuses(const EngineApi::RequestInfo&) const { return false; }
 
     /** Takes the oldest queued request into the pipeline; when there is none the background check is started. */
     void takeOldestRequest();
-    void beginSchedule(const RequestInfo& request);
+    void beginSchedule(const EngineApi::RequestInfo& request);
 
 private:
-    void onRequest(const RequestInfo& request);
-    void runSchedule(const RequestInfo& request);
+    void onRequest(const EngineApi::RequestInfo& request);
+    void runSchedule(const EngineApi::RequestInfo& request);
     void refuse(int page);
     void startSwitch();
     void sendOrders();

@@ -43,9 +43,9 @@ public:
     void switchState(int state, int subState);
     void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
     /** False, and the sender is told, when too many wait. */
-    bool queueRequest(const RequestInfo& request);
-    std::optional<RequestInfo> takeRequest();
-    void sendResult(int page, ScheduleStatus status);
+    bool queueRequest(const EngineApi::RequestInfo& request);
+    std::optional<EngineApi::RequestInfo> takeRequest();
+    void sendResult(int page, EngineApi::ScheduleStatus status);
 
 private:
     friend class Kernel::Singleton<SystemStateManager>;
@@ -62,7 +62,7 @@ private:
     std::map<int, SystemState::Ptr> states;
     SystemState::Ptr current;
     std::atomic<int> previousState { EngineApi::kBooting };
-    std::deque<RequestInfo> requests;
+    std::deque<EngineApi::RequestInfo> requests;
     int refusedRequests = 0; ///< for lack of room
     std::deque<int> pendingStates;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace EngineApi
+namespace Platform
 {
 
 /** Settings with a meaning of their own for the engine, by setup index. Indices in a row (favourites) are with who
@@ -42,4 +42,4 @@ enum SetupIndex : int {
     dmeSetting = 1793
 };
 
-} // namespace EngineApi
+} // namespace Platform

@@ -1,7 +1,7 @@
 #pragma once
 
 /** Items of the system-information table that the engine writes or reads, by what they stand for. */
-namespace EngineLayer
+namespace Platform
 {
 
 enum SysInfoItem : int {
@@ -20,4 +20,4 @@ enum SysInfoItem : int {
     sysInfoLowBattery = 38
 };
 
-} // namespace EngineLayer
+} // namespace Platform

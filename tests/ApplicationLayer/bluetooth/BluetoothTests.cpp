@@ -35,7 +35,7 @@ protected:
         for (const int program : { AppBluetooth, AppiPod, AppPandora, AppUSB })
             connect(program);
         takeSent();
-        for (int item = 0; item <= sysInfoPandoraLink; ++item)
+        for (int item = 0; item <= Platform::sysInfoPandoraLink; ++item)
             setItem(item, 0);
         takePosted();
     }
@@ -97,11 +97,11 @@ TEST_F(BluetoothTest, MirrorsTheModule)
     report(3, 41);
     report(4, 42);
     EXPECT_EQ(items({ 1, 2 }), (Items { { 1, 41 }, { 2, 42 } }));
-    setItem(sysInfoPairedList, 1);
+    setItem(Platform::sysInfoPairedList, 1);
     report(7, 0);
     EXPECT_EQ(items({ 22 }), (Items { { 22, 2 } }));
-    setItem(sysInfoSppLink, 2);
-    setItem(sysInfoPandoraLink, 2);
+    setItem(Platform::sysInfoSppLink, 2);
+    setItem(Platform::sysInfoPandoraLink, 2);
     setDeviceState(pandoraOnBluetooth, true);
     takeSent();
 
@@ -159,7 +159,7 @@ TEST_F(BluetoothTest, ThePandoraLinkIsWatchedWhilePandoraPlays)
     report(9, 0);
     EXPECT_TRUE(getDeviceState(pandoraOnBluetooth));
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppPandora, RMSG_PANDORA_NOTIFY, 0, 1 }));
-    setItem(sysInfoPandoraSource, 2);
+    setItem(Platform::sysInfoPandoraSource, 2);
     report(9, 1);
     EXPECT_FALSE(getDeviceState(pandoraOnBluetooth));
     EXPECT_EQ(items({ 35 }), (Items { { 35, 0 } }));
@@ -184,10 +184,10 @@ TEST_F(BluetoothTest, ASourceChangeOpensAndClosesTheSerialLink)
     EXPECT_THAT(change(mbUSBAudio),
                 ElementsAre(toProgram(RMSG_BT_LINK, 10, 0), toProgram(RMSG_BT_LINK, 1, 3 << 16 | 5)));
 
-    setItem(sysInfoSppLink, 2);
+    setItem(Platform::sysInfoSppLink, 2);
     for (const auto& [authenticated, control] : std::map<int, int> { { 0, 2 }, { 2, 3 } })
     {
-        setItem(sysInfoiPodAuthentication, authenticated);
+        setItem(Platform::sysInfoiPodAuthentication, authenticated);
         carryOut(mbBTAudio, SwitchType::ToRun, { 2, 1, 1, 2 },
                  AppCommandLine::genCmdSourceEnter(mbBTAudio, false, false));
         EXPECT_THAT(takeSent(), testing::Contains(Sent { AppiPod, RMSG_IPOD_CONTROL, control }));

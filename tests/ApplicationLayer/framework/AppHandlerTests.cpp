@@ -7,10 +7,10 @@ using namespace ApplicationLayer;
 using namespace EngineApi;
 using namespace Pubhead;
 using namespace testing;
-using EngineLayer::AppAction;
-using EngineLayer::PageStates;
-using EngineLayer::SwitchType;
-using EngineLayer::ViewManager;
+using EngineApi::AppAction;
+using EngineApi::PageStates;
+using EngineApi::SwitchType;
+using Extend::ViewManager;
 using Platform::AppCommandLine;
 using Platform::Bundle;
 using Platform::RemoteObjFormat;
@@ -85,7 +85,7 @@ protected:
                      static_cast<int>(action) | (autoSwitch ? autoFlag : 0));
     }
 
-    ViewManager& view = *ViewManager::getInstance();
+    Extend::ViewManager& view = *Extend::ViewManager::getInstance();
     juce::ReferenceCountedObjectPtr<PlainApplication> application;
 };
 
@@ -176,15 +176,15 @@ TEST_F(AppHandlerTest, HidesOnlyThePageInFront)
     expectReport(mbAuxin1);
     order(mbAuxin1, SwitchType::ToChange, 1);
     expectReport(mbAuxin1);
-    fire(view, ViewManager::requestTimer);
-    fire(view, ViewManager::showTimer);
+    fire(view, Extend::ViewManager::requestTimer);
+    fire(view, Extend::ViewManager::showTimer);
     ASSERT_EQ(getCurrentPage(), mbAuxin1);
     takeSent();
 
     order(mbAuxin1, SwitchType::ToChange, 2, hide);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppAuxIn, RMSG_COMMAND_LINE, 0 }));
     expectNothingPosted();
-    fire(view, ViewManager::reportTimer);
+    fire(view, Extend::ViewManager::reportTimer);
     expectReport(mbAuxin1);
 
     // It is told even where the program's word comes before the engine goes on, and by then the page knows where it is.
@@ -201,7 +201,7 @@ TEST_F(AppHandlerTest, HidesOnlyThePageInFront)
     order(mbAuxin1, SwitchType::ToChange, 2, hide);
     Platform::IpcDouble::onPost({});
     expectReport(mbAuxin1);
-    EXPECT_FALSE(view.isTimerRunning(ViewManager::reportTimer));
+    EXPECT_FALSE(view.isTimerRunning(Extend::ViewManager::reportTimer));
     EXPECT_EQ(showStateThen, 2);
     takeSent();
 
@@ -356,12 +356,12 @@ TEST_F(AppHandlerTest, TellsTheFactoryTestWhichSourcePlays)
         toPage(mbAuxin2, Kernel::MSG_SCHEDULE_RESULT, status);
         return answers();
     };
-    EXPECT_THAT(reportsOf(mbAuxin2, EngineLayer::scheduleDone), IsEmpty()) << "not under test";
+    EXPECT_THAT(reportsOf(mbAuxin2, scheduleDone), IsEmpty()) << "not under test";
     setEnterTestMode(true);
-    EXPECT_THAT(reportsOf(mbAuxin2, EngineLayer::scheduleDone), ElementsAre("00 01 05 00"));
-    EXPECT_THAT(reportsOf(mbBTAudio, EngineLayer::scheduleDone), ElementsAre("00 01 0D 02"));
-    EXPECT_THAT(reportsOf(mbUSBAudio, EngineLayer::scheduleDone), ElementsAre("00 01 0A 01"));
-    EXPECT_THAT(reportsOf(mbAuxin1, EngineLayer::scheduleDone), IsEmpty()) << "no code";
-    for (const int status : { EngineLayer::scheduleRefused, EngineLayer::scheduleQueued, EngineLayer::scheduleFailed })
+    EXPECT_THAT(reportsOf(mbAuxin2, scheduleDone), ElementsAre("00 01 05 00"));
+    EXPECT_THAT(reportsOf(mbBTAudio, scheduleDone), ElementsAre("00 01 0D 02"));
+    EXPECT_THAT(reportsOf(mbUSBAudio, scheduleDone), ElementsAre("00 01 0A 01"));
+    EXPECT_THAT(reportsOf(mbAuxin1, scheduleDone), IsEmpty()) << "no code";
+    for (const int status : { scheduleRefused, scheduleQueued, scheduleFailed })
         EXPECT_THAT(reportsOf(mbAuxin2, status), IsEmpty());
 }

@@ -37,7 +37,7 @@ TEST_F(RegistrationTest, RegistersEveryPageWithItsApplication)
     for (int page = 0; page < NUM_OF_PAGES; ++page)
     {
         SCOPED_TRACE(pageName(page));
-        const auto* config = EngineLayer::pageScheduleConfig(page);
+        const auto* config = EngineApi::pageScheduleConfig(page);
         const auto handler = EngineApi::getHandler(page);
         ASSERT_EQ(handler != nullptr, config != nullptr);
         if (handler == nullptr)

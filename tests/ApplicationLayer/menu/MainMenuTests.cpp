@@ -156,7 +156,7 @@ TEST_F(MainMenuTest, StandbyIsEnteredAndLeftByTheMenuAndByCommand)
 
 TEST_F(MainMenuTest, ShowsTheVolumeOfZone2)
 {
-    DSPSettingHelperImpl::getInstance()->setVolume(17, true);
+    Dsp::DSPSettingHelperImpl::getInstance()->setVolume(17, true);
     command(12, 6);
     EXPECT_THAT(volumeBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLUME_SHOW), 2, 17 }));
     EXPECT_THAT(remote.calls, ElementsAre("clear row 1", "restore after 2000", "text 1 1 Stern Vol. 17 temporary"));

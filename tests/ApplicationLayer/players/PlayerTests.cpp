@@ -33,7 +33,8 @@ protected:
         add(&usb, Kernel::usbApplicationId);
         connect(AppiPod);
         connect(AppUSB);
-        for (const int item : { sysInfoiPodDriver, sysInfoiPodAuthentication, sysInfoiPodLink, sysInfoSppLink })
+        for (const int item : { Platform::sysInfoiPodDriver, Platform::sysInfoiPodAuthentication,
+                                Platform::sysInfoiPodLink, Platform::sysInfoSppLink })
             setItem(item, 0);
         audio.calls.clear();
         takeSent();
@@ -66,19 +67,19 @@ protected:
 
 TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
 {
-    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioWince);
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), Dsp::eAudioWince);
     playing(mbiPodAudio);
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 2);
-    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioAux2);
-    EXPECT_EQ(getAudioChannel(mbiPodVideo), eAudioAux2);
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), Dsp::eAudioAux2);
+    EXPECT_EQ(getAudioChannel(mbiPodVideo), Dsp::eAudioAux2);
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
-    EXPECT_THAT(audio.calls, ElementsAre("source " + std::to_string(eAudioAux2)));
+    EXPECT_THAT(audio.calls, ElementsAre("source " + std::to_string(Dsp::eAudioAux2)));
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 2);
     EXPECT_THAT(requests(), IsEmpty()) << "nothing new";
     EXPECT_EQ(audio.calls.size(), 1u);
     iPodSays(RMSG_IPOD_AUDIO_PATH, 1, 1);
-    EXPECT_EQ(audio.calls.back(), "source " + std::to_string(eAudioWince));
-    EXPECT_EQ(getAudioChannel(mbiPodAudio), eAudioWince);
+    EXPECT_EQ(audio.calls.back(), "source " + std::to_string(Dsp::eAudioWince));
+    EXPECT_EQ(getAudioChannel(mbiPodAudio), Dsp::eAudioWince);
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
     iPodSays(RMSG_IPOD_AUDIO_PATH, 2, 2);
     EXPECT_THAT(requests(), IsEmpty());
@@ -99,47 +100,47 @@ TEST_F(PlayerTest, TheDspFollowsTheSoundOfTheiPodPluggedInAgain)
     constexpr int digital = 1, analog = 2;
     switchTo(mbiPodAudio);
     path(analog);
-    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince), source(eAudioAux2)));
+    EXPECT_THAT(takeCalls(), ElementsAre(source(Dsp::eAudioWince), source(Dsp::eAudioAux2)));
     unplug();
     path(digital);
-    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince)));
+    EXPECT_THAT(takeCalls(), ElementsAre(source(Dsp::eAudioWince)));
     unplug();
     path(analog);
     path(analog);
-    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioAux2)));
+    EXPECT_THAT(takeCalls(), ElementsAre(source(Dsp::eAudioAux2)));
 
     switchTo(mbiPodPandora);
     unplug();
     path(analog);
-    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioPandora))) << "it is not the iPod's page that plays";
+    EXPECT_THAT(takeCalls(), ElementsAre(source(Dsp::eAudioPandora))) << "it is not the iPod's page that plays";
     switchTo(mbiPodVideo);
-    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioAux2)));
+    EXPECT_THAT(takeCalls(), ElementsAre(source(Dsp::eAudioAux2)));
     path(digital);
-    EXPECT_THAT(takeCalls(), ElementsAre(source(eAudioWince)));
+    EXPECT_THAT(takeCalls(), ElementsAre(source(Dsp::eAudioWince)));
 }
 
 TEST_F(PlayerTest, TheiPodComesAuthenticatesAndGoes)
 {
-    setItem(sysInfoiPodLink, 2);
+    setItem(Platform::sysInfoiPodLink, 2);
     iPodSays(RMSG_IPOD_DEVICE, 0, 1);
-    EXPECT_EQ(item(sysInfoiPodLink), 3);
+    EXPECT_EQ(item(Platform::sysInfoiPodLink), 3);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, RMSG_IPOD_CONTROL, 2 }));
-    setItem(sysInfoiPodDriver, 1);
+    setItem(Platform::sysInfoiPodDriver, 1);
     iPodSays(RMSG_IPOD_DEVICE, 0, 1);
     EXPECT_THAT(takeSent(), IsEmpty());
 
-    setItem(sysInfoiPodAuthentication, 1);
+    setItem(Platform::sysInfoiPodAuthentication, 1);
     iPodSays(RMSG_IPOD_DEVICE, 1, 1);
     EXPECT_TRUE(getDeviceState(pandoraOniPod));
     playing(mbBTAudio);
-    setItem(sysInfoiPodAuthentication, 2);
+    setItem(Platform::sysInfoiPodAuthentication, 2);
     iPodSays(RMSG_IPOD_DEVICE, 1, 1);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, RMSG_IPOD_CONTROL, 3 }));
 
     iPodSays(WM_MESSAGE_IPOD_DRIVER, 234567, 1);
     EXPECT_TRUE(getDeviceState(EngineApi::iPodConnected));
-    setItem(sysInfoiPodLink, 2);
-    setItem(sysInfoSppLink, 2);
+    setItem(Platform::sysInfoiPodLink, 2);
+    setItem(Platform::sysInfoSppLink, 2);
     iPodSays(RMSG_IPOD_DEVICE, 2, 0);
     EXPECT_FALSE(getDeviceState(EngineApi::iPodConnected));
     EXPECT_FALSE(getDeviceState(pandoraOniPod));

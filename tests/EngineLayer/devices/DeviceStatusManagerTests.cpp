@@ -73,7 +73,7 @@ protected:
         Provided<WiredRemote>::set(&remote);
         Provided<VolumeBar>::set(&volumeBar);
         Provided<LowBatteryBar>::set(&lowBatteryBar);
-        Provided<ChipManager>::set(&audio);
+        Provided<Dsp::ChipManager>::set(&audio);
         Provided<AutoTestSession>::set(&autoTest);
         add(&manager, Kernel::deviceStatusManagerId);
     }
@@ -83,7 +83,7 @@ protected:
         Provided<WiredRemote>::set(nullptr);
         Provided<VolumeBar>::set(nullptr);
         Provided<LowBatteryBar>::set(nullptr);
-        Provided<ChipManager>::set(nullptr);
+        Provided<Dsp::ChipManager>::set(nullptr);
         Provided<AutoTestSession>::set(nullptr);
         for (const auto& page : pages)
             unregisterHandler(page.get());

@@ -53,7 +53,7 @@ protected:
     /** Volumes and settings as at first. */
     void setUp()
     {
-        auto* volumes = DSPSettingHelperImpl::getInstance();
+        auto* volumes = Dsp::DSPSettingHelperImpl::getInstance();
         volumes->setVolume(20, false);
         volumes->setVolume(12, true);
         for (const auto& line : juce::StringArray::fromLines(settings))

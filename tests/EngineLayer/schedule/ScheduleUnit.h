@@ -15,7 +15,7 @@ struct Step
     enum Kind { request, call, bluetooth };
 
     Kind kind = request;
-    RequestInfo info {};
+    EngineApi::RequestInfo info {};
     bool on = false; ///< of a call and of Bluetooth
 };
 
@@ -40,20 +40,20 @@ class ScheduleUnit
 public:
     struct Page
     {
-        ScheduleInfo info;
+        EngineApi::ScheduleInfo info;
         bool running = false;
     };
 
     ScheduleUnit()
     {
         for (int page = 0; page < Pubhead::NUM_OF_PAGES; ++page)
-            if (const auto* config = pageScheduleConfig(page))
+            if (const auto* config = EngineApi::pageScheduleConfig(page))
                 add(*config);
     }
 
-    void add(const PageScheduleConfig& config)
+    void add(const EngineApi::PageScheduleConfig& config)
     {
-        ScheduleInfo info;
+        EngineApi::ScheduleInfo info;
         info.page = config.page;
         info.showLevel = config.showLevel;
         info.playLevel = config.playLevel;
@@ -68,11 +68,26 @@ public:
         pages[config.page].info = info;
     }
 
-    ScheduleUnit& run(int page, bool autoSwitch = false) { return request({ page, AppAction::ToRun, autoSwitch }); }
-    ScheduleUnit& play(int page, bool autoSwitch = false) { return request({ page, AppAction::ToPlay, autoSwitch }); }
-    ScheduleUnit& show(int page, bool autoSwitch = false) { return request({ page, AppAction::ToShow, autoSwitch }); }
-    ScheduleUnit& hide(int page, bool autoSwitch = false) { return request({ page, AppAction::ToHide, autoSwitch }); }
-    ScheduleUnit& stop(int page, bool autoSwitch = false) { return request({ page, AppAction::ToStop, autoSwitch }); }
+    ScheduleUnit& run(int page, bool autoSwitch = false)
+    {
+        return request({ page, EngineApi::AppAction::ToRun, autoSwitch });
+    }
+    ScheduleUnit& play(int page, bool autoSwitch = false)
+    {
+        return request({ page, EngineApi::AppAction::ToPlay, autoSwitch });
+    }
+    ScheduleUnit& show(int page, bool autoSwitch = false)
+    {
+        return request({ page, EngineApi::AppAction::ToShow, autoSwitch });
+    }
+    ScheduleUnit& hide(int page, bool autoSwitch = false)
+    {
+        return request({ page, EngineApi::AppAction::ToHide, autoSwitch });
+    }
+    ScheduleUnit& stop(int page, bool autoSwitch = false)
+    {
+        return request({ page, EngineApi::AppAction::ToStop, autoSwitch });
+    }
 
     /** The phone competes for the sound only while its call condition holds. */
     ScheduleUnit& call(bool on)
@@ -96,10 +111,10 @@ public:
     }
 
     /** As the state manager does: a stop of what does not run is refused; else scheduled and carried out to its end. */
-    ScheduleUnit& request(const RequestInfo& info)
+    ScheduleUnit& request(const EngineApi::RequestInfo& info)
     {
         sent.clear();
-        if (info.action == AppAction::ToStop && !runs(info.page))
+        if (info.action == EngineApi::AppAction::ToStop && !runs(info.page))
             return *this;
         const auto action = scheduler.schedule(describe(info));
         while (!action->allFinished())
@@ -112,7 +127,7 @@ public:
         return *this;
     }
 
-    ScheduleInput describe(const RequestInfo& info) const
+    ScheduleInput describe(const EngineApi::RequestInfo& info) const
     {
         ScheduleInput input;
         input.request = info;
@@ -121,7 +136,7 @@ public:
         input.bluetoothSetting = bluetoothSetting;
         for (const auto& [number, page] : pages)
         {
-            ScheduleInfo::Ptr record = new ScheduleInfo(page.info);
+            EngineApi::ScheduleInfo::Ptr record = new EngineApi::ScheduleInfo(page.info);
             if (number == Pubhead::mbBTPhone)
                 adjustPhone(*record);
             input.pages[number] = record;
@@ -138,11 +153,11 @@ public:
         const auto found = pages.find(page);
         return found != pages.end() && found->second.running;
     }
-    const PageStates& states(int page) const { return pages.at(page).info.states; }
-    bool plays(int page) const { return states(page).playState == PageStates::playing; }
-    bool isHeard(int page) const { return states(page).audioState == PageStates::held; }
+    const EngineApi::PageStates& states(int page) const { return pages.at(page).info.states; }
+    bool plays(int page) const { return states(page).playState == EngineApi::PageStates::playing; }
+    bool isHeard(int page) const { return states(page).audioState == EngineApi::PageStates::held; }
     bool isCalling() const { return calling; }
-    bool isSeen(int page) const { return states(page).videoState == PageStates::held; }
+    bool isSeen(int page) const { return states(page).videoState == EngineApi::PageStates::held; }
     const ScheduleState& remembered() const { return scheduler.getState(); }
 
     /** Running pages that satisfy the condition, in page order. */
@@ -157,7 +172,7 @@ public:
     }
     std::vector<int> onTop() const
     {
-        return running([](const ScheduleInfo& info) { return info.states.showState == 1; });
+        return running([](const EngineApi::ScheduleInfo& info) { return info.states.showState == 1; });
     }
 
     /** What the last request sent, in the order of sending: "ToRun mbFM enter", "ToChange mbMainMenu hide(mbFM)" ... */
@@ -168,28 +183,28 @@ public:
             texts.push_back(text(*order));
         return texts;
     }
-    const std::vector<AppStateSwitch::Ptr>& sentOrders() const { return sent; }
+    const std::vector<EngineApi::AppStateSwitch::Ptr>& sentOrders() const { return sent; }
 
 private:
-    void adjustPhone(ScheduleInfo& phone) const
+    void adjustPhone(EngineApi::ScheduleInfo& phone) const
     {
         if (calling)
-            phone.audioChannel = eAudioWince;
+            phone.audioChannel = Dsp::eAudioWince;
         else
-            phone.playLevel = phone.audioLevel = PageScheduleConfig::noCompetition;
+            phone.playLevel = phone.audioLevel = EngineApi::PageScheduleConfig::noCompetition;
     }
 
-    void carryOut(const AppStateSwitch& order)
+    void carryOut(const EngineApi::AppStateSwitch& order)
     {
         auto& page = pages.at(order.page);
-        page.running = order.switchType != SwitchType::ToStop;
-        if (order.switchType != SwitchType::ToShowTopLevel)
+        page.running = order.switchType != EngineApi::SwitchType::ToStop;
+        if (order.switchType != EngineApi::SwitchType::ToShowTopLevel)
             page.info.states = order.states;
     }
 
-    static std::string text(const AppStateSwitch& order)
+    static std::string text(const EngineApi::AppStateSwitch& order)
     {
-        std::string line = switchTypeName(static_cast<int>(order.switchType));
+        std::string line = EngineApi::switchTypeName(static_cast<int>(order.switchType));
         line += std::string(" ") + Pubhead::pageName(order.page);
         const auto& command = order.commandLine;
         if (command == nullptr)
@@ -205,7 +220,7 @@ private:
     std::map<int, Page> pages;
     bool calling = false;
     bool bluetoothSetting = true;
-    std::vector<AppStateSwitch::Ptr> sent;
+    std::vector<EngineApi::AppStateSwitch::Ptr> sent;
 };
 
 } // namespace EngineLayer
