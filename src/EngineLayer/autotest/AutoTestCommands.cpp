@@ -8,7 +8,6 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
 #include "EngineLayer/autotest/AutoTestFrame.h"
-#include "EngineLayer/keys/KeyManager.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -101,13 +100,13 @@ void reportHandedOver()
 }
 
 /** The last six characters as packed BCD; none when they are not six digits. */
-std::optional<KeyManager::DeviceId> deviceIdOf(const juce::String& text)
+std::optional<DeviceId> deviceIdOf(const juce::String& text)
 {
     constexpr int digits = 6;
     const auto tail = text.getLastCharacters(digits);
     if (tail.length() != digits || !tail.containsOnly("0123456789"))
         return {};
-    KeyManager::DeviceId id {};
+    DeviceId id {};
     for (std::size_t i = 0; i < id.size(); ++i)
         id[i] = static_cast<std::uint8_t>(
             tail.substring(static_cast<int>(2 * i), static_cast<int>(2 * i + 2)).getHexValue32());

@@ -10,6 +10,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/devices/DspNotices.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "EngineLayer/devices/UsbStorage.h"
 #include "EngineLayer/devices/VideoDecoder.h"
 #include "EngineLayer/settings/DataManager.h"
@@ -22,7 +23,6 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 
@@ -541,3 +541,103 @@ void DeviceStatusManager::onSecondNotice(int, int) {}
 void DeviceStatusManager::onFourthNotice(int) {}
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::DeviceStatusManager& manager()
+{
+    return *EngineLayer::DeviceStatusManager::getInstance();
+}
+
+} // namespace
+
+void setDeviceState(int kind, bool present)
+{
+    manager().setDeviceState(kind, present);
+}
+
+bool getDeviceState(int kind)
+{
+    return manager().getDeviceState(kind);
+}
+
+void addDeviceStateListener(DeviceStateInterface* listener)
+{
+    manager().addDeviceStateListener(listener);
+}
+
+void removeDeviceStateListener(DeviceStateInterface* listener)
+{
+    manager().removeDeviceStateListener(listener);
+}
+
+void startSourceWhenReady()
+{
+    manager().startSourceWhenReady();
+}
+
+int getStartPage()
+{
+    return manager().getStartPage();
+}
+
+bool isDummyPowerOffCondition()
+{
+    return false;
+}
+
+bool isISRCondition()
+{
+    return manager().isISRCondition();
+}
+
+bool isCallCondition()
+{
+    return false;
+}
+
+void audioChannelChanged()
+{
+    manager().audioChannelChanged();
+}
+
+int getAntitheftValue()
+{
+    return manager().getAntitheftValue();
+}
+
+bool isDiscAudioAvailable()
+{
+    return manager().isDiscAudioAvailable();
+}
+
+bool isDiscVideoAvailable()
+{
+    return manager().isDiscVideoAvailable();
+}
+
+void setLowBatteryAlert(bool on)
+{
+    manager().setLowBatteryAlert(on);
+}
+
+bool isLowBatteryAlert()
+{
+    return manager().isLowBatteryAlert();
+}
+
+void setEnterTestMode(bool on)
+{
+    manager().setEnterTestMode(on);
+}
+
+bool getEnterTestMode()
+{
+    return manager().getEnterTestMode();
+}
+
+} // namespace EngineApi

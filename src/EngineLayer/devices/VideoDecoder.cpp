@@ -1,8 +1,8 @@
 #include "EngineLayer/devices/VideoDecoder.h"
 
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "platform/base/Logger.h"
 #include "platform/devices/Lines.h"
-#include "platform/devices/UnitLines.h"
 
 namespace EngineLayer
 {
@@ -44,7 +44,7 @@ void VideoDecoder::initialise()
     if (initialised)
         return;
     initialised = true;
-    drive(UnitLine::videoDecoderPower, true);
+    drive(Platform::UnitLine::videoDecoderPower, true);
     Platform::I2CDevice device;
     if (!device.open(busName, setUpTimeoutMs))
         return;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "EngineApi/Settings.h"
-#include "EngineApi/WaitingChanges.h"
+#include "EngineLayer/settings/WaitingChanges.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 
@@ -52,7 +52,7 @@ private:
     void reset();
     bool isRegistered(EngineApi::SettingDataChangeListener* listener) const;
 
-    EngineApi::WaitingChanges changes { "listeners" };
+    EngineLayer::WaitingChanges changes { "listeners" };
     std::vector<EngineApi::SettingDataChangeListener*> listeners;
     mutable std::mutex listLock;
     /** Held during each call of a listener; a listener may remove itself and others. */

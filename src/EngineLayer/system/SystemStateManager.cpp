@@ -234,3 +234,48 @@ void SystemStateManager::sendResult(int page, ScheduleStatus status)
 }
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::SystemStateManager& manager()
+{
+    return *EngineLayer::SystemStateManager::getInstance();
+}
+
+} // namespace
+
+int getSystemState()
+{
+    return manager().getState();
+}
+
+int getPreviousSystemState()
+{
+    return manager().getPreviousState();
+}
+
+int getSystemSubState()
+{
+    return manager().getSubState();
+}
+
+bool isSystemBusy()
+{
+    return getSystemSubState() != kIdle;
+}
+
+int getISRReturnPage()
+{
+    return manager().getISRReturnPage();
+}
+
+void switchSystemState(int state, int subState)
+{
+    manager().requestSwitch(state, subState);
+}
+
+} // namespace EngineApi

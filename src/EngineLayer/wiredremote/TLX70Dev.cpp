@@ -1,11 +1,11 @@
 #include "EngineLayer/wiredremote/TLX70Dev.h"
 
 #include "EngineApi/KeyCodes.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
-#include "platform/devices/UnitLines.h"
 
 #include <utility>
 
@@ -71,7 +71,7 @@ void TLX70Dev::initialize()
         const bool opened = port->open(portName, baudRate, true);
         logger().logDebug(logFile, lineOpen, logTag, "serial open: %d", opened ? 1 : 0);
     }
-    worker.post(jobTransmitterOff, [] { drive(UnitLine::remoteTransmit, false); });
+    worker.post(jobTransmitterOff, [] { drive(Platform::UnitLine::remoteTransmit, false); });
     startTimer(refreshTimer, refreshMs);
 }
 
@@ -165,11 +165,11 @@ bool TLX70Dev::transmit(const Protocol::Bytes& command)
     const auto begin = Clock::now();
     const int size = static_cast<int>(command.size());
     logTraffic(lineSend, "send: ", command.data(), size);
-    drive(UnitLine::remoteTransmit, true);
+    drive(Platform::UnitLine::remoteTransmit, true);
     juce::Thread::sleep(switchingMs);
     const bool taken = port->write(command.data(), size) == size;
     juce::Thread::sleep(switchingMs);
-    drive(UnitLine::remoteTransmit, false);
+    drive(Platform::UnitLine::remoteTransmit, false);
     if (taken)
         return true;
     const auto end = Clock::now();

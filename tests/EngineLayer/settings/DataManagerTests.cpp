@@ -102,7 +102,7 @@ TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
             manager().setInt(numberSetting, value, true, Pubhead::AppSetup);
         manager().setString(textSetting, flood == 0 ? "Bow" : "Stern", true, Pubhead::AppSetup);
         run();
-        EXPECT_EQ(listener.heard.size(), 1u + EngineApi::WaitingChanges::most);
+        EXPECT_EQ(listener.heard.size(), 1u + EngineLayer::WaitingChanges::most);
         EXPECT_EQ(listener.heard.back().first, textSetting);
     }
     EXPECT_EQ(LogCapture::take().size(), 1u);

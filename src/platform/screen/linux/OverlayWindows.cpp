@@ -489,7 +489,7 @@ std::unique_ptr<OverlayWindow> makeOverlayWindow(OverlayWindow::PointerHandler h
 
 int getDisplayWidth()
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     return x == nullptr ? 0 : x->getScreen().width_in_pixels;
 }
 

@@ -1,7 +1,6 @@
 #include "platform/screen/linux/XConnection.h"
 
 #include "platform/base/Logger.h"
-#include "platform/screen/linux/XDisplay.h"
 
 #include <algorithm>
 
@@ -19,12 +18,6 @@ constexpr const char* messageTypeName = "_CORVANE_WINDOW_MESSAGE";
 constexpr std::uint32_t longestProperty = 65536;
 
 } // namespace
-
-std::shared_ptr<XConnection> XConnection::shared()
-{
-    const auto display = XDisplay::current();
-    return display != nullptr ? display->requests() : nullptr;
-}
 
 std::unique_ptr<XConnection> XConnection::open(std::shared_ptr<XDisplayState> display, int& error)
 {

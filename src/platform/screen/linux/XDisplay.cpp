@@ -171,6 +171,12 @@ std::shared_ptr<XDisplay> XDisplay::current()
     return display;
 }
 
+std::shared_ptr<XConnection> XDisplay::connection()
+{
+    const auto display = current();
+    return display != nullptr ? display->requests() : nullptr;
+}
+
 XDisplay::XDisplay(const std::string& name)
     : state(std::make_shared<State>(name))
     , thread(

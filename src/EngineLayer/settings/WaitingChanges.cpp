@@ -1,8 +1,8 @@
-#include "EngineApi/WaitingChanges.h"
+#include "EngineLayer/settings/WaitingChanges.h"
 
 #include "platform/base/Logger.h"
 
-namespace EngineApi
+namespace EngineLayer
 {
 
 bool WaitingChanges::add(int index, int origin)
@@ -37,4 +37,4 @@ std::uint64_t WaitingChanges::getLeftOut() const
     return leftOut;
 }
 
-} // namespace EngineApi
+} // namespace EngineLayer
