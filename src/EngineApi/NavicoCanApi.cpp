@@ -11,6 +11,8 @@ namespace EngineApi
 namespace
 {
 
+constexpr Platform::Log logger { "EngineApi/NavicoCanApi", "NavicoManager" };
+
 juce::MemoryBlock bytesOf(const Platform::Bundle::Ptr& bundle)
 {
     return bundle != nullptr ? Platform::RemoteObjFormat::getByteArray(bundle) : juce::MemoryBlock();
@@ -61,8 +63,7 @@ void sendPgnBundle(const Platform::Bundle::Ptr& bundle)
     if (bytes.isEmpty())
         return;
     send(EVENT_PGN_SEND_CAN, bytes);
-    Platform::Logger::getInstance()->logInfo(
-        "EngineApi/NavicoCanApi", logLine, "NavicoManager",
+    logger(logLine).info(
         "TxPGNParcelToNavico::" + Platform::hexPairs(bytes.getData(), static_cast<int>(bytes.getSize())) + "\n");
 }
 

@@ -12,13 +12,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/ATestSessionManger";
-constexpr const char* logTag = "ATestSession";
-
-Platform::Logger& logger()
-{
-    return *Platform::Logger::getInstance();
-}
+constexpr Platform::Log logger { "EngineLayer/ATestSessionManger", "ATestSession" };
 
 } // namespace
 
@@ -39,7 +33,7 @@ void CATestSessionManager::start()
         return;
     readyToSend = true;
     if (!startThread())
-        logger().logError(logFile, __LINE__, logTag, "the thread does not start");
+        logger().error("the thread does not start");
 }
 
 void CATestSessionManager::stop()
@@ -47,7 +41,7 @@ void CATestSessionManager::stop()
     signalThreadShouldExit();
     notify();
     if (!Platform::awaitEnd(*this))
-        logger().logError(logFile, __LINE__, logTag, "the thread does not stop");
+        logger().error("the thread does not stop");
 }
 
 void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
@@ -56,8 +50,8 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
         return;
     constexpr auto longest = static_cast<std::size_t>(AutoTestFrame::longestMessage);
     if (message.getSize() > longest)
-        logger().logError(logFile, __LINE__, logTag, "a message of %d bytes is cut, a frame carries %d",
-                          static_cast<int>(message.getSize()), AutoTestFrame::longestMessage);
+        logger().error("a message of %d bytes is cut, a frame carries %d", static_cast<int>(message.getSize()),
+                       AutoTestFrame::longestMessage);
     const auto* bytes = static_cast<const std::uint8_t*>(message.getData());
 
     const juce::ScopedLock guard(lock);
@@ -65,8 +59,7 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
     {
         ++refusedMessages;
         if (!std::exchange(queueFull, true))
-            logger().logError(logFile, __LINE__, logTag, "%d messages wait, what follows is not sent",
-                              maxWaitingMessages);
+            logger().error("%d messages wait, what follows is not sent", maxWaitingMessages);
         return;
     }
     queue.emplace_back(bytes, bytes + std::min(message.getSize(), longest));
@@ -114,12 +107,12 @@ void CATestSessionManager::sendNext()
     case nothingSaid:
         if (queue.empty())
             return;
-        logger().logInfo(logFile, __LINE__, logTag, "sendMsg3");
+        logger().info("sendMsg3");
         current = AutoTestFrame::build(sequence++, queue.front());
         sendCurrent();
         queue.pop_front();
         queueFull = false;
-        logger().logInfo(logFile, __LINE__, logTag, "sendMsgSuccess");
+        logger().info("sendMsgSuccess");
         break;
     default:
         break;

@@ -29,8 +29,7 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/NavicoManager";
-constexpr const char* logTag = "NavicoManager";
+constexpr Platform::Log logger { "EngineLayer/NavicoManager", "NavicoManager" };
 
 constexpr int bothZones = 0;
 constexpr int zoneCount = 2;
@@ -210,7 +209,7 @@ void NavicoManager::handleHostEvent(int command, Bytes bytes)
 void NavicoManager::receiveData(Bytes bytes)
 {
     constexpr int logLine = 268;
-    Logger::getInstance()->logInfo(logFile, logLine, logTag, hexadecimal(bytes));
+    logger(logLine).info(hexadecimal(bytes));
     Parcel parcel;
     parcel.fillData(bytes.data(), static_cast<int>(bytes.size()));
     const auto type = parcel.readShort();
@@ -235,7 +234,7 @@ void NavicoManager::receiveData(Bytes bytes)
 void NavicoManager::receivePgn(Bytes bytes)
 {
     constexpr int logLine = 390;
-    Logger::getInstance()->logInfo(logFile, logLine, logTag, "RxPGNParcelFromNavico::" + hexadecimal(bytes) + "\n");
+    logger(logLine).info("RxPGNParcelFromNavico::" + hexadecimal(bytes) + "\n");
     Parcel parcel;
     parcel.fillData(bytes.data(), static_cast<int>(bytes.size()));
     const auto pgn = PGNHelper::readPGNFromParcel(parcel);

@@ -16,8 +16,7 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/Sound";
-constexpr const char* tag = "PlaySound";
+constexpr Log logger { "platform/Sound", "PlaySound" };
 
 constexpr int stereo = 2;
 /** Three minutes at 44.1 kHz. A longer file is no alert, and is not taken into memory. */
@@ -169,7 +168,7 @@ struct Loudspeaker
 
     std::mutex lock;
     std::unique_ptr<Output> output;
-    FailureLog failures { source, tag };
+    FailureLog failures { logger };
 };
 
 } // namespace
@@ -186,7 +185,7 @@ bool PlaySound(const juce::String& file)
     auto sound = soundOf(juce::File::getCurrentWorkingDirectory().getChildFile(file), error);
     if (sound == nullptr)
     {
-        Logger::getInstance()->logError(source, __LINE__, tag, file + ": " + error);
+        logger().error(file + ": " + error);
         return false;
     }
     auto output = std::make_unique<Output>(std::move(sound));
