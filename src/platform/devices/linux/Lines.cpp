@@ -87,14 +87,6 @@ bool GpioFunc::writePin(int line, int level)
     return GpioLines::get().use(line, [level](GpioChip& chip, int chipLine) { return chip.write(chipLine, level); });
 }
 
-int GpioFunc::readPin(int line)
-{
-    int level = 0;
-    const bool known =
-        GpioLines::get().use(line, [&level](GpioChip& chip, int chipLine) { return chip.read(chipLine, level); });
-    return known ? level : -1;
-}
-
 void endDeviceWaits()
 {
     SocketDevice::endAll();
