@@ -130,18 +130,19 @@ void KeyManager::enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn)
     // One turn is on its way as long as a key waits.
     if (queue.isEmpty())
         Kernel::postSystemMessage(Kernel::keyManagerId, turn, 0, 0);
-    if (!queue.push(key) && queue.getDropped() == 1)
+    if (queue.push(key) && queue.getDropped() == 1)
         logger().error("keys come faster than they are acted on; the oldest are dropped");
 }
 
 void KeyManager::takeTurn(KeyQueue& queue, juce::int32 turn)
 {
-    const auto key = queue.pop();
-    if (!key)
+    if (queue.isEmpty())
         return;
+    const auto key = queue.front();
+    queue.pop();
     if (!queue.isEmpty())
         Kernel::postSystemMessage(Kernel::keyManagerId, turn, 0, 0);
-    handleKey(key->origin, key->value);
+    handleKey(key.origin, key.value);
 }
 
 bool KeyManager::isRepeat(int value) const
