@@ -304,15 +304,12 @@ int ExeMonitor::getAppState(int appType) const
 
 void ExeMonitor::addConnectListener(AppConnectStateInterface* listener)
 {
-    const juce::ScopedLock guard(lock);
-    if (std::find(connectListeners.begin(), connectListeners.end(), listener) == connectListeners.end())
-        connectListeners.push_back(listener);
+    connectListeners.addIfNotAlreadyThere(listener);
 }
 
 void ExeMonitor::removeConnectListener(AppConnectStateInterface* listener)
 {
-    const juce::ScopedLock guard(lock);
-    std::erase(connectListeners, listener);
+    connectListeners.removeFirstMatchingValue(listener);
 }
 
 void ExeMonitor::onFilterMessage(const Platform::RemoteMessage& message)
@@ -401,11 +398,7 @@ void ExeMonitor::handleStateChange(int appType, int state)
         namedSilent.erase(appType);
         runQueuedLaunches(appType);
     }
-    std::vector<AppConnectStateInterface*> listeners;
-    {
-        const juce::ScopedLock guard(lock);
-        listeners = connectListeners;
-    }
+    const auto listeners = connectListeners;
     for (auto* listener : listeners)
         listener->onAppConnectState(appType, state);
 }

@@ -444,12 +444,12 @@ bool DeviceStatusManager::getDeviceState(int kind) const
 void DeviceStatusManager::addDeviceStateListener(EngineApi::DeviceStateInterface* listener)
 {
     if (listener != nullptr)
-        listeners.addIfNotAlreadyThere(listener);
+        listeners.addOnce(listener);
 }
 
 void DeviceStatusManager::removeDeviceStateListener(EngineApi::DeviceStateInterface* listener)
 {
-    listeners.removeFirstMatchingValue(listener);
+    listeners.remove(listener);
 }
 
 void DeviceStatusManager::scanUsb()
@@ -493,12 +493,7 @@ void DeviceStatusManager::reportChanges()
 
 void DeviceStatusManager::announce(int kind)
 {
-    // Under the lock a removal waits for the call that is under way; a listener may also remove itself or another.
-    const juce::ScopedLock guard(listeners.getLock());
-    const auto current = listeners;
-    for (auto* listener : current)
-        if (listeners.contains(listener))
-            listener->onDeviceStateChanged(kind);
+    listeners.call([kind](auto& listener) { listener.onDeviceStateChanged(kind); });
 }
 
 void DeviceStatusManager::sendDeviceStatus()
