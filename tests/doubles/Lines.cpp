@@ -60,16 +60,6 @@ bool GpioFunc::writePin(int line, int level)
     return true;
 }
 
-int GpioFunc::readPin(int line)
-{
-    const std::lock_guard guard(lock);
-    if (recorded.failingPins.contains(line))
-        return -1;
-    const int level = recorded.levels[line];
-    recorded.pinCalls.push_back({ line, LinesDouble::Operation::read, level });
-    return level;
-}
-
 void endDeviceWaits() {}
 
 I2CDevice::I2CDevice()
@@ -134,12 +124,6 @@ std::vector<LinesDouble::PinCall> LinesDouble::takePinCalls()
 {
     const std::lock_guard guard(lock);
     return std::exchange(recorded.pinCalls, {});
-}
-
-void LinesDouble::setPin(int line, int level)
-{
-    const std::lock_guard guard(lock);
-    recorded.levels[line] = level;
 }
 
 int LinesDouble::getPin(int line)

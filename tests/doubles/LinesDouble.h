@@ -9,13 +9,13 @@ namespace Platform::doubles
 /** The GPIO lines and I2C devices of a test: what was done to them, and what they answer. Any thread. */
 struct LinesDouble
 {
-    enum class Operation { function, write, read };
+    enum class Operation { function, write };
 
     struct PinCall
     {
         int line;
         Operation operation;
-        int value; ///< function number, level written or level read
+        int value; ///< function number or level written
         bool operator==(const PinCall&) const = default;
     };
 
@@ -31,8 +31,7 @@ struct LinesDouble
 
     /** Every successful call since the last `takePinCalls`, in order. */
     static std::vector<PinCall> takePinCalls();
-    /** The level that reads answer; 0 at first. A write changes it too. */
-    static void setPin(int line, int level);
+    /** The level that was written; 0 at first. */
     static int getPin(int line);
     static void failPin(int line, bool fails);
 

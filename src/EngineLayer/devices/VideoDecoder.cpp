@@ -10,6 +10,8 @@ namespace EngineLayer
 namespace
 {
 
+constexpr Platform::Log logger { "EngineLayer/VideoDecoder", "DeviceStatusManager" };
+
 constexpr const char* busName = "I2C1:";
 constexpr int setUpTimeoutMs = 1000;
 constexpr int pollTimeoutMs = 250;
@@ -51,9 +53,7 @@ void VideoDecoder::initialise()
     for (const auto& entry : registerTable)
         if (!device.writeRegister(deviceAddress, entry.number, entry.value))
         {
-            Platform::Logger::getInstance()->logError(
-                "EngineLayer/VideoDecoder", __LINE__, "DeviceStatusManager",
-                "the video decoder does not take register 0x%02X and is not set up", entry.number);
+            logger().error("the video decoder does not take register 0x%02X and is not set up", entry.number);
             return;
         }
 }

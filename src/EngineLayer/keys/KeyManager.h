@@ -1,10 +1,10 @@
 #pragma once
 
 #include "EngineLayer/autotest/AutoTestCommands.h"
-#include "EngineLayer/keys/KeyQueue.h"
 #include "EngineLayer/keys/KeyTable.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
+#include "platform/base/BoundedQueue.h"
 
 #include <span>
 
@@ -41,6 +41,14 @@ private:
     // To itself: the next of the waiting keys has its turn.
     static constexpr juce::int32 msgNextHostKey = 1;
     static constexpr juce::int32 msgNextRemoteKey = 2;
+
+    struct KeyEvent
+    {
+        int origin;
+        int value;
+    };
+    /** Of keys that come faster than they are acted on the newest stay: the unit does what the user wants now. */
+    using KeyQueue = Platform::BoundedQueue<KeyEvent, 16>;
 
     void hostEvent(int command, const Kernel::Payload& payload);
     void enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn);

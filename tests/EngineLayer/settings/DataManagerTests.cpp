@@ -93,7 +93,7 @@ TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
 {
     LogCapture log;
     Listener listener;
-    manager().addListener(&listener);
+    manager().listeners.add(&listener);
     listener.then = [&] { EXPECT_EQ(manager().getInt(numberSetting), 2000); };
     for (int flood = 0; flood < 2; ++flood)
     {
@@ -112,12 +112,12 @@ TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)
 {
     Listener first, second, third;
     for (auto* listener : { &first, &second, &third })
-        manager().addListener(listener);
+        manager().listeners.add(listener);
     first.then = [&]
     {
-        manager().removeListener(&first);
-        manager().removeListener(&second);
-        manager().addListener(&first);
+        manager().listeners.remove(&first);
+        manager().listeners.remove(&second);
+        manager().listeners.add(&first);
     };
     manager().setInt(numberSetting, 5, true, Pubhead::AppUnknown);
     run();
@@ -130,13 +130,13 @@ TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)
 TEST_F(DataManagerTest, RemovingAListenerWaitsForItsRunningCall)
 {
     Listener listener;
-    manager().addListener(&listener);
+    manager().listeners.add(&listener);
     juce::WaitableEvent inside, removed;
     std::thread owner(
         [&]
         {
             inside.wait();
-            manager().removeListener(&listener);
+            manager().listeners.remove(&listener);
             removed.signal();
         });
     bool removedDuringCall = false;
