@@ -4,6 +4,7 @@
 #include "EngineApi/WiredRemote.h"
 #include "kernel/MessageIds.h"
 #include "platform/base/Logger.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 #include "platform/settings/SysInfo.h"
 #include "platform/settings/SysInfoItems.h"
@@ -24,15 +25,10 @@ constexpr juce::int32 overCameraArgument = 1;
 
 constexpr int firstOfGroupTwo = 9;
 
-/** Favourite n has its page and its label this much further on. */
-constexpr int pageSettings = 23;
-constexpr int labelSettings = 39;
-
 constexpr int labelText = 0;
 
-/** Of the raw voltage in the system information and in MSG_VOLTMETER_VALUE. */
-constexpr double voltsOfInfo = 25.3 / 256;
-constexpr double voltsOfMessage = 24.0 / 255;
+/** A change is shown by another scale than the first value. */
+constexpr double voltsPerStepOfMessage = 24.0 / 255;
 
 constexpr const char* selectedPicture = "farvoritebar\\fav_button_p.png";
 constexpr const char* normalPicture = "farvoritebar\\fav_button_n.png";
@@ -73,7 +69,7 @@ void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2
         break;
     case Kernel::MSG_VOLTMETER_VALUE:
         if (isShown())
-            showVoltage(arg1 * voltsOfMessage);
+            showVoltage(arg1 * voltsPerStepOfMessage);
         break;
     default:
         break;
@@ -82,12 +78,12 @@ void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2
 
 bool FavoriteBar::isStored(int favourite) const
 {
-    return FavoriteList::contains(favourite) && (storedFavorites >> (favourite - 1) & 1) != 0;
+    return Platform::isFavourite(favourite) && (storedFavorites >> (favourite - 1) & 1) != 0;
 }
 
 void FavoriteBar::setFavoriteCount(int count)
 {
-    if (FavoriteList::contains(count))
+    if (Platform::isFavourite(count))
         favoriteCount = count;
     else
         Platform::Logger::getInstance()->logError(source, __LINE__, tag, "%d favourites are offered, 1 to 16 are taken",
@@ -96,12 +92,12 @@ void FavoriteBar::setFavoriteCount(int count)
 
 void FavoriteBar::select(int favorite, bool overCamera)
 {
-    if (!FavoriteList::contains(favorite))
+    if (!Platform::isFavourite(favorite))
     {
         Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favorite);
         return;
     }
-    showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * voltsOfInfo);
+    showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * Platform::voltsPerStep);
     setVisibleIf(voltageText, Platform::VX_GetSysInfo(Platform::sysInfoVoltageShown) != 0);
     currentIndex = favorite;
     refresh();
@@ -146,15 +142,15 @@ void FavoriteBar::refresh()
 
 void FavoriteBar::readFavorites()
 {
-    for (int favorite = 1; favorite <= FavoriteList::size; ++favorite)
-        favorites.set(favorite, Platform::VX_GetSetupValueInt(pageSettings + favorite),
-                      Platform::VX_GetSetupValueString(labelSettings + favorite));
+    for (int favorite = 1; favorite <= Platform::favouriteCount; ++favorite)
+        favorites.set(favorite, Platform::VX_GetSetupValueInt(Platform::favouritePageSetting(favorite)),
+                      Platform::VX_GetSetupValueString(Platform::favouriteLabelSetting(favorite)));
     storedFavorites = favorites.getStored();
 }
 
 void FavoriteBar::drawFavorites()
 {
-    for (int favorite = 1; favorite <= FavoriteList::size; ++favorite)
+    for (int favorite = 1; favorite <= Platform::favouriteCount; ++favorite)
     {
         auto* button = favoriteButtons[static_cast<std::size_t>(favorite - 1)];
         if (button == nullptr)

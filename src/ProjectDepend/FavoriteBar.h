@@ -52,7 +52,7 @@ private:
     juce::Component* const groupTwo;
     juce::Component* const alertGroup;
     Platform::CVXStatic* const voltageText;
-    std::array<Platform::CVXButton*, FavoriteList::size> favoriteButtons {};
+    std::array<Platform::CVXButton*, Platform::favouriteCount> favoriteButtons {};
 
     FavoriteList favorites;
     std::atomic<juce::uint16> storedFavorites { 0 }; ///< of `favorites`, for other threads

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/Pubhead.h"
+#include "platform/settings/SetupIndex.h"
 
 #include <array>
 #include <juce_core/juce_core.h>
@@ -24,14 +25,10 @@ inline constexpr std::array favoriteBands {
     FavoriteBand { Pubhead::mbDAB, "farvoritebar\\dab.png", "DAB" },
 };
 
-/** What the settings say about the favourites, which count from 1 to `size`. Holds values only. */
+/** What the settings say about the favourites. Holds values only. */
 class FavoriteList
 {
 public:
-    static constexpr int size = 16;
-
-    static constexpr bool contains(int favorite) { return favorite >= 1 && favorite <= size; }
-
     /** The setting values of a favourite in the list. */
     void set(int favorite, int page, const juce::String& label);
 
@@ -52,7 +49,7 @@ private:
 
     const Entry& at(int favorite) const { return entries[static_cast<std::size_t>(favorite - 1)]; }
 
-    std::array<Entry, size> entries;
+    std::array<Entry, Platform::favouriteCount> entries;
 };
 
 } // namespace Bar

@@ -4,8 +4,10 @@
 #include "doubles/OverlayDouble.h"
 #include "kernel/MessageIds.h"
 #include "platform/config/Resources.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 #include "platform/settings/SysInfo.h"
+#include "platform/settings/SysInfoItems.h"
 #include "support/FakeDevices.h"
 #include "support/LogCapture.h"
 #include "support/Pump.h"
@@ -21,9 +23,6 @@ using testing::IsEmpty;
 
 namespace
 {
-
-constexpr int voltageShownInfo = 36;
-constexpr int voltageInfo = 37;
 
 struct Favorite
 {
@@ -42,8 +41,8 @@ constexpr std::array someFavorites {
 
 juce::String settingsOf(const Favorite& favorite)
 {
-    return juce::String(23 + favorite.number) + " = " + juce::String(favorite.page) + "\n" +
-           juce::String(39 + favorite.number) + " = " + juce::String(favorite.label).quoted() + "\n";
+    return juce::String(favouritePageSetting(favorite.number)) + " = " + juce::String(favorite.page) + "\n" +
+           juce::String(favouriteLabelSetting(favorite.number)) + " = " + juce::String(favorite.label).quoted() + "\n";
 }
 
 class FavoriteBarTest : public testing::Test
@@ -55,8 +54,8 @@ protected:
         for (const auto& each : someFavorites)
             settings << settingsOf(each);
         ScratchUnit::emptySettings(settings);
-        VX_SetSysInfo(voltageShownInfo, 1);
-        VX_SetSysInfo(voltageInfo, 128);
+        VX_SetSysInfo(sysInfoVoltageShown, 1);
+        VX_SetSysInfo(sysInfoVoltage, 128);
         EXPECT_TRUE(CVXResPathManager::getInstance()->addResPath(HEADUNIT_BUILD_DIR "/resources/MainRes.spp", {}));
         EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
         bar = std::make_unique<Bar::FavoriteBar>();
@@ -143,7 +142,7 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
         { "hidden", [&] { say(MSG_VOLTMETER_SHOW, 0); }, "gp_two 16", 5000, 0 },
         { "shown", [&] { say(MSG_VOLTMETER_SHOW, 2); }, "gp_two 16 12.8v", 5000, 0 },
         { "the time is over", [&] { bar->timerCallback(0); }, "", 0, 0 },
-        { "no voltage is wanted", info(voltageShownInfo, 0), "", 0, 0 },
+        { "no voltage is wanted", info(sysInfoVoltageShown, 0), "", 0, 0 },
         { "back", [&] { select(1, 2); }, "gp_one 1", 10000, 0 },
         { "no such place", [&] { select(0), select(17), select(INT32_MIN); }, "gp_one 1", 10000, 0 },
         { "a foreign message", [&] { say(MSG_VOLUME_SHOW, 4); }, "gp_one 1", 10000, 0 },
@@ -185,8 +184,8 @@ TEST_F(FavoriteBarTest, TakesTheFavoritesFromTheSettingsAndTellsTheRemote)
 
     // One stored and one deleted meanwhile are known with the next refresh, which leaves the selection as it is.
     select(9);
-    VX_SetSetupValueInt(24, Pubhead::NUM_OF_PAGES);
-    VX_SetSetupValueString(45, "New");
+    VX_SetSetupValueInt(favouritePageSetting(1), Pubhead::NUM_OF_PAGES);
+    VX_SetSetupValueString(favouriteLabelSetting(6), "New");
     bar->refresh();
     EXPECT_THAT(stored(), ElementsAre(2, 3, 4, 5, 6, 9, 16));
     EXPECT_FALSE(button(1).getIcon().isLoaded());

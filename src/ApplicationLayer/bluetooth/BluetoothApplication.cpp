@@ -5,6 +5,7 @@
 #include "EngineApi/Pages.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/SystemState.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "EngineLayer/system/SystemInfo.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
@@ -12,7 +13,6 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 

@@ -10,6 +10,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/devices/DspNotices.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "EngineLayer/devices/UsbStorage.h"
 #include "EngineLayer/devices/VideoDecoder.h"
 #include "EngineLayer/settings/DataManager.h"
@@ -22,7 +23,6 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 

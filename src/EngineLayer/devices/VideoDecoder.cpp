@@ -44,7 +44,7 @@ void VideoDecoder::initialise()
     if (initialised)
         return;
     initialised = true;
-    drive(UnitLine::videoDecoderPower, true);
+    Platform::drive(Platform::videoDecoderLine, true);
     Platform::I2CDevice device;
     if (!device.open(busName, setUpTimeoutMs))
         return;

@@ -11,6 +11,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/autotest/AutoTestFrame.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -18,7 +19,6 @@
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/config/Configuration.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 #include "EngineLayer/keys/KeyTable.h"
+#include "platform/settings/SetupIndex.h"
 
 namespace EngineLayer
 {
@@ -193,7 +194,7 @@ void KeyRow::rotary(int step)
     keepsVolumeBar = true;
     if (!unit.favoritesShown)
         return toFront(key);
-    const int next = (unit.favorite - 1 + step + favoriteCount) % favoriteCount + 1;
+    const int next = (unit.favorite - 1 + step + Platform::favouriteCount) % Platform::favouriteCount + 1;
     actions.emplace_back(SelectFavorite { next });
 }
 

@@ -101,6 +101,4 @@ KeyActions actionsOfKey(int origin, int key, const KeySituation& situation);
 /** Tells the pages that show speakers or help of any key but 0. */
 KeyActions noticesOfKey(int key, const KeySituation& situation);
 
-inline constexpr int favoriteCount = 16;
-
 } // namespace EngineLayer

@@ -5,6 +5,7 @@
 #include "EngineLayer/hostlink/HostSessionManager.h"
 #include "doubles/SystemDouble.h"
 #include "lowlayer/HostcommDev.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/ApplicationFixture.h"
 #include "support/ErrorLog.h"
 #include "support/McuLink.h"
@@ -226,7 +227,7 @@ TEST_F(RadioTest, AWeatherAlertThatLastsBringsTheWeatherBand)
     constexpr int timer = RadioApplication::weatherAlertTimer;
     for (const bool switches : { false, true })
     {
-        setSettingInt(23, switches ? 1 : 0, false, AppUnknown);
+        setSettingInt(Platform::weatherAlertSetting, switches ? 1 : 0, false, AppUnknown);
         fromMcu(EVENT_RADIO_INFO_REPORT, { 5, 1 });
         EXPECT_EQ(radio.getTimerInterval(timer), 4000);
         fire(radio, timer);
