@@ -78,7 +78,7 @@ void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2
 
 bool FavoriteBar::isStored(int favourite) const
 {
-    return Platform::isFavourite(favourite) && (storedFavorites >> (favourite - 1) & 1) != 0;
+    return Platform::isFavourite(favourite) && (storedFavourites >> (favourite - 1) & 1) != 0;
 }
 
 void FavoriteBar::setFavoriteCount(int count)
@@ -90,19 +90,19 @@ void FavoriteBar::setFavoriteCount(int count)
                                                   count);
 }
 
-void FavoriteBar::select(int favorite, bool overCamera)
+void FavoriteBar::select(int favourite, bool overCamera)
 {
-    if (!Platform::isFavourite(favorite))
+    if (!Platform::isFavourite(favourite))
     {
-        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favorite);
+        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favourite);
         return;
     }
     showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * Platform::voltsPerStep);
     setVisibleIf(voltageText, Platform::VX_GetSysInfo(Platform::sysInfoVoltageShown) != 0);
-    currentIndex = favorite;
+    currentIndex = favourite;
     refresh();
-    setVisibleIf(groupOne, favorite < firstOfGroupTwo);
-    setVisibleIf(groupTwo, favorite >= firstOfGroupTwo);
+    setVisibleIf(groupOne, favourite < firstOfGroupTwo);
+    setVisibleIf(groupTwo, favourite >= firstOfGroupTwo);
     showAlert(false);
     showDuration = overCamera ? showOverCameraMs : showMs;
     show(0);
@@ -135,35 +135,35 @@ void FavoriteBar::refresh()
             });
         return;
     }
-    readFavorites();
-    drawFavorites();
+    readFavourites();
+    drawFavourites();
     tellRemote();
 }
 
-void FavoriteBar::readFavorites()
+void FavoriteBar::readFavourites()
 {
-    for (int favorite = 1; favorite <= Platform::favouriteCount; ++favorite)
-        favorites.set(favorite, Platform::VX_GetSetupValueInt(Platform::favouritePageSetting(favorite)),
-                      Platform::VX_GetSetupValueString(Platform::favouriteLabelSetting(favorite)));
-    storedFavorites = favorites.getStored();
+    for (int favourite = 1; favourite <= Platform::favouriteCount; ++favourite)
+        favourites.set(favourite, Platform::VX_GetSetupValueInt(Platform::favouritePageSetting(favourite)),
+                       Platform::VX_GetSetupValueString(Platform::favouriteLabelSetting(favourite)));
+    storedFavourites = favourites.getStored();
 }
 
-void FavoriteBar::drawFavorites()
+void FavoriteBar::drawFavourites()
 {
-    for (int favorite = 1; favorite <= Platform::favouriteCount; ++favorite)
+    for (int favourite = 1; favourite <= Platform::favouriteCount; ++favourite)
     {
-        auto* button = favoriteButtons[static_cast<std::size_t>(favorite - 1)];
+        auto* button = favoriteButtons[static_cast<std::size_t>(favourite - 1)];
         if (button == nullptr)
             continue;
-        button->setIcon(favorites.getIcon(favorite));
-        button->setText(labelText, favorites.getLabel(favorite));
-        button->setImagePath(favorite == currentIndex ? selectedPicture : normalPicture);
+        button->setIcon(favourites.getIcon(favourite));
+        button->setText(labelText, favourites.getLabel(favourite));
+        button->setImagePath(favourite == currentIndex ? selectedPicture : normalPicture);
     }
 }
 
 void FavoriteBar::tellRemote()
 {
-    const auto information = favorites.getInformation(currentIndex);
+    const auto information = favourites.getInformation(currentIndex);
     Platform::Logger::getInstance()->logDebug(source, __LINE__, "TLX70", "strInfo = " + information);
     if (auto* remote = EngineApi::Provided<EngineApi::WiredRemote>::get())
     {

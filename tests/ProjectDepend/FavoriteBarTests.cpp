@@ -24,25 +24,31 @@ using testing::IsEmpty;
 namespace
 {
 
-struct Favorite
+struct Favourite
 {
     int number, page;
     const char *icon, *label, *information;
 };
 
 /** Of every band one, then one without a label, one of another page, one of none; 9 and 16 are in the second group. */
-constexpr std::array someFavorites {
-    Favorite { 1, 52, "fm", "Harbour", "1  FM Harbour" },   Favorite { 2, 53, "am", "Coast", "2  AM Coast" },
-    Favorite { 3, 54, "wx", "WX 3", "3  WB WX 3" },         Favorite { 4, 18, "sxm", "Sea Blues", "4  SXM Sea Blues" },
-    Favorite { 5, 42, "dab", "Digital", "5  DAB Digital" }, Favorite { 6, 52, "fm", "", "6  FM " },
-    Favorite { 7, 16, "", "Cable", "7   Cable" },           Favorite { 8, 0, "", "", "8   " },
-    Favorite { 9, 52, "fm", "Nine", "9  FM Nine" },         Favorite { 16, 53, "am", "Last", "16  AM Last" },
+constexpr std::array someFavourites {
+    Favourite { 1, 52, "fm", "Harbour", "1  FM Harbour" },
+    Favourite { 2, 53, "am", "Coast", "2  AM Coast" },
+    Favourite { 3, 54, "wx", "WX 3", "3  WB WX 3" },
+    Favourite { 4, 18, "sxm", "Sea Blues", "4  SXM Sea Blues" },
+    Favourite { 5, 42, "dab", "Digital", "5  DAB Digital" },
+    Favourite { 6, 52, "fm", "", "6  FM " },
+    Favourite { 7, 16, "", "Cable", "7   Cable" },
+    Favourite { 8, 0, "", "", "8   " },
+    Favourite { 9, 52, "fm", "Nine", "9  FM Nine" },
+    Favourite { 16, 53, "am", "Last", "16  AM Last" },
 };
 
-juce::String settingsOf(const Favorite& favorite)
+juce::String settingsOf(const Favourite& favourite)
 {
-    return juce::String(favouritePageSetting(favorite.number)) + " = " + juce::String(favorite.page) + "\n" +
-           juce::String(favouriteLabelSetting(favorite.number)) + " = " + juce::String(favorite.label).quoted() + "\n";
+    return juce::String(favouritePageSetting(favourite.number)) + " = " + juce::String(favourite.page) + "\n" +
+           juce::String(favouriteLabelSetting(favourite.number)) + " = " + juce::String(favourite.label).quoted() +
+           "\n";
 }
 
 class FavoriteBarTest : public testing::Test
@@ -51,7 +57,7 @@ protected:
     FavoriteBarTest()
     {
         juce::String settings;
-        for (const auto& each : someFavorites)
+        for (const auto& each : someFavourites)
             settings << settingsOf(each);
         ScratchUnit::emptySettings(settings);
         VX_SetSysInfo(sysInfoVoltageShown, 1);
@@ -68,7 +74,7 @@ protected:
     }
 
     void say(int id, int arg1 = 0, int arg2 = 0) { bar->postMessage(id, arg1, arg2, nullptr); }
-    void select(int favorite, int camera = 0) { say(MSG_FAVORITES_SELECT, favorite, camera); }
+    void select(int favourite, int camera = 0) { say(MSG_FAVORITES_SELECT, favourite, camera); }
     void touchOutside()
     {
         doubles::OverlayDouble::touch(0x1234);
@@ -80,7 +86,7 @@ protected:
     {
         return *CVXRelationHelper::findComponent<Control>(bar.get(), name);
     }
-    CVXButton& button(int favorite) { return find<CVXButton>("Btn_favorites" + juce::String(favorite)); }
+    CVXButton& button(int favourite) { return find<CVXButton>("Btn_favorites" + juce::String(favourite)); }
     std::string voltage() { return find<CVXStatic>("StVoltaValue").getContent().getText().toStdString(); }
 
     /** What a person sees: groups, selected favourites, the notice, the voltage; "" while the bar is hidden. */
@@ -93,9 +99,9 @@ protected:
         for (const auto* name : { "gp_one", "gp_two" })
             if (find(name).isVisible())
                 parts.add(name);
-        for (int favorite = 1; favorite <= 16; ++favorite)
-            if (button(favorite).getPicture().getName() == "farvoritebar\\fav_button_p.png")
-                parts.add(juce::String(favorite));
+        for (int favourite = 1; favourite <= 16; ++favourite)
+            if (button(favourite).getPicture().getName() == "farvoritebar\\fav_button_p.png")
+                parts.add(juce::String(favourite));
         if (find("gp_alert").isVisible())
             parts.add("empty!");
         if (find("StVoltaValue").isVisible())
@@ -106,9 +112,9 @@ protected:
     std::vector<int> stored() const
     {
         std::vector<int> indexes;
-        for (int favorite = -1; favorite <= 40; ++favorite)
-            if (bar->isStored(favorite))
-                indexes.push_back(favorite);
+        for (int favourite = -1; favourite <= 40; ++favourite)
+            if (bar->isStored(favourite))
+                indexes.push_back(favourite);
         return indexes;
     }
 
@@ -161,7 +167,7 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
     EXPECT_EQ(bar->getCurrentIndex(), 2);
 }
 
-TEST_F(FavoriteBarTest, TakesTheFavoritesFromTheSettingsAndTellsTheRemote)
+TEST_F(FavoriteBarTest, TakesTheFavouritesFromTheSettingsAndTellsTheRemote)
 {
     EXPECT_EQ(bar->getCurrentIndex(), 1);
     EXPECT_THAT(stored(), IsEmpty());
@@ -169,7 +175,7 @@ TEST_F(FavoriteBarTest, TakesTheFavoritesFromTheSettingsAndTellsTheRemote)
     EXPECT_THAT(stored(), ElementsAre(1, 2, 3, 4, 5, 9, 16));
     EXPECT_THAT(remote.calls,
                 ElementsAre("clear", "text 0 0 Favorites temporary", "text 1 0 4  SXM Sea Blues temporary"));
-    for (const auto& each : someFavorites)
+    for (const auto& each : someFavourites)
     {
         SCOPED_TRACE(each.number);
         const auto& icon = button(each.number).getIcon();

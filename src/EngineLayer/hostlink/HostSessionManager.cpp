@@ -1,6 +1,6 @@
 #include "EngineLayer/hostlink/HostSessionManager.h"
 
-#include "EngineLayer/hostlink/HostCommands.h"
+#include "EngineApi/HostCommands.h"
 #include "EngineLayer/hostlink/MonitorSendThread.h"
 #include "factory/MsgSpecialHandler.h"
 #include "kernel/MessageIds.h"
@@ -159,7 +159,7 @@ HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data
     {
         ++refusedSends;
         logger().logError(logFile, __LINE__, logTag, "%s not sent: %d data bytes, a frame carries %d",
-                          hostCommand(command).sentName, n, HostFrame::maxDataLength);
+                          EngineApi::hostCommand(command).sentName, n, HostFrame::maxDataLength);
         return nullptr;
     }
     auto frame = HostDataFormat::obtainFrame();
@@ -183,7 +183,7 @@ void HostSessionManager::noteLoss(const SendItem& lost, int limit)
     ++refusedSends;
     if (!lossLogged.exchange(true))
         logger().logError(logFile, __LINE__, logTag, "%d frames wait, %s and what follows is not sent", limit,
-                          hostCommand(lost.frame->commandOf()).sentName);
+                          EngineApi::hostCommand(lost.frame->commandOf()).sentName);
 }
 
 // Sending, group thread.
@@ -220,7 +220,7 @@ void HostSessionManager::transmit(const HostDataFormat& frame)
     const bool debug = Platform::CorvaneConfig::isSystemDebug();
     if (debug)
         logger().logInfo(logFile, lineSendCommand, logTag,
-                         "Host Send cmd: " + juce::String(hostCommand(frame.commandOf()).sentName));
+                         "Host Send cmd: " + juce::String(EngineApi::hostCommand(frame.commandOf()).sentName));
     // A write that failed is made good by the resends.
     if (!LowLayer::HostcommDev::getInstance()->write(frame.getBytes(), frame.getFrameLength()) && debug)
         logger().logError(logFile, lineHardwareFail, logTag, "Host Send data hardware fail!");
@@ -244,7 +244,8 @@ void HostSessionManager::resend(int sequence)
     if (waitingForAcknowledgement && inFlight != nullptr)
     {
         logger().logError(logFile, lineResend, logTag,
-                          "MCU ReSend ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+                          "MCU ReSend ID! " +
+                              juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         transmit(*inFlight->frame);
         return;
     }
@@ -259,7 +260,8 @@ void HostSessionManager::sendFailed(int sequence)
     if (inFlight != nullptr)
     {
         logger().logError(logFile, lineSendError, logTag,
-                          "MCU Send Error ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+                          "MCU Send Error ID! " +
+                              juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         releaseInFlight();
     }
     waitingForAcknowledgement = false;
@@ -328,7 +330,7 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
     const int command = HostFrame::command(frame);
     if (Platform::CorvaneConfig::isSystemDebug())
         logger().logInfo(logFile, lineReceiveCommand, logTag,
-                         "Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
+                         "Host Recv cmd: " + juce::String(EngineApi::hostCommand(command).receivedName));
     noteIfUnknown(command);
     // Nothing reaches the managers before the answer to the request for the last memory.
     if (!synchronised && command != EngineApi::EVENT_GET_LAST_MEMORY)
@@ -350,7 +352,7 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 void HostSessionManager::noteIfUnknown(int command)
 {
     auto noted = unknownCommands[static_cast<std::size_t>(command)];
-    if (noted || *hostCommand(command).receivedName != '\0')
+    if (noted || *EngineApi::hostCommand(command).receivedName != '\0')
         return;
     noted = true;
     logger().logError(logFile, __LINE__, logTag, "frames of command %d are not known and are ignored", command);
@@ -367,7 +369,7 @@ bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
     if (overrun.insert(receiver).second)
         logger().logError(logFile, __LINE__, logTag,
                           "%d messages wait for component %d, %s and what follows is dropped",
-                          static_cast<int>(waiting), receiver, hostCommand(command).receivedName);
+                          static_cast<int>(waiting), receiver, EngineApi::hostCommand(command).receivedName);
     return false;
 }
 

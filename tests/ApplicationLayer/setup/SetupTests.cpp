@@ -189,11 +189,11 @@ TEST_F(SetupTest, WatchesTheSupply)
     EXPECT_THAT(report(19, { 200 }), IsEmpty());
 
     constexpr int value = Kernel::MSG_VOLTMETER_VALUE;
-    EXPECT_THAT(favoriteBar.messages,
+    EXPECT_THAT(favouriteBar.messages,
                 ElementsAre(std::array { value, 107, 0 }, std::array { value, 106, 0 }, std::array { value, 90, 0 },
                             std::array { value, 107, 0 }, std::array { value, 106, 0 }));
     voltage(106);
-    EXPECT_EQ(favoriteBar.messages.size(), 5u);
+    EXPECT_EQ(favouriteBar.messages.size(), 5u);
     EXPECT_EQ(VX_GetSysInfo(sysInfoVoltage), 106);
 
     voltage(106, 1);
@@ -245,7 +245,7 @@ TEST_F(SetupTest, SettingsTakeEffect)
     }
     change(voltmeterSetting, 1);
     EXPECT_EQ(VX_GetSysInfo(sysInfoVoltageShown), 1);
-    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLTMETER_SHOW), 1, 0 }));
+    EXPECT_THAT(favouriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLTMETER_SHOW), 1, 0 }));
 }
 
 TEST_F(SetupTest, WithoutItsProgramSomeSettingsAreLeftAlone)

@@ -99,14 +99,14 @@ TEST_F(KeyManagerTest, FavouritesGoToTheProgramThatPlays)
         complete(page);
         connect(appType);
         takeSent();
-        favoriteBar.shown = true;
-        favoriteBar.messages.clear();
+        favouriteBar.shown = true;
+        favouriteBar.messages.clear();
         press(KEY_ROTARY_NEXT); // 2, then 3
         press(KEY_ROTARY_NEXT);
         press(KEY_ROTARY_PRE);
         press(KEY_AMS1);
-        EXPECT_THAT(takeSent(), ElementsAre(Sent { appType, message, 0, favoriteBar.messages.back()[1] }));
-        favoriteBar.shown = false;
+        EXPECT_THAT(takeSent(), ElementsAre(Sent { appType, message, 0, favouriteBar.messages.back()[1] }));
+        favouriteBar.shown = false;
         press(KEY_FAVORITIES); // back to the bar's own
         takeSent();
     }
