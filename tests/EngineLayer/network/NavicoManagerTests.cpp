@@ -115,12 +115,14 @@ protected:
         return lines;
     }
 
-    Texts relayed()
+    /** Program, message and bytes. */
+    using Relayed = std::vector<std::array<int, 3>>;
+    static Relayed relayed()
     {
-        Texts all;
+        Relayed all;
         for (const auto& each : IpcDouble::takePosted())
-            all.push_back(std::string(appTypeName(each.appType)) + " " + std::to_string(each.what) + " " +
-                          std::to_string(RemoteObjFormat::getByteArray(each.bundle).getSize()));
+            all.push_back(
+                { each.appType, each.what, static_cast<int>(RemoteObjFormat::getByteArray(each.bundle).getSize()) });
         return all;
     }
 
@@ -191,7 +193,7 @@ TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
         int source;
         int command;
         Bytes data;
-        const char* relayed; ///< program, message and bytes
+        int program = AppUnknown; ///< that gets it, if any
     };
     const auto block = [](std::uint8_t type) { return Bytes { type, 0x00, 0x01, 0x02 }; };
     const auto isoRequest = [](std::uint8_t low) { return Bytes { 0x00, 0xEA, 0x00, 0x00, 0x23, 0x02, low, 0xFE, 1 }; };
@@ -199,29 +201,32 @@ TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
     { return Bytes { 0x00, 0xED, 1, 0, 0x23, 2, 0, low, 0xFE, 1, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0 }; };
     for (const int app : { AppiPod, AppUSB, AppRadio, AppBluetooth })
         connect(app);
-    const Case cases[] = { { mbFM, EVENT_DATA_SEND_CAN, block(13), "AppiPod 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(16), "AppiPod 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(17), "" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(20), "" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(32), "AppUSB 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(35), "AppUSB 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, { 13 }, "" },
-                           { mbFM, EVENT_DATA_SEND_CAN, {}, "" },
-                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x09), "AppRadio 1636 9" },
-                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x18), "AppBluetooth 1636 9" },
-                           { mbFM, EVENT_PGN_SEND_CAN, groupRequest(0x19), "AppBluetooth 1636 17" },
-                           { mbUSBAudio, EVENT_DATA_SEND_CAN, block(17), "AppUSB 1634 4" },
-                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0A), "AppUSB 1636 17" },
-                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0C), "AppUSB 1636 17" },
-                           { mbiPodAudio, EVENT_DATA_SEND_CAN, block(19), "AppiPod 1634 4" } };
+    const Case cases[] = { { mbFM, EVENT_DATA_SEND_CAN, block(13), AppiPod },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(16), AppiPod },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(17) },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(20) },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(32), AppUSB },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(35), AppUSB },
+                           { mbFM, EVENT_DATA_SEND_CAN, { 13 } },
+                           { mbFM, EVENT_DATA_SEND_CAN, {} },
+                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x09), AppRadio },
+                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x18), AppBluetooth },
+                           { mbFM, EVENT_PGN_SEND_CAN, groupRequest(0x19), AppBluetooth },
+                           { mbUSBAudio, EVENT_DATA_SEND_CAN, block(17), AppUSB },
+                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0A), AppUSB },
+                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0C), AppUSB },
+                           { mbiPodAudio, EVENT_DATA_SEND_CAN, block(19), AppiPod } };
     for (const auto& each : cases)
     {
         if (getNormalSource() != each.source)
             playing(each.source);
         relayed();
         hear(each.command, each.data);
-        EXPECT_EQ(relayed(), each.relayed[0] != 0 ? Texts { each.relayed } : Texts {})
-            << each.source << " " << testing::PrintToString(each.data);
+        const int message = each.command == EVENT_DATA_SEND_CAN ? RMSG_N2K_DATA : RMSG_N2K_PGN;
+        const auto expected = each.program == AppUnknown
+                                  ? Relayed {}
+                                  : Relayed { { each.program, message, static_cast<int>(each.data.size()) } };
+        EXPECT_EQ(relayed(), expected) << each.source << " " << testing::PrintToString(each.data);
     }
     EXPECT_THAT(said(), IsEmpty());
 }
@@ -330,7 +335,7 @@ TEST_F(NavicoManagerTest, StartsAnUpdateOnce)
         manager.stopTimer(NavicoManager::quitTimer);
     };
     launched(singleFrame, "Hard Disk", "-auto -a 35 -t 0 -s 7 -jl");
-    EXPECT_THAT(relayed(), ElementsAre("AppRadio 1199 0"));
+    EXPECT_THAT(relayed(), ElementsAre(std::array { int { AppRadio }, int { RMSG_SOURCE_STOP }, 0 }));
     EXPECT_EQ(monitor.getAppState(AppRadio), kClosing);
     ProcessDouble::failCreationOf(programOn("Hard Disk").getFullPathName());
     launched(fastPacket, "Hard Disk2", "-auto -a 36 -t 2 -s 0 -jl");

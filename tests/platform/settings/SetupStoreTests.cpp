@@ -85,7 +85,7 @@ TEST_F(SetupStoreTest, ADamagedValueReadsAsUnknown)
     for (const std::string damaged : { "", "i", "i12", "i12345", "x1234", "s\xff\xfe", "s\xc3" })
     {
         VX_WaitForSetupInfo(); // the store's own thread writes no more
-        ASSERT_EQ(SetupEnvironment::get().write({ { 279, damaged } }, false), 0);
+        ASSERT_EQ(SetupEnvironment::get().write({ { faderSetting, damaged } }, false), 0);
         EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 0) << damaged;
         EXPECT_EQ(VX_GetSetupValueString(faderSetting), "") << damaged;
         EXPECT_FALSE(VX_IsSetupValueString(faderSetting)) << damaged;

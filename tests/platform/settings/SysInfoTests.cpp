@@ -37,7 +37,7 @@ TEST(SysInfo, AValueIsSeenByAnotherProcess)
 
 TEST(SysInfo, AnIndexOutsideTheTableTouchesNothing)
 {
-    for (const int index : { -1, Platform::sysInfoSize, 1 << 30 })
+    for (const int index : { -1, sysInfoSize, 1 << 30 })
     {
         VX_SetSysInfo(index, 9);
         EXPECT_EQ(VX_GetSysInfo(index), 0) << index;
@@ -96,7 +96,7 @@ TEST(SysInfo, ATableThatIsNotOursOrIsCutShortIsPutRight)
         EXPECT_EQ(ftruncate(object, 0), 0);
         EXPECT_EQ(VX_GetSysInfo(3), 8);
         VX_SetSysInfo(4, 9);
-        std::array<juce::int32, Platform::sysInfoSize> seen {};
+        std::array<juce::int32, sysInfoSize> seen {};
         EXPECT_EQ(pread(object, seen.data(), sizeof seen, 0), static_cast<ssize_t>(sizeof seen));
         EXPECT_EQ(seen[3], 8);
         EXPECT_EQ(seen[4], 9);
