@@ -50,6 +50,12 @@ TEST(Catalogue, PagesAreWhatTheSchedulerTakesThemFor)
 namespace
 {
 
+struct Case
+{
+    EngineApi::ScheduleInfo page, other;
+    int pageState, otherState;
+};
+
 EngineApi::ScheduleInfo page(std::int32_t level, bool rear = false, std::int32_t channel = Dsp::eAudioWince)
 {
     EngineApi::ScheduleInfo info;
@@ -63,11 +69,6 @@ EngineApi::ScheduleInfo page(std::int32_t level, bool rear = false, std::int32_t
 
 TEST(ConflictRules, Play)
 {
-    struct Case
-    {
-        EngineApi::ScheduleInfo page, other;
-        int pageState, otherState;
-    };
     constexpr int plays = EngineApi::PageStates::playing, mixes = EngineApi::PageStates::mixed,
                   silent = EngineApi::PageStates::stopped;
     const Case cases[] {
@@ -95,11 +96,6 @@ TEST(ConflictRules, Play)
 
 TEST(ConflictRules, AudioAcrossTheZonesIsAboutTheChannel)
 {
-    struct Case
-    {
-        EngineApi::ScheduleInfo page, other;
-        int pageState, otherState;
-    };
     constexpr int held = EngineApi::PageStates::held, lost = EngineApi::PageStates::notHeld;
     const Case cases[] {
         { page(20), page(20, true, Dsp::eAudioAux1), held, held },

@@ -28,7 +28,7 @@ protected:
         EngineApi::Provided<Dsp::ChipManager>::set(&audio);
         EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
         EngineApi::Provided<EngineApi::VolumeBar>::set(&volumeBar);
-        EngineApi::Provided<EngineApi::FavoriteBar>::set(&favoriteBar);
+        EngineApi::Provided<EngineApi::FavoriteBar>::set(&favouriteBar);
         EngineApi::Provided<EngineApi::AutoTestSession>::set(&session);
         addFakePages(fakePages);
     }
@@ -123,7 +123,7 @@ protected:
     FakeAudio audio;
     FakeRemote remote;
     FakeVolumeBar volumeBar;
-    FakeFavoriteBar favoriteBar;
+    FakeFavoriteBar favouriteBar;
     FakeAutoTest session;
     std::map<int, FakePageHandler::Ptr> pages;
 };

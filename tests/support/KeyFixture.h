@@ -27,7 +27,7 @@ protected:
             "7 = 1\n24 = 52\n25 = 53\n281 = 0\n286 = 11\n1028 = \"\"\n1031 = \"\"\n1042 = \"\"\n");
         EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
         EngineApi::Provided<EngineApi::VolumeBar>::set(&volumeBar);
-        EngineApi::Provided<EngineApi::FavoriteBar>::set(&favoriteBar);
+        EngineApi::Provided<EngineApi::FavoriteBar>::set(&favouriteBar);
         EngineApi::Provided<Dsp::ChipManager>::set(&audio);
         EngineApi::Provided<EngineApi::AutoTestSession>::set(&session);
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
@@ -98,7 +98,7 @@ protected:
     int sequence = 1;
     FakeRemote remote;
     FakeVolumeBar volumeBar;
-    FakeFavoriteBar favoriteBar;
+    FakeFavoriteBar favouriteBar;
     FakeAudio audio;
     FakeAutoTest session;
     EngineLayer::KeyManager& keys = *EngineLayer::KeyManager::getInstance();

@@ -15,6 +15,7 @@
 #include "doubles/SystemDouble.h"
 #include "kernel/MessageIds.h"
 #include "lowlayer/HostcommDev.h"
+#include "platform/devices/UnitLines.h"
 #include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/KernelFixture.h"
@@ -175,7 +176,7 @@ TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
     ASSERT_EQ(writes.size(), 46u);
     EXPECT_EQ(writes.front(), (LinesDouble::RegisterWrite { 0x88, 0x02, 0x44 }));
     EXPECT_EQ(writes.back(), (LinesDouble::RegisterWrite { 0x88, 0x2F, 0xE0 }));
-    EXPECT_EQ(LinesDouble::getPin(32772), 1);
+    EXPECT_EQ(LinesDouble::getPin(Platform::videoDecoderLine), 1);
     decoder.initialise();
     EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty());
 
