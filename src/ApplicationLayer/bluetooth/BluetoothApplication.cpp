@@ -238,9 +238,7 @@ void BluetoothApplication::handleOwnMessage(const Kernel::SystemMessage& message
         launchBackProgram(mbBTAudio);
         return switchOnIfEnabled();
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(message.arg1, message.arg2))
-            timerExpired(message.arg1);
-        return;
+        return timerExpired(message.arg1);
     case Kernel::MSG_APP_REMOTE:
         if (const auto* remote = Kernel::payloadAs<Platform::RemoteMessage>(message.payload);
             remote != nullptr && remote->what == RMSG_BT_STATE)

@@ -71,8 +71,6 @@ void AppHandler::handleMessage(const Kernel::SystemMessage& message)
     case Kernel::MSG_APP_VALUE:
         return onValue(message.arg1);
     case Kernel::MSG_SYS_TIMER:
-        if (!timers.isCurrent(message.arg1, message.arg2))
-            return;
         timers.stopTimer(message.arg1);
         return onTimer(message.arg1);
     case Kernel::MSG_SCHEDULE_RESULT:

@@ -121,9 +121,7 @@ void RadioApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     case Kernel::MSG_HOST_EVENT:
         return fromTuner(message.arg1, message.payload);
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(message.arg1, message.arg2))
-            weatherAlertLasts();
-        return;
+        return weatherAlertLasts();
     case Kernel::MSG_RADIO_REGION:
         return changeRegion(message.arg1);
     case Kernel::MSG_AUTOTEST_COMMAND:

@@ -122,8 +122,7 @@ void DeviceStatusManager::initialize()
     handleMessage(Kernel::MSG_SYS_INIT, 0, 0, nullptr);
 }
 
-void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
-                                        const Kernel::Payload& payload)
+void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload& payload)
 {
     switch (id)
     {
@@ -149,8 +148,7 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
         standby(arg1);
         break;
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(arg1, arg2))
-            timerExpired(arg1);
+        timerExpired(arg1);
         break;
     case Kernel::MSG_HOST_EVENT:
         hostEvent(arg1, payload);
