@@ -69,7 +69,7 @@ void logAt(int line, const juce::String& text)
 void order(int line, const char* name, TunerOrder tunerOrder)
 {
     logAt(line, name);
-    sendCommand(EVENT_RADIO_INFO, tunerOrder);
+    sendCommand(EVENT_RADIO_INFO, { tunerOrder });
 }
 
 void tuneTo(int band, int frequency)
@@ -147,7 +147,7 @@ void RadioApplication::changeRegion(int areaCode)
 {
     // The old frequencies may not be in the new region's bands.
     tuner.frequencies[bandFM] = tuner.frequencies[bandAM] = 0;
-    sendCommand(EVENT_RADIO_INFO, setRegion, areaCode);
+    sendCommand(EVENT_RADIO_INFO, { setRegion, areaCode });
 }
 
 void RadioApplication::weatherAlertLasts()
@@ -170,7 +170,7 @@ void RadioApplication::control(juce::int32 which, juce::int32 value)
     switch (which)
     {
     case controlTuner:
-        return sendCommand(EVENT_RADIO_INFO, passOn, value);
+        return sendCommand(EVENT_RADIO_INFO, { passOn, value });
     case controlSeekUp:
         return order(__LINE__, "seek up", seekUp);
     case controlSeekDown:
@@ -182,11 +182,11 @@ void RadioApplication::control(juce::int32 which, juce::int32 value)
     case controlTune:
         return changeFrequency(value);
     case controlSensitivity2:
-        return sendCommand(EVENT_RADIO_TESTMODE, testStep2);
+        return sendCommand(EVENT_RADIO_TESTMODE, { testStep2 });
     case controlSensitivity:
         return changeSensitivity(value);
     case controlSensitivity3:
-        return sendCommand(EVENT_RADIO_TESTMODE, testStep3);
+        return sendCommand(EVENT_RADIO_TESTMODE, { testStep3 });
     case controlRefresh:
         notifyTuner();
         return bodies.flush();
@@ -236,13 +236,13 @@ void RadioApplication::changeFrequency(juce::int32 value) const
 void RadioApplication::changeSensitivity(juce::int32 value) const
 {
     logAt(__LINE__, "change  radio sensitivity value = " + juce::String(value));
-    sendCommand(EVENT_RADIO_TESTMODE, testSensitivity, tuner.band, value);
+    sendCommand(EVENT_RADIO_TESTMODE, { testSensitivity, tuner.band, value });
 }
 
 void RadioApplication::setTestMode(bool on)
 {
     if (!std::exchange(testMode, on) && on)
-        sendCommand(EVENT_RADIO_TESTMODE, testOpen);
+        sendCommand(EVENT_RADIO_TESTMODE, { testOpen });
 }
 
 void RadioApplication::autoTest(std::span<const std::uint8_t> request) const
@@ -259,10 +259,10 @@ void RadioApplication::autoTest(std::span<const std::uint8_t> request) const
         showForTest(am ? mbAM : mbFM);
         break;
     case testSeekUp:
-        sendCommand(EVENT_RADIO_INFO, seekUp);
+        sendCommand(EVENT_RADIO_INFO, { seekUp });
         break;
     case testSeekDown:
-        sendCommand(EVENT_RADIO_INFO, seekDown);
+        sendCommand(EVENT_RADIO_INFO, { seekDown });
         break;
     case testNotifyTuner:
         notifyTuner();

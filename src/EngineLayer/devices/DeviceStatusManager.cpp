@@ -39,16 +39,6 @@ using EngineApi::Provided;
 constexpr const char* logFile = "EngineLayer/DeviceStatusManager";
 constexpr const char* logTag = "DeviceStatusManager";
 
-enum TimerId {
-    timerLastMemory = 1,
-    timerUsbScan = 2,
-    timerAntitheftLeft = 3,
-    timerCameraVideo = 4,
-    timerHeartbeat = 5,
-    timerAutoTest = 6,
-    timerPowerOff = 7
-};
-
 constexpr int lastMemoryMs = 1000;
 constexpr int usbScanMs = 1000;
 constexpr int antitheftLeftMs = 2000;
@@ -106,7 +96,7 @@ bool mayStillAppear(int source)
 
 void sendHeartbeat()
 {
-    EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, 0);
+    EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, { 0 });
 }
 
 } // namespace
@@ -174,45 +164,45 @@ void DeviceStatusManager::startHardware()
     DataManager::getInstance()->loadSystemFile();
     devices.set(EngineApi::usbStorage, isUsbStoragePresent());
     postDeviceJob(DeviceJob::decoderSetUp, [] { videoDecoder().initialise(); });
-    startTimer(timerCameraVideo, cameraVideoMs);
+    startTimer(cameraVideoTimer, cameraVideoMs);
 }
 
 void DeviceStatusManager::start()
 {
     waitingLastMemory = true;
     EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
-    startTimer(timerLastMemory, lastMemoryMs);
-    startTimer(timerUsbScan, usbScanMs);
+    startTimer(lastMemoryTimer, lastMemoryMs);
+    startTimer(usbScanTimer, usbScanMs);
 }
 
 void DeviceStatusManager::timerExpired(int timerId)
 {
     switch (timerId)
     {
-    case timerLastMemory:
+    case lastMemoryTimer:
         if (waitingLastMemory)
             EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
         else
-            stopTimer(timerLastMemory);
+            stopTimer(lastMemoryTimer);
         break;
-    case timerUsbScan:
+    case usbScanTimer:
         scanUsb();
         break;
-    case timerAntitheftLeft:
-        stopTimer(timerAntitheftLeft);
+    case antitheftLeftTimer:
+        stopTimer(antitheftLeftTimer);
         runStartSrc();
         EngineApi::requestStopPage(Pubhead::mbAntitheft);
         break;
-    case timerCameraVideo:
+    case cameraVideoTimer:
         pollCameraVideo();
         break;
-    case timerHeartbeat:
+    case heartbeatTimer:
         sendHeartbeat();
         break;
-    case timerAutoTest:
+    case autoTestTimer:
         handOverToAutoTest();
         break;
-    case timerPowerOff:
+    case powerOffTimer:
         powerOffConfirmed();
         break;
     default:
@@ -222,7 +212,7 @@ void DeviceStatusManager::timerExpired(int timerId)
 
 void DeviceStatusManager::powerOffConfirmed()
 {
-    stopTimer(timerPowerOff);
+    stopTimer(powerOffTimer);
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
 }
 
@@ -243,7 +233,7 @@ void DeviceStatusManager::stopHeartbeat()
 {
     Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
                                              "APP stop sending the heatbeat packets to MCU \r\n");
-    stopTimer(timerHeartbeat);
+    stopTimer(heartbeatTimer);
 }
 
 void DeviceStatusManager::handOverToAutoTest()
@@ -252,7 +242,7 @@ void DeviceStatusManager::handOverToAutoTest()
     if (session == nullptr)
         return;
     if (session->isRunning())
-        stopTimer(timerAutoTest);
+        stopTimer(autoTestTimer);
     session->addMsgToBuffer(juce::MemoryBlock(autoTestReady, sizeof autoTestReady));
 }
 
@@ -301,9 +291,9 @@ void DeviceStatusManager::lastMemoryAnswered()
     }
     if (auto* session = Provided<EngineApi::AutoTestSession>::get())
         session->start();
-    startTimer(timerAutoTest, autoTestMs);
+    startTimer(autoTestTimer, autoTestMs);
     sendHeartbeat();
-    startTimer(timerHeartbeat, heartbeatMs);
+    startTimer(heartbeatTimer, heartbeatMs);
     Kernel::postSystemMessage(Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT, 0, 0);
 }
 
@@ -321,7 +311,7 @@ void DeviceStatusManager::mcuRequestsSource(McuSource source)
 
 void DeviceStatusManager::startWith(int page)
 {
-    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, 1);
+    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, { 1 });
     startPage = page;
     EngineApi::switchSystemState(firstState(conditions), EngineApi::kIdle);
 }
@@ -352,7 +342,7 @@ void DeviceStatusManager::mcuPowersOff()
         remote->restoreAfter(0); // nothing comes back on it
         remote->clearDisplay(true);
     }
-    startTimer(timerPowerOff, powerOffMs);
+    startTimer(powerOffTimer, powerOffMs);
     EngineApi::sendRemoteMessage(Pubhead::AppSirius, EngineApi::RMSG_SXM_FAVOURITE, siriusPowerOff, 0);
 }
 
@@ -369,10 +359,10 @@ void DeviceStatusManager::sourceChanged()
     switch (agreement.unitSwitchedTo(source))
     {
     case SourceAgreement::Report::ask:
-        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, type, number);
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, { type, number });
         break;
     case SourceAgreement::Report::confirm:
-        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, type, number);
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, { type, number });
         break;
     case SourceAgreement::Report::nothing:
         break;
@@ -404,7 +394,7 @@ void DeviceStatusManager::followAudioChannel()
 void DeviceStatusManager::startSourceWhenReady()
 {
     if (EngineApi::getPreviousSystemState() == EngineApi::kAntitheft)
-        startTimer(timerAntitheftLeft, antitheftLeftMs);
+        startTimer(antitheftLeftTimer, antitheftLeftMs);
     else
         runStartSrc();
 }
@@ -506,7 +496,7 @@ void DeviceStatusManager::announce(int kind)
 void DeviceStatusManager::sendDeviceStatus()
 {
     const auto status = devices.getReportedStatus();
-    EngineApi::sendCommand(EngineApi::EVENT_DEVICE_STATUS, status.usb, status.others);
+    EngineApi::sendCommand(EngineApi::EVENT_DEVICE_STATUS, { status.usb, status.others });
 }
 
 void DeviceStatusManager::setLowBatteryAlert(bool on)

@@ -68,6 +68,7 @@ void Logger::load(const juce::String& name)
     }
     debugEntry = resolve<Entry>(library, "VX_LogDebug");
     infoEntry = resolve<Entry>(library, "VX_LogInfo");
+    // No line of the engine is a warning; the six entries are the library's contract.
     warnEntry = resolve<Entry>(library, "VX_LogWarn");
     errorEntry = resolve<Entry>(library, "VX_LogError");
     readEntry = resolve<StoreEntry>(library, "VX_ReadLog");
