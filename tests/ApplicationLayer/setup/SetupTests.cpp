@@ -1,6 +1,7 @@
 #include "ApplicationLayer/setup/SetupApplication.h"
 
 #include "ApplicationLayer/setup/SettingEffects.h"
+#include "ApplicationLayer/setup/SetupHandler.h"
 #include "ApplicationLayer/setup/SupplyVoltage.h"
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/HostLink.h"
@@ -24,9 +25,6 @@ using testing::IsEmpty;
 
 namespace
 {
-
-constexpr int resetTimer = 1;
-constexpr int idleTimer = 2;
 
 class SetupTest : public ApplicationFixture
 {
@@ -264,7 +262,7 @@ TEST_F(SetupTest, KeysOpenAndClose)
     EXPECT_THAT(requests(), ElementsAre("mbSetup run"));
     EXPECT_EQ(show(), nullptr);
     key(mbSetup, KEY_SHOWVERSION);
-    EXPECT_FALSE(timersOf(mbSetup).isTimerRunning(idleTimer));
+    EXPECT_FALSE(timersOf(mbSetup).isTimerRunning(SetupHandler::idleTimer));
     expectPosted(Kernel::keyManagerId, Kernel::MSG_KEY_RETURN_NEXT, 1, 0);
     key(mbSetup, KEY_AMS1);
     key(mbSetup, KEY_SHOWVERSION); // not from this view
@@ -275,12 +273,12 @@ TEST_F(SetupTest, KeysOpenAndClose)
     EXPECT_THAT(requests(), ElementsAre("mbSetup stop auto"));
 
     key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(idleTimer), 10000);
-    fire(timersOf(mbSetup), idleTimer);
+    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(SetupHandler::idleTimer), 10000);
+    fire(timersOf(mbSetup), SetupHandler::idleTimer);
     EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
     onTop(false);
     key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
-    fire(timersOf(mbSetup), idleTimer);
+    fire(timersOf(mbSetup), SetupHandler::idleTimer);
     EXPECT_THAT(requests(), IsEmpty());
 }
 
@@ -305,8 +303,8 @@ TEST_F(SetupTest, FactoryResetFromAnyPage)
     EXPECT_TRUE(show()->getBool("showReset", false));
     EXPECT_EQ(show(), nullptr); // once
 
-    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(resetTimer), 5000);
-    fire(timersOf(mbSetup), resetTimer);
+    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(SetupHandler::resetTimer), 5000);
+    fire(timersOf(mbSetup), SetupHandler::resetTimer);
     EXPECT_THAT(commands(), ElementsAre("21 1"));
     EXPECT_TRUE(folder.isDirectory());
     EXPECT_EQ(folder.getNumberOfChildFiles(juce::File::findFilesAndDirectories), 0);
@@ -319,7 +317,7 @@ TEST_F(SetupTest, FactoryResetFromAnyPage)
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppSetup, RMSG_SETTING_NOTIFY, 10 }));
     EXPECT_THAT(requests(), IsEmpty());
     EXPECT_EQ(audio.calls.size(), 1u);
-    fire(timersOf(mbSetup), resetTimer);
+    fire(timersOf(mbSetup), SetupHandler::resetTimer);
     EXPECT_THAT(commands(), ElementsAre("18 12 12", "21 1"));
     EXPECT_TRUE(leftover.existsAsFile());
 }
