@@ -125,7 +125,7 @@ Outcome switchPages(Console& console, const Arguments& given)
         const auto& step =
             steps[static_cast<std::size_t>(turn + static_cast<int>(std::size(steps))) % std::size(steps)];
         const auto from = unit.journal.end();
-        if (auto outcome = console.run(step.command); outcome.kind != Outcome::done)
+        if (auto outcome = runLine(console, step.command); outcome.kind != Outcome::done)
             return outcome;
         const auto took = timeTaken(unit.journal, from, inFront, step.page);
         if (!took)

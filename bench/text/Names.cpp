@@ -219,10 +219,7 @@ std::optional<Source> findSource(std::span<const std::string> words)
 
 std::vector<std::string> sourceNames()
 {
-    std::vector<std::string> names;
-    for (const auto& entry : sourceTable)
-        names.emplace_back(entry.name);
-    return names;
+    return namesIn(sourceTable);
 }
 
 std::optional<int> findKey(const std::string& name)
@@ -260,10 +257,7 @@ std::string keyName(int value)
 
 std::vector<std::string> keyNames()
 {
-    std::vector<std::string> names;
-    for (const auto& entry : keyTable)
-        names.emplace_back(entry.name);
-    return names;
+    return namesIn(keyTable);
 }
 
 std::string lineName(std::uint32_t line)
