@@ -2,11 +2,12 @@
 // exchanges.js. Prints what was said and each field as it was read; status 1 when something is not as it must be.
 const { readFileSync } = require('fs');
 const { isDeepStrictEqual } = require('util');
-const { FromPgn, pgnToActisenseSerialFormat } = require('@canboat/canboatjs');
+const { Parser } = require('@canboat/canboatjs/lib/fromPgn');
+const { pgnToActisenseSerialFormat } = require('@canboat/canboatjs/lib/toPgn');
 const { unit, display, exchanges } = require('./exchanges');
 
 const wholeMessages = 1; // the lines are not frames, however short they are
-const decoder = new FromPgn({ format: wholeMessages });
+const decoder = new Parser({ format: wholeMessages });
 
 let failures = 0;
 function fail(text) {
