@@ -14,8 +14,7 @@ namespace Bar
 namespace
 {
 
-constexpr const char* source = "ProjectDepend/FavoriteBar";
-constexpr const char* tag = "FavoriteBar";
+constexpr Platform::Log logger { "ProjectDepend/FavoriteBar", "FavoriteBar" };
 
 constexpr int showMs = 10000;
 constexpr int showOverCameraMs = 5000;
@@ -90,15 +89,14 @@ void FavoriteBar::setFavoriteCount(int count)
     if (FavoriteList::contains(count))
         favoriteCount = count;
     else
-        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "%d favourites are offered, 1 to 16 are taken",
-                                                  count);
+        logger().error("%d favourites are offered, 1 to 16 are taken", count);
 }
 
 void FavoriteBar::select(int favorite, bool overCamera)
 {
     if (!FavoriteList::contains(favorite))
     {
-        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favorite);
+        logger().error("there is no favourite %d", favorite);
         return;
     }
     showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * voltsOfInfo);
@@ -168,7 +166,7 @@ void FavoriteBar::drawFavorites()
 void FavoriteBar::tellRemote()
 {
     const auto information = favorites.getInformation(currentIndex);
-    Platform::Logger::getInstance()->logDebug(source, __LINE__, "TLX70", "strInfo = " + information);
+    Platform::Log("ProjectDepend/FavoriteBar", "TLX70")().debug("strInfo = " + information);
     if (auto* remote = EngineApi::Provided<EngineApi::WiredRemote>::get())
     {
         remote->clearDisplay(false);

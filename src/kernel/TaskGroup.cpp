@@ -13,6 +13,8 @@ namespace Kernel
 namespace
 {
 
+constexpr Platform::Log logger { "kernel/TaskGroup", "TaskGroup" };
+
 constexpr int normalPriority = 5;
 constexpr int deferredBackOffMs = 5;
 using Clock = std::chrono::steady_clock;
@@ -45,9 +47,7 @@ public:
         if (group.priority > normalPriority)
         {
             group.realtime = Platform::requestRealtimePriority();
-            Platform::Logger::getInstance()->logInfo("kernel/TaskGroup", __LINE__, "TaskGroup",
-                                                     "%s runs with %s priority", group.name.toRawUTF8(),
-                                                     group.realtime ? "real-time" : "normal");
+            logger().info("%s runs with %s priority", group.name.toRawUTF8(), group.realtime ? "real-time" : "normal");
         }
         group.run();
     }
@@ -98,8 +98,7 @@ void TaskGroup::stop()
     wakeUp.signal();
     if (!Platform::awaitEnd(*thread))
     {
-        Platform::Logger::getInstance()->logError("kernel/TaskGroup", __LINE__, "TaskGroup",
-                                                  "%s does not stop, a handler is still running", name.toRawUTF8());
+        logger().error("%s does not stop, a handler is still running", name.toRawUTF8());
         return;
     }
     for (auto& [id, component] : components)

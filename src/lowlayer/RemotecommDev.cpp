@@ -11,6 +11,8 @@ namespace LowLayer
 namespace
 {
 
+constexpr Platform::Log logger { "lowlayer/RemotecommDev", "RemotecommDev" };
+
 /** Window messages that programs post to the engine. */
 enum WindowMessage : juce::int32 {
     setupEvent = 1126,
@@ -50,8 +52,7 @@ RemotecommDev::RemotecommDev()
 {
     Platform::IPCMsg::MessageHelper::config(Pubhead::AppMain, Platform::IPCMsg::MessageHelper::getDestName);
     if (!session.init(this))
-        Platform::Logger::getInstance()->logError("lowlayer/RemotecommDev", __LINE__, "RemotecommDev",
-                                                  "the message channel is not there yet");
+        logger().error("the message channel is not there yet");
 }
 
 void RemotecommDev::setClient(ClientCallBack* newClient)
@@ -64,8 +65,7 @@ bool RemotecommDev::postToApp(int appType, const Platform::RemoteMessage::Ptr& m
 {
     if (Platform::IPCMsg::MessageHelper::postMessage(appType, message))
         return true;
-    Platform::Logger::getInstance()->logError("lowlayer/RemotecommDev", __LINE__, "RemotecommDev",
-                                              "postMessage error! dest: %s", Pubhead::appTypeName(appType));
+    logger().error("postMessage error! dest: %s", Pubhead::appTypeName(appType));
     return false;
 }
 

@@ -52,14 +52,6 @@ bool GpioFunc::writePin(int line, int level)
     return true;
 }
 
-int GpioFunc::readPin(int line)
-{
-    const std::lock_guard guard(lock);
-    const int level = recorded.levels[line];
-    recorded.pinCalls.push_back({ line, LinesDouble::Operation::read, level });
-    return level;
-}
-
 void endDeviceWaits() {}
 
 I2CDevice::I2CDevice()

@@ -9,13 +9,13 @@ namespace Platform::doubles
 /** The GPIO lines and I2C devices of a test: what was done to them, and what they answer. Any thread. */
 struct LinesDouble
 {
-    enum class Operation { function, write, read };
+    enum class Operation { function, write };
 
     struct PinCall
     {
         int line;
         Operation operation;
-        int value; ///< function number, level written or level read
+        int value; ///< function number or level written
         bool operator==(const PinCall&) const = default;
     };
 
@@ -31,7 +31,7 @@ struct LinesDouble
 
     /** Every call since the last `takePinCalls`, in order. */
     static std::vector<PinCall> takePinCalls();
-    /** The level written last, 0 at first; it is what reads answer. */
+    /** The level that was written; 0 at first. */
     static int getPin(int line);
 
     /** A failing device answers neither writes nor reads. */

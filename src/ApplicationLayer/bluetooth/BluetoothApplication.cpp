@@ -5,6 +5,7 @@
 #include "EngineApi/Pages.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/SystemState.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "EngineLayer/system/SystemInfo.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
@@ -12,7 +13,6 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 
@@ -83,8 +83,7 @@ constexpr juce::int32 requestClose = 5;
 /** Second byte of a command of the test equipment. */
 enum AutoTest : int { testAddress = 2, testConnected = 3, testModule = 4 };
 
-constexpr const char* logFile = "ApplicationLayer/BluetoothApplication";
-constexpr const char* logTag = "BluetoothApplication";
+constexpr Platform::Log logger { "ApplicationLayer/BluetoothApplication", "BluetoothApplication" };
 
 juce::int32 info(Platform::SysInfoItem item)
 {
@@ -134,11 +133,6 @@ void stopIfRunning(PageHandler& handler)
 {
     if (handler.isRunning())
         handler.requestState(AppAction::ToStop, true);
-}
-
-void log(int line, const juce::String& text)
-{
-    Platform::Logger::getInstance()->logInfo(logFile, line, logTag, text);
 }
 
 } // namespace
@@ -360,7 +354,7 @@ void BluetoothApplication::moduleState(juce::int32 value)
 
 void BluetoothApplication::disconnected()
 {
-    log(__LINE__, "BluetoothApplication recv bt disconnect");
+    logger().info("BluetoothApplication recv bt disconnect");
     sppOpen = false;
     stopTimer(timerPandora);
     storeDeviceName(noDevice);
@@ -388,8 +382,8 @@ void BluetoothApplication::pairedListShown()
 {
     if (info(Platform::sysInfoPairedList) == 1 && !moveInfo(Platform::sysInfoiPodLink, 1, 3))
         moveInfo(Platform::sysInfoiPodLink, 0, 2);
-    log(__LINE__, "paired list " + juce::String(info(Platform::sysInfoPairedList)) + ", iPod link " +
-                      juce::String(info(Platform::sysInfoiPodLink)));
+    logger().info("paired list " + juce::String(info(Platform::sysInfoPairedList)) + ", iPod link " +
+                  juce::String(info(Platform::sysInfoiPodLink)));
 }
 
 void BluetoothApplication::sppLink(juce::int32 value)

@@ -5,13 +5,13 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "dsp/AudioServices.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 
 namespace ApplicationLayer

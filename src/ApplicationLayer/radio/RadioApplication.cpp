@@ -29,8 +29,7 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::radioApplicationId,
                                                    []() -> Kernel::SystemTask* { return new RadioApplication; } };
 
-constexpr const char* logFile = "ApplicationLayer/RadioApplication";
-constexpr const char* logTag = "RadioApplication";
+constexpr Platform::Log logger { "ApplicationLayer/RadioApplication", "RadioApplication" };
 
 /** arg1 of RMSG_RADIO_CONTROL. */
 enum Control : juce::int32 {
@@ -61,14 +60,9 @@ constexpr juce::int32 playFavourite = 1;
 /** A frequency has two bytes on its way to the tuner. */
 constexpr int highestFrequency = 0xffff;
 
-void logAt(int line, const juce::String& text)
+void order(const Platform::Log::Line& line, const char* name, TunerOrder tunerOrder)
 {
-    Platform::Logger::getInstance()->logDebug(logFile, line, logTag, text);
-}
-
-void order(int line, const char* name, TunerOrder tunerOrder)
-{
-    logAt(line, name);
+    line.debug("%s", name);
     sendCommand(EVENT_RADIO_INFO, tunerOrder);
 }
 
@@ -174,13 +168,13 @@ void RadioApplication::control(juce::int32 which, juce::int32 value)
     case controlTuner:
         return sendCommand(EVENT_RADIO_INFO, passOn, value);
     case controlSeekUp:
-        return order(__LINE__, "seek up", seekUp);
+        return order(logger(), "seek up", seekUp);
     case controlSeekDown:
-        return order(__LINE__, "seek down", seekDown);
+        return order(logger(), "seek down", seekDown);
     case controlStepUp:
-        return order(__LINE__, "step up", stepUp);
+        return order(logger(), "step up", stepUp);
     case controlStepDown:
-        return order(__LINE__, "step down", stepDown);
+        return order(logger(), "step down", stepDown);
     case controlTune:
         return changeFrequency(value);
     case controlSensitivity2:
@@ -226,18 +220,16 @@ void RadioApplication::changeFrequency(juce::int32 value) const
 {
     if (value < 0 || value > highestFrequency)
     {
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  "the radio program asks for frequency %d, 0 to %d are sent", value,
-                                                  highestFrequency);
+        logger().error("the radio program asks for frequency %d, 0 to %d are sent", value, highestFrequency);
         return;
     }
     tuneTo(tuner.band, value);
-    logAt(__LINE__, "change Fre : " + juce::String(value));
+    logger().debug("change Fre : " + juce::String(value));
 }
 
 void RadioApplication::changeSensitivity(juce::int32 value) const
 {
-    logAt(__LINE__, "change  radio sensitivity value = " + juce::String(value));
+    logger().debug("change  radio sensitivity value = " + juce::String(value));
     sendCommand(EVENT_RADIO_TESTMODE, testSensitivity, tuner.band, value);
 }
 

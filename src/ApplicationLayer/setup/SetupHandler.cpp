@@ -22,6 +22,8 @@ using namespace Pubhead;
 namespace
 {
 
+constexpr Platform::Log logger { "ApplicationLayer/SetupApplication", "Dimmer_reset" };
+
 enum TimerId { timerReset = 1, timerIdle = 2 };
 constexpr int resetMs = 5000;
 constexpr int idleMs = 10000;
@@ -146,11 +148,9 @@ void SetupHandler::deleteSettings()
     // unit that cannot start.
     const juce::File folder(Platform::AppConfig::getSystemFilePath());
     const bool deleted = EngineLayer::DataManager::getInstance()->loadFactoryFile() && folder.deleteRecursively();
-    Platform::Logger::getInstance()->logInfo("ApplicationLayer/SetupApplication", __LINE__, "Dimmer_reset",
-                                             " bDeleteOK= %d", deleted ? 1 : 0);
+    logger().info(" bDeleteOK= %d", deleted ? 1 : 0);
     if (const auto made = folder.createDirectory(); made.failed())
-        Platform::Logger::getInstance()->logError("ApplicationLayer/SetupApplication", __LINE__, "Dimmer_reset",
-                                                  folder.getFullPathName() + ": " + made.getErrorMessage());
+        logger().error(folder.getFullPathName() + ": " + made.getErrorMessage());
     sendCommand(EVENT_FACTORY_RESET, 1);
 }
 

@@ -10,6 +10,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/devices/DspNotices.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "EngineLayer/devices/UsbStorage.h"
 #include "EngineLayer/devices/VideoDecoder.h"
 #include "EngineLayer/settings/DataManager.h"
@@ -22,7 +23,6 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 
@@ -36,8 +36,7 @@ namespace
 
 using EngineApi::Provided;
 
-constexpr const char* logFile = "EngineLayer/DeviceStatusManager";
-constexpr const char* logTag = "DeviceStatusManager";
+constexpr Platform::Log logger { "EngineLayer/DeviceStatusManager", "DeviceStatusManager" };
 
 enum TimerId {
     timerLastMemory = 1,
@@ -75,10 +74,9 @@ Factory::ScheduleFactroy& policy()
     return *Factory::ScheduleFactroy::getInstance();
 }
 
-void logSource(int line, const char* what, McuSource source)
+void logSource(const Platform::Log::Line& line, const char* what, McuSource source)
 {
-    Platform::Logger::getInstance()->logInfo(logFile, line, logTag, "%s Src Switch type:%d  Num:%d", what, source.type,
-                                             source.number);
+    line.info("%s Src Switch type:%d  Num:%d", what, source.type, source.number);
 }
 
 /** Type and number in front of a frame's data; -1 for what a short frame lacks. */
@@ -237,14 +235,12 @@ void DeviceStatusManager::standby(juce::int32 what)
     else if (what == leave)
         EngineApi::requestStopPage(Pubhead::mbStandby);
     else if (!std::exchange(standbyRefused, true))
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  "standby is entered by 0 and left by 1, not by %d", what);
+        logger().error("standby is entered by 0 and left by 1, not by %d", what);
 }
 
 void DeviceStatusManager::stopHeartbeat()
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
-                                             "APP stop sending the heatbeat packets to MCU \r\n");
+    logger().info("APP stop sending the heatbeat packets to MCU \r\n");
     stopTimer(timerHeartbeat);
 }
 
@@ -269,12 +265,12 @@ void DeviceStatusManager::hostEvent(int command, const Kernel::Payload& payload)
         lastMemoryAnswered();
         break;
     case EngineApi::EVENT_SRC_SWITCH:
-        logSource(__LINE__, "MCU Requeset", source);
+        logSource(logger(), "MCU Requeset", source);
         if (source.isComplete())
             mcuRequestsSource(source);
         break;
     case EngineApi::EVENT_SRC_SWITCH_REPORT:
-        logSource(__LINE__, "MCU report", source);
+        logSource(logger(), "MCU report", source);
         if (source.isComplete())
             agreement.mcuConfirms(source);
         break;
@@ -379,7 +375,7 @@ void DeviceStatusManager::sourceChanged()
     case SourceAgreement::Report::nothing:
         break;
     }
-    logSource(__LINE__, "APP  REQUESET", source);
+    logSource(logger(), "APP  REQUESET", source);
 }
 
 void DeviceStatusManager::takeSoundOf(int page)
@@ -413,7 +409,7 @@ void DeviceStatusManager::startSourceWhenReady()
 
 void DeviceStatusManager::runStartSrc()
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, "runStartSrc");
+    logger().info("runStartSrc");
     const int page = startPage;
     if (policy().checkNormalSource(page) == page)
         runPage(page);
@@ -448,12 +444,12 @@ bool DeviceStatusManager::getDeviceState(int kind) const
 void DeviceStatusManager::addDeviceStateListener(EngineApi::DeviceStateInterface* listener)
 {
     if (listener != nullptr)
-        listeners.addIfNotAlreadyThere(listener);
+        listeners.addOnce(listener);
 }
 
 void DeviceStatusManager::removeDeviceStateListener(EngineApi::DeviceStateInterface* listener)
 {
-    listeners.removeFirstMatchingValue(listener);
+    listeners.remove(listener);
 }
 
 void DeviceStatusManager::scanUsb()
@@ -497,12 +493,7 @@ void DeviceStatusManager::reportChanges()
 
 void DeviceStatusManager::announce(int kind)
 {
-    // Under the lock a removal waits for the call that is under way; a listener may also remove itself or another.
-    const juce::ScopedLock guard(listeners.getLock());
-    const auto current = listeners;
-    for (auto* listener : current)
-        if (listeners.contains(listener))
-            listener->onDeviceStateChanged(kind);
+    listeners.call([kind](auto& listener) { listener.onDeviceStateChanged(kind); });
 }
 
 void DeviceStatusManager::sendDeviceStatus()
@@ -541,3 +532,103 @@ void DeviceStatusManager::onSecondNotice(int, int) {}
 void DeviceStatusManager::onFourthNotice(int) {}
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::DeviceStatusManager& manager()
+{
+    return *EngineLayer::DeviceStatusManager::getInstance();
+}
+
+} // namespace
+
+void setDeviceState(int kind, bool present)
+{
+    manager().setDeviceState(kind, present);
+}
+
+bool getDeviceState(int kind)
+{
+    return manager().getDeviceState(kind);
+}
+
+void addDeviceStateListener(DeviceStateInterface* listener)
+{
+    manager().addDeviceStateListener(listener);
+}
+
+void removeDeviceStateListener(DeviceStateInterface* listener)
+{
+    manager().removeDeviceStateListener(listener);
+}
+
+void startSourceWhenReady()
+{
+    manager().startSourceWhenReady();
+}
+
+int getStartPage()
+{
+    return manager().getStartPage();
+}
+
+bool isDummyPowerOffCondition()
+{
+    return false;
+}
+
+bool isISRCondition()
+{
+    return manager().isISRCondition();
+}
+
+bool isCallCondition()
+{
+    return false;
+}
+
+void audioChannelChanged()
+{
+    manager().audioChannelChanged();
+}
+
+int getAntitheftValue()
+{
+    return manager().getAntitheftValue();
+}
+
+bool isDiscAudioAvailable()
+{
+    return manager().isDiscAudioAvailable();
+}
+
+bool isDiscVideoAvailable()
+{
+    return manager().isDiscVideoAvailable();
+}
+
+void setLowBatteryAlert(bool on)
+{
+    manager().setLowBatteryAlert(on);
+}
+
+bool isLowBatteryAlert()
+{
+    return manager().isLowBatteryAlert();
+}
+
+void setEnterTestMode(bool on)
+{
+    manager().setEnterTestMode(on);
+}
+
+bool getEnterTestMode()
+{
+    return manager().getEnterTestMode();
+}
+
+} // namespace EngineApi

@@ -8,6 +8,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
+#include "platform/base/ListenerList.h"
 
 #include <atomic>
 #include <cstdint>
@@ -116,7 +117,7 @@ private:
     bool waitingLastMemory = false;
     std::atomic<int> startPage;
     DeviceTable devices;
-    juce::Array<EngineApi::DeviceStateInterface*, juce::CriticalSection> listeners;
+    Platform::ListenerList<EngineApi::DeviceStateInterface> listeners;
     bool cameraVideoSignal = false;
     bool standbyRefused = false; ///< an unknown value is named once
     bool cameraPollPending = false;

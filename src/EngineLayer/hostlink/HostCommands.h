@@ -1,7 +1,6 @@
 #pragma once
 
 #include "EngineApi/HostLink.h"
-#include "kernel/ComponentIds.h"
 
 /** The table of the commands that the unit and its microcontroller exchange. */
 namespace EngineLayer
@@ -10,56 +9,49 @@ namespace EngineLayer
 struct HostCommandEntry
 {
     int code;
-    const char* sentName;         ///< in log lines when the unit sends it; "" when it never does
-    const char* receivedName;     ///< in log lines when the microcontroller sends it
-    Kernel::ComponentId receiver; ///< who gets the microcontroller's frame; noComponent drops it
+    const char* sentName;     ///< in log lines when the unit sends it; "" when it never does
+    const char* receivedName; ///< in log lines when the microcontroller sends it
 };
-
-/** The receiver of the DSP's identification was never built. */
-inline constexpr Kernel::ComponentId missingComponentId = 32;
 
 inline constexpr HostCommandEntry hostCommands[] = {
-    { EngineApi::EVENT_UNKNOWN, "EVENT_UNKNOWN", "UNKNOWN_RESP", Kernel::generalApplicationId },
-    { EngineApi::EVENT_GET_LAST_MEMORY, "EVENT_GET_LAST_MEMORY", "GET_LAST_MEMORY_RESP",
-      Kernel::deviceStatusManagerId },
-    { EngineApi::EVENT_SRC_SWITCH, "EVENT_SRC_SWITCH", "EVENT_SRC_SWITCH", Kernel::deviceStatusManagerId },
-    { EngineApi::EVENT_SRC_SWITCH_REPORT, "EVENT_SRC_SWITCH_REPORT", "EVENT_SRC_SWITCH_REPORT",
-      Kernel::deviceStatusManagerId },
-    { EngineApi::EVENT_DEVICE_STATUS, "EVENT_DEVICE_STATUS", "EVENT_GET_DEVICE_STATUS", Kernel::deviceStatusManagerId },
-    { EngineApi::EVENT_KEY, "EVENT_KEY", "IND_KEY", Kernel::keyManagerId },
-    { EngineApi::EVENT_POWER_OFF_READY, "EVENT_POWER_OFF_READY", "EVENT_POWER_OFF", Kernel::deviceStatusManagerId },
-    { EngineApi::EVENT_DATA_SEND_CAN, "EVENT_DATA_SEND_CAN", "EVENT_DATA_FROM_CAN", Kernel::navicoManagerId },
-    { EngineApi::EVENT_MCU_UPDATE_CTRL, "EVENT_MCU_UPDATE_CTRL", "", Kernel::noComponent },
-    { EngineApi::EVENT_MCU_UPDATE_DATA, "EVENT_MCU_UPDATE_DATA", "EVENT_MCU_UPDATE_DATA", Kernel::noComponent },
-    { EngineApi::EVENT_SEND_VERSION, "EVENT_SEND_VERSION", "EVENT_REQUEST_VERSION", Kernel::navicoManagerId },
-    { EngineApi::EVENT_PGN_SEND_CAN, "EVENT_PGN_SEND_CAN", "EVENT_PGN_FROM_CAN", Kernel::navicoManagerId },
-    { EngineApi::EVENT_MEDIA_INFO, "EVENT_MEDIA_INFO", "", Kernel::noComponent },
-    { EngineApi::EVENT_SETUP_FROM_CAN, "", "EVENT_SETUP_FROM_CAN", Kernel::navicoManagerId },
-    { EngineApi::EVENT_SET_DEVICE_ID_FROM_CAN, "", "EVENT_SET_DEVICE_ID", Kernel::navicoManagerId },
-    { EngineApi::EVENT_RADIO_INFO, "EVENT_RADIO_INFO", "EVENT_RADIO_INFO_RESP", Kernel::radioApplicationId },
-    { EngineApi::EVENT_RADIO_CONTROL_RESP, "", "EVENT_RADIO_CONTROL_RESP", Kernel::radioApplicationId },
-    { EngineApi::EVENT_RADIO_INFO_REPORT, "", "EVENT_RADIO_INFO_REPORT", Kernel::radioApplicationId },
-    { EngineApi::EVENT_LED_LCD_DIMMER, "EVENT_LED_LCD_DIMMER", "EVENT_LED_LCD_DIMMER", Kernel::setupApplicationId },
-    { EngineApi::EVENT_VOLTAGE_VALUES, "", "EVENT_VOLTAGE_VALUES", Kernel::setupApplicationId },
-    { EngineApi::EVENT_MUTE_STATE, "EVENT_MUTE_STATE", "", Kernel::noComponent },
-    { EngineApi::EVENT_FACTORY_RESET, "EVENT_FACTORY_RESET", "", Kernel::noComponent },
-    { EngineApi::EVENT_RENAME_AUXIN, "EVENT_RENAME_AUXIN", "", Kernel::noComponent },
-    { EngineApi::EVENT_HEAT_BEAT, "EVENT_HEAT_BEAT", "", Kernel::noComponent },
-    { EngineApi::EVENT_RADIO_TESTMODE, "EVENT_RADIO_TESTMODE", "EVENT_RADIO_TESTMODE_RESP",
-      Kernel::radioApplicationId },
-    { EngineApi::EVENT_AUTOTEST_INFO, "EVENT_AUTOTEST_INFO", "EVENT_AUTOTEST_INFO_RESP", Kernel::keyManagerId },
-    { EngineApi::EVENT_SET_DEVICE_ID, "EVENT_SET_DEVICE_ID", "", Kernel::noComponent },
-    { EngineApi::EVENT_GET_DEVICE_ID, "EVENT_GET_DEVICE_ID", "EVENT_DEVICE_ID_RESP", Kernel::keyManagerId },
-    { EngineApi::EVENT_DSP_ID_RESP, "EVENT_DSP_ID_RESP", "EVENT_DSP_ID_RESP", missingComponentId },
+    { EngineApi::EVENT_UNKNOWN, "EVENT_UNKNOWN", "UNKNOWN_RESP" },
+    { EngineApi::EVENT_GET_LAST_MEMORY, "EVENT_GET_LAST_MEMORY", "GET_LAST_MEMORY_RESP" },
+    { EngineApi::EVENT_SRC_SWITCH, "EVENT_SRC_SWITCH", "EVENT_SRC_SWITCH" },
+    { EngineApi::EVENT_SRC_SWITCH_REPORT, "EVENT_SRC_SWITCH_REPORT", "EVENT_SRC_SWITCH_REPORT" },
+    { EngineApi::EVENT_DEVICE_STATUS, "EVENT_DEVICE_STATUS", "EVENT_GET_DEVICE_STATUS" },
+    { EngineApi::EVENT_KEY, "EVENT_KEY", "IND_KEY" },
+    { EngineApi::EVENT_POWER_OFF_READY, "EVENT_POWER_OFF_READY", "EVENT_POWER_OFF" },
+    { EngineApi::EVENT_DATA_SEND_CAN, "EVENT_DATA_SEND_CAN", "EVENT_DATA_FROM_CAN" },
+    { EngineApi::EVENT_MCU_UPDATE_CTRL, "EVENT_MCU_UPDATE_CTRL", "" },
+    { EngineApi::EVENT_MCU_UPDATE_DATA, "EVENT_MCU_UPDATE_DATA", "EVENT_MCU_UPDATE_DATA" },
+    { EngineApi::EVENT_SEND_VERSION, "EVENT_SEND_VERSION", "EVENT_REQUEST_VERSION" },
+    { EngineApi::EVENT_PGN_SEND_CAN, "EVENT_PGN_SEND_CAN", "EVENT_PGN_FROM_CAN" },
+    { EngineApi::EVENT_MEDIA_INFO, "EVENT_MEDIA_INFO", "" },
+    { EngineApi::EVENT_SETUP_FROM_CAN, "", "EVENT_SETUP_FROM_CAN" },
+    { EngineApi::EVENT_SET_DEVICE_ID_FROM_CAN, "", "EVENT_SET_DEVICE_ID" },
+    { EngineApi::EVENT_RADIO_INFO, "EVENT_RADIO_INFO", "EVENT_RADIO_INFO_RESP" },
+    { EngineApi::EVENT_RADIO_CONTROL_RESP, "", "EVENT_RADIO_CONTROL_RESP" },
+    { EngineApi::EVENT_RADIO_INFO_REPORT, "", "EVENT_RADIO_INFO_REPORT" },
+    { EngineApi::EVENT_LED_LCD_DIMMER, "EVENT_LED_LCD_DIMMER", "EVENT_LED_LCD_DIMMER" },
+    { EngineApi::EVENT_VOLTAGE_VALUES, "", "EVENT_VOLTAGE_VALUES" },
+    { EngineApi::EVENT_MUTE_STATE, "EVENT_MUTE_STATE", "" },
+    { EngineApi::EVENT_FACTORY_RESET, "EVENT_FACTORY_RESET", "" },
+    { EngineApi::EVENT_RENAME_AUXIN, "EVENT_RENAME_AUXIN", "" },
+    { EngineApi::EVENT_HEAT_BEAT, "EVENT_HEAT_BEAT", "" },
+    { EngineApi::EVENT_RADIO_TESTMODE, "EVENT_RADIO_TESTMODE", "EVENT_RADIO_TESTMODE_RESP" },
+    { EngineApi::EVENT_AUTOTEST_INFO, "EVENT_AUTOTEST_INFO", "EVENT_AUTOTEST_INFO_RESP" },
+    { EngineApi::EVENT_SET_DEVICE_ID, "EVENT_SET_DEVICE_ID", "" },
+    { EngineApi::EVENT_GET_DEVICE_ID, "EVENT_GET_DEVICE_ID", "EVENT_DEVICE_ID_RESP" },
+    { EngineApi::EVENT_DSP_ID_RESP, "EVENT_DSP_ID_RESP", "EVENT_DSP_ID_RESP" },
 };
 
-/** The entry of a command; one with empty names and no receiver for a code outside the table. */
+/** The entry of a command; one with empty names for a code outside the table. */
 constexpr HostCommandEntry hostCommand(int code)
 {
     for (const auto& entry : hostCommands)
         if (entry.code == code)
             return entry;
-    return { code, "", "", Kernel::noComponent };
+    return { code, "", "" };
 }
 
 } // namespace EngineLayer

@@ -18,8 +18,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/HostSessionManager";
-constexpr const char* logTag = "HostSessionManager";
+constexpr Platform::Log logger { "EngineLayer/HostSessionManager", "HostSessionManager" };
 
 /** Line numbers under which the log is read and filtered. */
 enum LogLine {
@@ -34,11 +33,6 @@ enum LogLine {
 constexpr const char* monitorGroup = "MonitorSendThread";
 constexpr int monitorPriority = 5;
 constexpr int noSequence = 65535; ///< matches no sequence byte
-
-Platform::Logger& logger()
-{
-    return *Platform::Logger::getInstance();
-}
 
 } // namespace
 
@@ -158,8 +152,8 @@ HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data
     if (data != nullptr && (n < 0 || n > HostFrame::maxDataLength))
     {
         ++refusedSends;
-        logger().logError(logFile, __LINE__, logTag, "%s not sent: %d data bytes, a frame carries %d",
-                          hostCommand(command).sentName, n, HostFrame::maxDataLength);
+        logger().error("%s not sent: %d data bytes, a frame carries %d", hostCommand(command).sentName, n,
+                       HostFrame::maxDataLength);
         return nullptr;
     }
     auto frame = HostDataFormat::obtainFrame();
@@ -182,8 +176,8 @@ void HostSessionManager::noteLoss(const SendItem& lost, int limit)
 {
     ++refusedSends;
     if (!lossLogged.exchange(true))
-        logger().logError(logFile, __LINE__, logTag, "%d frames wait, %s and what follows is not sent", limit,
-                          hostCommand(lost.frame->commandOf()).sentName);
+        logger().error("%d frames wait, %s and what follows is not sent", limit,
+                       hostCommand(lost.frame->commandOf()).sentName);
 }
 
 // Sending, group thread.
@@ -219,16 +213,15 @@ void HostSessionManager::transmit(const HostDataFormat& frame)
 {
     const bool debug = Platform::CorvaneConfig::isSystemDebug();
     if (debug)
-        logger().logInfo(logFile, lineSendCommand, logTag,
-                         "Host Send cmd: " + juce::String(hostCommand(frame.commandOf()).sentName));
+        logger(lineSendCommand).info("Host Send cmd: " + juce::String(hostCommand(frame.commandOf()).sentName));
     // A write that failed is made good by the resends.
     if (!LowLayer::HostcommDev::getInstance()->write(frame.getBytes(), frame.getFrameLength()) && debug)
-        logger().logError(logFile, lineHardwareFail, logTag, "Host Send data hardware fail!");
+        logger(lineHardwareFail).error("Host Send data hardware fail!");
 }
 
 void HostSessionManager::acknowledged(int sequence, int value)
 {
-    logger().logError(logFile, lineAcknowledged, logTag, "MCU received ACK arg1: %d, arg2: %d", sequence, value);
+    logger(lineAcknowledged).error("MCU received ACK arg1: %d, arg2: %d", sequence, value);
     if (!waitingForAcknowledgement || sequence != sequenceCounter || inFlight == nullptr)
         return;
     releaseInFlight();
@@ -243,8 +236,7 @@ void HostSessionManager::resend(int sequence)
         return;
     if (waitingForAcknowledgement && inFlight != nullptr)
     {
-        logger().logError(logFile, lineResend, logTag,
-                          "MCU ReSend ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+        logger(lineResend).error("MCU ReSend ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
         transmit(*inFlight->frame);
         return;
     }
@@ -258,8 +250,8 @@ void HostSessionManager::sendFailed(int sequence)
         return;
     if (inFlight != nullptr)
     {
-        logger().logError(logFile, lineSendError, logTag,
-                          "MCU Send Error ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+        logger(lineSendError)
+            .error("MCU Send Error ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
         releaseInFlight();
     }
     waitingForAcknowledgement = false;
@@ -300,7 +292,7 @@ void HostSessionManager::onFrame(const std::uint8_t* frame, int length)
 
 void HostSessionManager::onChecksumError()
 {
-    logger().logError(logFile, __LINE__, logTag, "MCU Recv CheckSum Error");
+    logger().error("MCU Recv CheckSum Error");
 }
 
 void HostSessionManager::frameReceived(int length, const Kernel::Payload& payload)
@@ -327,8 +319,7 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 {
     const int command = HostFrame::command(frame);
     if (Platform::CorvaneConfig::isSystemDebug())
-        logger().logInfo(logFile, lineReceiveCommand, logTag,
-                         "Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
+        logger(lineReceiveCommand).info("Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
     noteIfUnknown(command);
     // Nothing reaches the managers before the answer to the request for the last memory.
     if (!synchronised && command != EngineApi::EVENT_GET_LAST_MEMORY)
@@ -353,7 +344,7 @@ void HostSessionManager::noteIfUnknown(int command)
     if (noted || *hostCommand(command).receivedName != '\0')
         return;
     noted = true;
-    logger().logError(logFile, __LINE__, logTag, "frames of command %d are not known and are ignored", command);
+    logger().error("frames of command %d are not known and are ignored", command);
 }
 
 bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
@@ -365,9 +356,8 @@ bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
         return true;
     ++droppedEvents;
     if (overrun.insert(receiver).second)
-        logger().logError(logFile, __LINE__, logTag,
-                          "%d messages wait for component %d, %s and what follows is dropped",
-                          static_cast<int>(waiting), receiver, hostCommand(command).receivedName);
+        logger().error("%d messages wait for component %d, %s and what follows is dropped", static_cast<int>(waiting),
+                       receiver, hostCommand(command).receivedName);
     return false;
 }
 

@@ -3,6 +3,7 @@
 #include "EngineApi/HostLink.h"
 #include "EngineLayer/hostlink/HostDataFormat.h"
 #include "EngineLayer/hostlink/HostFrameParser.h"
+#include "EngineLayer/hostlink/MonitorSendThread.h"
 #include "EngineLayer/hostlink/SendQueue.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
@@ -28,18 +29,6 @@ class HostSessionManager : public Kernel::ComponentTask,
 {
 public:
     using SendItem = EngineLayer::SendItem;
-    class MonitorSendThread;
-
-    /** Messages that the session and its monitor send to the session. Resend and failure name the frame's sequence in
-     * arg1. */
-    enum PrivateMessage : juce::int32 {
-        msgFrameReceived = 1,
-        msgAcknowledged = 2,
-        msgSendNext = 3,
-        msgSendNow = 4,
-        msgResend = 11,
-        msgSendFailed = 12
-    };
 
     /** Messages that may wait for a receiver when a frame comes for it. One more frame is acknowledged and dropped. */
     static constexpr std::size_t maxWaitingEvents = 1024;

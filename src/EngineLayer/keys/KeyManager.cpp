@@ -11,6 +11,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/autotest/AutoTestFrame.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -18,7 +19,6 @@
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/config/Configuration.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 
 #include <algorithm>
@@ -31,8 +31,7 @@ using namespace EngineApi;
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/KeyManager";
-constexpr const char* logTag = "KeyManager";
+constexpr Platform::Log logger { "EngineLayer/KeyManager", "KeyManager" };
 
 constexpr juce::uint32 repeatMs = 60;
 constexpr int readBackMs = 300;
@@ -111,8 +110,7 @@ void KeyManager::hostEvent(int command, const Kernel::Payload& payload)
         if (bytes.size() >= 2)
             enqueue(hostKeys, { bytes[0], bytes[1] }, msgNextHostKey);
         else if (!std::exchange(shortFrameReported, true))
-            Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                      "a key of the MCU has fewer than 2 bytes; such keys are dropped");
+            logger().error("a key of the MCU has fewer than 2 bytes; such keys are dropped");
         break;
     case EVENT_AUTOTEST_INFO:
         if (const auto frame = AutoTestFrame::parse(bytes))
@@ -132,19 +130,19 @@ void KeyManager::enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn)
     // One turn is on its way as long as a key waits.
     if (queue.isEmpty())
         Kernel::postSystemMessage(Kernel::keyManagerId, turn, 0, 0);
-    if (!queue.push(key) && queue.getDropped() == 1)
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  "keys come faster than they are acted on; the oldest are dropped");
+    if (queue.push(key) && queue.getDropped() == 1)
+        logger().error("keys come faster than they are acted on; the oldest are dropped");
 }
 
 void KeyManager::takeTurn(KeyQueue& queue, juce::int32 turn)
 {
-    const auto key = queue.pop();
-    if (!key)
+    if (queue.isEmpty())
         return;
+    const auto key = queue.front();
+    queue.pop();
     if (!queue.isEmpty())
         Kernel::postSystemMessage(Kernel::keyManagerId, turn, 0, 0);
-    handleKey(key->origin, key->value);
+    handleKey(key.origin, key.value);
 }
 
 bool KeyManager::isRepeat(int value) const
@@ -155,8 +153,7 @@ bool KeyManager::isRepeat(int value) const
 void KeyManager::handleKey(int origin, int value)
 {
     if (Platform::CorvaneConfig::isSystemDebug())
-        Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag, "key %d %s from %d", value,
-                                                  getKeyName(value).toRawUTF8(), origin);
+        logger().debug("key %d %s from %d", value, getKeyName(value).toRawUTF8(), origin);
     // A release is never a repeat: a program that misses it believes the key held for ever.
     if (origin != originRelease && isRepeat(value))
         return;
@@ -283,7 +280,7 @@ void KeyManager::act(const ShowPage& action)
 
 void KeyManager::act(const KeyLog& action)
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, action.tag, action.text);
+    Platform::Log("EngineLayer/KeyManager", action.tag)().info(action.text);
 }
 
 void KeyManager::setDeviceId(const DeviceId& id)
@@ -305,8 +302,7 @@ void KeyManager::compareDeviceId(std::span<const std::uint8_t> answer) const
     if (answer.size() < shortestAnswer)
         return;
     const bool saved = std::ranges::equal(answer, deviceId);
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, "device id %s",
-                                             saved ? "saved" : "differs from what was set");
+    logger().info("device id %s", saved ? "saved" : "differs from what was set");
 }
 
 } // namespace EngineLayer

@@ -13,13 +13,9 @@ namespace Platform
 namespace
 {
 
-std::atomic<bool> readsOnly { false };
+constexpr Log logger { "platform/SetupStore", "SetupStore" };
 
-template <typename... Arguments>
-void logError(int line, const char* format, Arguments... arguments)
-{
-    Logger::getInstance()->logError("platform/SetupStore", line, "SetupStore", format, arguments...);
-}
+std::atomic<bool> readsOnly { false };
 
 /** For a process that writes nothing: the store as the unit has it now. */
 std::string readShared(int index)
@@ -47,7 +43,7 @@ std::string readValue(int index)
 bool writeValue(int index, const std::string& value)
 {
     if (readsOnly)
-        logError(__LINE__, "setting %d: this process only reads settings", index);
+        logger().error("setting %d: this process only reads settings", index);
     else
         SetupWriter::get().set(index, value);
     return !readsOnly;
@@ -75,7 +71,7 @@ bool VX_SetSetupValueString(int index, const juce::String& value)
     const auto text = value.toStdString();
     if (text.size() > longestSetupText)
     {
-        logError(__LINE__, "setting %d: a text of %zu bytes is refused", index, text.size());
+        logger().error("setting %d: a text of %zu bytes is refused", index, text.size());
         return false;
     }
     return writeValue(index, encodeSetup(text));
@@ -110,7 +106,7 @@ bool VX_LoadDataFromFactoryFile()
     std::error_code error;
     std::filesystem::remove_all(settingsFolder(), error);
     if (error)
-        logError(__LINE__, "%s: %s", settingsFolder().c_str(), error.message().c_str());
+        logger().error("%s: %s", settingsFolder().c_str(), error.message().c_str());
     return !error;
 }
 

@@ -34,7 +34,7 @@ protected:
         run();
     }
     void mcuAcknowledges(int sequence) { mcuSends(McuLink::acknowledgementOf(sequence)); }
-    void toSession(Session::PrivateMessage id, int sequence) { send(Kernel::hostSessionManagerId, id, sequence); }
+    void toSession(EngineLayer::SessionMessage id, int sequence) { send(Kernel::hostSessionManagerId, id, sequence); }
     void synchronise()
     {
         mcuSends({ 200, EVENT_GET_LAST_MEMORY, {} });
@@ -110,11 +110,11 @@ TEST_F(HostSessionTest, ASilentMcuGetsTheFrameAgainAndThenTheNextOne)
     sendCommand(EVENT_GET_LAST_MEMORY);
     sendCommand(EVENT_HEAT_BEAT, 0);
     EXPECT_EQ(written(), Frames { lastMemory });
-    toSession(Session::msgResend, 1);
-    toSession(Session::msgResend, 1);
+    toSession(EngineLayer::msgResend, 1);
+    toSession(EngineLayer::msgResend, 1);
     EXPECT_EQ(written(), (Frames { lastMemory, lastMemory }));
     EXPECT_EQ(log.count("MCU ReSend ID! EVENT_GET_LAST_MEMORY"), 2);
-    toSession(Session::msgSendFailed, 1);
+    toSession(EngineLayer::msgSendFailed, 1);
     EXPECT_EQ(log.count("MCU Send Error ID! EVENT_GET_LAST_MEMORY"), 1);
     EXPECT_EQ(written(), (Frames { { 2, EVENT_HEAT_BEAT, { 0 } } }));
 }
@@ -128,8 +128,8 @@ TEST_F(HostSessionTest, ATimeOutThatComesTooLateDoesNotHitTheNextFrame)
     run();
     mcuAcknowledges(1);
     mcu.takeWritten();
-    toSession(Session::msgResend, 1);
-    toSession(Session::msgSendFailed, 1);
+    toSession(EngineLayer::msgResend, 1);
+    toSession(EngineLayer::msgSendFailed, 1);
     EXPECT_EQ(written(), Frames {});
     sendCommand(EVENT_MUTE_STATE, 1);
     EXPECT_EQ(written(), Frames {}) << "the heartbeat is still in flight";
@@ -282,7 +282,7 @@ protected:
         return told;
     }
 
-    HostSessionManager::MonitorSendThread::Ptr monitor = new HostSessionManager::MonitorSendThread();
+    MonitorSendThread::Ptr monitor = new MonitorSendThread();
 };
 
 } // namespace
@@ -295,7 +295,7 @@ TEST_F(MonitorTest, AsksForTwoResendsAndThenGivesUp)
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     EXPECT_EQ(toldSession(),
               (std::vector<std::pair<int, int>> {
-                  { Session::msgResend, 7 }, { Session::msgResend, 7 }, { Session::msgSendFailed, 7 } }));
+                  { EngineLayer::msgResend, 7 }, { EngineLayer::msgResend, 7 }, { EngineLayer::msgSendFailed, 7 } }));
     EXPECT_GE(seconds.count(), 1.35) << "four, eight and sixteen slices of 50 ms";
 }
 
@@ -305,11 +305,11 @@ TEST_F(MonitorTest, AWatchThatWasEndedBeforeItBeganDoesNothing)
     monitor->watch(1);
     monitor->stopWatching();
     runWatch(1);
-    EXPECT_EQ(toldSession(), (Told { { Session::msgSendNext, 0 } }));
+    EXPECT_EQ(toldSession(), (Told { { EngineLayer::msgSendNext, 0 } }));
     monitor->watch(2);
     monitor->watch(3);
     runWatch(2);
-    EXPECT_EQ(toldSession(), (Told { { Session::msgSendNext, 0 } })) << "the run for 2 must not watch over 3";
+    EXPECT_EQ(toldSession(), (Told { { EngineLayer::msgSendNext, 0 } })) << "the run for 2 must not watch over 3";
 }
 
 // Session and monitor on their own threads, an MCU that acknowledges at once, and one that then falls silent.

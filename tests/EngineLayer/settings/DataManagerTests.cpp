@@ -94,7 +94,7 @@ TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
 {
     LogCapture log;
     Listener listener;
-    manager().addListener(&listener);
+    manager().listeners.add(&listener);
     listener.then = [&] { EXPECT_EQ(manager().getInt(numberSetting), 2000); };
     for (int flood = 0; flood < 2; ++flood)
     {
@@ -103,7 +103,11 @@ TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
             manager().setInt(numberSetting, value, true, Pubhead::AppSetup);
         manager().setString(textSetting, flood == 0 ? "Bow" : "Stern", true, Pubhead::AppSetup);
         run();
+<<<<<<< HEAD
         EXPECT_EQ(listener.heard.size(), 1u + WaitingChanges::most);
+=======
+        EXPECT_EQ(listener.heard.size(), 1u + EngineLayer::WaitingChanges::most);
+>>>>>>> main
         EXPECT_EQ(listener.heard.back().first, textSetting);
     }
     EXPECT_EQ(LogCapture::take().size(), 1u);
@@ -113,12 +117,12 @@ TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)
 {
     Listener first, second, third;
     for (auto* listener : { &first, &second, &third })
-        manager().addListener(listener);
+        manager().listeners.add(listener);
     first.then = [&]
     {
-        manager().removeListener(&first);
-        manager().removeListener(&second);
-        manager().addListener(&first);
+        manager().listeners.remove(&first);
+        manager().listeners.remove(&second);
+        manager().listeners.add(&first);
     };
     manager().setInt(numberSetting, 5, true, Pubhead::AppUnknown);
     run();
@@ -131,13 +135,13 @@ TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)
 TEST_F(DataManagerTest, RemovingAListenerWaitsForItsRunningCall)
 {
     Listener listener;
-    manager().addListener(&listener);
+    manager().listeners.add(&listener);
     juce::WaitableEvent inside, removed;
     std::thread owner(
         [&]
         {
             inside.wait();
-            manager().removeListener(&listener);
+            manager().listeners.remove(&listener);
             removed.signal();
         });
     bool removedDuringCall = false;

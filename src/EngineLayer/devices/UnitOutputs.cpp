@@ -1,4 +1,4 @@
-#include "platform/devices/UnitLines.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 
 #include "kernel/Singleton.h"
 #include "platform/devices/Lines.h"
@@ -18,8 +18,8 @@ struct UnitDevices : Kernel::Singleton<UnitDevices>
 
 void driveBoth(bool high)
 {
-    drive(UnitLine::startOutput1, high);
-    drive(UnitLine::startOutput2, high);
+    drive(Platform::UnitLine::startOutput1, high);
+    drive(Platform::UnitLine::startOutput2, high);
 }
 
 } // namespace
@@ -29,7 +29,7 @@ void postDeviceJob(DeviceJob what, Kernel::DeviceWorker::Job job)
     UnitDevices::getInstance()->worker.post(static_cast<int>(what), std::move(job));
 }
 
-void drive(UnitLine line, bool high)
+void drive(Platform::UnitLine line, bool high)
 {
     constexpr int outputFunction = 32;
     Platform::GpioFunc::setPinFunc(static_cast<int>(line), outputFunction);
