@@ -50,6 +50,12 @@ TEST(Catalogue, PagesAreWhatTheSchedulerTakesThemFor)
 namespace
 {
 
+struct Case
+{
+    ScheduleInfo page, other;
+    int pageState, otherState;
+};
+
 ScheduleInfo page(std::int32_t level, bool rear = false, std::int32_t channel = Dsp::eAudioWince)
 {
     ScheduleInfo info;
@@ -63,11 +69,6 @@ ScheduleInfo page(std::int32_t level, bool rear = false, std::int32_t channel = 
 
 TEST(ConflictRules, Play)
 {
-    struct Case
-    {
-        ScheduleInfo page, other;
-        int pageState, otherState;
-    };
     constexpr int plays = PageStates::playing, mixes = PageStates::mixed, silent = PageStates::stopped;
     const Case cases[] {
         { page(21), page(20), plays, silent },
@@ -94,11 +95,6 @@ TEST(ConflictRules, Play)
 
 TEST(ConflictRules, AudioAcrossTheZonesIsAboutTheChannel)
 {
-    struct Case
-    {
-        ScheduleInfo page, other;
-        int pageState, otherState;
-    };
     constexpr int held = PageStates::held, lost = PageStates::notHeld;
     const Case cases[] {
         { page(20), page(20, true, Dsp::eAudioAux1), held, held },

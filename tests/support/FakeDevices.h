@@ -110,7 +110,7 @@ protected:
     FakeAudio audio;
     FakeRemote remote;
     FakeVolumeBar volumeBar;
-    FakeFavoriteBar favoriteBar;
+    FakeFavoriteBar favouriteBar;
     FakeAutoTest session;
 
 private:
@@ -120,7 +120,7 @@ private:
         Provided<Dsp::ChipManager>::set(on ? &audio : nullptr);
         Provided<EngineApi::WiredRemote>::set(on ? &remote : nullptr);
         Provided<EngineApi::VolumeBar>::set(on ? &volumeBar : nullptr);
-        Provided<EngineApi::FavoriteBar>::set(on ? &favoriteBar : nullptr);
+        Provided<EngineApi::FavoriteBar>::set(on ? &favouriteBar : nullptr);
         Provided<EngineApi::AutoTestSession>::set(on ? &session : nullptr);
     }
 };

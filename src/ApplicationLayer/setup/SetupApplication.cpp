@@ -196,7 +196,7 @@ void SetupApplication::voltageReported(Bytes data)
     const int flags = data[1];
     if (raw != voltageRaw)
         showVoltage(raw);
-    watchBattery(SupplyVoltage::toVolts(raw));
+    watchBattery(raw * Platform::voltsPerStep);
     setDeviceState(triggerInput, (flags & triggerBit) != 0);
     followLights((flags & lightsBit) != 0);
 }

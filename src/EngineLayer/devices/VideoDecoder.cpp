@@ -46,7 +46,7 @@ void VideoDecoder::initialise()
     if (initialised)
         return;
     initialised = true;
-    drive(Platform::UnitLine::videoDecoderPower, true);
+    Platform::drive(Platform::videoDecoderLine, true);
     Platform::I2CDevice device;
     if (!device.open(busName, setUpTimeoutMs))
         return;

@@ -1,6 +1,6 @@
 #include "EngineLayer/hostlink/HostSessionManager.h"
 
-#include "EngineLayer/hostlink/HostCommands.h"
+#include "EngineApi/HostCommands.h"
 #include "EngineLayer/hostlink/MonitorSendThread.h"
 #include "factory/MsgSpecialHandler.h"
 #include "kernel/MessageIds.h"
@@ -152,7 +152,7 @@ HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data
     if (data != nullptr && (n < 0 || n > HostFrame::maxDataLength))
     {
         ++refusedSends;
-        logger().error("%s not sent: %d data bytes, a frame carries %d", hostCommand(command).sentName, n,
+        logger().error("%s not sent: %d data bytes, a frame carries %d", EngineApi::hostCommand(command).sentName, n,
                        HostFrame::maxDataLength);
         return nullptr;
     }
@@ -177,7 +177,7 @@ void HostSessionManager::noteLoss(const SendItem& lost, int limit)
     ++refusedSends;
     if (!lossLogged.exchange(true))
         logger().error("%d frames wait, %s and what follows is not sent", limit,
-                       hostCommand(lost.frame->commandOf()).sentName);
+                       EngineApi::hostCommand(lost.frame->commandOf()).sentName);
 }
 
 // Sending, group thread.
@@ -213,7 +213,8 @@ void HostSessionManager::transmit(const HostDataFormat& frame)
 {
     const bool debug = Platform::CorvaneConfig::isSystemDebug();
     if (debug)
-        logger(lineSendCommand).info("Host Send cmd: " + juce::String(hostCommand(frame.commandOf()).sentName));
+        logger(lineSendCommand)
+            .info("Host Send cmd: " + juce::String(EngineApi::hostCommand(frame.commandOf()).sentName));
     // A write that failed is made good by the resends.
     if (!LowLayer::HostcommDev::getInstance()->write(frame.getBytes(), frame.getFrameLength()) && debug)
         logger(lineHardwareFail).error("Host Send data hardware fail!");
@@ -236,7 +237,8 @@ void HostSessionManager::resend(int sequence)
         return;
     if (waitingForAcknowledgement && inFlight != nullptr)
     {
-        logger(lineResend).error("MCU ReSend ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+        logger(lineResend)
+            .error("MCU ReSend ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         transmit(*inFlight->frame);
         return;
     }
@@ -251,7 +253,7 @@ void HostSessionManager::sendFailed(int sequence)
     if (inFlight != nullptr)
     {
         logger(lineSendError)
-            .error("MCU Send Error ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+            .error("MCU Send Error ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         releaseInFlight();
     }
     waitingForAcknowledgement = false;
@@ -319,7 +321,7 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 {
     const int command = HostFrame::command(frame);
     if (Platform::CorvaneConfig::isSystemDebug())
-        logger(lineReceiveCommand).info("Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
+        logger(lineReceiveCommand).info("Host Recv cmd: " + juce::String(EngineApi::hostCommand(command).receivedName));
     noteIfUnknown(command);
     // Nothing reaches the managers before the answer to the request for the last memory.
     if (!synchronised && command != EngineApi::EVENT_GET_LAST_MEMORY)
@@ -341,7 +343,7 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 void HostSessionManager::noteIfUnknown(int command)
 {
     auto noted = unknownCommands[static_cast<std::size_t>(command)];
-    if (noted || *hostCommand(command).receivedName != '\0')
+    if (noted || *EngineApi::hostCommand(command).receivedName != '\0')
         return;
     noted = true;
     logger().error("frames of command %d are not known and are ignored", command);
@@ -357,7 +359,7 @@ bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
     ++droppedEvents;
     if (overrun.insert(receiver).second)
         logger().error("%d messages wait for component %d, %s and what follows is dropped", static_cast<int>(waiting),
-                       receiver, hostCommand(command).receivedName);
+                       receiver, EngineApi::hostCommand(command).receivedName);
     return false;
 }
 

@@ -180,14 +180,14 @@ KeySituation KeyManager::situation() const
     unit.zone2On = getSettingInt(Platform::zone2OnSetting) == 1;
     if (const auto* bar = Provided<VolumeBar>::get())
         unit.volumeBarShown = bar->isShown();
-    unit.favorite = favorite;
+    unit.favourite = favourite;
     if (const auto* bar = Provided<FavoriteBar>::get())
     {
-        unit.favoritesShown = bar->isShown();
-        unit.favoritesBarIndex = bar->getCurrentIndex();
-        unit.favoriteStored = bar->isStored(favorite);
+        unit.favouritesShown = bar->isShown();
+        unit.favouritesBarIndex = bar->getCurrentIndex();
+        unit.favouriteStored = bar->isStored(favourite);
     }
-    unit.favoritePage = getFavouritePage(favorite);
+    unit.favouritePage = getFavouritePage(favourite);
     unit.lastSourcePage = getLastSourcePage();
     return unit;
 }
@@ -207,7 +207,7 @@ void KeyManager::act(KeyStep step)
         if (auto* service = audio())
             service->toggleMute(true);
         break;
-    case KeyStep::hideFavorites:
+    case KeyStep::hideFavourites:
         toFavoriteBar(Kernel::MSG_FAVORITES_HIDE);
         break;
     case KeyStep::emptySlotNotice:
@@ -234,17 +234,17 @@ void KeyManager::act(const PageKey& action)
     postToPage(action.page, Kernel::MSG_APP_KEY, action.key, action.argument);
 }
 
-void KeyManager::act(const FavoriteMessage& action)
+void KeyManager::act(const FavouriteMessage& action)
 {
-    favorite = action.favorite;
+    favourite = action.favourite;
     if (action.appType != Pubhead::AppUnknown)
-        sendRemoteMessage(action.appType, favouriteMessageOf(action.appType), action.mode, action.favorite);
+        sendRemoteMessage(action.appType, favouriteMessageOf(action.appType), action.mode, action.favourite);
 }
 
-void KeyManager::act(const SelectFavorite& action)
+void KeyManager::act(const SelectFavourite& action)
 {
-    favorite = action.favorite;
-    toFavoriteBar(Kernel::MSG_FAVORITES_SELECT, action.favorite, action.cameraInFront ? 1 : 0);
+    favourite = action.favourite;
+    toFavoriteBar(Kernel::MSG_FAVORITES_SELECT, action.favourite, action.cameraInFront ? 1 : 0);
 }
 
 void KeyManager::act(const PowerSwitch& action)

@@ -61,8 +61,8 @@ private:
     void act(KeyStep step);
     void act(const ProgramKey& action);
     void act(const PageKey& action);
-    void act(const FavoriteMessage& action);
-    void act(const SelectFavorite& action);
+    void act(const FavouriteMessage& action);
+    void act(const SelectFavourite& action);
     void act(const PowerSwitch& action);
     void act(const PowerRequest& action);
     void act(const VolumeStep& action);
@@ -73,7 +73,7 @@ private:
     KeyQueue remoteKeys;
     juce::uint32 lastKeyTime = 0; ///< ms
     int lastKey = 0;
-    int favorite = 1; ///< 1 to 16, the one that keys act on
+    int favourite = 1; ///< 1 to 16, the one that keys act on
     bool returnOnNextKey = false;
     bool powerOn = true;
     DeviceId deviceId {};

@@ -65,7 +65,7 @@ void TLX70Dev::initialize()
         const bool opened = port->open(portName, baudRate, true);
         logger(lineOpen).debug("serial open: %d", opened ? 1 : 0);
     }
-    worker.post(jobTransmitterOff, [] { drive(Platform::UnitLine::remoteTransmit, false); });
+    worker.post(jobTransmitterOff, [] { Platform::drive(Platform::remoteTransmitLine, false); });
     startTimer(refreshTimer, refreshMs);
 }
 
@@ -159,11 +159,11 @@ bool TLX70Dev::transmit(const Protocol::Bytes& command)
     const auto begin = Clock::now();
     const int size = static_cast<int>(command.size());
     logTraffic(lineSend, "send: ", command.data(), size);
-    drive(Platform::UnitLine::remoteTransmit, true);
+    Platform::drive(Platform::remoteTransmitLine, true);
     juce::Thread::sleep(switchingMs);
     const bool taken = port->write(command.data(), size) == size;
     juce::Thread::sleep(switchingMs);
-    drive(Platform::UnitLine::remoteTransmit, false);
+    Platform::drive(Platform::remoteTransmitLine, false);
     if (taken)
         return true;
     const auto end = Clock::now();

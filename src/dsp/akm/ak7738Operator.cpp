@@ -4,7 +4,7 @@
 #include "dsp/akm/SPI.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
-#include "platform/devices/Lines.h"
+#include "platform/devices/UnitLines.h"
 
 #include <algorithm>
 #include <boost/crc.hpp>
@@ -22,8 +22,6 @@ constexpr const char* bus = "SPI2:";
 constexpr int attempts = 3;
 constexpr std::array<std::uint8_t, 3> readChecksum { 0x00, 0x00, 0x72 };
 
-constexpr int startUpLine = 32778;
-constexpr int outputFunction = 32;
 constexpr int startUpMs = 5;
 constexpr int settleMs = 10;
 constexpr std::array<std::uint8_t, 4> wakeUp { 0xDE, 0xAD, 0xDA, 0x7A };
@@ -145,8 +143,7 @@ void ak7738Operator::boot()
     worker.post(bootKey,
                 [this]
                 {
-                    Platform::GpioFunc::setPinFunc(startUpLine, outputFunction);
-                    Platform::GpioFunc::writePin(startUpLine, 1);
+                    Platform::drive(Platform::dspStartLine, true);
                     juce::Thread::sleep(startUpMs);
                     writeBlock(wakeUp);
                     setRegisters(haltRegisters);

@@ -60,10 +60,10 @@ TEST_F(GeneralTest, CameraFollowsTriggerAndKey)
     EXPECT_THAT(requests(), ElementsAre("mbCamera stop auto"));
 
     device(triggerInput, true);
-    favoriteBar.shown = true;
+    favouriteBar.shown = true;
     key(mbCamera, KEY_SHOWCAMERA);
     EXPECT_THAT(requests(), ElementsAre("mbCamera run auto", "mbCamera stop auto"));
-    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 }));
+    EXPECT_THAT(favouriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 }));
     device(triggerInput, false);
     key(mbCamera, KEY_MENU);
     EXPECT_THAT(requests(), IsEmpty());

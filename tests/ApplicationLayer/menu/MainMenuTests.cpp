@@ -3,6 +3,7 @@
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/Programs.h"
 #include "dsp/DSPSettingHelperImpl.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/ApplicationFixture.h"
 
 using namespace ApplicationLayer;
@@ -149,7 +150,7 @@ TEST_F(MainMenuTest, ShowsTheVolumeOfZone2)
     command(12, 6);
     EXPECT_THAT(volumeBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLUME_SHOW), 2, 17 }));
     EXPECT_THAT(remote.calls, ElementsAre("clear row 1", "restore after 2000", "text 1 1 Stern Vol. 17 temporary"));
-    setSettingInt(281, 0, false, AppUnknown);
+    setSettingInt(Platform::zone2OnSetting, 0, false, AppUnknown);
     command(12, 6);
     EXPECT_EQ(volumeBar.messages.size(), 1u);
 }

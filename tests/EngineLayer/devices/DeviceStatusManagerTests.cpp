@@ -13,6 +13,7 @@
 #include "doubles/SystemDouble.h"
 #include "kernel/MessageIds.h"
 #include "lowlayer/HostcommDev.h"
+#include "platform/devices/UnitLines.h"
 #include "support/FakeDevices.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
@@ -160,7 +161,7 @@ TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
     ASSERT_EQ(writes.size(), 46u);
     EXPECT_EQ(writes.front(), (LinesDouble::RegisterWrite { 0x88, 0x02, 0x44 }));
     EXPECT_EQ(writes.back(), (LinesDouble::RegisterWrite { 0x88, 0x2F, 0xE0 }));
-    EXPECT_EQ(LinesDouble::getPin(32772), 1);
+    EXPECT_EQ(LinesDouble::getPin(Platform::videoDecoderLine), 1);
     decoder.initialise();
     EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty());
 

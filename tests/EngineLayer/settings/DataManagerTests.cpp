@@ -2,6 +2,7 @@
 
 #include "kernel/MessageIds.h"
 #include "platform/config/Configuration.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
 
@@ -14,7 +15,7 @@ using namespace EngineLayer;
 namespace
 {
 
-constexpr int numberSetting = 7, textSetting = 284;
+constexpr int numberSetting = Platform::bluetoothSetting, textSetting = Platform::zone2NameSetting;
 
 class Listener : public SettingDataChangeListener
 {
