@@ -29,13 +29,11 @@ struct LinesDouble
 
     static void reset();
 
-    /** Every successful call since the last `takePinCalls`, in order. */
+    /** Every call since the last `takePinCalls`, in order. */
     static std::vector<PinCall> takePinCalls();
     /** The level that was written; 0 at first. */
     static int getPin(int line);
-    static void failPin(int line, bool fails);
 
-    static void failI2cOpen(bool fails);
     /** A failing device answers neither writes nor reads. */
     static void failI2cDevice(int address, bool fails);
     /** The value that reads answer; 0 at first. A write changes it too. */
@@ -43,9 +41,6 @@ struct LinesDouble
     static std::vector<RegisterWrite> takeRegisterWrites();
     /** Devices that are open now. */
     static int getOpenI2cDevices();
-    /** Successful openings since the last reset, and the time-out given with the latest. */
-    static int getI2cOpenCount();
-    static int getI2cTimeout();
 };
 
 } // namespace Platform::doubles

@@ -104,22 +104,13 @@ TEST_F(GeneralTest, CameraComesBackWhileItIsOn)
     EXPECT_THAT(requests(), IsEmpty());
 }
 
-TEST_F(GeneralTest, EqualiserEndsWhenItStaysHidden)
+TEST_F(GeneralTest, TheEqualiserStaysWhenItIsInFrontAgain)
 {
-    auto& timers = timersOf(mbEQ);
     show(mbEQ);
     hide(mbEQ);
-    EXPECT_EQ(timers.getTimerInterval(EQHandler::closeTimer), 6000);
-    show(mbEQ);
-    EXPECT_FALSE(timers.isTimerRunning(EQHandler::closeTimer));
-
-    hide(mbEQ);
-    order(mbEQ, SwitchType::ToChange, { 1, 0, 0, 0 }); // in front again, without a command line
-    fire(timers, EQHandler::closeTimer);
+    order(mbEQ, SwitchType::ToChange, { 1, 0, 0, 0 }); // without a command line
+    fire(timersOf(mbEQ), EQHandler::closeTimer);
     EXPECT_THAT(requests(), IsEmpty());
-    hide(mbEQ);
-    fire(timers, EQHandler::closeTimer);
-    EXPECT_THAT(requests(), ElementsAre("mbEQ stop auto"));
 }
 
 TEST_F(GeneralTest, OnlyTheAntitheftProgramUnlocks)

@@ -142,17 +142,6 @@ TEST_F(MainMenuTest, CarriesOutCommandsOfOtherPrograms)
     EXPECT_THAT(requests(), ElementsAre("mbFM show auto"));
 }
 
-TEST_F(MainMenuTest, StandbyIsEnteredAndLeftByTheMenuAndByCommand)
-{
-    for (const int value : { 0, 1 })
-    {
-        fromProgram(AppMainMenu, RMSG_APP_EVENT, 8, value);
-        expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_STANDBY, value, 0);
-        command(10, value);
-        expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_STANDBY, value, 0);
-    }
-}
-
 TEST_F(MainMenuTest, ShowsTheVolumeOfZone2)
 {
     Dsp::DSPSettingHelperImpl::getInstance()->setVolume(17, true);

@@ -151,37 +151,6 @@ TEST_F(PlayerTest, TheiPodComesAuthenticatesAndGoes)
     EXPECT_FALSE(getDeviceState(EngineApi::iPodConnected));
 }
 
-TEST_F(PlayerTest, PandoraAndUsbStandInForEachOther)
-{
-    playing(mbUSBAudio);
-    device(pandoraOniPod, true);
-    EXPECT_THAT(requests(), ElementsAre("mbiPodPandora run auto"));
-    playing(mbiPodPandora);
-    device(usbStorage, true);
-    EXPECT_THAT(requests(), ElementsAre("mbUSBAudio run auto"));
-    setSettingInt(internetRadioSetting, 0, true, AppSetup);
-    run();
-    EXPECT_FALSE(getDeviceState(pandoraOniPod));
-}
-
-TEST_F(PlayerTest, TheHubIsResetHalfASecondAfterTheStorageHasGone)
-{
-    device(usbStorage, true);
-    device(usbStorage, false);
-    ASSERT_EQ(usb.getTimerInterval(USBApplication::hubResetTimer), 500);
-    device(usbStorage, true);
-    EXPECT_FALSE(usb.isTimerRunning(USBApplication::hubResetTimer));
-    device(usbStorage, false);
-    LinesDouble::takePinCalls();
-    fire(usb, USBApplication::hubResetTimer);
-    std::vector<std::pair<int, int>> writes;
-    for (const auto& call : LinesDouble::takePinCalls())
-        if (call.operation == LinesDouble::Operation::write)
-            writes.emplace_back(call.line, call.value);
-    EXPECT_THAT(writes, ElementsAre(std::pair(output1Line, 0), std::pair(output2Line, 0), std::pair(output1Line, 1),
-                                    std::pair(output2Line, 1)));
-}
-
 TEST_F(PlayerTest, TheTestEquipmentPlaysFromUsb)
 {
     constexpr auto id = Kernel::usbApplicationId;

@@ -80,11 +80,6 @@ protected:
         return commands();
     }
 
-    void onTop(bool shown)
-    {
-        order(mbSetup, shown ? SwitchType::ToRun : SwitchType::ToStop,
-              shown ? PageStates { 1, 0, 0, 0 } : PageStates {});
-    }
     Bundle::Ptr show()
     {
         return order(mbSetup, SwitchType::ToRun, { 1, 0, 0, 0 }, CommandLine::genCmdPageShow(mbSetup, false));
@@ -254,30 +249,11 @@ TEST_F(SetupTest, WithoutItsProgramSomeSettingsAreLeftAlone)
     EXPECT_THAT(change(dimmerLevelSetting, 4), ElementsAre("18 5 5"));
 }
 
-/** One key opens and closes the page, the other opens it at its own view; from there the first leads back. */
-TEST_F(SetupTest, KeysOpenAndClose)
+TEST_F(SetupTest, NoSourceComesWhenThePageWasLeftBefore)
 {
-    const auto sends = [](int arg1) { return Sent { AppSetup, RMSG_SETTING_NOTIFY, arg1, 0 }; };
-    key(mbSetup, KEY_MMS1);
-    EXPECT_THAT(requests(), ElementsAre("mbSetup run"));
-    EXPECT_EQ(show(), nullptr);
-    key(mbSetup, KEY_SHOWVERSION);
-    EXPECT_FALSE(timersOf(mbSetup).isTimerRunning(SetupHandler::idleTimer));
-    expectPosted(Kernel::keyManagerId, Kernel::MSG_KEY_RETURN_NEXT, 1, 0);
-    key(mbSetup, KEY_AMS1);
-    key(mbSetup, KEY_SHOWVERSION); // not from this view
-    key(mbSetup, KEY_MMS1);
-    EXPECT_THAT(takeSent(), ElementsAre(sends(8), sends(9), sends(11)));
-    EXPECT_THAT(requests(), IsEmpty());
-    key(mbSetup, KEY_MMS1);
-    EXPECT_THAT(requests(), ElementsAre("mbSetup stop auto"));
-
+    show();
     key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(SetupHandler::idleTimer), 10000);
-    fire(timersOf(mbSetup), SetupHandler::idleTimer);
-    EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
-    onTop(false);
-    key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
+    order(mbSetup, SwitchType::ToStop, {});
     fire(timersOf(mbSetup), SetupHandler::idleTimer);
     EXPECT_THAT(requests(), IsEmpty());
 }

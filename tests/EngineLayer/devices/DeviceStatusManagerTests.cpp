@@ -1,12 +1,10 @@
 #include "EngineLayer/devices/DeviceStatusManager.h"
 
-#include "EngineApi/AutoTestSession.h"
 #include "EngineApi/Bars.h"
 #include "EngineApi/HostLink.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/SystemState.h"
-#include "EngineApi/WiredRemote.h"
 #include "EngineLayer/devices/VideoDecoder.h"
 #include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/settings/DataManager.h"
@@ -16,7 +14,6 @@
 #include "kernel/MessageIds.h"
 #include "lowlayer/HostcommDev.h"
 #include "platform/devices/UnitLines.h"
-#include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
@@ -56,7 +53,7 @@ public:
     Calls calls;
 };
 
-class DeviceStatusTest : public KernelFixture
+class DeviceStatusTest : public KernelFixture, protected ProvidedFakes
 {
 protected:
     DeviceStatusTest()
@@ -71,21 +68,13 @@ protected:
             folder.getFullPathName() + "/";
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
         add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
-        Provided<WiredRemote>::set(&remote);
-        Provided<VolumeBar>::set(&volumeBar);
         Provided<LowBatteryBar>::set(&lowBatteryBar);
-        Provided<Dsp::ChipManager>::set(&audio);
-        Provided<AutoTestSession>::set(&autoTest);
         add(&manager, Kernel::deviceStatusManagerId);
     }
 
     ~DeviceStatusTest() override
     {
-        Provided<WiredRemote>::set(nullptr);
-        Provided<VolumeBar>::set(nullptr);
         Provided<LowBatteryBar>::set(nullptr);
-        Provided<Dsp::ChipManager>::set(nullptr);
-        Provided<AutoTestSession>::set(nullptr);
         for (const auto& page : pages)
             unregisterHandler(page.get());
         DataManager::getInstance()->onRelease();
@@ -141,11 +130,7 @@ protected:
     }
 
     McuLink mcu;
-    FakeRemote remote;
-    FakeVolumeBar volumeBar;
     FakeBar<LowBatteryBar> lowBatteryBar;
-    FakeAudio audio;
-    FakeAutoTest autoTest;
     const Platform::Configuration previous = Platform::Configuration::get();
     const juce::File folder = juce::File::createTempFile("unit");
     std::vector<juce::ReferenceCountedObjectPtr<FakePage>> pages;
@@ -383,14 +368,6 @@ TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
     toManager(Kernel::MSG_POWER_OFF_CONFIRM, Pubhead::mbSirius);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
     EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
-}
-
-TEST_F(DeviceStatusTest, StandbyIsEnteredAndLeftAnyTime)
-{
-    auto& standby = addPage(Pubhead::mbStandby, NUM_OF_SOURCES);
-    for (const int value : { 0, 1, 0, 2, -1, 1 })
-        toManager(Kernel::MSG_STANDBY, value);
-    EXPECT_EQ(standby.calls, (Calls { "show auto", "stop auto", "show auto", "stop auto" }));
 }
 
 TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)

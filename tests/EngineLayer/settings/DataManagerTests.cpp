@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <thread>
 
+using namespace EngineApi;
 using namespace EngineLayer;
 
 namespace
@@ -16,7 +17,7 @@ namespace
 
 constexpr int numberSetting = Platform::bluetoothSetting, textSetting = Platform::zone2NameSetting;
 
-class Listener : public EngineApi::SettingDataChangeListener
+class Listener : public SettingDataChangeListener
 {
 public:
     void onSettingChanged(int index, int origin) override
@@ -67,17 +68,17 @@ TEST_F(DataManagerTest, ChangesAreStoredAtOnceAndToldLaterInOrder)
 {
     Listener first, second;
     second.refused = textSetting;
-    EngineApi::addSettingListener(&first);
-    EngineApi::addSettingListener(&second);
+    addSettingListener(&first);
+    addSettingListener(&second);
 
-    EngineApi::setSettingInt(numberSetting, 1, true, Pubhead::AppSetup); // stored already
-    EngineApi::setSettingInt(numberSetting, 2, true, Pubhead::AppSetup);
-    EngineApi::setSettingString(textSetting, "Zone 2", true, Pubhead::AppSetup); // stored already
-    EngineApi::setSettingString(textSetting, "Cockpit", true, Pubhead::AppUnknown);
-    EngineApi::setSettingInt(numberSetting, 3, true, Pubhead::AppMain);
-    EngineApi::setSettingInt(numberSetting, 4, false, Pubhead::AppMain); // nobody is told
-    EXPECT_EQ(EngineApi::getSettingInt(numberSetting), 4);
-    EXPECT_EQ(EngineApi::getSettingString(textSetting), "Cockpit");
+    setSettingInt(numberSetting, 1, true, Pubhead::AppSetup); // stored already
+    setSettingInt(numberSetting, 2, true, Pubhead::AppSetup);
+    setSettingString(textSetting, "Zone 2", true, Pubhead::AppSetup); // stored already
+    setSettingString(textSetting, "Cockpit", true, Pubhead::AppUnknown);
+    setSettingInt(numberSetting, 3, true, Pubhead::AppMain);
+    setSettingInt(numberSetting, 4, false, Pubhead::AppMain); // nobody is told
+    EXPECT_EQ(getSettingInt(numberSetting), 4);
+    EXPECT_EQ(getSettingString(textSetting), "Cockpit");
     EXPECT_TRUE(first.heard.empty());
 
     run();
@@ -103,7 +104,11 @@ TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
             manager().setInt(numberSetting, value, true, Pubhead::AppSetup);
         manager().setString(textSetting, flood == 0 ? "Bow" : "Stern", true, Pubhead::AppSetup);
         run();
+<<<<<<< HEAD
+        EXPECT_EQ(listener.heard.size(), 1u + WaitingChanges::most);
+=======
         EXPECT_EQ(listener.heard.size(), 1u + EngineLayer::WaitingChanges::most);
+>>>>>>> main
         EXPECT_EQ(listener.heard.back().first, textSetting);
     }
     EXPECT_EQ(LogCapture::take().size(), 1u);
