@@ -5,6 +5,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/BytePool.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/ScratchUnit.h"
@@ -104,7 +105,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const auto& message : unit.session.messages)
             require(message.getSize() >= 1 && message.getSize() <= 97);
         for (const auto& [id, favourite, camera] : unit.bar.messages)
-            require(id != Kernel::MSG_FAVORITES_SELECT || (favourite >= 1 && favourite <= favoriteCount));
+            require(id != Kernel::MSG_FAVORITES_SELECT || (favourite >= 1 && favourite <= Platform::favouriteCount));
     }
     return 0;
 }

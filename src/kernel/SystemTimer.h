@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kernel/SystemMessage.h"
+#include "kernel/TimerStarts.h"
 
 #include <juce_events/juce_events.h>
 
@@ -26,15 +26,10 @@ public:
 
     void timerCallback(int timerId) override;
 
-    /** True for an expiry of a start that does not count any more. Any thread. */
-    static bool isStale(const SystemMessage& message);
-
 private:
-    class Starts;
-
     const ComponentId owner;
     const juce::int32 timerPage;
-    const juce::ReferenceCountedObjectPtr<Starts> starts;
+    const juce::ReferenceCountedObjectPtr<TimerStarts> starts;
 };
 
 } // namespace Kernel
