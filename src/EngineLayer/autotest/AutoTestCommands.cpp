@@ -30,8 +30,7 @@ using namespace EngineApi;
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/AutoTestCommands";
-constexpr const char* logTag = "ATestSession";
+constexpr Platform::Log logger { "EngineLayer/AutoTestCommands", "ATestSession" };
 
 /** Byte 4 of a frame. */
 enum Command : int {
@@ -115,8 +114,7 @@ std::optional<DeviceId> deviceIdOf(const juce::String& text)
 
 void logRefused(const char* what)
 {
-    Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag, "command of the test equipment refused: %s",
-                                              what);
+    logger().error("command of the test equipment refused: %s", what);
 }
 
 } // namespace
@@ -217,7 +215,7 @@ bool AutoTestCommands::injectKey(int item, int detail)
             chips->getACService().volumeUp(1);
         return true;
     case itemPower:
-        sendCommand(EVENT_KEY, 0, detail == 1 ? KEY_POWER_OFF : KEY_POWER_ON, 0);
+        sendCommand(EVENT_KEY, { 0, detail == 1 ? KEY_POWER_OFF : KEY_POWER_ON, 0 });
         return true;
     default:
         break;
@@ -264,8 +262,7 @@ void AutoTestCommands::storeDeviceId(const Request& p)
     if (const auto id = deviceIdOf(text))
         keys.setDeviceId(*id);
     else
-        Platform::Logger::getInstance()->logInfo(
-            logFile, __LINE__, logTag, "the device id does not end with six digits: stored, and not sent to the MCU");
+        logger().info("the device id does not end with six digits: stored, and not sent to the MCU");
     answerAutoTest(parameters);
 }
 

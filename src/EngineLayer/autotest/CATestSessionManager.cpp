@@ -14,13 +14,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/ATestSessionManger";
-constexpr const char* logTag = "ATestSession";
-
-Platform::Logger& logger()
-{
-    return *Platform::Logger::getInstance();
-}
+constexpr Platform::Log logger { "EngineLayer/ATestSessionManger", "ATestSession" };
 
 } // namespace
 
@@ -41,7 +35,7 @@ void CATestSessionManager::start()
         return;
     readyToSend = true;
     if (!startThread())
-        logger().logError(logFile, __LINE__, logTag, "the thread does not start");
+        logger().error("the thread does not start");
 }
 
 void CATestSessionManager::stop()
@@ -49,7 +43,7 @@ void CATestSessionManager::stop()
     signalThreadShouldExit();
     notify();
     if (!Platform::awaitEnd(*this))
-        logger().logError(logFile, __LINE__, logTag, "the thread does not stop");
+        logger().error("the thread does not stop");
 }
 
 void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
@@ -58,8 +52,8 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
         return;
     constexpr auto longest = static_cast<std::size_t>(AutoTestFrame::longestMessage);
     if (message.getSize() > longest)
-        logger().logError(logFile, __LINE__, logTag, "a message of %d bytes is cut, a frame carries %d",
-                          static_cast<int>(message.getSize()), AutoTestFrame::longestMessage);
+        logger().error("a message of %d bytes is cut, a frame carries %d", static_cast<int>(message.getSize()),
+                       AutoTestFrame::longestMessage);
     const auto* bytes = static_cast<const std::uint8_t*>(message.getData());
 
     const juce::ScopedLock guard(lock);
@@ -67,8 +61,7 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
     {
         ++refusedMessages;
         if (!std::exchange(queueFull, true))
-            logger().logError(logFile, __LINE__, logTag, "%d messages wait, what follows is not sent",
-                              maxWaitingMessages);
+            logger().error("%d messages wait, what follows is not sent", maxWaitingMessages);
         return;
     }
     queue.emplace_back(bytes, bytes + std::min(message.getSize(), longest));
@@ -116,12 +109,12 @@ void CATestSessionManager::sendNext()
     case nothingSaid:
         if (queue.empty())
             return;
-        logger().logInfo(logFile, __LINE__, logTag, "sendMsg3");
+        logger().info("sendMsg3");
         current = AutoTestFrame::build(sequence++, queue.front());
         sendCurrent();
         queue.pop_front();
         queueFull = false;
-        logger().logInfo(logFile, __LINE__, logTag, "sendMsgSuccess");
+        logger().info("sendMsgSuccess");
         break;
     default:
         break;

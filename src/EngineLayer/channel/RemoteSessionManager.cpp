@@ -22,8 +22,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* sourceFile = "EngineLayer/RemoteSessionManager";
-constexpr const char* tag = "RemoteSessionManager";
+constexpr Platform::Log logger { "EngineLayer/RemoteSessionManager", "RemoteSessionManager" };
 
 bool isValid(int appType)
 {
@@ -76,8 +75,8 @@ bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& mess
     if (isPointlessLater(*message))
         return false;
     if (auto& queue = pendingMessages[appType]; queue.push({ message, isStarting }))
-        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "%d messages wait for %s: the oldest go",
-                                                  static_cast<int>(maxPending), Pubhead::appTypeName(appType));
+        logger().error("%d messages wait for %s: the oldest go", static_cast<int>(maxPending),
+                       Pubhead::appTypeName(appType));
     return false;
 }
 
@@ -102,11 +101,10 @@ std::vector<int> RemoteSessionManager::getRegisteredApps() const
 void RemoteSessionManager::onData(int kind, int appType, juce::ReferenceCountedObject* data)
 {
     auto* message = dynamic_cast<RemoteMessage*>(data);
-    auto* logger = Platform::Logger::getInstance();
     switch (kind)
     {
     case LowLayer::MSG_REMOTE_REGIST:
-        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_REGIST: %s", Pubhead::appTypeName(appType));
+        logger().info("MSG_REMOTE_REGIST: %s", Pubhead::appTypeName(appType));
         // A name alone is not enough: a program that has just started registers with its hello.
         if (isValid(appType) && getAppState(appType) == kConnected)
             registerApp(appType);
@@ -116,7 +114,7 @@ void RemoteSessionManager::onData(int kind, int appType, juce::ReferenceCountedO
             sendToApp(appType, message);
         break;
     case LowLayer::MSG_REMOTE_UNREGIST:
-        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_UNREGIST: %s", Pubhead::appTypeName(appType));
+        logger().info("MSG_REMOTE_UNREGIST: %s", Pubhead::appTypeName(appType));
         // A name that is lost late must not take along what waits for the program's next process.
         if (isValid(appType) && isAppRegistered(appType))
             unregisterApp(appType);
@@ -134,7 +132,7 @@ void RemoteSessionManager::receive(int appType, RemoteMessage& message)
 {
     if (!isValid(appType))
     {
-        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "MSG_REMOTE_MSG_REV AppType error");
+        logger().error("MSG_REMOTE_MSG_REV AppType error");
         return;
     }
     RemoteMsgFilterInterface* filter = nullptr;

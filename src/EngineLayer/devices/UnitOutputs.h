@@ -1,16 +1,9 @@
 #pragma once
 
 #include "kernel/DeviceWorker.h"
-#include "platform/devices/UnitLines.h"
 
 namespace EngineLayer
 {
-
-/**
-    Makes the line an output and drives it. A line that cannot be had is logged by the platform. It may take a second:
-    only for the thread of a device.
-*/
-void drive(Platform::UnitLine line, bool high);
 
 /** Both lines that are high while the unit is on; they supply the Bluetooth module and the USB hub, too. Returns at
  * once. Any thread. */

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "EngineLayer/autotest/AutoTestCommands.h"
-#include "EngineLayer/keys/KeyQueue.h"
 #include "EngineLayer/keys/KeyTable.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
+#include "platform/base/BoundedQueue.h"
 
 #include <span>
 
@@ -42,6 +42,14 @@ private:
     static constexpr juce::int32 msgNextHostKey = 1;
     static constexpr juce::int32 msgNextRemoteKey = 2;
 
+    struct KeyEvent
+    {
+        int origin;
+        int value;
+    };
+    /** Of keys that come faster than they are acted on the newest stay: the unit does what the user wants now. */
+    using KeyQueue = Platform::BoundedQueue<KeyEvent, 16>;
+
     void hostEvent(int command, const Kernel::Payload& payload);
     void enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn);
     void takeTurn(KeyQueue& queue, juce::int32 turn);
@@ -53,8 +61,8 @@ private:
     void act(KeyStep step);
     void act(const ProgramKey& action);
     void act(const PageKey& action);
-    void act(const FavoriteMessage& action);
-    void act(const SelectFavorite& action);
+    void act(const FavouriteMessage& action);
+    void act(const SelectFavourite& action);
     void act(const PowerSwitch& action);
     void act(const PowerRequest& action);
     void act(const VolumeStep& action);
@@ -65,7 +73,7 @@ private:
     KeyQueue remoteKeys;
     juce::uint32 lastKeyTime = 0; ///< ms
     int lastKey = 0;
-    int favorite = 1; ///< 1 to 16, the one that keys act on
+    int favourite = 1; ///< 1 to 16, the one that keys act on
     bool returnOnNextKey = false;
     bool powerOn = true;
     DeviceId deviceId {};

@@ -31,8 +31,7 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/NavicoManager";
-constexpr const char* logTag = "NavicoManager";
+constexpr Platform::Log logger { "EngineLayer/NavicoManager", "NavicoManager" };
 
 constexpr int bothZones = 0;
 constexpr int zoneCount = 2;
@@ -212,7 +211,7 @@ void NavicoManager::handleHostEvent(int command, Bytes bytes)
 void NavicoManager::receiveData(Bytes bytes)
 {
     constexpr int logLine = 268;
-    Logger::getInstance()->logInfo(logFile, logLine, logTag, hexadecimal(bytes));
+    logger(logLine).info(hexadecimal(bytes));
     Parcel parcel;
     parcel.fillData(bytes.data(), static_cast<int>(bytes.size()));
     const auto type = parcel.readShort();
@@ -237,7 +236,7 @@ void NavicoManager::receiveData(Bytes bytes)
 void NavicoManager::receivePgn(Bytes bytes)
 {
     constexpr int logLine = 390;
-    Logger::getInstance()->logInfo(logFile, logLine, logTag, "RxPGNParcelFromNavico::" + hexadecimal(bytes) + "\n");
+    logger(logLine).info("RxPGNParcelFromNavico::" + hexadecimal(bytes) + "\n");
     Parcel parcel;
     parcel.fillData(bytes.data(), static_cast<int>(bytes.size()));
     const auto pgn = PGNHelper::readPGNFromParcel(parcel);
@@ -466,6 +465,8 @@ namespace EngineApi
 namespace
 {
 
+constexpr Platform::Log logger { "EngineApi/NavicoCanApi", "NavicoManager" };
+
 juce::MemoryBlock bytesOf(const Platform::Bundle::Ptr& bundle)
 {
     return bundle != nullptr ? Platform::RemoteObjFormat::getByteArray(bundle) : juce::MemoryBlock();
@@ -516,8 +517,7 @@ void sendPgnBundle(const Platform::Bundle::Ptr& bundle)
     if (bytes.isEmpty())
         return;
     send(EVENT_PGN_SEND_CAN, bytes);
-    Platform::Logger::getInstance()->logInfo(
-        "EngineApi/NavicoCanApi", logLine, "NavicoManager",
+    logger(logLine).info(
         "TxPGNParcelToNavico::" + Platform::hexPairs(bytes.getData(), static_cast<int>(bytes.getSize())) + "\n");
 }
 

@@ -23,15 +23,17 @@ using Pubhead::NUM_OF_PAGES;
 namespace
 {
 
+constexpr Platform::Log logger { "EngineLayer/ApplicationManager", "ApplicationManager" };
+
 /** Kind of the device state that goes along with command lines as their flag. */
 constexpr int commandLineFlagDevice = 3;
 /** Sub-code of RMSG_MAINMENU_NOTIFY for a new rear page. */
 constexpr int menuSourceNotice = 1;
 
-void logLines(const std::vector<juce::String>& lines, int line)
+void logLines(const std::vector<juce::String>& lines, const Platform::Log::Line& line)
 {
     for (const auto& text : lines)
-        Platform::Logger::getInstance()->logInfo("EngineLayer/ApplicationManager", line, "ApplicationManager", text);
+        line.info(text);
 }
 
 } // namespace
@@ -102,17 +104,17 @@ ApplicationManager::Snapshot ApplicationManager::getSnapshot() const
 
 SwitchAction::Ptr ApplicationManager::schedule(const EngineApi::RequestInfo& request)
 {
-    logLines(Scheduler::describeRequest(request), __LINE__);
+    logLines(Scheduler::describeRequest(request), logger());
     refreshSnapshot();
     const auto input = collectInput(request);
     const bool debug = Platform::CorvaneConfig::isSystemDebug();
     if (debug)
-        logLines(Scheduler::describeBefore(input), __LINE__);
+        logLines(Scheduler::describeBefore(input), logger());
     auto action = scheduler.schedule(input);
     if (debug)
     {
-        logLines(scheduler.describeAfter(), __LINE__);
-        logLines(action->describe(), __LINE__);
+        logLines(scheduler.describeAfter(), logger());
+        logLines(action->describe(), logger());
     }
     const std::lock_guard guard(lock);
     snapshot.lastNormalSource = scheduler.getState().lastNormalSource;
@@ -180,7 +182,7 @@ void ApplicationManager::refreshSnapshot()
         logLines({ line("NormalSrc", fresh.normalSource), line("FirstBackSrc", fresh.firstBackSource),
                    line("LastBack", fresh.lastBack), line("FrontShow", fresh.frontShow),
                    line("Playing", fresh.playing) },
-                 __LINE__);
+                 logger());
     }
     const std::lock_guard guard(lock);
     snapshot = std::move(fresh);
@@ -215,10 +217,10 @@ void ApplicationManager::startBackgroundCheck()
     startTimer(backgroundTimer, backgroundCheckMs);
 }
 
-void ApplicationManager::checkBackground(juce::int32 start)
+void ApplicationManager::checkBackground()
 {
     // While anything moves, the timer keeps running and the check is made at a later expiry.
-    if (!isCurrent(backgroundTimer, start) || EngineApi::isSystemBusy() || EngineApi::isPageChanging())
+    if (EngineApi::isSystemBusy() || EngineApi::isPageChanging())
         return;
     stopTimer(backgroundTimer);
     closeIdlePrograms();

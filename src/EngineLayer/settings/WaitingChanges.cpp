@@ -16,10 +16,10 @@ bool WaitingChanges::add(int index, int origin)
     }
     ++leftOut;
     if (mentioned.insert(index).second)
-        Platform::Logger::getInstance()->logError("EngineApi/WaitingChanges", __LINE__, "DataManager",
-                                                  "setting %d changes faster than the %s can follow; values in between "
-                                                  "are left out",
-                                                  index, receiver);
+        Platform::Log("EngineApi/WaitingChanges", "DataManager")().error(
+            "setting %d changes faster than the %s can follow; values in between "
+            "are left out",
+            index, receiver);
     return false;
 }
 

@@ -10,8 +10,7 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/XConnection";
-constexpr const char* tag = "XConnection";
+constexpr Log logger { "platform/XConnection", "XConnection" };
 constexpr const char* messageTypeName = "_CORVANE_WINDOW_MESSAGE";
 
 /** In 32-bit units; more than any window manager lists. */
@@ -70,7 +69,7 @@ bool XConnection::isLost()
     if (xcb_connection_has_error(connection) == 0)
         return display->lost;
     if (!display->lost.exchange(true))
-        Logger::getInstance()->logError(source, __LINE__, tag, "lost the X display \"%s\"", display->name.c_str());
+        logger().error("lost the X display \"%s\"", display->name.c_str());
     return true;
 }
 
