@@ -3,16 +3,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 namespace Platform::doubles
 {
 
 /**
-    The SPI bus of a test and the chip on it: what was done with it, and what it answers. Unless a test says otherwise
-   the chip confirms every block: a read with the prefix 00 00 72 answers the block's CRC-16/XMODEM, high byte first,
-   and any other read answers zeros. Any thread.
+    The SPI bus of a test and the chip on it: what was done with it, and what it answers. The chip confirms every block:
+    a read with the prefix 00 00 72 answers the block's CRC-16/XMODEM, high byte first, any other zeros. Any thread.
 */
 struct SpiDouble
 {
@@ -38,13 +36,9 @@ struct SpiDouble
     static std::vector<Bytes> takeBlocks();
     static std::vector<Record> takeRecords();
 
-    /** Devices that are open now, and successful openings since the last reset. */
+    /** Devices that are open now. */
     static int getOpenDevices();
-    static int getOpenCount();
 
-    /** Answers a read in place of the chip; what it answers is cut, or filled with zeros, to the length. */
-    using Answer = std::function<Bytes(const Bytes& prefix, size_t length)>;
-    static void setAnswer(Answer answer);
     /** The next so many CRCs that are read are wrong in every bit. */
     static void spoilCrcs(int count);
 

@@ -1,14 +1,16 @@
 #include "EngineLayer/devices/VideoDecoder.h"
 
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "platform/base/Logger.h"
 #include "platform/devices/Lines.h"
-#include "platform/devices/UnitLines.h"
 
 namespace EngineLayer
 {
 
 namespace
 {
+
+constexpr Platform::Log logger { "EngineLayer/VideoDecoder", "DeviceStatusManager" };
 
 constexpr const char* busName = "I2C1:";
 constexpr int setUpTimeoutMs = 1000;
@@ -44,16 +46,14 @@ void VideoDecoder::initialise()
     if (initialised)
         return;
     initialised = true;
-    drive(UnitLine::videoDecoderPower, true);
+    Platform::drive(Platform::videoDecoderLine, true);
     Platform::I2CDevice device;
     if (!device.open(busName, setUpTimeoutMs))
         return;
     for (const auto& entry : registerTable)
         if (!device.writeRegister(deviceAddress, entry.number, entry.value))
         {
-            Platform::Logger::getInstance()->logError(
-                "EngineLayer/VideoDecoder", __LINE__, "DeviceStatusManager",
-                "the video decoder does not take register 0x%02X and is not set up", entry.number);
+            logger().error("the video decoder does not take register 0x%02X and is not set up", entry.number);
             return;
         }
 }

@@ -27,7 +27,8 @@ struct CVXRelationHelper
     {
         auto* found = dynamic_cast<Control*>(find(root, name));
         if (found == nullptr && root != nullptr)
-            reportOnce("platform/gui/Layout", __LINE__, "the layout " + root->getName() + " lacks the control " + name);
+            reportOnce(Log("platform/gui/Layout", "Widgets")(),
+                       "the layout " + root->getName() + " lacks the control " + name);
         return found;
     }
 

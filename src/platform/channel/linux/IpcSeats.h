@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/base/Pubhead.h"
-#include "platform/channel/Ipc.h"
+#include "platform/channel/RemoteMessage.h"
 
 #include <array>
 #include <deque>

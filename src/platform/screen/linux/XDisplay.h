@@ -42,6 +42,8 @@ public:
     /** The one that DISPLAY names, on its way from the first call on. Null with `unit.display` "none" or without a
      * name; no other display is ever opened. */
     static std::shared_ptr<XDisplay> current();
+    /** Its connection for requests (`requests`). Null without a display. The answer stays valid while it is held. */
+    static std::shared_ptr<XConnection> connection();
 
     explicit XDisplay(const std::string& name);
     ~XDisplay();

@@ -6,7 +6,7 @@
 #include <set>
 #include <utility>
 
-namespace EngineApi
+namespace EngineLayer
 {
 
 /**
@@ -38,4 +38,4 @@ private:
     std::uint64_t leftOut = 0;
 };
 
-} // namespace EngineApi
+} // namespace EngineLayer
