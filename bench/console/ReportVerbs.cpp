@@ -3,9 +3,7 @@
 #include "bench/console/Verb.h"
 #include "bench/console/Watch.h"
 
-#include <iomanip>
 #include <ostream>
-#include <sstream>
 
 namespace Bench
 {
@@ -17,9 +15,7 @@ namespace
 
 std::string secondsText(std::chrono::milliseconds time)
 {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(1) << static_cast<double>(time.count()) / 1000.0 << " s";
-    return text.str();
+    return fixed(static_cast<double>(time.count()) / 1000.0, 1) + " s";
 }
 
 std::string deviceStatusText(const Bytes& status)
