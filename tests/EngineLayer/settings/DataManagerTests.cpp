@@ -104,11 +104,7 @@ TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
             manager().setInt(numberSetting, value, true, Pubhead::AppSetup);
         manager().setString(textSetting, flood == 0 ? "Bow" : "Stern", true, Pubhead::AppSetup);
         run();
-<<<<<<< HEAD
         EXPECT_EQ(listener.heard.size(), 1u + WaitingChanges::most);
-=======
-        EXPECT_EQ(listener.heard.size(), 1u + EngineLayer::WaitingChanges::most);
->>>>>>> main
         EXPECT_EQ(listener.heard.back().first, textSetting);
     }
     EXPECT_EQ(LogCapture::take().size(), 1u);
