@@ -33,8 +33,8 @@ std::vector<std::uint8_t> typicalStream()
     const std::vector<std::uint8_t> content(HostFrame::maxDataLength, 0x42);
     for (int sequence = 0; sequence < 256; ++sequence)
     {
-        constexpr int lengths[] = { 1, 3, 2, 24, 1, 9, 3, HostFrame::maxDataLength };
-        frame->buildBlock(7, content.data(), lengths[sequence % std::size(lengths)]);
+        constexpr std::size_t lengths[] = { 1, 3, 2, 24, 1, 9, 3, HostFrame::maxDataLength };
+        frame->build(7, std::span(content).first(lengths[sequence % std::size(lengths)]));
         frame->setSequence(sequence);
         stream.insert(stream.end(), frame->getBytes(), frame->getBytes() + frame->getFrameLength());
     }

@@ -230,17 +230,14 @@ std::optional<Source> findSource(std::span<const std::string> words)
     for (const auto& entry : sourceTable)
         if (wanted == entry.name || holdsWord(entry.otherNames, wanted))
             return Source { entry.type, *number };
-    if (const auto type = numberIn(wanted, highestByte); type && words.size() == 2)
+    if (const auto type = numberIn(wanted, highestByte))
         return Source { *type, *number };
     return {};
 }
 
 std::vector<std::string> sourceNames()
 {
-    std::vector<std::string> names;
-    for (const auto& entry : sourceTable)
-        names.emplace_back(entry.name);
-    return names;
+    return namesIn(sourceTable);
 }
 
 std::optional<int> findKey(const std::string& name)
@@ -253,6 +250,20 @@ std::optional<int> findKey(const std::string& name)
     return numberIn(wanted, highestKey);
 }
 
+std::vector<std::uint8_t> findKeys(const std::string& names)
+{
+    std::vector<std::uint8_t> keys;
+    std::istringstream stream(names);
+    for (std::string name; std::getline(stream, name, ',');)
+    {
+        const auto key = findKey(name);
+        if (!key)
+            return {};
+        keys.push_back(static_cast<std::uint8_t>(*key));
+    }
+    return keys;
+}
+
 std::string keyName(int value)
 {
     if (value == KEY_RELEASE)
@@ -263,10 +274,7 @@ std::string keyName(int value)
 
 std::vector<std::string> keyNames()
 {
-    std::vector<std::string> names;
-    for (const auto& entry : keyTable)
-        names.emplace_back(entry.name);
-    return names;
+    return namesIn(keyTable);
 }
 
 std::string lineName(std::uint32_t line)

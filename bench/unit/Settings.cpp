@@ -1,6 +1,7 @@
 #include "bench/unit/Settings.h"
 
 #include "bench/console/Script.h"
+#include "bench/text/Names.h"
 #include "platform/settings/SetupIndex.h"
 
 #include <algorithm>
@@ -95,10 +96,7 @@ std::optional<int> findSetting(const std::string& name)
 
 std::vector<std::string> settingNames()
 {
-    std::vector<std::string> names;
-    for (const auto& info : settingTable)
-        names.emplace_back(info.name);
-    return names;
+    return namesIn(settingTable);
 }
 
 } // namespace Bench

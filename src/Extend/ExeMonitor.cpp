@@ -338,9 +338,7 @@ void ExeMonitor::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg
     case Kernel::MSG_SYS_READY:
         return startTimer(heartbeatTimer, heartbeatPeriodMs);
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(arg1, arg2))
-            handleTimer(arg1);
-        return;
+        return handleTimer(arg1);
     case msgHello:
         return handleHello(arg1);
     case msgHeartbeatReply:

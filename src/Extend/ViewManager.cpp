@@ -84,16 +84,14 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
     }
 }
 
-void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload&)
+void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
 {
     switch (id)
     {
     case Kernel::MSG_SYS_START:
         return handleStart();
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(arg1, arg2))
-            handleTimer(arg1);
-        return;
+        return handleTimer(arg1);
     case msgSetNextPage:
         return handleNextPage(arg1);
     case msgRequestShow:

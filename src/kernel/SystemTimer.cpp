@@ -6,33 +6,71 @@
 namespace Kernel
 {
 
+/** The start of each timer that runs. Every expiry carries it along, as it may outlive the timers. */
+class SystemTimer::Starts : public juce::ReferenceCountedObject
+{
+public:
+    static constexpr juce::int32 none = 0;
+
+    void begin(int timerId)
+    {
+        const std::lock_guard guard(lock);
+        running[timerId] = ++last;
+    }
+    void end(int timerId)
+    {
+        const std::lock_guard guard(lock);
+        running.erase(timerId);
+    }
+    juce::int32 of(int timerId) const
+    {
+        const std::lock_guard guard(lock);
+        const auto found = running.find(timerId);
+        return found == running.end() ? none : found->second;
+    }
+
+private:
+    mutable std::mutex lock;
+    std::map<int, juce::int32> running;
+    juce::int32 last = none;
+};
+
+SystemTimer::SystemTimer(ComponentId timerOwner, juce::int32 handlerPage)
+    : owner(timerOwner)
+    , timerPage(handlerPage)
+    , starts(new Starts)
+{
+}
+
+SystemTimer::~SystemTimer() = default;
+
 void SystemTimer::startTimer(int timerId, int intervalMs)
 {
     // Stopped first: the framework reads the interval of a running timer on its own thread, and what runs out until
     // then belongs to the start before.
-    stopTimer(timerId);
-    {
-        const juce::ScopedLock guard(startsLock);
-        ++starts[timerId];
-    }
+    MultiTimer::stopTimer(timerId);
+    starts->begin(timerId);
     MultiTimer::startTimer(timerId, intervalMs);
 }
 
-bool SystemTimer::isCurrent(int timerId, juce::int32 start) const
+void SystemTimer::stopTimer(int timerId)
 {
-    return isTimerRunning(timerId) && start == startOf(timerId);
-}
-
-juce::int32 SystemTimer::startOf(int timerId) const
-{
-    const juce::ScopedLock guard(startsLock);
-    const auto found = starts.find(timerId);
-    return found == starts.end() ? 0 : found->second;
+    starts->end(timerId);
+    MultiTimer::stopTimer(timerId);
 }
 
 void SystemTimer::timerCallback(int timerId)
 {
-    postHandlerMessage(owner, timerPage, MSG_SYS_TIMER, timerId, startOf(timerId));
+    if (const auto start = starts->of(timerId); start != Starts::none)
+        postHandlerMessage(owner, timerPage, MSG_SYS_TIMER, timerId, start, starts.get());
+}
+
+bool SystemTimer::isStale(const SystemMessage& message)
+{
+    if (message.id != MSG_SYS_TIMER)
+        return false;
+    const auto* starts = payloadAs<Starts>(message.payload);
+    return starts == nullptr || starts->of(message.arg1) != message.arg2;
 }
 
 } // namespace Kernel

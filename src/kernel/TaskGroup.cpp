@@ -1,5 +1,6 @@
 #include "kernel/TaskGroup.h"
 
+#include "kernel/SystemTimer.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/base/Threads.h"
@@ -188,7 +189,7 @@ int TaskGroup::runPass()
     for (; index < pending.size() && !stopping; ++index)
     {
         auto message = std::move(pending[index]);
-        auto* receiver = findComponent(message->receiver);
+        auto* receiver = SystemTimer::isStale(*message) ? nullptr : findComponent(message->receiver);
         if (receiver != nullptr && !receiver->acceptMessage(*message))
         {
             pending[deferred++] = std::move(message);

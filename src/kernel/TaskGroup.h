@@ -41,7 +41,8 @@ public:
 
     /**
         One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message
-       to its receiver. Answers how many were left pending. The group's thread, or a test in its place.
+       to its receiver, but for the expiries of timers that have been stopped since. Answers how many were left pending.
+       The group's thread, or a test in its place.
     */
     int runPass();
     /** True when a pass would find something. The group's thread, or a test in its place. */

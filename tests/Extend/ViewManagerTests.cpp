@@ -124,25 +124,6 @@ TEST_F(ViewManagerTest, ShowsPagesOfProgramsThatAnswerAtOnce)
     expectInFront(mbSetup, "runs and is taken over");
 }
 
-/** An expiry that was on its way when its timer began anew does not cut short the time of the page after it. */
-TEST_F(ViewManagerTest, ALateExpiryDoesNotCountForTheNextPage)
-{
-    bringToFront(mbFM);
-    reportTopPage(mbFM);
-    setNext(mbUSBAudio);
-    Platform::IpcDouble::injectMessage(AppRadio, RMSG_PAGE_TOP_SHOWN, mbFM);
-    reportTopPage(mbAM);
-    setNextPage(mbSetup);
-    for (const auto timer : { Extend::ViewManager::reportTimer, Extend::ViewManager::requestTimer })
-        view.timerCallback(timer);
-    run();
-    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
-    expectNothingPosted();
-    EXPECT_TRUE(takeSent().empty());
-    for (const auto timer : { Extend::ViewManager::reportTimer, Extend::ViewManager::requestTimer })
-        EXPECT_TRUE(view.isTimerRunning(timer));
-}
-
 TEST_F(ViewManagerTest, LeavesTwoPagesOfOneProgramToTheProgram)
 {
     bringToFront(mbFM);

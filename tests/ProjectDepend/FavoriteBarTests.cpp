@@ -141,13 +141,13 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
         { "first group", [&] { select(8); }, "gp_one 8 12.7v", 10000, 0 },
         { "second group", [&] { select(9); }, "gp_two 9 12.7v", 10000, 0 },
         { "an empty place", [&] { say(MSG_FAVORITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
-        { "its notice is over", [&] { bar->timerCallback(1); }, "gp_two 9 12.7v", 10000, 0 },
+        { "its notice is over", [&] { bar->timerCallback(Bar::FavoriteBar::alertTimer); }, "gp_two 9 12.7v", 10000, 0 },
         { "again", [&] { say(MSG_FAVORITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
         { "over the camera", [&] { select(16, 1); }, "gp_two 16 12.7v", 5000, 0 },
         { "a new voltage", [&] { say(MSG_VOLTMETER_VALUE, 136); }, "gp_two 16 12.8v", 5000, 0 },
         { "hidden", [&] { say(MSG_VOLTMETER_SHOW, 0); }, "gp_two 16", 5000, 0 },
         { "shown", [&] { say(MSG_VOLTMETER_SHOW, 2); }, "gp_two 16 12.8v", 5000, 0 },
-        { "the time is over", [&] { bar->timerCallback(0); }, "", 0, 0 },
+        { "the time is over", [&] { bar->timerCallback(Bar::FavoriteBar::showTimer); }, "", 0, 0 },
         { "no voltage is wanted", info(sysInfoVoltageShown, 0), "", 0, 0 },
         { "back", [&] { select(1, 2); }, "gp_one 1", 10000, 0 },
         { "no such place", [&] { select(0), select(17), select(INT32_MIN); }, "gp_one 1", 10000, 0 },
@@ -161,8 +161,8 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
         SCOPED_TRACE(step.story);
         step.action();
         EXPECT_EQ(seen(), step.seen);
-        EXPECT_EQ(timerMs(0), step.showMs);
-        EXPECT_EQ(timerMs(1), step.alertMs);
+        EXPECT_EQ(timerMs(Bar::FavoriteBar::showTimer), step.showMs);
+        EXPECT_EQ(timerMs(Bar::FavoriteBar::alertTimer), step.alertMs);
     }
     EXPECT_EQ(bar->getCurrentIndex(), 2);
 }
@@ -246,6 +246,6 @@ TEST_F(FavoriteBarTest, WithoutAnythingAroundItKeepsItsState)
     EXPECT_TRUE(bar->isShown());
     EXPECT_EQ(bar->getCurrentIndex(), 12);
     EXPECT_TRUE(bar->isStored(9));
-    bar->timerCallback(0);
+    bar->timerCallback(Bar::FavoriteBar::showTimer);
     EXPECT_FALSE(bar->isShown());
 }

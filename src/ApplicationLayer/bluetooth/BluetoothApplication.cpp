@@ -29,7 +29,6 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::bluetoothApplicationId,
                                                    []() -> Kernel::SystemTask* { return new BluetoothApplication; } };
 
-enum TimerId { timerOff = 2, timerPandora = 6, timerSupply = 8, timerAutoTest = 9 };
 constexpr int offMs = 1000;
 constexpr int pandoraMs = 10'000;
 constexpr int supplyMs = 2000;
@@ -232,9 +231,7 @@ void BluetoothApplication::handleOwnMessage(const Kernel::SystemMessage& message
         launchBackProgram(mbBTAudio);
         return switchOnIfEnabled();
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(message.arg1, message.arg2))
-            timerExpired(message.arg1);
-        return;
+        return timerExpired(message.arg1);
     case Kernel::MSG_APP_REMOTE:
         if (const auto* remote = Kernel::payloadAs<Platform::RemoteMessage>(message.payload);
             remote != nullptr && remote->what == RMSG_BT_STATE)
@@ -265,9 +262,9 @@ void BluetoothApplication::handleOwnMessage(const Kernel::SystemMessage& message
 void BluetoothApplication::timerExpired(int timerId)
 {
     stopTimer(timerId);
-    if (timerId == timerSupply)
+    if (timerId == supplyTimer)
         driveOutputs(true);
-    if (timerId == timerAutoTest)
+    if (timerId == autoTestTimer)
         for (const auto& reply : std::exchange(lateReplies, {}))
             answerAutoTest(reply);
 }
@@ -275,7 +272,7 @@ void BluetoothApplication::timerExpired(int timerId)
 void BluetoothApplication::switchOff()
 {
     storeDeviceName(noDevice);
-    startTimer(timerOff, offMs);
+    startTimer(offTimer, offMs);
     if (!isEnabled())
         setInfo(Platform::sysInfoBluetooth, 0);
     controlProgram(controlOff);
@@ -287,7 +284,7 @@ void BluetoothApplication::switchOnIfEnabled()
 {
     if (!isEnabled())
         return;
-    stopTimer(timerOff);
+    stopTimer(offTimer);
     setInfo(Platform::sysInfoBluetooth, 1);
     setDeviceState(bluetoothConnected, false);
     controlProgram(controlOn);
@@ -301,7 +298,7 @@ void BluetoothApplication::sourceChanged(int page, juce::int32 value)
         const auto argument = static_cast<juce::uint32>(value) << halfWord | static_cast<juce::uint32>(what);
         sendRemoteMessage(AppBluetooth, RMSG_BT_LINK, linkRequest, static_cast<juce::int32>(argument));
     };
-    stopTimer(timerPandora);
+    stopTimer(pandoraTimer);
     sendRemoteMessage(AppBluetooth, RMSG_BT_LINK, linkIsAudio, page == mbBTAudio ? 1 : 0);
     if (page == mbUSBAudio && sppOpen)
     {
@@ -356,7 +353,7 @@ void BluetoothApplication::disconnected()
 {
     logger().info("BluetoothApplication recv bt disconnect");
     sppOpen = false;
-    stopTimer(timerPandora);
+    stopTimer(pandoraTimer);
     storeDeviceName(noDevice);
     // An iPod that is on the cable, too, stays there.
     if (!moveInfo(Platform::sysInfoiPodLink, 2, 0))
@@ -388,7 +385,7 @@ void BluetoothApplication::pairedListShown()
 
 void BluetoothApplication::sppLink(juce::int32 value)
 {
-    stopTimer(timerPandora);
+    stopTimer(pandoraTimer);
     if (value == linkOpen)
         return sppOpened();
     Platform::debugPrint("BT SPP CLOSE \r\n");
@@ -411,7 +408,7 @@ void BluetoothApplication::sppOpened()
     // The link failed to authenticate; without its supply for a while the module begins anew.
     driveOutputs(false);
     Platform::debugPrint("RESET USB DEVICE\r\n");
-    startTimer(timerSupply, supplyMs);
+    startTimer(supplyTimer, supplyMs);
 }
 
 void BluetoothApplication::pandoraLink(juce::int32 value)
@@ -420,7 +417,7 @@ void BluetoothApplication::pandoraLink(juce::int32 value)
     const bool isSource = getNormalSource() == mbiPodPandora;
     if (value == linkOpen)
     {
-        stopTimer(timerPandora);
+        stopTimer(pandoraTimer);
         setDeviceState(pandoraOnBluetooth, true);
         setInfo(Platform::sysInfoPandoraLink, up);
         if (isSource)
@@ -431,7 +428,7 @@ void BluetoothApplication::pandoraLink(juce::int32 value)
     setInfo(Platform::sysInfoPandoraLink, 0);
     if (!isSource || info(Platform::sysInfoPandoraSource) != playing)
         return;
-    startTimer(timerPandora, pandoraMs);
+    startTimer(pandoraTimer, pandoraMs);
     tellLinkLost(AppPandora);
 }
 
@@ -470,7 +467,7 @@ void BluetoothApplication::autoTest(std::span<const std::uint8_t> request)
             lateReplies.pop_front();
         }
         lateReplies.push_back(std::move(reply));
-        startTimer(timerAutoTest, autoTestMs);
+        startTimer(autoTestTimer, autoTestMs);
         return controlProgram(controlAutoTest);
     default:
         break;

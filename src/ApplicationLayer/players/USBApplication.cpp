@@ -97,7 +97,7 @@ void USBApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     case msgStorageChanged:
         return storageChanged();
     case Kernel::MSG_SYS_TIMER:
-        if (message.arg1 == hubResetTimer && isCurrent(hubResetTimer, message.arg2))
+        if (message.arg1 == hubResetTimer)
             resetHub();
         return;
     case Kernel::MSG_AUTOTEST_COMMAND:

@@ -63,7 +63,7 @@ constexpr int highestFrequency = 0xffff;
 void order(const Platform::Log::Line& line, const char* name, TunerOrder tunerOrder)
 {
     line.debug("%s", name);
-    sendCommand(EVENT_RADIO_INFO, tunerOrder);
+    sendCommand(EVENT_RADIO_INFO, { tunerOrder });
 }
 
 void tuneTo(int band, int frequency)
@@ -115,9 +115,7 @@ void RadioApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     case Kernel::MSG_HOST_EVENT:
         return fromTuner(message.arg1, message.payload);
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(message.arg1, message.arg2))
-            weatherAlertLasts();
-        return;
+        return weatherAlertLasts();
     case Kernel::MSG_RADIO_REGION:
         return changeRegion(message.arg1);
     case Kernel::MSG_AUTOTEST_COMMAND:
@@ -143,7 +141,7 @@ void RadioApplication::changeRegion(int areaCode)
 {
     // The old frequencies may not be in the new region's bands.
     tuner.frequencies[bandFM] = tuner.frequencies[bandAM] = 0;
-    sendCommand(EVENT_RADIO_INFO, setRegion, areaCode);
+    sendCommand(EVENT_RADIO_INFO, { setRegion, areaCode });
 }
 
 void RadioApplication::weatherAlertLasts()
@@ -166,7 +164,7 @@ void RadioApplication::control(juce::int32 which, juce::int32 value)
     switch (which)
     {
     case controlTuner:
-        return sendCommand(EVENT_RADIO_INFO, passOn, value);
+        return sendCommand(EVENT_RADIO_INFO, { passOn, value });
     case controlSeekUp:
         return order(logger(), "seek up", seekUp);
     case controlSeekDown:
@@ -178,11 +176,11 @@ void RadioApplication::control(juce::int32 which, juce::int32 value)
     case controlTune:
         return changeFrequency(value);
     case controlSensitivity2:
-        return sendCommand(EVENT_RADIO_TESTMODE, testStep2);
+        return sendCommand(EVENT_RADIO_TESTMODE, { testStep2 });
     case controlSensitivity:
         return changeSensitivity(value);
     case controlSensitivity3:
-        return sendCommand(EVENT_RADIO_TESTMODE, testStep3);
+        return sendCommand(EVENT_RADIO_TESTMODE, { testStep3 });
     case controlRefresh:
         notifyTuner();
         return bodies.flush();
@@ -230,13 +228,13 @@ void RadioApplication::changeFrequency(juce::int32 value) const
 void RadioApplication::changeSensitivity(juce::int32 value) const
 {
     logger().debug("change  radio sensitivity value = " + juce::String(value));
-    sendCommand(EVENT_RADIO_TESTMODE, testSensitivity, tuner.band, value);
+    sendCommand(EVENT_RADIO_TESTMODE, { testSensitivity, tuner.band, value });
 }
 
 void RadioApplication::setTestMode(bool on)
 {
     if (!std::exchange(testMode, on) && on)
-        sendCommand(EVENT_RADIO_TESTMODE, testOpen);
+        sendCommand(EVENT_RADIO_TESTMODE, { testOpen });
 }
 
 void RadioApplication::autoTest(std::span<const std::uint8_t> request) const
@@ -253,10 +251,10 @@ void RadioApplication::autoTest(std::span<const std::uint8_t> request) const
         showForTest(am ? mbAM : mbFM);
         break;
     case testSeekUp:
-        sendCommand(EVENT_RADIO_INFO, seekUp);
+        sendCommand(EVENT_RADIO_INFO, { seekUp });
         break;
     case testSeekDown:
-        sendCommand(EVENT_RADIO_INFO, seekDown);
+        sendCommand(EVENT_RADIO_INFO, { seekDown });
         break;
     case testNotifyTuner:
         notifyTuner();

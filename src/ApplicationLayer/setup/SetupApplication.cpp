@@ -51,7 +51,7 @@ void sendAuxName()
     const auto name = getSettingString(Platform::auxNameSetting);
     for (int index = 1; index < static_cast<int>(std::size(auxNames)); ++index)
         if (name == auxNames[index])
-            return sendCommand(EVENT_RENAME_AUXIN, index);
+            return sendCommand(EVENT_RENAME_AUXIN, { index });
 }
 
 DimmerSettings dimmerSettings()
@@ -62,7 +62,7 @@ DimmerSettings dimmerSettings()
 
 void sendDimmer(int level)
 {
-    sendCommand(EVENT_LED_LCD_DIMMER, Dimmer::toMcu(level), Dimmer::toMcu(level));
+    sendCommand(EVENT_LED_LCD_DIMMER, { Dimmer::toMcu(level), Dimmer::toMcu(level) });
 }
 
 } // namespace

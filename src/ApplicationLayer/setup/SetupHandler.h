@@ -10,6 +10,8 @@ namespace ApplicationLayer
 class SetupHandler : public AppHandler
 {
 public:
+    enum Timer : int { resetTimer = 1, idleTimer = 2 };
+
     SetupHandler();
 
     void onKey(juce::int32 key, juce::int32 value) override;

@@ -215,7 +215,7 @@ bool AutoTestCommands::injectKey(int item, int detail)
             chips->getACService().volumeUp(1);
         return true;
     case itemPower:
-        sendCommand(EVENT_KEY, 0, detail == 1 ? KEY_POWER_OFF : KEY_POWER_ON, 0);
+        sendCommand(EVENT_KEY, { 0, detail == 1 ? KEY_POWER_OFF : KEY_POWER_ON, 0 });
         return true;
     default:
         break;

@@ -38,16 +38,6 @@ using EngineApi::Provided;
 
 constexpr Platform::Log logger { "EngineLayer/DeviceStatusManager", "DeviceStatusManager" };
 
-enum TimerId {
-    timerLastMemory = 1,
-    timerUsbScan = 2,
-    timerAntitheftLeft = 3,
-    timerCameraVideo = 4,
-    timerHeartbeat = 5,
-    timerAutoTest = 6,
-    timerPowerOff = 7
-};
-
 constexpr int lastMemoryMs = 1000;
 constexpr int usbScanMs = 1000;
 constexpr int antitheftLeftMs = 2000;
@@ -104,7 +94,7 @@ bool mayStillAppear(int source)
 
 void sendHeartbeat()
 {
-    EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, 0);
+    EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, { 0 });
 }
 
 } // namespace
@@ -120,8 +110,7 @@ void DeviceStatusManager::initialize()
     handleMessage(Kernel::MSG_SYS_INIT, 0, 0, nullptr);
 }
 
-void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
-                                        const Kernel::Payload& payload)
+void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload& payload)
 {
     switch (id)
     {
@@ -147,8 +136,7 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
         standby(arg1);
         break;
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(arg1, arg2))
-            timerExpired(arg1);
+        timerExpired(arg1);
         break;
     case Kernel::MSG_HOST_EVENT:
         hostEvent(arg1, payload);
@@ -174,45 +162,45 @@ void DeviceStatusManager::startHardware()
     DataManager::getInstance()->loadSystemFile();
     devices.set(EngineApi::usbStorage, isUsbStoragePresent());
     postDeviceJob(DeviceJob::decoderSetUp, [] { videoDecoder().initialise(); });
-    startTimer(timerCameraVideo, cameraVideoMs);
+    startTimer(cameraVideoTimer, cameraVideoMs);
 }
 
 void DeviceStatusManager::start()
 {
     waitingLastMemory = true;
     EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
-    startTimer(timerLastMemory, lastMemoryMs);
-    startTimer(timerUsbScan, usbScanMs);
+    startTimer(lastMemoryTimer, lastMemoryMs);
+    startTimer(usbScanTimer, usbScanMs);
 }
 
 void DeviceStatusManager::timerExpired(int timerId)
 {
     switch (timerId)
     {
-    case timerLastMemory:
+    case lastMemoryTimer:
         if (waitingLastMemory)
             EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
         else
-            stopTimer(timerLastMemory);
+            stopTimer(lastMemoryTimer);
         break;
-    case timerUsbScan:
+    case usbScanTimer:
         scanUsb();
         break;
-    case timerAntitheftLeft:
-        stopTimer(timerAntitheftLeft);
+    case antitheftLeftTimer:
+        stopTimer(antitheftLeftTimer);
         runStartSrc();
         EngineApi::requestStopPage(Pubhead::mbAntitheft);
         break;
-    case timerCameraVideo:
+    case cameraVideoTimer:
         pollCameraVideo();
         break;
-    case timerHeartbeat:
+    case heartbeatTimer:
         sendHeartbeat();
         break;
-    case timerAutoTest:
+    case autoTestTimer:
         handOverToAutoTest();
         break;
-    case timerPowerOff:
+    case powerOffTimer:
         powerOffConfirmed();
         break;
     default:
@@ -222,7 +210,7 @@ void DeviceStatusManager::timerExpired(int timerId)
 
 void DeviceStatusManager::powerOffConfirmed()
 {
-    stopTimer(timerPowerOff);
+    stopTimer(powerOffTimer);
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
 }
 
@@ -241,7 +229,7 @@ void DeviceStatusManager::standby(juce::int32 what)
 void DeviceStatusManager::stopHeartbeat()
 {
     logger().info("APP stop sending the heatbeat packets to MCU \r\n");
-    stopTimer(timerHeartbeat);
+    stopTimer(heartbeatTimer);
 }
 
 void DeviceStatusManager::handOverToAutoTest()
@@ -250,7 +238,7 @@ void DeviceStatusManager::handOverToAutoTest()
     if (session == nullptr)
         return;
     if (session->isRunning())
-        stopTimer(timerAutoTest);
+        stopTimer(autoTestTimer);
     session->addMsgToBuffer(juce::MemoryBlock(autoTestReady, sizeof autoTestReady));
 }
 
@@ -299,9 +287,9 @@ void DeviceStatusManager::lastMemoryAnswered()
     }
     if (auto* session = Provided<EngineApi::AutoTestSession>::get())
         session->start();
-    startTimer(timerAutoTest, autoTestMs);
+    startTimer(autoTestTimer, autoTestMs);
     sendHeartbeat();
-    startTimer(timerHeartbeat, heartbeatMs);
+    startTimer(heartbeatTimer, heartbeatMs);
     Kernel::postSystemMessage(Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT, 0, 0);
 }
 
@@ -319,7 +307,7 @@ void DeviceStatusManager::mcuRequestsSource(McuSource source)
 
 void DeviceStatusManager::startWith(int page)
 {
-    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, 1);
+    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, { 1 });
     startPage = page;
     EngineApi::switchSystemState(firstState(conditions), EngineApi::kIdle);
 }
@@ -350,7 +338,7 @@ void DeviceStatusManager::mcuPowersOff()
         remote->restoreAfter(0); // nothing comes back on it
         remote->clearDisplay(true);
     }
-    startTimer(timerPowerOff, powerOffMs);
+    startTimer(powerOffTimer, powerOffMs);
     EngineApi::sendRemoteMessage(Pubhead::AppSirius, EngineApi::RMSG_SXM_FAVOURITE, siriusPowerOff, 0);
 }
 
@@ -367,10 +355,10 @@ void DeviceStatusManager::sourceChanged()
     switch (agreement.unitSwitchedTo(source))
     {
     case SourceAgreement::Report::ask:
-        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, type, number);
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, { type, number });
         break;
     case SourceAgreement::Report::confirm:
-        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, type, number);
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, { type, number });
         break;
     case SourceAgreement::Report::nothing:
         break;
@@ -402,7 +390,7 @@ void DeviceStatusManager::followAudioChannel()
 void DeviceStatusManager::startSourceWhenReady()
 {
     if (EngineApi::getPreviousSystemState() == EngineApi::kAntitheft)
-        startTimer(timerAntitheftLeft, antitheftLeftMs);
+        startTimer(antitheftLeftTimer, antitheftLeftMs);
     else
         runStartSrc();
 }
@@ -499,7 +487,7 @@ void DeviceStatusManager::announce(int kind)
 void DeviceStatusManager::sendDeviceStatus()
 {
     const auto status = devices.getReportedStatus();
-    EngineApi::sendCommand(EngineApi::EVENT_DEVICE_STATUS, status.usb, status.others);
+    EngineApi::sendCommand(EngineApi::EVENT_DEVICE_STATUS, { status.usb, status.others });
 }
 
 void DeviceStatusManager::setLowBatteryAlert(bool on)

@@ -32,6 +32,16 @@ class DeviceStatusManager : public Kernel::ComponentTask,
                             public Kernel::Singleton<DeviceStatusManager>
 {
 public:
+    enum Timer : int {
+        lastMemoryTimer = 1,
+        usbScanTimer = 2,
+        antitheftLeftTimer = 3,
+        cameraVideoTimer = 4,
+        heartbeatTimer = 5,
+        autoTestTimer = 6,
+        powerOffTimer = 7
+    };
+
     void initialize() override;
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
 

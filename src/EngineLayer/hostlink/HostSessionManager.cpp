@@ -10,6 +10,7 @@
 #include "platform/config/Configuration.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace EngineLayer
@@ -103,32 +104,12 @@ void HostSessionManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
 
 // Sending, callers' threads.
 
-void HostSessionManager::sendCommand(int command)
+void HostSessionManager::sendCommand(int command, std::initializer_list<int> values)
 {
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command);
-    queue(std::move(frame));
-}
-
-void HostSessionManager::sendCommand(int command, int b1)
-{
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command, b1);
-    queue(std::move(frame));
-}
-
-void HostSessionManager::sendCommand(int command, int b1, int b2)
-{
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command, b1, b2);
-    queue(std::move(frame));
-}
-
-void HostSessionManager::sendCommand(int command, int b1, int b2, int b3)
-{
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command, b1, b2, b3);
-    queue(std::move(frame));
+    std::vector<std::uint8_t> data;
+    for (const int value : values)
+        data.push_back(static_cast<std::uint8_t>(value & 0xff));
+    sendData(command, data.data(), static_cast<int>(data.size()));
 }
 
 void HostSessionManager::sendData(int command, const void* data, int n)
@@ -149,7 +130,9 @@ void HostSessionManager::sendDataUrgent(int command, const void* data, int n, in
 
 HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data, int n)
 {
-    if (data != nullptr && (n < 0 || n > HostFrame::maxDataLength))
+    if (data == nullptr)
+        n = 0;
+    if (n < 0 || n > HostFrame::maxDataLength)
     {
         ++refusedSends;
         logger().error("%s not sent: %d data bytes, a frame carries %d", EngineApi::hostCommand(command).sentName, n,
@@ -157,8 +140,7 @@ HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data
         return nullptr;
     }
     auto frame = HostDataFormat::obtainFrame();
-    if (!frame->buildBlock(command, data, n))
-        frame->build(command);
+    frame->build(command, { static_cast<const std::uint8_t*>(data), static_cast<std::size_t>(n) });
     return frame;
 }
 
@@ -312,7 +294,8 @@ void HostSessionManager::frameReceived(int length, const Kernel::Payload& payloa
 void HostSessionManager::acknowledge(int sequence)
 {
     auto frame = HostDataFormat::obtainFrame();
-    frame->buildAcknowledgement(0);
+    constexpr std::array<std::uint8_t, 1> accepted { 0 };
+    frame->build(0, accepted);
     frame->setSequence(sequence);
     Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgSendNow, 0, 0, std::move(frame));
 }
@@ -378,24 +361,9 @@ EngineLayer::HostSessionManager& session()
 
 } // namespace
 
-void sendCommand(int command)
+void sendCommand(int command, std::initializer_list<int> values)
 {
-    session().sendCommand(command);
-}
-
-void sendCommand(int command, int b1)
-{
-    session().sendCommand(command, b1);
-}
-
-void sendCommand(int command, int b1, int b2)
-{
-    session().sendCommand(command, b1, b2);
-}
-
-void sendCommand(int command, int b1, int b2, int b3)
-{
-    session().sendCommand(command, b1, b2, b3);
+    session().sendCommand(command, values);
 }
 
 void sendData(int command, const void* data, int length)

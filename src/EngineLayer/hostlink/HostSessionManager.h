@@ -42,10 +42,7 @@ public:
     void onData(int kind, int length, juce::ReferenceCountedObject* data) override;
 
     /** Any thread; none waits. Of every value the low byte is sent. */
-    void sendCommand(int command);
-    void sendCommand(int command, int b1);
-    void sendCommand(int command, int b1, int b2);
-    void sendCommand(int command, int b1, int b2, int b3);
+    void sendCommand(int command, std::initializer_list<int> values = {});
     /** At most 102 bytes, else the call is refused with one error line and counted. Without data a command alone. */
     void sendData(int command, const void* data, int n);
     /** The same in front of what waits, though never of the frame in flight, and in place of what waits about the same

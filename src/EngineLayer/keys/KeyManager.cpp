@@ -259,7 +259,7 @@ void KeyManager::act(const PowerSwitch& action)
 
 void KeyManager::act(const PowerRequest& action)
 {
-    sendCommand(EVENT_KEY, 0, action.on ? KEY_POWER_ON : KEY_POWER_OFF, 0);
+    sendCommand(EVENT_KEY, { 0, action.on ? KEY_POWER_ON : KEY_POWER_OFF, 0 });
 }
 
 void KeyManager::act(const VolumeStep& action)
@@ -286,7 +286,7 @@ void KeyManager::act(const KeyLog& action)
 void KeyManager::setDeviceId(const DeviceId& id)
 {
     deviceId = id;
-    sendCommand(EVENT_SET_DEVICE_ID, id[0], id[1], id[2]);
+    sendCommand(EVENT_SET_DEVICE_ID, { id[0], id[1], id[2] });
     startTimer(readBackMs);
 }
 

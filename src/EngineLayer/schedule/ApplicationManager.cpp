@@ -217,10 +217,10 @@ void ApplicationManager::startBackgroundCheck()
     startTimer(backgroundTimer, backgroundCheckMs);
 }
 
-void ApplicationManager::checkBackground(juce::int32 start)
+void ApplicationManager::checkBackground()
 {
     // While anything moves, the timer keeps running and the check is made at a later expiry.
-    if (!isCurrent(backgroundTimer, start) || EngineApi::isSystemBusy() || EngineApi::isPageChanging())
+    if (EngineApi::isSystemBusy() || EngineApi::isPageChanging())
         return;
     stopTimer(backgroundTimer);
     closeIdlePrograms();

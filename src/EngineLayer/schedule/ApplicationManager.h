@@ -56,8 +56,8 @@ public:
     void postSwitchUpdate();
     /** Programs that nobody needs are closed after a while. */
     void startBackgroundCheck();
-    /** The time is over, by the start of the timer with this number. */
-    void checkBackground(juce::int32 start);
+    /** The time is over. */
+    void checkBackground();
 
 private:
     friend class Kernel::Singleton<ApplicationManager>;

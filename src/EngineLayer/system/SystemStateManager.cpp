@@ -87,8 +87,8 @@ void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
         break;
     case Kernel::MSG_SYS_TIMER:
         if (arg1 == ApplicationManager::backgroundTimer)
-            ApplicationManager::getInstance()->checkBackground(arg2);
-        else if (isCurrent(arg1, arg2))
+            ApplicationManager::getInstance()->checkBackground();
+        else
             toCurrentState(id, arg1, arg2, payload);
         break;
     default:

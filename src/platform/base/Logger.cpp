@@ -49,6 +49,7 @@ void Logger::load(const juce::String& name)
         loadError = dlerror();
         return;
     }
+    // No line of the engine is a warning; the six entries are the library's contract.
     static constexpr std::array names { "VX_LogDebug", "VX_LogInfo", "VX_LogWarn", "VX_LogError" };
     for (std::size_t level = 0; level < names.size(); ++level)
         entries[level] = resolve<Entry>(library, names[level]);

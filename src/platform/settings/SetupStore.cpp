@@ -40,13 +40,20 @@ std::string readValue(int index)
     return readsOnly ? readShared(index) : SetupWriter::get().read(index);
 }
 
-bool writeValue(int index, const std::string& value)
+/** False, and logged, in a process that only reads settings. */
+bool mayWrite(const std::string& what)
 {
     if (readsOnly)
-        logger().error("setting %d: this process only reads settings", index);
-    else
-        SetupWriter::get().set(index, value);
+        logger().error("%s: this process only reads settings", what.c_str());
     return !readsOnly;
+}
+
+bool writeValue(int index, const std::string& value)
+{
+    if (!mayWrite("setting " + std::to_string(index)))
+        return false;
+    SetupWriter::get().set(index, value);
+    return true;
 }
 
 } // namespace
@@ -100,7 +107,7 @@ bool VX_LoadDataFromSystemFile()
 bool VX_LoadDataFromFactoryFile()
 {
     const auto values = readFactoryValues();
-    if (values.empty())
+    if (values.empty() || !mayWrite("factory values"))
         return false;
     SetupWriter::get().replaceAll(values);
     std::error_code error;

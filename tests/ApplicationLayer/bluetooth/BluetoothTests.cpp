@@ -73,7 +73,7 @@ TEST_F(BluetoothTest, FollowsItsSetting)
     run();
     EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 2)));
     EXPECT_EQ(getSettingString(bluetoothNameSetting), "No Device");
-    EXPECT_EQ(bluetooth.getTimerInterval(2), 1000);
+    EXPECT_EQ(bluetooth.getTimerInterval(BluetoothApplication::offTimer), 1000);
     EXPECT_THAT(requests(), IsEmpty()) << "neither page has run";
     for (const auto id : { Kernel::MSG_BT_SWITCH_ON, Kernel::MSG_SYS_READY })
         send(Kernel::bluetoothApplicationId, id);
@@ -83,7 +83,7 @@ TEST_F(BluetoothTest, FollowsItsSetting)
     run();
     EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 7)));
     EXPECT_EQ(items({ 0 }), (Items { { 0, 1 } }));
-    EXPECT_FALSE(bluetooth.isTimerRunning(2));
+    EXPECT_FALSE(bluetooth.isTimerRunning(BluetoothApplication::offTimer));
 
     carryOut(mbBTAudio, SwitchType::ToRun, { 2, 1, 1, 2 });
     takePosted();
@@ -139,11 +139,11 @@ TEST_F(BluetoothTest, ASerialLinkThatCannotAuthenticateCostsTheModuleItsSupply)
 {
     report(8, 0); // FM plays, or nothing
     EXPECT_EQ(LinesDouble::getPin(output1Line), 0);
-    EXPECT_EQ(bluetooth.getTimerInterval(8), 2000);
-    fire(bluetooth, 8);
+    EXPECT_EQ(bluetooth.getTimerInterval(BluetoothApplication::supplyTimer), 2000);
+    fire(bluetooth, BluetoothApplication::supplyTimer);
     EXPECT_EQ(LinesDouble::getPin(output1Line), 1);
     EXPECT_EQ(LinesDouble::getPin(output2Line), 1);
-    EXPECT_FALSE(bluetooth.isTimerRunning(8));
+    EXPECT_FALSE(bluetooth.isTimerRunning(BluetoothApplication::supplyTimer));
 
     playing(mbBTAudio);
     takeSent();
@@ -166,7 +166,7 @@ TEST_F(BluetoothTest, ThePandoraLinkIsWatchedWhilePandoraPlays)
     EXPECT_FALSE(getDeviceState(pandoraOnBluetooth));
     EXPECT_EQ(items({ 35 }), (Items { { 35, 0 } }));
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppPandora, WM_MESSAGE_IPOD_DRIVER, 234567, 7 }));
-    EXPECT_EQ(bluetooth.getTimerInterval(6), 10'000);
+    EXPECT_EQ(bluetooth.getTimerInterval(BluetoothApplication::pandoraTimer), 10'000);
 }
 
 TEST_F(BluetoothTest, ASourceChangeOpensAndClosesTheSerialLink)
@@ -214,8 +214,8 @@ TEST_F(BluetoothTest, AnswersTheTestEquipmentInTestMode)
     takeSent();
     EXPECT_THAT(autoTest(id, { 5, 4 }), IsEmpty());
     EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 14)));
-    ASSERT_EQ(bluetooth.getTimerInterval(9), 1000);
-    fire(bluetooth, 9);
+    ASSERT_EQ(bluetooth.getTimerInterval(BluetoothApplication::autoTestTimer), 1000);
+    fire(bluetooth, BluetoothApplication::autoTestTimer);
     EXPECT_THAT(answers(), ElementsAre("05 04 01"));
 
     for (int flood = 0; flood < 64; ++flood)

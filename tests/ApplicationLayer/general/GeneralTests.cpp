@@ -17,8 +17,6 @@ using testing::IsEmpty;
 namespace
 {
 
-constexpr int pageTimer = 1;
-
 class GeneralTest : public ApplicationFixture
 {
 protected:
@@ -82,27 +80,27 @@ TEST_F(GeneralTest, CameraComesBackWhileItIsOn)
 {
     auto& timers = timersOf(mbCamera);
     key(mbCamera, KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_FALSE(timers.isTimerRunning(pageTimer)); // it is off
+    EXPECT_FALSE(timers.isTimerRunning(CameraHandler::showTimer)); // it is off
     key(mbCamera, KEY_SHOWCAMERA);
     show(mbCamera);
     hide(mbCamera);
-    EXPECT_EQ(timers.getTimerInterval(pageTimer), 5000);
-    fire(timers, pageTimer);
+    EXPECT_EQ(timers.getTimerInterval(CameraHandler::showTimer), 5000);
+    fire(timers, CameraHandler::showTimer);
     EXPECT_THAT(requests(), ElementsAre("mbCamera run auto"));
 
     hide(mbCamera);
     show(mbCamera);
-    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
+    EXPECT_FALSE(timers.isTimerRunning(CameraHandler::showTimer));
     key(mbCamera, KEY_INFOBAR_SWITCH_SPEAKER);
-    fire(timers, pageTimer);
+    fire(timers, CameraHandler::showTimer);
     EXPECT_THAT(requests(), IsEmpty()); // it is in front
 
     hide(mbCamera);
     key(mbCamera, KEY_SHOWCAMERA);
-    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
+    EXPECT_FALSE(timers.isTimerRunning(CameraHandler::showTimer));
     EXPECT_THAT(requests(), ElementsAre("mbCamera stop auto"));
     hide(mbCamera);
-    fire(timers, pageTimer);
+    fire(timers, CameraHandler::showTimer);
     EXPECT_THAT(requests(), IsEmpty());
 }
 
@@ -111,7 +109,7 @@ TEST_F(GeneralTest, TheEqualiserStaysWhenItIsInFrontAgain)
     show(mbEQ);
     hide(mbEQ);
     order(mbEQ, SwitchType::ToChange, { 1, 0, 0, 0 }); // without a command line
-    fire(timersOf(mbEQ), pageTimer);
+    fire(timersOf(mbEQ), EQHandler::closeTimer);
     EXPECT_THAT(requests(), IsEmpty());
 }
 

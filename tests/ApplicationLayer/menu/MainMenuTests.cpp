@@ -72,15 +72,14 @@ TEST_F(MainMenuTest, KeysOpenWalkAndClose)
 TEST_F(MainMenuTest, ReturnsToTheSourceWhenNobodyTouchesIt)
 {
     auto& timers = timersOf(mbMainMenu);
-    constexpr int idle = 2;
     key(KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_EQ(timers.getTimerInterval(idle), 5000);
-    fire(timers, idle);
+    EXPECT_EQ(timers.getTimerInterval(MainMenuHandler::idleTimer), 5000);
+    fire(timers, MainMenuHandler::idleTimer);
     EXPECT_THAT(requests(), IsEmpty()); // the menu is not on top
     menuOnTop(true);
     key(KEY_INFOBAR_SWITCH_SPEAKER);
-    fire(timers, idle);
-    EXPECT_FALSE(timers.isTimerRunning(idle));
+    fire(timers, MainMenuHandler::idleTimer);
+    EXPECT_FALSE(timers.isTimerRunning(MainMenuHandler::idleTimer));
     EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
 }
 
@@ -103,10 +102,9 @@ TEST_F(MainMenuTest, ShowsWhatIsChosen)
     monitor.setAppState(AppSirius, kClosing);
     EXPECT_THAT(choose(mbSirius), IsEmpty());
     auto& timers = timersOf(mbMainMenu);
-    constexpr int retry = 1;
-    ASSERT_EQ(timers.getTimerInterval(retry), 500);
+    ASSERT_EQ(timers.getTimerInterval(MainMenuHandler::retryTimer), 500);
     monitor.setAppState(AppSirius, kDisconnect);
-    fire(timers, retry);
+    fire(timers, MainMenuHandler::retryTimer);
     EXPECT_THAT(requests(), ElementsAre("mbSirius run"));
 }
 

@@ -235,13 +235,6 @@ TEST_F(RadioTest, AWeatherAlertThatLastsBringsTheWeatherBand)
         EXPECT_FALSE(radio.isTimerRunning(timer));
         fromMcu(EVENT_RADIO_INFO_REPORT, { 5, 0 });
     }
-    // It is over before the time, though its expiry is on the way.
-    fromMcu(EVENT_RADIO_INFO_REPORT, { 5, 1 });
-    fromMcu(EVENT_RADIO_INFO_REPORT, { 5, 0 });
-    EXPECT_FALSE(radio.isTimerRunning(timer));
-    radio.timerCallback(timer);
-    run();
-    EXPECT_THAT(requests(), IsEmpty());
 }
 
 TEST_F(RadioTest, FavouritesArePlayedByThePageThatHoldsThem)

@@ -1,6 +1,7 @@
 #include "ApplicationLayer/setup/SetupApplication.h"
 
 #include "ApplicationLayer/setup/SettingEffects.h"
+#include "ApplicationLayer/setup/SetupHandler.h"
 #include "ApplicationLayer/setup/SupplyVoltage.h"
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/HostLink.h"
@@ -24,9 +25,6 @@ using testing::IsEmpty;
 
 namespace
 {
-
-constexpr int resetTimer = 1;
-constexpr int idleTimer = 2;
 
 class SetupTest : public ApplicationFixture
 {
@@ -256,7 +254,7 @@ TEST_F(SetupTest, NoSourceComesWhenThePageWasLeftBefore)
     show();
     key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
     order(mbSetup, SwitchType::ToStop, {});
-    fire(timersOf(mbSetup), idleTimer);
+    fire(timersOf(mbSetup), SetupHandler::idleTimer);
     EXPECT_THAT(requests(), IsEmpty());
 }
 
@@ -281,8 +279,8 @@ TEST_F(SetupTest, FactoryResetFromAnyPage)
     EXPECT_TRUE(show()->getBool("showReset", false));
     EXPECT_EQ(show(), nullptr); // once
 
-    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(resetTimer), 5000);
-    fire(timersOf(mbSetup), resetTimer);
+    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(SetupHandler::resetTimer), 5000);
+    fire(timersOf(mbSetup), SetupHandler::resetTimer);
     EXPECT_THAT(commands(), ElementsAre("21 1"));
     EXPECT_TRUE(folder.isDirectory());
     EXPECT_EQ(folder.getNumberOfChildFiles(juce::File::findFilesAndDirectories), 0);
@@ -295,7 +293,7 @@ TEST_F(SetupTest, FactoryResetFromAnyPage)
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppSetup, RMSG_SETTING_NOTIFY, 10 }));
     EXPECT_THAT(requests(), IsEmpty());
     EXPECT_EQ(audio.calls.size(), 1u);
-    fire(timersOf(mbSetup), resetTimer);
+    fire(timersOf(mbSetup), SetupHandler::resetTimer);
     EXPECT_THAT(commands(), ElementsAre("18 12 12", "21 1"));
     EXPECT_TRUE(leftover.existsAsFile());
 }

@@ -186,9 +186,9 @@ TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHea
 {
     toManager(Kernel::MSG_SYS_START);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
-    fireTimer(1);
+    fireTimer(DeviceStatusManager::lastMemoryTimer);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
-    EXPECT_TRUE(manager.isTimerRunning(1));
+    EXPECT_TRUE(manager.isTimerRunning(DeviceStatusManager::lastMemoryTimer));
     takePosted();
 
     hostEvent(EVENT_GET_LAST_MEMORY);
@@ -199,15 +199,15 @@ TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHea
     ASSERT_EQ(broadcasts.size(), 1u);
     EXPECT_EQ(broadcasts[0].bundle->getInt("index", 0), 36);
     EXPECT_EQ(broadcasts[0].bundle->getInt("value", 0), 5) << "the setting from the store that the start has loaded";
-    fireTimer(1);
+    fireTimer(DeviceStatusManager::lastMemoryTimer);
     EXPECT_EQ(commands(), std::vector<Command> {});
-    EXPECT_FALSE(manager.isTimerRunning(1));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::lastMemoryTimer));
 
-    EXPECT_EQ(manager.getTimerInterval(5), 3000);
-    fireTimer(5);
+    EXPECT_EQ(manager.getTimerInterval(DeviceStatusManager::heartbeatTimer), 3000);
+    fireTimer(DeviceStatusManager::heartbeatTimer);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
     toManager(Kernel::MSG_HEARTBEAT_STOP);
-    EXPECT_FALSE(manager.isTimerRunning(5));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::heartbeatTimer));
 }
 
 TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
@@ -271,9 +271,9 @@ TEST_F(DeviceStatusTest, AfterTheAntitheftPageItsPageIsStopped)
 {
     auto& antitheft = addPage(Pubhead::mbAntitheft, NUM_OF_SOURCES);
     auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
-    manager.startTimer(3, 2000);
-    fireTimer(3);
-    EXPECT_FALSE(manager.isTimerRunning(3));
+    manager.startTimer(DeviceStatusManager::antitheftLeftTimer, 2000);
+    fireTimer(DeviceStatusManager::antitheftLeftTimer);
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::antitheftLeftTimer));
     EXPECT_EQ(off.calls, Calls { "show auto" });
     EXPECT_EQ(antitheft.calls, Calls { "stop auto" });
 }
@@ -327,11 +327,11 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     addDeviceStateListener(&listener);
     toManager(Kernel::MSG_SYS_START);
     commands();
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_EQ(commands(), std::vector<Command> {});
     folder.getChildFile("Hard Disk3").createDirectory();
-    fireTimer(2);
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
     folder.getChildFile("Hard Disk3").deleteRecursively();
     hostEvent(EVENT_DEVICE_STATUS);
@@ -340,17 +340,17 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     for (const bool signal : { true, false })
     {
         LinesDouble::setRegister(0x88, 0x01, signal ? 0x48 : 0);
-        fireTimer(4);
+        fireTimer(DeviceStatusManager::cameraVideoTimer);
         EXPECT_EQ(getDeviceState(cameraVideo), signal);
     }
     EXPECT_EQ(listener.kinds, (std::vector { 0, 0, 16, 16 }));
 
     Platform::Configuration::get().sdAsUsb = true;
     folder.getChildFile("Hard Disk").createDirectory();
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_FALSE(getDeviceState(usbStorage)) << "the card stands for the first mount point";
     folder.getChildFile("SD").createDirectory();
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_TRUE(getDeviceState(usbStorage));
 }
 
@@ -358,16 +358,16 @@ TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
 {
     hostEvent(EVENT_POWER_OFF_READY);
     EXPECT_EQ(remote.calls, (Calls { "dimmer 0", "restore after 0", "clear and forget" }));
-    EXPECT_EQ(manager.getTimerInterval(7), 6000);
+    EXPECT_EQ(manager.getTimerInterval(DeviceStatusManager::powerOffTimer), 6000);
     takePosted();
-    fireTimer(7);
+    fireTimer(DeviceStatusManager::powerOffTimer);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
-    EXPECT_FALSE(manager.isTimerRunning(7));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
     hostEvent(EVENT_POWER_OFF_READY);
     takePosted();
     toManager(Kernel::MSG_POWER_OFF_CONFIRM, Pubhead::mbSirius);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
-    EXPECT_FALSE(manager.isTimerRunning(7));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
 }
 
 TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)

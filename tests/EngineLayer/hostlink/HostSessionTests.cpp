@@ -57,8 +57,8 @@ const Frame lastMemory { 1, EVENT_GET_LAST_MEMORY, {} };
 TEST_F(HostSessionTest, FramesGoOutOneAtATimeAndInOrder)
 {
     sendCommand(EVENT_GET_LAST_MEMORY);
-    sendCommand(EVENT_SRC_SWITCH, 10, 3);
-    sendCommand(EVENT_KEY, 1, 2, 3);
+    sendCommand(EVENT_SRC_SWITCH, { 10, 3 });
+    sendCommand(EVENT_KEY, { 1, 2, 3 });
     EXPECT_EQ(written(), Frames { lastMemory });
     mcuAcknowledges(9);
     EXPECT_EQ(written(), Frames {}) << "somebody else's acknowledgement";
@@ -78,7 +78,7 @@ TEST_F(HostSessionTest, UrgentFramesOvertakeAllButTheFrameInFlight)
     const std::uint8_t byte = 1;
     sendCommand(EVENT_GET_LAST_MEMORY);
     run();
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     sendDataUrgent(EVENT_PGN_SEND_CAN, &byte, 1);
     sendDataUrgent(EVENT_DATA_SEND_CAN, &byte, 1);
     std::vector<int> order;
@@ -98,7 +98,7 @@ TEST_F(HostSessionTest, TheSequenceCounterWraps)
 {
     for (int count = 1; count <= 257; ++count)
     {
-        sendCommand(EVENT_HEAT_BEAT, 0);
+        sendCommand(EVENT_HEAT_BEAT, { 0 });
         ASSERT_EQ(written(), (Frames { { count % 256, EVENT_HEAT_BEAT, { 0 } } }));
         mcuAcknowledges(count % 256);
     }
@@ -108,7 +108,7 @@ TEST_F(HostSessionTest, ASilentMcuGetsTheFrameAgainAndThenTheNextOne)
 {
     const LogCapture log;
     sendCommand(EVENT_GET_LAST_MEMORY);
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     EXPECT_EQ(written(), Frames { lastMemory });
     toSession(EngineLayer::msgResend, 1);
     toSession(EngineLayer::msgResend, 1);
@@ -124,14 +124,14 @@ TEST_F(HostSessionTest, ASilentMcuGetsTheFrameAgainAndThenTheNextOne)
 TEST_F(HostSessionTest, ATimeOutThatComesTooLateDoesNotHitTheNextFrame)
 {
     sendCommand(EVENT_GET_LAST_MEMORY);
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     run();
     mcuAcknowledges(1);
     mcu.takeWritten();
     toSession(EngineLayer::msgResend, 1);
     toSession(EngineLayer::msgSendFailed, 1);
     EXPECT_EQ(written(), Frames {});
-    sendCommand(EVENT_MUTE_STATE, 1);
+    sendCommand(EVENT_MUTE_STATE, { 1 });
     EXPECT_EQ(written(), Frames {}) << "the heartbeat is still in flight";
     mcuAcknowledges(2);
     EXPECT_EQ(written(), (Frames { { 3, EVENT_MUTE_STATE, { 1 } } }));
@@ -160,8 +160,8 @@ TEST_F(HostSessionTest, ABusyNetworkHoldsNoNormalFrameUp)
             sendDataUrgent(EVENT_PGN_SEND_CAN, &++answer, 1);
     };
     answerTwice();
-    sendCommand(EVENT_HEAT_BEAT, 0);
-    sendCommand(EVENT_MUTE_STATE, 1);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
+    sendCommand(EVENT_MUTE_STATE, { 1 });
     std::vector<int> order;
     for (int sequence = 1; sequence <= 11; ++sequence)
     {
@@ -180,9 +180,9 @@ TEST_F(HostSessionTest, ADeadLinkDoesNotFillTheMemoryAndLosesNoHeartbeat)
     const LogCapture log;
     const auto& session = *Session::getInstance();
     for (int i = 0; i < SendQueue::maxNormal + 10; ++i)
-        sendCommand(EVENT_MUTE_STATE, 0);
+        sendCommand(EVENT_MUTE_STATE, { 0 });
     EXPECT_EQ(session.getRefusedSends(), 10);
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     EXPECT_EQ(session.getRefusedSends(), 11) << "the last that is no heartbeat goes in its place";
     for (std::uint8_t i = 1; i <= SendQueue::maxUrgent + 5; ++i)
         sendDataUrgent(EVENT_PGN_SEND_CAN, &i, 1);
@@ -318,7 +318,7 @@ TEST_F(HostSessionTest, WithItsMonitorEveryFrameGoesOutInOrder)
     constexpr int count = 50;
     engine().findGroup("MonitorSendThread")->start();
     for (int i = 0; i < count; ++i)
-        sendCommand(EVENT_HEAT_BEAT, i);
+        sendCommand(EVENT_HEAT_BEAT, { i });
     Frames seen;
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     const auto stepUntil = [&](auto done)
@@ -337,7 +337,7 @@ TEST_F(HostSessionTest, WithItsMonitorEveryFrameGoesOutInOrder)
     for (int i = 0; i < count; ++i)
         EXPECT_EQ(seen[static_cast<std::size_t>(i)],
                   (Frame { i + 1, EVENT_HEAT_BEAT, { static_cast<std::uint8_t>(i) } }));
-    sendCommand(EVENT_MUTE_STATE, 1);
+    sendCommand(EVENT_MUTE_STATE, { 1 });
     stepUntil([&] { return seen.size() == count + 1; });
     EXPECT_EQ(seen.back(), (Frame { count + 1, EVENT_MUTE_STATE, { 1 } })) << "the unanswered frame was given up";
 }

@@ -1,4 +1,6 @@
-#include "bench/console/Console.h"
+#include "bench/console/ExpectLines.h"
+#include "bench/console/Verb.h"
+#include "support/Golden.h"
 
 #include <gmock/gmock.h>
 #include <sstream>
@@ -10,111 +12,90 @@ namespace
 using namespace Bench;
 using namespace std::chrono_literals;
 using testing::HasSubstr;
-using testing::IsEmpty;
+
+Expectation expected(const std::string& line)
+{
+    return parseExpectation(parseLine(line).words).expectation;
+}
 
 TEST(Script, cutsLinesIntoWords)
 {
-    struct Case
-    {
-        const char* line;
-        Words words;
-        bool malformed;
+    const std::pair<const char*, Words> cases[] = {
+        { "mcu  source\tusb 2", { "mcu", "source", "usb", "2" } },
+        { "  # a comment", {} },
+        { "state # the rest", { "state" } },
+        { "expect log \"a # b \\\"c\\\"\" within 3s", { "expect", "log", "a # b \"c\"", "within", "3s" } },
+        { "say \"\"", { "say", "" } },
     };
-    const Case cases[] = {
-        { "mcu  source\tusb 2", { "mcu", "source", "usb", "2" }, false },
-        { "  # a comment", {}, false },
-        { "state # the rest", { "state" }, false },
-        { "expect log \"a # b \\\"c\\\"\" within 3s", { "expect", "log", "a # b \"c\"", "within", "3s" }, false },
-        { "say \"\"", { "say", "" }, false },
-        { "expect log \"open", {}, true }
-    };
-    for (const auto& each : cases)
-    {
-        const auto line = parseLine(each.line);
-        EXPECT_EQ(line.words, each.words) << each.line;
-        EXPECT_EQ(!line.error.empty(), each.malformed) << each.line;
-    }
+    for (const auto& [line, words] : cases)
+        EXPECT_EQ(parseLine(line).words, words) << line;
+    EXPECT_EQ(parseLine("expect log \"open").error, "the quotes are not closed");
 }
 
-TEST(Script, readsTimesAndLimits)
+TEST(Script, readsTimes)
 {
     EXPECT_EQ(parseDuration("300ms"), 300ms);
-    EXPECT_EQ(parseDuration("1.5s"), 1500ms);
-    EXPECT_EQ(parseDuration("2"), 2000ms);
+    EXPECT_EQ(parseDuration("1.5"), 1500ms);
     for (const auto* wrong : { "", "s", "3m", "-1s", "inf", "nan", "1e9", "999999s" })
         EXPECT_FALSE(parseDuration(wrong)) << wrong;
-
-    auto limit = 5000ms;
-    Words words { "page", "fm", "shown", "within", "3s" };
-    EXPECT_EQ(takeTime(words, "within", limit), "");
-    EXPECT_EQ(words, (Words { "page", "fm", "shown" }));
-    EXPECT_EQ(limit, 3000ms);
-    Words without { "page", "fm", "shown", "within" };
-    EXPECT_NE(takeTime(without, "within", limit), "");
 }
 
-TEST(Expectation, isRefusedWhenNoStreamCouldMeetIt)
+class ExpectationsTest : public testing::Test
 {
-    for (const auto& wrong :
-         { Words {}, Words { "page", "nowhere", "shown" }, Words { "page", "fm", "gone" },
-           Words { "mcu", "source", "tape" }, Words { "mcu", "frame", "EVENT_NONE" }, Words { "log" },
-           Words { "program", "radio" }, Words { "dsp" }, Words { "dsp", "write" } })
-        EXPECT_NE(parseExpectation(wrong).error, "");
-}
+protected:
+    std::string wait(const std::string& line, std::chrono::milliseconds limit)
+    {
+        return expectations.wait(expected(line), limit);
+    }
+
+    Journal journal;
+    Expectations expectations { journal };
+};
 
 // Each stream has its own place. An event that met one expectation does not meet the next; the order between streams is
 // free; an event from before the mark does not count.
-TEST(Expectations, consumeEachStreamInItsOrder)
+TEST_F(ExpectationsTest, consumeEachStreamInItsOrder)
 {
-    Journal journal;
-    Expectations expectations(journal);
-    const auto wait = [&](const Words& words, std::chrono::milliseconds limit)
-    { return expectations.wait(parseExpectation(words).expectation, limit); };
     journal.add("page mbMainMenu", "hidden");
     journal.add("page mbFM", "shown");
-    EXPECT_EQ(wait({ "page", "fm", "shown" }, 0ms), "");
-    EXPECT_EQ(wait({ "page", "menu", "hidden" }, 0ms), "");
-    EXPECT_NE(wait({ "page", "fm", "shown" }, 10ms), "") << "the same event twice";
+    EXPECT_EQ(wait("page fm shown", 0ms), "");
+    EXPECT_EQ(wait("page menu hidden", 0ms), "");
+    EXPECT_NE(wait("page fm shown", 10ms), "") << "the same event twice";
 
     journal.add("page mbFM", "hidden");
-    EXPECT_THAT(wait({ "page", "fm", "shown" }, 10ms), HasSubstr("page mbFM hidden")) << "tells what came instead";
+    EXPECT_THAT(wait("page fm shown", 10ms), HasSubstr("page mbFM hidden")) << "tells what came instead";
 
     journal.add("log", "first line");
     expectations.forgetThePast();
-    EXPECT_NE(wait({ "log", "first" }, 10ms), "");
+    EXPECT_NE(wait("log first", 10ms), "");
 
     std::jthread later([&] { journal.add("log", "[info] second line"); });
-    EXPECT_EQ(wait({ "log", "second" }, 60s), "");
+    EXPECT_EQ(wait("log second", 60s), "");
 }
 
-TEST(Expectations, seeStatesAndAbsence)
+TEST_F(ExpectationsTest, seeStatesAndAbsence)
 {
-    Journal journal;
-    Expectations expectations(journal);
-    const auto inFront = parseExpectation({ "page", "eq", "in-front" }).expectation;
     journal.add("front", "mbEQ");
-    EXPECT_EQ(expectations.wait(inFront, 0ms), "");
-    EXPECT_EQ(expectations.wait(inFront, 0ms), "") << "a state is not used up";
+    EXPECT_EQ(wait("page eq in-front", 0ms), "");
+    EXPECT_EQ(wait("page eq in-front", 0ms), "") << "a state is not used up";
     journal.add("front", "none");
-    EXPECT_NE(expectations.wait(inFront, 10ms), "");
+    EXPECT_NE(wait("page eq in-front", 10ms), "");
 
-    const auto key = parseExpectation({ "program", "radio", "key", "66" }).expectation;
+    const auto key = expected("program radio key 66");
     EXPECT_TRUE(expectations.staysAway(key, 10ms));
     journal.add("program AppRadio", "key 66 0");
     EXPECT_FALSE(expectations.staysAway(key, 10ms));
-    EXPECT_EQ(expectations.wait(key, 0ms), "");
+    EXPECT_EQ(wait("program radio key 66", 0ms), "");
     EXPECT_TRUE(expectations.staysAway(key, 10ms)) << "what was expected before is behind";
 }
 
 // The menu goes by itself, five seconds after it came and not because a key took it away.
-TEST(Expectations, judgeAbsenceAndTimeByWhatHasHappened)
+TEST_F(ExpectationsTest, judgeAbsenceAndTimeByWhatHasHappened)
 {
-    Journal journal;
     const auto begin = Clock::now() - 1min;
-    const auto expected = [](const Words& words) { return parseExpectation(words).expectation; };
-    const auto menu = expected({ "page", "menu", "shown" }), source = expected({ "page", "fm", "shown" });
-    const auto status = expected({ "mcu", "frame", "EVENT_DEVICE_STATUS" });
-    const auto key = expected({ "program", "menu", "key" });
+    const auto menu = expected("page menu shown"), source = expected("page fm shown");
+    const auto status = expected("mcu frame EVENT_DEVICE_STATUS");
+    const auto key = expected("program menu key");
     EXPECT_THAT(Expectations(journal).staysAwayUntil(key, status, 0ms), HasSubstr("missing: mcu frame"));
 
     journal.add("page mbMainMenu", "shown", begin + 1s);
@@ -124,25 +105,20 @@ TEST(Expectations, judgeAbsenceAndTimeByWhatHasHappened)
     journal.add("frame EVENT_DEVICE_STATUS", "01", begin + 9s);
     EXPECT_EQ(Expectations(journal).waitInOrder({ menu, source }, 0ms, 5s), "");
     EXPECT_NE(Expectations(journal).waitInOrder({ menu, source }, 0ms, 6s), "");
-    Expectations expectations(journal);
     EXPECT_EQ(expectations.staysAwayUntil(key, status, 0ms), "");
     EXPECT_THAT(expectations.staysAwayUntil(key, status, 0ms), HasSubstr("key 5"));
     EXPECT_EQ(expectations.staysAwayUntil(source, source, 0ms), "") << "the end of the absence may be of its kind";
 }
 
-TEST(Expectations, endWhenTheUserWantsToLeave)
+TEST_F(ExpectationsTest, endWhenTheUserWantsToLeave)
 {
-    Journal journal;
-    Expectations expectations(journal);
     std::jthread leaver([&] { journal.interrupt(); });
-    EXPECT_EQ(expectations.wait(parseExpectation({ "mcu", "agreed" }).expectation, 60s), "interrupted");
+    EXPECT_EQ(wait("mcu agreed", 60s), "interrupted");
 }
 
 /** The report of a program comes after what the unit answered to it, and meets what expects it all the same. */
-TEST(Journal, putsWhatIsToldLateInItsPlace)
+TEST_F(ExpectationsTest, putWhatIsToldLateInItsPlace)
 {
-    Journal journal;
-    Expectations expectations(journal);
     const auto begin = Clock::now();
     const auto told = [&](const char* stream, const char* text, std::chrono::nanoseconds after)
     { journal.add(stream, text, begin + after); };
@@ -152,12 +128,10 @@ TEST(Journal, putsWhatIsToldLateInItsPlace)
     told("page mbFM", "hidden", 3ns);
     told("program AppRadio", "running", 4ns);
 
-    const auto expected = [](Words words) { return parseExpectation(words).expectation; };
-    EXPECT_NE(expectations.waitInOrder(
-                  { expected({ "mcu", "frame", "EVENT_SRC_SWITCH" }), expected({ "page", "mbFM", "hidden" }) }, 0ms),
+    EXPECT_NE(expectations.waitInOrder({ expected("mcu frame EVENT_SRC_SWITCH"), expected("page mbFM hidden") }, 0ms),
               "");
     expectations.forgetThePast();
-    EXPECT_NE(expectations.wait(expected({ "page", "mbFM", "shown" }), 0ms), "");
+    EXPECT_NE(wait("page mbFM shown", 0ms), "");
 
     std::string all;
     for (const auto& event : journal.find({}, 10, [](const Event&) { return true; }))
@@ -188,39 +162,74 @@ protected:
     Console console { unit, Style(false), output, false };
 };
 
+/** What is nearly right is met with what would be; lines with the same hint stand together, with / between them. */
 TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
 {
-    std::istringstream lines(
-        "mcu source|mcu source tape|mcu key 256|mcu key menu 0 1s|mcu hold menu|mcu hold menu,next 1s|"
-        "mcu flood menu 1s|mcu flood menu,tape 10 1s|mcu send 5 1g|mcu drop -1|mcu sing|"
-        "autotest|autotest sing|autotest volume 256|autotest enter 1|autotest send 1g|autotest damage -1|"
-        "program nobody crash|program radio crash|program eq show fm|usb in 9|camera maybe|engine fly|"
-        "dsp sing|dsp plot a b|dsp plot /nowhere/x.png|dsp play nothing.wav x.wav|"
-        "dsp fail slow|dsp fail transfer 0|dsp fail crc twice|"
-        "log tail 0|pause long|transcript|transcript mcu nobody|frobnicate|"
-        "expect|say \"x");
-    for (std::string line; std::getline(lines, line, '|');)
+    const std::pair<const char*, const char*> cases[] = {
+        { "frobnicate/mc", "see help" },
+        { "say \"x", "quotes" },
+        { "mcu/mcu sing/mcu source", "usage: mcu source SOURCE" },
+        { "mcu key menu 0 1s", "usage: mcu key KEY [ORIGIN]" },
+        { "mcu hold menu 300 1s", "'300' is no origin: 0 to 255" },
+        { "mcu flood menu,tape 10 1s", "is no key-list" },
+        { "mcu send 5 1g/autotest send 1g/expect mcu frame 5 1g", "'1g' is no byte: two hexadecimal digits" },
+        { "mcu drop -1/autotest damage 1001/mcu drop every x", "is no amount: 0 to 1000" },
+        { "mcu silent long/pause long/expect log x within long", "'long' is no time" },
+        { "program nobody crash/expect program nobody gone", "'nobody' is no program" },
+        { "program radio slow", "usage: program PROGRAM slow TIME|off" },
+        { "program radio slow on", "or off" },
+        { "program radio crash", "AppRadio does not run" },
+        { "program eq show fm", "AppEQ has no page 'fm'" },
+        { "battery 25.3", "is no volts: 0 to 25.2" },
+        { "dsp sing/dsp plot a b", "usage: dsp" },
+        { "transcript mcu nobody", "'nobody' is no section" },
+        { "expect/expect no/expect sing", "expect" },
+        { "expect page fm gone", "usage: expect page PAGE shown|hidden|covered|confirmed" },
+        { "expect dsp write", "expect dsp write TEXT..." },
+        { "expect order \"mcu agreed\"", "two expectations" },
+    };
+    for (const auto& [nonsense, hint] : cases)
     {
-        const auto outcome = console.run(line);
-        EXPECT_EQ(outcome.kind, Outcome::failed) << line;
-        EXPECT_THAT(outcome.error, testing::Not(IsEmpty())) << line;
+        std::istringstream lines(nonsense);
+        for (std::string line; std::getline(lines, line, '/');)
+            EXPECT_THAT(runLine(console, line).error, HasSubstr(hint)) << line;
     }
 }
 
 TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
 {
-    std::istringstream script("# story\nsay hello\nexpect mcu agreed within 10ms\nsay not reached\n");
-    EXPECT_FALSE(console.runScript(script, "x.scenario"));
-    EXPECT_THAT(output.str(), HasSubstr("x.scenario:3"));
+    std::istringstream script(
+        "# story\nsay hello\nif-display frobnicate\nexpect mcu agreed within 10ms\nsay not reached\n");
+    EXPECT_FALSE(runScript(console, script, "x.scenario"));
+    EXPECT_THAT(output.str(), HasSubstr("x.scenario:4"));
     EXPECT_THAT(output.str(), testing::Not(HasSubstr("not reached")));
 }
 
-TEST_F(ConsoleCommands, completesWhatMayFollow)
+TEST(Verbs, completeWhatMayFollow)
 {
-    using testing::Contains;
-    EXPECT_THAT(Console::completionsFor({}), Contains("expect"));
-    EXPECT_THAT(Console::completionsFor({ "expect", "page" }), Contains("mbEQ"));
-    EXPECT_THAT(Console::completionsFor({ "bogus" }), IsEmpty());
+    const std::pair<const char*, const char*> cases[] = {
+        { "", "expect" },
+        { "mcu", "hold" },
+        { "mcu drop 2", "IND_KEY" },
+        { "program radio", "show" },
+        { "remote", "rotary-next" },
+        { "remote stall", "off" },
+        { "expect", "no" },
+        { "expect page", "mbEQ" },
+        { "if-display expect no page eq", "shown" },
+    };
+    for (const auto& [before, word] : cases)
+        EXPECT_THAT(completionsFor(parseLine(before).words), testing::Contains(word)) << before;
+    for (const auto* before : { "bogus", "mcu status", "expect page fm shown" })
+        EXPECT_THAT(completionsFor(parseLine(before).words), testing::IsEmpty()) << before;
+}
+
+TEST(Verbs, standInTheManual)
+{
+    const auto manual = juce::File(HEADUNIT_SOURCE_DIR).getChildFile("bench/README.md").loadFileAsString();
+    const juce::String first = "| Say | What it does |\n";
+    expectGolden("../bench/README.md",
+                 manual.upToFirstOccurrenceOf(first, false, false) + juce::String::fromUTF8(verbTables().c_str()));
 }
 
 } // namespace
