@@ -1,8 +1,7 @@
 #include "EngineLayer/devices/VideoDecoder.h"
 
-#include "EngineLayer/devices/UnitOutputs.h"
 #include "platform/base/Logger.h"
-#include "platform/devices/Lines.h"
+#include "platform/devices/UnitLines.h"
 
 namespace EngineLayer
 {

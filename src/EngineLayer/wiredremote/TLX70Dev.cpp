@@ -1,11 +1,11 @@
 #include "EngineLayer/wiredremote/TLX70Dev.h"
 
 #include "EngineApi/KeyCodes.h"
-#include "EngineLayer/devices/UnitOutputs.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
+#include "platform/devices/UnitLines.h"
 
 #include <utility>
 
