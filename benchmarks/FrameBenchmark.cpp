@@ -99,8 +99,10 @@ Kernel::TaskGroup* linkGroup(LowLayer::HostcommDev* device)
     return engine->findGroup(name);
 }
 
-/** From the port's reader to the parser: pooled buffers in pooled messages, one read and one pass of the group at a
- * time. */
+/**
+    From the port's reader to the parser: pooled buffers in pooled messages, one read and one pass of the group at a
+    time.
+*/
 void ReceiveFrames(benchmark::State& state)
 {
     const auto stream = typicalStream();

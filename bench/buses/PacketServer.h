@@ -14,7 +14,7 @@ namespace Bench
 
 /**
     A listening SOCK_SEQPACKET socket in the file system with one thread. Several connections may be open at once; each
-   has a number that is never used again. Handlers run on the server's thread, `send` on any.
+    has a number that is never used again. Handlers run on the server's thread, `send` on any.
 */
 class PacketServer
 {

@@ -105,8 +105,9 @@ Grammar::Pattern Grammar::parse(const std::string& text)
     return pattern;
 }
 
-/** The words at their places, if there are neither too many nor too few: what may be left out is filled from the left.
- */
+/**
+    The words at their places, if there are neither too many nor too few: what may be left out is filled from the left.
+*/
 std::optional<std::vector<Words>> Grammar::distribute(const Pattern& pattern, const Words& line)
 {
     const auto& places = pattern.places;

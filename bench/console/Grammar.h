@@ -48,7 +48,7 @@ private:
 
 /**
     Which lines there are. A pattern has fixed words ("mcu hold"), words of a kind ("KEY"), choices ("TIME|off"), what
-   may be left out ("[ORIGIN]") and, at the end, what may come several times ("BYTE...").
+    may be left out ("[ORIGIN]") and, at the end, what may come several times ("BYTE...").
 */
 class Grammar
 {

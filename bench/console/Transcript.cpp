@@ -35,8 +35,10 @@ bool comesAnywhere(const std::string& line, const Lines& before)
            (line == "EVENT_GET_LAST_MEMORY" && !before.empty() && before.back() == line);
 }
 
-/** The radio's program gets what the tuner says a moment before it has come and again afterwards, or only once: who is
- * first is left to the machine. */
+/**
+    The radio's program gets what the tuner says a moment before it has come and again afterwards, or only once: who is
+    first is left to the machine.
+*/
 bool repeatsTunerState(const std::string& line, const Lines& before)
 {
     static const auto batch = "message " + std::to_string(Platform::RMSG_RADIO_NOTIFY) + " 0 3 ";

@@ -20,8 +20,10 @@ inline Outcome failed(std::string error)
     return { Outcome::failed, std::move(error) };
 }
 
-/** One thing that can be said to the bench. Usage, completion, checks, `help` and the table in README.md come from
- * here. */
+/**
+    One thing that can be said to the bench. Usage, completion, checks, `help` and the table in README.md come from
+    here.
+*/
 struct Verb
 {
     std::string line; ///< its pattern, see Grammar

@@ -16,14 +16,14 @@ namespace Bench
 
 /**
     The companion microcontroller at the other end of the serial link, behind a pseudo-terminal. It keeps the last
-   source and the device id, asks the unit for the source after a start, follows the unit's own source changes, answers
-   a power off or on that the unit asks for with the panel's power key, and can be made to misbehave.
+    source and the device id, asks the unit for the source after a start, follows the unit's own source changes, answers
+    a power off or on that the unit asks for with the panel's power key, and can be made to misbehave.
 
-    Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement),
-    "mcu ready-for-power-off", "mcu power" (off and on, each time the panel's power key goes out), "mcu device-id" (as
-   set by the unit), "mcu hold", "mcu flood" and "mfd flood" ("N sent, M skipped", when they end), "n2k" (what became of
-   a play), "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received), "sent NAME" (each
-   transmission of a frame). Every public operation may be called from any thread; none waits for the unit.
+    Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement), "mcu
+    ready-for-power-off", "mcu power" (off and on, each time the panel's power key goes out), "mcu device-id" (as set by
+    the unit), "mcu hold", "mcu flood" and "mfd flood" ("N sent, M skipped", when they end), "n2k" (what became of a
+    play), "mcu link" (silent, back, faults, frames given up), "frame NAME" (each frame received), "sent NAME" (each
+    transmission of a frame). Every public operation may be called from any thread; none waits for the unit.
 */
 class Mcu
 {
@@ -64,8 +64,10 @@ public:
     void pressKey(int value, int origin);
     /** Presses a key every 100 ms for this long, at least once, then releases it. A key held before is released now. */
     void hold(int value, int origin, Milliseconds duration);
-    /** Presses keys in turn, so many a second (1 to `mostPerSecond`). At most one of them waits for the link: when
-     * another one's turn comes, that turn is skipped and counted. A flood before ends now. At least one key. */
+    /**
+        Presses keys in turn, so many a second (1 to `mostPerSecond`). At most one of them waits for the link: when
+        another one's turn comes, that turn is skipped and counted. A flood before ends now. At least one key.
+    */
     void flood(const Bytes& keys, int perSecond, Milliseconds duration);
     /** As a flood of keys, with one message of the boat's network. */
     void floodNetwork(Bytes parcel, int perSecond, Milliseconds duration);
@@ -74,8 +76,10 @@ public:
         Milliseconds due; ///< from the begin
         Bytes parcel;
     };
-    /** Messages of the boat's network, in this order, none before it is due. At most one of them waits for the link,
-     * and none is skipped. A play before ends now. `name` is for the journal: "played N messages of NAME". */
+    /**
+        Messages of the boat's network, in this order, none before it is due. At most one of them waits for the link,
+        and none is skipped. A play before ends now. `name` is for the journal: "played N messages of NAME".
+    */
     void play(std::string name, std::vector<TimedParcel> parcels);
     void stopPlaying();
     void requestSource(Source source);

@@ -11,7 +11,7 @@ namespace Bench
 
 /**
     The tuner inside the microcontroller: three bands with stations, seek and step that find them, and what a station
-   says of itself. Frames in, frames out; its owner locks.
+    says of itself. Frames in, frames out; its owner locks.
 */
 class Tuner
 {

@@ -13,7 +13,7 @@ namespace Bench
 
 /**
     The wired remote behind a pseudo-terminal of its own: shows what the unit writes, has keys, and can be pulled out
-   and put back.
+    and put back.
 
     Journal streams: "remote display" (both lines, after each command that writes there), "remote dimmer" ("A 15"),
     "remote" (plugged, unplugged, damaged bytes). Any thread.

@@ -11,8 +11,8 @@ namespace Bar
 
 /**
     Lets a person pick one of 16 favourites with the rotary control: shows eight of them at a time and the supply
-   voltage, and tells the wired remote which one is selected. Closes by itself after 10 s, or 5 s over the camera's
-   picture.
+    voltage, and tells the wired remote which one is selected. Closes by itself after 10 s, or 5 s over the camera's
+    picture.
 */
 class FavoriteBar : public EngineApi::FavoriteBar, public BarWindow, public juce::MultiTimer
 {
@@ -23,8 +23,10 @@ public:
 
     FavoriteBar();
 
-    /** MSG_FAVORITES_... and MSG_VOLTMETER_...; others are ignored, and so is a selection outside 1 to 16 (logged).
-     * Any thread. */
+    /**
+        MSG_FAVORITES_... and MSG_VOLTMETER_...; others are ignored, and so is a selection outside 1 to 16 (logged). Any
+        thread.
+    */
     void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload) override;
     bool isShown() const override { return isBarShown(); }
     int getCurrentIndex() const override { return currentIndex; }

@@ -9,9 +9,9 @@ namespace Kernel
 
 /**
     Numbered timers of a component. Every expiry is posted to the owner as MSG_SYS_TIMER with the timer's id and the
-   number of its start, so that it is handled on the owner's group thread; one that is still on its way when its timer
-   is stopped or started anew never gets there. Timers repeat until they are stopped; times are in milliseconds.
-   Starting and stopping is allowed from any thread.
+    number of its start, so that it is handled on the owner's group thread; one that is still on its way when its timer
+    is stopped or started anew never gets there. Timers repeat until they are stopped; times are in milliseconds.
+    Starting and stopping is allowed from any thread.
 */
 class SystemTimer : public juce::MultiTimer
 {

@@ -103,8 +103,10 @@ TEST_F(ViewManagerTest, ChangesPagesByHandshake)
     EXPECT_EQ(getCurrentPage(), mbUSBAudio);
 }
 
-/** A program that answers before the engine goes on is not forgotten, however its page is asked for: no timer has to
- * bring the page. */
+/**
+    A program that answers before the engine goes on is not forgotten, however its page is asked for: no timer has to
+    bring the page.
+*/
 TEST_F(ViewManagerTest, ShowsPagesOfProgramsThatAnswerAtOnce)
 {
     letProgramsAnswerAtOnce();
@@ -216,8 +218,9 @@ TEST_F(ViewManagerTest, APageWantedWhileTheNewOneComesFollowsIt)
     }
 }
 
-/** The navigation program answers nothing: its window is shown and hidden directly, and found under any of its titles.
- */
+/**
+    The navigation program answers nothing: its window is shown and hidden directly, and found under any of its titles.
+*/
 TEST_F(ViewManagerTest, ShowsAndHidesTheNavigationWindowItself)
 {
     using Operation = WindowDouble::Operation;

@@ -42,8 +42,10 @@ std::vector<Posted> takePosted();
 /** The same to one program; what went to others stays. */
 std::vector<Posted> takePosted(int appType);
 std::vector<NamedBroadcast> takeNamedBroadcasts();
-/** Called inside each post to one program, on the posting thread: a program that answers before the engine goes on.
- * Empty for none. */
+/**
+    Called inside each post to one program, on the posting thread: a program that answers before the engine goes on.
+    Empty for none.
+*/
 void onPost(std::function<void(const Posted&)> program);
 /** What `expectProcess` last said of the program, -1 for no restriction. */
 int expectedProcess(int appType);

@@ -31,8 +31,9 @@ struct SpiDouble
 
     /** Every call that reached the bus since the last take, in order, with those that failed. */
     static std::vector<Operation> takeOperations();
-    /** What was written between a select and its release, each as one block; one with a failed write is not among them.
-     */
+    /**
+        What was written between a select and its release, each as one block; one with a failed write is not among them.
+    */
     static std::vector<Bytes> takeBlocks();
     static std::vector<Record> takeRecords();
 

@@ -11,8 +11,8 @@ class ApplicationTask;
 
 /**
     One page inside its application: carries out the scheduler's orders, passes keys and notices on to the page's
-   program, takes the program's messages, and asks the scheduler for what the page wants. The virtual operations run on
-   the application's thread, except where EngineApi::PageHandler says otherwise.
+    program, takes the program's messages, and asks the scheduler for what the page wants. The virtual operations run on
+    the application's thread, except where EngineApi::PageHandler says otherwise.
 */
 class AppHandler : public EngineApi::PageHandler
 {

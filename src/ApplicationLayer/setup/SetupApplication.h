@@ -13,7 +13,7 @@ namespace ApplicationLayer
 
 /**
     The setup program's counterpart: changed settings take effect here, dimmer and supply voltage are followed. All of
-   its own state is of its thread.
+    its own state is of its thread.
 */
 class SetupApplication : public ApplicationTask, private EngineApi::SettingDataChangeListener
 {

@@ -5,8 +5,9 @@
 namespace ApplicationLayer
 {
 
-/** The page of the setup program: its keys, the way back to the source when nobody touches it, and the factory reset.
- */
+/**
+    The page of the setup program: its keys, the way back to the source when nobody touches it, and the factory reset.
+*/
 class SetupHandler : public AppHandler
 {
 public:

@@ -5,8 +5,10 @@
 namespace EngineLayer
 {
 
-/** Both lines that are high while the unit is on; they supply the Bluetooth module and the USB hub, too. Returns at
- * once. Any thread. */
+/**
+    Both lines that are high while the unit is on; they supply the Bluetooth module and the USB hub, too. Returns at
+    once. Any thread.
+*/
 void driveOutputs(bool on);
 /** The same off, and on again after that time. */
 void pulseOutputs(int offMs);

@@ -15,8 +15,10 @@ constexpr Platform::Log logger { "EngineLayer/VideoDecoder", "DeviceStatusManage
 constexpr const char* busName = "I2C1:";
 constexpr int setUpTimeoutMs = 1000;
 constexpr int pollTimeoutMs = 250;
-/** So often a decoder that does not answer may hold up what else waits for the thread. One slow answer must not take
- * the picture of the camera away for long. */
+/**
+    So often a decoder that does not answer may hold up what else waits for the thread. One slow answer must not take
+    the picture of the camera away for long.
+*/
 constexpr std::chrono::seconds restAfterFailure { 1 };
 constexpr int deviceAddress = 0x88; ///< 8-bit form
 constexpr int statusRegister = 0x01;

@@ -49,8 +49,10 @@ public:
     /** Gives the frame back to the pool when the caller's is the last reference; else nothing happens. Any thread. */
     static void releaseFrame(HostDataFormat& frame);
 
-    /** Sequence and checksum are filled in by `setSequence`. False, and nothing built, with more data than a frame
-     * carries. */
+    /**
+        Sequence and checksum are filled in by `setSequence`. False, and nothing built, with more data than a frame
+        carries.
+    */
     bool build(int command, std::span<const std::uint8_t> data = {});
 
     /** Numbers the frame and closes it with its checksum; the last step before it is written. */

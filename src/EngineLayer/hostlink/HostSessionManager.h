@@ -45,8 +45,10 @@ public:
     void sendCommand(int command, std::initializer_list<int> values = {});
     /** At most 102 bytes, else the call is refused with one error line and counted. Without data a command alone. */
     void sendData(int command, const void* data, int n);
-    /** The same in front of what waits, though never of the frame in flight, and in place of what waits about the same
-     * subject. */
+    /**
+        The same in front of what waits, though never of the frame in flight, and in place of what waits about the same
+        subject.
+    */
     void sendDataUrgent(int command, const void* data, int n, int subject = EngineApi::noSubject);
 
     /** Frames that were not sent: oversize, or with too many frames waiting. Any thread. */

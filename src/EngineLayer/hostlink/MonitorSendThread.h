@@ -7,8 +7,10 @@
 namespace EngineLayer
 {
 
-/** Messages that the session and its monitor send to the session, component 19. Resend and failure name the
- * frame's sequence in arg1. */
+/**
+    Messages that the session and its monitor send to the session, component 19. Resend and failure name the frame's
+    sequence in arg1.
+*/
 enum SessionMessage : juce::int32 {
     msgFrameReceived = 1,
     msgAcknowledged = 2,
@@ -31,8 +33,10 @@ public:
 
     /** Ends the watch, if any, and starts one over the frame of this sequence. Session's thread. */
     void watch(int sequence);
-    /** Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the
-     * end. */
+    /**
+        Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the
+        end.
+    */
     void stopWatching();
 
 protected:

@@ -13,7 +13,7 @@ namespace EngineLayer
 
 /**
     Turns key presses into actions, wherever they come from: the microcontroller, the wired remote, the factory test.
-   Also keeps the unit's device id and takes the commands of the factory test. Handlers run on the group thread.
+    Also keeps the unit's device id and takes the commands of the factory test. Handlers run on the group thread.
 */
 class KeyManager : public Kernel::ComponentTask,
                    public AutoTestKeys,

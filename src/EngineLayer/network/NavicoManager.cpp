@@ -478,8 +478,10 @@ void send(int command, const juce::MemoryBlock& bytes)
         sendData(command, bytes.getData(), static_cast<int>(bytes.getSize()));
 }
 
-/** What the unit tells of a zone, and the names of both: to whom (0xFF everybody; an answer says the mute otherwise
- * than a report) and about which zone. The low half of a PGN tells those apart. */
+/**
+    What the unit tells of a zone, and the names of both: to whom (0xFF everybody; an answer says the mute otherwise
+    than a report) and about which zone. The low half of a PGN tells those apart.
+*/
 int subjectOf(Platform::Parcel& parcel)
 {
     constexpr int bits = 8;

@@ -15,7 +15,7 @@ namespace EngineLayer
 /**
     Owner of the scheduling data: the page handlers, the picture of which pages run, the remembered pages and the
     scheduler. Queries are answered on any thread, with copies made under one lock; what changes anything belongs to the
-   system state manager's thread, the registration of handlers apart.
+    system state manager's thread, the registration of handlers apart.
 */
 class ApplicationManager : public Kernel::SystemTimer, public Kernel::Singleton<ApplicationManager>
 {

@@ -11,7 +11,7 @@ namespace EngineLayer
 
 /**
     The engine's door to the settings store: reads and writes through, tells the listeners later, on its own thread,
-   what the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
+    what the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
 */
 class DataManager : public Kernel::ComponentTask, public Kernel::Singleton<DataManager>
 {
@@ -42,8 +42,9 @@ private:
     friend class Kernel::Singleton<DataManager>;
     DataManager() = default;
 
-    /** A value that changes faster than the listeners follow is announced less often, but always after its last change.
-     */
+    /**
+        A value that changes faster than the listeners follow is announced less often, but always after its last change.
+    */
     void postChange(int index, int origin);
     void reset();
 

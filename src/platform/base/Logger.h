@@ -11,8 +11,8 @@ namespace Platform
 
 /**
     The process-wide log. Lines go to the log library named by `unit.log_library`, which is loaded on the first use;
-    without it, or without one of its entry points, the calls answer false and write nothing, unless
-    `useStandardError` has found them another place. Any thread may log. Sources write through a `Log`.
+    without it, or without one of its entry points, the calls answer false and write nothing, unless `useStandardError`
+    has found them another place. Any thread may log. Sources write through a `Log`.
 */
 class Logger
 {

@@ -20,8 +20,9 @@ public:
 
     /** A message with empty fields, from the pool or new. Any thread. */
     static Ptr obtain();
-    /** Back to the pool (at most 50 are kept) when the reference handed over (`std::move`) is the last one. Any thread.
-     */
+    /**
+        Back to the pool (at most 50 are kept) when the reference handed over (`std::move`) is the last one. Any thread.
+    */
     static void recycle(Ptr message);
 };
 

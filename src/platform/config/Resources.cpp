@@ -15,8 +15,10 @@ constexpr Log logger { "platform/Resources", "CVXResPathManager" };
 
 constexpr juce::int64 maxFileSize = 64 * 1024 * 1024;
 
-/** The archive's directory, of which the framework keeps the checksums to itself: signatures, lengths, and where what
- * stands. */
+/**
+    The archive's directory, of which the framework keeps the checksums to itself: signatures, lengths, and where what
+    stands.
+*/
 constexpr juce::uint32 endSignature = 0x06054b50;
 constexpr juce::uint32 entrySignature = 0x02014b50;
 constexpr std::size_t endLength = 22, longestComment = 65535, entryLength = 46;

@@ -9,7 +9,7 @@ namespace Platform
 
 /**
     The log lines of the widgets: what a layout or picture lacks is logged the first time only, however often it is
-   asked for. After 64 different problems the rest is not logged, which is logged too. Message thread.
+    asked for. After 64 different problems the rest is not logged, which is logged too. Message thread.
 */
 void reportOnce(const Log::Line& line, const juce::String& problem);
 
@@ -17,8 +17,9 @@ void reportOnce(const Log::Line& line, const juce::String& problem);
 class Picture
 {
 public:
-    /** Takes the PNG file of that name; "" is no picture. A missing or damaged one is reported, and nothing is shown.
-     */
+    /**
+        Takes the PNG file of that name; "" is no picture. A missing or damaged one is reported, and nothing is shown.
+    */
     void setName(const juce::String& newName);
     /** Reads it from the packs again. */
     void reload();

@@ -48,8 +48,9 @@ protected:
 
 } // namespace
 
-/** The trigger input shows the camera, a key takes it away while the input stays on, the input's end changes nothing.
- */
+/**
+    The trigger input shows the camera, a key takes it away while the input stays on, the input's end changes nothing.
+*/
 TEST_F(GeneralTest, CameraFollowsTriggerAndKey)
 {
     device(triggerInput, true);

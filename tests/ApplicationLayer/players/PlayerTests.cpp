@@ -92,8 +92,10 @@ TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
 }
 
-/** The iPod plays over its analog path, is pulled out, and comes back over the digital one; the radio of the same phone
- * plays in between. The DSP listens where the sound comes in, and is told once. */
+/**
+    The iPod plays over its analog path, is pulled out, and comes back over the digital one; the radio of the same phone
+    plays in between. The DSP listens where the sound comes in, and is told once.
+*/
 TEST_F(PlayerTest, TheDspFollowsTheSoundOfTheiPodPluggedInAgain)
 {
     const auto path = [this](int which) { iPodSays(RMSG_IPOD_AUDIO_PATH, 1, which); };

@@ -79,8 +79,9 @@ bool raisesBesideTop(const ScheduleUnit& unit, const Step& step)
            !Scheduler::showAllowed(unit.describe(info));
 }
 
-/** What page handlers let through: a page that does not run is run, not shown, and leaving a source is entering "off".
- */
+/**
+    What page handlers let through: a page that does not run is run, not shown, and leaving a source is entering "off".
+*/
 Step throughHandler(const ScheduleUnit& unit, Step step)
 {
     auto& info = step.info;

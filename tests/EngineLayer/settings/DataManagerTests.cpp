@@ -89,8 +89,10 @@ TEST_F(DataManagerTest, ChangesAreStoredAtOnceAndToldLaterInOrder)
     EXPECT_EQ(second.heard, (Heard { { numberSetting, Pubhead::AppSetup }, { numberSetting, Pubhead::AppMain } }));
 }
 
-/** A program moves a slider faster than the unit follows: few announcements wait, the last of them after the last
- * value. */
+/**
+    A program moves a slider faster than the unit follows: few announcements wait, the last of them after the last
+    value.
+*/
 TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
 {
     LogCapture log;

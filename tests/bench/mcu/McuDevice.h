@@ -43,8 +43,10 @@ protected:
         ASSERT_EQ(::write(port, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
-    /** The next frame that reaches the unit whole, or one with command 0xFFFF when none does in time. As the unit does,
-     * it takes one once that comes again because the acknowledgement was slow. */
+    /**
+        The next frame that reaches the unit whole, or one with command 0xFFFF when none does in time. As the unit does,
+        it takes one once that comes again because the acknowledgement was slow.
+    */
     McuFrame get(std::chrono::milliseconds limit = patience)
     {
         const auto deadline = Clock::now() + limit;

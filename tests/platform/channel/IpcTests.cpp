@@ -387,8 +387,10 @@ TEST_F(IpcTest, WhatTheBusDoesNotTakeWaits)
     EXPECT_EQ(ErrorLog::count("messages wait for AppRadio: the oldest go"), 1);
 }
 
-/** The bus dies and another comes at its place: everybody was gone, who comes again is heard again, and the engine is
- * found by its name. */
+/**
+    The bus dies and another comes at its place: everybody was gone, who comes again is heard again, and the engine is
+    found by its name.
+*/
 TEST_F(IpcTest, FindsTheBusAgain)
 {
     const ErrorLog log;

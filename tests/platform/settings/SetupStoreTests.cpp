@@ -211,8 +211,9 @@ TEST_F(SetupStoreTest, WhoOnlyReadsNeedsNoLockAndWritesNothing)
     EXPECT_FALSE(settings().exists());
 }
 
-/** The disk takes not one byte more, and the lock file is gone: its user reads the settings, and changes them for now.
- */
+/**
+    The disk takes not one byte more, and the lock file is gone: its user reads the settings, and changes them for now.
+*/
 TEST_F(SetupStoreTest, OnAFullDiskTheSettingsAreReadAndKeptInMemory)
 {
     VX_SetSetupValueInt(faderSetting, 9);

@@ -3,8 +3,10 @@
 #include "platform/channel/RemoteMessage.h"
 #include "platform/channel/linux/IpcSdBus.h"
 
-/** Bundles and messages as they stand in a bus message. Every call answers a negative errno on failure, as the bus
- * library. */
+/**
+    Bundles and messages as they stand in a bus message. Every call answers a negative errno on failure, as the bus
+    library.
+*/
 namespace Platform::IpcWire
 {
 

@@ -19,8 +19,10 @@ using namespace std::chrono_literals;
 constexpr Log logger { "platform/OverlayWindows", "OverlayWindows" };
 
 constexpr std::uint8_t firstButton = 1;
-/** How often the bars are put above a window that covers them: at once this often, and then once in a pause, so that a
- * window that keeps raising itself gets no quick answers. */
+/**
+    How often the bars are put above a window that covers them: at once this often, and then once in a pause, so that a
+    window that keeps raising itself gets no quick answers.
+*/
 constexpr double mostRestores = 8;
 constexpr auto restorePause = 500ms;
 
