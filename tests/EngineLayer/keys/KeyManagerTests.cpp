@@ -152,18 +152,6 @@ TEST_F(KeyManagerTest, AFloodOfKeysKeepsTheLastOnes)
     EXPECT_EQ(log.count("keys come faster than they are acted on; the oldest are dropped"), 1);
 }
 
-TEST_F(KeyManagerTest, ShortFramesAreDropped)
-{
-    LogCapture log;
-    for (int i = 0; i < 3; ++i)
-    {
-        fromMcu(EVENT_KEY, {});
-        fromMcu(EVENT_KEY, { 0 });
-    }
-    EXPECT_THAT(takeSent(), IsEmpty());
-    EXPECT_EQ(log.count("a key of the MCU has fewer than 2 bytes; such keys are dropped"), 1);
-}
-
 TEST_F(KeyManagerTest, TheDeviceIdIsStoredSentAndReadBack)
 {
     LogCapture log;
