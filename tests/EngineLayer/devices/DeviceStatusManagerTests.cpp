@@ -290,22 +290,10 @@ TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
     EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
 }
 
-TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)
+TEST_F(DeviceStatusTest, TheLowBatteryAlertSoundsAndIsShownOnce)
 {
     for (const bool on : { false, true, true, false })
         setLowBatteryAlert(on);
     EXPECT_EQ(audio.calls, (Calls { "alert on", "alert off" }));
     EXPECT_EQ(lowBatteryBar.messages.size(), 2u);
-
-    takePosted();
-    manager.onVolumeChanged(17, 1, true);
-    manager.onVolumeChanged(18, 2, false);
-    manager.onMuteChanged(true);
-    EXPECT_EQ(remote.calls,
-              (Calls { "clear row 1", "restore after 2000", "text 1 1 Zone1 Vol.17 temporary", "lasting 1 11  Mute" }));
-    constexpr int volumeShow = Kernel::MSG_VOLUME_SHOW;
-    EXPECT_EQ(volumeBar.messages, (std::vector<std::array<int, 3>> { { volumeShow, 1, 17 }, { volumeShow, 3, 1 } }));
-    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 1, 17);
-    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, 18);
-    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 3, 1);
 }
