@@ -47,7 +47,8 @@ Outcome Console::autotest(const Words& words)
 {
     constexpr int highestByte = 255;
     const auto what = words.size() > 1 ? words[1] : std::string();
-    auto& equipment = unit.testEquipment;
+    const auto turn = unit.testEquipment.use();
+    auto& equipment = *turn;
     if (what == "id" && words.size() >= 3)
     {
         const auto text = restOf(words);

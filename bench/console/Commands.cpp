@@ -37,9 +37,9 @@ Outcome Console::mcu(const Words& words)
         if (!source)
             return failed("which source? am fm disc aux sirius ipod usb [1-7] bt off pandora wb, or TYPE NUMBER");
         if (what == "memory")
-            unit.mcu.setLastMemory(*source);
+            unit.mcu->setLastMemory(*source);
         else
-            unit.mcu.requestSource(*source);
+            unit.mcu->requestSource(*source);
         return {};
     }
     if (what == "key" || what == "hold" || what == "flood")
@@ -52,13 +52,13 @@ Outcome Console::mcu(const Words& words)
             return failed(data.error);
         if (command < 0 || data.bytes.size() > McuFrame::maxData)
             return failed("a command (name or number) and at most 102 bytes, in hexadecimal");
-        unit.mcu.send(command, data.bytes);
+        unit.mcu->send({ command, data.bytes });
         return {};
     }
     if (words.size() == 2 && what == "status")
-        unit.mcu.requestDeviceStatus();
+        unit.mcu->requestDeviceStatus();
     else if (words.size() == 2 && what == "power-off")
-        unit.mcu.requestPowerOff();
+        unit.mcu->requestPowerOff();
     else
         return mcuFault(words);
     return {};
@@ -93,18 +93,18 @@ Outcome Console::mcuKeys(const Words& words)
         return usageOf("mcu");
     constexpr int highestByte = 255;
     const auto number = rest.size() < 2 ? std::optional(0)
-                        : floods        ? parseNumber(rest[1], 1, Mcu::mostPerSecond)
+                        : floods        ? parseNumber(rest[1], 1, McuSeries::mostPerSecond)
                                         : parseNumber(rest[1], 0, highestByte);
     if (!number)
         return failed("'" + rest[1] + (floods ? "' is no rate: 1 to 1000 keys a second" : "' is no origin: 0 to 255"));
     if (floods)
-        unit.mcu.flood(keys, *number, duration);
+        unit.panel->flood(keys, *number, duration);
     else if (what == "hold")
-        unit.mcu.hold(keys.front(), *number, duration);
+        unit.panel->hold(keys.front(), *number, duration);
     else
     {
         moveFinger();
-        unit.mcu.pressKey(keys.front(), *number);
+        unit.panel->pressKey(keys.front(), *number);
     }
     return {};
 }
@@ -120,7 +120,7 @@ Outcome Console::mcuFault(const Words& words)
     const auto what = words.size() > 1 ? words[1] : std::string();
     if (words.size() == 2 && what == "well")
     {
-        unit.mcu.clearFaults();
+        unit.mcu->clearFaults();
         return {};
     }
     if (words.size() == 3 && (what == "silent" || what == "delay"))
@@ -129,9 +129,9 @@ Outcome Console::mcuFault(const Words& words)
         if (!duration)
             return failed("'" + words[2] + "' is no time, for example 3s or 500ms");
         if (what == "silent")
-            unit.mcu.silence(*duration);
+            unit.mcu->silence(*duration);
         else
-            unit.mcu.delayBy(*duration);
+            unit.mcu->delayBy(*duration);
         return {};
     }
     const bool every = words.size() == 4 && what == "drop" && words[2] == "every";
@@ -143,15 +143,15 @@ Outcome Console::mcuFault(const Words& words)
         return usageOf("mcu");
     const Mcu::FaultyFrames frames { *count, named ? std::optional(command) : std::nullopt };
     if (every)
-        unit.mcu.dropEvery(*count);
+        unit.mcu->dropEvery(*count);
     else if (what == "drop")
-        unit.mcu.dropNext(frames);
+        unit.mcu->dropNext(frames);
     else if (what == "corrupt")
-        unit.mcu.corruptNext(frames);
+        unit.mcu->corruptNext(frames);
     else if (what == "repeat")
-        unit.mcu.repeatNext(frames);
+        unit.mcu->repeatNext(frames);
     else if (what == "no-ack")
-        unit.mcu.withholdAcks(frames);
+        unit.mcu->withholdAcks(frames);
     else
         return usageOf("mcu");
     return {};
@@ -174,7 +174,7 @@ Outcome Console::camera(const Words& words)
 {
     if (words.size() != 2 || (words[1] != "on" && words[1] != "off"))
         return usageOf("camera");
-    unit.videoDecoder.setSignal(words[1] == "on");
+    unit.videoDecoder->setSignal(words[1] == "on");
     return {};
 }
 

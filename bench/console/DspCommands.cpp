@@ -75,7 +75,7 @@ Outcome Console::dsp(const Words& words)
     if (what != "plot" || words.size() > 3)
         return failed("dsp state | plot [FILE.png] | play IN.wav OUT.wav [OUTPUT] | fail ...");
     const auto file = words.size() == 3 ? words[2] : unit.folder() + "/dsp.png";
-    if (auto error = plotDsp(unit.dsp.memory(), unit.resources() + "/fonts", file); !error.empty())
+    if (auto error = plotDsp(unit.dsp->memory(), unit.resources() + "/fonts", file); !error.empty())
         return failed(error);
     output << style.dim("  Drawn: " + file) << "\n";
     return {};
@@ -83,7 +83,7 @@ Outcome Console::dsp(const Words& words)
 
 Outcome Console::dspState()
 {
-    const auto state = unit.dsp.state();
+    const auto state = unit.dsp->state();
     const auto& memory = state.memory;
     const auto& counters = state.counters;
     const auto value = [&](const char* name) { return valueOf(memory, name); };
@@ -142,7 +142,7 @@ Outcome Console::dspPlay(const Words& words)
     std::string selection;
     for (auto word = words.begin() + 4; word != words.end(); ++word)
         selection += (selection.empty() ? "" : " ") + *word;
-    const auto played = playFile(unit.dsp.memory(), words[2], words[3], selection);
+    const auto played = playFile(unit.dsp->memory(), words[2], words[3], selection);
     if (!played.error.empty())
         return failed(played.error);
     row("played", fixed(played.seconds, 1) + " s into " + words[3]);
@@ -162,22 +162,22 @@ Outcome Console::dspFault(const Words& words)
     auto& device = unit.dsp;
     if (words.size() == 3 && (what == "open" || what == "well"))
     {
-        const auto error = what == "open" ? device.refuseOpen(true) : device.clearFaults();
+        const auto error = what == "open" ? device->refuseOpen(true) : device->clearFaults();
         return error.empty() ? Outcome {} : failed(error);
     }
     const auto count = words.size() == 4 ? parseNumber(words[3], 1, mostTransfers) : std::optional(1);
     if (words.size() == 3 && what == "configure")
-        device.failConfigure(true);
+        device->failConfigure(true);
     else if (words.size() == 3 && what == "gone")
-        device.setGone(true);
+        device->setGone(true);
     else if (words.size() <= 4 && what == "transfer" && count)
-        device.failTransfers(*count);
+        device->failTransfers(*count);
     else if (what == "crc" && (words.size() == 3 || (words.size() == 4 && words[3] == "once")))
-        device.answerCrc(Dsp::Crc::wrongOnce);
+        device->answerCrc(Dsp::Crc::wrongOnce);
     else if (what == "crc" && words.size() == 4 && words[3] == "always")
-        device.answerCrc(Dsp::Crc::wrongAlways);
+        device->answerCrc(Dsp::Crc::wrongAlways);
     else if (words.size() == 4 && what == "slow" && parseDuration(words[3]))
-        device.slowBy(*parseDuration(words[3]));
+        device->slowBy(*parseDuration(words[3]));
     else
         return failed("dsp fail open | configure | transfer [N] | crc [once|always] | slow TIME | gone | well");
     return {};

@@ -93,7 +93,7 @@ Outcome sendRaw(NetworkDisplay& display, const Words& words)
 
 Outcome flood(NetworkDisplay& display, const Words& words)
 {
-    const auto rate = parseNumber(words[2], 1, Mcu::mostPerSecond);
+    const auto rate = parseNumber(words[2], 1, McuSeries::mostPerSecond);
     if (!rate)
         return failed("'" + words[2] + "' is no rate: 1 to 1000 requests a second");
     const auto duration = parseDuration(words[3]);
@@ -140,7 +140,8 @@ Outcome Console::mfdCommand(const Words& words)
     const auto what = words.size() > 1 ? words[1] : std::string();
     const auto isWith = [&](const char* name, std::size_t least, std::size_t most)
     { return what == name && words.size() >= 2 + least && words.size() <= 2 + most; };
-    auto& display = unit.networkDisplay;
+    const auto turn = unit.networkDisplay.use();
+    auto& display = *turn;
     if (isWith("state", 0, 0))
         return mfdState();
     if (isWith("volume", 2, 2) || isWith("mute", 0, 1) ||
@@ -185,7 +186,7 @@ Outcome Console::mfdCommand(const Words& words)
 
 Outcome Console::mfdState()
 {
-    const auto display = unit.networkDisplay.state();
+    const auto display = unit.networkDisplay->state();
     constexpr int zoneWidth = 6, nameWidth = 18, volumeWidth = 9, muteWidth = 6;
     output << style.bold("Display on the network") << "\n"
            << style.dim("  " + padded("zone", zoneWidth) + padded("name", nameWidth) + padded("volume", volumeWidth) +
@@ -204,7 +205,7 @@ Outcome Console::mfdState()
         output << style.dim("  It knows of no zone yet: mfd request zones") << "\n";
     row("last answer", display.lastAnswer.empty() ? "none yet" : display.lastAnswer);
     row("messages", std::to_string(display.received) + " of the unit, " + std::to_string(display.sent) + " to it");
-    const auto log = unit.networkLog.state();
+    const auto log = unit.networkLog->state();
     row("log", (log.file.empty() ? "off" : log.file) + style.dim("  " + std::to_string(log.logged) + " lines so far"));
     row("served", log.port == 0 ? "off"
                                 : "port " + std::to_string(log.port) + ", " + std::to_string(log.readers) +
@@ -221,14 +222,14 @@ Outcome Console::n2k(const Words& words)
     auto& network = unit.networkLog;
     const bool off = words.size() == 3 && words[2] == "off";
     if (what == "log" && off)
-        network.stopLogging();
+        network->stopLogging();
     else if (what == "serve" && off)
-        network.stopServing();
+        network->stopServing();
     else if (what == "play" && off)
-        network.stopPlaying();
+        network->stopPlaying();
     else if (what == "log" && words.size() == 3)
     {
-        if (auto error = network.logTo(words[2]); !error.empty())
+        if (auto error = network->logTo(words[2]); !error.empty())
             return failed(error);
     }
     else if (what == "serve" && words.size() <= 3)
@@ -236,9 +237,9 @@ Outcome Console::n2k(const Words& words)
         const auto port = words.size() == 3 ? parseNumber(words[2], 0, highestPort) : std::optional(0);
         if (!port)
             return failed("'" + words[2] + "' is no port: 0 to 65535");
-        if (auto error = network.serve(*port); !error.empty())
+        if (auto error = network->serve(*port); !error.empty())
             return failed(error);
-        output << "  port " << style.bold(std::to_string(network.state().port)) << "\n";
+        output << "  port " << style.bold(std::to_string(network->state().port)) << "\n";
     }
     else if (what == "play" && (words.size() == 3 || words.size() == 4))
     {
@@ -252,7 +253,7 @@ Outcome Console::n2k(const Words& words)
                 return failed("'" + words[3] + "' is no speed: 0.01 to 1000, 1 is the file's own");
             speed = value;
         }
-        if (auto error = network.play(words[2], speed); !error.empty())
+        if (auto error = network->play(words[2], speed); !error.empty())
             return failed(error);
     }
     else

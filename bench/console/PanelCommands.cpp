@@ -23,7 +23,7 @@ Outcome Console::tune(const Words& words)
     const auto where = words.size() == 2 ? Tuner::parseFrequency(words[1]) : std::nullopt;
     if (!where)
         return usageOf("tune");
-    unit.mcu.useTuner([&](Tuner& tuner) { return tuner.tune(where->first, where->second); });
+    unit.tuner->tune(where->first, where->second);
     return {};
 }
 
@@ -32,8 +32,7 @@ Outcome Console::seek(const Words& words)
     const bool steps = words.size() == 3 && words[2] == "step";
     if ((words.size() != 2 && !steps) || (words[1] != "up" && words[1] != "down"))
         return usageOf("seek");
-    unit.mcu.useTuner([&](Tuner& tuner)
-                      { return steps ? tuner.step(words[1] == "up") : tuner.seek(words[1] == "up"); });
+    steps ? unit.tuner->step(words[1] == "up") : unit.tuner->seek(words[1] == "up");
     return {};
 }
 
@@ -41,7 +40,7 @@ Outcome Console::rds(const Words& words)
 {
     if (words.size() != 3)
         return usageOf("rds");
-    unit.mcu.useTuner([&](Tuner& tuner) { return tuner.say(words[1], words[2]); });
+    unit.tuner->say(words[1], words[2]);
     return {};
 }
 
@@ -50,7 +49,7 @@ Outcome Console::weather(const Words& words)
     const auto on = onOff(words, 1);
     if (!on)
         return usageOf("weather");
-    unit.mcu.useTuner([&](Tuner& tuner) { return tuner.setWeatherAlert(*on); });
+    unit.tuner->setWeatherAlert(*on);
     return {};
 }
 
@@ -61,7 +60,7 @@ Outcome Console::battery(const Words& words)
     std::istringstream text(words.size() == 2 ? words[1] : "");
     if (!(text >> volts) || !text.eof() || volts < 0 || volts > highest)
         return usageOf("battery");
-    unit.mcu.setSupply(volts);
+    unit.supply->setVolts(volts);
     return {};
 }
 
@@ -70,7 +69,7 @@ Outcome Console::lights(const Words& words)
     const auto on = onOff(words, 1);
     if (!on)
         return usageOf("lights");
-    unit.mcu.setLights(*on);
+    unit.supply->setLights(*on);
     return {};
 }
 
@@ -79,9 +78,9 @@ Outcome Console::panel(const Words& words)
     const auto what = words.size() == 3 ? words[1] : std::string();
     constexpr int brightest = 11;
     if (const auto level = what == "dimmer" ? parseNumber(words[2], 0, brightest) : std::nullopt)
-        unit.mcu.setDimmer(*level);
+        unit.panel->setDimmer(*level);
     else if (const auto on = onOff(words, 2); on && what == "trigger")
-        unit.mcu.setTrigger(*on);
+        unit.supply->setTrigger(*on);
     else
         return usageOf("panel");
     return {};

@@ -53,7 +53,7 @@ void Console::row(const std::string& label, const std::string& value) const
 
 std::string Console::promptState() const
 {
-    const auto mcu = unit.mcu.state();
+    const auto mcu = unit.mcu->state();
     const auto front = unit.programs.pageInFront();
     const auto running = unit.programs.running().size();
     const auto source = mcu.source ? sourceName(*mcu.source) : std::string("no source");
@@ -67,7 +67,7 @@ std::string Console::promptState() const
 
 Outcome Console::state(const Words&)
 {
-    const auto mcu = unit.mcu.state();
+    const auto mcu = unit.mcu->state();
     output << style.bold("Unit") << "\n";
     row("engine", unit.engine.isRunning() ? style.good("runs") + style.dim("  pid " + std::to_string(unit.engine.pid()))
                                           : style.bad("off"));
@@ -79,12 +79,12 @@ Outcome Console::state(const Words&)
         if (unit.isUsbPlugged(number))
             usb += (usb.empty() ? "" : ", ") + std::to_string(number);
     row("usb storage", usb.empty() ? "none" : usb);
-    row("camera", std::string(unit.videoDecoder.hasSignal() ? "signal" : "no signal") +
-                      style.dim("  polled " + std::to_string(unit.videoDecoder.reads()) + " times"));
+    row("camera", std::string(unit.videoDecoder->hasSignal() ? "signal" : "no signal") +
+                      style.dim("  polled " + std::to_string(unit.videoDecoder->reads()) + " times"));
     row("folder", unit.folder());
 
     output << style.bold("Microcontroller") << "\n";
-    row("port", unit.mcu.portPath());
+    row("port", unit.mcuPort());
     row("source", (mcu.source ? sourceName(*mcu.source) : std::string("none")) +
                       (mcu.agreed ? style.good("  agreed") : style.warning("  not agreed")) +
                       (mcu.wanted ? style.dim("  asked for ") + sourceName(*mcu.wanted) : ""));
@@ -93,12 +93,14 @@ Outcome Console::state(const Words&)
                                         : std::string("none yet"));
     row("device status", mcu.deviceStatus ? deviceStatusText(*mcu.deviceStatus) : "none yet");
     row("muted", mcu.muted ? "yes" : "no");
-    row("panel", std::string(mcu.powered ? "on" : "off") + style.dim("  device id " + hex(mcu.deviceId)));
-    const auto tuner = unit.mcu.tuner();
-    row("tuner", tuner.text() + style.dim(tuner.region() == 1 ? "  Europe" : "  Americas") +
-                     (tuner.weatherAlert() ? style.warning("  weather alert") : ""));
-    row("supply", voltsText(mcu.supply) + (mcu.lights ? ", lights on" : "") +
-                      (mcu.trigger ? ", camera trigger on" : "") + style.dim("  dimmer " + std::to_string(mcu.dimmer)));
+    row("panel",
+        std::string(unit.panel->state().powered ? "on" : "off") + style.dim("  device id " + hex(mcu.deviceId)));
+    row("tuner", unit.tuner->text() + style.dim(unit.tuner->region() == 1 ? "  Europe" : "  Americas") +
+                     (unit.tuner->weatherAlert() ? style.warning("  weather alert") : ""));
+    const auto supply = unit.supply->state();
+    row("supply", voltsText(supply.volts) + (supply.lights ? ", lights on" : "") +
+                      (supply.trigger ? ", camera trigger on" : "") +
+                      style.dim("  dimmer " + std::to_string(unit.panel->state().dimmer)));
     row("power off", mcu.readyForPowerOff ? "the unit is ready" : "no");
     row("link", (mcu.silent ? style.warning("silent") + "  " : std::string()) + std::to_string(mcu.received) + " in, " +
                     std::to_string(mcu.sent) + " out, " + std::to_string(mcu.resent) + " resent, " +
@@ -142,8 +144,8 @@ Outcome Console::i2c(const Words& words)
     const auto delay = what == "slow" && words.size() == 3 ? parseDuration(words[2]) : std::nullopt;
     if (!delay && !(words.size() == 2 && (what == "fail" || what == "well")))
         return usageOf("i2c");
-    unit.videoDecoder.setFailing(what == "fail");
-    unit.videoDecoder.slowBy(delay.value_or(std::chrono::milliseconds(0)));
+    unit.videoDecoder->setFailing(what == "fail");
+    unit.videoDecoder->slowBy(delay.value_or(std::chrono::milliseconds(0)));
     return {};
 }
 
@@ -151,7 +153,7 @@ Outcome Console::gpio(const Words& words)
 {
     if (words.size() == 2 && words[1] == "well")
     {
-        unit.gpio.slowBy(std::chrono::milliseconds(0));
+        unit.gpio->slowBy(std::chrono::milliseconds(0));
         return {};
     }
     if (words.size() == 3 && words[1] == "slow")
@@ -159,7 +161,7 @@ Outcome Console::gpio(const Words& words)
         const auto delay = parseDuration(words[2]);
         if (!delay)
             return usageOf("gpio");
-        unit.gpio.slowBy(*delay);
+        unit.gpio->slowBy(*delay);
         return {};
     }
     if (words.size() == 3)
@@ -169,11 +171,11 @@ Outcome Console::gpio(const Words& words)
         const auto level = parseNumber(words[2], 0, 1);
         if (!line || !level)
             return usageOf("gpio");
-        unit.gpio.drive(static_cast<std::uint32_t>(*line), static_cast<std::uint32_t>(*level));
+        unit.gpio->drive(static_cast<std::uint32_t>(*line), static_cast<std::uint32_t>(*level));
         return {};
     }
     constexpr std::size_t longestName = 18;
-    const auto lines = unit.gpio.lines();
+    const auto lines = unit.gpio->lines();
     if (lines.empty())
         output << style.dim("  The unit has touched no line yet.") << "\n";
     for (const auto& [number, line] : lines)

@@ -158,7 +158,7 @@ private:
 WatchView watchViewOf(Unit& unit)
 {
     WatchView view;
-    const auto mcu = unit.mcu.state();
+    const auto mcu = unit.mcu->state();
     const auto running = unit.programs.running();
     if (unit.engine.isRunning())
         view.engine = "pid " + std::to_string(unit.engine.pid());
@@ -172,11 +172,11 @@ WatchView watchViewOf(Unit& unit)
             view.plays += (view.plays.empty() ? "" : ", ") + titleOf(program.source);
     view.source = mcu.source ? sourceName(*mcu.source) : "none";
     view.agreed = mcu.agreed;
-    view.powered = mcu.powered;
-    view.supply = voltsText(mcu.supply);
-    view.tuner = unit.mcu.tuner().text();
+    view.powered = unit.panel->state().powered;
+    view.supply = voltsText(unit.supply->state().volts);
+    view.tuner = unit.tuner->text();
 
-    const auto dsp = unit.dsp.state();
+    const auto dsp = unit.dsp->state();
     const auto gain = [&](const char* name)
     {
         for (const auto& parameter : dspParameters())
@@ -193,25 +193,25 @@ WatchView watchViewOf(Unit& unit)
         view.muted = view.muted || isMuted(dsp.memory, path);
     }
 
-    const auto display = unit.remote.display();
+    const auto display = unit.remote->display();
     view.remote = { display.line(0), display.line(1) };
     const auto level = [](std::optional<int> value) { return value ? std::to_string(*value) : std::string("-"); };
     view.dimmer = "dimmer A " + level(display.dimmerA()) + "  B " + level(display.dimmerB());
-    view.remotePlugged = unit.remote.isPlugged();
+    view.remotePlugged = unit.remote->isPlugged();
 
     view.link = std::to_string(mcu.received) + " in, " + std::to_string(mcu.sent) + " out, " +
                 std::to_string(mcu.resent) + " resent, " + std::to_string(mcu.givenUp) + " given up, " +
                 std::to_string(mcu.duplicates) + " repeated, " + std::to_string(mcu.damaged) + " damaged";
     view.heartbeat = mcu.sinceHeartbeat ? std::to_string(mcu.sinceHeartbeat->count() / 1000) + " s ago" : "none yet";
     view.linkSilent = mcu.silent;
-    const auto network = unit.networkDisplay.state();
+    const auto network = unit.networkDisplay->state();
     for (const auto& [number, zone] : network.zones)
         view.network += "zone " + std::to_string(number) + " " + level(zone.volume) + " %" +
                         (zone.muted.value_or(false) ? " muted, " : ", ");
     view.network +=
         std::to_string(network.received) + " messages of the unit, " + std::to_string(network.sent) + " to it";
     view.networkTold = network.lastTold.empty() ? "nothing yet" : network.lastTold;
-    for (const auto& [number, line] : unit.gpio.lines())
+    for (const auto& [number, line] : unit.gpio->lines())
         view.lines.push_back({ std::to_string(number), lineName(number), line.level != 0 });
     for (const auto& [appType, program] : running)
         view.programs.push_back({ appTypeName(appType),

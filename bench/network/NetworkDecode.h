@@ -53,6 +53,8 @@ bool isAcknowledgement(const NetworkMessage& message);
  * behind what is understood are counted, a message that ends too soon is said to. */
 std::string networkText(const NetworkMessage& message);
 /** The same of anything between the unit and the network. */
-std::string networkText(const Mcu::NetworkFrame& frame);
+std::string networkText(const Mcu::Frame& frame);
+/** Whether a command of the link is about the boat's network. */
+bool isOfNetwork(int command);
 
 } // namespace Bench
