@@ -1,9 +1,5 @@
 #include "bench/console/Expect.h"
 
-#include "bench/mcu/McuFrame.h"
-#include "bench/network/NetworkDisplay.h"
-#include "bench/text/Names.h"
-
 #include <algorithm>
 
 namespace Bench
@@ -12,22 +8,6 @@ namespace Bench
 namespace
 {
 
-constexpr const char* frontStream = "front";
-constexpr const char* settledStream = "settled";
-
-ParsedExpectation failed(std::string error)
-{
-    return { {}, std::move(error) };
-}
-
-std::string joined(const Words& words)
-{
-    std::string text;
-    for (const auto& word : words)
-        text += (text.empty() ? "" : " ") + word;
-    return text;
-}
-
 bool meets(const Event& event, const Expectation& expectation)
 {
     return event.stream == expectation.stream &&
@@ -35,142 +15,7 @@ bool meets(const Event& event, const Expectation& expectation)
             (expectation.isPart && event.text.find(expectation.text) != std::string::npos));
 }
 
-ParsedExpectation expectMcu(const Words& words)
-{
-    if (words.size() == 2 && words[1] == "agreed")
-        return { { "mcu agreed", {}, false, false, {} }, {} };
-    if (words.size() == 2 && words[1] == "ready-for-power-off")
-        return { { "mcu ready-for-power-off", {}, false, false, {} }, {} };
-    if (words.size() >= 3 && words[1] == "source")
-    {
-        const auto source = findSource(std::span(words).subspan(2));
-        if (!source)
-            return failed("there is no source '" + words[2] + "'");
-        return { { "mcu source", sourceName(*source), false, false, {} }, {} };
-    }
-    if (words.size() >= 3 && words[1] == "frame")
-    {
-        const auto command = commandOfName(words[2]);
-        if (command < 0)
-            return failed("there is no frame '" + words[2] + "'");
-        return {
-            { "frame " + unitCommandName(command), joined(Words(words.begin() + 3, words.end())), false, false, {} }, {}
-        };
-    }
-    if (words.size() >= 3 && words[1] == "sent")
-        return { { "sent " + words[2], joined(Words(words.begin() + 3, words.end())), false, false, {} }, {} };
-    if (words.size() >= 3 && words[1] == "link")
-        return { { "mcu link", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
-    if (words.size() >= 3 && (words[1] == "power" || words[1] == "device-id" || words[1] == "tuner"))
-        return { { "mcu " + words[1], joined(Words(words.begin() + 2, words.end())), false, false, {} }, {} };
-    if (words.size() >= 2 && (words[1] == "hold" || words[1] == "flood"))
-        return { { "mcu " + words[1], joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
-    return failed(
-        "expect mcu source NAME | agreed | frame NAME [BYTES] | sent NAME [BYTES] | link TEXT | ready-for-power-off | "
-        "power on|off | device-id BYTES | tuner TEXT | hold TEXT | flood TEXT");
-}
-
-ParsedExpectation expectPage(const Words& words)
-{
-    if (words.size() != 3)
-        return failed("expect page NAME shown | hidden | covered | confirmed | in-front | settled");
-    const auto page = findPage(words[1]);
-    if (page == Pubhead::NUM_OF_PAGES)
-        return failed("there is no page '" + words[1] + "'");
-    if (words[2] == "in-front")
-        return { { frontStream, Pubhead::pageName(page), false, true, {} }, {} };
-    if (words[2] == "settled")
-        return { { settledStream, Pubhead::pageName(page), false, true, {} }, {} };
-    for (const auto* change : { "shown", "hidden", "covered", "confirmed" })
-        if (words[2] == change)
-            return { { std::string("page ") + Pubhead::pageName(page), change, false, false, {} }, {} };
-    return failed("a page is shown, hidden, covered, confirmed, in-front or settled, not '" + words[2] + "'");
-}
-
-ParsedExpectation expectProgram(const Words& words)
-{
-    if (words.size() < 3)
-        return failed("expect program NAME running | connected | gone | TEXT");
-    const auto appType = findApp(words[1]);
-    if (appType == Pubhead::AppUnknown)
-        return failed("there is no program '" + words[1] + "'");
-    const auto text = joined(Words(words.begin() + 2, words.end()));
-    const bool isWhole = text == "running" || text == "connected" || text == "gone";
-    return { { std::string("program ") + Pubhead::appTypeName(appType), text, !isWhole, false, {} }, {} };
-}
-
-ParsedExpectation expectRemote(const Words& words)
-{
-    const bool dimmer = words[1] == "dimmer";
-    const bool plug = words.size() == 2 && (words[1] == "plugged" || words[1] == "unplugged");
-    const auto text = joined(Words(words.begin() + (dimmer ? 2 : 1), words.end()));
-    return { { dimmer ? "remote dimmer" : plug ? "remote" : "remote display", text, true, false, {} }, {} };
-}
-
-/** The whole message, because "source 1" is not "source 10 1"; of a text also its item alone. */
-ParsedExpectation expectAutoTest(const Words& words)
-{
-    if (words.size() == 3 && words[1] == "text")
-        return { { "autotest", "text " + words[2] + " \"", true, false, {} }, {} };
-    if (words.size() >= 4 && words[1] == "text")
-        return { { "autotest",
-                   "text " + words[2] + " \"" + joined(Words(words.begin() + 3, words.end())) + "\"",
-                   false,
-                   false,
-                   {} },
-                 {} };
-    return { { "autotest", joined(Words(words.begin() + 1, words.end())), false, false, {} }, {} };
-}
-
-ParsedExpectation expectDisplay(const Words& words)
-{
-    const bool hasStream = words[1] == "sent" || words[1] == "flood";
-    if (hasStream)
-        return { { "mfd " + words[1], joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
-    auto [stream, text] = NetworkDisplay::streamAndText(joined(Words(words.begin() + 1, words.end())));
-    return { { std::move(stream), std::move(text), true, false, {} }, {} };
-}
-
 } // namespace
-
-ParsedExpectation parseExpectation(const Words& words)
-{
-    const auto subject = words.empty() ? std::string() : words[0];
-    ParsedExpectation parsed;
-    if (subject == "mcu")
-        parsed = expectMcu(words);
-    else if (subject == "autotest")
-        parsed = expectAutoTest(words);
-    else if (subject == "page")
-        parsed = expectPage(words);
-    else if (subject == "program")
-        parsed = expectProgram(words);
-    else if (subject == "update" && words.size() >= 2)
-        parsed = { { "update", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
-    else if (subject == "log" && words.size() == 2)
-        parsed = { { "log", words[1], true, false, {} }, {} };
-    else if (subject == "engine" && words.size() >= 2)
-        parsed = { { "engine", joined(Words(words.begin() + 1, words.end())), false, false, {} }, {} };
-    else if (subject == "dsp" && words.size() >= 3 && words[1] == "write")
-        parsed = { { "dsp write", joined(Words(words.begin() + 2, words.end())), true, false, {} }, {} };
-    else if (subject == "dsp" && words.size() >= 2 && words[1] != "write")
-        parsed = { { "dsp", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
-    else if (subject == "remote" && words.size() >= 2)
-        parsed = expectRemote(words);
-    else if (subject == "mfd" && words.size() >= 2)
-        parsed = expectDisplay(words);
-    else if (subject == "n2k" && words.size() >= 2)
-        parsed = { { "n2k", joined(Words(words.begin() + 1, words.end())), true, false, {} }, {} };
-    else if (subject == "gpio" && words.size() == 3)
-        parsed = { { "gpio " + words[1], words[2], false, false, {} }, {} };
-    else
-        parsed =
-            failed("expect mcu | page | program | log \"TEXT\" | engine started | engine exit N | gpio LINE LEVEL | "
-                   "update TEXT | remote TEXT | remote dimmer TEXT | dsp TEXT | dsp write TEXT | autotest [TEXT] | "
-                   "mfd [sent|flood] TEXT | n2k TEXT");
-    parsed.expectation.description = joined(words);
-    return parsed;
-}
 
 Expectations::Expectations(const Journal& journalToRead)
     : journal(journalToRead)

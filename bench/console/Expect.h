@@ -1,6 +1,5 @@
 #pragma once
 
-#include "bench/console/Script.h"
 #include "bench/unit/Journal.h"
 
 #include <map>
@@ -17,14 +16,6 @@ struct Expectation
     bool isState = false;    ///< holds while it is the newest event of the stream, and consumes nothing
     std::string description; ///< "page mbFM shown"
 };
-
-/** From the words after `expect`, without the limit. An error text when they make no sense. */
-struct ParsedExpectation
-{
-    Expectation expectation;
-    std::string error;
-};
-ParsedExpectation parseExpectation(const Words& words);
 
 /**
     Waits for expectations, each stream with a cursor of its own: an expectation looks at what came after the event that
@@ -52,6 +43,9 @@ public:
     /** Only bounds a hang: a busy machine breaks no expectation. */
     static constexpr std::chrono::milliseconds defaultLimit { 60000 };
     static constexpr std::chrono::milliseconds defaultAbsence { 1000 };
+    // Where a page is in front by what the programs say, and where it is to stay so by the engine's log.
+    static constexpr const char* frontStream = "front";
+    static constexpr const char* settledStream = "settled";
 
 private:
     const Journal& journal;

@@ -48,6 +48,14 @@ Line parseLine(const std::string& text)
     return line;
 }
 
+std::string joined(std::span<const std::string> words)
+{
+    std::string text;
+    for (const auto& word : words)
+        text += (text.empty() ? "" : " ") + word;
+    return text;
+}
+
 std::optional<std::chrono::milliseconds> parseDuration(const std::string& text)
 {
     double value = 0;

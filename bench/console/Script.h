@@ -21,6 +21,9 @@ struct Line
 /** Cuts a line into words at blanks. "double quotes" keep blanks, `\"` inside is a quote; # starts a comment. */
 Line parseLine(const std::string& text);
 
+/** With a blank between them. */
+std::string joined(std::span<const std::string> words);
+
 /** "300ms", "3s", "1.5s"; a bare number is seconds. Empty when it is none of these or above an hour. */
 std::optional<std::chrono::milliseconds> parseDuration(const std::string& text);
 

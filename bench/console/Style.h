@@ -5,12 +5,10 @@
 namespace Bench
 {
 
-/** Colours for a terminal; plain text anywhere else, or when NO_COLOR is set. */
+/** Colours for a terminal, or plain text. */
 class Style
 {
 public:
-    /** For standard output. */
-    static Style forOutput();
     explicit Style(bool useColour)
         : colour(useColour)
     {
@@ -22,7 +20,6 @@ public:
     std::string bad(const std::string& text) const { return wrapped("31", text); }
     std::string warning(const std::string& text) const { return wrapped("33", text); }
     std::string accent(const std::string& text) const { return wrapped("36", text); }
-    bool isColoured() const { return colour; }
 
 private:
     bool colour;

@@ -2,13 +2,8 @@
 #include "bench/console/Watch.h"
 
 #include "bench/console/Columns.h"
-#include "bench/console/Console.h"
 #include "bench/dsp/DspModel.h"
-
-#include <ostream>
-#include <poll.h>
-#include <termios.h>
-#include <unistd.h>
+#include "bench/unit/Unit.h"
 
 namespace Bench
 {
@@ -23,7 +18,6 @@ constexpr int leftWidth = 44;
 constexpr int rightWidth = innerWidth - leftWidth - 1;
 constexpr int labelWidth = 9;
 constexpr std::size_t mostPrograms = 12;
-constexpr std::chrono::milliseconds redrawEvery { 250 };
 
 /** Exactly this wide: cut with an ellipsis, or filled up. */
 std::string fitted(const std::string& text, int width)
@@ -115,43 +109,6 @@ std::string titleOf(int page)
     const auto* info = pageInfo(page);
     return info != nullptr ? info->title : "none";
 }
-
-/** Reads keys while it lives as they are pressed, and hides the cursor. */
-class RawTerminal
-{
-public:
-    explicit RawTerminal(std::ostream& terminalOutput)
-        : output(terminalOutput)
-    {
-        ::tcgetattr(STDIN_FILENO, &before);
-        auto raw = before;
-        raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-        ::tcsetattr(STDIN_FILENO, TCSANOW, &raw);
-        output << "\033[?25l\033[2J";
-    }
-    ~RawTerminal()
-    {
-        ::tcsetattr(STDIN_FILENO, TCSANOW, &before);
-        output << "\033[?25h" << std::flush;
-    }
-    RawTerminal(const RawTerminal&) = delete;
-    RawTerminal& operator=(const RawTerminal&) = delete;
-
-    /** True when a key came within this time; it is taken. */
-    static bool waitForKey(std::chrono::milliseconds limit)
-    {
-        pollfd input { STDIN_FILENO, POLLIN, 0 };
-        if (::poll(&input, 1, static_cast<int>(limit.count())) <= 0)
-            return false;
-        char key = 0;
-        [[maybe_unused]] const auto taken = ::read(STDIN_FILENO, &key, 1);
-        return true;
-    }
-
-private:
-    std::ostream& output;
-    termios before {};
-};
 
 } // namespace
 
@@ -278,34 +235,6 @@ std::vector<std::string> composeWatch(const WatchView& view, const Style& style)
     }
     text.rule("╰", "", "╯", "");
     return text.take();
-}
-
-Outcome Console::watch(const Words& words)
-{
-    const auto duration = words.size() == 2 ? parseDuration(words[1]) : std::nullopt;
-    if (words.size() > 2 || (words.size() == 2 && !duration))
-        return { Outcome::failed, "watch [TIME]" };
-    const auto draw = [this](const char* lineEnd)
-    {
-        for (const auto& line : composeWatch(watchViewOf(unit), style))
-            output << line << lineEnd << "\n";
-        output.flush();
-    };
-    if (inScript || !watched || ::isatty(STDIN_FILENO) == 0)
-    {
-        draw("");
-        return {};
-    }
-    const RawTerminal terminal(output);
-    const auto end = duration ? Clock::now() + *duration : Clock::time_point::max();
-    do
-    {
-        output << "\033[H"; // over the last frame, so that nothing flickers
-        draw("\033[K");
-        output << style.dim("  Any key ends it.") << "\033[J" << std::flush;
-    } while (!RawTerminal::waitForKey(redrawEvery) && !unit.journal.isInterrupted() && Clock::now() < end);
-    output << "\n";
-    return {};
 }
 
 } // namespace Bench

@@ -1,17 +1,14 @@
 // The simulated unit by hand or by script.
-#include "bench/console/Console.h"
+#include "bench/console/Terminal.h"
+#include "bench/console/Verb.h"
 
 #include <CLI/CLI.hpp>
 #include <atomic>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <readline/history.h>
-#include <readline/readline.h>
 #include <thread>
 #include <unistd.h>
 
@@ -63,84 +60,6 @@ private:
     }
 };
 
-Words completionCandidates;
-
-char* nextCompletion(const char* text, int state)
-{
-    static std::size_t next = 0;
-    if (state == 0)
-        next = 0;
-    while (next < completionCandidates.size())
-        if (const auto& word = completionCandidates[next++]; word.starts_with(text))
-            return ::strdup(word.c_str());
-    return nullptr;
-}
-
-char** complete(const char* text, int start, int)
-{
-    rl_attempted_completion_over = 1; // never file names
-    completionCandidates = Console::completionsFor(parseLine(std::string(rl_line_buffer).substr(0, start)).words);
-    return rl_completion_matches(text, nextCompletion);
-}
-
-/** Colours in a prompt are marked, so that readline does not count them. */
-std::string markedPrompt(const std::string& text)
-{
-    std::string marked;
-    bool inCode = false;
-    for (const char c : text)
-    {
-        if (c == '\033')
-        {
-            marked += RL_PROMPT_START_IGNORE;
-            inCode = true;
-        }
-        marked += c;
-        if (inCode && c == 'm')
-        {
-            marked += RL_PROMPT_END_IGNORE;
-            inCode = false;
-        }
-    }
-    return marked;
-}
-
-void converse(Console& console, const Style& style, const Journal& journal)
-{
-    rl_readline_name = "headunit-bench";
-    rl_attempted_completion_function = complete;
-    rl_catch_signals = 0;
-    ::using_history();
-    // With the signals blocked, readline would not leave on one: it looks here ten times a second while nobody types.
-    static const Journal* watchedJournal = nullptr;
-    watchedJournal = &journal;
-    rl_event_hook = []
-    {
-        if (watchedJournal->isInterrupted())
-            rl_done = 1;
-        return 0;
-    };
-    while (!journal.isInterrupted())
-    {
-        char* line = ::readline(markedPrompt(console.promptState() + style.accent(" › ")).c_str());
-        if (line == nullptr || journal.isInterrupted())
-        {
-            std::cout << "\n";
-            std::free(line);
-            return;
-        }
-        const std::string text = line;
-        std::free(line);
-        if (text.find_first_not_of(" \t") != std::string::npos)
-            ::add_history(text.c_str());
-        const auto outcome = console.run(text);
-        if (outcome.kind == Outcome::leave)
-            return;
-        if (outcome.kind == Outcome::failed)
-            std::cout << style.bad(outcome.error) << "\n";
-    }
-}
-
 /** Compares what the unit has sent with the transcript in this file, or keeps it there. Empty on success. */
 std::string checkTranscript(Unit& unit, const TranscriptSections& sections, const std::string& path)
 {
@@ -173,7 +92,7 @@ int main(int argc, char** argv)
 {
     auto options = Unit::Options::besideThisProgram();
     std::string script, transcript, pictures;
-    bool tour = false, console = false, ownDisplay = false, noDisplay = false, noEngine = false;
+    bool tour = false, console = false, ownDisplay = false, noDisplay = false, noEngine = false, printVerbs = false;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
     app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
         ->check(CLI::ExistingFile);
@@ -192,7 +111,13 @@ int main(int argc, char** argv)
         ->capture_default_str();
     app.add_option("--log-library", options.logLibrary, "The log library that the engine loads")->capture_default_str();
     app.add_option("--resources", options.resources, "The engine's resource folder")->capture_default_str();
+    app.add_flag("--print-verbs", printVerbs, "Print the tables of the manual: what can be said, and expected");
     CLI11_PARSE(app, argc, argv);
+    if (printVerbs)
+    {
+        std::cout << verbTables();
+        return 0;
+    }
     options.display = noDisplay ? Unit::Display::none : ownDisplay ? Unit::Display::own : Unit::Display::ofEnvironment;
 
     const bool atTerminal = ::isatty(STDIN_FILENO) == 1;
@@ -206,7 +131,7 @@ int main(int argc, char** argv)
     }
 
     Interruption::block();
-    const auto style = Style::forOutput();
+    const auto style = styleOfOutput();
     Unit unit(options);
     const Interruption interruption(unit.journal);
     auto error = unit.start();
@@ -220,7 +145,7 @@ int main(int argc, char** argv)
     std::cout << style.bold("Head unit on the bench") << style.dim("  " + unit.folder()) << "\n";
 
     Console commands(unit, style, std::cout, watched);
-    commands.setPictureFolder(pictures);
+    commands.pictureFolder = pictures;
     int status = 0;
     if (!script.empty())
     {
@@ -248,7 +173,7 @@ int main(int argc, char** argv)
         constexpr std::chrono::seconds usualStart { 3 };
         if (!noEngine)
             unit.journal.waitFor({}, Clock::now() + usualStart, isIn("mcu agreed"));
-        converse(commands, style, unit.journal);
+        converse(commands);
     }
     else
         status = commands.runScript(std::cin, "standard input") ? 0 : 1;

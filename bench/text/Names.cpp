@@ -212,7 +212,7 @@ std::optional<Source> findSource(std::span<const std::string> words)
     for (const auto& entry : sourceTable)
         if (wanted == entry.name || holdsWord(entry.otherNames, wanted))
             return Source { entry.type, *number };
-    if (const auto type = numberIn(wanted, highestByte); type && words.size() == 2)
+    if (const auto type = numberIn(wanted, highestByte))
         return Source { *type, *number };
     return {};
 }
@@ -233,6 +233,20 @@ std::optional<int> findKey(const std::string& name)
         if (wanted == entry.name)
             return entry.value;
     return numberIn(wanted, highestKey);
+}
+
+std::vector<std::uint8_t> findKeys(const std::string& names)
+{
+    std::vector<std::uint8_t> keys;
+    std::istringstream stream(names);
+    for (std::string name; std::getline(stream, name, ',');)
+    {
+        const auto key = findKey(name);
+        if (!key)
+            return {};
+        keys.push_back(static_cast<std::uint8_t>(*key));
+    }
+    return keys;
 }
 
 std::string keyName(int value)

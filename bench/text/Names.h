@@ -49,13 +49,15 @@ struct Source
 
 /** "fm", "usb 2", "type 30 0". */
 std::string sourceName(Source source);
-/** `words` is the name and, for USB, optionally a number; or two numbers. */
+/** `words` is the name or the type's number and, for USB, optionally a number. */
 std::optional<Source> findSource(std::span<const std::string> words);
 std::vector<std::string> sourceNames();
 
 /** A key by name ("menu") or number, decimal or 0x; empty when it is neither or above 255. */
 std::optional<int> findKey(const std::string& name);
 std::vector<std::string> keyNames();
+/** Of keys with commas between them; none when one of them is no key. */
+std::vector<std::uint8_t> findKeys(const std::string& names);
 /** The key's name; its number when it has none. */
 std::string keyName(int value);
 

@@ -1,4 +1,6 @@
-#include "bench/console/Console.h"
+#include "bench/console/ExpectLines.h"
+#include "bench/console/Verb.h"
+#include "support/Golden.h"
 
 #include <gmock/gmock.h>
 #include <sstream>
@@ -11,6 +13,11 @@ using namespace Bench;
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 using testing::IsEmpty;
+
+Expectation expected(const std::string& line)
+{
+    return parseExpectation(parseLine(line).words).expectation;
+}
 
 TEST(Script, cutsLinesIntoWords)
 {
@@ -53,52 +60,43 @@ TEST(Script, readsTimesAndLimits)
     EXPECT_NE(takeTime(without, "within", limit), "");
 }
 
-TEST(Expectation, isRefusedWhenNoStreamCouldMeetIt)
-{
-    for (const auto& wrong :
-         { Words {}, Words { "page", "nowhere", "shown" }, Words { "page", "fm", "gone" },
-           Words { "mcu", "source", "tape" }, Words { "mcu", "frame", "EVENT_NONE" }, Words { "log" },
-           Words { "program", "radio" }, Words { "dsp" }, Words { "dsp", "write" } })
-        EXPECT_NE(parseExpectation(wrong).error, "");
-}
-
 // Each stream has its own place. An event that met one expectation does not meet the next; the order between streams is
 // free; an event from before the mark does not count.
 TEST(Expectations, consumeEachStreamInItsOrder)
 {
     Journal journal;
     Expectations expectations(journal);
-    const auto wait = [&](const Words& words, std::chrono::milliseconds limit)
-    { return expectations.wait(parseExpectation(words).expectation, limit); };
+    const auto wait = [&](const char* line, std::chrono::milliseconds limit)
+    { return expectations.wait(expected(line), limit); };
     journal.add("page mbMainMenu", "hidden");
     journal.add("page mbFM", "shown");
-    EXPECT_EQ(wait({ "page", "fm", "shown" }, 0ms), "");
-    EXPECT_EQ(wait({ "page", "menu", "hidden" }, 0ms), "");
-    EXPECT_NE(wait({ "page", "fm", "shown" }, 10ms), "") << "the same event twice";
+    EXPECT_EQ(wait("page fm shown", 0ms), "");
+    EXPECT_EQ(wait("page menu hidden", 0ms), "");
+    EXPECT_NE(wait("page fm shown", 10ms), "") << "the same event twice";
 
     journal.add("page mbFM", "hidden");
-    EXPECT_THAT(wait({ "page", "fm", "shown" }, 10ms), HasSubstr("page mbFM hidden")) << "tells what came instead";
+    EXPECT_THAT(wait("page fm shown", 10ms), HasSubstr("page mbFM hidden")) << "tells what came instead";
 
     journal.add("log", "first line");
     expectations.forgetThePast();
-    EXPECT_NE(wait({ "log", "first" }, 10ms), "");
+    EXPECT_NE(wait("log first", 10ms), "");
 
     std::jthread later([&] { journal.add("log", "[info] second line"); });
-    EXPECT_EQ(wait({ "log", "second" }, 60s), "");
+    EXPECT_EQ(wait("log second", 60s), "");
 }
 
 TEST(Expectations, seeStatesAndAbsence)
 {
     Journal journal;
     Expectations expectations(journal);
-    const auto inFront = parseExpectation({ "page", "eq", "in-front" }).expectation;
+    const auto inFront = expected("page eq in-front");
     journal.add("front", "mbEQ");
     EXPECT_EQ(expectations.wait(inFront, 0ms), "");
     EXPECT_EQ(expectations.wait(inFront, 0ms), "") << "a state is not used up";
     journal.add("front", "none");
     EXPECT_NE(expectations.wait(inFront, 10ms), "");
 
-    const auto key = parseExpectation({ "program", "radio", "key", "66" }).expectation;
+    const auto key = expected("program radio key 66");
     EXPECT_TRUE(expectations.staysAway(key, 10ms));
     journal.add("program AppRadio", "key 66 0");
     EXPECT_FALSE(expectations.staysAway(key, 10ms));
@@ -111,10 +109,9 @@ TEST(Expectations, judgeAbsenceAndTimeByWhatHasHappened)
 {
     Journal journal;
     const auto begin = Clock::now() - 1min;
-    const auto expected = [](const Words& words) { return parseExpectation(words).expectation; };
-    const auto menu = expected({ "page", "menu", "shown" }), source = expected({ "page", "fm", "shown" });
-    const auto status = expected({ "mcu", "frame", "EVENT_DEVICE_STATUS" });
-    const auto key = expected({ "program", "menu", "key" });
+    const auto menu = expected("page menu shown"), source = expected("page fm shown");
+    const auto status = expected("mcu frame EVENT_DEVICE_STATUS");
+    const auto key = expected("program menu key");
     EXPECT_THAT(Expectations(journal).staysAwayUntil(key, status, 0ms), HasSubstr("missing: mcu frame"));
 
     journal.add("page mbMainMenu", "shown", begin + 1s);
@@ -135,7 +132,7 @@ TEST(Expectations, endWhenTheUserWantsToLeave)
     Journal journal;
     Expectations expectations(journal);
     std::jthread leaver([&] { journal.interrupt(); });
-    EXPECT_EQ(expectations.wait(parseExpectation({ "mcu", "agreed" }).expectation, 60s), "interrupted");
+    EXPECT_EQ(expectations.wait(expected("mcu agreed"), 60s), "interrupted");
 }
 
 /** The report of a program comes after what the unit answered to it, and meets what expects it all the same. */
@@ -152,12 +149,10 @@ TEST(Journal, putsWhatIsToldLateInItsPlace)
     told("page mbFM", "hidden", 3ns);
     told("program AppRadio", "running", 4ns);
 
-    const auto expected = [](Words words) { return parseExpectation(words).expectation; };
-    EXPECT_NE(expectations.waitInOrder(
-                  { expected({ "mcu", "frame", "EVENT_SRC_SWITCH" }), expected({ "page", "mbFM", "hidden" }) }, 0ms),
+    EXPECT_NE(expectations.waitInOrder({ expected("mcu frame EVENT_SRC_SWITCH"), expected("page mbFM hidden") }, 0ms),
               "");
     expectations.forgetThePast();
-    EXPECT_NE(expectations.wait(expected({ "page", "mbFM", "shown" }), 0ms), "");
+    EXPECT_NE(expectations.wait(expected("page mbFM shown"), 0ms), "");
 
     std::string all;
     for (const auto& event : journal.find({}, 10, [](const Event&) { return true; }))
@@ -190,37 +185,106 @@ protected:
 
 TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
 {
-    std::istringstream lines(
-        "mcu source|mcu source tape|mcu key 256|mcu key menu 0 1s|mcu hold menu|mcu hold menu,next 1s|"
-        "mcu flood menu 1s|mcu flood menu,tape 10 1s|mcu send 5 1g|mcu drop -1|mcu sing|"
-        "autotest|autotest sing|autotest volume 256|autotest enter 1|autotest send 1g|autotest damage -1|"
-        "program nobody crash|program radio crash|program eq show fm|usb in 9|camera maybe|engine fly|"
-        "dsp sing|dsp plot a b|dsp plot /nowhere/x.png|dsp play nothing.wav x.wav|"
-        "dsp fail slow|dsp fail transfer 0|dsp fail crc twice|"
-        "log tail 0|pause long|transcript|transcript mcu nobody|frobnicate|"
-        "expect|say \"x");
-    for (std::string line; std::getline(lines, line, '|');)
+    struct Case
     {
-        const auto outcome = console.run(line);
-        EXPECT_EQ(outcome.kind, Outcome::failed) << line;
-        EXPECT_THAT(outcome.error, testing::Not(IsEmpty())) << line;
+        const char* lines; ///< with | between them
+        const char* hint;
+    };
+    const Case cases[] = {
+        { "frobnicate|mc", "see help" },
+        { "say \"x", "quotes" },
+        { "mcu|mcu sing|mcu source", "usage: mcu source SOURCE" },
+        { "mcu source tape", "'tape' is no source: am fm" },
+        { "mcu key 256|mcu hold tape 1s", "is no key: a name" },
+        { "mcu key menu 0 1s", "usage: mcu key KEY [ORIGIN]" },
+        { "mcu hold menu", "usage: mcu hold KEY [ORIGIN] TIME" },
+        { "mcu hold menu 300 1s", "'300' is no origin: 0 to 255" },
+        { "mcu hold menu,next 1s", "'menu,next' is no key" },
+        { "mcu flood menu 1s", "usage: mcu flood KEY-LIST RATE TIME" },
+        { "mcu flood menu,tape 10 1s", "is no key-list" },
+        { "mcu flood menu 1001 1s", "is no rate: 1 to 1000" },
+        { "mcu send 5 1g|autotest send 1g|expect mcu frame 5 1g", "'1g' is no byte: two hexadecimal digits" },
+        { "mcu drop -1|autotest damage -1|mcu drop every x", "is no amount: 0 to 1000" },
+        { "mcu silent long|pause long|expect log x within long", "'long' is no time" },
+        { "autotest volume 256", "'256' is no number: 0 to 255" },
+        { "autotest enter 1", "usage: autotest enter" },
+        { "program nobody crash|expect program nobody gone", "'nobody' is no program" },
+        { "program radio", "usage: program PROGRAM show|stop [PAGE]" },
+        { "program radio slow", "usage: program PROGRAM slow TIME|off" },
+        { "program radio slow on", "or off" },
+        { "program radio crash", "AppRadio does not run" },
+        { "program eq show fm", "AppEQ has no page 'fm'" },
+        { "usb in 9", "1 to 8" },
+        { "camera maybe", "usage: camera on|off" },
+        { "engine fly", "usage: engine start|stop|restart|kill" },
+        { "battery 25.3", "is no volts: 0 to 25.2" },
+        { "dsp sing|dsp plot a b", "usage: dsp" },
+        { "dsp plot /nowhere/x.png", "/nowhere/x.png" },
+        { "dsp play nothing.wav x.wav", "nothing.wav" },
+        { "dsp fail slow", "usage: dsp fail slow TIME" },
+        { "dsp fail transfer 0|log tail 0|switches 0", "'0' is no count" },
+        { "transcript", "usage: transcript SECTION..." },
+        { "transcript mcu nobody", "'nobody' is no section" },
+        { "expect|expect no|expect sing", "expect" },
+        { "expect page nowhere shown", "'nowhere' is no page" },
+        { "expect page fm gone", "usage: expect page PAGE shown|hidden|covered|confirmed" },
+        { "expect log", "usage: expect log TEXT" },
+        { "expect program radio", "usage: expect program PROGRAM" },
+        { "expect dsp write", "expect dsp write TEXT..." },
+        { "expect order \"mcu agreed\"", "two expectations" },
+    };
+    for (const auto& each : cases)
+    {
+        std::istringstream lines(each.lines);
+        for (std::string line; std::getline(lines, line, '|');)
+        {
+            const auto outcome = console.run(line);
+            EXPECT_EQ(outcome.kind, Outcome::failed) << line;
+            EXPECT_THAT(outcome.error, HasSubstr(each.hint)) << line;
+        }
     }
 }
 
 TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
 {
-    std::istringstream script("# story\nsay hello\nexpect mcu agreed within 10ms\nsay not reached\n");
+    std::istringstream script(
+        "# story\nsay hello\nif-display frobnicate\nexpect mcu agreed within 10ms\nsay not reached\n");
     EXPECT_FALSE(console.runScript(script, "x.scenario"));
-    EXPECT_THAT(output.str(), HasSubstr("x.scenario:3"));
+    EXPECT_THAT(output.str(), HasSubstr("x.scenario:4"));
     EXPECT_THAT(output.str(), testing::Not(HasSubstr("not reached")));
 }
 
-TEST_F(ConsoleCommands, completesWhatMayFollow)
+TEST(Verbs, completeWhatMayFollow)
 {
     using testing::Contains;
-    EXPECT_THAT(Console::completionsFor({}), Contains("expect"));
-    EXPECT_THAT(Console::completionsFor({ "expect", "page" }), Contains("mbEQ"));
-    EXPECT_THAT(Console::completionsFor({ "bogus" }), IsEmpty());
+    struct Case
+    {
+        Words before;
+        const char* word;
+    };
+    const Case cases[] = { { {}, "expect" },
+                           { { "mcu" }, "hold" },
+                           { { "mcu", "drop", "2" }, "IND_KEY" },
+                           { { "program", "radio" }, "show" },
+                           { { "program", "radio", "stop" }, "mbEQ" },
+                           { { "remote" }, "rotary-next" },
+                           { { "remote", "stall" }, "off" },
+                           { { "expect" }, "no" },
+                           { { "expect", "page" }, "mbEQ" },
+                           { { "expect", "no", "page", "eq" }, "shown" },
+                           { { "if-display", "expect", "mcu", "source" }, "aux" } };
+    for (const auto& each : cases)
+        EXPECT_THAT(completionsFor(each.before), Contains(each.word)) << joined(each.before);
+    EXPECT_THAT(completionsFor({ "bogus" }), IsEmpty());
+    EXPECT_THAT(completionsFor({ "mcu", "status" }), IsEmpty());
+}
+
+TEST(Verbs, standInTheManual)
+{
+    const auto manual = juce::File(HEADUNIT_SOURCE_DIR).getChildFile("bench/README.md").loadFileAsString();
+    const juce::String first = "### The microcontroller\n";
+    expectGolden("../bench/README.md",
+                 manual.upToFirstOccurrenceOf(first, false, false) + juce::String::fromUTF8(verbTables().c_str()));
 }
 
 } // namespace

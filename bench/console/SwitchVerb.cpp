@@ -1,5 +1,5 @@
 // Many changes of the page in front, one after the other, and how long the unit takes for each.
-#include "bench/console/Console.h"
+#include "bench/console/Verb.h"
 
 #include <algorithm>
 #include <map>
@@ -109,27 +109,23 @@ std::string summary(std::vector<Milliseconds> times)
 
 } // namespace
 
-Outcome Console::switches(const Words& words)
+Outcome switchPages(Console& console, const Arguments& given)
 {
-    constexpr int most = 100'000;
-    Words rest = words;
-    Milliseconds limit { 200 };
-    if (auto error = takeTime(rest, "within", limit); !error.empty())
-        return failed(error);
-    const auto count = rest.size() == 2 ? parseNumber(rest[1], 1, most) : std::nullopt;
-    if (!count)
-        return usageOf("switches");
+    constexpr Milliseconds usualLimit { 200 };
+    const auto limit = given.has(2) ? given.time(2) : usualLimit;
+    const auto count = given.number(0);
+    auto& unit = console.unit;
     std::map<std::string, std::vector<Milliseconds>> times;
     auto inFront = shownText(unit.programs.pageInFront());
     std::string faults;
     int faultCount = 0;
     // The first round starts the programs and is not measured.
-    for (int turn = -static_cast<int>(std::size(steps)); turn < *count; ++turn)
+    for (int turn = -static_cast<int>(std::size(steps)); turn < count; ++turn)
     {
         const auto& step =
             steps[static_cast<std::size_t>(turn + static_cast<int>(std::size(steps))) % std::size(steps)];
         const auto from = unit.journal.end();
-        if (auto outcome = run(step.command); outcome.kind != Outcome::done)
+        if (auto outcome = console.run(step.command); outcome.kind != Outcome::done)
             return outcome;
         const auto took = timeTaken(unit.journal, from, inFront, step.page);
         if (!took)
@@ -139,7 +135,7 @@ Outcome Console::switches(const Words& words)
                           (step.page == any ? "another page" : pageName(step.page)) +
                           (ended.empty() ? "" : ", engine " + ended.back().text));
         }
-        nextKey = Clock::now() + fingerGap; // the finger waits for what its last key brings
+        console.restFinger(); // it waits for what its last key brings
         if (turn < 0)
             continue;
         times[step.way].push_back(*took);
@@ -155,9 +151,9 @@ Outcome Console::switches(const Words& words)
             note(silence.text);
     }
     for (const auto& [way, each] : times)
-        row(way, summary(each));
+        console.row(way, summary(each));
     if (faultCount > 0)
-        return failed(std::to_string(faultCount) + " of " + std::to_string(*count) + " switches are slow" + faults);
+        return failed(std::to_string(faultCount) + " of " + std::to_string(count) + " switches are slow" + faults);
     return {};
 }
 

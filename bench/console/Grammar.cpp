@@ -1,0 +1,220 @@
+#include "bench/console/Grammar.h"
+
+#include "bench/console/Kinds.h"
+
+#include <algorithm>
+#include <cctype>
+#include <limits>
+#include <sstream>
+
+namespace Bench
+{
+
+namespace
+{
+
+bool isFixedWord(const std::string& word)
+{
+    return std::isupper(static_cast<unsigned char>(word.front())) == 0;
+}
+
+} // namespace
+
+int Arguments::number(std::size_t at, int otherwise) const
+{
+    return parseNumber((*this)[at], std::numeric_limits<int>::min(), std::numeric_limits<int>::max())
+        .value_or(otherwise);
+}
+
+double Arguments::decimal(std::size_t at) const
+{
+    return parseDecimal((*this)[at], std::numeric_limits<double>::lowest(), std::numeric_limits<double>::max())
+        .value_or(0);
+}
+
+std::chrono::milliseconds Arguments::time(std::size_t at) const
+{
+    return parseDuration((*this)[at]).value_or(std::chrono::milliseconds(0));
+}
+
+Source Arguments::source(std::size_t at) const
+{
+    Words name = words(at);
+    if (has(at + 1))
+        name.push_back((*this)[at + 1]);
+    return findSource(name).value_or(Source());
+}
+
+bool Grammar::Place::isFixed() const
+{
+    return !optional && choices.size() == 1 && isFixedWord(choices.front());
+}
+
+bool Grammar::Place::fits(const std::string& word) const
+{
+    return std::ranges::any_of(choices,
+                               [&](const std::string& choice)
+                               {
+                                   if (isFixedWord(choice))
+                                       return word == choice;
+                                   const auto* kind = findKind(choice);
+                                   return kind == nullptr || kind->accepts(word);
+                               });
+}
+
+bool Grammar::Place::mayBe(const std::string& word) const
+{
+    return fits(word) || !std::ranges::all_of(choices, isFixedWord);
+}
+
+Words Grammar::Place::names() const
+{
+    Words all;
+    for (const auto& choice : choices)
+        if (isFixedWord(choice))
+            all.push_back(choice);
+        else if (const auto* kind = findKind(choice); kind != nullptr && kind->names)
+            std::ranges::copy(kind->names(), std::back_inserter(all));
+    return all;
+}
+
+std::string Grammar::Place::wrong(const std::string& word) const
+{
+    std::string text;
+    for (const auto& choice : choices)
+        if (const auto* kind = findKind(choice))
+            text += "'" + word + "' is no " + lowerCase(kind->name) + ": " + kind->meaning;
+        else
+            text += ", or " + choice;
+    return text;
+}
+
+Grammar::Grammar(const std::vector<std::string>& patternTexts, std::string usagePrefix)
+    : prefix(std::move(usagePrefix))
+{
+    for (const auto& text : patternTexts)
+    {
+        auto& pattern = patterns.emplace_back(Pattern { text, {} });
+        std::istringstream words(text);
+        for (std::string word; words >> word;)
+        {
+            auto& place = pattern.places.emplace_back();
+            place.optional = word.starts_with("[");
+            std::erase_if(word, [](char c) { return c == '[' || c == ']'; });
+            place.repeats = word.ends_with("...");
+            word.resize(word.size() - (place.repeats ? 3 : 0));
+            std::istringstream choices(word);
+            for (std::string choice; std::getline(choices, choice, '|');)
+                place.choices.push_back(choice);
+        }
+        const auto end = std::ranges::find_if_not(pattern.places, &Place::isFixed);
+        pattern.fixed = static_cast<std::size_t>(end - pattern.places.begin());
+    }
+}
+
+/** The words at their places, if there are neither too many nor too few: what may be left out is filled from the left.
+ */
+std::optional<std::vector<Words>> Grammar::distribute(const Pattern& pattern, const Words& line)
+{
+    const auto& places = pattern.places;
+    const auto needed = static_cast<std::size_t>(std::ranges::count(places, false, &Place::optional));
+    const bool repeats = places.back().repeats;
+    if (line.size() < needed || (line.size() > places.size() && !repeats))
+        return {};
+    auto surplus = line.size() - needed;
+    std::vector<Words> values(places.size());
+    std::size_t word = 0;
+    for (std::size_t i = 0; i < places.size(); ++i)
+        if (!places[i].optional || surplus > 0)
+        {
+            values[i].push_back(line[word++]);
+            surplus -= places[i].optional ? 1 : 0;
+        }
+    for (; word < line.size(); ++word)
+        values.back().push_back(line[word]);
+    return values;
+}
+
+Grammar::Choice Grammar::choose(const Words& line) const
+{
+    const auto begins = [&](const Pattern& pattern)
+    {
+        for (std::size_t i = 0; i < pattern.fixed; ++i)
+            if (i >= line.size() || !pattern.places[i].fits(line[i]))
+                return false;
+        return true;
+    };
+    std::size_t mostFixed = 0;
+    for (const auto& pattern : patterns)
+        if (begins(pattern))
+            mostFixed = std::max(mostFixed, pattern.fixed);
+    std::string wrong;
+    for (const auto& pattern : patterns)
+    {
+        auto values = pattern.fixed == mostFixed && begins(pattern) ? distribute(pattern, line) : std::nullopt;
+        if (!values)
+            continue;
+        std::string error;
+        bool isMeant = true;
+        for (std::size_t i = 0; i < values->size(); ++i)
+            for (const auto& word : (*values)[i])
+            {
+                isMeant = isMeant && pattern.places[i].mayBe(word);
+                if (error.empty() && !pattern.places[i].fits(word))
+                    error = pattern.places[i].wrong(word);
+            }
+        values->erase(values->begin(), values->begin() + static_cast<std::ptrdiff_t>(pattern.fixed));
+        if (isMeant && error.empty())
+            return { static_cast<std::size_t>(&pattern - patterns.data()), Arguments(line, std::move(*values)), {} };
+        if (isMeant && wrong.empty())
+            wrong = error;
+    }
+    return { 0, {}, wrong.empty() ? usageFor(line) : wrong };
+}
+
+/** Goes along the pattern as far as the words of the line may be meant so; `next` takes what may come behind them. */
+void Grammar::follow(const Pattern& pattern, std::size_t place, const Words& line, std::size_t word,
+                     std::size_t& farthest, std::set<std::string>* next)
+{
+    farthest = std::max(farthest, word);
+    if (place == pattern.places.size())
+        return;
+    const auto& here = pattern.places[place];
+    if (word < line.size() && here.mayBe(line[word]))
+        follow(pattern, here.repeats ? place : place + 1, line, word + 1, farthest, next);
+    if (word == line.size() && next != nullptr)
+    {
+        const auto names = here.names();
+        next->insert(names.begin(), names.end());
+    }
+    if (here.optional)
+        follow(pattern, place + 1, line, word, farthest, next);
+}
+
+Words Grammar::completionsFor(const Words& before) const
+{
+    std::set<std::string> next;
+    std::size_t farthest = 0;
+    for (const auto& pattern : patterns)
+        follow(pattern, 0, before, 0, farthest, &next);
+    return { next.begin(), next.end() };
+}
+
+std::string Grammar::usageFor(const Words& line) const
+{
+    std::size_t most = 1;
+    std::string usage;
+    for (const auto& pattern : patterns)
+    {
+        std::size_t farthest = 0;
+        follow(pattern, 0, line, 0, farthest, nullptr);
+        if (farthest > most)
+            usage.clear();
+        if (farthest >= most)
+            usage += (usage.empty() ? "usage: " : "\n       ") + prefix + pattern.text;
+        most = std::max(most, farthest);
+    }
+    return usage;
+}
+
+} // namespace Bench

@@ -1,0 +1,48 @@
+#include "bench/console/Verb.h"
+
+namespace Bench
+{
+
+namespace
+{
+
+bool isOn(const Arguments& given)
+{
+    return given[0] == "on";
+}
+
+void tune(Tuner& tuner, const Arguments& given)
+{
+    if (const auto where = Tuner::parseFrequency(given[0]))
+        tuner.tune(where->first, where->second);
+}
+
+void seek(Tuner& tuner, const Arguments& given)
+{
+    const bool up = given[0] == "up";
+    given.has(1) ? tuner.step(up) : tuner.seek(up);
+}
+
+} // namespace
+
+Verbs panelVerbs()
+{
+    return {
+        { "tune FREQUENCY", "Tunes in.", on(&Unit::tuner, tune) },
+        { "seek up|down [step]", "Goes to the next station, or one step.", on(&Unit::tuner, seek) },
+        { "rds NAME TEXT", "What the station says: a name of 8 characters, a text of 64.",
+          on(&Unit::tuner, [](Tuner& tuner, auto& given) { tuner.say(given[0], given[1]); }) },
+        { "weather on|off", "The weather alert.",
+          on(&Unit::tuner, [](Tuner& tuner, auto& given) { tuner.setWeatherAlert(isOn(given)); }) },
+        { "battery VOLTS", "The supply voltage, as the microcontroller measures it.",
+          on(&Unit::supply, [](auto& supply, auto& given) { supply.setVolts(given.decimal(0)); }) },
+        { "lights on|off", "The boat's lights.",
+          on(&Unit::supply, [](auto& supply, auto& given) { supply.setLights(isOn(given)); }) },
+        { "panel trigger on|off", "The camera's trigger input.",
+          on(&Unit::supply, [](auto& supply, auto& given) { supply.setTrigger(isOn(given)); }) },
+        { "panel dimmer BRIGHTNESS", "The dimmer, as it is moved at the panel.",
+          on(&Unit::panel, [](auto& panel, auto& given) { panel.setDimmer(given.number(0)); }) },
+    };
+}
+
+} // namespace Bench

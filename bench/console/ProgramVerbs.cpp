@@ -1,0 +1,101 @@
+// The source programs.
+#include "bench/console/Verb.h"
+#include "bench/unit/Settings.h"
+
+namespace Bench
+{
+
+using namespace Pubhead;
+
+namespace
+{
+
+/** An order to a program, which it takes if it runs. */
+template <typename Function>
+auto toProgram(Function function)
+{
+    return onUnit(
+        [function](Unit& unit, const Arguments& given) -> std::string
+        {
+            const auto appType = findApp(given[0]);
+            bool taken = false;
+            if constexpr (std::is_invocable_v<Function, Programs&, int>)
+                taken = std::invoke(function, unit.programs, appType);
+            else
+                taken = function(unit.programs, appType, given);
+            return taken ? "" : std::string(appTypeName(appType)) + " does not run";
+        });
+}
+
+/** What only this program does, in the words behind the first. */
+auto tell(int appType)
+{
+    return onUnit([appType](Unit& unit, const Arguments& given)
+                  { return unit.programs.tell(appType, joined(std::span(given.line()).subspan(1))); });
+}
+
+/** Shows or stops the page that is named, else the one that the program is named by, else its first. */
+std::string askForPage(Unit& unit, const Arguments& given)
+{
+    const auto appType = findApp(given[0]);
+    const auto named = findPage(given[given.has(2) ? 2 : 0]);
+    const auto page = named != NUM_OF_PAGES ? named : pageOfApp(appType)->page;
+    if (pageInfo(page)->appType != appType)
+        return std::string(appTypeName(appType)) + " has no page '" + given[2] + "'";
+    return given[1] == "show" ? unit.programs.requestPage(page) : unit.programs.stopPage(page);
+}
+
+} // namespace
+
+Verbs programVerbs()
+{
+    return {
+        { "program PROGRAM show|stop [PAGE]", "Lets it ask for a page, or give it back.", onUnit(askForPage) },
+        { "program PROGRAM crash", "Ends by a fault.", toProgram(&Programs::crash) },
+        { "program PROGRAM hang", "Stops altogether.", toProgram(&Programs::hang) },
+        { "program PROGRAM wake", "Ends that.", toProgram(&Programs::wakeUp) },
+        { "program PROGRAM exit", "Ends properly.", toProgram(&Programs::exit) },
+        { "program PROGRAM silent [off]", "Takes everything and answers nothing.",
+          toProgram([](Programs& programs, int app, auto& given) { return programs.setSilent(app, !given.has(2)); }) },
+        { "program PROGRAM slow TIME|off", "Answers so much later.",
+          toProgram([](Programs& programs, int app, auto& given) { return programs.setSlow(app, given.time(2)); }) },
+        { "program PROGRAM send MESSAGE [PARAMETER] [PARAMETER]", "Sends a message to the engine.",
+          toProgram([](Programs& programs, int app, auto& given)
+                    { return programs.sendMessage(app, given.number(2), given.number(3), given.number(4)); }) },
+        { "program PROGRAM window MESSAGE [PARAMETER] [PARAMETER]", "Posts one to the engine's window.",
+          toProgram([](Programs& programs, int app, auto& given)
+                    { return programs.sendWindowMessage(app, given.number(2), given.number(3), given.number(4)); }) },
+        { "program PROGRAM text LINE1 LINE2", "Writes on the wired remote.",
+          toProgram([](Programs& programs, int app, auto& given)
+                    { return programs.showOnRemote(app, given[2], given[3]); }) },
+        { "program PROGRAM set SETTING VALUE", "Changes a setting.",
+          toProgram([](Programs& programs, int app, auto& given)
+                    { return programs.changeSetting(app, *findSetting(given[2]), given[3]); }) },
+        { "program PROGRAM do WORD...", "What only this program does; it says what when a word makes no sense.",
+          onUnit([](Unit& unit, auto& given) { return unit.programs.tell(findApp(given[0]), given.text(2)); }) },
+        { "menu PAGE", "A touch on a page of the main menu, which need not be in front.", tell(AppMainMenu) },
+        { "set SETTING VALUE", "A setting, as the setup program changes it.",
+          onUnit([](Unit& unit, auto& given)
+                 { return unit.programs.changeSetting(*findSetting(given[0]), given[1]); }) },
+        { "bt connect [NAME...]", "A phone comes.", tell(AppBluetooth) },
+        { "bt disconnect", "It goes.", tell(AppBluetooth) },
+        { "bt call [NAME...]", "It rings.", tell(AppBluetooth) },
+        { "bt hang-up", "The call ends.", tell(AppBluetooth) },
+        { "bt paired", "A phone has been paired.", tell(AppBluetooth) },
+        { "bt link open|closed", "The way for data to the phone.", tell(AppBluetooth) },
+        { "bt pandora on|off", "Pandora on the phone.", tell(AppBluetooth) },
+        { "bt signal|battery VALUE", "What the phone says of itself.", tell(AppBluetooth) },
+        { "bt audio|setup", "Asks for the page of its music, or of the phone.", tell(AppBluetooth) },
+        { "ipod connect [analog|digital]", "An iPod comes.", tell(AppiPod) },
+        { "ipod path analog|digital", "Its sound takes this way.", tell(AppiPod) },
+        { "ipod disconnect", "It goes.", tell(AppiPod) },
+        { "ipod pandora on|off", "Pandora on the iPod.", tell(AppiPod) },
+        { "ipod restart", "Its program wants to be started anew.", tell(AppiPod) },
+        { "satellite in|out", "The satellite tuner comes and goes.", tell(AppSirius) },
+        { "satellite channel|favourites VALUE", "Tunes to a channel; how many favourites there are.", tell(AppSirius) },
+        { "satellite favourite", "Opens the favourites.", tell(AppSirius) },
+        { "unlock CODE", "The code of the locked unit; the right one is 1234.", tell(AppAntitheft) },
+    };
+}
+
+} // namespace Bench

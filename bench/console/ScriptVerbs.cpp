@@ -1,0 +1,178 @@
+// What scenarios are made of, and help.
+#include "bench/console/ExpectLines.h"
+#include "bench/console/Verb.h"
+
+#include <algorithm>
+#include <ostream>
+#include <utility>
+
+namespace Bench
+{
+
+namespace
+{
+
+Outcome met(Console& console, const std::string& what, const std::string& remark = {})
+{
+    console.output << "  " << console.style.good("✓") << " " << what << console.style.dim(remark) << "\n";
+    return {};
+}
+
+Outcome expect(Console& console, const Arguments& given)
+{
+    auto words = given.words(0);
+    auto limit = Expectations::defaultLimit;
+    if (auto error = takeTime(words, "within", limit); !error.empty())
+        return failed(error);
+    const auto parsed = parseExpectation(words);
+    if (!parsed.error.empty())
+        return failed(parsed.error);
+    const auto start = Clock::now();
+    const auto instead = console.expectations.wait(parsed.expectation, limit);
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+    if (!instead.empty())
+        return failed("not seen within " + std::to_string(limit.count()) + " ms: " + parsed.expectation.description +
+                      "\n" + instead);
+    return met(console, parsed.expectation.description, "  " + std::to_string(took) + " ms");
+}
+
+Outcome expectAbsence(Console& console, const Arguments& given)
+{
+    auto words = given.words(0);
+    const bool hasEnd = std::ranges::find(words, "until") != words.end();
+    auto limit = hasEnd ? Expectations::defaultLimit : Expectations::defaultAbsence;
+    if (auto error = takeTime(words, "within", limit); !error.empty())
+        return failed(error);
+    const auto until = std::ranges::find(words, "until");
+    const auto absent = parseExpectation({ words.begin(), until });
+    const auto end = hasEnd ? parseExpectation({ until + 1, words.end() }) : ParsedExpectation();
+    for (const auto& error : { absent.error, end.error })
+        if (!error.empty())
+            return failed(error);
+    if (hasEnd)
+    {
+        if (auto wrong = console.expectations.staysAwayUntil(absent.expectation, end.expectation, limit);
+            !wrong.empty())
+            return failed(wrong);
+    }
+    else if (!console.expectations.staysAway(absent.expectation, limit))
+        return failed("seen although it should not be: " + absent.expectation.description);
+    return met(console,
+               "no " + absent.expectation.description + (hasEnd ? " until " + end.expectation.description : ""));
+}
+
+Outcome expectOrder(Console& console, const Arguments& given)
+{
+    auto words = given.words(0);
+    auto limit = Expectations::defaultLimit;
+    std::chrono::milliseconds apart { 0 };
+    if (auto error = takeTime(words, "within", limit); !error.empty())
+        return failed(error);
+    if (auto error = takeTime(words, "apart", apart); !error.empty())
+        return failed(error);
+    std::vector<Expectation> inOrder;
+    std::string all;
+    for (const auto& word : words)
+    {
+        auto parsed = parseExpectation(parseLine(word).words);
+        if (!parsed.error.empty())
+            return failed(parsed.error);
+        all += (all.empty() ? "" : ", then ") + parsed.expectation.description;
+        inOrder.push_back(std::move(parsed.expectation));
+    }
+    if (inOrder.size() < 2)
+        return failed("an order is of two expectations or more, each in quotes");
+    if (const auto instead = console.expectations.waitInOrder(inOrder, limit, apart); !instead.empty())
+        return failed("not seen in this order within " + std::to_string(limit.count()) + " ms; " + instead);
+    return met(console, all);
+}
+
+Outcome chooseSections(Console& console, const Arguments& given)
+{
+    if (console.chosenSections)
+        return failed("the transcript's sections have been chosen already");
+    auto& sections = console.chosenSections.emplace();
+    for (const auto& word : given.words(0))
+        if (word == "mcu")
+            sections.mcu = true;
+        else if (word == "devices")
+            sections.devices = true;
+        else
+            sections.programs.insert(findApp(word));
+    return {};
+}
+
+Outcome say(Console& console, const Arguments& given)
+{
+    console.output << "\n" << console.style.bold(given.text(0)) << "\n";
+    console.headline = console.unit.journal.end();
+    console.headlineAt = Clock::now();
+    return {};
+}
+
+Outcome pause(Console& console, const Arguments& given)
+{
+    // For the eye only: nothing that a script checks may rest on it, so without an onlooker it is left out.
+    auto& journal = console.unit.journal;
+    if (console.watched)
+        journal.waitFor(journal.end(), Clock::now() + given.time(0), [](const Event&) { return false; });
+    return {};
+}
+
+Outcome ifDisplay(Console& console, const Arguments& given)
+{
+    if (!console.unit.display().empty())
+        return console.run(given.words(0));
+    console.output << console.style.dim("    left out without a display") << "\n";
+    return {};
+}
+
+Outcome help(Console& console, const Arguments& given)
+{
+    for (const auto& [line, text] : helpFor(given[0]))
+        console.output << "  " << console.style.accent(line) << "\n      " << text << "\n";
+    if (!given.has(0))
+        console.output << console.style.dim(
+                              "  Names are the system's (mbEQ, AppRadio) or short (eq, radio, fm, aux). Tab completes.")
+                       << "\n";
+    return {};
+}
+
+} // namespace
+
+Verbs scriptVerbs()
+{
+    return {
+        { "expect EXPECTATION...",
+          "Waits until it is so, 60 s unless 'within TIME' ends the line. Each stream has its own place: what met one "
+          "expectation is behind.",
+          expect },
+        { "expect no EXPECTATION...",
+          "That it stays away until something else has happened ('until EXPECTATION'), or for 1 s ('within TIME').",
+          expectAbsence },
+        { "expect order EXPECTATION...",
+          "Each in quotes: one after the other, with at least so much time between them if 'apart TIME' ends the line.",
+          expectOrder },
+        { "mark", "From here on, expect looks only at what comes now.",
+          [](Console& console, auto&) -> Outcome
+          {
+              console.expectations.forgetThePast();
+              return {};
+          } },
+        { "transcript SECTION...",
+          "Chooses, once in a script, whose part of what the unit sends --transcript compares; else it is all.",
+          chooseSections },
+        { "switches COUNT",
+          "So many changes of the page in front, one after the other, by keys, the menu, the network and programs. "
+          "Fails when one takes longer than 200 ms, or when the unit waits for an answer in vain.",
+          switchPages },
+        { "switches COUNT within TIME", "The same with another limit.", switchPages },
+        { "say [TEXT...]", "A headline.", say },
+        { "pause TIME", "Gives the eye time. Left out when nobody watches.", pause },
+        { "if-display WORD...", "Leaves the rest of the line out when nothing is drawn.", ifDisplay },
+        { "help [WORD]", "This, or what begins with this word.", help },
+        { "quit", "Ends the unit and leaves.", [](Console&, auto&) -> Outcome { return { Outcome::leave }; } },
+    };
+}
+
+} // namespace Bench

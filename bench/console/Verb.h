@@ -1,0 +1,91 @@
+#pragma once
+
+#include "bench/console/Console.h"
+#include "bench/console/Grammar.h"
+
+#include <functional>
+
+namespace Bench
+{
+
+/** One thing that can be said to the bench. Usage, completion, checks, `help` and the table in README.md come from
+ * here. */
+struct Verb
+{
+    std::string line; ///< its pattern, see Grammar
+    std::string help;
+    std::function<Outcome(Console& console, const Arguments& given)> run;
+};
+
+using Verbs = std::vector<Verb>;
+
+// Each group has a file of its own.
+Verbs mcuVerbs();
+Verbs panelVerbs();
+Verbs deviceVerbs();
+Verbs networkVerbs();
+Verbs testEquipmentVerbs();
+Verbs programVerbs();
+Verbs dspVerbs();
+Verbs reportVerbs();
+Verbs scriptVerbs();
+
+/** The run of `switches`, which has a file of its own, too. */
+Outcome switchPages(Console& console, const Arguments& given);
+
+/** All of them, in the order in which they are told. */
+struct VerbGroup
+{
+    const char* title;
+    Verbs verbs;
+};
+std::span<const VerbGroup> allVerbs();
+
+/** Runs the verb whose line this is. */
+Outcome runVerb(Console& console, const Words& line);
+/** Words that may come next, each a whole word. */
+Words completionsFor(const Words& before);
+/** Each verb and each line for `expect` that begins with this word, or all; a line of text each. */
+std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word);
+/** Verbs, expectations and kinds of words as the tables of README.md. */
+std::string verbTables();
+
+/** What becomes of a function that returns nothing, or what failed ("" when nothing has). */
+template <typename Function, typename... Given>
+Outcome outcomeOf(const Function& function, Given&&... given)
+{
+    if constexpr (std::is_void_v<std::invoke_result_t<Function, Given...>>)
+    {
+        function(std::forward<Given>(given)...);
+        return {};
+    }
+    else
+    {
+        std::string error = function(std::forward<Given>(given)...);
+        return error.empty() ? Outcome {} : failed(std::move(error));
+    }
+}
+
+/** The `run` of a verb that does something to the unit and says nothing. */
+template <typename Function>
+auto onUnit(Function function)
+{
+    return [function](Console& console, const Arguments& given) { return outcomeOf(function, console.unit, given); };
+}
+
+/** The same with one of its devices, within a turn; the function may leave out what was given. */
+template <typename Model, typename Function>
+auto on(Live<Model> Unit::*device, Function function)
+{
+    return onUnit(
+        [device, function](Unit& unit, const Arguments& given)
+        {
+            const auto turn = (unit.*device).use();
+            if constexpr (std::is_invocable_v<Function, Model&>)
+                return std::invoke(function, *turn);
+            else
+                return function(*turn, given);
+        });
+}
+
+} // namespace Bench
