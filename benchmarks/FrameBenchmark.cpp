@@ -33,8 +33,8 @@ std::vector<std::uint8_t> typicalStream()
     const std::vector<std::uint8_t> content(HostFrame::maxDataLength, 0x42);
     for (int sequence = 0; sequence < 256; ++sequence)
     {
-        constexpr int lengths[] = { 1, 3, 2, 24, 1, 9, 3, HostFrame::maxDataLength };
-        frame->buildBlock(7, content.data(), lengths[sequence % std::size(lengths)]);
+        constexpr std::size_t lengths[] = { 1, 3, 2, 24, 1, 9, 3, HostFrame::maxDataLength };
+        frame->build(7, std::span(content).first(lengths[sequence % std::size(lengths)]));
         frame->setSequence(sequence);
         stream.insert(stream.end(), frame->getBytes(), frame->getBytes() + frame->getFrameLength());
     }
@@ -99,8 +99,10 @@ Kernel::TaskGroup* linkGroup(LowLayer::HostcommDev* device)
     return engine->findGroup(name);
 }
 
-/** From the port's reader to the parser: pooled buffers in pooled messages, one read and one pass of the group at a
- * time. */
+/**
+    From the port's reader to the parser: pooled buffers in pooled messages, one read and one pass of the group at a
+    time.
+*/
 void ReceiveFrames(benchmark::State& state)
 {
     const auto stream = typicalStream();

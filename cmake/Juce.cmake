@@ -24,7 +24,6 @@ target_compile_definitions(juce PUBLIC
     JUCE_INCLUDE_ZLIB_CODE=0 JUCE_INCLUDE_PNGLIB_CODE=0 JUCE_INCLUDE_JPEGLIB_CODE=0 JUCE_MODAL_LOOPS_PERMITTED=1
     JUCE_USE_FLAC=0 JUCE_USE_OGGVORBIS=0 JUCE_JACK=0 JUCE_DISPLAY_SPLASH_SCREEN=0 JUCE_REPORT_APP_USAGE=0
     DONT_SET_USING_JUCE_NAMESPACE=1 $<IF:$<CONFIG:Debug>,DEBUG=1;_DEBUG=1,NDEBUG=1;_NDEBUG=1>)
-target_compile_options(juce PRIVATE -w -g1 -ffunction-sections -fdata-sections
-    "$<$<STREQUAL:${HEADUNIT_SANITIZE},address>:-fno-sanitize=all;-fno-profile-arcs;-fno-test-coverage>")
+target_compile_options(juce PRIVATE -w -g1 -ffunction-sections -fdata-sections)
 target_link_libraries(juce PUBLIC Freetype::Freetype PNG::PNG JPEG::JPEG ZLIB::ZLIB ALSA::ALSA Threads::Threads dl rt)
 target_link_options(juce INTERFACE -Wl,--gc-sections)

@@ -1,5 +1,5 @@
 # What nearly every file includes is compiled once for all: JUCE's headers alone take longer than most files do. Each file still
-# includes what it uses; the preset "fuzz" compiles without, and would notice.
+# includes what it uses.
 set(precompiled_headers <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <cstring> <deque> <filesystem>
     <fstream> <functional> <map> <memory> <mutex> <optional> <set> <span> <sstream> <string> <thread> <utility> <variant> <vector>
     <juce_events/juce_events.h>)

@@ -6,11 +6,11 @@ target_compile_options(headunit_warnings INTERFACE
     -Wconversion -Wno-sign-conversion
     "$<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-stringop-overflow>" -Werror)
 
-# headunit_library(NAME [OBJECT] FOLDERS folder ... LINK target ...): a library of every source below the folders, which
-# are relative to src/. Headers are included as "layer/Header.h". A new file needs no entry anywhere.
+# headunit_library(NAME [OBJECT] [FOLDERS folder ...] [SOURCES file ...] LINK target ...): a library of every source in the
+# folders, which are relative to src/, and of these files. Headers are included as "layer/Header.h". A new file needs no entry.
 function(headunit_library name)
-    cmake_parse_arguments(arg "OBJECT" "" "FOLDERS;LINK" ${ARGN})
-    set(sources)
+    cmake_parse_arguments(arg "OBJECT" "" "FOLDERS;SOURCES;LINK" ${ARGN})
+    set(sources ${arg_SOURCES})
     foreach(folder IN LISTS arg_FOLDERS)
         file(GLOB found CONFIGURE_DEPENDS ${folder}/*.cpp)
         list(APPEND sources ${found})

@@ -5,6 +5,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/BytePool.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/ScratchUnit.h"
@@ -103,8 +104,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(unit.session.messages.size() <= 2);
         for (const auto& message : unit.session.messages)
             require(message.getSize() >= 1 && message.getSize() <= 97);
-        for (const auto& [id, favorite, camera] : unit.bar.messages)
-            require(id != Kernel::MSG_FAVORITES_SELECT || (favorite >= 1 && favorite <= favoriteCount));
+        for (const auto& [id, favourite, camera] : unit.bar.messages)
+            require(id != Kernel::MSG_FAVORITES_SELECT || (favourite >= 1 && favourite <= Platform::favouriteCount));
     }
     return 0;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <iomanip>
+#include <sstream>
 #include <string>
 
 /** Text in columns of a terminal. */
@@ -18,6 +20,14 @@ inline int widthOf(const std::string& text)
 inline std::string padded(const std::string& text, int width)
 {
     return text + std::string(static_cast<std::size_t>(std::max(0, width - widthOf(text))), ' ');
+}
+
+/** With so many digits behind the point. */
+inline std::string fixed(double value, int decimals)
+{
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(decimals) << value;
+    return text.str();
 }
 
 } // namespace Bench

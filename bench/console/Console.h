@@ -1,7 +1,6 @@
 #pragma once
 
 #include "bench/console/Expect.h"
-#include "bench/console/Script.h"
 #include "bench/console/Style.h"
 #include "bench/console/Transcript.h"
 #include "bench/unit/Unit.h"
@@ -12,33 +11,15 @@
 namespace Bench
 {
 
-/** What became of one line. */
-struct Outcome
-{
-    enum Kind { done, failed, leave } kind = done;
-    std::string error {}; ///< for `failed`; one line, more for what was seen instead
-};
-
-inline Outcome failed(std::string error)
-{
-    return { Outcome::failed, std::move(error) };
-}
-
-/** A talk with a unit, line by line, by a person or a script: what its lines share. One thread. */
+/** A talk with a unit, by a person or a script: what its lines share. One thread. */
 class Console
 {
 public:
     Console(Unit& unitToUse, Style styleToUse, std::ostream& outputToUse, bool somebodyWatches);
 
-    Outcome run(const std::string& line);
-    Outcome run(const Words& line);
-    /** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded.
-     */
-    bool runScript(std::istream& script, const std::string& name);
     /** Those that the script has chosen, else all. */
     TranscriptSections transcriptSections() const { return chosenSections.value_or(TranscriptSections::all()); }
 
-    // For the verbs.
     Unit& unit;
     const Style style;
     std::ostream& output;

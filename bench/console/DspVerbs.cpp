@@ -1,4 +1,5 @@
 // The audio DSP.
+#include "bench/console/Columns.h"
 #include "bench/console/Verb.h"
 #include "bench/dsp/DspModel.h"
 #include "bench/dsp/DspPlayer.h"
@@ -6,22 +7,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iomanip>
 #include <ostream>
-#include <sstream>
 
 namespace Bench
 {
 
 namespace
 {
-
-std::string fixed(double value, int decimals)
-{
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(decimals) << value;
-    return text.str();
-}
 
 /** The value of the parameter with this name. */
 std::string valueOf(const DspMemory& memory, const std::string& name)
@@ -53,10 +45,11 @@ std::string eachPath(const Text& text)
     return same ? text(0) : all;
 }
 
+/** Right-aligned. */
 std::string cell(const std::string& text)
 {
-    constexpr std::size_t width = 7;
-    return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
+    constexpr int width = 7;
+    return padded("", width - widthOf(text)) + text;
 }
 
 Outcome showState(Console& console, const Arguments&)

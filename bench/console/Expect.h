@@ -33,8 +33,10 @@ public:
     bool staysAway(const Expectation& expectation, std::chrono::milliseconds duration) const;
     /** Empty when `end` was met in time and `absent` not before that, else what is wrong. Moves the cursor of `end`. */
     std::string staysAwayUntil(const Expectation& absent, const Expectation& end, std::chrono::milliseconds limit);
-    /** Empty when they were met one after the other, all within this time, whatever their streams, and each at least
-     * `apart` after the one before. Each stream's cursor moves behind the last event that met one of them. */
+    /**
+        Empty when they were met one after the other, all within this time, whatever their streams, and each at least
+        `apart` after the one before. Each stream's cursor moves behind the last event that met one of them.
+    */
     std::string waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit,
                             std::chrono::milliseconds apart = {});
     /** From here on only what comes now counts, on every stream. */

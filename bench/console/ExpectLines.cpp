@@ -124,13 +124,7 @@ std::span<const ExpectLine> allExpectLines()
 
 const Grammar& expectGrammar()
 {
-    static const Grammar grammar = []
-    {
-        std::vector<std::string> patterns;
-        for (const auto& each : allExpectLines())
-            patterns.push_back(each.line);
-        return Grammar(patterns, "expect ");
-    }();
+    static const Grammar grammar(allExpectLines(), "expect ");
     return grammar;
 }
 

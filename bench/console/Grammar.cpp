@@ -45,11 +45,6 @@ Source Arguments::source(std::size_t at) const
     return findSource(name).value_or(Source());
 }
 
-bool Grammar::Place::isFixed() const
-{
-    return !optional && choices.size() == 1 && isFixedWord(choices.front());
-}
-
 bool Grammar::Place::fits(const std::string& word) const
 {
     return std::ranges::any_of(choices,
@@ -89,31 +84,30 @@ std::string Grammar::Place::wrong(const std::string& word) const
     return text;
 }
 
-Grammar::Grammar(const std::vector<std::string>& patternTexts, std::string usagePrefix)
-    : prefix(std::move(usagePrefix))
+Grammar::Pattern Grammar::parse(const std::string& text)
 {
-    for (const auto& text : patternTexts)
+    Pattern pattern { text, {}, {} };
+    std::istringstream words(text);
+    for (std::string word; words >> word;)
     {
-        auto& pattern = patterns.emplace_back(Pattern { text, {} });
-        std::istringstream words(text);
-        for (std::string word; words >> word;)
-        {
-            auto& place = pattern.places.emplace_back();
-            place.optional = word.starts_with("[");
-            std::erase_if(word, [](char c) { return c == '[' || c == ']'; });
-            place.repeats = word.ends_with("...");
-            word.resize(word.size() - (place.repeats ? 3 : 0));
-            std::istringstream choices(word);
-            for (std::string choice; std::getline(choices, choice, '|');)
-                place.choices.push_back(choice);
-        }
-        const auto end = std::ranges::find_if_not(pattern.places, &Place::isFixed);
-        pattern.fixed = static_cast<std::size_t>(end - pattern.places.begin());
+        auto& place = pattern.places.emplace_back();
+        place.optional = word.starts_with("[");
+        std::erase_if(word, [](char c) { return c == '[' || c == ']'; });
+        place.repeats = word.ends_with("...");
+        word.resize(word.size() - (place.repeats ? 3 : 0));
+        std::istringstream choices(word);
+        for (std::string choice; std::getline(choices, choice, '|');)
+            place.choices.push_back(choice);
+        const bool isFixed = !place.optional && place.choices.size() == 1 && isFixedWord(place.choices.front());
+        if (isFixed && pattern.begin.size() + 1 == pattern.places.size())
+            pattern.begin.push_back(place.choices.front());
     }
+    return pattern;
 }
 
-/** The words at their places, if there are neither too many nor too few: what may be left out is filled from the left.
- */
+/**
+    The words at their places, if there are neither too many nor too few: what may be left out is filled from the left.
+*/
 std::optional<std::vector<Words>> Grammar::distribute(const Pattern& pattern, const Words& line)
 {
     const auto& places = pattern.places;
@@ -137,39 +131,42 @@ std::optional<std::vector<Words>> Grammar::distribute(const Pattern& pattern, co
 
 Grammar::Choice Grammar::choose(const Words& line) const
 {
-    const auto begins = [&](const Pattern& pattern)
-    {
-        for (std::size_t i = 0; i < pattern.fixed; ++i)
-            if (i >= line.size() || !pattern.places[i].fits(line[i]))
-                return false;
-        return true;
-    };
-    std::size_t mostFixed = 0;
+    const Pattern* closest = nullptr;
     for (const auto& pattern : patterns)
-        if (begins(pattern))
-            mostFixed = std::max(mostFixed, pattern.fixed);
+    {
+        const auto [inLine, inPattern] = std::ranges::mismatch(line, pattern.begin);
+        if (inPattern == pattern.begin.end() && (closest == nullptr || closest->begin.size() < pattern.begin.size()))
+            closest = &pattern;
+    }
     std::string wrong;
-    for (const auto& pattern : patterns)
+    for (std::size_t i = 0; i < patterns.size() && closest != nullptr; ++i)
     {
-        auto values = pattern.fixed == mostFixed && begins(pattern) ? distribute(pattern, line) : std::nullopt;
+        auto values = patterns[i].begin == closest->begin ? distribute(patterns[i], line) : std::nullopt;
         if (!values)
             continue;
-        std::string error;
-        bool isMeant = true;
-        for (std::size_t i = 0; i < values->size(); ++i)
-            for (const auto& word : (*values)[i])
-            {
-                isMeant = isMeant && pattern.places[i].mayBe(word);
-                if (error.empty() && !pattern.places[i].fits(word))
-                    error = pattern.places[i].wrong(word);
-            }
-        values->erase(values->begin(), values->begin() + static_cast<std::ptrdiff_t>(pattern.fixed));
-        if (isMeant && error.empty())
-            return { static_cast<std::size_t>(&pattern - patterns.data()), Arguments(line, std::move(*values)), {} };
-        if (isMeant && wrong.empty())
-            wrong = error;
+        const auto error = wrongIn(patterns[i], *values);
+        if (!error)
+        {
+            values->erase(values->begin(), values->begin() + static_cast<std::ptrdiff_t>(closest->begin.size()));
+            return { i, Arguments(line, std::move(*values)), {} };
+        }
+        if (wrong.empty())
+            wrong = *error;
     }
     return { 0, {}, wrong.empty() ? usageFor(line) : wrong };
+}
+
+/** What is wrong with the first word that does not fit; nothing to be told ("") when a fixed word is another. */
+std::optional<std::string> Grammar::wrongIn(const Pattern& pattern, const std::vector<Words>& values)
+{
+    std::optional<std::string> first;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        for (const auto& word : values[i])
+            if (const auto& place = pattern.places[i]; !place.mayBe(word))
+                return "";
+            else if (!first && !place.fits(word))
+                first = place.wrong(word);
+    return first;
 }
 
 /** Goes along the pattern as far as the words of the line may be meant so; `next` takes what may come behind them. */

@@ -48,12 +48,19 @@ private:
 
 /**
     Which lines there are. A pattern has fixed words ("mcu hold"), words of a kind ("KEY"), choices ("TIME|off"), what
-   may be left out ("[ORIGIN]") and, at the end, what may come several times ("BYTE...").
+    may be left out ("[ORIGIN]") and, at the end, what may come several times ("BYTE...").
 */
 class Grammar
 {
 public:
-    explicit Grammar(const std::vector<std::string>& patterns, std::string usagePrefix = {});
+    /** Of rows that have a `line` each. */
+    template <typename Rows>
+    explicit Grammar(const Rows& rows, std::string usagePrefix = {})
+        : prefix(std::move(usagePrefix))
+    {
+        for (const auto& row : rows)
+            patterns.push_back(parse(row.line));
+    }
 
     struct Choice
     {
@@ -70,7 +77,6 @@ private:
     {
         Words choices;
         bool optional = false, repeats = false;
-        bool isFixed() const;
         bool fits(const std::string& word) const;
         /** Whether it is one of the fixed words, or there is a kind to choose. */
         bool mayBe(const std::string& word) const;
@@ -81,12 +87,14 @@ private:
     {
         std::string text;
         std::vector<Place> places;
-        std::size_t fixed = 0; ///< so many fixed words at the begin
+        Words begin; ///< the fixed words before anything else
     };
     std::vector<Pattern> patterns;
     std::string prefix;
 
+    static Pattern parse(const std::string& text);
     static std::optional<std::vector<Words>> distribute(const Pattern& pattern, const Words& line);
+    static std::optional<std::string> wrongIn(const Pattern& pattern, const std::vector<Words>& values);
     static void follow(const Pattern& pattern, std::size_t place, const Words& line, std::size_t word,
                        std::size_t& farthest, std::set<std::string>* next);
     std::string usageFor(const Words& line) const;

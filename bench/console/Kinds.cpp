@@ -33,15 +33,6 @@ Kind decimal(const char* name, double lowest, double highest, const char* meanin
     return { name, meaning, [=](const std::string& word) { return parseDecimal(word, lowest, highest).has_value(); } };
 }
 
-template <typename Table>
-Words namesIn(const Table& table)
-{
-    Words names;
-    for (const auto& row : table)
-        names.emplace_back(row.name);
-    return names;
-}
-
 Words sectionNames()
 {
     auto names = appNames();

@@ -3,9 +3,7 @@
 #include "bench/console/Verb.h"
 #include "bench/console/Watch.h"
 
-#include <iomanip>
 #include <ostream>
-#include <sstream>
 
 namespace Bench
 {
@@ -17,9 +15,7 @@ namespace
 
 std::string secondsText(std::chrono::milliseconds time)
 {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(1) << static_cast<double>(time.count()) / 1000.0 << " s";
-    return text.str();
+    return fixed(static_cast<double>(time.count()) / 1000.0, 1) + " s";
 }
 
 std::string deviceStatusText(const Bytes& status)
@@ -82,10 +78,7 @@ Outcome showState(Console& console, const Arguments&)
                               (supply.trigger ? ", camera trigger on" : "") +
                               style.dim("  dimmer " + std::to_string(panel.dimmer)));
     console.row("power off", mcu.readyForPowerOff ? "the unit is ready" : "no");
-    console.row("link", (mcu.silent ? style.warning("silent") + "  " : std::string()) + std::to_string(mcu.received) +
-                            " in, " + std::to_string(mcu.sent) + " out, " + std::to_string(mcu.resent) + " resent, " +
-                            std::to_string(mcu.givenUp) + " given up, " + std::to_string(mcu.duplicates) +
-                            " repeated, " + std::to_string(mcu.damaged) + " damaged");
+    console.row("link", (mcu.silent ? style.warning("silent") + "  " : std::string()) + linkText(mcu));
     if (!mcu.recent.empty())
         output << style.bold("Last frames") << style.dim("  (<- from the unit)") << "\n";
     for (const auto& frame : mcu.recent)
@@ -180,7 +173,7 @@ Outcome watch(Console& console, const Arguments& given)
     if (console.liveView)
         console.liveView(given.has(0) ? std::optional(given.time(0)) : std::nullopt);
     else
-        for (const auto& line : composeWatch(watchViewOf(console.unit), console.style))
+        for (const auto& line : composeWatch(console.unit, console.style))
             console.output << line << "\n";
     return {};
 }

@@ -38,8 +38,10 @@ struct ParsedBytes
 };
 ParsedBytes parseBytes(std::span<const std::string> words);
 
-/** Takes "within 3s" off the end of the words, where "within" is the name. Empty error on success; `time` stays when
- * there is none. */
+/**
+    Takes "within 3s" off the end of the words, where "within" is the name. Empty error on success; `time` stays when
+    there is none.
+*/
 std::string takeTime(Words& words, const std::string& name, std::chrono::milliseconds& time);
 
 } // namespace Bench

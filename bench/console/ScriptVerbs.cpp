@@ -122,7 +122,7 @@ Outcome pause(Console& console, const Arguments& given)
 Outcome ifDisplay(Console& console, const Arguments& given)
 {
     if (!console.unit.display().empty())
-        return console.run(given.words(0));
+        return runLine(console, given.words(0));
     console.output << console.style.dim("    left out without a display") << "\n";
     return {};
 }

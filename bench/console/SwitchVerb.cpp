@@ -21,8 +21,10 @@ struct Step
     int page; ///< that comes to the front
 };
 
-/** Which page comes back when one goes is the scheduler's business; a source that does not play is never among them,
- * and comes next here. */
+/**
+    Which page comes back when one goes is the scheduler's business; a source that does not play is never among them,
+    and comes next here.
+*/
 constexpr int any = NUM_OF_PAGES;
 
 /** A round, over and over. */
@@ -79,8 +81,10 @@ std::string shownText(int page)
     return std::string("CurrShowPage : ") + pageName(page) + " | CurrPageState : kAppShow";
 }
 
-/** By the engine's log, from the request that the scheduler takes up until another page is there and the unit is idle;
- * empty when that does not happen. `inFront` is the text of the page that is there before and afterwards. */
+/**
+    By the engine's log, from the request that the scheduler takes up until another page is there and the unit is idle;
+    empty when that does not happen. `inFront` is the text of the page that is there before and afterwards.
+*/
 std::optional<Milliseconds> timeTaken(const Journal& journal, Place from, std::string& inFront, int page)
 {
     constexpr std::chrono::seconds patience { 60 }; // only bounds a hang
@@ -125,7 +129,7 @@ Outcome switchPages(Console& console, const Arguments& given)
         const auto& step =
             steps[static_cast<std::size_t>(turn + static_cast<int>(std::size(steps))) % std::size(steps)];
         const auto from = unit.journal.end();
-        if (auto outcome = console.run(step.command); outcome.kind != Outcome::done)
+        if (auto outcome = runLine(console, step.command); outcome.kind != Outcome::done)
             return outcome;
         const auto took = timeTaken(unit.journal, from, inFront, step.page);
         if (!took)

@@ -122,7 +122,7 @@ void showLive(Unit& unit, const Style& style, std::optional<std::chrono::millise
     do
     {
         std::cout << "\033[H"; // over the last frame, so that nothing flickers
-        for (const auto& line : composeWatch(watchViewOf(unit), style))
+        for (const auto& line : composeWatch(unit, style))
             std::cout << line << "\033[K\n";
         std::cout << style.dim("  Any key ends it.") << "\033[J" << std::flush;
     } while (!RawTerminal::waitForKey(redrawEvery) && !unit.journal.isInterrupted() && Clock::now() < end);
@@ -173,7 +173,7 @@ void converse(Console& console)
         std::free(line);
         if (text.find_first_not_of(" \t") != std::string::npos)
             ::add_history(text.c_str());
-        const auto outcome = console.run(text);
+        const auto outcome = runLine(console, text);
         if (outcome.kind == Outcome::leave)
             return;
         if (outcome.kind == Outcome::failed)

@@ -1,6 +1,7 @@
 #include "bench/console/Transcript.h"
 
 #include "bench/text/Names.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 #include <algorithm>
 #include <array>
@@ -34,14 +35,17 @@ bool comesAnywhere(const std::string& line, const Lines& before)
            (line == "EVENT_GET_LAST_MEMORY" && !before.empty() && before.back() == line);
 }
 
-/** The radio's program gets what the tuner says a moment before it has come and again afterwards, or only once: who is
- * first is left to the machine. */
+/**
+    The radio's program gets what the tuner says a moment before it has come and again afterwards, or only once: who is
+    first is left to the machine.
+*/
 bool repeatsTunerState(const std::string& line, const Lines& before)
 {
+    static const auto batch = "message " + std::to_string(Platform::RMSG_RADIO_NOTIFY) + " 0 3 ";
     constexpr std::string_view band = "{key=33 ";
     const auto tellsState = [&](const std::string& each) { return each.find(band) != std::string::npos; };
     const auto last = std::find_if(before.rbegin(), before.rend(), tellsState);
-    return line.starts_with("message 1323 0 3 ") && tellsState(line) && last != before.rend() &&
+    return line.starts_with(batch) && tellsState(line) && last != before.rend() &&
            last->ends_with(std::string_view(line).substr(line.find(band)));
 }
 

@@ -19,8 +19,8 @@ struct TranscriptSections
 /**
     What the unit sent during a run, one line each: to the microcontroller, then to each program that received anything.
     Every kind of frame and every section has an order of its own, so that the same run gives the same text although
-   those who send them do not wait for each other; pages are apart for the same reason. Left out is what a clock sends
-   and what a program says of itself.
+    those who send them do not wait for each other; pages are apart for the same reason. Left out is what a clock sends
+    and what a program says of itself.
 */
 std::string composeTranscript(const std::vector<Event>& events, const TranscriptSections& sections);
 

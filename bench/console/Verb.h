@@ -8,8 +8,22 @@
 namespace Bench
 {
 
-/** One thing that can be said to the bench. Usage, completion, checks, `help` and the table in README.md come from
- * here. */
+/** What became of one line. */
+struct Outcome
+{
+    enum Kind { done, failed, leave } kind = done;
+    std::string error {}; ///< for `failed`; one line, more for what was seen instead
+};
+
+inline Outcome failed(std::string error)
+{
+    return { Outcome::failed, std::move(error) };
+}
+
+/**
+    One thing that can be said to the bench. Usage, completion, checks, `help` and the table in README.md come from
+    here.
+*/
 struct Verb
 {
     std::string line; ///< its pattern, see Grammar
@@ -41,8 +55,10 @@ struct VerbGroup
 };
 std::span<const VerbGroup> allVerbs();
 
-/** Runs the verb whose line this is. */
-Outcome runVerb(Console& console, const Words& line);
+Outcome runLine(Console& console, const std::string& text);
+Outcome runLine(Console& console, const Words& words);
+/** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded. */
+bool runScript(Console& console, std::istream& script, const std::string& name);
 /** Words that may come next, each a whole word. */
 Words completionsFor(const Words& before);
 /** Each verb and each line for `expect` that begins with this word, or all; a line of text each. */

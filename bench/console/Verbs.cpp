@@ -3,6 +3,8 @@
 #include "bench/console/Verb.h"
 
 #include <algorithm>
+#include <istream>
+#include <ostream>
 
 namespace Bench
 {
@@ -25,13 +27,7 @@ std::span<const Verb> verbs()
 
 const Grammar& verbGrammar()
 {
-    static const Grammar grammar = []
-    {
-        std::vector<std::string> patterns;
-        for (const auto& verb : verbs())
-            patterns.push_back(verb.line);
-        return Grammar(patterns);
-    }();
+    static const Grammar grammar(verbs());
     return grammar;
 }
 
@@ -61,12 +57,55 @@ std::span<const VerbGroup> allVerbs()
     return groups;
 }
 
-Outcome runVerb(Console& console, const Words& line)
+Outcome runLine(Console& console, const std::string& text)
 {
-    const auto choice = verbGrammar().choose(line);
+    const auto line = parseLine(text);
+    return line.error.empty() ? runLine(console, line.words) : failed(line.error);
+}
+
+Outcome runLine(Console& console, const Words& words)
+{
+    if (words.empty())
+        return {};
+    const auto choice = verbGrammar().choose(words);
     if (choice.arguments)
         return verbs()[choice.pattern].run(console, *choice.arguments);
-    return failed(choice.error.empty() ? "there is no command '" + line[0] + "', see help" : choice.error);
+    return failed(choice.error.empty() ? "there is no command '" + words[0] + "', see help" : choice.error);
+}
+
+bool runScript(Console& console, std::istream& script, const std::string& name)
+{
+    const auto& style = console.style;
+    auto& output = console.output;
+    int number = 0;
+    for (std::string text; std::getline(script, text);)
+    {
+        ++number;
+        auto words = parseLine(text).words;
+        if (words.size() > 1 && words[0] == "if-display")
+            words.erase(words.begin());
+        const bool speaksForItself =
+            words.empty() || words[0] == "say" || words[0] == "expect" || words[0] == "pause" || words[0] == "trail";
+        if (!speaksForItself)
+            output << "  " << style.accent("›") << " " << text << "\n";
+        output.flush();
+        const auto outcome = console.unit.journal.isInterrupted() ? failed("interrupted") : runLine(console, text);
+        if (outcome.kind == Outcome::leave)
+            return true;
+        if (outcome.kind == Outcome::failed)
+        {
+            const auto end = outcome.error.find('\n');
+            output << "  "
+                   << style.bad("✗ " + name + ":" + std::to_string(number) + ": " + outcome.error.substr(0, end))
+                   << "\n";
+            std::string rest = end == std::string::npos ? "" : "    " + outcome.error.substr(end + 1);
+            for (std::size_t at = 0; (at = rest.find('\n', at)) != std::string::npos; at += 5)
+                rest.replace(at, 1, "\n    ");
+            output << style.dim(rest) << (rest.empty() ? "" : "\n") << "    in: " << text << "\n";
+            return false;
+        }
+    }
+    return true;
 }
 
 Words completionsFor(const Words& before)
@@ -101,20 +140,17 @@ std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word
 
 std::string verbTables()
 {
-    const auto head = [](const std::string& title, const char* columns)
-    { return "### " + title + "\n\n" + columns + "\n|---|---|\n"; };
-    std::string text;
+    std::string text = "| Say | What it does |\n|---|---|\n";
     for (const auto& group : allVerbs())
     {
-        text += head(group.title, "| Say | What it does |");
+        text += std::string("| **") + group.title + "** | |\n";
         for (const auto& verb : group.verbs)
             text += tableRow(verb.line, verb.help);
-        text += "\n";
     }
-    text += head("What can be expected", "| Say after `expect` | It is met by |");
+    text += "\n| Say after `expect` | It is met by |\n|---|---|\n";
     for (const auto& expectation : allExpectLines())
         text += tableRow(expectation.line, expectation.help);
-    text += "\n" + head("Words in capitals", "| Word | May be |");
+    text += "\n| Word in capitals | May be |\n|---|---|\n";
     for (const auto& kind : allKinds())
         text += tableRow(kind.name, kind.meaning);
     return text;

@@ -3,7 +3,8 @@
 
 #include "bench/console/Columns.h"
 #include "bench/dsp/DspModel.h"
-#include "bench/unit/Unit.h"
+
+#include <ranges>
 
 namespace Bench
 {
@@ -13,11 +14,12 @@ using namespace Pubhead;
 namespace
 {
 
+constexpr int watchWidth = 80;
 constexpr int innerWidth = watchWidth - 2;
 constexpr int leftWidth = 44;
 constexpr int rightWidth = innerWidth - leftWidth - 1;
 constexpr int labelWidth = 9;
-constexpr std::size_t mostPrograms = 12;
+constexpr int mostPrograms = 12;
 
 /** Exactly this wide: cut with an ellipsis, or filled up. */
 std::string fitted(const std::string& text, int width)
@@ -110,130 +112,131 @@ std::string titleOf(int page)
     return info != nullptr ? info->title : "none";
 }
 
-} // namespace
-
-WatchView watchViewOf(Unit& unit)
+std::string levelText(std::optional<int> value)
 {
-    WatchView view;
-    const auto mcu = unit.mcu->state();
-    const auto running = unit.programs.running();
-    if (unit.engine.isRunning())
-        view.engine = "pid " + std::to_string(unit.engine.pid());
-    const auto front = unit.programs.pageInFront();
-    view.page = titleOf(front);
-    for (const auto page : unit.programs.pageStack())
-        if (page != front)
-            view.behind += (view.behind.empty() ? "" : ", ") + titleOf(page);
-    for (const auto& [appType, program] : running)
-        if (program.source != NUM_OF_PAGES)
-            view.plays += (view.plays.empty() ? "" : ", ") + titleOf(program.source);
-    view.source = mcu.source ? sourceName(*mcu.source) : "none";
-    view.agreed = mcu.agreed;
-    view.powered = unit.panel->state().powered;
-    view.supply = voltsText(unit.supply->state().volts);
-    view.tuner = unit.tuner->text();
-
-    const auto dsp = unit.dsp->state();
-    const auto gain = [&](const char* name)
-    {
-        for (const auto& parameter : dspParameters())
-            if (parameter.name == name)
-                return valueText(dsp.memory, parameter);
-        return std::string("?");
-    };
-    view.zone1 = gain("speaker volume");
-    view.zone2 = gain("output B");
-    constexpr std::array ways { "speakers ", "line ", "zone 2 " };
-    for (std::size_t path = 0; path < ways.size(); ++path)
-    {
-        view.route.push_back(ways[path] + inputText(dsp.memory, path));
-        view.muted = view.muted || isMuted(dsp.memory, path);
-    }
-
-    const auto display = unit.remote->display();
-    view.remote = { display.line(0), display.line(1) };
-    const auto level = [](std::optional<int> value) { return value ? std::to_string(*value) : std::string("-"); };
-    view.dimmer = "dimmer A " + level(display.dimmerA()) + "  B " + level(display.dimmerB());
-    view.remotePlugged = unit.remote->isPlugged();
-
-    view.link = std::to_string(mcu.received) + " in, " + std::to_string(mcu.sent) + " out, " +
-                std::to_string(mcu.resent) + " resent, " + std::to_string(mcu.givenUp) + " given up, " +
-                std::to_string(mcu.duplicates) + " repeated, " + std::to_string(mcu.damaged) + " damaged";
-    view.heartbeat = mcu.sinceHeartbeat ? std::to_string(mcu.sinceHeartbeat->count() / 1000) + " s ago" : "none yet";
-    view.linkSilent = mcu.silent;
-    const auto network = unit.networkDisplay->state();
-    for (const auto& [number, zone] : network.zones)
-        view.network += "zone " + std::to_string(number) + " " + level(zone.volume) + " %" +
-                        (zone.muted.value_or(false) ? " muted, " : ", ");
-    view.network +=
-        std::to_string(network.received) + " messages of the unit, " + std::to_string(network.sent) + " to it";
-    view.networkTold = network.lastTold.empty() ? "nothing yet" : network.lastTold;
-    for (const auto& [number, line] : unit.gpio->lines())
-        view.lines.push_back({ std::to_string(number), lineName(number), line.level != 0 });
-    for (const auto& [appType, program] : running)
-        view.programs.push_back({ appTypeName(appType),
-                                  (program.connected ? std::string("connected") : std::string("starting")) +
-                                      (program.fault.empty() ? "" : ", " + program.fault),
-                                  program.source != NUM_OF_PAGES ? "plays " + titleOf(program.source) : "",
-                                  !program.fault.empty() });
-    return view;
+    return value ? std::to_string(*value) : "-";
 }
 
-std::vector<std::string> composeWatch(const WatchView& view, const Style& style)
+void addTo(std::string& list, const std::string& more)
 {
-    Composer text(style);
+    list += (list.empty() ? "" : ", ") + more;
+}
+
+std::string gainText(const DspMemory& memory, const char* name)
+{
+    for (const auto& parameter : dspParameters())
+        if (parameter.name == name)
+            return valueText(memory, parameter);
+    return "?";
+}
+
+void addUnit(Composer& text, Unit& unit)
+{
+    const auto front = unit.programs.pageInFront();
+    std::string behind, plays;
+    for (const auto page : unit.programs.pageStack())
+        if (page != front)
+            addTo(behind, titleOf(page));
+    for (const auto& [appType, program] : unit.programs.running())
+        if (program.source != NUM_OF_PAGES)
+            addTo(plays, titleOf(program.source));
+    const auto mcu = unit.mcu->state();
+    const bool powered = unit.panel->state().powered;
+    const auto shown = unit.remote->display();
+    const bool runs = unit.engine.isRunning();
     const auto frame = [](const std::string& inside) { return Cell { "│" + inside + "│" }; };
     const auto edge = [](const char* left, const char* right) { return Cell { left + repeated("─", 16) + right }; };
-    text.rule("╭", "┬", "╮", "Head unit", view.remotePlugged ? "Wired remote" : "Wired remote, unplugged");
-    text.row("engine", { view.engine.empty() ? "off" : view.engine, view.engine.empty() ? &Style::bad : &Style::good },
+
+    text.rule("╭", "┬", "╮", "Head unit", unit.remote->isPlugged() ? "Wired remote" : "Wired remote, unplugged");
+    text.row("engine", { runs ? "pid " + std::to_string(unit.engine.pid()) : "off", runs ? &Style::good : &Style::bad },
              edge("┌", "┐"));
-    text.row("page", { view.page, &Style::bold }, frame(view.remote[0]));
-    text.row("behind", { view.behind.empty() ? "nothing" : view.behind }, frame(view.remote[1]));
-    text.row("plays", { view.plays.empty() ? "nothing" : view.plays }, edge("└", "┘"));
-    text.row(
-        "source",
-        { view.source + (view.agreed ? ", agreed" : ", not agreed"), view.agreed ? &Style::good : &Style::warning },
-        { view.dimmer, &Style::dim });
-    text.row("tuner", { view.tuner }, {});
+    text.row("page", { titleOf(front), &Style::bold }, frame(shown.line(0)));
+    text.row("behind", { behind.empty() ? "nothing" : behind }, frame(shown.line(1)));
+    text.row("plays", { plays.empty() ? "nothing" : plays }, edge("└", "┘"));
+    text.row("source",
+             { (mcu.source ? sourceName(*mcu.source) : "none") + (mcu.agreed ? ", agreed" : ", not agreed"),
+               mcu.agreed ? &Style::good : &Style::warning },
+             { "dimmer A " + levelText(shown.dimmerA()) + "  B " + levelText(shown.dimmerB()), &Style::dim });
+    text.row("tuner", { unit.tuner->text() }, {});
     text.row("power",
-             { (view.powered ? "on, " : "off, ") + view.supply, view.powered ? &Style::good : &Style::warning }, {});
+             { (powered ? "on, " : "off, ") + voltsText(unit.supply->state().volts),
+               powered ? &Style::good : &Style::warning },
+             {});
+}
 
-    text.rule("├", "┼", "┤", "Sound", "Lines");
-    const auto lineCell = [&](std::size_t i) -> Cell
-    {
-        if (i >= view.lines.size())
-            return {};
-        const auto& line = view.lines[i];
-        return { line.number + (line.high ? " high " : " low  ") + line.name, line.high ? nullptr : &Style::dim };
-    };
+void addSound(Composer& text, Unit& unit)
+{
+    const auto memory = unit.dsp->memory();
+    const auto route = [&](const char* way, std::size_t path) { return Cell { way + inputText(memory, path) }; };
+    const bool muted = isMuted(memory, 0) || isMuted(memory, 1) || isMuted(memory, 2);
     const std::vector<std::pair<std::string, Cell>> sound {
-        { "zone 1", { view.zone1 } },
-        { "zone 2", { view.zone2 } },
-        { "mute", { view.muted ? "on" : "off", view.muted ? &Style::warning : nullptr } },
-        { "route", { view.route.empty() ? "" : view.route[0] } },
-        { "", { view.route.size() > 1 ? view.route[1] : "" } },
-        { "", { view.route.size() > 2 ? view.route[2] : "" } },
+        { "zone 1", { gainText(memory, "speaker volume") } },
+        { "zone 2", { gainText(memory, "output B") } },
+        { "mute", { muted ? "on" : "off", muted ? &Style::warning : nullptr } },
+        { "route", route("speakers ", 0) },
+        { "", route("line ", 1) },
+        { "", route("zone 2 ", 2) },
     };
-    for (std::size_t i = 0; i < std::max(sound.size(), view.lines.size()); ++i)
-        text.row(i < sound.size() ? sound[i].first : "", i < sound.size() ? sound[i].second : Cell {}, lineCell(i));
+    std::vector<Cell> lines;
+    for (const auto& [number, line] : unit.gpio->lines())
+        lines.push_back({ std::to_string(number) + (line.level != 0 ? " high " : " low  ") + lineName(number),
+                          line.level != 0 ? nullptr : &Style::dim });
+    text.rule("├", "┼", "┤", "Sound", "Lines");
+    for (std::size_t i = 0; i < std::max(sound.size(), lines.size()); ++i)
+        text.row(i < sound.size() ? sound[i].first : "", i < sound.size() ? sound[i].second : Cell {},
+                 i < lines.size() ? lines[i] : Cell {});
+}
 
+void addLinks(Composer& text, Unit& unit)
+{
+    const auto mcu = unit.mcu->state();
+    const auto wide = [&](const Cell& cell) { text.wide({ { cell, innerWidth - 1 } }); };
     text.rule("├", "", "┤", "Microcontroller link");
-    text.wide({ { { view.link, view.linkSilent ? &Style::warning : nullptr }, innerWidth - 1 } });
-    text.wide({ { { "heartbeat " + view.heartbeat, &Style::dim }, innerWidth - 1 } });
+    wide({ linkText(mcu), mcu.silent ? &Style::warning : nullptr });
+    wide({ "heartbeat " +
+               (mcu.sinceHeartbeat ? std::to_string(mcu.sinceHeartbeat->count() / 1000) + " s ago" : "none yet"),
+           &Style::dim });
 
+    const auto network = unit.networkDisplay->state();
+    std::string known;
+    for (const auto& [number, zone] : network.zones)
+        known += "zone " + std::to_string(number) + " " + levelText(zone.volume) + " %" +
+                 (zone.muted.value_or(false) ? " muted, " : ", ");
     text.rule("├", "", "┤", "Boat's network");
-    text.wide({ { { view.network }, innerWidth - 1 } });
-    text.wide({ { { "last told: " + view.networkTold, &Style::dim }, innerWidth - 1 } });
+    wide({ known + std::to_string(network.received) + " messages of the unit, " + std::to_string(network.sent) +
+           " to it" });
+    wide({ "last told: " + (network.lastTold.empty() ? "nothing yet" : network.lastTold), &Style::dim });
+}
 
+void addPrograms(Composer& text, Unit& unit)
+{
     text.rule("├", "", "┤", "Programs");
-    for (std::size_t i = 0; i < std::min(view.programs.size(), mostPrograms); ++i)
-    {
-        const auto& program = view.programs[i];
-        text.wide({ { { program.name }, 16 },
-                    { { program.state, program.faulty ? &Style::warning : &Style::dim }, 30 },
-                    { { program.plays, &Style::good }, 30 } });
-    }
+    for (const auto& [appType, program] : unit.programs.running() | std::views::take(mostPrograms))
+        text.wide(
+            { { { appTypeName(appType) }, 16 },
+              { { (program.connected ? "connected" : "starting") + (program.fault.empty() ? "" : ", " + program.fault),
+                  program.fault.empty() ? &Style::dim : &Style::warning },
+                30 },
+              { { program.source != NUM_OF_PAGES ? "plays " + titleOf(program.source) : "", &Style::good }, 30 } });
     text.rule("╰", "", "╯", "");
+}
+
+} // namespace
+
+std::string linkText(const Mcu::State& mcu)
+{
+    return std::to_string(mcu.received) + " in, " + std::to_string(mcu.sent) + " out, " + std::to_string(mcu.resent) +
+           " resent, " + std::to_string(mcu.givenUp) + " given up, " + std::to_string(mcu.duplicates) + " repeated, " +
+           std::to_string(mcu.damaged) + " damaged";
+}
+
+std::vector<std::string> composeWatch(Unit& unit, const Style& style)
+{
+    Composer text(style);
+    addUnit(text, unit);
+    addSound(text, unit);
+    addLinks(text, unit);
+    addPrograms(text, unit);
     return text.take();
 }
 

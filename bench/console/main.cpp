@@ -151,7 +151,7 @@ int main(int argc, char** argv)
     {
         std::ifstream file(script);
         const auto name = std::filesystem::path(script).filename().string();
-        bool succeeded = commands.runScript(file, name);
+        bool succeeded = runScript(commands, file, name);
         if (succeeded && !transcript.empty())
             if (error = checkTranscript(unit, commands.transcriptSections(), transcript); !error.empty())
             {
@@ -176,7 +176,7 @@ int main(int argc, char** argv)
         converse(commands);
     }
     else
-        status = commands.runScript(std::cin, "standard input") ? 0 : 1;
+        status = runScript(commands, std::cin, "standard input") ? 0 : 1;
     const auto folder = unit.folder();
     unit.stop();
     if (options.keepFolder)

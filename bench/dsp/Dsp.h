@@ -11,7 +11,7 @@ namespace Bench
 /**
     The audio DSP on the SPI bus, with the driver in front of it: configure, select, transfers. Several connections may
     be open, one of them holds the select line. A configuration that fails leaves the driver as it was. Journal streams
-   "dsp" and "dsp write" as DspChip tells.
+    "dsp" and "dsp write" as DspChip tells.
 */
 class Dsp : public BusDevice
 {

@@ -31,11 +31,11 @@ struct DspImage
 
 /**
     The chip behind the bus: takes whole blocks, the bytes between select and release, and keeps the memory that
-   results. It sleeps until the block DE AD DA 7A. Words that are written while it runs wait for the block that says
-   into which core they go. One thread at a time; it tells what happened through the sink.
+    results. It sleeps until the block DE AD DA 7A. Words that are written while it runs wait for the block that says
+    into which core they go. One thread at a time; it tells what happened through the sink.
 
     Stream "dsp": "awake", "boot: ...", and once it runs "register 66=12", "source tuner", "mute on", "front left -10.0
-   dB". Stream "dsp write": each register, image, filter and gain that is written, changed or not.
+    dB". Stream "dsp write": each register, image, filter and gain that is written, changed or not.
 */
 class DspChip
 {

@@ -20,8 +20,8 @@ struct Biquad
 double gainOfWord(std::uint32_t word);
 /**
     A filter in the order b2, b1, -a2, -a1, b0: 5 words with one integer bit each, or 10 words, two for each value v:
-   the first holds the integer part of v x 2^14 as 16 bits and 8 more bits that are 0, the second its fraction in 23
-   bits.
+    the first holds the integer part of v x 2^14 as 16 bits and 8 more bits that are 0, the second its fraction in 23
+    bits.
 */
 Biquad biquadOfWords(std::span<const std::uint32_t> words);
 

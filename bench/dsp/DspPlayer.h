@@ -14,8 +14,10 @@ class DspPlayer
 public:
     explicit DspPlayer(std::vector<DspOutput> outputsToPlay);
 
-    /** Both inputs have the same length. `results` gets one row for each output, of that length. Goes on where the
-        previous call ended. */
+    /**
+        Both inputs have the same length. `results` gets one row for each output, of that length. Goes on where the
+        previous call ended.
+    */
     void process(std::span<const double> left, std::span<const double> right,
                  std::vector<std::vector<double>>& results);
 
@@ -50,8 +52,8 @@ struct Played
 
 /**
     A WAV file of one or two channels at 48000 Hz through the DSP, into a WAV file of 24 bits: one channel for each
-   output in the order of `dspOutputs`, or those alone whose name begins with `selection` ("front", "output A"). The
-   file at `out` is replaced; after a failure it is as it was.
+    output in the order of `dspOutputs`, or those alone whose name begins with `selection` ("front", "output A"). The
+    file at `out` is replaced; after a failure it is as it was.
 */
 Played playFile(const DspMemory& memory, const std::string& in, const std::string& out, const std::string& selection);
 

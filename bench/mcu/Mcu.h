@@ -8,12 +8,12 @@ namespace Bench
 
 /**
     The companion microcontroller at the other end of the serial link. It keeps the last source and the device id, asks
-   the unit for the source after a start, follows the unit's own source changes, and can be made to misbehave. What is
-   connected to it (panel, supply, tuner, the boat's network) listens to what travels, and speaks through it.
+    the unit for the source after a start, follows the unit's own source changes, and can be made to misbehave. What is
+    connected to it (panel, supply, tuner, the boat's network) listens to what travels, and speaks through it.
 
-    Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement),
-    "mcu ready-for-power-off", "mcu device-id" (as set by the unit), "mcu link" (silent, back, faults, frames given up),
-   "frame NAME" (each frame received), "sent NAME" (each transmission of a frame).
+    Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement), "mcu
+    ready-for-power-off", "mcu device-id" (as set by the unit), "mcu link" (silent, back, faults, frames given up),
+    "frame NAME" (each frame received), "sent NAME" (each transmission of a frame).
 */
 class Mcu : public Device
 {

@@ -1,5 +1,7 @@
 #include "bench/mcu/McuFrame.h"
 
+#include "EngineApi/HostCommands.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -8,6 +10,9 @@
 
 namespace Bench
 {
+
+using EngineApi::HostCommandEntry;
+using EngineApi::hostCommands;
 
 namespace
 {
@@ -23,46 +28,13 @@ unsigned sumOf(std::span<const std::uint8_t> bytes)
     return std::accumulate(bytes.begin(), bytes.end(), 0u) & 0xFFFFu;
 }
 
-struct CommandName
-{
-    int command;
-    const char* fromUnit;
-    const char* fromMcu;
-};
+/** But for the first, which is no command. */
+constexpr auto commands = std::span(hostCommands).subspan(1);
 
-constexpr std::array commandTable { CommandName { 1, "EVENT_GET_LAST_MEMORY", "GET_LAST_MEMORY_RESP" },
-                                    CommandName { 2, "EVENT_SRC_SWITCH", "EVENT_SRC_SWITCH" },
-                                    CommandName { 3, "EVENT_SRC_SWITCH_REPORT", "EVENT_SRC_SWITCH_REPORT" },
-                                    CommandName { 4, "EVENT_DEVICE_STATUS", "EVENT_GET_DEVICE_STATUS" },
-                                    CommandName { 5, "EVENT_KEY", "IND_KEY" },
-                                    CommandName { 6, "EVENT_POWER_OFF_READY", "EVENT_POWER_OFF" },
-                                    CommandName { 7, "EVENT_DATA_SEND_CAN", "EVENT_DATA_FROM_CAN" },
-                                    CommandName { 8, "EVENT_MCU_UPDATE_CTRL", "" },
-                                    CommandName { 9, "EVENT_MCU_UPDATE_DATA", "EVENT_MCU_UPDATE_DATA" },
-                                    CommandName { 10, "EVENT_SEND_VERSION", "EVENT_REQUEST_VERSION" },
-                                    CommandName { 11, "EVENT_PGN_SEND_CAN", "EVENT_PGN_FROM_CAN" },
-                                    CommandName { 12, "EVENT_MEDIA_INFO", "" },
-                                    CommandName { 13, "", "EVENT_SETUP_FROM_CAN" },
-                                    CommandName { 14, "", "EVENT_SET_DEVICE_ID" },
-                                    CommandName { 15, "EVENT_RADIO_INFO", "EVENT_RADIO_INFO_RESP" },
-                                    CommandName { 16, "", "EVENT_RADIO_CONTROL_RESP" },
-                                    CommandName { 17, "", "EVENT_RADIO_INFO_REPORT" },
-                                    CommandName { 18, "EVENT_LED_LCD_DIMMER", "EVENT_LED_LCD_DIMMER" },
-                                    CommandName { 19, "", "EVENT_VOLTAGE_VALUES" },
-                                    CommandName { 20, "EVENT_MUTE_STATE", "" },
-                                    CommandName { 21, "EVENT_FACTORY_RESET", "" },
-                                    CommandName { 22, "EVENT_RENAME_AUXIN", "" },
-                                    CommandName { 23, "EVENT_HEAT_BEAT", "" },
-                                    CommandName { 24, "EVENT_RADIO_TESTMODE", "EVENT_RADIO_TESTMODE_RESP" },
-                                    CommandName { 25, "EVENT_AUTOTEST_INFO", "EVENT_AUTOTEST_INFO_RESP" },
-                                    CommandName { 26, "EVENT_SET_DEVICE_ID", "" },
-                                    CommandName { 27, "EVENT_GET_DEVICE_ID", "EVENT_DEVICE_ID_RESP" },
-                                    CommandName { 29, "EVENT_DSP_ID_RESP", "EVENT_DSP_ID_RESP" } };
-
-std::string nameOf(int command, const char* CommandName::*direction)
+std::string nameOf(int command, const char* HostCommandEntry::*direction)
 {
-    for (const auto& entry : commandTable)
-        if (entry.command == command && *(entry.*direction) != 0)
+    for (const auto& entry : commands)
+        if (entry.code == command && *(entry.*direction) != 0)
             return entry.*direction;
     return "command " + std::to_string(command);
 }
@@ -119,12 +91,12 @@ void McuFrameReader::push(std::span<const std::uint8_t> bytes, const Sink& sink)
 
 std::string unitCommandName(int command)
 {
-    return nameOf(command, &CommandName::fromUnit);
+    return nameOf(command, &HostCommandEntry::sentName);
 }
 
 std::string mcuCommandName(int command)
 {
-    return nameOf(command, &CommandName::fromMcu);
+    return nameOf(command, &HostCommandEntry::receivedName);
 }
 
 int commandOfName(const std::string& name)
@@ -133,18 +105,18 @@ int commandOfName(const std::string& name)
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
     if (error == std::errc() && end == name.data() + name.size())
         return number >= 1 && number <= 0x7FFF ? number : -1;
-    for (const auto direction : { &CommandName::fromUnit, &CommandName::fromMcu })
-        for (const auto& entry : commandTable)
+    for (const auto direction : { &HostCommandEntry::sentName, &HostCommandEntry::receivedName })
+        for (const auto& entry : commands)
             if (!name.empty() && name == entry.*direction)
-                return entry.command;
+                return entry.code;
     return -1;
 }
 
 std::vector<std::string> commandNames()
 {
     std::vector<std::string> names;
-    for (const auto direction : { &CommandName::fromUnit, &CommandName::fromMcu })
-        for (const auto& entry : commandTable)
+    for (const auto direction : { &HostCommandEntry::sentName, &HostCommandEntry::receivedName })
+        for (const auto& entry : commands)
             if (*(entry.*direction) != 0)
                 names.emplace_back(entry.*direction);
     return names;

@@ -13,7 +13,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 /**
     One frame of the microcontroller's serial link: A0 55, sequence, length of the whole frame, command (2 bytes, high
-   byte first), data, and the 16-bit sum of all bytes before it, high byte first. Command 0 acknowledges a sequence.
+    byte first), data, and the 16-bit sum of all bytes before it, high byte first. Command 0 acknowledges a sequence.
 */
 struct McuFrame
 {

@@ -10,7 +10,7 @@ namespace Bench
 
 /**
     Frames that come by themselves, turn after turn or at their time. The microcontroller takes one when it has nothing
-   else to say, so that at most one of each kind waits for the link.
+    else to say, so that at most one of each kind waits for the link.
 
     Journal streams: the kind's own ("N sent, M skipped", when it ends), "n2k" (what became of a play).
 */
@@ -29,8 +29,10 @@ public:
     /** The same frame once each interval for this long, at least once, then the last one. One before ends now. */
     void repeat(Kind kind, const char* stream, McuMessage frame, McuMessage last, Milliseconds interval,
                 Milliseconds duration);
-    /** Frames in turn, so many a second (1 to `mostPerSecond`), at least one. When another one's turn comes while one
-     * waits, that turn is skipped and counted. A flood before ends now. */
+    /**
+        Frames in turn, so many a second (1 to `mostPerSecond`), at least one. When another one's turn comes while one
+        waits, that turn is skipped and counted. A flood before ends now.
+    */
     void flood(Kind kind, const char* stream, std::vector<McuMessage> frames, int perSecond, Milliseconds duration);
 
     struct TimedFrame
@@ -38,8 +40,10 @@ public:
         Milliseconds due; ///< from the begin
         McuMessage frame;
     };
-    /** In this order, none before it is due, and none is skipped. A play before ends now. `name` is for the journal:
-     * "played N messages of NAME". */
+    /**
+        In this order, none before it is due, and none is skipped. A play before ends now. `name` is for the journal:
+        "played N messages of NAME".
+    */
     void play(std::string name, std::vector<TimedFrame> frames);
     void stopPlaying();
     /** Ends all of them. */

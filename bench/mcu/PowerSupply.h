@@ -5,8 +5,10 @@
 namespace Bench
 {
 
-/** What the boat's wiring brings to the microcontroller, which reports it: the battery, the lights of the boat's panels
- * and the trigger of the camera. */
+/**
+    What the boat's wiring brings to the microcontroller, which reports it: the battery, the lights of the boat's panels
+    and the trigger of the camera.
+*/
 class PowerSupply
 {
 public:

@@ -5,8 +5,9 @@
 namespace Bench
 {
 
-/** A frame of the factory test from the unit: AA EE, sequence, length of the whole frame, message, sum of all before.
- */
+/**
+    A frame of the factory test from the unit: AA EE, sequence, length of the whole frame, message, sum of all before.
+*/
 struct UnitTestFrame
 {
     std::uint8_t sequence = 0;
@@ -18,16 +19,17 @@ struct UnitTestFrame
 std::optional<UnitTestFrame> parseUnitFrame(std::span<const std::uint8_t> bytes);
 /** What a message of the unit says: "ready", "key 12 done", "volume 20"; one without a meaning is "message 12 34". */
 std::string testMessageText(std::span<const std::uint8_t> message);
-/** A frame of the equipment: FF AA, sequence, length of the whole frame, content (a command and its parameters), sum.
- */
+/**
+    A frame of the equipment: FF AA, sequence, length of the whole frame, content (a command and its parameters), sum.
+*/
 Bytes equipmentFrame(std::uint8_t sequence, std::span<const std::uint8_t> content);
 
 /**
     The factory's test equipment, which talks to the unit through the microcontroller. It acknowledges each of the
-   unit's messages, so that the next one comes, and can be made to misbehave.
+    unit's messages, so that the next one comes, and can be made to misbehave.
 
     Journal stream: "autotest", each message as testMessageText, and "damaged" for bytes that are no frame, which are
-   not acknowledged.
+    not acknowledged.
 */
 class TestEquipment
 {

@@ -49,8 +49,10 @@ std::optional<std::vector<std::pair<int, std::string>>> zoneNamesOf(const Networ
 /** Whether the message answers a command or request of the display. */
 bool isAcknowledgement(const NetworkMessage& message);
 
-/** In a person's words: "zone 2 volume 40 %", "refused 130586: field 2 of 3 out of range", "PGN 130570: 01 ff". Bytes
- * behind what is understood are counted, a message that ends too soon is said to. */
+/**
+    In a person's words: "zone 2 volume 40 %", "refused 130586: field 2 of 3 out of range", "PGN 130570: 01 ff". Bytes
+    behind what is understood are counted, a message that ends too soon is said to.
+*/
 std::string networkText(const NetworkMessage& message);
 /** The same of anything between the unit and the network. */
 std::string networkText(const Mcu::Frame& frame);

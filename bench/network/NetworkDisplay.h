@@ -9,11 +9,11 @@ namespace Bench
 
 /**
     A multifunction display on the boat's network, which sees and controls the unit through the microcontroller. It
-   knows of the unit what the unit has told.
+    knows of the unit what the unit has told.
 
     Journal streams: "mfd", each message of the unit in a person's words, "mfd zone 1" and "mfd zone 2" for those that
-   begin with a zone, as which of two zones is told first is left to the link, and "mfd sent", each message to it,
-   whoever on the network sent it.
+    begin with a zone, as which of two zones is told first is left to the link, and "mfd sent", each message to it,
+    whoever on the network sent it.
 */
 class NetworkDisplay
 {

@@ -11,8 +11,8 @@ namespace Bench
 
 /**
     The messages between the unit and the boat's network as lines, to a file and to readers on a TCP port of this
-   machine. Lines that readers send, or that a file holds, go to the unit as from the network, except those that the
-   unit itself sent or that are for another: these are skipped and counted.
+    machine. Lines that readers send, or that a file holds, go to the unit as from the network, except those that the
+    unit itself sent or that are for another: these are skipped and counted.
 
     Journal stream "n2k": readers that are dropped, lines that are refused, a file that takes no more, and what the
     microcontroller says of a play.
@@ -33,8 +33,10 @@ public:
     std::string serve(int port);
     void stopServing() { server.close(); }
 
-    /** Plays a file's lines with its own time distances divided by `speed`, or without one as fast as the link takes
-     * them. Nothing is sent of a file that has a bad line. Empty on success, else what is wrong, with the line. */
+    /**
+        Plays a file's lines with its own time distances divided by `speed`, or without one as fast as the link takes
+        them. Nothing is sent of a file that has a bad line. Empty on success, else what is wrong, with the line.
+    */
     std::string play(const std::string& file, std::optional<double> speed);
     void stopPlaying() { mcu.series().stopPlaying(); }
 

@@ -42,8 +42,9 @@ struct NetworkMessage
     bool operator==(const NetworkMessage&) const = default;
 };
 
-/** As the unit gives it to the microcontroller: its address byte says whom it is for. Empty when even the head is cut.
- */
+/**
+    As the unit gives it to the microcontroller: its address byte says whom it is for. Empty when even the head is cut.
+*/
 std::optional<NetworkMessage> messageFromUnit(std::span<const std::uint8_t> parcel);
 /** As the microcontroller gives it to the unit: its address byte says who sent it. */
 std::optional<NetworkMessage> messageToUnit(std::span<const std::uint8_t> parcel);

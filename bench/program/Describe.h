@@ -7,8 +7,10 @@
 namespace BenchProgram
 {
 
-/** "{key=1 name=\"HARBOUR\" list=[{...} {...}]}", keys in order of the alphabet; "" for none or an empty one. Bytes are
- * a text when they are one, else hexadecimal. */
+/**
+    "{key=1 name=\"HARBOUR\" list=[{...} {...}]}", keys in order of the alphabet; "" for none or an empty one. Bytes are
+    a text when they are one, else hexadecimal.
+*/
 juce::String describe(const Platform::Bundle::Ptr& bundle);
 /** "pageHide mbFM for mbEQ", with what the page's handler attached. */
 juce::String describe(const Platform::AppCommandLine& line);

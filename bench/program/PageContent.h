@@ -46,8 +46,8 @@ struct Tile
 
 /**
     What a page shows, besides the bar with the clock and the buttons that every page has. Each part that is there is
-   drawn, those that are empty leave their place to the others; a page has tiles, or a keypad, or rows or levels with
-   its texts above them, or the texts beside its icon.
+    drawn, those that are empty leave their place to the others; a page has tiles, or a keypad, or rows or levels with
+    its texts above them, or the texts beside its icon.
 */
 struct PageContent
 {

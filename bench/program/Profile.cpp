@@ -3,6 +3,7 @@
 #include "EngineApi/KeyCodes.h"
 #include "bench/program/profiles/Profiles.h"
 #include "bench/text/Names.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 namespace BenchProgram
@@ -54,8 +55,8 @@ std::unique_ptr<Profile> makeProfile(int appType, Host& host)
 int storedFavourites()
 {
     int count = 1;
-    for (int favourite = 1; favourite <= favouriteCount; ++favourite)
-        if (Platform::VX_GetSetupValueInt(favouritePageSetting + favourite) < NUM_OF_PAGES)
+    for (int favourite = 1; favourite <= Platform::favouriteCount; ++favourite)
+        if (Platform::VX_GetSetupValueInt(Platform::favouritePageSetting(favourite)) < NUM_OF_PAGES)
             count = favourite;
     return count;
 }

@@ -31,7 +31,7 @@ public:
 
 /**
     What one source program knows, says and shows, besides coming and going as every program does. Each has one; those
-   with nothing of their own use this class as it is. Message thread.
+    with nothing of their own use this class as it is. Message thread.
 */
 class Profile
 {

@@ -1,12 +1,13 @@
 #include "bench/program/SourceProgram.h"
 
 #include "EngineApi/KeyCodes.h"
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/Describe.h"
 #include "bench/program/profiles/Profiles.h"
 #include "bench/text/Names.h"
 #include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessageIds.h"
 #include "platform/screen/Window.h"
+#include "platform/settings/SetupIndex.h"
 
 #include <cmath>
 #include <csignal>
@@ -236,8 +237,8 @@ void SourceProgram::onFavourite(const RemoteMessage& message)
     {
         const auto label = profile->favouriteLabel();
         report("favourite", "stored " + number + " " + label);
-        changeSetting(favouritePageSetting + favourite, source != NUM_OF_PAGES ? source : shownPage);
-        changeSetting(favouriteLabelSetting + favourite, label);
+        changeSetting(favouritePageSetting(favourite), source != NUM_OF_PAGES ? source : shownPage);
+        changeSetting(favouriteLabelSetting(favourite), label);
         profile->favouriteStored(favourite);
         break;
     }

@@ -24,8 +24,8 @@ public:
 /**
     A source program as the engine sees it: says hello, asks for its pages, shows and hides them when told, answers the
     heartbeat, confirms, and quits when its source is stopped or the engine stays away or silent. What it is about is
-   its profile's. On the bench's order it misbehaves. Everything is done on the message thread; the channels' threads
-   only hand over.
+    its profile's. On the bench's order it misbehaves. Everything is done on the message thread; the channels' threads
+    only hand over.
 */
 class SourceProgram : private Platform::IMsgProc, private Host, private juce::Timer
 {

@@ -11,7 +11,7 @@ namespace Bench
 
 /**
     What the wired remote makes of the unit's bytes: two lines of 16 characters and three levels of brightness. Bytes
-   may come in any pieces. What makes no sense is skipped and counted.
+    may come in any pieces. What makes no sense is skipped and counted.
 */
 class RemoteDisplay
 {

@@ -1,5 +1,8 @@
 #include "bench/text/Names.h"
 
+#include "EngineApi/KeyCodes.h"
+#include "platform/devices/UnitLines.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -11,6 +14,7 @@
 namespace Bench
 {
 
+using namespace EngineApi;
 using namespace Pubhead;
 
 namespace
@@ -67,16 +71,30 @@ struct KeyEntry
     int value;
 };
 
-constexpr std::array keyTable {
-    KeyEntry { "playpause", 2 },   KeyEntry { "next", 3 },         KeyEntry { "pre", 4 },
-    KeyEntry { "source", 6 },      KeyEntry { "power-on", 7 },     KeyEntry { "power-off", 8 },
-    KeyEntry { "amfm", 10 },       KeyEntry { "volume-down", 12 }, KeyEntry { "volume-up", 13 },
-    KeyEntry { "power", 14 },      KeyEntry { "mms1", 35 },        KeyEntry { "menu", 42 },
-    KeyEntry { "enter", 54 },      KeyEntry { "ams1", 55 },        KeyEntry { "camera", 61 },
-    KeyEntry { "return", 66 },     KeyEntry { "version", 67 },     KeyEntry { "rotary-next", 80 },
-    KeyEntry { "rotary-pre", 81 }, KeyEntry { "favorites", 125 },  KeyEntry { "playpause-long", 130 },
-    KeyEntry { "pre-long", 131 },  KeyEntry { "next-long", 132 },  KeyEntry { "show-menu", 255 }
-};
+constexpr std::array keyTable { KeyEntry { "playpause", KEY_PLAYPAUSE },
+                                KeyEntry { "next", KEY_NEXT },
+                                KeyEntry { "pre", KEY_PRE },
+                                KeyEntry { "source", KEY_SOURCE },
+                                KeyEntry { "power-on", KEY_POWER_ON },
+                                KeyEntry { "power-off", KEY_POWER_OFF },
+                                KeyEntry { "amfm", KEY_AMFM },
+                                KeyEntry { "volume-down", KEY_VOLUME_DOWN },
+                                KeyEntry { "volume-up", KEY_VOLUME_UP },
+                                KeyEntry { "power", KEY_POWER },
+                                KeyEntry { "mms1", KEY_MMS1 },
+                                KeyEntry { "menu", KEY_MENU },
+                                KeyEntry { "enter", KEY_ROTARY_ENTER },
+                                KeyEntry { "ams1", KEY_AMS1 },
+                                KeyEntry { "camera", KEY_SHOWCAMERA },
+                                KeyEntry { "return", KEY_RETURN },
+                                KeyEntry { "version", KEY_SHOWVERSION },
+                                KeyEntry { "rotary-next", KEY_ROTARY_NEXT },
+                                KeyEntry { "rotary-pre", KEY_ROTARY_PRE },
+                                KeyEntry { "favorites", KEY_FAVORITIES },
+                                KeyEntry { "playpause-long", KEY_PLAYPAUSE_LONGPRESS },
+                                KeyEntry { "pre-long", KEY_PRE_LONGPRESS },
+                                KeyEntry { "next-long", KEY_NEXT_LONGPRESS },
+                                KeyEntry { "show-menu", KEY_REQUESTSHOWMENU } };
 
 bool holdsWord(const char* words, const std::string& word)
 {
@@ -219,10 +237,7 @@ std::optional<Source> findSource(std::span<const std::string> words)
 
 std::vector<std::string> sourceNames()
 {
-    std::vector<std::string> names;
-    for (const auto& entry : sourceTable)
-        names.emplace_back(entry.name);
-    return names;
+    return namesIn(sourceTable);
 }
 
 std::optional<int> findKey(const std::string& name)
@@ -251,8 +266,7 @@ std::vector<std::uint8_t> findKeys(const std::string& names)
 
 std::string keyName(int value)
 {
-    constexpr int release = 0xffff;
-    if (value == release)
+    if (value == KEY_RELEASE)
         return "release";
     const auto found = std::find_if(keyTable.begin(), keyTable.end(), [&](auto& key) { return key.value == value; });
     return found != keyTable.end() ? found->name : std::to_string(value);
@@ -260,10 +274,7 @@ std::string keyName(int value)
 
 std::vector<std::string> keyNames()
 {
-    std::vector<std::string> names;
-    for (const auto& entry : keyTable)
-        names.emplace_back(entry.name);
-    return names;
+    return namesIn(keyTable);
 }
 
 std::string lineName(std::uint32_t line)
@@ -274,11 +285,13 @@ std::string lineName(std::uint32_t line)
         const char* name;
     };
     constexpr std::array lineTable {
-        LineEntry { 32768, "remote transmit" },   LineEntry { 32771, "unit on, output 2" },
-        LineEntry { 32772, "video decoder" },     LineEntry { 32778, "audio DSP start" },
-        LineEntry { 32856, "unit on, output 1" },
+        LineEntry { Platform::remoteTransmitLine, "remote transmit" },
+        LineEntry { Platform::output2Line, "unit on, output 2" },
+        LineEntry { Platform::videoDecoderLine, "video decoder" },
+        LineEntry { Platform::dspStartLine, "audio DSP start" },
+        LineEntry { Platform::output1Line, "unit on, output 1" },
     };
-    const auto found =
+    const auto* found =
         std::find_if(lineTable.begin(), lineTable.end(), [&](auto& each) { return each.number == line; });
     return found != lineTable.end() ? found->name : "";
 }

@@ -69,4 +69,14 @@ std::string voltsText(double volts);
 
 std::string lowerCase(std::string text);
 
+/** Of each row of a table. */
+template <typename Table>
+std::vector<std::string> namesIn(const Table& table)
+{
+    std::vector<std::string> names;
+    for (const auto& row : table)
+        names.emplace_back(row.name);
+    return names;
+}
+
 } // namespace Bench

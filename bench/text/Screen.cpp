@@ -65,8 +65,9 @@ bool isSame(const Look& first, const Look& second)
                       ::xcb_get_image_data(second.get()));
 }
 
-/** Programs draw when they please: two looks are the same, or two seconds have passed. Null when there is no picture.
- */
+/**
+    Programs draw when they please: two looks are the same, or two seconds have passed. Null when there is no picture.
+*/
 Look lookAtRest(const Display& display)
 {
     constexpr std::chrono::milliseconds pause { 150 };

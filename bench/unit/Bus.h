@@ -6,15 +6,19 @@
 namespace Bench
 {
 
-/** A message bus of the unit's own, so that a run neither sees nor disturbs the desktop's. Journal stream "bus":
- * "started", "stopped". */
+/**
+    A message bus of the unit's own, so that a run neither sees nor disturbs the desktop's. Journal stream "bus":
+    "started", "stopped".
+*/
 class Bus
 {
 public:
     explicit Bus(Journal& journalToUse);
 
-    /** Starts it with its socket and configuration in the folder; ready when it returns. A later one has the same
-     * socket and another identity. Empty on success. */
+    /**
+        Starts it with its socket and configuration in the folder; ready when it returns. A later one has the same
+        socket and another identity. Empty on success.
+    */
     std::string start(const std::string& folder);
     void stop();
     const std::string& address() const { return busAddress; }

@@ -16,8 +16,8 @@ namespace Bench
 
 /**
     A process that the bench starts. It ends with the bench, however that ends. What it starts itself stays in its
-   process group and, when it has ended, becomes a child of the bench. Any thread, one at a time for `start` and
-   `endOrphans`.
+    process group and, when it has ended, becomes a child of the bench. Any thread, one at a time for `start` and
+    `endOrphans`.
 */
 class Child
 {

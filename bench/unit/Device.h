@@ -9,7 +9,7 @@ namespace Bench
 
 /**
     A device of the simulated unit, as a pure model: calls and bytes in, bytes and events out. It knows no thread, no
-   clock and no socket, so that it serves the live unit and a simulated time alike. One thread at a time.
+    clock and no socket, so that it serves the live unit and a simulated time alike. One thread at a time.
 */
 class Device
 {
@@ -19,8 +19,10 @@ public:
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
 
-    /** Does what has become due by this time, which never goes back. Comes before a call, so that the device knows the
-     * time, and after it, so that what the call has left is done. */
+    /**
+        Does what has become due by this time, which never goes back. Comes before a call, so that the device knows the
+        time, and after it, so that what the call has left is done.
+    */
     void advance(Clock::time_point time)
     {
         now = time;
@@ -56,8 +58,10 @@ public:
     virtual void flush() = 0;
 };
 
-/** The bench's end of something that programs of the unit connect to and exchange packets with. Each connection has a
- * number that is never used again. Whoever owns it says what becomes of what comes. */
+/**
+    The bench's end of something that programs of the unit connect to and exchange packets with. Each connection has a
+    number that is never used again. Whoever owns it says what becomes of what comes.
+*/
 class PacketLine
 {
 public:

@@ -9,8 +9,10 @@
 namespace Bench
 {
 
-/** The engine's process. Journal stream "engine": "started", then "exit 0" or "signal 9". What it wrote to its standard
- * error before it ended without being asked goes to the bench's own. Any thread. */
+/**
+    The engine's process. Journal stream "engine": "started", then "exit 0" or "signal 9". What it wrote to its standard
+    error before it ended without being asked goes to the bench's own. Any thread.
+*/
 class Engine
 {
 public:

@@ -1,5 +1,7 @@
 #include "bench/unit/Journal.h"
 
+#include "platform/devices/UnitLines.h"
+
 #include <algorithm>
 
 namespace Bench
@@ -110,9 +112,10 @@ Journal::Matches isEvent(std::string stream, std::string text)
 
 bool isDetail(const Event& event)
 {
-    // Among them the line that goes up and down with every byte for the wired remote.
+    // It goes up and down with every byte for the wired remote.
+    static const auto remoteTransmit = "gpio " + std::to_string(Platform::remoteTransmitLine);
     return event.stream == "log" || event.stream == "i2c" || event.stream == "dsp write" ||
-           event.stream == "gpio 32768" || event.stream == "settled";
+           event.stream == remoteTransmit || event.stream == "settled";
 }
 
 Journal::Matches isIn(std::string stream)

@@ -27,8 +27,10 @@ public:
     /** No handler runs after it returns. Not within a turn. */
     void stop();
 
-    /** While it lasts, nobody else touches the devices. They know the time when it begins, and do what is left when it
-     * ends. Turns may lie in each other. */
+    /**
+        While it lasts, nobody else touches the devices. They know the time when it begins, and do what is left when it
+        ends. Turns may lie in each other.
+    */
     class Turn
     {
     public:

@@ -1,8 +1,8 @@
 #include "bench/unit/Programs.h"
 
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/text/Names.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 #include <csignal>
 #include <limits>
@@ -13,7 +13,7 @@ namespace Bench
 {
 
 using nlohmann::json;
-using namespace EngineApi;
+using namespace Platform;
 using namespace Pubhead;
 
 namespace

@@ -10,7 +10,7 @@ namespace Bench
 
 /**
     The source programs of the unit. The engine starts and ends them; each running one reports here over a control
-   socket and takes orders from here. Packets are JSON objects, see bench/README.md.
+    socket and takes orders from here. Packets are JSON objects, see bench/README.md.
 
     Journal streams: "program AppRadio" (running, connected, gone, and what it received), "page mbFM" (shown, hidden,
     covered, confirmed), "front" (the page in front, or "none"). Any thread.
@@ -59,8 +59,10 @@ public:
     /** Like sendMessage, to the engine's window; without a display there is none. */
     bool sendWindowMessage(int appType, int message, int wParam, int lParam);
 
-    /** Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs,
-       else through the one in front, else any. Empty on success, else why not. */
+    /**
+        Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs,
+        else through the one in front, else any. Empty on success, else why not.
+    */
     std::string requestPage(int page);
     /** Changes a setting, through the setup program when it runs, else through any. Empty on success, else why not. */
     std::string changeSetting(int setting, const std::string& value);

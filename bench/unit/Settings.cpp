@@ -1,12 +1,16 @@
 #include "bench/unit/Settings.h"
 
 #include "bench/console/Script.h"
+#include "bench/text/Names.h"
+#include "platform/settings/SetupIndex.h"
 
 #include <algorithm>
 #include <array>
 
 namespace Bench
 {
+
+using namespace Platform;
 
 namespace
 {
@@ -33,38 +37,38 @@ constexpr SettingInfo number(int index, const char* name, const char* title, int
 }
 
 constexpr std::array settingTable {
-    number(6, "aux-level", "AUX level", 6),
-    choice(7, "bluetooth", "Bluetooth", onOff),
-    choice(9, "internet-radio", "Internet radio of the phone", onOff),
-    SettingInfo { 19, "aux-name", "Name of AUX", 0, static_cast<int>(auxNames.size()) - 1, auxNames, true },
-    choice(20, "low-battery-alert", "Low-battery alert", onOff),
-    choice(21, "region", "Tuner region", regions),
-    choice(22, "show-voltage", "Voltage with the favourites", onOff),
-    choice(23, "weather-alert", "Weather alert", onOff),
-    choice(267, "low-pass", "Low-pass of the subwoofer", lowPasses),
-    choice(276, "eq", "Equaliser", onOff),
-    choice(277, "high-pass", "High-pass of the speakers", highPasses),
-    choice(278, "subwoofer", "Subwoofer", onOff),
-    number(279, "fader", "Fader", steps),
-    number(280, "balance", "Balance", steps),
-    choice(281, "zone2", "Zone 2", onOff),
-    choice(282, "zone2-outputs", "Outputs of zone 2", outputs),
-    choice(283, "zone2-volume", "Volume of zone 2", volumes),
-    choice(285, "dimmer-mode", "Brightness", brightnessModes),
-    number(286, "dimmer", "Brightness level", 11),
-    number(1281, "bass", "Bass", steps),
-    number(1282, "middle", "Middle", steps),
-    number(1283, "treble", "Treble", steps),
-    number(1284, "subwoofer-level", "Sub", 13),
-    number(1285, "band1", "50 Hz", steps),
-    number(1286, "band2", "125 Hz", steps),
-    number(1287, "band3", "250 Hz", steps),
-    number(1288, "band4", "500 Hz", steps),
-    number(1289, "band5", "1 kHz", steps),
-    number(1290, "band6", "3 kHz", steps),
-    number(1291, "band7", "8 kHz", steps),
-    choice(1792, "eq-preset", "Sound", presets),
-    choice(1793, "usb-effect", "Effect for USB music", onOff),
+    number(sourceLevelSetting, "aux-level", "AUX level", 6),
+    choice(bluetoothSetting, "bluetooth", "Bluetooth", onOff),
+    choice(internetRadioSetting, "internet-radio", "Internet radio of the phone", onOff),
+    SettingInfo { auxNameSetting, "aux-name", "Name of AUX", 0, static_cast<int>(auxNames.size()) - 1, auxNames, true },
+    choice(lowBatterySetting, "low-battery-alert", "Low-battery alert", onOff),
+    choice(tunerRegionSetting, "region", "Tuner region", regions),
+    choice(voltmeterSetting, "show-voltage", "Voltage with the favourites", onOff),
+    choice(weatherAlertSetting, "weather-alert", "Weather alert", onOff),
+    choice(lowPassSetting, "low-pass", "Low-pass of the subwoofer", lowPasses),
+    choice(filtersSetting, "eq", "Equaliser", onOff),
+    choice(highPassSetting, "high-pass", "High-pass of the speakers", highPasses),
+    choice(subwooferSetting, "subwoofer", "Subwoofer", onOff),
+    number(faderSetting, "fader", "Fader", steps),
+    number(balanceSetting, "balance", "Balance", steps),
+    choice(zone2OnSetting, "zone2", "Zone 2", onOff),
+    choice(zone2OutputSetting, "zone2-outputs", "Outputs of zone 2", outputs),
+    choice(zone2VolumeSetting, "zone2-volume", "Volume of zone 2", volumes),
+    choice(dimmerModeSetting, "dimmer-mode", "Brightness", brightnessModes),
+    number(dimmerLevelSetting, "dimmer", "Brightness level", 11),
+    number(bassSetting, "bass", "Bass", steps),
+    number(middleSetting, "middle", "Middle", steps),
+    number(trebleSetting, "treble", "Treble", steps),
+    number(subwooferLevelSetting, "subwoofer-level", "Sub", 13),
+    number(firstBandSetting, "band1", "50 Hz", steps),
+    number(firstBandSetting + 1, "band2", "125 Hz", steps),
+    number(firstBandSetting + 2, "band3", "250 Hz", steps),
+    number(firstBandSetting + 3, "band4", "500 Hz", steps),
+    number(firstBandSetting + 4, "band5", "1 kHz", steps),
+    number(firstBandSetting + 5, "band6", "3 kHz", steps),
+    number(lastBandSetting, "band7", "8 kHz", steps),
+    choice(presetSetting, "eq-preset", "Sound", presets),
+    choice(dmeSetting, "usb-effect", "Effect for USB music", onOff),
 };
 
 } // namespace
@@ -92,10 +96,7 @@ std::optional<int> findSetting(const std::string& name)
 
 std::vector<std::string> settingNames()
 {
-    std::vector<std::string> names;
-    for (const auto& info : settingTable)
-        names.emplace_back(info.name);
-    return names;
+    return namesIn(settingTable);
 }
 
 } // namespace Bench

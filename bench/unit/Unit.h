@@ -22,7 +22,7 @@ namespace Bench
 
 /**
     The whole unit on the bench: every device, the bus, the engine and its programs, all inside one fresh folder that
-   goes away with it. Used from one thread; what is on the loop from any.
+    goes away with it. Used from one thread; what is on the loop from any.
 */
 class Unit
 {
@@ -65,8 +65,10 @@ public:
     bool plugUsb(int number);
     bool unplugUsb(int number);
     bool isUsbPlugged(int number) const;
-    /** Puts an update program on a plugged storage, or one that cannot be started. What it says is in the journal's
-     * stream "update": "started ARGUMENTS", and "the unit is down" when the engine that started it has ended. */
+    /**
+        Puts an update program on a plugged storage, or one that cannot be started. What it says is in the journal's
+        stream "update": "started ARGUMENTS", and "the unit is down" when the engine that started it has ended.
+    */
     bool putUpdate(int number, bool canStart);
     /** The engine's traffic dumps; holds from its next start on. */
     void setSystemDebug(bool on) { systemDebug = on; }

@@ -9,8 +9,10 @@ namespace Bench
 class VirtualDisplay
 {
 public:
-    /** Starts it; ready when it returns. Its server's output goes to a file in the folder. Empty on success, else what
-     * failed. */
+    /**
+        Starts it; ready when it returns. Its server's output goes to a file in the folder. Empty on success, else what
+        failed.
+    */
     std::string start(const std::string& folder);
     void stop();
     /** What DISPLAY is for those that draw there; "" when it does not run. */

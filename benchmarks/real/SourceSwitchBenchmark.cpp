@@ -18,8 +18,10 @@ using Microseconds = std::chrono::duration<double, std::micro>;
 constexpr int samples = 100;
 constexpr auto patience = std::chrono::seconds(10);
 
-/** AM and AUX in turn. Timed from the write of EVENT_SRC_SWITCH to the first command line that a connected program
- * reports, so the program's own report is part of it. */
+/**
+    AM and AUX in turn. Timed from the write of EVENT_SRC_SWITCH to the first command line that a connected program
+    reports, so the program's own report is part of it.
+*/
 void frameToOrder(benchmark::State& state)
 {
     auto options = Bench::Unit::Options::besideThisProgram();

@@ -29,8 +29,9 @@ bool getDeviceState(int kind);
 void addDeviceStateListener(DeviceStateInterface* listener);
 void removeDeviceStateListener(DeviceStateInterface* listener);
 
-/** To be said by who makes a page's handler answer another sound channel: when the page is the source, the DSP follows.
- */
+/**
+    To be said by who makes a page's handler answer another sound channel: when the page is the source, the DSP follows.
+*/
 void audioChannelChanged();
 
 /** Starts the start page, after 2000 ms when the unit was locked. State manager's thread. */

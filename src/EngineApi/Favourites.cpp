@@ -1,7 +1,8 @@
 #include "EngineApi/Favourites.h"
 
-#include "EngineApi/RemoteMessageIds.h"
 #include "EngineApi/Settings.h"
+#include "platform/channel/RemoteMessageIds.h"
+#include "platform/settings/SetupIndex.h"
 
 namespace EngineApi
 {
@@ -11,18 +12,17 @@ juce::int32 favouriteMessageOf(int appType)
     switch (appType)
     {
     case Pubhead::AppSirius:
-        return RMSG_SXM_FAVOURITE;
+        return Platform::RMSG_SXM_FAVOURITE;
     case Pubhead::AppDAB:
-        return RMSG_DAB_FAVOURITE;
+        return Platform::RMSG_DAB_FAVOURITE;
     default:
-        return RMSG_FAVOURITE;
+        return Platform::RMSG_FAVOURITE;
     }
 }
 
 int getFavouritePage(int favourite)
 {
-    constexpr int settingBefore = 23;
-    return getSettingInt(settingBefore + favourite);
+    return getSettingInt(Platform::favouritePageSetting(favourite));
 }
 
 } // namespace EngineApi

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <juce_core/juce_core.h>
+#include <initializer_list>
 
 /** The engine-wide way to the microcontroller. Any thread; no call waits for it. */
 namespace EngineApi
@@ -42,10 +42,8 @@ enum HostCommand : int {
 /** Of a frame that says nothing that a later one could make wrong. */
 inline constexpr int noSubject = 0;
 
-void sendCommand(int command);
-void sendCommand(int command, int b1);
-void sendCommand(int command, int b1, int b2);
-void sendCommand(int command, int b1, int b2, int b3);
+/** Of every value the low byte is sent. */
+void sendCommand(int command, std::initializer_list<int> values = {});
 /** At most 102 bytes; without data a command alone. */
 void sendData(int command, const void* data, int length);
 /** The same in front of what waits; of one subject only the newest waits, so that the last one to leave is true. */

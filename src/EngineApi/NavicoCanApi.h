@@ -11,8 +11,10 @@ namespace EngineApi
 void sendCanData(const Platform::Bundle::Ptr& bundle);
 /** The bundle's bytes as a message of the network, as a source program has made it. */
 void sendPgnBundle(const Platform::Bundle::Ptr& bundle);
-/** A message of the engine's own, in front of what waits; about a zone it takes the place of an older one. The parcel
- * is empty afterwards. */
+/**
+    A message of the engine's own, in front of what waits; about a zone it takes the place of an older one. The parcel
+    is empty afterwards.
+*/
 void sendPgnParcel(Platform::Parcel& parcel);
 /** The bundle's bytes as what the playing source program tells of its media. */
 void sendMediaInfo(const Platform::Bundle::Ptr& bundle);

@@ -10,8 +10,10 @@ namespace EngineApi
 PageHandler::Ptr getHandler(int page);
 Kernel::ComponentId getOwnerId(int page); ///< 0 for an unknown page
 int getSource(int page);                  ///< NUM_OF_SOURCES for an unknown page
-/** Where the page's sound comes from now: its handler may have another channel than its configuration. noAudioChannel
- * for an unknown page. */
+/**
+    Where the page's sound comes from now: its handler may have another channel than its configuration. noAudioChannel
+    for an unknown page.
+*/
 int getAudioChannel(int page);
 int appTypeOfPage(int page);       ///< AppUnknown for an unknown page
 int getPageOfAppType(int appType); ///< the page of the type that was registered last, or NUM_OF_PAGES

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "EngineApi/RemoteMessageIds.h"
 #include "platform/channel/Ipc.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 #include <vector>
 
 /** The engine-wide way to the source programs. Any thread; every call returns at once. */
 namespace EngineApi
 {
+
+using enum Platform::RemoteMessageId;
 
 /** Connection states of a program; the names are "kDisconnect" ... */
 enum ProgramState : int {

@@ -1,6 +1,6 @@
 #include "EngineApi/SystemState.h"
 
-#include "EngineLayer/system/SystemStateManager.h"
+#include "platform/base/Pubhead.h"
 
 #include <array>
 
@@ -14,11 +14,6 @@ constexpr std::array stateNames { "kBooting", "kAntitheft",     "kLocked",  "kNo
                                   "kISRMode", "kDummyPowerOff", "kPowerOff" };
 constexpr std::array subStateNames { "kIdle", "kSchedule", "kSwitch", "kRecovery" };
 
-EngineLayer::SystemStateManager& manager()
-{
-    return *EngineLayer::SystemStateManager::getInstance();
-}
-
 } // namespace
 
 const char* systemStateName(int state)
@@ -29,36 +24,6 @@ const char* systemStateName(int state)
 const char* systemSubStateName(int subState)
 {
     return Pubhead::nameIn(subStateNames, subState);
-}
-
-int getSystemState()
-{
-    return manager().getState();
-}
-
-int getPreviousSystemState()
-{
-    return manager().getPreviousState();
-}
-
-int getSystemSubState()
-{
-    return manager().getSubState();
-}
-
-bool isSystemBusy()
-{
-    return getSystemSubState() != kIdle;
-}
-
-int getISRReturnPage()
-{
-    return manager().getISRReturnPage();
-}
-
-void switchSystemState(int state, int subState)
-{
-    manager().requestSwitch(state, subState);
 }
 
 } // namespace EngineApi

@@ -19,8 +19,7 @@ using Platform::IPCMsg::MessageHelper;
 namespace
 {
 
-constexpr const char* logFile = "Extend/ExeMonitor_win32";
-constexpr const char* logTag = "ExeMonitor";
+constexpr Platform::Log logger { "Extend/ExeMonitor_win32", "ExeMonitor" };
 
 constexpr int heartbeatPeriodMs = 6000;
 constexpr int closingPeriodMs = 1500;
@@ -221,8 +220,7 @@ bool ExeMonitor::createProgram(const LaunchRequest& request)
     const int appType = request.appType;
     if (request.path.isEmpty())
     {
-        Platform::Logger::getInstance()->logError(
-            logFile, __LINE__, logTag, appText(appType) + " | no program for page " + Pubhead::pageName(request.page));
+        logger().error(appText(appType) + " | no program for page " + Pubhead::pageName(request.page));
         return false;
     }
     juce::StringArray arguments;
@@ -232,8 +230,7 @@ bool ExeMonitor::createProgram(const LaunchRequest& request)
     const auto process = Platform::createProcess(request.path, arguments);
     if (process == nullptr)
     {
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  appText(appType) + " | cannot be started: " + request.path);
+        logger().error(appText(appType) + " | cannot be started: " + request.path);
         return false;
     }
     MessageHelper::expectProcess(appType, process->getPid());
@@ -259,7 +256,7 @@ void ExeMonitor::terminateApp(int appType)
     }
     if (process == nullptr)
         return;
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, appText(appType) + " | terminated");
+    logger().info(appText(appType) + " | terminated");
     process->terminate();
 }
 
@@ -290,8 +287,7 @@ void ExeMonitor::setAppState(int appType, int state)
     auto& stored = appStates.try_emplace(appType, kDisconnect).first->second;
     if (stored == state)
         return;
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
-                                             appText(appType) + " | State: " + stateName(state));
+    logger().info(appText(appType) + " | State: " + stateName(state));
     stored = state;
     if (state == kDisconnect)
         heartbeatPending.erase(appType);
@@ -308,23 +304,19 @@ int ExeMonitor::getAppState(int appType) const
 
 void ExeMonitor::addConnectListener(AppConnectStateInterface* listener)
 {
-    const juce::ScopedLock guard(lock);
-    if (std::find(connectListeners.begin(), connectListeners.end(), listener) == connectListeners.end())
-        connectListeners.push_back(listener);
+    connectListeners.addIfNotAlreadyThere(listener);
 }
 
 void ExeMonitor::removeConnectListener(AppConnectStateInterface* listener)
 {
-    const juce::ScopedLock guard(lock);
-    std::erase(connectListeners, listener);
+    connectListeners.removeFirstMatchingValue(listener);
 }
 
 void ExeMonitor::onFilterMessage(const Platform::RemoteMessage& message)
 {
     const int appType = message.appType; // As the bus names it; what the program says of itself does not count.
     if (message.arg1 != appType)
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  appText(appType) + " | calls itself " + juce::String(message.arg1));
+        logger().error(appText(appType) + " | calls itself " + juce::String(message.arg1));
     if (message.what == RMSG_APP_HELLO)
     {
         // A program may speak before its launch is recorded: kStarting comes first all the same.
@@ -346,9 +338,7 @@ void ExeMonitor::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg
     case Kernel::MSG_SYS_READY:
         return startTimer(heartbeatTimer, heartbeatPeriodMs);
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(arg1, arg2))
-            handleTimer(arg1);
-        return;
+        return handleTimer(arg1);
     case msgHello:
         return handleHello(arg1);
     case msgHeartbeatReply:
@@ -406,11 +396,7 @@ void ExeMonitor::handleStateChange(int appType, int state)
         namedSilent.erase(appType);
         runQueuedLaunches(appType);
     }
-    std::vector<AppConnectStateInterface*> listeners;
-    {
-        const juce::ScopedLock guard(lock);
-        listeners = connectListeners;
-    }
+    const auto listeners = connectListeners;
     for (auto* listener : listeners)
         listener->onAppConnectState(appType, state);
 }
@@ -462,8 +448,7 @@ void ExeMonitor::judgeHeartbeat(const std::set<int>& silentApps)
     {
         Platform::debugPrint("heat beat failure::%s\r\n", Pubhead::appTypeName(appType));
         if (namedSilent.insert(appType).second)
-            Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                      appText(appType) + " | does not answer the heartbeat");
+            logger().error(appText(appType) + " | does not answer the heartbeat");
     }
     ++failedHeartbeats;
     if (failedHeartbeats > toleratedFailedHeartbeats)

@@ -91,7 +91,7 @@ private:
     juce::CriticalSection lock;
     std::map<int, int> appStates;
     std::set<int> heartbeatPending;
-    std::vector<EngineApi::AppConnectStateInterface*> connectListeners;
+    juce::Array<EngineApi::AppConnectStateInterface*, juce::CriticalSection> connectListeners;
     MonitorThread monitor;
 
     // The component's thread only.

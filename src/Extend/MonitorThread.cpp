@@ -9,6 +9,8 @@ namespace Extend
 namespace
 {
 
+constexpr Platform::Log logger { "Extend/ExeMonitor_win32", "MonitorThread" };
+
 constexpr int failedWaitDelayMs = 20;
 
 } // namespace
@@ -54,8 +56,7 @@ void MonitorThread::stop()
     signalThreadShouldExit();
     waiter.wake();
     if (!Platform::awaitEnd(*this))
-        Platform::Logger::getInstance()->logError("Extend/ExeMonitor_win32", __LINE__, "MonitorThread",
-                                                  "the thread does not stop");
+        logger().error("the thread does not stop");
 }
 
 void MonitorThread::run()

@@ -14,8 +14,7 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr const char* logFile = "Extend/ViewManager";
-constexpr const char* logTag = "ViewManager";
+constexpr Platform::Log logger { "Extend/ViewManager", "ViewManager" };
 
 constexpr int requestDelayMs = 1500;
 constexpr int answerTimeoutMs = 1500;
@@ -85,16 +84,14 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
     }
 }
 
-void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload&)
+void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
 {
     switch (id)
     {
     case Kernel::MSG_SYS_START:
         return handleStart();
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(arg1, arg2))
-            handleTimer(arg1);
-        return;
+        return handleTimer(arg1);
     case msgSetNextPage:
         return handleNextPage(arg1);
     case msgRequestShow:
@@ -126,7 +123,7 @@ void ViewManager::handleTimer(int timerId)
     const auto logSilence = [=](int page, const char* lacking)
     {
         if (answerCouldCome && page != NUM_OF_PAGES)
-            Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, juce::String(pageName(page)) + lacking);
+            logger().info(juce::String(pageName(page)) + lacking);
     };
     // A program that stays silent counts as one that has answered. It does so here and now: what is posted could meet
     // the page after it.
@@ -294,7 +291,7 @@ void ViewManager::coverCurrentPage()
     }
     showNavigationWindow(false);
     if (thirdPage == NUM_OF_PAGES)
-        Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, juce::String(">>>>>>>>>>>>>>>Navi Hide"));
+        logger().info(juce::String(">>>>>>>>>>>>>>>Navi Hide"));
 }
 
 Platform::WindowHandle ViewManager::findNavigationWindow()
@@ -323,15 +320,13 @@ void ViewManager::showNavigationWindow(bool visible)
 
 void ViewManager::logPage(const char* label, int page) const
 {
-    Platform::Logger::getInstance()->logInfo(
-        logFile, __LINE__, logTag, juce::String(label) + pageName(page) + " | ShowState: " + showStateNames[showState]);
+    logger().info(juce::String(label) + pageName(page) + " | ShowState: " + showStateNames[showState]);
 }
 
 void ViewManager::logCurrentPage() const
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
-                                             juce::String("CurrShowPage : ") + pageName(currentPage) +
-                                                 " | CurrPageState : " + pageStateNames[currentPageState]);
+    logger().info(juce::String("CurrShowPage : ") + pageName(currentPage) +
+                  " | CurrPageState : " + pageStateNames[currentPageState]);
 }
 
 } // namespace Extend

@@ -63,8 +63,8 @@ void BarWindow::fitControls()
 void BarWindow::setShown(bool nowShown)
 {
     if (shown.exchange(nowShown) != nowShown)
-        Platform::Logger::getInstance()->logInfo("ProjectDepend/BarWindow", __LINE__, "Bar", "%s %s",
-                                                 getName().toRawUTF8(), nowShown ? "shown" : "hidden");
+        Platform::Log("ProjectDepend/BarWindow", "Bar")().info("%s %s", getName().toRawUTF8(),
+                                                               nowShown ? "shown" : "hidden");
 }
 
 void BarWindow::show(int parameter)

@@ -14,7 +14,7 @@ namespace
 struct Bars
 {
     VolumeBar volume;
-    FavoriteBar favorites;
+    FavoriteBar favourites;
     LowBatteryAlertBar lowBattery;
 };
 
@@ -26,7 +26,7 @@ void createBars()
 {
     bars = std::make_unique<Bars>();
     EngineApi::Provided<EngineApi::VolumeBar>::set(&bars->volume);
-    EngineApi::Provided<EngineApi::FavoriteBar>::set(&bars->favorites);
+    EngineApi::Provided<EngineApi::FavoriteBar>::set(&bars->favourites);
     EngineApi::Provided<EngineApi::LowBatteryBar>::set(&bars->lowBattery);
 }
 

@@ -4,6 +4,7 @@
 #include "EngineApi/WiredRemote.h"
 #include "kernel/MessageIds.h"
 #include "platform/base/Logger.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 #include "platform/settings/SysInfo.h"
 #include "platform/settings/SysInfoItems.h"
@@ -14,8 +15,7 @@ namespace Bar
 namespace
 {
 
-constexpr const char* source = "ProjectDepend/FavoriteBar";
-constexpr const char* tag = "FavoriteBar";
+constexpr Platform::Log logger { "ProjectDepend/FavoriteBar", "FavoriteBar" };
 
 constexpr int showMs = 10000;
 constexpr int showOverCameraMs = 5000;
@@ -24,15 +24,10 @@ constexpr juce::int32 overCameraArgument = 1;
 
 constexpr int firstOfGroupTwo = 9;
 
-/** Favourite n has its page and its label this much further on. */
-constexpr int pageSettings = 23;
-constexpr int labelSettings = 39;
-
 constexpr int labelText = 0;
 
-/** Of the raw voltage in the system information and in MSG_VOLTMETER_VALUE. */
-constexpr double voltsOfInfo = 25.3 / 256;
-constexpr double voltsOfMessage = 24.0 / 255;
+/** A change is shown by another scale than the first value. */
+constexpr double voltsPerStepOfMessage = 24.0 / 255;
 
 constexpr const char* selectedPicture = "farvoritebar\\fav_button_p.png";
 constexpr const char* normalPicture = "farvoritebar\\fav_button_n.png";
@@ -73,7 +68,7 @@ void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2
         break;
     case Kernel::MSG_VOLTMETER_VALUE:
         if (isShown())
-            showVoltage(arg1 * voltsOfMessage);
+            showVoltage(arg1 * voltsPerStepOfMessage);
         break;
     default:
         break;
@@ -82,31 +77,30 @@ void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2
 
 bool FavoriteBar::isStored(int favourite) const
 {
-    return FavoriteList::contains(favourite) && (storedFavorites >> (favourite - 1) & 1) != 0;
+    return Platform::isFavourite(favourite) && (storedFavourites >> (favourite - 1) & 1) != 0;
 }
 
 void FavoriteBar::setFavoriteCount(int count)
 {
-    if (FavoriteList::contains(count))
+    if (Platform::isFavourite(count))
         favoriteCount = count;
     else
-        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "%d favourites are offered, 1 to 16 are taken",
-                                                  count);
+        logger().error("%d favourites are offered, 1 to 16 are taken", count);
 }
 
-void FavoriteBar::select(int favorite, bool overCamera)
+void FavoriteBar::select(int favourite, bool overCamera)
 {
-    if (!FavoriteList::contains(favorite))
+    if (!Platform::isFavourite(favourite))
     {
-        Platform::Logger::getInstance()->logError(source, __LINE__, tag, "there is no favourite %d", favorite);
+        logger().error("there is no favourite %d", favourite);
         return;
     }
-    showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * voltsOfInfo);
+    showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * Platform::voltsPerStep);
     setVisibleIf(voltageText, Platform::VX_GetSysInfo(Platform::sysInfoVoltageShown) != 0);
-    currentIndex = favorite;
+    currentIndex = favourite;
     refresh();
-    setVisibleIf(groupOne, favorite < firstOfGroupTwo);
-    setVisibleIf(groupTwo, favorite >= firstOfGroupTwo);
+    setVisibleIf(groupOne, favourite < firstOfGroupTwo);
+    setVisibleIf(groupTwo, favourite >= firstOfGroupTwo);
     showAlert(false);
     showDuration = overCamera ? showOverCameraMs : showMs;
     show(0);
@@ -139,36 +133,36 @@ void FavoriteBar::refresh()
             });
         return;
     }
-    readFavorites();
-    drawFavorites();
+    readFavourites();
+    drawFavourites();
     tellRemote();
 }
 
-void FavoriteBar::readFavorites()
+void FavoriteBar::readFavourites()
 {
-    for (int favorite = 1; favorite <= FavoriteList::size; ++favorite)
-        favorites.set(favorite, Platform::VX_GetSetupValueInt(pageSettings + favorite),
-                      Platform::VX_GetSetupValueString(labelSettings + favorite));
-    storedFavorites = favorites.getStored();
+    for (int favourite = 1; favourite <= Platform::favouriteCount; ++favourite)
+        favourites.set(favourite, Platform::VX_GetSetupValueInt(Platform::favouritePageSetting(favourite)),
+                       Platform::VX_GetSetupValueString(Platform::favouriteLabelSetting(favourite)));
+    storedFavourites = favourites.getStored();
 }
 
-void FavoriteBar::drawFavorites()
+void FavoriteBar::drawFavourites()
 {
-    for (int favorite = 1; favorite <= FavoriteList::size; ++favorite)
+    for (int favourite = 1; favourite <= Platform::favouriteCount; ++favourite)
     {
-        auto* button = favoriteButtons[static_cast<std::size_t>(favorite - 1)];
+        auto* button = favoriteButtons[static_cast<std::size_t>(favourite - 1)];
         if (button == nullptr)
             continue;
-        button->setIcon(favorites.getIcon(favorite));
-        button->setText(labelText, favorites.getLabel(favorite));
-        button->setImagePath(favorite == currentIndex ? selectedPicture : normalPicture);
+        button->setIcon(favourites.getIcon(favourite));
+        button->setText(labelText, favourites.getLabel(favourite));
+        button->setImagePath(favourite == currentIndex ? selectedPicture : normalPicture);
     }
 }
 
 void FavoriteBar::tellRemote()
 {
-    const auto information = favorites.getInformation(currentIndex);
-    Platform::Logger::getInstance()->logDebug(source, __LINE__, "TLX70", "strInfo = " + information);
+    const auto information = favourites.getInformation(currentIndex);
+    Platform::Log("ProjectDepend/FavoriteBar", "TLX70")().debug("strInfo = " + information);
     if (auto* remote = EngineApi::Provided<EngineApi::WiredRemote>::get())
     {
         remote->clearDisplay(false);

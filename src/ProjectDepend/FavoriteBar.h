@@ -2,7 +2,7 @@
 
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
-#include "ProjectDepend/FavoriteList.h"
+#include "ProjectDepend/FavouriteList.h"
 #include "platform/screen/CVXButton.h"
 #include "platform/screen/CVXStatic.h"
 
@@ -11,8 +11,8 @@ namespace Bar
 
 /**
     Lets a person pick one of 16 favourites with the rotary control: shows eight of them at a time and the supply
-   voltage, and tells the wired remote which one is selected. Closes by itself after 10 s, or 5 s over the camera's
-   picture.
+    voltage, and tells the wired remote which one is selected. Closes by itself after 10 s, or 5 s over the camera's
+    picture.
 */
 class FavoriteBar : public EngineApi::FavoriteBar, public BarWindow, public juce::MultiTimer
 {
@@ -23,8 +23,10 @@ public:
 
     FavoriteBar();
 
-    /** MSG_FAVORITES_... and MSG_VOLTMETER_...; others are ignored, and so is a selection outside 1 to 16 (logged). Any
-     * thread. */
+    /**
+        MSG_FAVORITES_... and MSG_VOLTMETER_...; others are ignored, and so is a selection outside 1 to 16 (logged). Any
+        thread.
+    */
     void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload) override;
     bool isShown() const override { return isBarShown(); }
     int getCurrentIndex() const override { return currentIndex; }
@@ -40,11 +42,11 @@ public:
     void timerCallback(int timer) override;
 
 private:
-    void select(int favorite, bool overCamera);
+    void select(int favourite, bool overCamera);
     void showAlert(bool visible);
     void showVoltage(double volts);
-    void readFavorites();
-    void drawFavorites();
+    void readFavourites();
+    void drawFavourites();
     void tellRemote();
 
     /** These, and the buttons, are null where the layout lacks them. */
@@ -52,10 +54,10 @@ private:
     juce::Component* const groupTwo;
     juce::Component* const alertGroup;
     Platform::CVXStatic* const voltageText;
-    std::array<Platform::CVXButton*, FavoriteList::size> favoriteButtons {};
+    std::array<Platform::CVXButton*, Platform::favouriteCount> favoriteButtons {};
 
-    FavoriteList favorites;
-    std::atomic<juce::uint16> storedFavorites { 0 }; ///< of `favorites`, for other threads
+    FavouriteList favourites;
+    std::atomic<juce::uint16> storedFavourites { 0 }; ///< of `favourites`, for other threads
     std::atomic<int> currentIndex { 1 };
     std::atomic<int> favoriteCount { 1 };
     int showDuration = 0; ///< ms; set by each selection

@@ -13,6 +13,8 @@ namespace Bar
 namespace
 {
 
+constexpr Platform::Log logger { "ProjectDepend/LowBatteryAlertBar", "LowBatteryAlertBar" };
+
 constexpr juce::int32 alertOn = 1;
 
 /** Of 0xFFFF on both channels. */
@@ -70,16 +72,14 @@ void LowBatteryAlertBar::startSound()
 {
     alertThread->play();
     if (!alertThread->isThreadRunning() && !alertThread->startThread())
-        Platform::Logger::getInstance()->logError("ProjectDepend/LowBatteryAlertBar", __LINE__, "LowBatteryAlertBar",
-                                                  "cannot start the alert sound");
+        logger().error("cannot start the alert sound");
 }
 
 void LowBatteryAlertBar::stopSound()
 {
     // One that hangs in the sound output is not killed; it goes on with the next alert or ends as soon as it can.
     if (alertThread->isThreadRunning() && !alertThread->silence())
-        Platform::Logger::getInstance()->logError("ProjectDepend/LowBatteryAlertBar", __LINE__, "LowBatteryAlertBar",
-                                                  "the alert sound does not end");
+        logger().error("the alert sound does not end");
 }
 
 LowBatteryAlertBar::AlertAudioThread::AlertAudioThread()

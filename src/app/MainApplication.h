@@ -4,8 +4,10 @@
 #include "app/TerminationSignal.h"
 #include "platform/config/Configuration.h"
 
-/** The application object: prepares the process, builds the engine once the camera leaves the screen, and takes it
- * down. */
+/**
+    The application object: prepares the process, builds the engine once the camera leaves the screen, and takes it
+    down.
+*/
 class MainApplication : public juce::JUCEApplication, public juce::MultiTimer, public juce::ActionListener
 {
 public:

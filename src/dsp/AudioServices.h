@@ -7,6 +7,8 @@ namespace Dsp
 
 class DSPSettingHelper;
 
+// The order of the slots is a contract: what is reserved keeps its place.
+
 /**
     Audio control: volumes, mute, routing and levels of the DSP. Volumes are steps 0 to 50. Zones are 1 and 2. Any
     thread; calls are carried out one after the other. Failures of the bus are logged where they happen.

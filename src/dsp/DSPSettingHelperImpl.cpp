@@ -1,6 +1,7 @@
 #include "dsp/DSPSettingHelperImpl.h"
 
 #include "platform/config/Configuration.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 #include <algorithm>
@@ -105,129 +106,128 @@ void DSPSettingHelperImpl::timerCallback()
 
 int DSPSettingHelperImpl::getSetting14()
 {
-    return setting(14);
+    return setting(Platform::setting14);
 }
 
 int DSPSettingHelperImpl::getSetting264()
 {
-    return setting(264);
+    return setting(Platform::setting264);
 }
 
 int DSPSettingHelperImpl::getEqPreset()
 {
-    return setting(1792);
+    return setting(Platform::presetSetting);
 }
 
 bool DSPSettingHelperImpl::isEqSwitchOn()
 {
-    return setting(276) != 0;
+    return setting(Platform::filtersSetting) != 0;
 }
 
 int DSPSettingHelperImpl::getBalance()
 {
-    return balanceRange - settingUpTo(balanceRange, 280);
+    return balanceRange - settingUpTo(balanceRange, Platform::balanceSetting);
 }
 
 int DSPSettingHelperImpl::getFader()
 {
-    return balanceRange - settingUpTo(balanceRange, 279);
+    return balanceRange - settingUpTo(balanceRange, Platform::faderSetting);
 }
 
 int DSPSettingHelperImpl::getBassGain()
 {
-    return aroundMiddle(gainMiddle, 1281);
+    return aroundMiddle(gainMiddle, Platform::bassSetting);
 }
 
 int DSPSettingHelperImpl::getMiddleGain()
 {
-    return aroundMiddle(gainMiddle, 1282);
+    return aroundMiddle(gainMiddle, Platform::middleSetting);
 }
 
 int DSPSettingHelperImpl::getTrebleGain()
 {
-    return aroundMiddle(gainMiddle, 1283);
+    return aroundMiddle(gainMiddle, Platform::trebleSetting);
 }
 
 int DSPSettingHelperImpl::getSubwooferLevelIndex()
 {
-    return settingUpTo(13, 1284);
+    return settingUpTo(13, Platform::subwooferLevelSetting);
 }
 
 bool DSPSettingHelperImpl::isSubwooferOn()
 {
-    return setting(278) != 0;
+    return setting(Platform::subwooferSetting) != 0;
 }
 
 int DSPSettingHelperImpl::getCrossoverFrequency()
 {
     constexpr std::array frequencies { 0, 55, 85, 120 };
-    return frequencies[static_cast<std::size_t>(settingUpTo(frequencies.size() - 1, 267))];
+    return frequencies[static_cast<std::size_t>(settingUpTo(frequencies.size() - 1, Platform::lowPassSetting))];
 }
 
 int DSPSettingHelperImpl::getHighPassIndex()
 {
-    return settingUpTo(3, 277);
+    return settingUpTo(3, Platform::highPassSetting);
 }
 
 int DSPSettingHelperImpl::getBandLevel257()
 {
-    return aroundMiddle(bandMiddle, 257);
+    return aroundMiddle(bandMiddle, Platform::band257);
 }
 
 int DSPSettingHelperImpl::getBandLevel261()
 {
-    return aroundMiddle(bandMiddle, 261);
+    return aroundMiddle(bandMiddle, Platform::band261);
 }
 
 int DSPSettingHelperImpl::getBandLevel258()
 {
-    return aroundMiddle(bandMiddle, 258);
+    return aroundMiddle(bandMiddle, Platform::band258);
 }
 
 int DSPSettingHelperImpl::getBandLevel259()
 {
-    return aroundMiddle(bandMiddle, 259);
+    return aroundMiddle(bandMiddle, Platform::band259);
 }
 
 int DSPSettingHelperImpl::getBandLevel260()
 {
-    return aroundMiddle(bandMiddle, 260);
+    return aroundMiddle(bandMiddle, Platform::band260);
 }
 
 int DSPSettingHelperImpl::getBandLevel262()
 {
-    return aroundMiddle(bandMiddle, 262);
+    return aroundMiddle(bandMiddle, Platform::band262);
 }
 
 int DSPSettingHelperImpl::getBandLevel263()
 {
-    return aroundMiddle(bandMiddle, 263);
+    return aroundMiddle(bandMiddle, Platform::band263);
 }
 
 int DSPSettingHelperImpl::getSourceLevelIndex()
 {
-    return settingUpTo(6, 6);
+    return settingUpTo(6, Platform::sourceLevelSetting);
 }
 
 int DSPSettingHelperImpl::getCustomEqGain(int band)
 {
-    constexpr int firstBand = 1285;
-    return aroundMiddle(gainMiddle, firstBand + std::clamp(band, 0, 6));
+    return aroundMiddle(gainMiddle, Platform::firstBandSetting + std::clamp(band, 0, 6));
 }
 
 bool DSPSettingHelperImpl::isZone2On()
 {
-    return setting(281) != 0;
+    return setting(Platform::zone2OnSetting) != 0;
 }
 
 int DSPSettingHelperImpl::getZone2VolumeMode()
 {
-    return setting(283);
+    return setting(Platform::zone2VolumeSetting);
 }
 
 int DSPSettingHelperImpl::getZone2OutputMode()
 {
-    return settingUpTo(2, 282);
+    return settingUpTo(2, Platform::zone2OutputSetting);
 }
 
 void DSPSettingHelperImpl::setListener(CDSPStateListener* newListener)

@@ -1,13 +1,13 @@
 #include "factory/MsgSpecialHandler.h"
 
-#include "EngineLayer/hostlink/HostCommands.h"
+#include "EngineApi/HostCommands.h"
 
 namespace Factory
 {
 
 Kernel::ComponentId MsgSpecialHandler::componentForHostCommand(int command) const
 {
-    return EngineLayer::hostCommand(command).receiver;
+    return EngineApi::hostCommand(command).receiver;
 }
 
 } // namespace Factory

@@ -14,6 +14,8 @@ namespace Kernel
 namespace
 {
 
+constexpr Platform::Log logger { "kernel/DeviceWorker", "DeviceWorker" };
+
 /** Longer than the kernel's drivers hold a call; simulated devices end theirs at once. */
 constexpr int stopTimeoutMs = 1500;
 
@@ -119,9 +121,7 @@ void DeviceWorker::requestStop()
 void DeviceWorker::waitForStop()
 {
     if (!Platform::awaitEnd(*thread, stopTimeoutMs))
-        Platform::Logger::getInstance()->logError("kernel/DeviceWorker", __LINE__, "DeviceWorker",
-                                                  "%s does not stop, its device does not answer",
-                                                  thread->getThreadName().toRawUTF8());
+        logger().error("%s does not stop, its device does not answer", thread->getThreadName().toRawUTF8());
 }
 
 void DeviceWorker::startAll()

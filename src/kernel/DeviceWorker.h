@@ -27,8 +27,8 @@ public:
     ~DeviceWorker();
 
     /**
-        Behind the jobs that wait. Once `patience` of them wait, those with the same key are dropped for the
-        new one: of what a device cannot keep up with only the newest counts, and no more than that waits. Any thread.
+        Behind the jobs that wait. Once `patience` of them wait, those with the same key are dropped for the new one: of
+        what a device cannot keep up with only the newest counts, and no more than that waits. Any thread.
     */
     void post(int key, Job job);
     /** The job under way may end early. */
@@ -38,8 +38,9 @@ public:
 
     /** Message thread. */
     static void startAll();
-    /** Also ends what waits for a device; a worker that goes on all the same is logged and left alone. Message thread.
-     */
+    /**
+        Also ends what waits for a device; a worker that goes on all the same is logged and left alone. Message thread.
+    */
     static void stopAll();
     /** Does what waits on the caller's thread, a test in the threads' place; false when there was nothing. */
     static bool drainAll();

@@ -22,8 +22,10 @@ public:
     bool createGroup(const juce::String& name, int priority);
     /** Null when there is none. */
     TaskGroup* findGroup(const juce::String& name) const;
-    /** From here on messages to the component wait in its group, which the component itself may join later. False when
-     * there is no such group, or no such component can be. Message thread, before `start`. */
+    /**
+        From here on messages to the component wait in its group, which the component itself may join later. False when
+        there is no such group, or no such component can be. Message thread, before `start`.
+    */
     bool addRoute(const juce::String& groupName, ComponentId id);
     /** With an unknown group name the component is known but has no route. */
     void registerComponent(const juce::String& groupName, SystemTask::Ptr component);
@@ -32,15 +34,19 @@ public:
     void start();
     /** From here on every message is dropped; ends the groups in creation order, then the workers. Message thread. */
     void stop();
-    /** Message thread. False, and nothing happens, while a group's thread still runs: its handler may touch any
-     * component. */
+    /**
+        Message thread. False, and nothing happens, while a group's thread still runs: its handler may touch any
+        component.
+    */
     bool release();
 
     /** Any thread. Takes the message over; one without a route, or after `stop`, is dropped and left to the caller. */
     void postMessage(SystemMessage::Ptr& message);
     void postUrgentMessage(SystemMessage::Ptr& message);
-    /** Messages that the receiver's group has not taken over yet: who passes on what comes from outside asks first, so
-     * that a flood does not fill the memory. Any thread. */
+    /**
+        Messages that the receiver's group has not taken over yet: who passes on what comes from outside asks first, so
+        that a flood does not fill the memory. Any thread.
+    */
     std::size_t countQueued(ComponentId receiver) const;
     /** To every component in ascending id order, on the normal queue. Any thread. */
     void broadcastMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
@@ -61,8 +67,10 @@ private:
     std::map<ComponentId, SystemTask::Ptr> components;
 };
 
-/** Obtains, fills, posts on the normal queue and recycles. Returns nothing: a message that cannot be delivered is
- * dropped. */
+/**
+    Obtains, fills, posts on the normal queue and recycles. Returns nothing: a message that cannot be delivered is
+    dropped.
+*/
 void postSystemMessage(ComponentId receiver, juce::int32 id, juce::int32 arg1, juce::int32 arg2,
                        Payload payload = nullptr);
 /** The same on the urgent queue. */

@@ -55,7 +55,7 @@ private:
 
 /**
     A few spare messages at hand for one thread. The threads of a busy link would otherwise pass the pool's lock from
-   core to core for every message, which takes longer than everything else that is done to it.
+    core to core for every message, which takes longer than everything else that is done to it.
 */
 class LocalPool
 {

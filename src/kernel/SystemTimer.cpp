@@ -6,33 +6,34 @@
 namespace Kernel
 {
 
+SystemTimer::SystemTimer(ComponentId timerOwner, juce::int32 handlerPage)
+    : owner(timerOwner)
+    , timerPage(handlerPage)
+    , starts(new TimerStarts)
+{
+}
+
+SystemTimer::~SystemTimer() = default;
+
 void SystemTimer::startTimer(int timerId, int intervalMs)
 {
     // Stopped first: the framework reads the interval of a running timer on its own thread, and what runs out until
     // then belongs to the start before.
-    stopTimer(timerId);
-    {
-        const juce::ScopedLock guard(startsLock);
-        ++starts[timerId];
-    }
+    MultiTimer::stopTimer(timerId);
+    starts->begin(timerId);
     MultiTimer::startTimer(timerId, intervalMs);
 }
 
-bool SystemTimer::isCurrent(int timerId, juce::int32 start) const
+void SystemTimer::stopTimer(int timerId)
 {
-    return isTimerRunning(timerId) && start == startOf(timerId);
-}
-
-juce::int32 SystemTimer::startOf(int timerId) const
-{
-    const juce::ScopedLock guard(startsLock);
-    const auto found = starts.find(timerId);
-    return found == starts.end() ? 0 : found->second;
+    starts->end(timerId);
+    MultiTimer::stopTimer(timerId);
 }
 
 void SystemTimer::timerCallback(int timerId)
 {
-    postHandlerMessage(owner, timerPage, MSG_SYS_TIMER, timerId, startOf(timerId));
+    if (const auto start = starts->of(timerId); start != TimerStarts::none)
+        postHandlerMessage(owner, timerPage, MSG_SYS_TIMER, timerId, start, starts.get());
 }
 
 } // namespace Kernel

@@ -1,5 +1,6 @@
 #include "kernel/TaskGroup.h"
 
+#include "kernel/TimerStarts.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/base/Threads.h"
@@ -12,6 +13,8 @@ namespace Kernel
 
 namespace
 {
+
+constexpr Platform::Log logger { "kernel/TaskGroup", "TaskGroup" };
 
 constexpr int normalPriority = 5;
 constexpr int deferredBackOffMs = 5;
@@ -45,9 +48,7 @@ public:
         if (group.priority > normalPriority)
         {
             group.realtime = Platform::requestRealtimePriority();
-            Platform::Logger::getInstance()->logInfo("kernel/TaskGroup", __LINE__, "TaskGroup",
-                                                     "%s runs with %s priority", group.name.toRawUTF8(),
-                                                     group.realtime ? "real-time" : "normal");
+            logger().info("%s runs with %s priority", group.name.toRawUTF8(), group.realtime ? "real-time" : "normal");
         }
         group.run();
     }
@@ -98,8 +99,7 @@ void TaskGroup::stop()
     wakeUp.signal();
     if (!Platform::awaitEnd(*thread))
     {
-        Platform::Logger::getInstance()->logError("kernel/TaskGroup", __LINE__, "TaskGroup",
-                                                  "%s does not stop, a handler is still running", name.toRawUTF8());
+        logger().error("%s does not stop, a handler is still running", name.toRawUTF8());
         return;
     }
     for (auto& [id, component] : components)
@@ -189,7 +189,7 @@ int TaskGroup::runPass()
     for (; index < pending.size() && !stopping; ++index)
     {
         auto message = std::move(pending[index]);
-        auto* receiver = findComponent(message->receiver);
+        auto* receiver = TimerStarts::isStale(*message) ? nullptr : findComponent(message->receiver);
         if (receiver != nullptr && !receiver->acceptMessage(*message))
         {
             pending[deferred++] = std::move(message);

@@ -15,8 +15,10 @@ class TaskGroup : public juce::ReferenceCountedObject
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<TaskGroup>;
 
-    /** Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are
-     * deferred. */
+    /**
+        Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are
+        deferred.
+    */
     TaskGroup(const juce::String& groupName, int threadPriority);
     ~TaskGroup() override;
 
@@ -29,19 +31,24 @@ public:
 
     void start();
     bool isRunning() const;
-    /** Ends the thread and calls `onStop` of the components in ascending id order; not when a handler still runs after
-     * 200 ms, which is logged. */
+    /**
+        Ends the thread and calls `onStop` of the components in ascending id order; not when a handler still runs after
+        200 ms, which is logged.
+    */
     void stop();
     /** `onRelease` of the components in ascending id order; then the group is empty. */
     void release();
 
-    /** Moves the message to the normal or urgent queue and wakes the thread; while stopping it drops it and leaves it
-     * to the caller. Any thread. */
+    /**
+        Moves the message to the normal or urgent queue and wakes the thread; while stopping it drops it and leaves it
+        to the caller. Any thread.
+    */
     void post(SystemMessage::Ptr& message, bool urgent);
 
     /**
         One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message
-       to its receiver. Answers how many were left pending. The group's thread, or a test in its place.
+        to its receiver, but for the expiries of timers that have been stopped since. Answers how many were left
+        pending. The group's thread, or a test in its place.
     */
     int runPass();
     /** True when a pass would find something. The group's thread, or a test in its place. */

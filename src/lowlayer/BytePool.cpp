@@ -58,10 +58,4 @@ void BytePoolStore::clear()
     spare.clear();
 }
 
-int BytePoolStore::spareBuffers() const
-{
-    const juce::ScopedLock guard(lock);
-    return static_cast<int>(spare.size());
-}
-
 } // namespace LowLayer

@@ -49,7 +49,6 @@ public:
     /** The buffer that came back last, with its old content, or a new one of length 0. */
     BytePool::Ptr obtain();
     void clear();
-    int spareBuffers() const;
 
 private:
     friend class BytePool;

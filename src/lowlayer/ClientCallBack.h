@@ -16,8 +16,8 @@ class ClientCallBack
 public:
     virtual ~ClientCallBack() = default;
     /**
-        Serial link: hostBytesReceived, byte count, the BytePool that holds them; group thread of the link.
-        Remote channel: a RemoteDataKind, the program's AppType, the RemoteMessage; delivery thread of the channel.
+        Serial link: hostBytesReceived, byte count, the BytePool that holds them; group thread of the link. Remote
+        channel: a RemoteDataKind, the program's AppType, the RemoteMessage; delivery thread of the channel.
     */
     virtual void onData(int kind, int source, juce::ReferenceCountedObject* data) = 0;
 };

@@ -13,8 +13,7 @@ namespace LowLayer
 namespace
 {
 
-constexpr const char* logFile = "lowlayer\\HostcommDev";
-constexpr const char* logTag = "HostcommDev";
+constexpr Platform::Log logger { "lowlayer\\HostcommDev", "HostcommDev" };
 
 /** Line numbers under which the log is read and filtered. */
 enum LogLine { lineSend = 103, lineReceive = 167 };
@@ -22,8 +21,7 @@ enum LogLine { lineSend = 103, lineReceive = 167 };
 void logTraffic(LogLine line, const char* direction, const void* data, int length)
 {
     if (Platform::CorvaneConfig::isSystemDebug())
-        Platform::Logger::getInstance()->logDebug(logFile, line, logTag,
-                                                  juce::String(direction) + Platform::hexPairs(data, length));
+        logger(line).debug(juce::String(direction) + Platform::hexPairs(data, length));
 }
 
 } // namespace
@@ -104,9 +102,8 @@ bool HostcommDev::hasRoomFor(int length)
         return true;
     lostBytes += length;
     if (!std::exchange(lossLogged, true))
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  "%d messages wait, %d received bytes and what follows are lost",
-                                                  static_cast<int>(waiting), length);
+        logger().error("%d messages wait, %d received bytes and what follows are lost", static_cast<int>(waiting),
+                       length);
     return false;
 }
 

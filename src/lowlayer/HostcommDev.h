@@ -12,28 +12,11 @@
 namespace LowLayer
 {
 
-/** The serial link to the microcontroller as its one client sees it. Group thread of the link. */
-class HostcommDevInterface
-{
-public:
-    virtual ~HostcommDevInterface() = default;
-
-    virtual void setClient(ClientCallBack* newClient) = 0;
-    /** True when the port has taken every byte. Blocks until the driver has them. */
-    virtual bool write(const void* data, int length) = 0;
-    /** Closes the port now and opens it again from the group thread; until then writes fail. */
-    virtual void reopen() = 0;
-    virtual void clearClient() = 0;
-};
-
 /**
     Owns the microcontroller's serial port. Received bytes leave the port's reader thread in pooled buffers of 32 bytes
     and reach the client on the group thread.
 */
-class HostcommDev : public Kernel::ComponentTask,
-                    public Platform::SerialCallBack,
-                    public HostcommDevInterface,
-                    public Kernel::Singleton<HostcommDev>
+class HostcommDev : public Kernel::ComponentTask, public Platform::SerialCallBack, public Kernel::Singleton<HostcommDev>
 {
 public:
     /** Largest piece that one message carries. */
@@ -49,10 +32,13 @@ public:
     void onRelease() override;
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
 
-    void setClient(ClientCallBack* newClient) override;
-    bool write(const void* data, int length) override;
-    void reopen() override;
-    void clearClient() override;
+    /** Of the one client, on the group thread of the link. */
+    void setClient(ClientCallBack* newClient);
+    /** True when the port has taken every byte. Blocks until the driver has them. */
+    bool write(const void* data, int length);
+    /** Closes the port now and opens it again from the group thread; until then writes fail. */
+    void reopen();
+    void clearClient();
 
     /** Port reader thread. */
     void onReceive(const void* data, int length) override;

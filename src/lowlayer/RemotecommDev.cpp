@@ -4,6 +4,7 @@
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 namespace LowLayer
 {
@@ -11,20 +12,9 @@ namespace LowLayer
 namespace
 {
 
-/** Window messages that programs post to the engine. */
-enum WindowMessage : juce::int32 {
-    setupEvent = 1126,
-    menuCommand = 1133,
-    menuRelay = 1140,
-    eqShow = 1766,
-    eqHide = 1767,
-    naviEvent = 2026,
-    deviceDriver = 33769,
-    iPodDriver = 48654
-};
+constexpr Platform::Log logger { "lowlayer/RemotecommDev", "RemotecommDev" };
 
-/** To the main menu program: a relayed value. */
-constexpr juce::int32 menuNotify = 1174;
+/** arg1 of RMSG_MAINMENU_NOTIFY: a relayed value. */
 constexpr juce::int32 menuRelayNotice = 4;
 
 constexpr int mostUnhandled = 256;
@@ -50,8 +40,7 @@ RemotecommDev::RemotecommDev()
 {
     Platform::IPCMsg::MessageHelper::config(Pubhead::AppMain, Platform::IPCMsg::MessageHelper::getDestName);
     if (!session.init(this))
-        Platform::Logger::getInstance()->logError("lowlayer/RemotecommDev", __LINE__, "RemotecommDev",
-                                                  "the message channel is not there yet");
+        logger().error("the message channel is not there yet");
 }
 
 void RemotecommDev::setClient(ClientCallBack* newClient)
@@ -64,8 +53,7 @@ bool RemotecommDev::postToApp(int appType, const Platform::RemoteMessage::Ptr& m
 {
     if (Platform::IPCMsg::MessageHelper::postMessage(appType, message))
         return true;
-    Platform::Logger::getInstance()->logError("lowlayer/RemotecommDev", __LINE__, "RemotecommDev",
-                                              "postMessage error! dest: %s", Pubhead::appTypeName(appType));
+    logger().error("postMessage error! dest: %s", Pubhead::appTypeName(appType));
     return false;
 }
 
@@ -116,34 +104,34 @@ void RemotecommDev::onWindowMessage(juce::int32 message, juce::int32 wParam, juc
     };
     switch (message)
     {
-    case setupEvent:
+    case Platform::RMSG_SETUP_WINDOW_EVENT:
         translate(Pubhead::AppSetup);
         break;
-    case menuCommand:
+    case Platform::RMSG_MENU_COMMAND_WINDOW:
         post(Kernel::mainMenuApplicationId, Kernel::MSG_MENU_COMMAND, wParam, lParam);
         break;
-    case menuRelay:
+    case Platform::RMSG_MAINMENU_RELAY:
     {
         auto relayed = Platform::RemoteMessage::obtain();
-        relayed->what = menuNotify;
+        relayed->what = Platform::RMSG_MAINMENU_NOTIFY;
         relayed->arg1 = menuRelayNotice;
         relayed->arg2 = wParam;
         tellClient(MSG_REMOTE_FORWARD, Pubhead::AppMainMenu, relayed.get());
         break;
     }
-    case eqShow:
+    case Platform::RMSG_EQ_PAGE_SHOW:
         post(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_SHOW, 0, 0);
         break;
-    case eqHide:
+    case Platform::RMSG_EQ_PAGE_HIDE:
         post(Kernel::setupApplicationId, Kernel::MSG_EQ_WINDOW_HIDE, 0, 0);
         break;
-    case naviEvent:
+    case Platform::RMSG_NAVI_EVENT:
         translate(Pubhead::AppNavi);
         break;
-    case deviceDriver:
+    case Platform::RMSG_DEVICE_WINDOW:
         post(Kernel::deviceStatusManagerId, Kernel::MSG_DEVICE_WINDOW_EVENT, wParam, lParam);
         break;
-    case iPodDriver:
+    case Platform::WM_MESSAGE_IPOD_DRIVER:
         translate(Pubhead::AppiPod);
         break;
     default:

@@ -4,15 +4,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
 
 TEST(Catalogue, NamesEndWhereTheEnumerationsEnd)
 {
     for (const char* name :
-         { EngineApi::sourceName(EngineApi::NUM_OF_SOURCES + 1), Dsp::audioChannelName(Dsp::noAudioChannel),
-           EngineApi::videoChannelName(EngineApi::noVideoChannel), EngineApi::actionName(6),
-           EngineApi::switchTypeName(5), EngineApi::sourceName(-1), pageName(NUM_OF_PAGES + 1) })
+         { sourceName(NUM_OF_SOURCES + 1), Dsp::audioChannelName(Dsp::noAudioChannel), videoChannelName(noVideoChannel),
+           actionName(6), switchTypeName(5), sourceName(-1), pageName(NUM_OF_PAGES + 1) })
         EXPECT_STREQ(name, "");
 }
 
@@ -22,7 +22,7 @@ TEST(Catalogue, PagesAreWhatTheSchedulerTakesThemFor)
     std::vector<int> rear, silent;
     for (int page = -1; page <= NUM_OF_PAGES + 1; ++page)
     {
-        const auto* config = EngineApi::pageScheduleConfig(page);
+        const auto* config = pageScheduleConfig(page);
         if (config == nullptr)
             continue;
         ++registered;
@@ -31,28 +31,34 @@ TEST(Catalogue, PagesAreWhatTheSchedulerTakesThemFor)
         EXPECT_NE(config->ownerId, Kernel::noComponent);
         EXPECT_FALSE(config->isNormalSource && config->isRear);
         EXPECT_TRUE(config->isSourcePage || !(config->isNormalSource || config->isRear));
-        EXPECT_EQ(config->isSourcePage, config->source != EngineApi::NUM_OF_SOURCES);
-        EXPECT_EQ(config->initialStates, EngineApi::PageStates {});
+        EXPECT_EQ(config->isSourcePage, config->source != NUM_OF_SOURCES);
+        EXPECT_EQ(config->initialStates, PageStates {});
         EXPECT_STRNE(Dsp::audioChannelName(config->audioChannel), "");
-        EXPECT_STRNE(EngineApi::videoChannelName(config->videoChannel), "");
+        EXPECT_STRNE(videoChannelName(config->videoChannel), "");
         EXPECT_STRNE(appTypeName(config->appType), "");
         if (config->isRear)
             rear.push_back(page);
-        if (config->playLevel == EngineApi::PageScheduleConfig::noCompetition)
+        if (config->playLevel == PageScheduleConfig::noCompetition)
             silent.push_back(page);
     }
     EXPECT_EQ(registered, 23);
     EXPECT_THAT(rear, testing::ElementsAre(mbRearAV1, mbRearAV2, mbReariPod));
     EXPECT_THAT(silent, testing::ElementsAre(mbCamera, mbMainMenu, mbSetup, mbStandby, mbAntitheft, mbEQ));
-    EXPECT_EQ(EngineApi::pageScheduleConfig(mbSirius)->audioChannel, Dsp::eAudioXM);
+    EXPECT_EQ(pageScheduleConfig(mbSirius)->audioChannel, Dsp::eAudioXM);
 }
 
 namespace
 {
 
-EngineApi::ScheduleInfo page(std::int32_t level, bool rear = false, std::int32_t channel = Dsp::eAudioWince)
+struct Case
 {
-    EngineApi::ScheduleInfo info;
+    ScheduleInfo page, other;
+    int pageState, otherState;
+};
+
+ScheduleInfo page(std::int32_t level, bool rear = false, std::int32_t channel = Dsp::eAudioWince)
+{
+    ScheduleInfo info;
     info.playLevel = info.audioLevel = level;
     info.isRear = rear;
     info.audioChannel = channel;
@@ -63,13 +69,7 @@ EngineApi::ScheduleInfo page(std::int32_t level, bool rear = false, std::int32_t
 
 TEST(ConflictRules, Play)
 {
-    struct Case
-    {
-        EngineApi::ScheduleInfo page, other;
-        int pageState, otherState;
-    };
-    constexpr int plays = EngineApi::PageStates::playing, mixes = EngineApi::PageStates::mixed,
-                  silent = EngineApi::PageStates::stopped;
+    constexpr int plays = PageStates::playing, mixes = PageStates::mixed, silent = PageStates::stopped;
     const Case cases[] {
         { page(21), page(20), plays, silent },
         { page(20), page(20), silent, plays },
@@ -95,12 +95,7 @@ TEST(ConflictRules, Play)
 
 TEST(ConflictRules, AudioAcrossTheZonesIsAboutTheChannel)
 {
-    struct Case
-    {
-        EngineApi::ScheduleInfo page, other;
-        int pageState, otherState;
-    };
-    constexpr int held = EngineApi::PageStates::held, lost = EngineApi::PageStates::notHeld;
+    constexpr int held = PageStates::held, lost = PageStates::notHeld;
     const Case cases[] {
         { page(20), page(20, true, Dsp::eAudioAux1), held, held },
         { page(21), page(20, true), held, lost },
@@ -111,7 +106,7 @@ TEST(ConflictRules, AudioAcrossTheZonesIsAboutTheChannel)
     };
     for (auto each : cases)
     {
-        each.page.states.playState = EngineApi::PageStates::playing;
+        each.page.states.playState = PageStates::playing;
         each.other.states.audioState = held;
         applyAudioRule(each.page, each.other);
         EXPECT_EQ(each.page.states.audioState, each.pageState);
@@ -125,7 +120,7 @@ TEST(ConflictRules, VideoConflictsOnlyInTheFrontZone)
          { std::tuple { false, false, 1, 2 }, { true, false, 1, 1 }, { false, true, 1, 1 }, { true, true, 2, 1 } })
     {
         auto wants = page(20, rear), has = page(20, otherRear);
-        has.states.videoState = EngineApi::PageStates::held;
+        has.states.videoState = PageStates::held;
         applyVideoRule(wants, has);
         EXPECT_EQ(wants.states.videoState, mine);
         EXPECT_EQ(has.states.videoState, theirs);

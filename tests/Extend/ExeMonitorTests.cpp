@@ -279,8 +279,10 @@ TEST_F(ExeMonitorTest, BelievesTheBusAboutWhoSaysHello)
     EXPECT_EQ(monitor.getAppState(AppUSB), kDisconnect);
 }
 
-/** What is sent to a program that has just been started reaches it, though its start is told only then; what waited for
- * the one before does not. */
+/**
+    What is sent to a program that has just been started reaches it, though its start is told only then; what waited for
+    the one before does not.
+*/
 TEST_F(ExeMonitorTest, KeepsWhatIsSentToTheNewProcess)
 {
     sendRemoteMessage(AppRadio, RMSG_KEY, 1, 0);
@@ -310,8 +312,10 @@ TEST_F(ExeMonitorTest, StartsAnewWhatHasJustDied)
     EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
 }
 
-/** A process that ends has left the channel before it is gone. What is asked for in between is not told to nobody: it
- * waits for the end, or for the program if that comes back. */
+/**
+    A process that ends has left the channel before it is gone. What is asked for in between is not told to nobody: it
+    waits for the end, or for the program if that comes back.
+*/
 TEST_F(ExeMonitorTest, WaitsForAProgramThatHasLeftTheChannel)
 {
     const int pid = startRadio();

@@ -103,8 +103,10 @@ TEST_F(ViewManagerTest, ChangesPagesByHandshake)
     EXPECT_EQ(getCurrentPage(), mbUSBAudio);
 }
 
-/** A program that answers before the engine goes on is not forgotten, however its page is asked for: no timer has to
- * bring the page. */
+/**
+    A program that answers before the engine goes on is not forgotten, however its page is asked for: no timer has to
+    bring the page.
+*/
 TEST_F(ViewManagerTest, ShowsPagesOfProgramsThatAnswerAtOnce)
 {
     letProgramsAnswerAtOnce();
@@ -122,25 +124,6 @@ TEST_F(ViewManagerTest, ShowsPagesOfProgramsThatAnswerAtOnce)
     run();
     EXPECT_TRUE(launchApp(AppSetup, mbSetup, {}, pageShow(mbSetup), false));
     expectInFront(mbSetup, "runs and is taken over");
-}
-
-/** An expiry that was on its way when its timer began anew does not cut short the time of the page after it. */
-TEST_F(ViewManagerTest, ALateExpiryDoesNotCountForTheNextPage)
-{
-    bringToFront(mbFM);
-    reportTopPage(mbFM);
-    setNext(mbUSBAudio);
-    Platform::IpcDouble::injectMessage(AppRadio, RMSG_PAGE_TOP_SHOWN, mbFM);
-    reportTopPage(mbAM);
-    setNextPage(mbSetup);
-    for (const auto timer : { Extend::ViewManager::reportTimer, Extend::ViewManager::requestTimer })
-        view.timerCallback(timer);
-    run();
-    expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
-    expectNothingPosted();
-    EXPECT_TRUE(takeSent().empty());
-    for (const auto timer : { Extend::ViewManager::reportTimer, Extend::ViewManager::requestTimer })
-        EXPECT_TRUE(view.isTimerRunning(timer));
 }
 
 TEST_F(ViewManagerTest, LeavesTwoPagesOfOneProgramToTheProgram)
@@ -235,8 +218,9 @@ TEST_F(ViewManagerTest, APageWantedWhileTheNewOneComesFollowsIt)
     }
 }
 
-/** The navigation program answers nothing: its window is shown and hidden directly, and found under any of its titles.
- */
+/**
+    The navigation program answers nothing: its window is shown and hidden directly, and found under any of its titles.
+*/
 TEST_F(ViewManagerTest, ShowsAndHidesTheNavigationWindowItself)
 {
     using Operation = WindowDouble::Operation;

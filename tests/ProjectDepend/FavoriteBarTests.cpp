@@ -4,8 +4,10 @@
 #include "doubles/OverlayDouble.h"
 #include "kernel/MessageIds.h"
 #include "platform/config/Resources.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 #include "platform/settings/SysInfo.h"
+#include "platform/settings/SysInfoItems.h"
 #include "support/FakeDevices.h"
 #include "support/LogCapture.h"
 #include "support/Pump.h"
@@ -22,28 +24,31 @@ using testing::IsEmpty;
 namespace
 {
 
-constexpr int voltageShownInfo = 36;
-constexpr int voltageInfo = 37;
-
-struct Favorite
+struct Favourite
 {
     int number, page;
     const char *icon, *label, *information;
 };
 
 /** Of every band one, then one without a label, one of another page, one of none; 9 and 16 are in the second group. */
-constexpr std::array someFavorites {
-    Favorite { 1, 52, "fm", "Harbour", "1  FM Harbour" },   Favorite { 2, 53, "am", "Coast", "2  AM Coast" },
-    Favorite { 3, 54, "wx", "WX 3", "3  WB WX 3" },         Favorite { 4, 18, "sxm", "Sea Blues", "4  SXM Sea Blues" },
-    Favorite { 5, 42, "dab", "Digital", "5  DAB Digital" }, Favorite { 6, 52, "fm", "", "6  FM " },
-    Favorite { 7, 16, "", "Cable", "7   Cable" },           Favorite { 8, 0, "", "", "8   " },
-    Favorite { 9, 52, "fm", "Nine", "9  FM Nine" },         Favorite { 16, 53, "am", "Last", "16  AM Last" },
+constexpr std::array someFavourites {
+    Favourite { 1, 52, "fm", "Harbour", "1  FM Harbour" },
+    Favourite { 2, 53, "am", "Coast", "2  AM Coast" },
+    Favourite { 3, 54, "wx", "WX 3", "3  WB WX 3" },
+    Favourite { 4, 18, "sxm", "Sea Blues", "4  SXM Sea Blues" },
+    Favourite { 5, 42, "dab", "Digital", "5  DAB Digital" },
+    Favourite { 6, 52, "fm", "", "6  FM " },
+    Favourite { 7, 16, "", "Cable", "7   Cable" },
+    Favourite { 8, 0, "", "", "8   " },
+    Favourite { 9, 52, "fm", "Nine", "9  FM Nine" },
+    Favourite { 16, 53, "am", "Last", "16  AM Last" },
 };
 
-juce::String settingsOf(const Favorite& favorite)
+juce::String settingsOf(const Favourite& favourite)
 {
-    return juce::String(23 + favorite.number) + " = " + juce::String(favorite.page) + "\n" +
-           juce::String(39 + favorite.number) + " = " + juce::String(favorite.label).quoted() + "\n";
+    return juce::String(favouritePageSetting(favourite.number)) + " = " + juce::String(favourite.page) + "\n" +
+           juce::String(favouriteLabelSetting(favourite.number)) + " = " + juce::String(favourite.label).quoted() +
+           "\n";
 }
 
 class FavoriteBarTest : public testing::Test
@@ -52,11 +57,11 @@ protected:
     FavoriteBarTest()
     {
         juce::String settings;
-        for (const auto& each : someFavorites)
+        for (const auto& each : someFavourites)
             settings << settingsOf(each);
         ScratchUnit::emptySettings(settings);
-        VX_SetSysInfo(voltageShownInfo, 1);
-        VX_SetSysInfo(voltageInfo, 128);
+        VX_SetSysInfo(sysInfoVoltageShown, 1);
+        VX_SetSysInfo(sysInfoVoltage, 128);
         EXPECT_TRUE(CVXResPathManager::getInstance()->addResPath(HEADUNIT_BUILD_DIR "/resources/MainRes.spp", {}));
         EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
         bar = std::make_unique<Bar::FavoriteBar>();
@@ -69,7 +74,7 @@ protected:
     }
 
     void say(int id, int arg1 = 0, int arg2 = 0) { bar->postMessage(id, arg1, arg2, nullptr); }
-    void select(int favorite, int camera = 0) { say(MSG_FAVORITES_SELECT, favorite, camera); }
+    void select(int favourite, int camera = 0) { say(MSG_FAVORITES_SELECT, favourite, camera); }
     void touchOutside()
     {
         doubles::OverlayDouble::touch(0x1234);
@@ -81,7 +86,7 @@ protected:
     {
         return *CVXRelationHelper::findComponent<Control>(bar.get(), name);
     }
-    CVXButton& button(int favorite) { return find<CVXButton>("Btn_favorites" + juce::String(favorite)); }
+    CVXButton& button(int favourite) { return find<CVXButton>("Btn_favorites" + juce::String(favourite)); }
     std::string voltage() { return find<CVXStatic>("StVoltaValue").getContent().getText().toStdString(); }
 
     /** What a person sees: groups, selected favourites, the notice, the voltage; "" while the bar is hidden. */
@@ -94,9 +99,9 @@ protected:
         for (const auto* name : { "gp_one", "gp_two" })
             if (find(name).isVisible())
                 parts.add(name);
-        for (int favorite = 1; favorite <= 16; ++favorite)
-            if (button(favorite).getPicture().getName() == "farvoritebar\\fav_button_p.png")
-                parts.add(juce::String(favorite));
+        for (int favourite = 1; favourite <= 16; ++favourite)
+            if (button(favourite).getPicture().getName() == "farvoritebar\\fav_button_p.png")
+                parts.add(juce::String(favourite));
         if (find("gp_alert").isVisible())
             parts.add("empty!");
         if (find("StVoltaValue").isVisible())
@@ -107,9 +112,9 @@ protected:
     std::vector<int> stored() const
     {
         std::vector<int> indexes;
-        for (int favorite = -1; favorite <= 40; ++favorite)
-            if (bar->isStored(favorite))
-                indexes.push_back(favorite);
+        for (int favourite = -1; favourite <= 40; ++favourite)
+            if (bar->isStored(favourite))
+                indexes.push_back(favourite);
         return indexes;
     }
 
@@ -136,14 +141,14 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
         { "first group", [&] { select(8); }, "gp_one 8 12.7v", 10000, 0 },
         { "second group", [&] { select(9); }, "gp_two 9 12.7v", 10000, 0 },
         { "an empty place", [&] { say(MSG_FAVORITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
-        { "its notice is over", [&] { bar->timerCallback(1); }, "gp_two 9 12.7v", 10000, 0 },
+        { "its notice is over", [&] { bar->timerCallback(Bar::FavoriteBar::alertTimer); }, "gp_two 9 12.7v", 10000, 0 },
         { "again", [&] { say(MSG_FAVORITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
         { "over the camera", [&] { select(16, 1); }, "gp_two 16 12.7v", 5000, 0 },
         { "a new voltage", [&] { say(MSG_VOLTMETER_VALUE, 136); }, "gp_two 16 12.8v", 5000, 0 },
         { "hidden", [&] { say(MSG_VOLTMETER_SHOW, 0); }, "gp_two 16", 5000, 0 },
         { "shown", [&] { say(MSG_VOLTMETER_SHOW, 2); }, "gp_two 16 12.8v", 5000, 0 },
-        { "the time is over", [&] { bar->timerCallback(0); }, "", 0, 0 },
-        { "no voltage is wanted", info(voltageShownInfo, 0), "", 0, 0 },
+        { "the time is over", [&] { bar->timerCallback(Bar::FavoriteBar::showTimer); }, "", 0, 0 },
+        { "no voltage is wanted", info(sysInfoVoltageShown, 0), "", 0, 0 },
         { "back", [&] { select(1, 2); }, "gp_one 1", 10000, 0 },
         { "no such place", [&] { select(0), select(17), select(INT32_MIN); }, "gp_one 1", 10000, 0 },
         { "a foreign message", [&] { say(MSG_VOLUME_SHOW, 4); }, "gp_one 1", 10000, 0 },
@@ -156,13 +161,13 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
         SCOPED_TRACE(step.story);
         step.action();
         EXPECT_EQ(seen(), step.seen);
-        EXPECT_EQ(timerMs(0), step.showMs);
-        EXPECT_EQ(timerMs(1), step.alertMs);
+        EXPECT_EQ(timerMs(Bar::FavoriteBar::showTimer), step.showMs);
+        EXPECT_EQ(timerMs(Bar::FavoriteBar::alertTimer), step.alertMs);
     }
     EXPECT_EQ(bar->getCurrentIndex(), 2);
 }
 
-TEST_F(FavoriteBarTest, TakesTheFavoritesFromTheSettingsAndTellsTheRemote)
+TEST_F(FavoriteBarTest, TakesTheFavouritesFromTheSettingsAndTellsTheRemote)
 {
     EXPECT_EQ(bar->getCurrentIndex(), 1);
     EXPECT_THAT(stored(), IsEmpty());
@@ -170,7 +175,7 @@ TEST_F(FavoriteBarTest, TakesTheFavoritesFromTheSettingsAndTellsTheRemote)
     EXPECT_THAT(stored(), ElementsAre(1, 2, 3, 4, 5, 9, 16));
     EXPECT_THAT(remote.calls,
                 ElementsAre("clear", "text 0 0 Favorites temporary", "text 1 0 4  SXM Sea Blues temporary"));
-    for (const auto& each : someFavorites)
+    for (const auto& each : someFavourites)
     {
         SCOPED_TRACE(each.number);
         const auto& icon = button(each.number).getIcon();
@@ -185,8 +190,8 @@ TEST_F(FavoriteBarTest, TakesTheFavoritesFromTheSettingsAndTellsTheRemote)
 
     // One stored and one deleted meanwhile are known with the next refresh, which leaves the selection as it is.
     select(9);
-    VX_SetSetupValueInt(24, Pubhead::NUM_OF_PAGES);
-    VX_SetSetupValueString(45, "New");
+    VX_SetSetupValueInt(favouritePageSetting(1), Pubhead::NUM_OF_PAGES);
+    VX_SetSetupValueString(favouriteLabelSetting(6), "New");
     bar->refresh();
     EXPECT_THAT(stored(), ElementsAre(2, 3, 4, 5, 6, 9, 16));
     EXPECT_FALSE(button(1).getIcon().isLoaded());
@@ -241,6 +246,6 @@ TEST_F(FavoriteBarTest, WithoutAnythingAroundItKeepsItsState)
     EXPECT_TRUE(bar->isShown());
     EXPECT_EQ(bar->getCurrentIndex(), 12);
     EXPECT_TRUE(bar->isStored(9));
-    bar->timerCallback(0);
+    bar->timerCallback(Bar::FavoriteBar::showTimer);
     EXPECT_FALSE(bar->isShown());
 }

@@ -223,8 +223,10 @@ TEST_F(EngineProcessTest, SaysItsVersionAndRefusesABadConfigurationInOneLine)
     EXPECT_EQ(finish().status, 2);
 }
 
-/** The boot stage's camera holds the screen: nothing starts. It lets go: the engine asks the microcontroller for the
- * last memory. */
+/**
+    The boot stage's camera holds the screen: nothing starts. It lets go: the engine asks the microcontroller for the
+    last memory.
+*/
 TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
 {
     const auto hold = folder.getChildFile("camera");
@@ -305,8 +307,10 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     EXPECT_EQ(finish().status, 0);
 }
 
-/** With the display "none" one that is there is left alone; with "auto" one that never answers is waited for beside the
- * unit's work, and holds up neither its start nor its end. */
+/**
+    With the display "none" one that is there is left alone; with "auto" one that never answers is waited for beside the
+    unit's work, and holds up neither its start nor its end.
+*/
 TEST_F(EngineProcessTest, NoDisplayHoldsItUp)
 {
     const SilentDisplay silent;

@@ -38,7 +38,7 @@ juce::String storedVolume(const Bench::Unit& unit)
 
 /**
     Somebody turns the volume and switches the unit off, which is asked thirty times to end, also while it ends; and
-   once more with another process inside a write to the settings store, which was there before the start.
+    once more with another process inside a write to the settings store, which was there before the start.
 */
 TEST(EngineShutdown, ManyRequestsInARowEndItCleanlyWithTheLastVolumeStored)
 {

@@ -21,7 +21,6 @@ struct State
     std::vector<IpcDouble::Posted> posted;
     std::vector<IpcDouble::NamedBroadcast> named;
     std::function<void(const IpcDouble::Posted&)> program;
-    bool reachable = true;
 };
 
 std::mutex lock;
@@ -85,13 +84,10 @@ MsgSession::~MsgSession()
 
 bool MsgSession::init(IMsgProc* newReceiver)
 {
-    {
-        const std::lock_guard guard(receiverLock);
-        receiver = newReceiver;
-        open = true;
-    }
-    const std::lock_guard guard(lock);
-    return state.reachable;
+    const std::lock_guard guard(receiverLock);
+    receiver = newReceiver;
+    open = true;
+    return true;
 }
 
 void MsgSession::close()
@@ -167,12 +163,6 @@ void reset()
 {
     const std::lock_guard guard(lock);
     state = {};
-}
-
-void setBusReachable(bool reachable)
-{
-    const std::lock_guard guard(lock);
-    state.reachable = reachable;
 }
 
 void setPresent(int appType, bool present, int pid)
@@ -253,11 +243,6 @@ bool injectMessage(int fromAppType, juce::int32 what, juce::int32 arg1, juce::in
 bool injectWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam)
 {
     return deliver([=](IMsgProc& target) { target.onWindowMessage(message, wParam, lParam); });
-}
-
-bool injectBroadcast(const juce::String& text)
-{
-    return deliver([&](IMsgProc& target) { target.onBroadcast(text); });
 }
 
 } // namespace IpcDouble

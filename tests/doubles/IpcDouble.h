@@ -29,10 +29,8 @@ struct NamedBroadcast
     Bundle::Ptr bundle;
 };
 
-/** Nobody is present, nothing is recorded, no process is expected, and the next `init` succeeds. */
+/** Nobody is present, nothing is recorded, no process is expected. */
 void reset();
-/** What the next `MsgSession::init` answers; the session is open either way. */
-void setBusReachable(bool reachable);
 
 /** A change is reported to the receiver. `pid` is what `ownerProcess` answers while the program is present. */
 void setPresent(int appType, bool present, int pid = -1);
@@ -44,8 +42,10 @@ std::vector<Posted> takePosted();
 /** The same to one program; what went to others stays. */
 std::vector<Posted> takePosted(int appType);
 std::vector<NamedBroadcast> takeNamedBroadcasts();
-/** Called inside each post to one program, on the posting thread: a program that answers before the engine goes on.
- * Empty for none. */
+/**
+    Called inside each post to one program, on the posting thread: a program that answers before the engine goes on.
+    Empty for none.
+*/
 void onPost(std::function<void(const Posted&)> program);
 /** What `expectProcess` last said of the program, -1 for no restriction. */
 int expectedProcess(int appType);
@@ -53,6 +53,5 @@ int expectedProcess(int appType);
 bool injectMessage(int fromAppType, juce::int32 what, juce::int32 arg1 = 0, juce::int32 arg2 = 0,
                    Bundle::Ptr bundle = nullptr);
 bool injectWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam);
-bool injectBroadcast(const juce::String& text);
 
 } // namespace Platform::IpcDouble

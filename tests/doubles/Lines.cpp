@@ -24,13 +24,9 @@ struct Recorded
 {
     std::vector<LinesDouble::PinCall> pinCalls;
     std::map<int, int> levels;
-    std::set<int> failingPins;
-    bool i2cOpenFails = false;
     std::set<int> failingDevices;
     std::map<std::pair<int, int>, std::uint8_t> registers;
     std::vector<LinesDouble::RegisterWrite> registerWrites;
-    int openCount = 0;
-    int timeoutMs = 0;
 };
 
 std::mutex lock;
@@ -44,8 +40,6 @@ constexpr const char* onlyBus = "I2C1:";
 bool GpioFunc::setPinFunc(int line, int function)
 {
     const std::lock_guard guard(lock);
-    if (recorded.failingPins.contains(line))
-        return false;
     recorded.pinCalls.push_back({ line, LinesDouble::Operation::function, function });
     return true;
 }
@@ -53,21 +47,9 @@ bool GpioFunc::setPinFunc(int line, int function)
 bool GpioFunc::writePin(int line, int level)
 {
     const std::lock_guard guard(lock);
-    if (recorded.failingPins.contains(line))
-        return false;
     recorded.levels[line] = level;
     recorded.pinCalls.push_back({ line, LinesDouble::Operation::write, level });
     return true;
-}
-
-int GpioFunc::readPin(int line)
-{
-    const std::lock_guard guard(lock);
-    if (recorded.failingPins.contains(line))
-        return -1;
-    const int level = recorded.levels[line];
-    recorded.pinCalls.push_back({ line, LinesDouble::Operation::read, level });
-    return level;
 }
 
 void endDeviceWaits() {}
@@ -82,16 +64,14 @@ I2CDevice::~I2CDevice()
     close();
 }
 
-bool I2CDevice::open(const juce::String& bus, int timeoutMs)
+bool I2CDevice::open(const juce::String& bus, int)
 {
     close();
     const std::lock_guard guard(lock);
-    if (bus != onlyBus || recorded.i2cOpenFails)
+    if (bus != onlyBus)
         return false;
     backend->open = true;
     ++openDevices;
-    ++recorded.openCount;
-    recorded.timeoutMs = timeoutMs;
     return true;
 }
 
@@ -136,31 +116,10 @@ std::vector<LinesDouble::PinCall> LinesDouble::takePinCalls()
     return std::exchange(recorded.pinCalls, {});
 }
 
-void LinesDouble::setPin(int line, int level)
-{
-    const std::lock_guard guard(lock);
-    recorded.levels[line] = level;
-}
-
 int LinesDouble::getPin(int line)
 {
     const std::lock_guard guard(lock);
     return recorded.levels[line];
-}
-
-void LinesDouble::failPin(int line, bool fails)
-{
-    const std::lock_guard guard(lock);
-    if (fails)
-        recorded.failingPins.insert(line);
-    else
-        recorded.failingPins.erase(line);
-}
-
-void LinesDouble::failI2cOpen(bool fails)
-{
-    const std::lock_guard guard(lock);
-    recorded.i2cOpenFails = fails;
 }
 
 void LinesDouble::failI2cDevice(int address, bool fails)
@@ -188,18 +147,6 @@ int LinesDouble::getOpenI2cDevices()
 {
     const std::lock_guard guard(lock);
     return openDevices;
-}
-
-int LinesDouble::getI2cOpenCount()
-{
-    const std::lock_guard guard(lock);
-    return recorded.openCount;
-}
-
-int LinesDouble::getI2cTimeout()
-{
-    const std::lock_guard guard(lock);
-    return recorded.timeoutMs;
 }
 
 } // namespace doubles

@@ -9,13 +9,13 @@ namespace Platform::doubles
 /** The GPIO lines and I2C devices of a test: what was done to them, and what they answer. Any thread. */
 struct LinesDouble
 {
-    enum class Operation { function, write, read };
+    enum class Operation { function, write };
 
     struct PinCall
     {
         int line;
         Operation operation;
-        int value; ///< function number, level written or level read
+        int value; ///< function number or level written
         bool operator==(const PinCall&) const = default;
     };
 
@@ -29,14 +29,11 @@ struct LinesDouble
 
     static void reset();
 
-    /** Every successful call since the last `takePinCalls`, in order. */
+    /** Every call since the last `takePinCalls`, in order. */
     static std::vector<PinCall> takePinCalls();
-    /** The level that reads answer; 0 at first. A write changes it too. */
-    static void setPin(int line, int level);
+    /** The level that was written; 0 at first. */
     static int getPin(int line);
-    static void failPin(int line, bool fails);
 
-    static void failI2cOpen(bool fails);
     /** A failing device answers neither writes nor reads. */
     static void failI2cDevice(int address, bool fails);
     /** The value that reads answer; 0 at first. A write changes it too. */
@@ -44,9 +41,6 @@ struct LinesDouble
     static std::vector<RegisterWrite> takeRegisterWrites();
     /** Devices that are open now. */
     static int getOpenI2cDevices();
-    /** Successful openings since the last reset, and the time-out given with the latest. */
-    static int getI2cOpenCount();
-    static int getI2cTimeout();
 };
 
 } // namespace Platform::doubles

@@ -33,7 +33,6 @@ struct Line
 {
     std::shared_ptr<Delivery> delivery;
     int baudRate = 0;
-    int openCount = 0;
     juce::MemoryBlock written;
     bool openFails = false;
     int writeLimit = -1;
@@ -83,7 +82,6 @@ bool SerialPort::open(const juce::String& name, int baudRate, bool awaitDevice)
                                         line.baudRate = baudRate;
                                         if (line.openFails && !awaitDevice)
                                             return false;
-                                        line.openCount += line.openFails ? 0 : 1;
                                         line.delivery = std::make_shared<Delivery>();
                                         line.delivery->receiver = &backend->receiver;
                                         backend->name = name;
@@ -154,19 +152,9 @@ int SerialPortDouble::getBaudRate(const juce::String& name)
     return withLine(name, [](const Line& line) { return line.baudRate; });
 }
 
-int SerialPortDouble::getOpenCount(const juce::String& name)
-{
-    return withLine(name, [](const Line& line) { return line.openCount; });
-}
-
 void SerialPortDouble::onOpen(const juce::String& name, std::function<void()> observer)
 {
     withLine(name, [&](Line& line) { line.openObserver = std::move(observer); });
-}
-
-juce::MemoryBlock SerialPortDouble::getWritten(const juce::String& name)
-{
-    return withLine(name, [](const Line& line) { return line.written; });
 }
 
 juce::MemoryBlock SerialPortDouble::takeWritten(const juce::String& name)

@@ -18,13 +18,10 @@ struct SerialPortDouble
     static bool isOpen(const juce::String& name);
     /** Of the latest opening, also a failed one; 0 when there was none. */
     static int getBaudRate(const juce::String& name);
-    /** How often the port was opened successfully. */
-    static int getOpenCount(const juce::String& name);
     /** Called inside every successful opening, when bytes can be received already. */
     static void onOpen(const juce::String& name, std::function<void()> observer);
 
     /** Everything written to the port since the last `takeWritten`. */
-    static juce::MemoryBlock getWritten(const juce::String& name);
     static juce::MemoryBlock takeWritten(const juce::String& name);
 
     /** The device is away: opening fails, and a port that is open awaits it. */

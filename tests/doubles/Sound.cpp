@@ -16,8 +16,6 @@ struct State
 {
     std::vector<juce::String> calls;
     juce::String playing;
-    bool playFails = false;
-    bool released = false;
     bool held = false;
 };
 
@@ -37,15 +35,14 @@ bool PlaySound(const juce::String& file)
     std::unique_lock lock(mutex);
     released.wait(lock, [] { return !state().held; });
     state().calls.push_back(file);
-    state().playing = state().playFails ? juce::String() : file;
-    return state().playing.isNotEmpty();
+    state().playing = file;
+    return file.isNotEmpty();
 }
 
 void releaseSound()
 {
     const std::scoped_lock lock(mutex);
     state().playing.clear();
-    state().released = true;
 }
 
 namespace doubles
@@ -69,23 +66,11 @@ juce::String SoundDouble::getPlaying()
     return state().playing;
 }
 
-void SoundDouble::failPlay(bool fails)
-{
-    const std::scoped_lock lock(mutex);
-    state().playFails = fails;
-}
-
 void SoundDouble::hold(bool held)
 {
     const std::scoped_lock lock(mutex);
     state().held = held;
     released.notify_all();
-}
-
-bool SoundDouble::isReleased()
-{
-    const std::scoped_lock lock(mutex);
-    return state().released;
 }
 
 } // namespace doubles

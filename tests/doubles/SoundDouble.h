@@ -15,11 +15,8 @@ struct SoundDouble
     static std::vector<juce::String> takeCalls();
     /** The file that plays now, "" when none does. */
     static juce::String getPlaying();
-    /** As without a sound card: nothing plays from now on. */
-    static void failPlay(bool fails);
     /** As with a sound output that hangs: PlaySound does not return while it is held. */
     static void hold(bool held);
-    static bool isReleased();
 };
 
 } // namespace Platform::doubles

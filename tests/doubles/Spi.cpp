@@ -32,9 +32,7 @@ struct Recorded
     std::vector<SpiDouble::Bytes> blocks;
     std::vector<SpiDouble::Record> records;
     SpiDouble::Bytes lastBlock;
-    SpiDouble::Answer answer;
     int crcsToSpoil = 0;
-    int openCount = 0;
     bool openFails = false;
     bool configureFails = false;
     Fault writeFault;
@@ -113,19 +111,11 @@ public:
     juce::Result read(std::span<const std::uint8_t> prefix, std::span<std::uint8_t> buffer) override
     {
         const SpiDouble::Bytes command(prefix.begin(), prefix.end());
-        SpiDouble::Bytes bytes;
-        SpiDouble::Answer answer;
-        {
-            const std::lock_guard guard(lock);
-            recorded.operations.push_back({ Step::read, command, buffer.size() });
-            if (recorded.readFault.isNow())
-                return outcome(false);
-            answer = recorded.answer;
-            if (!answer)
-                bytes = chipAnswer(command);
-        }
-        if (answer)
-            bytes = answer(command, buffer.size());
+        const std::lock_guard guard(lock);
+        recorded.operations.push_back({ Step::read, command, buffer.size() });
+        if (recorded.readFault.isNow())
+            return outcome(false);
+        auto bytes = chipAnswer(command);
         bytes.resize(buffer.size());
         std::copy(bytes.begin(), bytes.end(), buffer.begin());
         return juce::Result::ok();
@@ -152,7 +142,6 @@ bool SpiDevice::open(const juce::String& name)
         return false;
     bus = std::make_unique<MemorySpiBus>();
     ++openDevices;
-    ++recorded.openCount;
     return true;
 }
 
@@ -217,18 +206,6 @@ int SpiDouble::getOpenDevices()
 {
     const std::lock_guard guard(lock);
     return openDevices;
-}
-
-int SpiDouble::getOpenCount()
-{
-    const std::lock_guard guard(lock);
-    return recorded.openCount;
-}
-
-void SpiDouble::setAnswer(Answer answer)
-{
-    const std::lock_guard guard(lock);
-    recorded.answer = std::move(answer);
 }
 
 void SpiDouble::spoilCrcs(int count)

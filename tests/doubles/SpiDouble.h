@@ -3,16 +3,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 namespace Platform::doubles
 {
 
 /**
-    The SPI bus of a test and the chip on it: what was done with it, and what it answers. Unless a test says otherwise
-   the chip confirms every block: a read with the prefix 00 00 72 answers the block's CRC-16/XMODEM, high byte first,
-   and any other read answers zeros. Any thread.
+    The SPI bus of a test and the chip on it: what was done with it, and what it answers. The chip confirms every block:
+    a read with the prefix 00 00 72 answers the block's CRC-16/XMODEM, high byte first, any other zeros. Any thread.
 */
 struct SpiDouble
 {
@@ -33,18 +31,15 @@ struct SpiDouble
 
     /** Every call that reached the bus since the last take, in order, with those that failed. */
     static std::vector<Operation> takeOperations();
-    /** What was written between a select and its release, each as one block; one with a failed write is not among them.
-     */
+    /**
+        What was written between a select and its release, each as one block; one with a failed write is not among them.
+    */
     static std::vector<Bytes> takeBlocks();
     static std::vector<Record> takeRecords();
 
-    /** Devices that are open now, and successful openings since the last reset. */
+    /** Devices that are open now. */
     static int getOpenDevices();
-    static int getOpenCount();
 
-    /** Answers a read in place of the chip; what it answers is cut, or filled with zeros, to the length. */
-    using Answer = std::function<Bytes(const Bytes& prefix, size_t length)>;
-    static void setAnswer(Answer answer);
     /** The next so many CRCs that are read are wrong in every bit. */
     static void spoilCrcs(int count);
 

@@ -15,9 +15,6 @@ constexpr juce::uint32 fullVolume = 0xFFFFFFFF;
 
 struct State
 {
-    std::vector<doubles::SystemDouble::RegistryWrite> registryWrites;
-    juce::String registryError;
-    bool exceptionHookInstalled = false;
     juce::uint32 waveOutVolume = fullVolume;
     juce::uint32 ticks = 0;
     std::optional<juce::uint32> uniqueId;
@@ -33,12 +30,8 @@ State& state()
 
 } // namespace
 
-juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value)
+juce::Result writeRegistryValue(const juce::String&, const juce::String&, juce::uint32)
 {
-    const std::scoped_lock lock(mutex);
-    if (state().registryError.isNotEmpty())
-        return juce::Result::fail(state().registryError);
-    state().registryWrites.push_back({ key, name, value });
     return juce::Result::ok();
 }
 
@@ -54,11 +47,7 @@ juce::uint32 getWaveOutVolume()
     return state().waveOutVolume;
 }
 
-void installExceptionHook()
-{
-    const std::scoped_lock lock(mutex);
-    state().exceptionHookInstalled = true;
-}
+void installExceptionHook() {}
 
 void guardStack() {}
 
@@ -76,24 +65,6 @@ void SystemDouble::reset()
 {
     const std::scoped_lock lock(mutex);
     state() = {};
-}
-
-std::vector<SystemDouble::RegistryWrite> SystemDouble::getRegistryWrites()
-{
-    const std::scoped_lock lock(mutex);
-    return state().registryWrites;
-}
-
-void SystemDouble::failRegistry(const juce::String& error)
-{
-    const std::scoped_lock lock(mutex);
-    state().registryError = error;
-}
-
-bool SystemDouble::isExceptionHookInstalled()
-{
-    const std::scoped_lock lock(mutex);
-    return state().exceptionHookInstalled;
 }
 
 } // namespace doubles

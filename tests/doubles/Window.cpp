@@ -24,7 +24,6 @@ struct KnownWindow
 /** What a reset forgets. */
 struct Desktop
 {
-    bool display = false;
     std::map<WindowHandle, KnownWindow> windows;
     std::vector<WindowDouble::Posted> posted;
     std::vector<WindowDouble::Action> actions;
@@ -36,7 +35,6 @@ WindowHandle lastHandle = 0x400000; // Never used twice: a closed window's handl
 
 /** Held during a delivery, so that none outlives `stopWindowMessages`. */
 std::mutex deliveryLock;
-juce::String messageTitle;
 WindowMessageHandler messageHandler;
 
 } // namespace
@@ -83,24 +81,21 @@ void setForegroundWindow(WindowHandle window)
     desktop.actions.push_back({ window, WindowDouble::Operation::foreground });
 }
 
-void startWindowMessages(const juce::String& title, WindowMessageHandler handler)
+void startWindowMessages(const juce::String&, WindowMessageHandler handler)
 {
     const std::lock_guard guard(deliveryLock);
-    messageTitle = title;
     messageHandler = std::move(handler);
 }
 
 void stopWindowMessages()
 {
     const std::lock_guard guard(deliveryLock);
-    messageTitle.clear();
     messageHandler = nullptr;
 }
 
 bool UIHelper::hasDisplay()
 {
-    const std::lock_guard guard(lock);
-    return desktop.display;
+    return false;
 }
 
 namespace doubles
@@ -110,12 +105,6 @@ void WindowDouble::reset()
 {
     const std::lock_guard guard(lock);
     desktop = {};
-}
-
-void WindowDouble::setDisplay(bool present)
-{
-    const std::lock_guard guard(lock);
-    desktop.display = present;
 }
 
 WindowHandle WindowDouble::add(const juce::String& title, int pid)
@@ -141,12 +130,6 @@ std::vector<WindowDouble::Action> WindowDouble::takeActions()
 {
     const std::lock_guard guard(lock);
     return std::exchange(desktop.actions, {});
-}
-
-juce::String WindowDouble::getMessageWindowTitle()
-{
-    const std::lock_guard guard(deliveryLock);
-    return messageTitle;
 }
 
 bool WindowDouble::injectMessage(std::int32_t message, std::int32_t wParam, std::int32_t lParam)

@@ -31,9 +31,6 @@ struct WindowDouble
     /** Forgets the windows and the records. The handler of window messages stays. */
     static void reset();
 
-    /** Window look-ups and posts work whatever this says: it is what `UIHelper::hasDisplay` answers, false at first. */
-    static void setDisplay(bool present);
-
     static WindowHandle add(const juce::String& title, int pid = -1);
     static void remove(WindowHandle window);
 
@@ -42,8 +39,6 @@ struct WindowDouble
     /** What was shown, hidden and brought to the front since the last call, in order. */
     static std::vector<Action> takeActions();
 
-    /** Title given to `startWindowMessages`; "" when window messages are not started. */
-    static juce::String getMessageWindowTitle();
     /** Delivers a message to the program under test on the calling thread. False while it has not started them. */
     static bool injectMessage(std::int32_t message, std::int32_t wParam, std::int32_t lParam);
 };

@@ -3,11 +3,13 @@
 #include "dsp/akm/VolumeTable.h"
 #include "dsp/akm/ak773ChipManager.h"
 #include "platform/base/Logger.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/Golden.h"
 
 #include <atomic>
 #include <thread>
 
+using namespace Platform;
 using namespace Dsp;
 
 namespace
@@ -57,7 +59,7 @@ protected:
         {
             const auto& block = blocks[i];
             const auto hex = [&](std::size_t from, std::size_t count)
-            { return Platform::hexPairs(block.data() + from, static_cast<int>(count)); };
+            { return hexPairs(block.data() + from, static_cast<int>(count)); };
             if (block.size() > 100)
                 text << "image " << hex(0, 3) << ", " << static_cast<int>(block.size()) << " bytes\n";
             else if (block[0] >= 0x80 && block[0] < 0x90 && i + 1 < blocks.size())
@@ -82,7 +84,7 @@ protected:
     static juce::String gain(double decibels)
     {
         const auto word = gainWord(decibels);
-        return Platform::hexPairs(word.data(), 3);
+        return hexPairs(word.data(), 3);
     }
 
     Notices notices;
@@ -94,8 +96,8 @@ TEST_F(AudioTest, WritesWhatItAlwaysWrote)
 {
     helper().setVolume(20, false);
     helper().setVolume(15, true);
-    set(281, 1);
-    set(1792, 1);
+    set(zone2OnSetting, 1);
+    set(presetSetting, 1);
     ak7738Operator::getInstance()->boot();
     const auto boot = transcript();
     expectGolden("dsp/golden/boot.txt", boot);
@@ -105,7 +107,7 @@ TEST_F(AudioTest, WritesWhatItAlwaysWrote)
     expectGolden("dsp/golden/init.txt", init.substring(boot.length()));
     start();
     EXPECT_TRUE(init.endsWith(transcript())) << "when the microcontroller restarts, only the equaliser is written anew";
-    set(1792, 3);
+    set(presetSetting, 3);
     eq().applyPreset();
     expectGolden("dsp/golden/preset.txt", transcript());
     audio().changeSource(Dsp::eAudioAux1);
@@ -142,8 +144,8 @@ TEST_F(AudioTest, StepsMoveTheZonesAndTellTheListener)
         SCOPED_TRACE(name);
         helper().setVolume(10, false);
         helper().setVolume(40, true);
-        set(281, zone2On);
-        set(283, volumeMode);
+        set(zone2OnSetting, zone2On);
+        set(zone2VolumeSetting, volumeMode);
         audio().zone2OnChanged();
         audio().zone2VolumeModeChanged();
         notices.take();
@@ -158,8 +160,8 @@ TEST_F(AudioTest, StepsMoveTheZonesAndTellTheListener)
     EXPECT_EQ(helper().getVolume(false), 50);
     helper().setVolume(10, false);
     helper().setVolume(5, true);
-    set(281, 1);
-    set(283, 0);
+    set(zone2OnSetting, 1);
+    set(zone2VolumeSetting, 0);
     audio().zone2OnChanged();
     audio().zone2VolumeModeChanged();
     audio().setVolume(200, 1);
@@ -174,7 +176,7 @@ TEST_F(AudioTest, OutputsFollowTheZonesThatTheyBelongTo)
 {
     helper().setVolume(50, false);
     helper().setVolume(0, true);
-    set(281, 1);
+    set(zone2OnSetting, 1);
     start();
     const auto a = [](bool main) { return gain(main ? 6 + 2.5 : -144); };
     const auto b = [](bool main) { return gain(main ? 11 : -144); };
@@ -187,7 +189,7 @@ TEST_F(AudioTest, OutputsFollowTheZonesThatTheyBelongTo)
          { Case { 0, false, false, true }, Case { 1, false, true, false }, Case { 2, false, false, false },
            Case { 0, true, true, false } })
     {
-        set(282, mode);
+        set(zone2OutputSetting, mode);
         audio().setSubwooferDirect(direct);
         memory();
         audio().zone2OutputModeChanged();
@@ -224,7 +226,7 @@ TEST_F(AudioTest, WhatWasAskedForBeforeTheDspIsUpComesWithIt)
 {
     audio().changeSource(Dsp::eAudioFM);
     audio().setAlert(true);
-    set(280, 0);
+    set(balanceSetting, 0);
     eq().applyBalance();
     EXPECT_EQ(transcript(), "");
     start();
@@ -240,7 +242,7 @@ TEST_F(AudioTest, TheEqualiserNeverAddsUp)
 {
     start();
     memory();
-    set(1792, 2);
+    set(presetSetting, 2);
     eq().applyPreset();
     const auto plain = memory();
     for (int times = 0; times < 3; ++times)
@@ -252,17 +254,17 @@ TEST_F(AudioTest, TheEqualiserNeverAddsUp)
     auto last = memory();
     for (const auto& [place, words] : plain)
         EXPECT_EQ(last[place], words) << place;
-    set(278, 1);
+    set(subwooferSetting, 1);
     eq().updateSubwoofer();
     memory();
     eq().applyPreset();
     EXPECT_EQ(memory().count("bank 1 01 16"), 0u) << "with the subwoofer group 3 stays flat";
-    set(1792, 5);
+    set(presetSetting, 5);
     eq().applyPreset();
-    set(1792, 1);
+    set(presetSetting, 1);
     eq().setCustomBand(3, 12);
     EXPECT_EQ(transcript(), "") << "no such preset; not the user's curve";
-    set(280, 0);
+    set(balanceSetting, 0);
     eq().applyBalance();
     EXPECT_EQ(memory()["bank 0 00 BB"], gain(-144));
 }

@@ -1,4 +1,7 @@
 #include "DspFixture.h"
+#include "platform/settings/SetupIndex.h"
+
+using namespace Platform;
 
 namespace
 {
@@ -58,23 +61,24 @@ TEST_F(SettingHelperTest, ConvertsSettingsAndLimitsThem)
         int value;
     };
     for (const auto& [index, stored, get, value] :
-         { Case { 280, 0, &Dsp::DSPSettingHelper::getBalance, 12 },
-           Case { 280, 99, &Dsp::DSPSettingHelper::getBalance, 0 },
-           Case { 279, 6, &Dsp::DSPSettingHelper::getFader, 6 }, Case { 279, -5, &Dsp::DSPSettingHelper::getFader, 12 },
-           Case { 1281, 0, &Dsp::DSPSettingHelper::getBassGain, -6 },
-           Case { 1283, 500, &Dsp::DSPSettingHelper::getTrebleGain, 6 },
-           Case { 257, 14, &Dsp::DSPSettingHelper::getBandLevel257, 7 },
-           Case { 263, -1, &Dsp::DSPSettingHelper::getBandLevel263, -7 },
-           Case { 267, 3, &Dsp::DSPSettingHelper::getCrossoverFrequency, 120 },
-           Case { 267, 4, &Dsp::DSPSettingHelper::getCrossoverFrequency, 120 },
-           Case { 1284, 14, &Dsp::DSPSettingHelper::getSubwooferLevelIndex, 13 },
-           Case { 6, 7, &Dsp::DSPSettingHelper::getSourceLevelIndex, 6 },
-           Case { 1792, 7, &Dsp::DSPSettingHelper::getEqPreset, 7 } })
+         { Case { balanceSetting, 0, &Dsp::DSPSettingHelper::getBalance, 12 },
+           Case { balanceSetting, 99, &Dsp::DSPSettingHelper::getBalance, 0 },
+           Case { faderSetting, 6, &Dsp::DSPSettingHelper::getFader, 6 },
+           Case { faderSetting, -5, &Dsp::DSPSettingHelper::getFader, 12 },
+           Case { bassSetting, 0, &Dsp::DSPSettingHelper::getBassGain, -6 },
+           Case { trebleSetting, 500, &Dsp::DSPSettingHelper::getTrebleGain, 6 },
+           Case { band257, 14, &Dsp::DSPSettingHelper::getBandLevel257, 7 },
+           Case { band263, -1, &Dsp::DSPSettingHelper::getBandLevel263, -7 },
+           Case { lowPassSetting, 3, &Dsp::DSPSettingHelper::getCrossoverFrequency, 120 },
+           Case { lowPassSetting, 4, &Dsp::DSPSettingHelper::getCrossoverFrequency, 120 },
+           Case { subwooferLevelSetting, 14, &Dsp::DSPSettingHelper::getSubwooferLevelIndex, 13 },
+           Case { sourceLevelSetting, 7, &Dsp::DSPSettingHelper::getSourceLevelIndex, 6 },
+           Case { presetSetting, 7, &Dsp::DSPSettingHelper::getEqPreset, 7 } })
     {
         set(index, stored);
         EXPECT_EQ((helper().*get)(), value) << index << " = " << stored;
     }
-    set(1291, 12);
+    set(lastBandSetting, 12);
     EXPECT_EQ(helper().getCustomEqGain(6), 6);
     EXPECT_EQ(helper().getCustomEqGain(60), 6);
 }

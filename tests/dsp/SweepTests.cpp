@@ -3,9 +3,12 @@
 #include "bench/dsp/DspChip.h"
 #include "bench/dsp/DspModel.h"
 #include "dsp/akm/ak773ChipManager.h"
+#include "platform/settings/SetupIndex.h"
 
 #include <array>
 #include <cmath>
+
+using namespace Platform;
 
 namespace
 {
@@ -47,10 +50,11 @@ protected:
 
 TEST_F(SweepTest, EveryPresetSoundsAsChosen)
 {
-    for (const auto& [setting, gain] : { std::pair { 1281, 4 }, { 1282, -3 }, { 1283, 6 } })
+    for (const auto& [setting, gain] :
+         { std::pair<int, int> { bassSetting, 4 }, { middleSetting, -3 }, { trebleSetting, 6 } })
         set(setting, gain + 6);
     for (std::size_t band = 0; band < 7; ++band)
-        set(static_cast<int>(1285 + band), curves[4][band] + 6);
+        set(static_cast<int>(firstBandSetting + band), curves[4][band] + 6);
     auto& manager = *Dsp::ak773ChipManager::getInstance();
     manager.init(helper());
     for (int preset = 0; preset < 5; ++preset)
@@ -59,8 +63,8 @@ TEST_F(SweepTest, EveryPresetSoundsAsChosen)
             {
                 SCOPED_TRACE("preset " + std::to_string(preset) + (dmeOn ? ", DME" : "") +
                              (subwoofer ? ", subwoofer" : ""));
-                set(1792, preset);
-                set(278, subwoofer ? 1 : 0);
+                set(presetSetting, preset);
+                set(subwooferSetting, subwoofer ? 1 : 0);
                 manager.getEQService().setDmeState(dmeOn);
                 manager.getEQService().applyPreset();
                 manager.getEQService().updateSubwoofer();

@@ -1,5 +1,5 @@
 // Writes what the display says, made by the decoder's own encoder: one message a line, in the pace of a patient display.
-const { pgnToActisenseSerialFormat } = require('@canboat/canboatjs');
+const { pgnToActisenseSerialFormat } = require('@canboat/canboatjs/lib/toPgn');
 const { exchanges } = require('./exchanges');
 
 const distanceMs = 100;

@@ -1,9 +1,9 @@
 // What a display asks of the unit and tells it, and what the decoder must read in the answers; in the order of play.
 //
 // An exchange is `said`, one message in the encoder's form, and its `answers`; what the unit says by itself has no `said`.
-// An answer has the fields that the unit and the decoder's definition agree upon, with a remark where they do not mean quite
-// the same. `differs` has the others, each with the reason; then `bytes` pins the whole message. A field that is read and
-// not named here is a failure, as is a message to the display that nobody waits for.
+// An answer has the fields that the unit and the decoder's definition agree upon. `differs` has the others, each with the
+// reason; then `bytes` pins the whole message. A field that is read and not named here is a failure, as is a message to the
+// display that nobody waits for.
 
 const unit = 10;
 const display = 35;
@@ -61,7 +61,6 @@ const volume = (zone, percent, mute, to = everybody) => ({
     pgn: zoneVolume.pgn,
     to,
     fields: { 'Zone ID': `Zone ${zone}`, Volume: percent, Mute: mute },
-    remarks: { Mute: 'in an answer, whether the volume is 0; in a report, whether the unit is mute' },
     differs: { Channel: 'not sent: the message ends after three bytes of the eight' },
     bytes: [zone, percent, mute === 'Yes' ? 0xf7 : 0xf3],
 });
@@ -83,7 +82,6 @@ const volumeOfOne = (zone, percent) => ({
 /** Levels are fader, balance, subwoofer, treble, middle and bass; sound is preset, high-pass on, its frequency. */
 const record = (zone, levels, sound) =>
     [zone, 100, ...levels, ...sound, 0, 0, 0, 0, 0, 0, 0].map((byte) => byte & 0xff);
-const signedSteps = 'steps, -6 to 6, where the definition has percent';
 const presets = { 0: 'Flat', 1: 'Rock', 3: 'Jazz', 4: 'Pop', 10: 'Custom' };
 
 const parameters = (zone, levels, sound, to = everybody) => ({
@@ -102,14 +100,6 @@ const parameters = (zone, levels, sound, to = everybody) => ({
         'Preset type': presets[sound[0]],
         'Audio filter': sound[1] ? 'High pass' : 'Full range',
         'High pass filter frequency': sound[2],
-    },
-    remarks: {
-        Fade: signedSteps,
-        Balance: signedSteps,
-        'Sub volume': 'steps from 0, where the definition has percent',
-        'EQ - Treble': signedSteps,
-        'EQ - Mid range': signedSteps,
-        'EQ - Bass': signedSteps,
     },
     differs: {
         'Low pass filter frequency': 'the upper half of the high-pass frequency, which takes 32 bits instead of 16',

@@ -1,4 +1,5 @@
 #include "kernel/MessageIds.h"
+#include "kernel/SystemTimer.h"
 #include "support/KernelFixture.h"
 
 using namespace Kernel;
@@ -53,4 +54,43 @@ TEST_F(TaskGroupTest, ADeferredMessageWaitsAndHoldsNobodyUp)
     deferring->deferred = 0;
     step();
     EXPECT_EQ(deferring->handled, (std::vector { 11, 10 }));
+}
+
+/** A timer runs out, and is stopped or started anew before its owner gets to it: that time is not over. */
+TEST_F(TaskGroupTest, AnExpiryCountsOnlyForTheStartThatItBelongsTo)
+{
+    constexpr int timer = 4;
+    constexpr int farOffMs = 1000000;
+    const auto handled = [this](const std::function<void(SystemTimer&)>& meanwhile, juce::int32 deferred = 0)
+    {
+        auto* owner = new Noting;
+        add(owner, 1);
+        SystemTimer timers(1);
+        timers.startTimer(timer, farOffMs);
+        timers.timerCallback(timer);
+        owner->deferred = deferred;
+        if (deferred != 0)
+            step();
+        meanwhile(timers);
+        owner->deferred = 0;
+        step();
+        return owner->handled;
+    };
+    const std::vector<juce::int32> once { MSG_SYS_TIMER };
+    const std::vector<juce::int32> never;
+    const auto startAnew = [](SystemTimer& timers) { timers.startTimer(timer, farOffMs); };
+    EXPECT_EQ(handled([](SystemTimer&) {}), once);
+    EXPECT_EQ(handled([](SystemTimer& timers) { timers.startTimer(timer + 1, farOffMs); }), once);
+    EXPECT_EQ(handled([](SystemTimer& timers) { timers.stopTimer(timer); }), never);
+    EXPECT_EQ(handled(startAnew), never);
+    EXPECT_EQ(handled(startAnew, MSG_SYS_TIMER), never) << "the owner had put it off";
+    EXPECT_EQ(handled(
+                  [](SystemTimer& timers)
+                  {
+                      timers.stopTimer(timer);
+                      timers.timerCallback(timer);
+                      timers.startTimer(timer, farOffMs);
+                      timers.timerCallback(timer);
+                  }),
+              once);
 }

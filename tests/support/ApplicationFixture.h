@@ -2,18 +2,16 @@
 
 #include "ApplicationLayer/framework/AppHandler.h"
 #include "EngineApi/DeviceStatus.h"
-#include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
 #include "EngineLayer/schedule/ApplicationManager.h"
 #include "lowlayer/BytePool.h"
-#include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/FakePageHandler.h"
 #include "support/ProgramsFixture.h"
 #include "support/ScratchUnit.h"
 
 /** One application among fake pages; what it asks the scheduler for is read as "mbFM run auto". */
-class ApplicationFixture : public ProgramsFixture
+class ApplicationFixture : public ProgramsFixture, protected ProvidedFakes
 {
 protected:
     using Texts = std::vector<std::string>;
@@ -25,23 +23,10 @@ protected:
     explicit ApplicationFixture(const juce::String& settings = {}, std::initializer_list<int> fakePages = {})
     {
         ScratchUnit::emptySettings(settings);
-        EngineApi::Provided<Dsp::ChipManager>::set(&audio);
-        EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
-        EngineApi::Provided<EngineApi::VolumeBar>::set(&volumeBar);
-        EngineApi::Provided<EngineApi::FavoriteBar>::set(&favoriteBar);
-        EngineApi::Provided<EngineApi::AutoTestSession>::set(&session);
         addFakePages(fakePages);
     }
 
-    ~ApplicationFixture() override
-    {
-        EngineApi::Provided<Dsp::ChipManager>::set(nullptr);
-        EngineApi::Provided<EngineApi::WiredRemote>::set(nullptr);
-        EngineApi::Provided<EngineApi::VolumeBar>::set(nullptr);
-        EngineApi::Provided<EngineApi::FavoriteBar>::set(nullptr);
-        EngineApi::Provided<EngineApi::AutoTestSession>::set(nullptr);
-        EngineApi::setEnterTestMode(false);
-    }
+    ~ApplicationFixture() override { EngineApi::setEnterTestMode(false); }
 
     void addFakePages(std::initializer_list<int> added)
     {
@@ -67,18 +52,6 @@ protected:
     {
         pages.at(page)->carryOut(*made(page, EngineApi::SwitchType::ToRun, states));
         EngineLayer::ApplicationManager::getInstance()->refreshSnapshot();
-    }
-
-    static EngineApi::AppStateSwitch::Ptr made(int page, EngineApi::SwitchType type,
-                                               const EngineApi::PageStates& states = {},
-                                               const Platform::AppCommandLine::Ptr& commandLine = nullptr)
-    {
-        EngineApi::AppStateSwitch::Ptr order = new EngineApi::AppStateSwitch;
-        order->page = page;
-        order->switchType = type;
-        order->states = states;
-        order->commandLine = commandLine;
-        return order;
     }
 
     /** An order of the scheduler to a page of the application, which carries it out. */
@@ -120,10 +93,5 @@ protected:
     Texts answers() { return session.takeAnswers(); }
 
     ScratchUnit unit;
-    FakeAudio audio;
-    FakeRemote remote;
-    FakeVolumeBar volumeBar;
-    FakeFavoriteBar favoriteBar;
-    FakeAutoTest session;
     std::map<int, FakePageHandler::Ptr> pages;
 };

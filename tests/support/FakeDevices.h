@@ -2,8 +2,10 @@
 
 #include "EngineApi/AutoTestSession.h"
 #include "EngineApi/Bars.h"
+#include "EngineApi/Provided.h"
 #include "EngineApi/WiredRemote.h"
 #include "platform/base/Logger.h"
+#include "support/FakeAudio.h"
 
 #include <array>
 #include <set>
@@ -96,4 +98,29 @@ public:
     bool running = false;
     std::vector<juce::MemoryBlock> messages;
     std::vector<int> peerStates;
+};
+
+/** The devices that most managers look for, as long as it lives. */
+class ProvidedFakes
+{
+protected:
+    ProvidedFakes() { provide(true); }
+    ~ProvidedFakes() { provide(false); }
+
+    FakeAudio audio;
+    FakeRemote remote;
+    FakeVolumeBar volumeBar;
+    FakeFavoriteBar favouriteBar;
+    FakeAutoTest session;
+
+private:
+    void provide(bool on)
+    {
+        using EngineApi::Provided;
+        Provided<Dsp::ChipManager>::set(on ? &audio : nullptr);
+        Provided<EngineApi::WiredRemote>::set(on ? &remote : nullptr);
+        Provided<EngineApi::VolumeBar>::set(on ? &volumeBar : nullptr);
+        Provided<EngineApi::FavoriteBar>::set(on ? &favouriteBar : nullptr);
+        Provided<EngineApi::AutoTestSession>::set(on ? &session : nullptr);
+    }
 };

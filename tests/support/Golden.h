@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <juce_core/juce_core.h>
 
-/** Compares a transcript with the one kept at this path below tests/. With HEADUNIT_BLESS set, which `./test --bless`
- * does, it is kept from now on instead. */
+/**
+    Compares a transcript with the one kept at this path below tests/. With HEADUNIT_BLESS set, which `./test --bless`
+    does, it is kept from now on instead.
+*/
 inline void expectGolden(const juce::String& path, const juce::String& transcript)
 {
     const auto file = juce::File(HEADUNIT_SOURCE_DIR).getChildFile("tests").getChildFile(path);

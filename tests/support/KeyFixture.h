@@ -3,20 +3,18 @@
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/HostLink.h"
 #include "EngineApi/KeyCodes.h"
-#include "EngineApi/Provided.h"
 #include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/keys/KeyManager.h"
 #include "doubles/LinesDouble.h"
 #include "doubles/SystemDouble.h"
 #include "lowlayer/HostcommDev.h"
-#include "support/FakeAudio.h"
 #include "support/FakeDevices.h"
 #include "support/McuLink.h"
 #include "support/ScratchUnit.h"
 #include "support/StateFixture.h"
 
 /** The radio plays in front; the key manager among fake devices, with the real link to the microcontroller. */
-class KeyFixture : public StateFixture
+class KeyFixture : public StateFixture, protected ProvidedFakes
 {
 protected:
     KeyFixture()
@@ -25,11 +23,6 @@ protected:
         Platform::doubles::LinesDouble::reset();
         ScratchUnit::emptySettings(
             "7 = 1\n24 = 52\n25 = 53\n281 = 0\n286 = 11\n1028 = \"\"\n1031 = \"\"\n1042 = \"\"\n");
-        EngineApi::Provided<EngineApi::WiredRemote>::set(&remote);
-        EngineApi::Provided<EngineApi::VolumeBar>::set(&volumeBar);
-        EngineApi::Provided<EngineApi::FavoriteBar>::set(&favoriteBar);
-        EngineApi::Provided<Dsp::ChipManager>::set(&audio);
-        EngineApi::Provided<EngineApi::AutoTestSession>::set(&session);
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
         add(EngineLayer::HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         add(&keys, Kernel::keyManagerId);
@@ -45,11 +38,6 @@ protected:
 
     ~KeyFixture() override
     {
-        EngineApi::Provided<EngineApi::WiredRemote>::set(nullptr);
-        EngineApi::Provided<EngineApi::VolumeBar>::set(nullptr);
-        EngineApi::Provided<EngineApi::FavoriteBar>::set(nullptr);
-        EngineApi::Provided<Dsp::ChipManager>::set(nullptr);
-        EngineApi::Provided<EngineApi::AutoTestSession>::set(nullptr);
         EngineApi::setLowBatteryAlert(false);
         EngineApi::setEnterTestMode(false);
     }
@@ -96,10 +84,5 @@ protected:
     ScratchUnit unit;
     McuLink mcu;
     int sequence = 1;
-    FakeRemote remote;
-    FakeVolumeBar volumeBar;
-    FakeFavoriteBar favoriteBar;
-    FakeAudio audio;
-    FakeAutoTest session;
     EngineLayer::KeyManager& keys = *EngineLayer::KeyManager::getInstance();
 };

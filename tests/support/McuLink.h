@@ -62,8 +62,10 @@ public:
         return frames;
     }
 
-    /** Everything that the unit says until it has no more to say, acknowledgements apart; each is acknowledged. `run`
-     * lets the unit work. */
+    /**
+        Everything that the unit says until it has no more to say, acknowledgements apart; each is acknowledged. `run`
+        lets the unit work.
+    */
     template <typename Run>
     static std::vector<Frame> converse(const Run& run)
     {

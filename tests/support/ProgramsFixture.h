@@ -87,16 +87,23 @@ protected:
         return seen;
     }
 
-    /** The scheduler's order to a page; what follows from it, its report included, is left out. */
-    void order(int page, EngineApi::SwitchType type, const EngineApi::PageStates& states,
-               Platform::AppCommandLine::Ptr commandLine = nullptr)
+    static EngineApi::AppStateSwitch::Ptr made(int page, EngineApi::SwitchType type,
+                                               const EngineApi::PageStates& states = {},
+                                               const Platform::AppCommandLine::Ptr& commandLine = nullptr)
     {
         EngineApi::AppStateSwitch::Ptr order = new EngineApi::AppStateSwitch;
         order->page = page;
         order->switchType = type;
         order->states = states;
-        order->commandLine = std::move(commandLine);
-        EngineApi::postSwitchOrder(page, order);
+        order->commandLine = commandLine;
+        return order;
+    }
+
+    /** The scheduler's order to a page; what follows from it, its report included, is left out. */
+    void order(int page, EngineApi::SwitchType type, const EngineApi::PageStates& states,
+               const Platform::AppCommandLine::Ptr& commandLine = nullptr)
+    {
+        EngineApi::postSwitchOrder(page, made(page, type, states, commandLine));
         run();
         takeSent();
         takePosted();

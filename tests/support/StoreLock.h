@@ -8,8 +8,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-/** A process that stands still inside a write to a settings store, until this goes. It makes a store that is missing.
- */
+/**
+    A process that stands still inside a write to a settings store, until this goes. It makes a store that is missing.
+*/
 class StoreLock
 {
 public:

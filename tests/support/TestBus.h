@@ -91,12 +91,6 @@ public:
     void own(const char* program) { check(sd_bus_request_name(bus.get(), name(program).c_str(), 0)); }
     void release(const char* program) { check(sd_bus_release_name(bus.get(), name(program).c_str())); }
     void listen(const char* rule) { check(sd_bus_add_match(bus.get(), nullptr, rule, nullptr, nullptr)); }
-    std::string uniqueName() const
-    {
-        const char* unique = "";
-        check(sd_bus_get_unique_name(bus.get(), &unique));
-        return unique;
-    }
 
     Platform::SdBusMessage newPost(const char* receiver)
     {

@@ -7,7 +7,7 @@
 
 /**
     A virtual X server, which DISPLAY names while it lives. Its number comes from the process: one that others choose,
-   as the first that is free, could be gone when the server starts again. Without Xvfb there is none.
+    as the first that is free, could be gone when the server starts again. Without Xvfb there is none.
 */
 class XServer
 {

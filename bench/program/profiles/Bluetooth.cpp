@@ -1,15 +1,17 @@
 // Bluetooth: the module, the phone that is connected to it, and the link over which that phone plays.
 #include "EngineApi/KeyCodes.h"
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessageIds.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 namespace BenchProgram
 {
 
 using namespace EngineApi;
+using namespace Platform;
 using namespace Pubhead;
 
 namespace
@@ -37,8 +39,6 @@ enum Control : int { switchOff = 2, switchOn = 7 };
 constexpr int linkRequest = 1;
 enum LinkRequest : int { openLink = 1, closeLink = 5 };
 
-constexpr int bluetoothSetting = 7;
-constexpr int deviceNameSetting = 1039;
 constexpr int highestNumber = 255; ///< in an order
 
 const juce::StringArray knownPhones { "Skipper's phone", "Galley tablet" };
@@ -49,13 +49,13 @@ class BluetoothProfile : public Profile
 public:
     using Profile::Profile;
 
-    void onCommandLine(const Platform::AppCommandLine& line) override
+    void onCommandLine(const AppCommandLine& line) override
     {
         const auto extra = line.getExtraData();
         deviceList = extra != nullptr && extra->getBool("gotodevicelist", false);
     }
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         if (message.what == RMSG_BT_CONTROL && message.arg1 == switchOn && phone.isNotEmpty())
             host.send(RMSG_BT_STATE, moduleState, connected); // of an engine before
@@ -156,7 +156,7 @@ private:
     /** False, with nothing done, while Bluetooth is switched off. */
     bool connect(const juce::String& name)
     {
-        if (Platform::VX_GetSetupValueInt(bluetoothSetting) == 0)
+        if (VX_GetSetupValueInt(bluetoothSetting) == 0)
         {
             host.report("bluetooth", "off");
             return false;
@@ -164,7 +164,7 @@ private:
         phone = name;
         deviceList = false;
         host.send(RMSG_BT_STATE, moduleState, connected);
-        host.changeSetting(deviceNameSetting, name);
+        host.changeSetting(bluetoothNameSetting, name);
         host.changed();
         return true;
     }

@@ -1,13 +1,14 @@
 // The pages that belong to no source: the lock, the camera, standby and audio off.
 #include "EngineApi/KeyCodes.h"
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 namespace BenchProgram
 {
 
 using namespace EngineApi;
+using namespace Platform;
 using namespace Pubhead;
 
 namespace
@@ -25,7 +26,7 @@ class AntitheftProfile : public Profile
 public:
     using Profile::Profile;
 
-    void onCommandLine(const Platform::AppCommandLine& line) override
+    void onCommandLine(const AppCommandLine& line) override
     {
         if (line.isFrontShow())
             forget();
@@ -100,13 +101,13 @@ class CameraProfile : public Profile
 public:
     using Profile::Profile;
 
-    void onCommandLine(const Platform::AppCommandLine& line) override
+    void onCommandLine(const AppCommandLine& line) override
     {
         if (line.isFrontShow() && line.hasExtraData())
             signal = line.getExtraData()->getInt("state", 0) != 0;
     }
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         if (message.what != RMSG_GENERAL_NOTIFY)
             return;

@@ -1,7 +1,7 @@
 // The main menu: what the unit offers, to be chosen by a touch.
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/profiles/Profiles.h"
 #include "bench/text/Names.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +9,7 @@
 namespace BenchProgram
 {
 
-using namespace EngineApi;
+using namespace Platform;
 using namespace Pubhead;
 
 namespace
@@ -29,14 +29,14 @@ class MainMenuProfile : public Profile
 public:
     using Profile::Profile;
 
-    void onCommandLine(const Platform::AppCommandLine& line) override
+    void onCommandLine(const AppCommandLine& line) override
     {
         takeState(line.getExtraData());
         if (line.isFrontShow())
             second = false;
     }
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         if (message.what != RMSG_MAINMENU_NOTIFY)
             return;
@@ -90,7 +90,7 @@ private:
     int rearSource = NUM_OF_PAGES;
     bool second = false;
 
-    void takeState(const Platform::Bundle::Ptr& state)
+    void takeState(const Bundle::Ptr& state)
     {
         if (state == nullptr)
             return;

@@ -1,30 +1,31 @@
 // USB storage and the AUX inputs.
 #include "EngineApi/KeyCodes.h"
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessageIds.h"
 #include "platform/config/Configuration.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 namespace BenchProgram
 {
 
 using namespace EngineApi;
+using namespace Platform;
 using namespace Pubhead;
 
 namespace
 {
 
-constexpr int auxNameSetting = 19;
 constexpr int mostRows = 6;
 
 /** What is on all storage that is plugged in, sorted. */
 juce::StringArray filesOnStorage()
 {
     juce::StringArray names;
-    for (const auto& folder : juce::File(Platform::Configuration::get().mediaRoot)
-                                  .findChildFiles(juce::File::findDirectories, false, "Hard Disk*"))
+    for (const auto& folder :
+         juce::File(Configuration::get().mediaRoot).findChildFiles(juce::File::findDirectories, false, "Hard Disk*"))
         for (const auto& file : folder.findChildFiles(juce::File::findFiles, false, "*.mp3;*.mp4"))
             names.add(file.getFileNameWithoutExtension());
     names.sort(true);
@@ -36,9 +37,9 @@ class USBProfile : public Profile
 public:
     using Profile::Profile;
 
-    void onCommandLine(const Platform::AppCommandLine&) override { look(); }
+    void onCommandLine(const AppCommandLine&) override { look(); }
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         // The factory's test chooses a piece.
         if (message.what == RMSG_USB_CONTROL && look())
@@ -123,7 +124,7 @@ public:
     PageContent content(int page) const override
     {
         auto content = plainContent(page, host.getSource());
-        if (const auto name = Platform::VX_GetSetupValueString(auxNameSetting); page == mbAuxin2 && name.isNotEmpty())
+        if (const auto name = VX_GetSetupValueString(auxNameSetting); page == mbAuxin2 && name.isNotEmpty())
             content.title = name == "AUX" ? content.title : name;
         return content;
     }

@@ -20,11 +20,6 @@ std::unique_ptr<Profile> makeAntitheftProfile(Host& host);
 std::unique_ptr<Profile> makeCameraProfile(Host& host);
 std::unique_ptr<Profile> makeStandbyProfile(Host& host);
 
-/** Settings that say which page a favourite belongs to, and what it is called, less its number. */
-inline constexpr int favouritePageSetting = 23;
-inline constexpr int favouriteLabelSetting = 39;
-inline constexpr int favouriteCount = 16;
-
 /** How many favourites the unit's bar is to offer: up to the last one that is stored, at least one. */
 int storedFavourites();
 

@@ -1,9 +1,10 @@
 // The radio: three bands of one tuner, which tells where it is and what the station says.
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
 #include "platform/base/Pubhead.h"
 #include "platform/base/Utf8.h"
+#include "platform/channel/RemoteMessageIds.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@
 namespace BenchProgram
 {
 
-using namespace EngineApi;
+using namespace Platform;
 using namespace Pubhead;
 
 namespace
@@ -58,7 +59,7 @@ public:
 
     void onConnected() override { host.send(RMSG_RADIO_EVENT, favouritesStored, storedFavourites()); }
 
-    void onCommandLine(const Platform::AppCommandLine& line) override
+    void onCommandLine(const AppCommandLine& line) override
     {
         if (!line.isSourceEnter())
             return;
@@ -70,7 +71,7 @@ public:
         host.send(RMSG_RADIO_CONTROL, wantsReports);
     }
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         if (message.what != RMSG_RADIO_NOTIFY || message.bundle == nullptr)
             return;
@@ -141,7 +142,7 @@ public:
 
     void playFavourite(int favourite) override
     {
-        const auto label = Platform::VX_GetSetupValueString(favouriteLabelSetting + favourite);
+        const auto label = VX_GetSetupValueString(favouriteLabelSetting(favourite));
         if (const auto frequency = frequencyOf(label))
             host.send(RMSG_RADIO_CONTROL, setFrequency, *frequency);
     }
@@ -161,14 +162,14 @@ private:
     }
 
     /** A whole body says how many bytes it has in its value. */
-    static void takeText(juce::String& said, const Platform::Bundle& body, int size)
+    static void takeText(juce::String& said, const Bundle& body, int size)
     {
         const auto bytes = body.getByteArray("bytes");
         if (static_cast<int>(bytes.getSize()) == size)
-            said = Platform::textOfUtf8({ static_cast<const char*>(bytes.getData()), bytes.getSize() }).trim();
+            said = textOfUtf8({ static_cast<const char*>(bytes.getData()), bytes.getSize() }).trim();
     }
 
-    void takeBody(const Platform::Bundle& body)
+    void takeBody(const Bundle& body)
     {
         const auto& values = body.getValues();
         const auto found = values.find("value");

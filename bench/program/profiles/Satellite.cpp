@@ -1,7 +1,8 @@
 // Satellite radio: the tuner that may be there, its channels, and what the unit keeps of them.
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/console/Script.h"
 #include "bench/program/profiles/Profiles.h"
+#include "platform/channel/RemoteMessageIds.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 #include <algorithm>
@@ -9,7 +10,7 @@
 namespace BenchProgram
 {
 
-using namespace EngineApi;
+using namespace Platform;
 
 namespace
 {
@@ -35,7 +36,7 @@ public:
         host.send(RMSG_SXM_EVENT, favouritesStored, storedFavourites());
     }
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         if (message.what == RMSG_SXM_FAVOURITE && message.arg1 == preparePowerOff)
             host.send(RMSG_SXM_EVENT, readyForPowerOff);
@@ -94,7 +95,7 @@ public:
 
     void playFavourite(int favourite) override
     {
-        const auto label = Platform::VX_GetSetupValueString(favouriteLabelSetting + favourite);
+        const auto label = VX_GetSetupValueString(favouriteLabelSetting(favourite));
         if (const auto index = label.getTrailingIntValue() - firstChannel;
             juce::isPositiveAndBelow(index, channels.size()))
             choose(index);

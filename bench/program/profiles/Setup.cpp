@@ -1,8 +1,9 @@
 // The pages that change settings: setup, and the equaliser.
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/profiles/Profiles.h"
 #include "bench/unit/Settings.h"
 #include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessageIds.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 namespace BenchProgram
 {
 
-using namespace EngineApi;
+using namespace Platform;
 using Bench::SettingInfo;
 
 namespace
@@ -20,8 +21,8 @@ namespace
 juce::String valueText(const SettingInfo& setting)
 {
     if (setting.isText)
-        return Platform::VX_GetSetupValueString(setting.index);
-    const auto value = Platform::VX_GetSetupValueInt(setting.index);
+        return VX_GetSetupValueString(setting.index);
+    const auto value = VX_GetSetupValueInt(setting.index);
     if (value >= setting.lowest && value - setting.lowest < static_cast<int>(setting.values.size()))
         return setting.values[static_cast<std::size_t>(value - setting.lowest)];
     return juce::String(value);
@@ -32,14 +33,14 @@ void stepOn(Host& host, const SettingInfo& setting)
 {
     if (setting.isText)
     {
-        const auto current = Platform::VX_GetSetupValueString(setting.index);
+        const auto current = VX_GetSetupValueString(setting.index);
         const auto found = std::find_if(setting.values.begin(), setting.values.end(),
                                         [&](const char* name) { return current == name; });
         const bool isLast = found == setting.values.end() || std::next(found) == setting.values.end();
         host.changeSetting(setting.index, juce::String(isLast ? setting.values.front() : *std::next(found)));
         return;
     }
-    const auto value = Platform::VX_GetSetupValueInt(setting.index);
+    const auto value = VX_GetSetupValueInt(setting.index);
     host.changeSetting(setting.index, value < setting.highest ? value + 1 : setting.lowest);
 }
 
@@ -62,7 +63,7 @@ class SetupProfile : public Profile
 public:
     using Profile::Profile;
 
-    void onCommandLine(const Platform::AppCommandLine& line) override
+    void onCommandLine(const AppCommandLine& line) override
     {
         const auto extra = line.getExtraData();
         if (!line.isFrontShow())
@@ -72,7 +73,7 @@ public:
                                                                         : 0;
     }
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         if (message.what != RMSG_SETTING_NOTIFY)
             return;
@@ -113,7 +114,7 @@ private:
         switch (notice)
         {
         case showVersion:
-            return "Version " + Platform::VX_GetSetupValueString(applicationVersion);
+            return "Version " + VX_GetSetupValueString(applicationVersionSetting);
         case showService:
             return "Service";
         case showReset:
@@ -122,16 +123,10 @@ private:
             return "Touch a setting to change it";
         }
     }
-
-    static constexpr int applicationVersion = 1028;
 };
 
-constexpr int presetSetting = 1792;
 constexpr int toneControls = 0;
 constexpr int ownCurve = 4;
-constexpr std::array toneSettings { 1281, 1282, 1283, 1284 };
-constexpr std::array curveSettings { 1285, 1286, 1287, 1288, 1289, 1290, 1291 };
-constexpr int subwooferLevel = 1284;
 constexpr int flat = 6; ///< of the gains
 enum EqualiserId : int { firstPreset = 0, firstUp = 2000, firstDown = 4000 };
 
@@ -143,14 +138,21 @@ public:
     PageContent content(int page) const override
     {
         auto content = plainContent(page, host.getSource());
-        const auto preset = Platform::VX_GetSetupValueInt(presetSetting);
+        const auto preset = VX_GetSetupValueInt(presetSetting);
         const auto* presets = Bench::settingInfo(presetSetting);
         for (int i = 0; i <= presets->highest; ++i)
             content.buttons.push_back({ firstPreset + i, presets->values[static_cast<std::size_t>(i)], i == preset });
         content.status = preset == toneControls || preset == ownCurve ? "Touch above or below a bar"
                                                                       : valueText(*presets) + ", a curve of the unit";
-        for (const auto index : settingsOf(preset))
-            content.levels.push_back(level(*Bench::settingInfo(index)));
+        const auto addLevels = [&](int first, int last)
+        {
+            for (int index = first; index <= last; ++index)
+                content.levels.push_back(level(*Bench::settingInfo(index)));
+        };
+        if (preset == toneControls)
+            addLevels(bassSetting, subwooferLevelSetting);
+        else if (preset == ownCurve)
+            addLevels(firstBandSetting, lastBandSetting);
         return content;
     }
 
@@ -162,27 +164,18 @@ public:
         const auto* setting = Bench::settingInfo(id - (up ? firstUp : firstDown));
         if (setting == nullptr)
             return;
-        const auto value = Platform::VX_GetSetupValueInt(setting->index) + (up ? 1 : -1);
+        const auto value = VX_GetSetupValueInt(setting->index) + (up ? 1 : -1);
         if (value >= setting->lowest && value <= setting->highest)
             host.changeSetting(setting->index, value);
     }
 
 private:
-    static std::span<const int> settingsOf(int preset)
-    {
-        if (preset == toneControls)
-            return toneSettings;
-        if (preset == ownCurve)
-            return curveSettings;
-        return {};
-    }
-
     static Level level(const SettingInfo& setting)
     {
-        const auto value = Platform::VX_GetSetupValueInt(setting.index);
+        const auto value = VX_GetSetupValueInt(setting.index);
         const auto gain = value - flat;
-        const auto text =
-            setting.index == subwooferLevel ? juce::String(value) : (gain > 0 ? "+" : "") + juce::String(gain) + " dB";
+        const auto text = setting.index == subwooferLevelSetting ? juce::String(value)
+                                                                 : (gain > 0 ? "+" : "") + juce::String(gain) + " dB";
         return { firstUp + setting.index, firstDown + setting.index, setting.title, text, value, setting.lowest,
                  setting.highest };
     }

@@ -1,12 +1,13 @@
 // The iPod: on the cable or over Bluetooth, and the internet radio that it may bring along.
-#include "EngineApi/RemoteMessageIds.h"
 #include "bench/program/profiles/Profiles.h"
+#include "platform/channel/RemoteMessageIds.h"
 #include "platform/settings/SysInfo.h"
+#include "platform/settings/SysInfoItems.h"
 
 namespace BenchProgram
 {
 
-using namespace EngineApi;
+using namespace Platform;
 
 namespace
 {
@@ -21,8 +22,7 @@ enum AudioPath : int { digital = 1, analog = 2 };
 constexpr int driverMark = 234567;
 constexpr int driverConnected = 1;
 
-/** Item of the system-information table that this program keeps: whom it has authenticated. */
-constexpr int authenticationItem = 21;
+/** Of sysInfoiPodAuthentication, which this program keeps. */
 enum Authenticated : int { nobody = 0, onCable = 1, overBluetooth = 2 };
 
 class iPodProfile : public Profile
@@ -30,14 +30,14 @@ class iPodProfile : public Profile
 public:
     using Profile::Profile;
 
-    void onMessage(const Platform::RemoteMessage& message) override
+    void onMessage(const RemoteMessage& message) override
     {
         if (message.what != RMSG_IPOD_CONTROL)
             return;
         if (message.arg1 == authenticate)
             onAuthenticate();
-        else if (message.arg1 == leaveBluetooth && Platform::VX_GetSysInfo(authenticationItem) == overBluetooth)
-            Platform::VX_SetSysInfo(authenticationItem, nobody);
+        else if (message.arg1 == leaveBluetooth && VX_GetSysInfo(sysInfoiPodAuthentication) == overBluetooth)
+            VX_SetSysInfo(sysInfoiPodAuthentication, nobody);
         host.changed();
     }
 
@@ -103,14 +103,14 @@ private:
     void disconnect()
     {
         path = 0;
-        Platform::VX_SetSysInfo(authenticationItem, nobody);
+        VX_SetSysInfo(sysInfoiPodAuthentication, nobody);
         host.send(RMSG_IPOD_DEVICE, detached);
         host.changed();
     }
 
     void onAuthenticate()
     {
-        Platform::VX_SetSysInfo(authenticationItem, path != 0 ? onCable : overBluetooth);
+        VX_SetSysInfo(sysInfoiPodAuthentication, path != 0 ? onCable : overBluetooth);
         if (path == 0)
             host.send(RMSG_IPOD_DEVICE, prepared, 1);
     }

@@ -5,6 +5,7 @@
 #include "EngineApi/Pages.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/SystemState.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "EngineLayer/system/SystemInfo.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
@@ -12,7 +13,6 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 
@@ -29,7 +29,6 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::bluetoothApplicationId,
                                                    []() -> Kernel::SystemTask* { return new BluetoothApplication; } };
 
-enum TimerId { timerOff = 2, timerPandora = 6, timerSupply = 8, timerAutoTest = 9 };
 constexpr int offMs = 1000;
 constexpr int pandoraMs = 10'000;
 constexpr int supplyMs = 2000;
@@ -83,8 +82,7 @@ constexpr juce::int32 requestClose = 5;
 /** Second byte of a command of the test equipment. */
 enum AutoTest : int { testAddress = 2, testConnected = 3, testModule = 4 };
 
-constexpr const char* logFile = "ApplicationLayer/BluetoothApplication";
-constexpr const char* logTag = "BluetoothApplication";
+constexpr Platform::Log logger { "ApplicationLayer/BluetoothApplication", "BluetoothApplication" };
 
 juce::int32 info(Platform::SysInfoItem item)
 {
@@ -134,11 +132,6 @@ void stopIfRunning(PageHandler& handler)
 {
     if (handler.isRunning())
         handler.requestState(AppAction::ToStop, true);
-}
-
-void log(int line, const juce::String& text)
-{
-    Platform::Logger::getInstance()->logInfo(logFile, line, logTag, text);
 }
 
 } // namespace
@@ -238,9 +231,7 @@ void BluetoothApplication::handleOwnMessage(const Kernel::SystemMessage& message
         launchBackProgram(mbBTAudio);
         return switchOnIfEnabled();
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(message.arg1, message.arg2))
-            timerExpired(message.arg1);
-        return;
+        return timerExpired(message.arg1);
     case Kernel::MSG_APP_REMOTE:
         if (const auto* remote = Kernel::payloadAs<Platform::RemoteMessage>(message.payload);
             remote != nullptr && remote->what == RMSG_BT_STATE)
@@ -271,9 +262,9 @@ void BluetoothApplication::handleOwnMessage(const Kernel::SystemMessage& message
 void BluetoothApplication::timerExpired(int timerId)
 {
     stopTimer(timerId);
-    if (timerId == timerSupply)
+    if (timerId == supplyTimer)
         driveOutputs(true);
-    if (timerId == timerAutoTest)
+    if (timerId == autoTestTimer)
         for (const auto& reply : std::exchange(lateReplies, {}))
             answerAutoTest(reply);
 }
@@ -281,7 +272,7 @@ void BluetoothApplication::timerExpired(int timerId)
 void BluetoothApplication::switchOff()
 {
     storeDeviceName(noDevice);
-    startTimer(timerOff, offMs);
+    startTimer(offTimer, offMs);
     if (!isEnabled())
         setInfo(Platform::sysInfoBluetooth, 0);
     controlProgram(controlOff);
@@ -293,7 +284,7 @@ void BluetoothApplication::switchOnIfEnabled()
 {
     if (!isEnabled())
         return;
-    stopTimer(timerOff);
+    stopTimer(offTimer);
     setInfo(Platform::sysInfoBluetooth, 1);
     setDeviceState(bluetoothConnected, false);
     controlProgram(controlOn);
@@ -307,7 +298,7 @@ void BluetoothApplication::sourceChanged(int page, juce::int32 value)
         const auto argument = static_cast<juce::uint32>(value) << halfWord | static_cast<juce::uint32>(what);
         sendRemoteMessage(AppBluetooth, RMSG_BT_LINK, linkRequest, static_cast<juce::int32>(argument));
     };
-    stopTimer(timerPandora);
+    stopTimer(pandoraTimer);
     sendRemoteMessage(AppBluetooth, RMSG_BT_LINK, linkIsAudio, page == mbBTAudio ? 1 : 0);
     if (page == mbUSBAudio && sppOpen)
     {
@@ -360,9 +351,9 @@ void BluetoothApplication::moduleState(juce::int32 value)
 
 void BluetoothApplication::disconnected()
 {
-    log(__LINE__, "BluetoothApplication recv bt disconnect");
+    logger().info("BluetoothApplication recv bt disconnect");
     sppOpen = false;
-    stopTimer(timerPandora);
+    stopTimer(pandoraTimer);
     storeDeviceName(noDevice);
     // An iPod that is on the cable, too, stays there.
     if (!moveInfo(Platform::sysInfoiPodLink, 2, 0))
@@ -388,13 +379,13 @@ void BluetoothApplication::pairedListShown()
 {
     if (info(Platform::sysInfoPairedList) == 1 && !moveInfo(Platform::sysInfoiPodLink, 1, 3))
         moveInfo(Platform::sysInfoiPodLink, 0, 2);
-    log(__LINE__, "paired list " + juce::String(info(Platform::sysInfoPairedList)) + ", iPod link " +
-                      juce::String(info(Platform::sysInfoiPodLink)));
+    logger().info("paired list " + juce::String(info(Platform::sysInfoPairedList)) + ", iPod link " +
+                  juce::String(info(Platform::sysInfoiPodLink)));
 }
 
 void BluetoothApplication::sppLink(juce::int32 value)
 {
-    stopTimer(timerPandora);
+    stopTimer(pandoraTimer);
     if (value == linkOpen)
         return sppOpened();
     Platform::debugPrint("BT SPP CLOSE \r\n");
@@ -417,7 +408,7 @@ void BluetoothApplication::sppOpened()
     // The link failed to authenticate; without its supply for a while the module begins anew.
     driveOutputs(false);
     Platform::debugPrint("RESET USB DEVICE\r\n");
-    startTimer(timerSupply, supplyMs);
+    startTimer(supplyTimer, supplyMs);
 }
 
 void BluetoothApplication::pandoraLink(juce::int32 value)
@@ -426,7 +417,7 @@ void BluetoothApplication::pandoraLink(juce::int32 value)
     const bool isSource = getNormalSource() == mbiPodPandora;
     if (value == linkOpen)
     {
-        stopTimer(timerPandora);
+        stopTimer(pandoraTimer);
         setDeviceState(pandoraOnBluetooth, true);
         setInfo(Platform::sysInfoPandoraLink, up);
         if (isSource)
@@ -437,7 +428,7 @@ void BluetoothApplication::pandoraLink(juce::int32 value)
     setInfo(Platform::sysInfoPandoraLink, 0);
     if (!isSource || info(Platform::sysInfoPandoraSource) != playing)
         return;
-    startTimer(timerPandora, pandoraMs);
+    startTimer(pandoraTimer, pandoraMs);
     tellLinkLost(AppPandora);
 }
 
@@ -476,7 +467,7 @@ void BluetoothApplication::autoTest(std::span<const std::uint8_t> request)
             lateReplies.pop_front();
         }
         lateReplies.push_back(std::move(reply));
-        startTimer(timerAutoTest, autoTestMs);
+        startTimer(autoTestTimer, autoTestMs);
         return controlProgram(controlAutoTest);
     default:
         break;

@@ -45,6 +45,8 @@ class BluetoothApplication : public ApplicationTask,
                              private EngineApi::SettingDataChangeListener
 {
 public:
+    enum Timer : int { offTimer = 2, pandoraTimer = 6, supplyTimer = 8, autoTestTimer = 9 };
+
     BluetoothApplication();
     void initialize() override;
     void onRelease() override;

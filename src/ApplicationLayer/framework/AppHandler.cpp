@@ -53,13 +53,6 @@ void AppHandler::postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2) 
     Kernel::postHandlerMessage(config.ownerId, config.page, id, arg1, arg2);
 }
 
-void AppHandler::handle(const Kernel::SystemMessage& message)
-{
-    currentMessage = &message;
-    handleMessage(message);
-    currentMessage = nullptr;
-}
-
 void AppHandler::handleMessage(const Kernel::SystemMessage& message)
 {
     switch (message.id)
@@ -71,8 +64,6 @@ void AppHandler::handleMessage(const Kernel::SystemMessage& message)
     case Kernel::MSG_APP_VALUE:
         return onValue(message.arg1);
     case Kernel::MSG_SYS_TIMER:
-        if (!timers.isCurrent(message.arg1, message.arg2))
-            return;
         timers.stopTimer(message.arg1);
         return onTimer(message.arg1);
     case Kernel::MSG_SCHEDULE_RESULT:
@@ -120,7 +111,6 @@ void AppHandler::requestState(AppAction action, bool autoSwitch)
         if (config.isRear && state.states.showState == 1)
             requestShowPage(getNormalSource(), true);
     }
-    lastAction = action;
     const RequestInfo request { config.page, action, autoSwitch };
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SCHEDULE_REQUEST, request.page,
                               request.toArgument());

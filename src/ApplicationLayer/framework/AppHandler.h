@@ -4,8 +4,6 @@
 #include "kernel/SystemTimer.h"
 #include "platform/channel/Ipc.h"
 
-#include <atomic>
-
 namespace ApplicationLayer
 {
 
@@ -13,8 +11,8 @@ class ApplicationTask;
 
 /**
     One page inside its application: carries out the scheduler's orders, passes keys and notices on to the page's
-   program, takes the program's messages, and asks the scheduler for what the page wants. The virtual operations run on
-   the application's thread, except where EngineApi::PageHandler says otherwise.
+    program, takes the program's messages, and asks the scheduler for what the page wants. The virtual operations run on
+    the application's thread, except where EngineApi::PageHandler says otherwise.
 */
 class AppHandler : public EngineApi::PageHandler
 {
@@ -27,6 +25,7 @@ public:
 
     bool isResident() const override { return false; }
     void notifyPage() override;
+    /** Entry point of the application's messages for this page. */
     virtual void handleMessage(const Kernel::SystemMessage& message);
     virtual void onPageNotify();
     virtual void onValue(juce::int32 arg1);
@@ -44,29 +43,19 @@ public:
 
     const EngineApi::PageScheduleConfig& getConfig() const override { return config; }
     EngineApi::PageRunState getRunState() const override;
-    bool isAvailable() const override { return available; }
+    bool isAvailable() const override { return true; }
     juce::String getBackProgramPath() const override { return backProgram.path; }
     void requestState(EngineApi::AppAction action, bool autoSwitch) override;
     void requestShow(bool autoSwitch) override;
 
-    /** A page with a handler is always available: the value does not count. */
-    void setAvailable(bool) { available = true; }
-    /** The last action that this page requested. Any thread. */
-    EngineApi::AppAction getLastAction() const { return lastAction; }
-
     /** Times are in milliseconds; starting one again begins anew. Any thread. */
     Kernel::SystemTimer& getTimers() { return timers; }
 
-    /** Entry point of the application's messages for this page. */
-    void handle(const Kernel::SystemMessage& message);
     void setOwner(ApplicationTask* application) { owner = application; }
 
 protected:
     /** Comes back to this handler on the application's thread. Any thread. */
     void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2) const;
-    ApplicationTask* getOwner() const { return owner; }
-    /** The message that is being handled, for handlers that pass it on; null outside of `handle`. */
-    const Kernel::SystemMessage* getCurrentMessage() const { return currentMessage; }
 
 private:
     struct Program
@@ -100,11 +89,8 @@ private:
 
     mutable juce::CriticalSection runStateLock;
     EngineApi::PageRunState runState;
-    std::atomic<bool> available { true };
-    std::atomic<EngineApi::AppAction> lastAction { EngineApi::AppAction::None };
 
     ApplicationTask* owner = nullptr;
-    const Kernel::SystemMessage* currentMessage = nullptr;
 };
 
 } // namespace ApplicationLayer

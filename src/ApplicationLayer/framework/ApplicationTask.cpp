@@ -2,8 +2,6 @@
 
 #include "EngineApi/Pages.h"
 
-#include <algorithm>
-
 namespace ApplicationLayer
 {
 
@@ -15,7 +13,7 @@ ApplicationTask::ApplicationTask(std::vector<AppHandler::Ptr> pageHandlers)
 ApplicationTask::~ApplicationTask()
 {
     // Handlers may outlive their application in other hands.
-    for (const auto& handler : handlerList)
+    for (const auto& [page, handler] : handlers)
         handler->setOwner(nullptr);
 }
 
@@ -36,7 +34,7 @@ void ApplicationTask::dispatchMessage(const Kernel::SystemMessage& message)
     if (message.handlerIndex < 0 || message.handlerIndex > Pubhead::NUM_OF_PAGES)
         handleOwnMessage(message);
     else if (const auto handler = findHandler(message.handlerIndex))
-        handler->handle(message);
+        handler->handleMessage(message);
 }
 
 void ApplicationTask::handleOwnMessage(const Kernel::SystemMessage&) {}
@@ -45,7 +43,6 @@ void ApplicationTask::addHandler(const AppHandler::Ptr& handler)
 {
     if (!handlers.emplace(handler->getPage(), handler).second)
         return;
-    handlerList.push_back(handler);
     handler->setOwner(this);
     EngineApi::registerHandler(handler.get());
     handler->onAttach();
@@ -53,11 +50,9 @@ void ApplicationTask::addHandler(const AppHandler::Ptr& handler)
 
 void ApplicationTask::removeHandler(const AppHandler::Ptr& handler)
 {
-    const auto found = std::find(handlerList.begin(), handlerList.end(), handler);
-    if (found == handlerList.end())
+    if (const auto found = handlers.find(handler->getPage()); found == handlers.end() || found->second != handler)
         return;
-    const AppHandler::Ptr removed = *found;
-    handlerList.erase(found);
+    const AppHandler::Ptr removed = handler;
     handlers.erase(removed->getPage());
     removed->onDetach();
     EngineApi::unregisterHandler(removed.get());

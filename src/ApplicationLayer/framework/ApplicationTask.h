@@ -36,12 +36,9 @@ public:
     /** Null for a page without a handler. */
     AppHandler::Ptr findHandler(int page) const;
 
-    const std::vector<AppHandler::Ptr>& getHandlers() const { return handlerList; }
-
 private:
     const std::vector<AppHandler::Ptr> ownHandlers;
     std::map<int, AppHandler::Ptr> handlers;
-    std::vector<AppHandler::Ptr> handlerList; ///< in the order in which they were added
 };
 
 } // namespace ApplicationLayer

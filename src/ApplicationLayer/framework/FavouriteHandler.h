@@ -24,8 +24,10 @@ private:
     std::optional<juce::int32> pendingFavourite;
 };
 
-/** A program says how many favourites it offers, 1 to 16, 0 for as many as before; a favourites bar that is shown is
- * drawn anew. */
+/**
+    A program says how many favourites it offers, 1 to 16, 0 for as many as before; a favourites bar that is shown is
+    drawn anew.
+*/
 void offerFavourites(juce::int32 count);
 
 } // namespace ApplicationLayer

@@ -21,6 +21,8 @@ using Platform::RemoteMessage;
 namespace
 {
 
+constexpr Platform::Log logger { "ApplicationLayer/AppHandler", "AppHandler" };
+
 /** arg1 of RMSG_APP_EVENT; the others are the application's. */
 enum AppEvent : juce::int32 { menuEvent = 4, menuPage = 5 };
 
@@ -104,10 +106,9 @@ void AppHandler::storeSetting(const RemoteMessage& remote)
     const int index = remote.arg1;
     const bool isInteger = remote.arg2 == integerSetting;
     if (isInteger ? !RemoteObjFormat::holdsInt(remote.bundle) : !RemoteObjFormat::holdsString(remote.bundle))
-        Platform::Logger::getInstance()->logError(
-            "ApplicationLayer/AppHandler", __LINE__, "AppHandler",
-            juce::String(appTypeName(config.appType)) + " sends setting " + juce::String(index) + " without " +
-                (isInteger ? "an integer, which it says is there" : "a text, which it says is there"));
+        logger().error(juce::String(appTypeName(config.appType)) + " sends setting " + juce::String(index) +
+                       " without " +
+                       (isInteger ? "an integer, which it says is there" : "a text, which it says is there"));
     else if (!isSettingKnown(index)) // what programs make up would take the room that the unit's own settings need
         refuseSetting(index, "which the unit does not have");
     else if (isInteger)
@@ -123,9 +124,7 @@ void AppHandler::storeSetting(const RemoteMessage& remote)
 void AppHandler::refuseSetting(int index, const char* why)
 {
     if (refusedSettings++ == 0)
-        Platform::Logger::getInstance()->logError("ApplicationLayer/AppHandler", __LINE__, "AppHandler",
-                                                  "%s sends setting %d, %s; such settings are dropped",
-                                                  appTypeName(config.appType), index, why);
+        logger().error("%s sends setting %d, %s; such settings are dropped", appTypeName(config.appType), index, why);
 }
 
 void AppHandler::passToOwner(const Kernel::SystemMessage& message)

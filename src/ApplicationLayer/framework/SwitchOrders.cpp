@@ -18,6 +18,8 @@ using Platform::RemoteObjFormat;
 namespace
 {
 
+constexpr Platform::Log logger { "ApplicationLayer/AppHandler", "AppHandler" };
+
 constexpr juce::int32 topShowState = 1;
 constexpr juce::int32 succeeded = 1;
 
@@ -93,8 +95,7 @@ bool AppHandler::hideWhenInFront(const AppCommandLine& commandLine, const PageSt
 {
     if (current.showState != topShowState || getCurrentPage() != config.page)
     {
-        Platform::Logger::getInstance()->logInfo("ApplicationLayer/AppHandler", __LINE__, "AppHandler",
-                                                 juce::String(pageName(config.page)) + " not send page hide message");
+        logger().info(juce::String(pageName(config.page)) + " not send page hide message");
         return false;
     }
     // The view manager waits for the confirmation before the program can give it.

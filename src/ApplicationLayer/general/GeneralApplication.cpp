@@ -25,10 +25,8 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::generalApplicationId,
                                                    []() -> Kernel::SystemTask* { return new GeneralApplication; } };
 
-enum EqTimer { timerClose = 1 };
 constexpr int closeMs = 6000;
 
-enum CameraTimer { timerShow = 1 };
 constexpr int showMs = 5000;
 
 /** Private message: the trigger input has changed. */
@@ -70,9 +68,9 @@ EQHandler::EQHandler()
 void EQHandler::decorateCommandLine(SwitchType, const PageStates&, const PageStates&, AppCommandLine& commandLine)
 {
     if (commandLine.isPageHide())
-        getTimers().startTimer(timerClose, closeMs);
+        getTimers().startTimer(closeTimer, closeMs);
     else if (commandLine.isPageShow())
-        getTimers().stopTimer(timerClose);
+        getTimers().stopTimer(closeTimer);
 }
 
 void EQHandler::onTimer(int)
@@ -110,14 +108,14 @@ void CameraHandler::toggle()
 {
     if (auto* bar = Provided<FavoriteBar>::get(); bar != nullptr && bar->isShown())
         bar->postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
-    getTimers().stopTimer(timerShow);
+    getTimers().stopTimer(showTimer);
     cameraOn = !cameraOn;
     requestState(cameraOn ? AppAction::ToRun : AppAction::ToStop, true);
 }
 
 void CameraHandler::restartShowTimer()
 {
-    getTimers().startTimer(timerShow, showMs);
+    getTimers().startTimer(showTimer, showMs);
 }
 
 void CameraHandler::decorateCommandLine(SwitchType, const PageStates&, const PageStates&, AppCommandLine& commandLine)
@@ -125,7 +123,7 @@ void CameraHandler::decorateCommandLine(SwitchType, const PageStates&, const Pag
     if (commandLine.isFrontShow())
     {
         attachState(commandLine, getDeviceState(cameraVideo) ? 1 : 0);
-        getTimers().stopTimer(timerShow);
+        getTimers().stopTimer(showTimer);
     }
     else if (commandLine.isPageHide())
         restartShowTimer();

@@ -22,6 +22,8 @@ public:
 class EQHandler : public AppHandler
 {
 public:
+    static constexpr int closeTimer = 1;
+
     EQHandler();
     void onTimer(int timerId) override;
     void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
@@ -40,6 +42,8 @@ public:
 class CameraHandler : public AppHandler
 {
 public:
+    static constexpr int showTimer = 1;
+
     CameraHandler();
     void onKey(juce::int32 key, juce::int32 value) override;
     void onTimer(int timerId) override;

@@ -28,7 +28,6 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::mainMenuApplicationId,
                                                    []() -> Kernel::SystemTask* { return new MainMenuApplication; } };
 
-enum TimerId { timerRetry = 1, timerIdle = 2 };
 constexpr int retryMs = 500;
 constexpr int idleMs = 5000;
 
@@ -218,7 +217,7 @@ void MainMenuHandler::sourceKey(juce::int32 value)
 void MainMenuHandler::showMenuPage(int page)
 {
     page = offeredPage(page);
-    getTimers().stopTimer(timerRetry);
+    getTimers().stopTimer(retryTimer);
     if (page == mbRearOff)
     {
         requestShowPage(getNormalSource(), true);
@@ -228,7 +227,7 @@ void MainMenuHandler::showMenuPage(int page)
     if (handler != nullptr && getAppState(handler->getAppType()) == kClosing)
     {
         retryPage = page;
-        getTimers().startTimer(timerRetry, retryMs);
+        getTimers().startTimer(retryTimer, retryMs);
         return terminateProgram(handler->getAppType());
     }
     requestShowPage(page, false);
@@ -236,7 +235,7 @@ void MainMenuHandler::showMenuPage(int page)
 
 void MainMenuHandler::restartIdleTimer()
 {
-    getTimers().startTimer(timerIdle, idleMs);
+    getTimers().startTimer(idleTimer, idleMs);
 }
 
 void MainMenuHandler::returnToSource() const
@@ -247,9 +246,9 @@ void MainMenuHandler::returnToSource() const
 
 void MainMenuHandler::onTimer(int timerId)
 {
-    if (timerId == timerRetry)
+    if (timerId == retryTimer)
         showMenuPage(retryPage);
-    else if (timerId == timerIdle)
+    else if (timerId == idleTimer)
         returnToSource();
 }
 

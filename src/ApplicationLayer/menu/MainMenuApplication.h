@@ -9,6 +9,8 @@ namespace ApplicationLayer
 class MainMenuHandler : public AppHandler
 {
 public:
+    enum Timer : int { retryTimer = 1, idleTimer = 2 };
+
     MainMenuHandler();
 
     bool isResident() const override { return true; }

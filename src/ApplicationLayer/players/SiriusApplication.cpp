@@ -19,20 +19,17 @@ using namespace Pubhead;
 namespace
 {
 
+constexpr Platform::Log logger { "ApplicationLayer/SiriusApplication", "SiriusApplication" };
+
 const Kernel::ComponentRegistration registration { Kernel::siriusApplicationId,
                                                    []() -> Kernel::SystemTask* { return new SiriusApplication; } };
 
 /** arg1 of RMSG_SXM_EVENT. */
 enum ProgramEvent : juce::int32 { tunerState = 0, offersFavourites = 3, selectFavourite = 4, readyForPowerOff = 5 };
 
-void log(int line, const juce::String& text)
-{
-    Platform::Logger::getInstance()->logDebug("ApplicationLayer/SiriusApplication", line, "SiriusApplication", text);
-}
-
 void takeTunerState(juce::int32 state)
 {
-    log(__LINE__, "SXM state:" + juce::String(state));
+    logger().debug("SXM state:" + juce::String(state));
     setDeviceState(satelliteTuner, state != 0);
 }
 
@@ -51,7 +48,7 @@ void fromProgram(const Platform::RemoteMessage& remote)
     case tunerState:
         return takeTunerState(remote.arg2);
     case offersFavourites:
-        log(__LINE__, "FavouriteBar!!!");
+        logger().debug("FavouriteBar!!!");
         return offerFavourites(remote.arg2);
     case selectFavourite:
         return showSelectedFavourite();

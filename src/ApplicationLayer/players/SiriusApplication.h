@@ -13,8 +13,9 @@ public:
     bool isResident() const override { return true; }
 };
 
-/** The satellite radio program: whether there is a tuner, its favourites, and the way back to the factory's settings.
- */
+/**
+    The satellite radio program: whether there is a tuner, its favourites, and the way back to the factory's settings.
+*/
 class SiriusApplication : public ApplicationTask
 {
 public:

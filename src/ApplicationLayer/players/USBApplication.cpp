@@ -5,13 +5,13 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "dsp/AudioServices.h"
 #include "kernel/ComponentRegistration.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 
 namespace ApplicationLayer
@@ -97,7 +97,7 @@ void USBApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     case msgStorageChanged:
         return storageChanged();
     case Kernel::MSG_SYS_TIMER:
-        if (message.arg1 == hubResetTimer && isCurrent(hubResetTimer, message.arg2))
+        if (message.arg1 == hubResetTimer)
             resetHub();
         return;
     case Kernel::MSG_AUTOTEST_COMMAND:

@@ -41,8 +41,7 @@ constexpr juce::int32 driverMark = 234567;
 constexpr juce::int32 driverConnected = 1;
 constexpr juce::int32 lastDriverState = 4;
 
-constexpr const char* logFile = "ApplicationLayer/iPodApplication";
-constexpr const char* logTag = "iPodApplication";
+constexpr Platform::Log logger { "ApplicationLayer/iPodApplication", "iPodApplication" };
 
 juce::int32 info(Platform::SysInfoItem item)
 {
@@ -181,8 +180,7 @@ void iPodApplication::fromProgram(const Platform::RemoteMessage& message)
         if (message.arg1 != driverMark || message.arg2 < driverConnected || message.arg2 > lastDriverState)
             return;
         if (message.arg2 == driverConnected)
-            Platform::Logger::getInstance()->logInfo(
-                logFile, __LINE__, logTag, "WM_MESSAGE_IPOD_DRIVER----->LP_IPOD_CONNECT : %d\n", message.arg2);
+            logger().info("WM_MESSAGE_IPOD_DRIVER----->LP_IPOD_CONNECT : %d\n", message.arg2);
         return setDeviceState(iPodConnected, true);
     default:
         return;
@@ -253,8 +251,7 @@ void iPodApplication::deviceAuthenticated(bool succeeded) const
     const auto authenticated = info(Platform::sysInfoiPodAuthentication);
     if (succeeded && authenticated == overBluetooth && isSource(SRC_BT_AUDIO))
     {
-        Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
-                                                 "Send WP_IPOD_DEVICE_PREPARE_READY, cur bt");
+        logger().info("Send WP_IPOD_DEVICE_PREPARE_READY, cur bt");
         control(prepared);
     }
     if (authenticated == overCable)

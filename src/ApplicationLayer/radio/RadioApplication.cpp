@@ -29,8 +29,7 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::radioApplicationId,
                                                    []() -> Kernel::SystemTask* { return new RadioApplication; } };
 
-constexpr const char* logFile = "ApplicationLayer/RadioApplication";
-constexpr const char* logTag = "RadioApplication";
+constexpr Platform::Log logger { "ApplicationLayer/RadioApplication", "RadioApplication" };
 
 /** arg1 of RMSG_RADIO_CONTROL. */
 enum Control : juce::int32 {
@@ -61,15 +60,10 @@ constexpr juce::int32 playFavourite = 1;
 /** A frequency has two bytes on its way to the tuner. */
 constexpr int highestFrequency = 0xffff;
 
-void logAt(int line, const juce::String& text)
+void order(const Platform::Log::Line& line, const char* name, TunerOrder tunerOrder)
 {
-    Platform::Logger::getInstance()->logDebug(logFile, line, logTag, text);
-}
-
-void order(int line, const char* name, TunerOrder tunerOrder)
-{
-    logAt(line, name);
-    sendCommand(EVENT_RADIO_INFO, tunerOrder);
+    line.debug("%s", name);
+    sendCommand(EVENT_RADIO_INFO, { tunerOrder });
 }
 
 void tuneTo(int band, int frequency)
@@ -121,9 +115,7 @@ void RadioApplication::handleOwnMessage(const Kernel::SystemMessage& message)
     case Kernel::MSG_HOST_EVENT:
         return fromTuner(message.arg1, message.payload);
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(message.arg1, message.arg2))
-            weatherAlertLasts();
-        return;
+        return weatherAlertLasts();
     case Kernel::MSG_RADIO_REGION:
         return changeRegion(message.arg1);
     case Kernel::MSG_AUTOTEST_COMMAND:
@@ -149,7 +141,7 @@ void RadioApplication::changeRegion(int areaCode)
 {
     // The old frequencies may not be in the new region's bands.
     tuner.frequencies[bandFM] = tuner.frequencies[bandAM] = 0;
-    sendCommand(EVENT_RADIO_INFO, setRegion, areaCode);
+    sendCommand(EVENT_RADIO_INFO, { setRegion, areaCode });
 }
 
 void RadioApplication::weatherAlertLasts()
@@ -172,23 +164,23 @@ void RadioApplication::control(juce::int32 which, juce::int32 value)
     switch (which)
     {
     case controlTuner:
-        return sendCommand(EVENT_RADIO_INFO, passOn, value);
+        return sendCommand(EVENT_RADIO_INFO, { passOn, value });
     case controlSeekUp:
-        return order(__LINE__, "seek up", seekUp);
+        return order(logger(), "seek up", seekUp);
     case controlSeekDown:
-        return order(__LINE__, "seek down", seekDown);
+        return order(logger(), "seek down", seekDown);
     case controlStepUp:
-        return order(__LINE__, "step up", stepUp);
+        return order(logger(), "step up", stepUp);
     case controlStepDown:
-        return order(__LINE__, "step down", stepDown);
+        return order(logger(), "step down", stepDown);
     case controlTune:
         return changeFrequency(value);
     case controlSensitivity2:
-        return sendCommand(EVENT_RADIO_TESTMODE, testStep2);
+        return sendCommand(EVENT_RADIO_TESTMODE, { testStep2 });
     case controlSensitivity:
         return changeSensitivity(value);
     case controlSensitivity3:
-        return sendCommand(EVENT_RADIO_TESTMODE, testStep3);
+        return sendCommand(EVENT_RADIO_TESTMODE, { testStep3 });
     case controlRefresh:
         notifyTuner();
         return bodies.flush();
@@ -226,25 +218,23 @@ void RadioApplication::changeFrequency(juce::int32 value) const
 {
     if (value < 0 || value > highestFrequency)
     {
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  "the radio program asks for frequency %d, 0 to %d are sent", value,
-                                                  highestFrequency);
+        logger().error("the radio program asks for frequency %d, 0 to %d are sent", value, highestFrequency);
         return;
     }
     tuneTo(tuner.band, value);
-    logAt(__LINE__, "change Fre : " + juce::String(value));
+    logger().debug("change Fre : " + juce::String(value));
 }
 
 void RadioApplication::changeSensitivity(juce::int32 value) const
 {
-    logAt(__LINE__, "change  radio sensitivity value = " + juce::String(value));
-    sendCommand(EVENT_RADIO_TESTMODE, testSensitivity, tuner.band, value);
+    logger().debug("change  radio sensitivity value = " + juce::String(value));
+    sendCommand(EVENT_RADIO_TESTMODE, { testSensitivity, tuner.band, value });
 }
 
 void RadioApplication::setTestMode(bool on)
 {
     if (!std::exchange(testMode, on) && on)
-        sendCommand(EVENT_RADIO_TESTMODE, testOpen);
+        sendCommand(EVENT_RADIO_TESTMODE, { testOpen });
 }
 
 void RadioApplication::autoTest(std::span<const std::uint8_t> request) const
@@ -261,10 +251,10 @@ void RadioApplication::autoTest(std::span<const std::uint8_t> request) const
         showForTest(am ? mbAM : mbFM);
         break;
     case testSeekUp:
-        sendCommand(EVENT_RADIO_INFO, seekUp);
+        sendCommand(EVENT_RADIO_INFO, { seekUp });
         break;
     case testSeekDown:
-        sendCommand(EVENT_RADIO_INFO, seekDown);
+        sendCommand(EVENT_RADIO_INFO, { seekDown });
         break;
     case testNotifyTuner:
         notifyTuner();

@@ -12,8 +12,10 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::uint8_t done = 1;
 
-/** The bands and steps of each area code that the equipment knows, in its notation: FM 87.50 to 107.90 MHz by 200 kHz
- * and AM 530 to 1710 kHz by 10, FM 87.50 to 108.00 MHz by 50 kHz and AM 522 to 1620 kHz by 9. */
+/**
+    The bands and steps of each area code that the equipment knows, in its notation: FM 87.50 to 107.90 MHz by 200 kHz
+    and AM 530 to 1710 kHz by 10, FM 87.50 to 108.00 MHz by 50 kHz and AM 522 to 1620 kHz by 9.
+*/
 constexpr std::array<std::array<std::uint8_t, 11>, 2> regions { {
     { 0x00, 0x22, 0x2E, 0x2A, 0x26, 0x14, 0x02, 0x12, 0x06, 0xAE, 0x0A },
     { 0x02, 0x22, 0x2E, 0x2A, 0x30, 0x05, 0x02, 0x0A, 0x06, 0x54, 0x09 },

@@ -21,8 +21,10 @@ enum RadioTest : int {
 /** The equipment's numbers of the bands. */
 enum RadioTestBand : int { testBandFM = 0, testBandAM = 3 };
 
-/** The answer to a request, which begins as the request does; empty for one that is unknown, too short or cannot be
- * answered now, and then nothing is to be done either. */
+/**
+    The answer to a request, which begins as the request does; empty for one that is unknown, too short or cannot be
+    answered now, and then nothing is to be done either.
+*/
 std::vector<std::uint8_t> replyToRadioTest(std::span<const std::uint8_t> request, const TunerState& tuner);
 
 } // namespace ApplicationLayer

@@ -14,8 +14,7 @@ using namespace EngineApi;
 namespace
 {
 
-constexpr const char* logFile = "ApplicationLayer/RadioReception";
-constexpr const char* logTag = "RadioApplication";
+constexpr Platform::Log logger { "ApplicationLayer/RadioReception", "RadioApplication" };
 
 /** Of a report that is empty or is the only one of its command. */
 constexpr int noKind = -1;
@@ -31,10 +30,8 @@ void RadioApplication::fromTuner(int command, const Kernel::Payload& payload)
         const auto report = isInfo ? readInfoReport(data) : readTestModeReport(data);
         const int kind = isInfo && !data.empty() ? data[0] : noKind;
         if (std::holds_alternative<std::monostate>(report) && misunderstood.emplace(command, kind).second)
-            Platform::Logger::getInstance()->logError(
-                logFile, __LINE__, logTag,
-                "tuner report " + juce::String(command) +
-                    " is not understood: " + Platform::hexPairs(data.data(), static_cast<int>(data.size())));
+            logger().error("tuner report " + juce::String(command) +
+                           " is not understood: " + Platform::hexPairs(data.data(), static_cast<int>(data.size())));
         std::visit([this](const auto& each) { take(each); }, report);
     }
     LowLayer::recycleBytes(payload);
@@ -49,9 +46,8 @@ void RadioApplication::take(const FrequencyReport& report)
     bodies.addValue(radioArea, report.areaCode);
     bodies.addValue(radioBand, report.band);
     bodies.addValue(radioFrequency, report.frequency);
-    Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag,
-                                              "updata radio frequency = " + juce::String(report.frequency) +
-                                                  " area code = " + juce::String(report.areaCode));
+    logger().debug("updata radio frequency = " + juce::String(report.frequency) +
+                   " area code = " + juce::String(report.areaCode));
     Platform::debugPrint("Radio:: updata radio band = %d , frequency = %d ,  area code = %d \r\n",
                          static_cast<int>(report.band), report.frequency, report.areaCode);
 }
@@ -101,8 +97,7 @@ void RadioApplication::take(const SensitivityReport& report)
         return;
     const int value = report.values[tuner.band];
     bodies.addValue(radioSensitivityKey, value);
-    Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag,
-                                              "updata radio sensitivity value = " + juce::String(value));
+    logger().debug("updata radio sensitivity value = " + juce::String(value));
 }
 
 } // namespace ApplicationLayer

@@ -12,8 +12,9 @@ namespace ApplicationLayer
 enum RadioBand : int { bandFM = 0, bandAM = 1, bandWB = 2, noBand = 3 };
 inline constexpr int numberOfBands = 3;
 
-/** The tuner as far as it is known. Frequencies are the tuner's numbers, 0 for unknown; in the weather band channels.
- */
+/**
+    The tuner as far as it is known. Frequencies are the tuner's numbers, 0 for unknown; in the weather band channels.
+*/
 struct TunerState
 {
     static constexpr int unknownArea = -1;

@@ -5,8 +5,8 @@
 
 /**
     The rules of the dimmer, which screen and key lights share. A level is 0 (dark) to 11 (full); the microcontroller
-   counts from 1. Stored levels outside of that count as the nearest one, an unknown mode as full, so that the screen
-   can be read whatever the store holds.
+    counts from 1. Stored levels outside of that count as the nearest one, an unknown mode as full, so that the screen
+    can be read whatever the store holds.
 */
 namespace ApplicationLayer
 {
@@ -40,8 +40,8 @@ struct Dimmer
 
     /**
         The microcontroller reports its level: the level to correct it to, or none when it is to be taken over. Until
-       the unit has been `synced`, that is, knows whether the lights are on, a level that would follow them is not
-       corrected.
+        the unit has been `synced`, that is, knows whether the lights are on, a level that would follow them is not
+        corrected.
     */
     static std::optional<int> correct(const DimmerSettings& settings, bool lightsOn, bool synced, int reported);
 

@@ -3,13 +3,14 @@
 namespace ApplicationLayer
 {
 
-/** Whether a change matters while the setup program is away. The dimmer's mode does not: only that program changes it.
- */
+/**
+    Whether a change matters while the setup program is away. The dimmer's mode does not: only that program changes it.
+*/
 bool mattersWithoutSetup(int index);
 
 /**
     Carries out a changed setting whose effect depends on nothing but its value: sound, marine network, radio,
-   voltmeter. Nothing for any other setting. Any thread; the sound is written before it returns.
+    voltmeter. Nothing for any other setting. Any thread; the sound is written before it returns.
 */
 void applySetting(int index);
 

@@ -31,8 +31,7 @@ namespace
 const Kernel::ComponentRegistration registration { Kernel::setupApplicationId,
                                                    []() -> Kernel::SystemTask* { return new SetupApplication; } };
 
-constexpr const char* logFile = "ApplicationLayer/SetupApplication";
-constexpr const char* logTag = "SetupApplication";
+constexpr Platform::Log logger { "ApplicationLayer/SetupApplication", "SetupApplication" };
 
 /** Private message: arg1 the setting. */
 constexpr juce::int32 settingMessage = 1;
@@ -52,7 +51,7 @@ void sendAuxName()
     const auto name = getSettingString(Platform::auxNameSetting);
     for (int index = 1; index < static_cast<int>(std::size(auxNames)); ++index)
         if (name == auxNames[index])
-            return sendCommand(EVENT_RENAME_AUXIN, index);
+            return sendCommand(EVENT_RENAME_AUXIN, { index });
 }
 
 DimmerSettings dimmerSettings()
@@ -63,7 +62,7 @@ DimmerSettings dimmerSettings()
 
 void sendDimmer(int level)
 {
-    sendCommand(EVENT_LED_LCD_DIMMER, Dimmer::toMcu(level), Dimmer::toMcu(level));
+    sendCommand(EVENT_LED_LCD_DIMMER, { Dimmer::toMcu(level), Dimmer::toMcu(level) });
 }
 
 } // namespace
@@ -147,10 +146,10 @@ void SetupApplication::hostEvent(juce::int32 command, Bytes data)
     const auto values = text + Platform::hexPairs(data.data(), static_cast<int>(data.size()));
     if (data.size() < reportBytes)
     {
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag, values + " are fewer than 2, ignored");
+        logger().error(values + " are fewer than 2, ignored");
         return;
     }
-    Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag, values);
+    logger().debug(values);
     if (dimmer)
         dimmerReported(data);
     else
@@ -161,14 +160,12 @@ void SetupApplication::dimmerReported(Bytes data) const
 {
     const auto settings = dimmerSettings();
     const int level = Dimmer::fromMcu(data[0]);
-    Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag,
-                                              "EVENT_LED_LCD_DIMMER_nMode = %d ,EVENT_LED_LCD_DIMMER_nValue= %d",
-                                              settings.mode, level);
+    logger().debug("EVENT_LED_LCD_DIMMER_nMode = %d ,EVENT_LED_LCD_DIMMER_nValue= %d", settings.mode, level);
     if (const auto wanted = Dimmer::correct(settings, lightsOn, dimmerSynced, level))
         return sendDimmer(*wanted);
     if (!Dimmer::isLevel(level))
     {
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag, "%d is no dimmer level, ignored", level);
+        logger().error("%d is no dimmer level, ignored", level);
         return;
     }
     setSettingInt(Platform::dimmerLevelSetting, level, false, AppUnknown);
@@ -199,7 +196,7 @@ void SetupApplication::voltageReported(Bytes data)
     const int flags = data[1];
     if (raw != voltageRaw)
         showVoltage(raw);
-    watchBattery(SupplyVoltage::toVolts(raw));
+    watchBattery(raw * Platform::voltsPerStep);
     setDeviceState(triggerInput, (flags & triggerBit) != 0);
     followLights((flags & lightsBit) != 0);
 }

@@ -3,7 +3,7 @@
 #include "ApplicationLayer/framework/ApplicationTask.h"
 #include "ApplicationLayer/setup/Dimmer.h"
 #include "EngineApi/Settings.h"
-#include "EngineApi/WaitingChanges.h"
+#include "EngineLayer/settings/WaitingChanges.h"
 
 #include <cstdint>
 #include <span>
@@ -13,7 +13,7 @@ namespace ApplicationLayer
 
 /**
     The setup program's counterpart: changed settings take effect here, dimmer and supply voltage are followed. All of
-   its own state is of its thread.
+    its own state is of its thread.
 */
 class SetupApplication : public ApplicationTask, private EngineApi::SettingDataChangeListener
 {
@@ -46,7 +46,7 @@ private:
     bool lowVoltage = false;     ///< the supply is below 10.5 V
     juce::int32 voltageRaw = -1; ///< as reported last, 0 to 255; nothing was before the first report
     bool dimmerSynced = false;   ///< the dimmer was sent once, so the lights are known
-    EngineApi::WaitingChanges changes { "setup application" };
+    EngineLayer::WaitingChanges changes { "setup application" };
 };
 
 } // namespace ApplicationLayer

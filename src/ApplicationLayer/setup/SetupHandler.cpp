@@ -22,7 +22,8 @@ using namespace Pubhead;
 namespace
 {
 
-enum TimerId { timerReset = 1, timerIdle = 2 };
+constexpr Platform::Log logger { "ApplicationLayer/SetupApplication", "Dimmer_reset" };
+
 constexpr int resetMs = 5000;
 constexpr int idleMs = 10000;
 
@@ -89,7 +90,7 @@ void SetupHandler::versionKey()
 {
     if (!isOnTop() || !amsPending)
         return;
-    getTimers().stopTimer(timerIdle);
+    getTimers().stopTimer(idleTimer);
     Kernel::postSystemMessage(Kernel::keyManagerId, Kernel::MSG_KEY_RETURN_NEXT, 1, 0);
     notifySetup(versionNotice);
 }
@@ -111,14 +112,14 @@ void SetupHandler::decorateCommandLine(SwitchType, const PageStates&, const Page
 
 void SetupHandler::restartIdleTimer()
 {
-    getTimers().startTimer(timerIdle, idleMs);
+    getTimers().startTimer(idleTimer, idleMs);
 }
 
 void SetupHandler::onTimer(int timerId)
 {
-    if (timerId == timerReset)
+    if (timerId == resetTimer)
         deleteSettings();
-    else if (timerId == timerIdle && isOnTop())
+    else if (timerId == idleTimer && isOnTop())
         requestPageState(getNormalSource(), AppAction::ToRun, true);
 }
 
@@ -136,8 +137,8 @@ void SetupHandler::announceReset()
     for (const auto receiver : resetReceivers)
         Kernel::postSystemMessage(receiver, Kernel::MSG_FACTORY_RESET, 0, 0);
     constexpr int full = Dimmer::toMcu(Dimmer::fullLevel);
-    sendCommand(EVENT_LED_LCD_DIMMER, full, full);
-    getTimers().startTimer(timerReset, resetMs);
+    sendCommand(EVENT_LED_LCD_DIMMER, { full, full });
+    getTimers().startTimer(resetTimer, resetMs);
 }
 
 void SetupHandler::deleteSettings()
@@ -146,12 +147,10 @@ void SetupHandler::deleteSettings()
     // unit that cannot start.
     const juce::File folder(Platform::AppConfig::getSystemFilePath());
     const bool deleted = EngineLayer::DataManager::getInstance()->loadFactoryFile() && folder.deleteRecursively();
-    Platform::Logger::getInstance()->logInfo("ApplicationLayer/SetupApplication", __LINE__, "Dimmer_reset",
-                                             " bDeleteOK= %d", deleted ? 1 : 0);
+    logger().info(" bDeleteOK= %d", deleted ? 1 : 0);
     if (const auto made = folder.createDirectory(); made.failed())
-        Platform::Logger::getInstance()->logError("ApplicationLayer/SetupApplication", __LINE__, "Dimmer_reset",
-                                                  folder.getFullPathName() + ": " + made.getErrorMessage());
-    sendCommand(EVENT_FACTORY_RESET, 1);
+        logger().error(folder.getFullPathName() + ": " + made.getErrorMessage());
+    sendCommand(EVENT_FACTORY_RESET, { 1 });
 }
 
 } // namespace ApplicationLayer

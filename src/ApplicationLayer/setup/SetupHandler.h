@@ -5,11 +5,14 @@
 namespace ApplicationLayer
 {
 
-/** The page of the setup program: its keys, the way back to the source when nobody touches it, and the factory reset.
- */
+/**
+    The page of the setup program: its keys, the way back to the source when nobody touches it, and the factory reset.
+*/
 class SetupHandler : public AppHandler
 {
 public:
+    enum Timer : int { resetTimer = 1, idleTimer = 2 };
+
     SetupHandler();
 
     void onKey(juce::int32 key, juce::int32 value) override;

@@ -8,8 +8,6 @@ struct SupplyVoltage
 {
     static constexpr double lowVolts = 10.5;
 
-    /** The report's byte, 0 to 255, in volts. */
-    static constexpr double toVolts(int raw) { return raw * 25.3 / 256; }
     /** Low below the limit, not low above it; at the limit nothing changes. */
     static constexpr bool isLow(bool wasLow, double volts) { return wasLow ? volts <= lowVolts : volts < lowVolts; }
 };

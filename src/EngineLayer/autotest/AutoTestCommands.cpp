@@ -8,7 +8,6 @@
 #include "EngineApi/Provided.h"
 #include "EngineApi/Settings.h"
 #include "EngineLayer/autotest/AutoTestFrame.h"
-#include "EngineLayer/keys/KeyManager.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -31,8 +30,7 @@ using namespace EngineApi;
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/AutoTestCommands";
-constexpr const char* logTag = "ATestSession";
+constexpr Platform::Log logger { "EngineLayer/AutoTestCommands", "ATestSession" };
 
 /** Byte 4 of a frame. */
 enum Command : int {
@@ -101,13 +99,13 @@ void reportHandedOver()
 }
 
 /** The last six characters as packed BCD; none when they are not six digits. */
-std::optional<KeyManager::DeviceId> deviceIdOf(const juce::String& text)
+std::optional<DeviceId> deviceIdOf(const juce::String& text)
 {
     constexpr int digits = 6;
     const auto tail = text.getLastCharacters(digits);
     if (tail.length() != digits || !tail.containsOnly("0123456789"))
         return {};
-    KeyManager::DeviceId id {};
+    DeviceId id {};
     for (std::size_t i = 0; i < id.size(); ++i)
         id[i] = static_cast<std::uint8_t>(
             tail.substring(static_cast<int>(2 * i), static_cast<int>(2 * i + 2)).getHexValue32());
@@ -116,8 +114,7 @@ std::optional<KeyManager::DeviceId> deviceIdOf(const juce::String& text)
 
 void logRefused(const char* what)
 {
-    Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag, "command of the test equipment refused: %s",
-                                              what);
+    logger().error("command of the test equipment refused: %s", what);
 }
 
 } // namespace
@@ -218,7 +215,7 @@ bool AutoTestCommands::injectKey(int item, int detail)
             chips->getACService().volumeUp(1);
         return true;
     case itemPower:
-        sendCommand(EVENT_KEY, 0, detail == 1 ? KEY_POWER_OFF : KEY_POWER_ON, 0);
+        sendCommand(EVENT_KEY, { 0, detail == 1 ? KEY_POWER_OFF : KEY_POWER_ON, 0 });
         return true;
     default:
         break;
@@ -265,8 +262,7 @@ void AutoTestCommands::storeDeviceId(const Request& p)
     if (const auto id = deviceIdOf(text))
         keys.setDeviceId(*id);
     else
-        Platform::Logger::getInstance()->logInfo(
-            logFile, __LINE__, logTag, "the device id does not end with six digits: stored, and not sent to the MCU");
+        logger().info("the device id does not end with six digits: stored, and not sent to the MCU");
     answerAutoTest(parameters);
 }
 

@@ -3,10 +3,24 @@
 #include "EngineLayer/autotest/AutoTestFrame.h"
 #include "kernel/ComponentIds.h"
 
+#include <array>
+
 namespace EngineLayer
 {
 
-class KeyManager;
+/** Packed BCD, two digits a byte. */
+using DeviceId = std::array<std::uint8_t, 3>;
+
+/** What the test equipment may do to the keys. Group thread. */
+class AutoTestKeys
+{
+public:
+    virtual ~AutoTestKeys() = default;
+    /** Acts on a key at once. `origin` is an EngineApi::KeyOrigin or the microcontroller's own. */
+    virtual void handleKey(int origin, int value) = 0;
+    /** Keeps the id, sends it to the microcontroller and reads it back 300 ms later. */
+    virtual void setDeviceId(const DeviceId& id) = 0;
+};
 
 /**
     What the test equipment of the factory asks for: keys, sources, volume, texts, the device id. Answers go to the
@@ -15,8 +29,8 @@ class KeyManager;
 class AutoTestCommands
 {
 public:
-    explicit AutoTestCommands(KeyManager& keyManager)
-        : keys(keyManager)
+    explicit AutoTestCommands(AutoTestKeys& unitKeys)
+        : keys(unitKeys)
     {
     }
 
@@ -37,7 +51,7 @@ private:
     static void openSetup(const Request& p);
     static void answerText(int item);
 
-    KeyManager& keys;
+    AutoTestKeys& keys;
 };
 
 } // namespace EngineLayer

@@ -1,6 +1,8 @@
 #include "EngineLayer/autotest/CATestSessionManager.h"
 
 #include "EngineApi/HostLink.h"
+#include "EngineApi/Pages.h"
+#include "EngineApi/Provided.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Threads.h"
 
@@ -12,13 +14,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/ATestSessionManger";
-constexpr const char* logTag = "ATestSession";
-
-Platform::Logger& logger()
-{
-    return *Platform::Logger::getInstance();
-}
+constexpr Platform::Log logger { "EngineLayer/ATestSessionManger", "ATestSession" };
 
 } // namespace
 
@@ -39,7 +35,7 @@ void CATestSessionManager::start()
         return;
     readyToSend = true;
     if (!startThread())
-        logger().logError(logFile, __LINE__, logTag, "the thread does not start");
+        logger().error("the thread does not start");
 }
 
 void CATestSessionManager::stop()
@@ -47,7 +43,7 @@ void CATestSessionManager::stop()
     signalThreadShouldExit();
     notify();
     if (!Platform::awaitEnd(*this))
-        logger().logError(logFile, __LINE__, logTag, "the thread does not stop");
+        logger().error("the thread does not stop");
 }
 
 void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
@@ -56,8 +52,8 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
         return;
     constexpr auto longest = static_cast<std::size_t>(AutoTestFrame::longestMessage);
     if (message.getSize() > longest)
-        logger().logError(logFile, __LINE__, logTag, "a message of %d bytes is cut, a frame carries %d",
-                          static_cast<int>(message.getSize()), AutoTestFrame::longestMessage);
+        logger().error("a message of %d bytes is cut, a frame carries %d", static_cast<int>(message.getSize()),
+                       AutoTestFrame::longestMessage);
     const auto* bytes = static_cast<const std::uint8_t*>(message.getData());
 
     const juce::ScopedLock guard(lock);
@@ -65,8 +61,7 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
     {
         ++refusedMessages;
         if (!std::exchange(queueFull, true))
-            logger().logError(logFile, __LINE__, logTag, "%d messages wait, what follows is not sent",
-                              maxWaitingMessages);
+            logger().error("%d messages wait, what follows is not sent", maxWaitingMessages);
         return;
     }
     queue.emplace_back(bytes, bytes + std::min(message.getSize(), longest));
@@ -114,12 +109,12 @@ void CATestSessionManager::sendNext()
     case nothingSaid:
         if (queue.empty())
             return;
-        logger().logInfo(logFile, __LINE__, logTag, "sendMsg3");
+        logger().info("sendMsg3");
         current = AutoTestFrame::build(sequence++, queue.front());
         sendCurrent();
         queue.pop_front();
         queueFull = false;
-        logger().logInfo(logFile, __LINE__, logTag, "sendMsgSuccess");
+        logger().info("sendMsgSuccess");
         break;
     default:
         break;
@@ -133,3 +128,43 @@ void CATestSessionManager::sendCurrent()
 }
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+/** How the test equipment names the page that plays. */
+struct SourceCode
+{
+    int page;
+    std::uint8_t type;
+    std::uint8_t number;
+};
+
+constexpr SourceCode sourceCodes[] = {
+    { Pubhead::mbFM, 0, 0 },           { Pubhead::mbAM, 0, 0 },       { Pubhead::mbWB, 0, 0 },
+    { Pubhead::mbUSBAudio, 10, 1 },    { Pubhead::mbSirius, 14, 0 },  { Pubhead::mbAuxin2, 5, 0 },
+    { Pubhead::mbiPodPandora, 21, 0 }, { Pubhead::mbBTAudio, 13, 2 },
+};
+
+} // namespace
+
+void answerAutoTest(std::span<const std::uint8_t> message)
+{
+    if (auto* session = Provided<AutoTestSession>::get())
+        session->addMsgToBuffer(juce::MemoryBlock(message.data(), message.size()));
+}
+
+void reportSourceToAutoTest()
+{
+    const auto* found = std::find_if(std::begin(sourceCodes), std::end(sourceCodes),
+                                     [page = getNormalSource()](const auto& each) { return each.page == page; });
+    if (found == std::end(sourceCodes))
+        return;
+    const std::uint8_t report[] = { 0x00, 0x01, found->type, found->number };
+    answerAutoTest(report);
+}
+
+} // namespace EngineApi

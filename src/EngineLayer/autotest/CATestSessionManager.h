@@ -30,8 +30,9 @@ public:
     void clearBuffer() override;
     void setPeerState(bool ready, int state) override;
 
-    /** Asks the thread to end and waits at most 200 ms; one that still runs is logged and left alone. Message thread.
-     */
+    /**
+        Asks the thread to end and waits at most 200 ms; one that still runs is logged and left alone. Message thread.
+    */
     void stop();
     /** Messages that were refused because too many wait. Any thread. */
     int getRefusedMessages() const { return refusedMessages; }

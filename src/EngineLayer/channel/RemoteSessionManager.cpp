@@ -7,10 +7,14 @@
 #include "platform/base/CommandLine.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Pubhead.h"
+#include "platform/screen/Window.h"
+
+#include <atomic>
 
 using namespace EngineApi;
 using LowLayer::RemotecommDev;
 using Platform::RemoteMessage;
+using Platform::IPCMsg::MessageHelper;
 
 namespace EngineLayer
 {
@@ -18,8 +22,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* sourceFile = "EngineLayer/RemoteSessionManager";
-constexpr const char* tag = "RemoteSessionManager";
+constexpr Platform::Log logger { "EngineLayer/RemoteSessionManager", "RemoteSessionManager" };
 
 bool isValid(int appType)
 {
@@ -72,8 +75,8 @@ bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& mess
     if (isPointlessLater(*message))
         return false;
     if (auto& queue = pendingMessages[appType]; queue.push({ message, isStarting }))
-        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "%d messages wait for %s: the oldest go",
-                                                  static_cast<int>(maxPending), Pubhead::appTypeName(appType));
+        logger().error("%d messages wait for %s: the oldest go", static_cast<int>(maxPending),
+                       Pubhead::appTypeName(appType));
     return false;
 }
 
@@ -98,11 +101,10 @@ std::vector<int> RemoteSessionManager::getRegisteredApps() const
 void RemoteSessionManager::onData(int kind, int appType, juce::ReferenceCountedObject* data)
 {
     auto* message = dynamic_cast<RemoteMessage*>(data);
-    auto* logger = Platform::Logger::getInstance();
     switch (kind)
     {
     case LowLayer::MSG_REMOTE_REGIST:
-        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_REGIST: %s", Pubhead::appTypeName(appType));
+        logger().info("MSG_REMOTE_REGIST: %s", Pubhead::appTypeName(appType));
         // A name alone is not enough: a program that has just started registers with its hello.
         if (isValid(appType) && getAppState(appType) == kConnected)
             registerApp(appType);
@@ -112,7 +114,7 @@ void RemoteSessionManager::onData(int kind, int appType, juce::ReferenceCountedO
             sendToApp(appType, message);
         break;
     case LowLayer::MSG_REMOTE_UNREGIST:
-        logger->logInfo(sourceFile, __LINE__, tag, "MSG_REMOTE_UNREGIST: %s", Pubhead::appTypeName(appType));
+        logger().info("MSG_REMOTE_UNREGIST: %s", Pubhead::appTypeName(appType));
         // A name that is lost late must not take along what waits for the program's next process.
         if (isValid(appType) && isAppRegistered(appType))
             unregisterApp(appType);
@@ -130,7 +132,7 @@ void RemoteSessionManager::receive(int appType, RemoteMessage& message)
 {
     if (!isValid(appType))
     {
-        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "MSG_REMOTE_MSG_REV AppType error");
+        logger().error("MSG_REMOTE_MSG_REV AppType error");
         return;
     }
     RemoteMsgFilterInterface* filter = nullptr;
@@ -209,3 +211,77 @@ void RemoteSessionManager::postToPageOf(int appType, juce::int32 id, Kernel::Pay
 }
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::RemoteSessionManager& manager()
+{
+    return *EngineLayer::RemoteSessionManager::getInstance();
+}
+
+/** The navigation program is a foreign one: it is reached through its window. */
+bool postToNavigation(juce::int32 arg1, juce::int32 arg2)
+{
+    static std::atomic<Platform::WindowHandle> cached { Platform::noWindow };
+    auto window = cached.load();
+    if (!Platform::isWindow(window))
+    {
+        window = Platform::findWindow(MessageHelper::getDestName(Pubhead::AppNavi));
+        cached = window;
+    }
+    return window != Platform::noWindow && Platform::postWindowMessage(window, RMSG_NAVI_WINDOW, arg1, arg2);
+}
+
+} // namespace
+
+bool sendRemoteMessage(int appType, juce::int32 what, juce::int32 arg1, juce::int32 arg2, Platform::Bundle::Ptr bundle)
+{
+    auto message = RemoteMessage::obtain();
+    message->what = what;
+    message->arg1 = arg1;
+    message->arg2 = arg2;
+    message->bundle = std::move(bundle);
+    const bool sent = sendRemoteMessage(appType, message);
+    RemoteMessage::recycle(std::move(message));
+    return sent;
+}
+
+bool sendRemoteMessage(int appType, const RemoteMessage::Ptr& message)
+{
+    if (message == nullptr)
+        return false;
+    if (appType == Pubhead::AppNavi)
+        return postToNavigation(message->arg1, message->arg2);
+    return manager().sendToApp(appType, message);
+}
+
+void broadcastRemoteMessage(juce::int32 what, juce::int32 arg1, juce::int32 arg2)
+{
+    auto message = RemoteMessage::obtain();
+    message->what = what;
+    message->arg1 = arg1;
+    message->arg2 = arg2;
+    MessageHelper::broadcastMessage(message);
+    RemoteMessage::recycle(std::move(message));
+}
+
+void addRemoteMsgFilter(juce::int32 what, RemoteMsgFilterInterface* filter)
+{
+    manager().addMsgFilter(what, filter);
+}
+
+bool isAppConnected(int appType)
+{
+    return manager().isAppRegistered(appType);
+}
+
+std::vector<int> getRegisteredApps()
+{
+    return manager().getRegisteredApps();
+}
+
+} // namespace EngineApi

@@ -14,7 +14,7 @@ namespace EngineLayer
 
 /**
     Knows which programs are registered, keeps messages for those that are not yet, and routes what they send: ids with
-   a filter to the filter, everything else to the handler of the program's page. Sending is allowed from any thread.
+    a filter to the filter, everything else to the handler of the program's page. Sending is allowed from any thread.
 */
 class RemoteSessionManager : public Kernel::ComponentTask,
                              public LowLayer::ClientCallBack,
@@ -22,8 +22,10 @@ class RemoteSessionManager : public Kernel::ComponentTask,
                              public Kernel::Singleton<RemoteSessionManager>
 {
 public:
-    /** True when the message went out. A program that is not registered gets it, in order, once it registers; of what
-     * waits for one that does not come the newest are kept. */
+    /**
+        True when the message went out. A program that is not registered gets it, in order, once it registers; of what
+        waits for one that does not come the newest are kept.
+    */
     bool sendToApp(int appType, const Platform::RemoteMessage::Ptr& message);
     void addMsgFilter(juce::int32 what, EngineApi::RemoteMsgFilterInterface* filter);
     bool isAppRegistered(int appType) const;
@@ -44,8 +46,10 @@ private:
     void registerApp(int appType);
     void unregisterApp(int appType);
     void stopPosting(int appType);
-    /** What waits for a program that is gone. A state is told later than it is set: what was sent to the process that
-     * has been started meanwhile goes on waiting. */
+    /**
+        What waits for a program that is gone. A state is told later than it is set: what was sent to the process that
+        has been started meanwhile goes on waiting.
+    */
     void dropPending(int appType);
     void receive(int appType, Platform::RemoteMessage& message);
     static void postToPageOf(int appType, juce::int32 id, Kernel::Payload payload = nullptr);

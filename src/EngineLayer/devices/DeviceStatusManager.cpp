@@ -10,6 +10,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/devices/DspNotices.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "EngineLayer/devices/UsbStorage.h"
 #include "EngineLayer/devices/VideoDecoder.h"
 #include "EngineLayer/settings/DataManager.h"
@@ -22,7 +23,6 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 
@@ -36,18 +36,7 @@ namespace
 
 using EngineApi::Provided;
 
-constexpr const char* logFile = "EngineLayer/DeviceStatusManager";
-constexpr const char* logTag = "DeviceStatusManager";
-
-enum TimerId {
-    timerLastMemory = 1,
-    timerUsbScan = 2,
-    timerAntitheftLeft = 3,
-    timerCameraVideo = 4,
-    timerHeartbeat = 5,
-    timerAutoTest = 6,
-    timerPowerOff = 7
-};
+constexpr Platform::Log logger { "EngineLayer/DeviceStatusManager", "DeviceStatusManager" };
 
 constexpr int lastMemoryMs = 1000;
 constexpr int usbScanMs = 1000;
@@ -75,10 +64,9 @@ Factory::ScheduleFactroy& policy()
     return *Factory::ScheduleFactroy::getInstance();
 }
 
-void logSource(int line, const char* what, McuSource source)
+void logSource(const Platform::Log::Line& line, const char* what, McuSource source)
 {
-    Platform::Logger::getInstance()->logInfo(logFile, line, logTag, "%s Src Switch type:%d  Num:%d", what, source.type,
-                                             source.number);
+    line.info("%s Src Switch type:%d  Num:%d", what, source.type, source.number);
 }
 
 /** Type and number in front of a frame's data; -1 for what a short frame lacks. */
@@ -106,7 +94,7 @@ bool mayStillAppear(int source)
 
 void sendHeartbeat()
 {
-    EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, 0);
+    EngineApi::sendCommand(EngineApi::EVENT_HEAT_BEAT, { 0 });
 }
 
 } // namespace
@@ -122,8 +110,7 @@ void DeviceStatusManager::initialize()
     handleMessage(Kernel::MSG_SYS_INIT, 0, 0, nullptr);
 }
 
-void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2,
-                                        const Kernel::Payload& payload)
+void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload& payload)
 {
     switch (id)
     {
@@ -149,8 +136,7 @@ void DeviceStatusManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::
         standby(arg1);
         break;
     case Kernel::MSG_SYS_TIMER:
-        if (isCurrent(arg1, arg2))
-            timerExpired(arg1);
+        timerExpired(arg1);
         break;
     case Kernel::MSG_HOST_EVENT:
         hostEvent(arg1, payload);
@@ -176,45 +162,45 @@ void DeviceStatusManager::startHardware()
     DataManager::getInstance()->loadSystemFile();
     devices.set(EngineApi::usbStorage, isUsbStoragePresent());
     postDeviceJob(DeviceJob::decoderSetUp, [] { videoDecoder().initialise(); });
-    startTimer(timerCameraVideo, cameraVideoMs);
+    startTimer(cameraVideoTimer, cameraVideoMs);
 }
 
 void DeviceStatusManager::start()
 {
     waitingLastMemory = true;
     EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
-    startTimer(timerLastMemory, lastMemoryMs);
-    startTimer(timerUsbScan, usbScanMs);
+    startTimer(lastMemoryTimer, lastMemoryMs);
+    startTimer(usbScanTimer, usbScanMs);
 }
 
 void DeviceStatusManager::timerExpired(int timerId)
 {
     switch (timerId)
     {
-    case timerLastMemory:
+    case lastMemoryTimer:
         if (waitingLastMemory)
             EngineApi::sendCommand(EngineApi::EVENT_GET_LAST_MEMORY);
         else
-            stopTimer(timerLastMemory);
+            stopTimer(lastMemoryTimer);
         break;
-    case timerUsbScan:
+    case usbScanTimer:
         scanUsb();
         break;
-    case timerAntitheftLeft:
-        stopTimer(timerAntitheftLeft);
+    case antitheftLeftTimer:
+        stopTimer(antitheftLeftTimer);
         runStartSrc();
         EngineApi::requestStopPage(Pubhead::mbAntitheft);
         break;
-    case timerCameraVideo:
+    case cameraVideoTimer:
         pollCameraVideo();
         break;
-    case timerHeartbeat:
+    case heartbeatTimer:
         sendHeartbeat();
         break;
-    case timerAutoTest:
+    case autoTestTimer:
         handOverToAutoTest();
         break;
-    case timerPowerOff:
+    case powerOffTimer:
         powerOffConfirmed();
         break;
     default:
@@ -224,7 +210,7 @@ void DeviceStatusManager::timerExpired(int timerId)
 
 void DeviceStatusManager::powerOffConfirmed()
 {
-    stopTimer(timerPowerOff);
+    stopTimer(powerOffTimer);
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
 }
 
@@ -237,15 +223,13 @@ void DeviceStatusManager::standby(juce::int32 what)
     else if (what == leave)
         EngineApi::requestStopPage(Pubhead::mbStandby);
     else if (!std::exchange(standbyRefused, true))
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  "standby is entered by 0 and left by 1, not by %d", what);
+        logger().error("standby is entered by 0 and left by 1, not by %d", what);
 }
 
 void DeviceStatusManager::stopHeartbeat()
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag,
-                                             "APP stop sending the heatbeat packets to MCU \r\n");
-    stopTimer(timerHeartbeat);
+    logger().info("APP stop sending the heatbeat packets to MCU \r\n");
+    stopTimer(heartbeatTimer);
 }
 
 void DeviceStatusManager::handOverToAutoTest()
@@ -254,7 +238,7 @@ void DeviceStatusManager::handOverToAutoTest()
     if (session == nullptr)
         return;
     if (session->isRunning())
-        stopTimer(timerAutoTest);
+        stopTimer(autoTestTimer);
     session->addMsgToBuffer(juce::MemoryBlock(autoTestReady, sizeof autoTestReady));
 }
 
@@ -269,12 +253,12 @@ void DeviceStatusManager::hostEvent(int command, const Kernel::Payload& payload)
         lastMemoryAnswered();
         break;
     case EngineApi::EVENT_SRC_SWITCH:
-        logSource(__LINE__, "MCU Requeset", source);
+        logSource(logger(), "MCU Requeset", source);
         if (source.isComplete())
             mcuRequestsSource(source);
         break;
     case EngineApi::EVENT_SRC_SWITCH_REPORT:
-        logSource(__LINE__, "MCU report", source);
+        logSource(logger(), "MCU report", source);
         if (source.isComplete())
             agreement.mcuConfirms(source);
         break;
@@ -303,9 +287,9 @@ void DeviceStatusManager::lastMemoryAnswered()
     }
     if (auto* session = Provided<EngineApi::AutoTestSession>::get())
         session->start();
-    startTimer(timerAutoTest, autoTestMs);
+    startTimer(autoTestTimer, autoTestMs);
     sendHeartbeat();
-    startTimer(timerHeartbeat, heartbeatMs);
+    startTimer(heartbeatTimer, heartbeatMs);
     Kernel::postSystemMessage(Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT, 0, 0);
 }
 
@@ -323,7 +307,7 @@ void DeviceStatusManager::mcuRequestsSource(McuSource source)
 
 void DeviceStatusManager::startWith(int page)
 {
-    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, 1);
+    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, { 1 });
     startPage = page;
     EngineApi::switchSystemState(firstState(conditions), EngineApi::kIdle);
 }
@@ -354,7 +338,7 @@ void DeviceStatusManager::mcuPowersOff()
         remote->restoreAfter(0); // nothing comes back on it
         remote->clearDisplay(true);
     }
-    startTimer(timerPowerOff, powerOffMs);
+    startTimer(powerOffTimer, powerOffMs);
     EngineApi::sendRemoteMessage(Pubhead::AppSirius, EngineApi::RMSG_SXM_FAVOURITE, siriusPowerOff, 0);
 }
 
@@ -371,15 +355,15 @@ void DeviceStatusManager::sourceChanged()
     switch (agreement.unitSwitchedTo(source))
     {
     case SourceAgreement::Report::ask:
-        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, type, number);
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, { type, number });
         break;
     case SourceAgreement::Report::confirm:
-        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, type, number);
+        EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH_REPORT, { type, number });
         break;
     case SourceAgreement::Report::nothing:
         break;
     }
-    logSource(__LINE__, "APP  REQUESET", source);
+    logSource(logger(), "APP  REQUESET", source);
 }
 
 void DeviceStatusManager::takeSoundOf(int page)
@@ -406,14 +390,14 @@ void DeviceStatusManager::followAudioChannel()
 void DeviceStatusManager::startSourceWhenReady()
 {
     if (EngineApi::getPreviousSystemState() == EngineApi::kAntitheft)
-        startTimer(timerAntitheftLeft, antitheftLeftMs);
+        startTimer(antitheftLeftTimer, antitheftLeftMs);
     else
         runStartSrc();
 }
 
 void DeviceStatusManager::runStartSrc()
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, "runStartSrc");
+    logger().info("runStartSrc");
     const int page = startPage;
     if (policy().checkNormalSource(page) == page)
         runPage(page);
@@ -448,12 +432,12 @@ bool DeviceStatusManager::getDeviceState(int kind) const
 void DeviceStatusManager::addDeviceStateListener(EngineApi::DeviceStateInterface* listener)
 {
     if (listener != nullptr)
-        listeners.addIfNotAlreadyThere(listener);
+        listeners.addOnce(listener);
 }
 
 void DeviceStatusManager::removeDeviceStateListener(EngineApi::DeviceStateInterface* listener)
 {
-    listeners.removeFirstMatchingValue(listener);
+    listeners.remove(listener);
 }
 
 void DeviceStatusManager::scanUsb()
@@ -497,18 +481,13 @@ void DeviceStatusManager::reportChanges()
 
 void DeviceStatusManager::announce(int kind)
 {
-    // Under the lock a removal waits for the call that is under way; a listener may also remove itself or another.
-    const juce::ScopedLock guard(listeners.getLock());
-    const auto current = listeners;
-    for (auto* listener : current)
-        if (listeners.contains(listener))
-            listener->onDeviceStateChanged(kind);
+    listeners.call([kind](auto& listener) { listener.onDeviceStateChanged(kind); });
 }
 
 void DeviceStatusManager::sendDeviceStatus()
 {
     const auto status = devices.getReportedStatus();
-    EngineApi::sendCommand(EngineApi::EVENT_DEVICE_STATUS, status.usb, status.others);
+    EngineApi::sendCommand(EngineApi::EVENT_DEVICE_STATUS, { status.usb, status.others });
 }
 
 void DeviceStatusManager::setLowBatteryAlert(bool on)
@@ -541,3 +520,103 @@ void DeviceStatusManager::onSecondNotice(int, int) {}
 void DeviceStatusManager::onFourthNotice(int) {}
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::DeviceStatusManager& manager()
+{
+    return *EngineLayer::DeviceStatusManager::getInstance();
+}
+
+} // namespace
+
+void setDeviceState(int kind, bool present)
+{
+    manager().setDeviceState(kind, present);
+}
+
+bool getDeviceState(int kind)
+{
+    return manager().getDeviceState(kind);
+}
+
+void addDeviceStateListener(DeviceStateInterface* listener)
+{
+    manager().addDeviceStateListener(listener);
+}
+
+void removeDeviceStateListener(DeviceStateInterface* listener)
+{
+    manager().removeDeviceStateListener(listener);
+}
+
+void startSourceWhenReady()
+{
+    manager().startSourceWhenReady();
+}
+
+int getStartPage()
+{
+    return manager().getStartPage();
+}
+
+bool isDummyPowerOffCondition()
+{
+    return false;
+}
+
+bool isISRCondition()
+{
+    return manager().isISRCondition();
+}
+
+bool isCallCondition()
+{
+    return false;
+}
+
+void audioChannelChanged()
+{
+    manager().audioChannelChanged();
+}
+
+int getAntitheftValue()
+{
+    return manager().getAntitheftValue();
+}
+
+bool isDiscAudioAvailable()
+{
+    return manager().isDiscAudioAvailable();
+}
+
+bool isDiscVideoAvailable()
+{
+    return manager().isDiscVideoAvailable();
+}
+
+void setLowBatteryAlert(bool on)
+{
+    manager().setLowBatteryAlert(on);
+}
+
+bool isLowBatteryAlert()
+{
+    return manager().isLowBatteryAlert();
+}
+
+void setEnterTestMode(bool on)
+{
+    manager().setEnterTestMode(on);
+}
+
+bool getEnterTestMode()
+{
+    return manager().getEnterTestMode();
+}
+
+} // namespace EngineApi

@@ -8,6 +8,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
+#include "platform/base/ListenerList.h"
 
 #include <atomic>
 #include <cstdint>
@@ -31,6 +32,16 @@ class DeviceStatusManager : public Kernel::ComponentTask,
                             public Kernel::Singleton<DeviceStatusManager>
 {
 public:
+    enum Timer : int {
+        lastMemoryTimer = 1,
+        usbScanTimer = 2,
+        antitheftLeftTimer = 3,
+        cameraVideoTimer = 4,
+        heartbeatTimer = 5,
+        autoTestTimer = 6,
+        powerOffTimer = 7
+    };
+
     void initialize() override;
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
 
@@ -116,7 +127,7 @@ private:
     bool waitingLastMemory = false;
     std::atomic<int> startPage;
     DeviceTable devices;
-    juce::Array<EngineApi::DeviceStateInterface*, juce::CriticalSection> listeners;
+    Platform::ListenerList<EngineApi::DeviceStateInterface> listeners;
     bool cameraVideoSignal = false;
     bool standbyRefused = false; ///< an unknown value is named once
     bool cameraPollPending = false;

@@ -30,8 +30,10 @@ public:
 
     /** True when nothing has changed since the last report. */
     bool isReported() const;
-    /** The kinds that have changed since the last report, in the order of their announcement; they count as reported
-     * now. */
+    /**
+        The kinds that have changed since the last report, in the order of their announcement; they count as reported
+        now.
+    */
     std::vector<int> takeChanges();
     /** The status as last reported. */
     StatusBytes getReportedStatus() const;

@@ -10,11 +10,15 @@ namespace EngineLayer
 namespace
 {
 
+constexpr Platform::Log logger { "EngineLayer/VideoDecoder", "DeviceStatusManager" };
+
 constexpr const char* busName = "I2C1:";
 constexpr int setUpTimeoutMs = 1000;
 constexpr int pollTimeoutMs = 250;
-/** So often a decoder that does not answer may hold up what else waits for the thread. One slow answer must not take
- * the picture of the camera away for long. */
+/**
+    So often a decoder that does not answer may hold up what else waits for the thread. One slow answer must not take
+    the picture of the camera away for long.
+*/
 constexpr std::chrono::seconds restAfterFailure { 1 };
 constexpr int deviceAddress = 0x88; ///< 8-bit form
 constexpr int statusRegister = 0x01;
@@ -44,16 +48,14 @@ void VideoDecoder::initialise()
     if (initialised)
         return;
     initialised = true;
-    drive(UnitLine::videoDecoderPower, true);
+    Platform::drive(Platform::videoDecoderLine, true);
     Platform::I2CDevice device;
     if (!device.open(busName, setUpTimeoutMs))
         return;
     for (const auto& entry : registerTable)
         if (!device.writeRegister(deviceAddress, entry.number, entry.value))
         {
-            Platform::Logger::getInstance()->logError(
-                "EngineLayer/VideoDecoder", __LINE__, "DeviceStatusManager",
-                "the video decoder does not take register 0x%02X and is not set up", entry.number);
+            logger().error("the video decoder does not take register 0x%02X and is not set up", entry.number);
             return;
         }
 }

@@ -12,8 +12,10 @@ namespace EngineLayer
 class VideoDecoder
 {
 public:
-    /** Powers the decoder and writes its registers; only the first call does anything, whether or not it succeeds. The
-     * first register that is not taken ends it. */
+    /**
+        Powers the decoder and writes its registers; only the first call does anything, whether or not it succeeds. The
+        first register that is not taken ends it.
+    */
     void initialise();
     /**
         True when the decoder sees a picture; false also when it does not answer. One that does not is left alone for

@@ -1,7 +1,6 @@
 #include "EngineLayer/hostlink/HostDataFormat.h"
 
-#include <array>
-#include <cstring>
+#include <algorithm>
 #include <mutex>
 #include <numeric>
 
@@ -20,8 +19,6 @@ int HostFrame::command(const std::uint8_t* frame)
 
 namespace
 {
-
-constexpr int acknowledgementContent = 1;
 
 struct FramePool
 {
@@ -68,65 +65,22 @@ void HostDataFormat::releaseFrame(HostDataFormat& frame)
     pool().spare.emplace_back(&frame);
 }
 
-int HostDataFormat::spareFrames()
+bool HostDataFormat::build(int command, std::span<const std::uint8_t> data)
 {
-    const std::lock_guard guard(pool().lock);
-    return static_cast<int>(pool().spare.size());
-}
-
-void HostDataFormat::build(int command)
-{
-    fill(command, nullptr, 0);
-}
-
-void HostDataFormat::build(int command, int b1)
-{
-    const std::array data { lowByte(b1) };
-    fill(command, data.data(), static_cast<int>(data.size()));
-}
-
-void HostDataFormat::build(int command, int b1, int b2)
-{
-    const std::array data { lowByte(b1), lowByte(b2) };
-    fill(command, data.data(), static_cast<int>(data.size()));
-}
-
-void HostDataFormat::build(int command, int b1, int b2, int b3)
-{
-    const std::array data { lowByte(b1), lowByte(b2), lowByte(b3) };
-    fill(command, data.data(), static_cast<int>(data.size()));
-}
-
-bool HostDataFormat::buildBlock(int command, const void* data, int n)
-{
-    if (data == nullptr || n < 1 || n > HostFrame::maxDataLength)
+    if (data.size() > static_cast<std::size_t>(HostFrame::maxDataLength))
         return false;
-    fill(command, static_cast<const std::uint8_t*>(data), n);
-    return true;
-}
-
-void HostDataFormat::buildAcknowledgement(int value)
-{
-    const auto data = lowByte(value);
-    fill(0, &data, 1);
-    contentLength = acknowledgementContent;
-}
-
-void HostDataFormat::fill(int command, const std::uint8_t* data, int n)
-{
-    const auto needed = static_cast<std::size_t>(n + HostFrame::overhead);
+    const auto needed = data.size() + HostFrame::overhead;
     if (buffer.size() < needed)
         buffer = std::vector<std::uint8_t>(needed);
     frameLength = static_cast<int>(needed);
-    contentLength = n + 2;
     buffer[0] = HostFrame::sync1;
     buffer[1] = HostFrame::sync2;
     buffer[HostFrame::sequenceAt] = 0;
     buffer[HostFrame::lengthAt] = lowByte(frameLength);
     buffer[HostFrame::commandHighAt] = 0;
     buffer[HostFrame::commandLowAt] = lowByte(command);
-    if (n > 0)
-        std::memcpy(buffer.data() + HostFrame::dataAt, data, static_cast<std::size_t>(n));
+    std::copy(data.begin(), data.end(), buffer.begin() + HostFrame::dataAt);
+    return true;
 }
 
 void HostDataFormat::setSequence(int sequence)

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <juce_core/juce_core.h>
+#include <span>
 #include <vector>
 
 namespace EngineLayer
@@ -47,16 +48,12 @@ public:
     static Ptr obtainFrame();
     /** Gives the frame back to the pool when the caller's is the last reference; else nothing happens. Any thread. */
     static void releaseFrame(HostDataFormat& frame);
-    static int spareFrames();
 
-    /** Builders. Sequence and checksum are filled in by `setSequence`; of every value the low byte counts. */
-    void build(int command);
-    void build(int command, int b1);
-    void build(int command, int b1, int b2);
-    void build(int command, int b1, int b2, int b3);
-    /** False, and nothing built, without data or with more than a frame carries. */
-    bool buildBlock(int command, const void* data, int n);
-    void buildAcknowledgement(int value);
+    /**
+        Sequence and checksum are filled in by `setSequence`. False, and nothing built, with more data than a frame
+        carries.
+    */
+    bool build(int command, std::span<const std::uint8_t> data = {});
 
     /** Numbers the frame and closes it with its checksum; the last step before it is written. */
     void setSequence(int sequence);
@@ -65,15 +62,10 @@ public:
     int commandOf() const { return buffer.empty() ? 0 : buffer[HostFrame::commandLowAt]; }
     const std::uint8_t* getBytes() const { return buffer.data(); }
     int getFrameLength() const { return frameLength; }
-    /** Data length + 2 of a command frame, 1 of an acknowledgement. */
-    int getContentLength() const { return contentLength; }
 
 private:
-    void fill(int command, const std::uint8_t* data, int n);
-
     bool inPool = false;
     int frameLength = 0;
-    int contentLength = 0;
     std::vector<std::uint8_t> buffer; ///< grows to the exact size that a frame needs, never shrinks
 };
 

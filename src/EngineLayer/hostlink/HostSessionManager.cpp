@@ -1,6 +1,6 @@
 #include "EngineLayer/hostlink/HostSessionManager.h"
 
-#include "EngineLayer/hostlink/HostCommands.h"
+#include "EngineApi/HostCommands.h"
 #include "EngineLayer/hostlink/MonitorSendThread.h"
 #include "factory/MsgSpecialHandler.h"
 #include "kernel/MessageIds.h"
@@ -10,6 +10,7 @@
 #include "platform/config/Configuration.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace EngineLayer
@@ -18,8 +19,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/HostSessionManager";
-constexpr const char* logTag = "HostSessionManager";
+constexpr Platform::Log logger { "EngineLayer/HostSessionManager", "HostSessionManager" };
 
 /** Line numbers under which the log is read and filtered. */
 enum LogLine {
@@ -34,11 +34,6 @@ enum LogLine {
 constexpr const char* monitorGroup = "MonitorSendThread";
 constexpr int monitorPriority = 5;
 constexpr int noSequence = 65535; ///< matches no sequence byte
-
-Platform::Logger& logger()
-{
-    return *Platform::Logger::getInstance();
-}
 
 } // namespace
 
@@ -109,32 +104,12 @@ void HostSessionManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
 
 // Sending, callers' threads.
 
-void HostSessionManager::sendCommand(int command)
+void HostSessionManager::sendCommand(int command, std::initializer_list<int> values)
 {
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command);
-    queue(std::move(frame));
-}
-
-void HostSessionManager::sendCommand(int command, int b1)
-{
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command, b1);
-    queue(std::move(frame));
-}
-
-void HostSessionManager::sendCommand(int command, int b1, int b2)
-{
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command, b1, b2);
-    queue(std::move(frame));
-}
-
-void HostSessionManager::sendCommand(int command, int b1, int b2, int b3)
-{
-    auto frame = HostDataFormat::obtainFrame();
-    frame->build(command, b1, b2, b3);
-    queue(std::move(frame));
+    std::vector<std::uint8_t> data;
+    for (const int value : values)
+        data.push_back(static_cast<std::uint8_t>(value & 0xff));
+    sendData(command, data.data(), static_cast<int>(data.size()));
 }
 
 void HostSessionManager::sendData(int command, const void* data, int n)
@@ -155,16 +130,17 @@ void HostSessionManager::sendDataUrgent(int command, const void* data, int n, in
 
 HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data, int n)
 {
-    if (data != nullptr && (n < 0 || n > HostFrame::maxDataLength))
+    if (data == nullptr)
+        n = 0;
+    if (n < 0 || n > HostFrame::maxDataLength)
     {
         ++refusedSends;
-        logger().logError(logFile, __LINE__, logTag, "%s not sent: %d data bytes, a frame carries %d",
-                          hostCommand(command).sentName, n, HostFrame::maxDataLength);
+        logger().error("%s not sent: %d data bytes, a frame carries %d", EngineApi::hostCommand(command).sentName, n,
+                       HostFrame::maxDataLength);
         return nullptr;
     }
     auto frame = HostDataFormat::obtainFrame();
-    if (!frame->buildBlock(command, data, n))
-        frame->build(command);
+    frame->build(command, { static_cast<const std::uint8_t*>(data), static_cast<std::size_t>(n) });
     return frame;
 }
 
@@ -182,8 +158,8 @@ void HostSessionManager::noteLoss(const SendItem& lost, int limit)
 {
     ++refusedSends;
     if (!lossLogged.exchange(true))
-        logger().logError(logFile, __LINE__, logTag, "%d frames wait, %s and what follows is not sent", limit,
-                          hostCommand(lost.frame->commandOf()).sentName);
+        logger().error("%d frames wait, %s and what follows is not sent", limit,
+                       EngineApi::hostCommand(lost.frame->commandOf()).sentName);
 }
 
 // Sending, group thread.
@@ -219,16 +195,16 @@ void HostSessionManager::transmit(const HostDataFormat& frame)
 {
     const bool debug = Platform::CorvaneConfig::isSystemDebug();
     if (debug)
-        logger().logInfo(logFile, lineSendCommand, logTag,
-                         "Host Send cmd: " + juce::String(hostCommand(frame.commandOf()).sentName));
+        logger(lineSendCommand)
+            .info("Host Send cmd: " + juce::String(EngineApi::hostCommand(frame.commandOf()).sentName));
     // A write that failed is made good by the resends.
     if (!LowLayer::HostcommDev::getInstance()->write(frame.getBytes(), frame.getFrameLength()) && debug)
-        logger().logError(logFile, lineHardwareFail, logTag, "Host Send data hardware fail!");
+        logger(lineHardwareFail).error("Host Send data hardware fail!");
 }
 
 void HostSessionManager::acknowledged(int sequence, int value)
 {
-    logger().logError(logFile, lineAcknowledged, logTag, "MCU received ACK arg1: %d, arg2: %d", sequence, value);
+    logger(lineAcknowledged).error("MCU received ACK arg1: %d, arg2: %d", sequence, value);
     if (!waitingForAcknowledgement || sequence != sequenceCounter || inFlight == nullptr)
         return;
     releaseInFlight();
@@ -243,8 +219,8 @@ void HostSessionManager::resend(int sequence)
         return;
     if (waitingForAcknowledgement && inFlight != nullptr)
     {
-        logger().logError(logFile, lineResend, logTag,
-                          "MCU ReSend ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+        logger(lineResend)
+            .error("MCU ReSend ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         transmit(*inFlight->frame);
         return;
     }
@@ -258,8 +234,8 @@ void HostSessionManager::sendFailed(int sequence)
         return;
     if (inFlight != nullptr)
     {
-        logger().logError(logFile, lineSendError, logTag,
-                          "MCU Send Error ID! " + juce::String(hostCommand(inFlight->frame->commandOf()).sentName));
+        logger(lineSendError)
+            .error("MCU Send Error ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         releaseInFlight();
     }
     waitingForAcknowledgement = false;
@@ -300,7 +276,7 @@ void HostSessionManager::onFrame(const std::uint8_t* frame, int length)
 
 void HostSessionManager::onChecksumError()
 {
-    logger().logError(logFile, __LINE__, logTag, "MCU Recv CheckSum Error");
+    logger().error("MCU Recv CheckSum Error");
 }
 
 void HostSessionManager::frameReceived(int length, const Kernel::Payload& payload)
@@ -318,7 +294,8 @@ void HostSessionManager::frameReceived(int length, const Kernel::Payload& payloa
 void HostSessionManager::acknowledge(int sequence)
 {
     auto frame = HostDataFormat::obtainFrame();
-    frame->buildAcknowledgement(0);
+    constexpr std::array<std::uint8_t, 1> accepted { 0 };
+    frame->build(0, accepted);
     frame->setSequence(sequence);
     Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgSendNow, 0, 0, std::move(frame));
 }
@@ -327,8 +304,7 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 {
     const int command = HostFrame::command(frame);
     if (Platform::CorvaneConfig::isSystemDebug())
-        logger().logInfo(logFile, lineReceiveCommand, logTag,
-                         "Host Recv cmd: " + juce::String(hostCommand(command).receivedName));
+        logger(lineReceiveCommand).info("Host Recv cmd: " + juce::String(EngineApi::hostCommand(command).receivedName));
     noteIfUnknown(command);
     // Nothing reaches the managers before the answer to the request for the last memory.
     if (!synchronised && command != EngineApi::EVENT_GET_LAST_MEMORY)
@@ -350,10 +326,10 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 void HostSessionManager::noteIfUnknown(int command)
 {
     auto noted = unknownCommands[static_cast<std::size_t>(command)];
-    if (noted || *hostCommand(command).receivedName != '\0')
+    if (noted || *EngineApi::hostCommand(command).receivedName != '\0')
         return;
     noted = true;
-    logger().logError(logFile, __LINE__, logTag, "frames of command %d are not known and are ignored", command);
+    logger().error("frames of command %d are not known and are ignored", command);
 }
 
 bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
@@ -365,9 +341,8 @@ bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
         return true;
     ++droppedEvents;
     if (overrun.insert(receiver).second)
-        logger().logError(logFile, __LINE__, logTag,
-                          "%d messages wait for component %d, %s and what follows is dropped",
-                          static_cast<int>(waiting), receiver, hostCommand(command).receivedName);
+        logger().error("%d messages wait for component %d, %s and what follows is dropped", static_cast<int>(waiting),
+                       receiver, EngineApi::hostCommand(command).receivedName);
     return false;
 }
 
@@ -386,24 +361,9 @@ EngineLayer::HostSessionManager& session()
 
 } // namespace
 
-void sendCommand(int command)
+void sendCommand(int command, std::initializer_list<int> values)
 {
-    session().sendCommand(command);
-}
-
-void sendCommand(int command, int b1)
-{
-    session().sendCommand(command, b1);
-}
-
-void sendCommand(int command, int b1, int b2)
-{
-    session().sendCommand(command, b1, b2);
-}
-
-void sendCommand(int command, int b1, int b2, int b3)
-{
-    session().sendCommand(command, b1, b2, b3);
+    session().sendCommand(command, values);
 }
 
 void sendData(int command, const void* data, int length)

@@ -3,6 +3,7 @@
 #include "EngineApi/HostLink.h"
 #include "EngineLayer/hostlink/HostDataFormat.h"
 #include "EngineLayer/hostlink/HostFrameParser.h"
+#include "EngineLayer/hostlink/MonitorSendThread.h"
 #include "EngineLayer/hostlink/SendQueue.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
@@ -28,18 +29,6 @@ class HostSessionManager : public Kernel::ComponentTask,
 {
 public:
     using SendItem = EngineLayer::SendItem;
-    class MonitorSendThread;
-
-    /** Messages that the session and its monitor send to the session. Resend and failure name the frame's sequence in
-     * arg1. */
-    enum PrivateMessage : juce::int32 {
-        msgFrameReceived = 1,
-        msgAcknowledged = 2,
-        msgSendNext = 3,
-        msgSendNow = 4,
-        msgResend = 11,
-        msgSendFailed = 12
-    };
 
     /** Messages that may wait for a receiver when a frame comes for it. One more frame is acknowledged and dropped. */
     static constexpr std::size_t maxWaitingEvents = 1024;
@@ -53,14 +42,13 @@ public:
     void onData(int kind, int length, juce::ReferenceCountedObject* data) override;
 
     /** Any thread; none waits. Of every value the low byte is sent. */
-    void sendCommand(int command);
-    void sendCommand(int command, int b1);
-    void sendCommand(int command, int b1, int b2);
-    void sendCommand(int command, int b1, int b2, int b3);
+    void sendCommand(int command, std::initializer_list<int> values = {});
     /** At most 102 bytes, else the call is refused with one error line and counted. Without data a command alone. */
     void sendData(int command, const void* data, int n);
-    /** The same in front of what waits, though never of the frame in flight, and in place of what waits about the same
-     * subject. */
+    /**
+        The same in front of what waits, though never of the frame in flight, and in place of what waits about the same
+        subject.
+    */
     void sendDataUrgent(int command, const void* data, int n, int subject = EngineApi::noSubject);
 
     /** Frames that were not sent: oversize, or with too many frames waiting. Any thread. */

@@ -15,26 +15,26 @@ constexpr int tickBase = 2;   ///< 8 ticks after the first expiry, 16 after the 
 
 } // namespace
 
-void HostSessionManager::MonitorSendThread::initialize()
+void MonitorSendThread::initialize()
 {
     retriesLeft = retries;
     ticksLeft = firstTicks;
 }
 
-void HostSessionManager::MonitorSendThread::watch(int sequence)
+void MonitorSendThread::watch(int sequence)
 {
     watched = sequence;
     requestStop();
     Kernel::postSystemMessage(Kernel::monitorSendThreadId, runMessage, sequence, 0);
 }
 
-void HostSessionManager::MonitorSendThread::stopWatching()
+void MonitorSendThread::stopWatching()
 {
     watched = nothing;
     requestStop();
 }
 
-void HostSessionManager::MonitorSendThread::runTask(const Kernel::SystemMessage& message)
+void MonitorSendThread::runTask(const Kernel::SystemMessage& message)
 {
     const int sequence = message.arg1;
     retriesLeft = retries;
@@ -50,7 +50,7 @@ void HostSessionManager::MonitorSendThread::runTask(const Kernel::SystemMessage&
     Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgSendNext, 0, 0);
 }
 
-bool HostSessionManager::MonitorSendThread::tick(int sequence)
+bool MonitorSendThread::tick(int sequence)
 {
     if (--ticksLeft >= 1)
         return true;

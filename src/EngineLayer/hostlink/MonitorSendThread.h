@@ -1,15 +1,30 @@
 #pragma once
 
-#include "EngineLayer/hostlink/HostSessionManager.h"
+#include "kernel/SystemTask.h"
+
+#include <atomic>
 
 namespace EngineLayer
 {
 
 /**
+    Messages that the session and its monitor send to the session, component 19. Resend and failure name the frame's
+    sequence in arg1.
+*/
+enum SessionMessage : juce::int32 {
+    msgFrameReceived = 1,
+    msgAcknowledged = 2,
+    msgSendNext = 3,
+    msgSendNow = 4,
+    msgResend = 11,
+    msgSendFailed = 12
+};
+
+/**
     Times the acknowledgement of the frame in flight: asks the session to resend it after about 200 ms and 600 ms and to
     give it up after about 1400 ms. Talks to the session through messages only.
 */
-class HostSessionManager::MonitorSendThread : public Kernel::SingalTask
+class MonitorSendThread : public Kernel::SingalTask
 {
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<MonitorSendThread>;
@@ -18,8 +33,10 @@ public:
 
     /** Ends the watch, if any, and starts one over the frame of this sequence. Session's thread. */
     void watch(int sequence);
-    /** Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the
-     * end. */
+    /**
+        Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the
+        end.
+    */
     void stopWatching();
 
 protected:

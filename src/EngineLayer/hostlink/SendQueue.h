@@ -37,11 +37,14 @@ public:
     /** A report on both zones is four frames, which stay together. */
     static constexpr int urgentInARow = 4;
 
-    /** Behind the others. Answers what is given up because too many wait: the frame itself, or, as a heartbeat always
-     * finds room, the last that is none. */
+    /**
+        Behind the others. Answers what is given up because too many wait: the frame itself, or, as a heartbeat always
+        finds room, the last that is none.
+    */
     SendItem::Ptr append(const SendItem::Ptr& item);
-    /** In front, and in place of what waits about the same subject. Answers the oldest urgent frame if too many wait.
-     */
+    /**
+        In front, and in place of what waits about the same subject. Answers the oldest urgent frame if too many wait.
+    */
     SendItem::Ptr appendUrgent(const SendItem::Ptr& item);
     /** The next to go; null when none waits. */
     SendItem::Ptr takeNext();

@@ -11,6 +11,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/autotest/AutoTestFrame.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
@@ -18,7 +19,6 @@
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/config/Configuration.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
 
 #include <algorithm>
@@ -31,8 +31,7 @@ using namespace EngineApi;
 namespace
 {
 
-constexpr const char* logFile = "EngineLayer/KeyManager";
-constexpr const char* logTag = "KeyManager";
+constexpr Platform::Log logger { "EngineLayer/KeyManager", "KeyManager" };
 
 constexpr juce::uint32 repeatMs = 60;
 constexpr int readBackMs = 300;
@@ -111,8 +110,7 @@ void KeyManager::hostEvent(int command, const Kernel::Payload& payload)
         if (bytes.size() >= 2)
             enqueue(hostKeys, { bytes[0], bytes[1] }, msgNextHostKey);
         else if (!std::exchange(shortFrameReported, true))
-            Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                      "a key of the MCU has fewer than 2 bytes; such keys are dropped");
+            logger().error("a key of the MCU has fewer than 2 bytes; such keys are dropped");
         break;
     case EVENT_AUTOTEST_INFO:
         if (const auto frame = AutoTestFrame::parse(bytes))
@@ -132,19 +130,19 @@ void KeyManager::enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn)
     // One turn is on its way as long as a key waits.
     if (queue.isEmpty())
         Kernel::postSystemMessage(Kernel::keyManagerId, turn, 0, 0);
-    if (!queue.push(key) && queue.getDropped() == 1)
-        Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag,
-                                                  "keys come faster than they are acted on; the oldest are dropped");
+    if (queue.push(key) && queue.getDropped() == 1)
+        logger().error("keys come faster than they are acted on; the oldest are dropped");
 }
 
 void KeyManager::takeTurn(KeyQueue& queue, juce::int32 turn)
 {
-    const auto key = queue.pop();
-    if (!key)
+    if (queue.isEmpty())
         return;
+    const auto key = queue.front();
+    queue.pop();
     if (!queue.isEmpty())
         Kernel::postSystemMessage(Kernel::keyManagerId, turn, 0, 0);
-    handleKey(key->origin, key->value);
+    handleKey(key.origin, key.value);
 }
 
 bool KeyManager::isRepeat(int value) const
@@ -155,8 +153,7 @@ bool KeyManager::isRepeat(int value) const
 void KeyManager::handleKey(int origin, int value)
 {
     if (Platform::CorvaneConfig::isSystemDebug())
-        Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag, "key %d %s from %d", value,
-                                                  getKeyName(value).toRawUTF8(), origin);
+        logger().debug("key %d %s from %d", value, getKeyName(value).toRawUTF8(), origin);
     // A release is never a repeat: a program that misses it believes the key held for ever.
     if (origin != originRelease && isRepeat(value))
         return;
@@ -183,14 +180,14 @@ KeySituation KeyManager::situation() const
     unit.zone2On = getSettingInt(Platform::zone2OnSetting) == 1;
     if (const auto* bar = Provided<VolumeBar>::get())
         unit.volumeBarShown = bar->isShown();
-    unit.favorite = favorite;
+    unit.favourite = favourite;
     if (const auto* bar = Provided<FavoriteBar>::get())
     {
-        unit.favoritesShown = bar->isShown();
-        unit.favoritesBarIndex = bar->getCurrentIndex();
-        unit.favoriteStored = bar->isStored(favorite);
+        unit.favouritesShown = bar->isShown();
+        unit.favouritesBarIndex = bar->getCurrentIndex();
+        unit.favouriteStored = bar->isStored(favourite);
     }
-    unit.favoritePage = getFavouritePage(favorite);
+    unit.favouritePage = getFavouritePage(favourite);
     unit.lastSourcePage = getLastSourcePage();
     return unit;
 }
@@ -210,7 +207,7 @@ void KeyManager::act(KeyStep step)
         if (auto* service = audio())
             service->toggleMute(true);
         break;
-    case KeyStep::hideFavorites:
+    case KeyStep::hideFavourites:
         toFavoriteBar(Kernel::MSG_FAVORITES_HIDE);
         break;
     case KeyStep::emptySlotNotice:
@@ -237,17 +234,17 @@ void KeyManager::act(const PageKey& action)
     postToPage(action.page, Kernel::MSG_APP_KEY, action.key, action.argument);
 }
 
-void KeyManager::act(const FavoriteMessage& action)
+void KeyManager::act(const FavouriteMessage& action)
 {
-    favorite = action.favorite;
+    favourite = action.favourite;
     if (action.appType != Pubhead::AppUnknown)
-        sendRemoteMessage(action.appType, favouriteMessageOf(action.appType), action.mode, action.favorite);
+        sendRemoteMessage(action.appType, favouriteMessageOf(action.appType), action.mode, action.favourite);
 }
 
-void KeyManager::act(const SelectFavorite& action)
+void KeyManager::act(const SelectFavourite& action)
 {
-    favorite = action.favorite;
-    toFavoriteBar(Kernel::MSG_FAVORITES_SELECT, action.favorite, action.cameraInFront ? 1 : 0);
+    favourite = action.favourite;
+    toFavoriteBar(Kernel::MSG_FAVORITES_SELECT, action.favourite, action.cameraInFront ? 1 : 0);
 }
 
 void KeyManager::act(const PowerSwitch& action)
@@ -262,7 +259,7 @@ void KeyManager::act(const PowerSwitch& action)
 
 void KeyManager::act(const PowerRequest& action)
 {
-    sendCommand(EVENT_KEY, 0, action.on ? KEY_POWER_ON : KEY_POWER_OFF, 0);
+    sendCommand(EVENT_KEY, { 0, action.on ? KEY_POWER_ON : KEY_POWER_OFF, 0 });
 }
 
 void KeyManager::act(const VolumeStep& action)
@@ -283,13 +280,13 @@ void KeyManager::act(const ShowPage& action)
 
 void KeyManager::act(const KeyLog& action)
 {
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, action.tag, action.text);
+    Platform::Log("EngineLayer/KeyManager", action.tag)().info(action.text);
 }
 
 void KeyManager::setDeviceId(const DeviceId& id)
 {
     deviceId = id;
-    sendCommand(EVENT_SET_DEVICE_ID, id[0], id[1], id[2]);
+    sendCommand(EVENT_SET_DEVICE_ID, { id[0], id[1], id[2] });
     startTimer(readBackMs);
 }
 
@@ -305,8 +302,7 @@ void KeyManager::compareDeviceId(std::span<const std::uint8_t> answer) const
     if (answer.size() < shortestAnswer)
         return;
     const bool saved = std::ranges::equal(answer, deviceId);
-    Platform::Logger::getInstance()->logInfo(logFile, __LINE__, logTag, "device id %s",
-                                             saved ? "saved" : "differs from what was set");
+    logger().info("device id %s", saved ? "saved" : "differs from what was set");
 }
 
 } // namespace EngineLayer

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "EngineLayer/autotest/AutoTestCommands.h"
-#include "EngineLayer/keys/KeyQueue.h"
 #include "EngineLayer/keys/KeyTable.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
+#include "platform/base/BoundedQueue.h"
 
-#include <array>
 #include <span>
 
 namespace EngineLayer
@@ -14,25 +13,24 @@ namespace EngineLayer
 
 /**
     Turns key presses into actions, wherever they come from: the microcontroller, the wired remote, the factory test.
-   Also keeps the unit's device id and takes the commands of the factory test. Handlers run on the group thread.
+    Also keeps the unit's device id and takes the commands of the factory test. Handlers run on the group thread.
 */
-class KeyManager : public Kernel::ComponentTask, public Kernel::Singleton<KeyManager>, public juce::Timer
+class KeyManager : public Kernel::ComponentTask,
+                   public AutoTestKeys,
+                   public Kernel::Singleton<KeyManager>,
+                   public juce::Timer
 {
 public:
-    using DeviceId = std::array<std::uint8_t, 3>; ///< packed BCD, two digits a byte
-
     /** The microcontroller's events wait while a switch of pages or states is under way. */
     bool acceptMessage(const Kernel::SystemMessage& message) override;
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
     void onStop() override { stopTimer(); }
 
-    /** Acts on a key at once. `origin` is an EngineApi::KeyOrigin or the microcontroller's own. Group thread. */
-    void handleKey(int origin, int value);
+    void handleKey(int origin, int value) override;
     /** EngineApi::keyName. */
     static juce::String getKeyName(int value);
 
-    /** Keeps the id, sends it to the microcontroller and reads it back 300 ms later. Group thread. */
-    void setDeviceId(const DeviceId& id);
+    void setDeviceId(const DeviceId& id) override;
     /** Time to read the device id back. Message thread. */
     void timerCallback() override;
 
@@ -43,6 +41,14 @@ private:
     // To itself: the next of the waiting keys has its turn.
     static constexpr juce::int32 msgNextHostKey = 1;
     static constexpr juce::int32 msgNextRemoteKey = 2;
+
+    struct KeyEvent
+    {
+        int origin;
+        int value;
+    };
+    /** Of keys that come faster than they are acted on the newest stay: the unit does what the user wants now. */
+    using KeyQueue = Platform::BoundedQueue<KeyEvent, 16>;
 
     void hostEvent(int command, const Kernel::Payload& payload);
     void enqueue(KeyQueue& queue, KeyEvent key, juce::int32 turn);
@@ -55,8 +61,8 @@ private:
     void act(KeyStep step);
     void act(const ProgramKey& action);
     void act(const PageKey& action);
-    void act(const FavoriteMessage& action);
-    void act(const SelectFavorite& action);
+    void act(const FavouriteMessage& action);
+    void act(const SelectFavourite& action);
     void act(const PowerSwitch& action);
     void act(const PowerRequest& action);
     void act(const VolumeStep& action);
@@ -67,7 +73,7 @@ private:
     KeyQueue remoteKeys;
     juce::uint32 lastKeyTime = 0; ///< ms
     int lastKey = 0;
-    int favorite = 1; ///< 1 to 16, the one that keys act on
+    int favourite = 1; ///< 1 to 16, the one that keys act on
     bool returnOnNextKey = false;
     bool powerOn = true;
     DeviceId deviceId {};

@@ -1,5 +1,7 @@
 #include "EngineLayer/keys/KeyTable.h"
 
+#include "platform/settings/SetupIndex.h"
+
 namespace EngineLayer
 {
 
@@ -52,7 +54,7 @@ private:
     void rotary(int step);
     void storeOrVersion(bool showsVersion);
     void goBack();
-    void favorites();
+    void favourites();
     void storeOrRecall();
     void recall();
 
@@ -62,15 +64,15 @@ private:
     }
     void toFront(int programKey) { actions.emplace_back(ProgramKey { unit.frontApp, programKey }); }
     void toPage(int page, int pageKey, int argument = 0) { actions.emplace_back(PageKey { page, pageKey, argument }); }
-    void toFavorites(FavoriteMessage::Mode mode)
+    void toFavourites(FavouriteMessage::Mode mode)
     {
-        actions.emplace_back(FavoriteMessage { unit.normalApp, mode, unit.favorite });
+        actions.emplace_back(FavouriteMessage { unit.normalApp, mode, unit.favourite });
     }
     void log(const char* tag, const juce::String& text) { actions.emplace_back(KeyLog { tag, text }); }
-    void hideFavorites()
+    void hideFavourites()
     {
-        if (unit.favoritesShown)
-            actions.emplace_back(KeyStep::hideFavorites);
+        if (unit.favouritesShown)
+            actions.emplace_back(KeyStep::hideFavourites);
     }
 
     const int origin;
@@ -102,7 +104,7 @@ void KeyRow::choose()
         actions.emplace_back(VolumeStep { key == KEY_VOLUME_UP ? 1 : -1 });
         return;
     case KEY_MMS1:
-        hideFavorites();
+        hideFavourites();
         return toPage(mbSetup, key);
     case KEY_MENU:
         return menu();
@@ -113,7 +115,7 @@ void KeyRow::choose()
     case KEY_SHOWVERSION:
         return storeOrVersion(unit.frontApp == AppSirius);
     case KEY_SHOWCAMERA:
-        hideFavorites();
+        hideFavourites();
         return toPage(mbCamera, key);
     case KEY_RETURN:
         return goBack();
@@ -122,7 +124,7 @@ void KeyRow::choose()
     case KEY_ROTARY_PRE:
         return rotary(-1);
     case KEY_FAVORITIES:
-        return favorites();
+        return favourites();
     case KEY_PLAYPAUSE_LONGPRESS:
         return toPage(mbSetup, key);
     case KEY_PRE_LONGPRESS:
@@ -146,7 +148,7 @@ void KeyRow::playOrMute()
 
 void KeyRow::skip()
 {
-    if (!unit.favoritesShown && (unit.frontApp == unit.normalApp || unit.frontApp == AppCamera))
+    if (!unit.favouritesShown && (unit.frontApp == unit.normalApp || unit.frontApp == AppCamera))
         toNormal(key);
 }
 
@@ -157,13 +159,13 @@ void KeyRow::source()
         actions.emplace_back(PowerRequest { true });
         return;
     }
-    hideFavorites();
+    hideFavourites();
     toPage(mbMainMenu, key, origin == originSourceVariant ? sourceVariantArgument : 0);
 }
 
 void KeyRow::menu()
 {
-    hideFavorites();
+    hideFavourites();
     switch (unit.frontPage)
     {
     case mbMainMenu:
@@ -182,7 +184,7 @@ void KeyRow::menu()
 
 void KeyRow::rotaryEnter()
 {
-    if (unit.favoritesShown)
+    if (unit.favouritesShown)
         return recall();
     keepsVolumeBar = unit.zone2On;
     toFront(key);
@@ -191,15 +193,15 @@ void KeyRow::rotaryEnter()
 void KeyRow::rotary(int step)
 {
     keepsVolumeBar = true;
-    if (!unit.favoritesShown)
+    if (!unit.favouritesShown)
         return toFront(key);
-    const int next = (unit.favorite - 1 + step + favoriteCount) % favoriteCount + 1;
-    actions.emplace_back(SelectFavorite { next });
+    const int next = (unit.favourite - 1 + step + Platform::favouriteCount) % Platform::favouriteCount + 1;
+    actions.emplace_back(SelectFavourite { next });
 }
 
 void KeyRow::storeOrVersion(bool showsVersion)
 {
-    if (unit.favoritesShown)
+    if (unit.favouritesShown)
         return storeOrRecall();
     if (showsVersion)
         toNormal(key);
@@ -211,51 +213,51 @@ void KeyRow::goBack()
 {
     if (unit.lowBatteryAlert)
         actions.emplace_back(KeyStep::lowBatteryAlertOff);
-    else if (unit.favoritesShown)
-        actions.emplace_back(KeyStep::hideFavorites);
+    else if (unit.favouritesShown)
+        actions.emplace_back(KeyStep::hideFavourites);
     else if (unit.frontPage == mbMainMenu)
         toPage(mbMainMenu, key);
     else
         toFront(key);
 }
 
-void KeyRow::favorites()
+void KeyRow::favourites()
 {
-    if (unit.favoritesShown)
-        return hideFavorites();
+    if (unit.favouritesShown)
+        return hideFavourites();
     if (unit.frontPage != mbCamera && unit.normalApp == AppSirius)
-        actions.emplace_back(FavoriteMessage { unit.normalApp, FavoriteMessage::open, unit.favoritesBarIndex });
+        actions.emplace_back(FavouriteMessage { unit.normalApp, FavouriteMessage::open, unit.favouritesBarIndex });
     else
-        actions.emplace_back(SelectFavorite { unit.favoritesBarIndex, unit.frontPage == mbCamera });
+        actions.emplace_back(SelectFavourite { unit.favouritesBarIndex, unit.frontPage == mbCamera });
 }
 
 void KeyRow::storeOrRecall()
 {
     log(barTag, "KEY_AMS1, CurNormalSource = " + juce::String(unit.normalApp));
-    if (unit.favoriteStored)
-        toNormal(key, unit.favorite);
+    if (unit.favouriteStored)
+        toNormal(key, unit.favourite);
     else
-        toFavorites(FavoriteMessage::store);
+        toFavourites(FavouriteMessage::store);
 }
 
 void KeyRow::recall()
 {
-    if (!unit.favoriteStored)
+    if (!unit.favouriteStored)
     {
         if (unit.normalApp == AppSirius)
             actions.emplace_back(KeyStep::emptySlotNotice);
         return;
     }
-    hideFavorites();
-    log(barTag, "KEY_ROTARY_ENTER, type = " + juce::String(unit.favoritePage) + ", CurType = " +
+    hideFavourites();
+    log(barTag, "KEY_ROTARY_ENTER, type = " + juce::String(unit.favouritePage) + ", CurType = " +
                     juce::String(unit.lastSourcePage) + ", CurNormalSource = " + juce::String(unit.normalApp));
-    if (unit.favoritePage == unit.lastSourcePage)
-        return toFavorites(FavoriteMessage::play);
-    log(recallTag, juce::String("Change Type To:") + pageName(unit.favoritePage));
+    if (unit.favouritePage == unit.lastSourcePage)
+        return toFavourites(FavouriteMessage::play);
+    log(recallTag, juce::String("Change Type To:") + pageName(unit.favouritePage));
     // The camera hides the source; the source that plays behind it can take the favourite as well.
     if (unit.lastSourcePage == mbCamera && (unit.normalApp == AppSirius || unit.normalApp == AppRadio))
-        toFavorites(FavoriteMessage::play);
-    toPage(unit.favoritePage, key, unit.favorite);
+        toFavourites(FavouriteMessage::play);
+    toPage(unit.favouritePage, key, unit.favourite);
 }
 
 } // namespace

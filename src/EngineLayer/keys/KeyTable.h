@@ -22,11 +22,11 @@ struct KeySituation
     bool lowBatteryAlert = false;
     bool volumeBarShown = false;
     bool zone2On = false;
-    bool favoritesShown = false;
-    int favoritesBarIndex = 1; ///< the favourite that the bar would open with, 1 to 16
-    int favorite = 1;          ///< the favourite that keys act on, 1 to 16
-    bool favoriteStored = false;
-    int favoritePage = Pubhead::NUM_OF_PAGES; ///< where it is received
+    bool favouritesShown = false;
+    int favouritesBarIndex = 1; ///< the favourite that the bar would open with, 1 to 16
+    int favourite = 1;          ///< the favourite that keys act on, 1 to 16
+    bool favouriteStored = false;
+    int favouritePage = Pubhead::NUM_OF_PAGES; ///< where it is received
     int lastSourcePage = Pubhead::NUM_OF_PAGES;
 };
 
@@ -48,20 +48,20 @@ struct PageKey
     int argument = 0;
     bool operator==(const PageKey&) const = default;
 };
-struct FavoriteMessage
+struct FavouriteMessage
 {
     enum Mode { store = 0, play = 1, open = 2 };
     int appType;
     Mode mode;
-    int favorite;
-    bool operator==(const FavoriteMessage&) const = default;
+    int favourite;
+    bool operator==(const FavouriteMessage&) const = default;
 };
 /** Opens the favourites bar, or moves in it; from then on keys act on this favourite. */
-struct SelectFavorite
+struct SelectFavourite
 {
-    int favorite;
+    int favourite;
     bool cameraInFront = false;
-    bool operator==(const SelectFavorite&) const = default;
+    bool operator==(const SelectFavourite&) const = default;
 };
 struct PowerSwitch
 {
@@ -90,17 +90,15 @@ struct KeyLog
     juce::String text;
     bool operator==(const KeyLog&) const = default;
 };
-enum class KeyStep { toggleMute, hideFavorites, emptySlotNotice, lowBatteryAlertOff, closeVolumeBar };
+enum class KeyStep { toggleMute, hideFavourites, emptySlotNotice, lowBatteryAlertOff, closeVolumeBar };
 
-using KeyAction = std::variant<KeyStep, ProgramKey, PageKey, FavoriteMessage, SelectFavorite, PowerSwitch, PowerRequest,
-                               VolumeStep, ShowPage, KeyLog>;
+using KeyAction = std::variant<KeyStep, ProgramKey, PageKey, FavouriteMessage, SelectFavourite, PowerSwitch,
+                               PowerRequest, VolumeStep, ShowPage, KeyLog>;
 using KeyActions = std::vector<KeyAction>;
 
 /** What follows from a key (EngineApi::KeyCode, or any other number) of this origin (EngineApi::KeyOrigin). */
 KeyActions actionsOfKey(int origin, int key, const KeySituation& situation);
 /** Tells the pages that show speakers or help of any key but 0. */
 KeyActions noticesOfKey(int key, const KeySituation& situation);
-
-inline constexpr int favoriteCount = 16;
 
 } // namespace EngineLayer

@@ -12,8 +12,8 @@ namespace EngineLayer
 
 /**
     Makes the unit a device of the boat's network: answers what displays ask, obeys what they command, tells what
-   changes here, relays media to the source programs and starts a software update. It keeps nothing itself: what it
-   tells is read when it is asked for. Handlers run on the group thread.
+    changes here, relays media to the source programs and starts a software update. It keeps nothing itself: what it
+    tells is read when it is asked for. Handlers run on the group thread.
 */
 class NavicoManager : public Kernel::ComponentTask, public Kernel::Singleton<NavicoManager>, public Kernel::SystemTimer
 {

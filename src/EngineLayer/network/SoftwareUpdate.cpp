@@ -14,6 +14,8 @@ namespace EngineLayer
 namespace
 {
 
+constexpr Platform::Log logger { "EngineLayer/NavicoManager", "NavicoManager" };
+
 constexpr const char* automatically = "-auto";
 /** In the order in which they are tried. */
 constexpr std::array media { "SD", "Hard Disk", "Hard Disk2", "Hard Disk3", "Hard Disk4" };
@@ -67,8 +69,7 @@ bool startUpdateProgram(const juce::String& arguments)
         const auto program = Platform::Configuration::get().mediaRoot + medium + "/" + updateProgram;
         if (!juce::File(program).existsAsFile())
             continue;
-        Platform::Logger::getInstance()->logInfo("EngineLayer/NavicoManager", __LINE__, "NavicoManager",
-                                                 "update: " + program + " " + arguments);
+        logger().info("update: " + program + " " + arguments);
         if (Platform::createProcess(program, juce::StringArray::fromTokens(arguments, " ", "")) != nullptr)
             return true;
     }

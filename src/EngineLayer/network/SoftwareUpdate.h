@@ -9,8 +9,10 @@
 namespace EngineLayer
 {
 
-/** What follows the head of a proprietary message says that an update is wanted: the arguments of the update program,
- * else empty. `address` and `transfer` are the head's. */
+/**
+    What follows the head of a proprietary message says that an update is wanted: the arguments of the update program,
+    else empty. `address` and `transfer` are the head's.
+*/
 std::optional<juce::String> updateArgumentsOf(std::int32_t pgn, int address, int transfer,
                                               const std::vector<std::uint8_t>& content);
 /** Of a data block that asks for an update. */

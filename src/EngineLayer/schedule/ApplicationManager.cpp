@@ -23,15 +23,17 @@ using Pubhead::NUM_OF_PAGES;
 namespace
 {
 
+constexpr Platform::Log logger { "EngineLayer/ApplicationManager", "ApplicationManager" };
+
 /** Kind of the device state that goes along with command lines as their flag. */
 constexpr int commandLineFlagDevice = 3;
 /** Sub-code of RMSG_MAINMENU_NOTIFY for a new rear page. */
 constexpr int menuSourceNotice = 1;
 
-void logLines(const std::vector<juce::String>& lines, int line)
+void logLines(const std::vector<juce::String>& lines, const Platform::Log::Line& line)
 {
     for (const auto& text : lines)
-        Platform::Logger::getInstance()->logInfo("EngineLayer/ApplicationManager", line, "ApplicationManager", text);
+        line.info(text);
 }
 
 } // namespace
@@ -102,17 +104,17 @@ ApplicationManager::Snapshot ApplicationManager::getSnapshot() const
 
 SwitchAction::Ptr ApplicationManager::schedule(const EngineApi::RequestInfo& request)
 {
-    logLines(Scheduler::describeRequest(request), __LINE__);
+    logLines(Scheduler::describeRequest(request), logger());
     refreshSnapshot();
     const auto input = collectInput(request);
     const bool debug = Platform::CorvaneConfig::isSystemDebug();
     if (debug)
-        logLines(Scheduler::describeBefore(input), __LINE__);
+        logLines(Scheduler::describeBefore(input), logger());
     auto action = scheduler.schedule(input);
     if (debug)
     {
-        logLines(scheduler.describeAfter(), __LINE__);
-        logLines(action->describe(), __LINE__);
+        logLines(scheduler.describeAfter(), logger());
+        logLines(action->describe(), logger());
     }
     const std::lock_guard guard(lock);
     snapshot.lastNormalSource = scheduler.getState().lastNormalSource;
@@ -180,7 +182,7 @@ void ApplicationManager::refreshSnapshot()
         logLines({ line("NormalSrc", fresh.normalSource), line("FirstBackSrc", fresh.firstBackSource),
                    line("LastBack", fresh.lastBack), line("FrontShow", fresh.frontShow),
                    line("Playing", fresh.playing) },
-                 __LINE__);
+                 logger());
     }
     const std::lock_guard guard(lock);
     snapshot = std::move(fresh);
@@ -215,10 +217,10 @@ void ApplicationManager::startBackgroundCheck()
     startTimer(backgroundTimer, backgroundCheckMs);
 }
 
-void ApplicationManager::checkBackground(juce::int32 start)
+void ApplicationManager::checkBackground()
 {
     // While anything moves, the timer keeps running and the check is made at a later expiry.
-    if (!isCurrent(backgroundTimer, start) || EngineApi::isSystemBusy() || EngineApi::isPageChanging())
+    if (EngineApi::isSystemBusy() || EngineApi::isPageChanging())
         return;
     stopTimer(backgroundTimer);
     closeIdlePrograms();
@@ -253,3 +255,161 @@ void ApplicationManager::closeIdlePrograms()
 }
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::ApplicationManager& manager()
+{
+    return *EngineLayer::ApplicationManager::getInstance();
+}
+
+/** What the handler's configuration says, or the value for a page that nobody registered. */
+template <typename Value>
+Value fromConfig(int page, Value PageScheduleConfig::*field, Value fallback)
+{
+    const auto handler = getHandler(page);
+    return handler == nullptr ? fallback : handler->getConfig().*field;
+}
+
+} // namespace
+
+PageHandler::Ptr getHandler(int page)
+{
+    return manager().getHandler(page);
+}
+
+Kernel::ComponentId getOwnerId(int page)
+{
+    return fromConfig(page, &PageScheduleConfig::ownerId, Kernel::ComponentId { Kernel::noComponent });
+}
+
+int getSource(int page)
+{
+    return fromConfig(page, &PageScheduleConfig::source, std::int32_t { NUM_OF_SOURCES });
+}
+
+int getAudioChannel(int page)
+{
+    const auto handler = getHandler(page);
+    return handler == nullptr ? Dsp::noAudioChannel
+                              : EngineLayer::ApplicationManager::describePage(*handler)->audioChannel;
+}
+
+int appTypeOfPage(int page)
+{
+    return fromConfig(page, &PageScheduleConfig::appType, std::int32_t { Pubhead::AppUnknown });
+}
+
+int getPageOfAppType(int appType)
+{
+    return manager().getPageOfAppType(appType);
+}
+
+bool isNormalSource(int page)
+{
+    return fromConfig(page, &PageScheduleConfig::isNormalSource, false);
+}
+
+bool isRearPage(int page)
+{
+    return fromConfig(page, &PageScheduleConfig::isRear, false);
+}
+
+bool isAvailable(int page)
+{
+    const auto handler = getHandler(page);
+    return handler != nullptr && handler->isAvailable();
+}
+
+int getNormalSource()
+{
+    return manager().getSnapshot().normalSource;
+}
+
+int getLastNormalSource()
+{
+    return manager().getSnapshot().lastNormalSource;
+}
+
+int getLastSourcePage()
+{
+    return manager().getSnapshot().lastSourcePage;
+}
+
+int getRearPage()
+{
+    const int running = manager().getSnapshot().rearRunning;
+    return running == Pubhead::NUM_OF_PAGES ? static_cast<int>(Pubhead::mbRearOff) : running;
+}
+
+int getFrontShow()
+{
+    return manager().getSnapshot().frontShow;
+}
+
+void requestShowPage(int page, bool autoSwitch)
+{
+    if (const auto handler = getHandler(page))
+        handler->requestShow(autoSwitch);
+}
+
+void requestStopPage(int page)
+{
+    requestPageState(page, AppAction::ToStop, true);
+}
+
+void requestPageState(int page, AppAction action, bool autoSwitch)
+{
+    if (const auto handler = getHandler(page))
+        handler->requestState(action, autoSwitch);
+}
+
+void postSwitchOrder(int page, AppStateSwitch::Ptr order)
+{
+    const auto type = static_cast<juce::int32>(order->switchType);
+    postToPage(page, Kernel::MSG_APP_SWITCH, type, 0, order.get());
+}
+
+void postScheduleResult(int page, ScheduleStatus status)
+{
+    postToPage(page, Kernel::MSG_SCHEDULE_RESULT, status, 0);
+}
+
+void notifyPage(int page)
+{
+    if (const auto handler = getHandler(page))
+        handler->notifyPage();
+}
+
+void postToPage(int page, juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
+{
+    if (const auto handler = getHandler(page))
+        Kernel::postHandlerMessage(handler->getConfig().ownerId, page, id, arg1, arg2, std::move(payload));
+}
+
+void launchBackProgram(int page)
+{
+    if (const auto handler = getHandler(page))
+        launchApp(handler->getAppType(), page, handler->getBackProgramPath(), Platform::Bundle::obtain(), true);
+}
+
+void terminateProgram(int appType)
+{
+    terminateApp(appType);
+}
+
+void registerHandler(PageHandler::Ptr handler)
+{
+    manager().registerHandler(std::move(handler));
+}
+
+void unregisterHandler(PageHandler::Ptr handler)
+{
+    manager().unregisterHandler(handler);
+}
+
+} // namespace EngineApi

@@ -15,7 +15,7 @@ namespace EngineLayer
 /**
     Owner of the scheduling data: the page handlers, the picture of which pages run, the remembered pages and the
     scheduler. Queries are answered on any thread, with copies made under one lock; what changes anything belongs to the
-   system state manager's thread, the registration of handlers apart.
+    system state manager's thread, the registration of handlers apart.
 */
 class ApplicationManager : public Kernel::SystemTimer, public Kernel::Singleton<ApplicationManager>
 {
@@ -56,8 +56,8 @@ public:
     void postSwitchUpdate();
     /** Programs that nobody needs are closed after a while. */
     void startBackgroundCheck();
-    /** The time is over, by the start of the timer with this number. */
-    void checkBackground(juce::int32 start);
+    /** The time is over. */
+    void checkBackground();
 
 private:
     friend class Kernel::Singleton<ApplicationManager>;

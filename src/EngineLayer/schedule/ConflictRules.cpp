@@ -6,8 +6,9 @@ namespace EngineLayer
 namespace
 {
 
-/** A page of this band mixes with what it would silence; one of exactly `alwaysMixes` also with what would silence it.
- */
+/**
+    A page of this band mixes with what it would silence; one of exactly `alwaysMixes` also with what would silence it.
+*/
 constexpr std::int32_t firstMixing = 40, lastMixing = 49, alwaysMixes = 40;
 
 bool bothRear(const EngineApi::ScheduleInfo& page, const EngineApi::ScheduleInfo& other)

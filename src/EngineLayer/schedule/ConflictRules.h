@@ -4,7 +4,7 @@
 
 /**
     Who gives way when `page`, the one that is being decided, wants what `other` has. A rule changes the one state of
-   the two records that it is named after.
+    the two records that it is named after.
 */
 namespace EngineLayer
 {

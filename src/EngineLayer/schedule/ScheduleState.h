@@ -11,8 +11,9 @@ namespace EngineLayer
 struct ScheduleInput
 {
     EngineApi::RequestInfo request;
-    /** Every registered page as its handler describes it now, adjusted by the handler. The scheduler works on copies.
-     */
+    /**
+        Every registered page as its handler describes it now, adjusted by the handler. The scheduler works on copies.
+    */
     std::map<int, EngineApi::ScheduleInfo::Ptr> pages;
     std::vector<int> runningPages;            ///< front pages that run, in the order of the running list
     int rearPage = Pubhead::NUM_OF_PAGES;     ///< the rear page that runs; mbRearOff or NUM_OF_PAGES when none does

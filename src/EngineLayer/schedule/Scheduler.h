@@ -8,14 +8,16 @@ namespace EngineLayer
 
 /**
     Decides the next states of every page: page states and a request in, orders out. It knows no thread, clock or
-   device; what lasts from one schedule to the next are the remembered pages of its state. One owner, one thread at a
-   time.
+    device; what lasts from one schedule to the next are the remembered pages of its state. One owner, one thread at a
+    time.
 */
 class Scheduler
 {
 public:
-    /** Never null; without action when nothing is to be done, for a page that nobody registered and for no known
-     * action. */
+    /**
+        Never null; without action when nothing is to be done, for a page that nobody registered and for no known
+        action.
+    */
     SwitchAction::Ptr schedule(const ScheduleInput& input);
 
     /** The tables as the last schedule left them, and the remembered pages. */

@@ -29,7 +29,7 @@ public:
 
     /**
         Takes a page's report: the order that was sent to it is finished. NUM_OF_PAGES reports the resource switch.
-       Without a sent order of that page nothing changes; a second report changes nothing.
+        Without a sent order of that page nothing changes; a second report changes nothing.
     */
     void markPage(int page, bool ok);
 

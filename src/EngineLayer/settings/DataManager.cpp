@@ -4,8 +4,6 @@
 #include "kernel/SystemEngine.h"
 #include "platform/settings/SetupStore.h"
 
-#include <algorithm>
-
 namespace EngineLayer
 {
 
@@ -54,21 +52,6 @@ Platform::Bundle::Ptr DataManager::formatSetting(int index) const
     return Platform::RemoteObjFormat::formatInt(getInt(index));
 }
 
-void DataManager::addListener(EngineApi::SettingDataChangeListener* listener)
-{
-    const std::lock_guard guard(listLock);
-    listeners.push_back(listener);
-}
-
-void DataManager::removeListener(EngineApi::SettingDataChangeListener* listener)
-{
-    const std::lock_guard callGuard(callLock);
-    const std::lock_guard guard(listLock);
-    const auto found = std::ranges::find(listeners, listener);
-    if (found != listeners.end())
-        listeners.erase(found);
-}
-
 bool DataManager::loadSystemFile()
 {
     return Platform::VX_LoadDataFromSystemFile();
@@ -92,7 +75,12 @@ void DataManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 ar
         changes.remove(arg1, arg2);
         // Who hears of a change may rely on it over a loss of power.
         Platform::VX_WaitForSetupInfo();
-        notifyListeners(arg1, arg2);
+        listeners.call(
+            [&](auto& listener)
+            {
+                if (listener.acceptsKey(arg1, arg2))
+                    listener.onSettingChanged(arg1, arg2);
+            });
         break;
     case Kernel::MSG_FULL_RESET:
         fullReset = true;
@@ -112,31 +100,12 @@ void DataManager::postChange(int index, int origin)
         Kernel::postSystemMessage(Kernel::dataManagerId, settingChanged, index, origin);
 }
 
-void DataManager::notifyListeners(int index, int origin)
-{
-    std::unique_lock guard(listLock);
-    const auto copy = listeners;
-    guard.unlock();
-    for (auto* listener : copy)
-    {
-        const std::lock_guard callGuard(callLock);
-        if (isRegistered(listener) && listener->acceptsKey(index, origin))
-            listener->onSettingChanged(index, origin);
-    }
-}
-
 void DataManager::reset()
 {
     resetInProgress = true;
     loadFactoryFile();
     for (const auto receiver : resetReceivers)
         Kernel::postSystemMessage(receiver, Kernel::MSG_FACTORY_RESET, 0, 0);
-}
-
-bool DataManager::isRegistered(EngineApi::SettingDataChangeListener* listener) const
-{
-    const std::lock_guard guard(listLock);
-    return std::ranges::find(listeners, listener) != listeners.end();
 }
 
 } // namespace EngineLayer
@@ -186,12 +155,12 @@ Platform::Bundle::Ptr formatSetting(int index)
 
 void addSettingListener(SettingDataChangeListener* listener)
 {
-    manager().addListener(listener);
+    manager().listeners.add(listener);
 }
 
 void removeSettingListener(SettingDataChangeListener* listener)
 {
-    manager().removeListener(listener);
+    manager().listeners.remove(listener);
 }
 
 } // namespace EngineApi

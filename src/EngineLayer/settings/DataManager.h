@@ -1,18 +1,17 @@
 #pragma once
 
 #include "EngineApi/Settings.h"
-#include "EngineApi/WaitingChanges.h"
+#include "EngineLayer/settings/WaitingChanges.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
-
-#include <mutex>
+#include "platform/base/ListenerList.h"
 
 namespace EngineLayer
 {
 
 /**
     The engine's door to the settings store: reads and writes through, tells the listeners later, on its own thread,
-   what the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
+    what the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
 */
 class DataManager : public Kernel::ComponentTask, public Kernel::Singleton<DataManager>
 {
@@ -25,10 +24,8 @@ public:
     void setString(int index, const juce::String& value, bool notify, int origin);
     Platform::Bundle::Ptr formatSetting(int index) const;
 
-    /** A listener that is added twice is called twice; removing takes its first entry. Not owned. */
-    void addListener(EngineApi::SettingDataChangeListener* listener);
-    /** Waits for a call that runs on the data manager's thread, so that the listener may be deleted afterwards. */
-    void removeListener(EngineApi::SettingDataChangeListener* listener);
+    /** Called on the data manager's thread. */
+    Platform::ListenerList<EngineApi::SettingDataChangeListener> listeners;
 
     /** False when the store or its factory values cannot be had; the store has logged why. */
     bool loadSystemFile();
@@ -45,18 +42,13 @@ private:
     friend class Kernel::Singleton<DataManager>;
     DataManager() = default;
 
-    /** A value that changes faster than the listeners follow is announced less often, but always after its last change.
-     */
+    /**
+        A value that changes faster than the listeners follow is announced less often, but always after its last change.
+    */
     void postChange(int index, int origin);
-    void notifyListeners(int index, int origin);
     void reset();
-    bool isRegistered(EngineApi::SettingDataChangeListener* listener) const;
 
-    EngineApi::WaitingChanges changes { "listeners" };
-    std::vector<EngineApi::SettingDataChangeListener*> listeners;
-    mutable std::mutex listLock;
-    /** Held during each call of a listener; a listener may remove itself and others. */
-    std::recursive_mutex callLock;
+    WaitingChanges changes { "listeners" };
     std::atomic<bool> fullReset { false };
     std::atomic<bool> resetInProgress { false };
 };

@@ -2,7 +2,6 @@
 
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/Pages.h"
-#include "EngineLayer/system/SystemStateManager.h"
 #include "kernel/MessageIds.h"
 
 using namespace EngineApi;

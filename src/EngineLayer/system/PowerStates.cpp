@@ -3,7 +3,6 @@
 #include "EngineApi/HostLink.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Remote.h"
-#include "EngineLayer/system/SystemStateManager.h"
 #include "kernel/MessageIds.h"
 
 using namespace EngineApi;
@@ -27,7 +26,7 @@ void SystemStateBooting::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
 void SystemStatePowerOff::onEnter(int)
 {
     // A switch that was cut short must not be taken for the programs' time-out.
-    manager.stopTimer(SystemStateManager::timerId);
+    manager.stopTimeOut();
 }
 
 void SystemStatePowerOff::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
@@ -64,7 +63,7 @@ void SystemStatePowerOff::begin()
         return;
     }
     step = Step::waiting;
-    manager.startTimer(SystemStateManager::timerId, confirmationTimeOutMs);
+    manager.startTimeOut(confirmationTimeOutMs);
 }
 
 void SystemStatePowerOff::onConfirmed(int page)
@@ -77,7 +76,7 @@ void SystemStatePowerOff::onConfirmed(int page)
 void SystemStatePowerOff::sendReady()
 {
     step = Step::ready;
-    manager.stopTimer(SystemStateManager::timerId);
+    manager.stopTimeOut();
     sendCommand(EVENT_POWER_OFF_READY);
 }
 

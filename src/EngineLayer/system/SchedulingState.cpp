@@ -2,7 +2,6 @@
 
 #include "EngineApi/Pages.h"
 #include "EngineLayer/schedule/ApplicationManager.h"
-#include "EngineLayer/system/SystemStateManager.h"
 #include "kernel/MessageIds.h"
 
 #include <algorithm>
@@ -128,7 +127,7 @@ void SchedulingState::refuse(int page)
 
 void SchedulingState::startSwitch()
 {
-    manager.startTimer(SystemStateManager::timerId, switchTimeOutMs);
+    manager.startTimeOut(switchTimeOutMs);
     sendOrders();
 }
 
@@ -175,7 +174,7 @@ void SchedulingState::sendOutcome()
 
 void SchedulingState::endSwitch()
 {
-    manager.stopTimer(SystemStateManager::timerId);
+    manager.stopTimeOut();
     switchAction = nullptr;
     manager.switchState(getState(), kIdle);
 }

@@ -4,10 +4,10 @@
 #include "EngineLayer/schedule/SwitchAction.h"
 #include "kernel/SystemMessage.h"
 
+#include <optional>
+
 namespace EngineLayer
 {
-
-class SystemStateManager;
 
 /** Messages that the state manager and its states post to component 17 themselves. */
 enum StateMessage : juce::int32 {
@@ -19,13 +19,29 @@ enum StateMessage : juce::int32 {
     stateForeignSwitch = 7  ///< arg1 state, arg2 sub-state: asked for by another thread
 };
 
+/** What the states ask of the manager that they belong to. State manager's thread. */
+class StateOwner
+{
+public:
+    virtual ~StateOwner() = default;
+    virtual void switchState(int state, int subState) = 0;
+    virtual void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2) = 0;
+    /** False, and the sender is told, when too many wait. */
+    virtual bool queueRequest(const EngineApi::RequestInfo& request) = 0;
+    virtual std::optional<EngineApi::RequestInfo> takeRequest() = 0;
+    virtual void sendResult(int page, EngineApi::ScheduleStatus status) = 0;
+    /** The one time-out, of a switch or of the power-off, which never run together. */
+    virtual void startTimeOut(int milliseconds) = 0;
+    virtual void stopTimeOut() = 0;
+};
+
 /** One power or lock state of the unit. State manager's thread. */
 class SystemState : public juce::ReferenceCountedObject
 {
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<SystemState>;
 
-    explicit SystemState(SystemStateManager& owner)
+    explicit SystemState(StateOwner& owner)
         : manager(owner)
     {
     }
@@ -40,7 +56,7 @@ public:
     SwitchAction::Ptr switchAction; ///< the switch that runs, or null
 
 protected:
-    SystemStateManager& manager;
+    StateOwner& manager;
 };
 
 } // namespace EngineLayer

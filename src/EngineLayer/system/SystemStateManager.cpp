@@ -17,8 +17,7 @@ namespace EngineLayer
 namespace
 {
 
-constexpr const char* sourceFile = "EngineLayer/SystemStateManager";
-constexpr const char* tag = "SystemStateManager";
+constexpr Platform::Log logger { "EngineLayer/SystemStateManager", "SystemStateManager" };
 
 bool leavesLock(int from, int to)
 {
@@ -88,8 +87,8 @@ void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
         break;
     case Kernel::MSG_SYS_TIMER:
         if (arg1 == ApplicationManager::backgroundTimer)
-            ApplicationManager::getInstance()->checkBackground(arg2);
-        else if (isCurrent(arg1, arg2))
+            ApplicationManager::getInstance()->checkBackground();
+        else
             toCurrentState(id, arg1, arg2, payload);
         break;
     default:
@@ -158,8 +157,7 @@ void SystemStateManager::switchState(int next, int nextSubState)
     publish();
     if ((nextSubState == kIdle && subState != kIdle) || previousState != current->getState())
         postFollowUp();
-    Platform::Logger::getInstance()->logInfo(sourceFile, __LINE__, tag, "State: %s | SubState: %s",
-                                             systemStateName(current->getState()), systemSubStateName(nextSubState));
+    logger().info("State: %s | SubState: %s", systemStateName(current->getState()), systemSubStateName(nextSubState));
 }
 
 bool SystemStateManager::enterState(int next)
@@ -167,8 +165,7 @@ bool SystemStateManager::enterState(int next)
     const auto found = states.find(next);
     if (found == states.end() || !current->canSwitchTo(next))
     {
-        Platform::Logger::getInstance()->logInfo(
-            sourceFile, __LINE__, tag, juce::String("SystemState can not switch to ") + systemStateName(next));
+        logger().info(juce::String("SystemState can not switch to ") + systemStateName(next));
         return false;
     }
     const auto left = current;
@@ -213,8 +210,7 @@ bool SystemStateManager::queueRequest(const RequestInfo& request)
         return true;
     }
     if (refusedRequests++ == 0)
-        Platform::Logger::getInstance()->logError(sourceFile, __LINE__, tag, "too many requests wait, %s is refused",
-                                                  Pubhead::pageName(request.page));
+        logger().error("too many requests wait, %s is refused", Pubhead::pageName(request.page));
     sendResult(request.page, scheduleRefused);
     return false;
 }
@@ -234,3 +230,48 @@ void SystemStateManager::sendResult(int page, ScheduleStatus status)
 }
 
 } // namespace EngineLayer
+
+namespace EngineApi
+{
+
+namespace
+{
+
+EngineLayer::SystemStateManager& manager()
+{
+    return *EngineLayer::SystemStateManager::getInstance();
+}
+
+} // namespace
+
+int getSystemState()
+{
+    return manager().getState();
+}
+
+int getPreviousSystemState()
+{
+    return manager().getPreviousState();
+}
+
+int getSystemSubState()
+{
+    return manager().getSubState();
+}
+
+bool isSystemBusy()
+{
+    return getSystemSubState() != kIdle;
+}
+
+int getISRReturnPage()
+{
+    return manager().getISRReturnPage();
+}
+
+void switchSystemState(int state, int subState)
+{
+    manager().requestSwitch(state, subState);
+}
+
+} // namespace EngineApi

@@ -17,12 +17,12 @@ namespace EngineLayer
     free functions of EngineApi/SystemState.h are the way in from other threads.
 */
 class SystemStateManager : public Kernel::ComponentTask,
+                           public StateOwner,
                            public Kernel::SystemTimer,
                            public Kernel::Singleton<SystemStateManager>
 {
 public:
-    /** Of the switch time-out and of the power-off time-out, which never run together. */
-    static constexpr int timerId = 1;
+    static constexpr int timerId = 1; ///< of the states' time-out
     /** Requests that may wait; one more is refused. */
     static constexpr std::size_t requestCapacity = 32;
 
@@ -39,13 +39,13 @@ public:
     /** At once on the own thread, posted from any other. */
     void requestSwitch(int state, int subState);
 
-    // The states' side, own thread.
-    void switchState(int state, int subState);
-    void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
-    /** False, and the sender is told, when too many wait. */
-    bool queueRequest(const EngineApi::RequestInfo& request);
-    std::optional<EngineApi::RequestInfo> takeRequest();
-    void sendResult(int page, EngineApi::ScheduleStatus status);
+    void switchState(int state, int subState) override;
+    void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2) override;
+    bool queueRequest(const EngineApi::RequestInfo& request) override;
+    std::optional<EngineApi::RequestInfo> takeRequest() override;
+    void sendResult(int page, EngineApi::ScheduleStatus status) override;
+    void startTimeOut(int milliseconds) override { startTimer(timerId, milliseconds); }
+    void stopTimeOut() override { stopTimer(timerId); }
 
 private:
     friend class Kernel::Singleton<SystemStateManager>;

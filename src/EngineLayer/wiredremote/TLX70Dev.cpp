@@ -17,8 +17,7 @@ namespace
 
 namespace Protocol = WiredRemoteProtocol;
 
-constexpr const char* logFile = "factory\\../EngineLayer/TLX70Dev";
-constexpr const char* logTag = "TLX70Dev";
+constexpr Platform::Log logger { "factory\\../EngineLayer/TLX70Dev", "TLX70Dev" };
 
 /** Line numbers under which the log is read and filtered. */
 enum LogLine { lineCreate = 62, lineOpen = 70, lineSend = 117, lineReceive = 143 };
@@ -42,15 +41,10 @@ constexpr std::size_t mostWaiting = 32;
 /** Of the worker's jobs. */
 enum Job { jobTransmitterOff, jobSend };
 
-Platform::Logger& logger()
-{
-    return *Platform::Logger::getInstance();
-}
-
 void logTraffic(LogLine line, const char* direction, const void* data, int length)
 {
     if (Platform::CorvaneConfig::isSystemDebug())
-        logger().logDebug(logFile, line, logTag, juce::String(direction) + Platform::hexPairs(data, length));
+        logger(line).debug(juce::String(direction) + Platform::hexPairs(data, length));
 }
 
 } // namespace
@@ -64,14 +58,14 @@ TLX70Dev::~TLX70Dev()
 
 void TLX70Dev::initialize()
 {
-    logger().logDebug(logFile, lineCreate, logTag, "onCreate");
+    logger(lineCreate).debug("onCreate");
     if (port == nullptr)
     {
         port = std::make_unique<Platform::SerialPort>(*this);
         const bool opened = port->open(portName, baudRate, true);
-        logger().logDebug(logFile, lineOpen, logTag, "serial open: %d", opened ? 1 : 0);
+        logger(lineOpen).debug("serial open: %d", opened ? 1 : 0);
     }
-    worker.post(jobTransmitterOff, [] { drive(UnitLine::remoteTransmit, false); });
+    worker.post(jobTransmitterOff, [] { Platform::drive(Platform::remoteTransmitLine, false); });
     startTimer(refreshTimer, refreshMs);
 }
 
@@ -120,7 +114,7 @@ bool TLX70Dev::isReachable() const
 void TLX70Dev::noteUnsent()
 {
     if (unsent++ == 0)
-        logger().logError(logFile, __LINE__, logTag, "the remote takes no commands");
+        logger().error("the remote takes no commands");
 }
 
 void TLX70Dev::enqueue(Protocol::Bytes command)
@@ -165,11 +159,11 @@ bool TLX70Dev::transmit(const Protocol::Bytes& command)
     const auto begin = Clock::now();
     const int size = static_cast<int>(command.size());
     logTraffic(lineSend, "send: ", command.data(), size);
-    drive(UnitLine::remoteTransmit, true);
+    Platform::drive(Platform::remoteTransmitLine, true);
     juce::Thread::sleep(switchingMs);
     const bool taken = port->write(command.data(), size) == size;
     juce::Thread::sleep(switchingMs);
-    drive(UnitLine::remoteTransmit, false);
+    Platform::drive(Platform::remoteTransmitLine, false);
     if (taken)
         return true;
     const auto end = Clock::now();
@@ -187,7 +181,7 @@ void TLX70Dev::wasSent(const Protocol::Bytes& command)
     // The refresh ends with this one. A temporary text is not cut short: its end restores the lines.
     if (command != Protocol::encodeDimmerB(dimmerLevel) || unsent == 0 || isRestorePending())
         return;
-    logger().logInfo(logFile, __LINE__, logTag, "the remote is there, %d commands were not sent", unsent);
+    logger().info("the remote is there, %d commands were not sent", unsent);
     unsent = 0;
     restore();
 }
@@ -196,7 +190,7 @@ bool TLX70Dev::accepts(const Line& line) const
 {
     if (line.column >= 0 && line.column <= highestColumn)
         return true;
-    logger().logError(logFile, __LINE__, logTag, "no text at column %d, the highest is %d", line.column, highestColumn);
+    logger().error("no text at column %d, the highest is %d", line.column, highestColumn);
     return false;
 }
 
@@ -254,8 +248,7 @@ void TLX70Dev::setDimmer(int level)
 {
     if (level < 0 || level > Protocol::highestLevel)
     {
-        logger().logError(logFile, __LINE__, logTag, "no dimmer level %d, the highest is %d", level,
-                          Protocol::highestLevel);
+        logger().error("no dimmer level %d, the highest is %d", level, Protocol::highestLevel);
         return;
     }
     const juce::ScopedLock guard(lock);

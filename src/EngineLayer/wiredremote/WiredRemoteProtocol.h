@@ -17,7 +17,7 @@ inline constexpr int highestLevel = 15; ///< of the dimmers
 
 /**
     0xE0 | position, the text, 0. At most 16 characters; a character that the display does not have (it has ASCII 0x20
-   to 0x7E) is sent as '?'. Empty when row or column is outside of the display.
+    to 0x7E) is sent as '?'. Empty when row or column is outside of the display.
 */
 Bytes encodeText(int row, int column, const juce::String& text);
 /** Row 0 or 1 filled with blanks; empty for another. */

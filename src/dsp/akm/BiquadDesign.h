@@ -20,8 +20,8 @@ struct Biquad
 };
 
 /**
-    Audio EQ Cookbook (R. Bristow-Johnson), with the shelves' slope term sin(w0)·sqrt(A/Q). Frequency in Hz below
-    24000, Q above 0, gain in dB (peaking and shelves).
+    Audio EQ Cookbook (R. Bristow-Johnson), with the shelves' slope term sin(w0)·sqrt(A/Q). Frequency in Hz below 24000,
+    Q above 0, gain in dB (peaking and shelves).
 */
 Biquad designBiquad(FilterType type, double frequency, double q, double gainDb);
 

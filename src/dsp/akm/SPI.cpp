@@ -13,8 +13,7 @@ namespace
 
 /** 1 MHz, 8 bits a word; the rest belongs to the driver. */
 constexpr std::array<std::uint32_t, 10> driverConfiguration { 1'000'000, 8, 10, 100, 0, 0, 1, 1, 1, 0 };
-constexpr const char* logFile = "DSP\\AKM\\SPI";
-constexpr const char* logTag = "SPI";
+constexpr Platform::Log logger { "DSP\\AKM\\SPI", "SPI" };
 
 juce::String hex(std::span<const std::uint8_t> bytes)
 {
@@ -49,14 +48,14 @@ bool SPI::write(std::span<const std::uint8_t> data)
         {
             device.select(false);
             if (data.size() < longestTransfer)
-                Platform::Logger::getInstance()->logError(logFile, __LINE__, logTag, "write failure:" + hex(data));
+                logger().error("write failure:" + hex(data));
             return false;
         }
         rest = rest.subspan(chunk.size());
     }
     device.select(false);
     if (isDumped(data))
-        Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag, "write:" + hex(data) + "\r\n");
+        logger().debug("write:" + hex(data) + "\r\n");
     return true;
 }
 
@@ -74,7 +73,7 @@ bool SPI::read(std::span<std::uint8_t> buffer, std::span<const std::uint8_t> com
     }
     device.select(false);
     if (done && isDumped(buffer))
-        Platform::Logger::getInstance()->logDebug(logFile, __LINE__, logTag, "Read:" + hex(buffer));
+        logger().debug("Read:" + hex(buffer));
     return done;
 }
 

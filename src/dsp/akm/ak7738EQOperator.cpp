@@ -12,6 +12,8 @@ namespace Dsp
 namespace
 {
 
+constexpr Platform::Log logger { "dsp/akm/ak7738EQOperator", "ak7738EQOperator" };
+
 using Curve = std::array<int, numOfUserBands>;
 
 constexpr int toneControls = 0;
@@ -180,8 +182,7 @@ void ak7738EQOperator::applyBalanceFader()
     juce::String values;
     for (const int gain : gains)
         values << " " << gain;
-    Platform::Logger::getInstance()->logInfo("dsp/akm/ak7738EQOperator", __LINE__, "ak7738EQOperator",
-                                             "Set Balance Fader:" + values);
+    logger().info("Set Balance Fader:" + values);
     chip().setChannelGains(gains, Bank::zero);
     chip().setChannelGains(gains, Bank::one);
     audio->setChannelGains(gains[0], gains[1], gains[2], gains[3]);
@@ -192,8 +193,7 @@ void ak7738EQOperator::adjustSpeakers()
 {
     if (helper == nullptr)
     {
-        Platform::Logger::getInstance()->logError("dsp/akm/ak7738EQOperator", __LINE__, "ak7738EQOperator",
-                                                  "AdjustSpeaker error");
+        logger().error("AdjustSpeaker error");
         return;
     }
     const int right = at(fadeUp, helper->getBalance());

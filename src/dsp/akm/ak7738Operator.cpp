@@ -4,7 +4,7 @@
 #include "dsp/akm/SPI.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
-#include "platform/devices/Lines.h"
+#include "platform/devices/UnitLines.h"
 
 #include <algorithm>
 #include <boost/crc.hpp>
@@ -16,12 +16,12 @@ namespace Dsp
 namespace
 {
 
+constexpr Platform::Log logger { "dsp/akm/ak7738Operator", "ak7738Operator" };
+
 constexpr const char* bus = "SPI2:";
 constexpr int attempts = 3;
 constexpr std::array<std::uint8_t, 3> readChecksum { 0x00, 0x00, 0x72 };
 
-constexpr int startUpLine = 32778;
-constexpr int outputFunction = 32;
 constexpr int startUpMs = 5;
 constexpr int settleMs = 10;
 constexpr std::array<std::uint8_t, 4> wakeUp { 0xDE, 0xAD, 0xDA, 0x7A };
@@ -54,8 +54,7 @@ juce::MemoryBlock loadImage(const Image& image)
     const auto file = juce::File(Platform::AppConfig::getResourcePath()).getChildFile("dsp").getChildFile(image.file);
     const auto refuse = [&](const juce::String& reason)
     {
-        Platform::Logger::getInstance()->logError("dsp/akm/ak7738Operator", __LINE__, "ak7738Operator",
-                                                  "DSP image " + file.getFullPathName() + " is left out: " + reason);
+        logger().error("DSP image " + file.getFullPathName() + " is left out: " + reason);
         return juce::MemoryBlock();
     };
     if (!file.existsAsFile())
@@ -88,8 +87,7 @@ void ak7738Operator::writeBlock(std::span<const std::uint8_t> block)
         verified = (answer[0] << 8 | answer[1]) == checksum(block);
     }
     if (!verified && !std::exchange(unverified, true))
-        Platform::Logger::getInstance()->logError("dsp/akm/ak7738Operator", __LINE__, "ak7738Operator",
-                                                  "the DSP does not confirm what is written to it");
+        logger().error("the DSP does not confirm what is written to it");
     else if (verified)
         unverified = false;
 }
@@ -145,8 +143,7 @@ void ak7738Operator::boot()
     worker.post(bootKey,
                 [this]
                 {
-                    Platform::GpioFunc::setPinFunc(startUpLine, outputFunction);
-                    Platform::GpioFunc::writePin(startUpLine, 1);
+                    Platform::drive(Platform::dspStartLine, true);
                     juce::Thread::sleep(startUpMs);
                     writeBlock(wakeUp);
                     setRegisters(haltRegisters);

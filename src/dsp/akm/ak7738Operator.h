@@ -20,8 +20,10 @@ namespace Dsp
 class ak7738Operator : public Kernel::Singleton<ak7738Operator>
 {
 public:
-    /** Up to three times, until the DSP answers the block's checksum (CRC-16/XMODEM). At once: the thread "DSP", or a
-     * test in its place. */
+    /**
+        Up to three times, until the DSP answers the block's checksum (CRC-16/XMODEM). At once: the thread "DSP", or a
+        test in its place.
+    */
     void writeBlock(std::span<const std::uint8_t> block);
     /** Start-up line, registers, images, flat equaliser. It takes the chip some hundred milliseconds. */
     void boot();

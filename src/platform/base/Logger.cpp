@@ -12,23 +12,6 @@ namespace Platform
 namespace
 {
 
-bool callEntry(Logger::Entry entry, const char* file, int line, const char* tag, const char* format, ...)
-{
-    if (entry == nullptr)
-        return false;
-    va_list arguments;
-    va_start(arguments, format);
-    const bool result = entry(file, line, tag, format, arguments);
-    va_end(arguments);
-    return result;
-}
-
-bool callEntryList(Logger::Entry entry, const char* file, int line, const char* tag, const char* format,
-                   va_list arguments)
-{
-    return entry != nullptr && entry(file, line, tag, format, arguments);
-}
-
 template <char level>
 bool writeToStandardError(const char* file, int line, const char* tag, const char* format, va_list arguments)
 {
@@ -66,54 +49,18 @@ void Logger::load(const juce::String& name)
         loadError = dlerror();
         return;
     }
-    debugEntry = resolve<Entry>(library, "VX_LogDebug");
-    infoEntry = resolve<Entry>(library, "VX_LogInfo");
-    warnEntry = resolve<Entry>(library, "VX_LogWarn");
-    errorEntry = resolve<Entry>(library, "VX_LogError");
+    // No line of the engine is a warning; the six entries are the library's contract.
+    static constexpr std::array names { "VX_LogDebug", "VX_LogInfo", "VX_LogWarn", "VX_LogError" };
+    for (std::size_t level = 0; level < names.size(); ++level)
+        entries[level] = resolve<Entry>(library, names[level]);
     readEntry = resolve<StoreEntry>(library, "VX_ReadLog");
     saveEntry = resolve<StoreEntry>(library, "VX_SaveLog");
 }
 
-bool Logger::logDebug(const char* file, int line, const char* tag, const juce::String& text)
+bool Logger::write(Level level, const char* file, int line, const char* tag, const char* format, va_list arguments)
 {
-    return callEntry(debugEntry, file, line, tag, "%s", text.toRawUTF8());
-}
-
-bool Logger::logInfo(const char* file, int line, const char* tag, const juce::String& text)
-{
-    return callEntry(infoEntry, file, line, tag, "%s", text.toRawUTF8());
-}
-
-bool Logger::logError(const char* file, int line, const char* tag, const juce::String& text)
-{
-    return callEntry(errorEntry, file, line, tag, "%s", text.toRawUTF8());
-}
-
-bool Logger::logDebug(const char* file, int line, const char* tag, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    const bool result = callEntryList(debugEntry, file, line, tag, format, arguments);
-    va_end(arguments);
-    return result;
-}
-
-bool Logger::logInfo(const char* file, int line, const char* tag, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    const bool result = callEntryList(infoEntry, file, line, tag, format, arguments);
-    va_end(arguments);
-    return result;
-}
-
-bool Logger::logError(const char* file, int line, const char* tag, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    const bool result = callEntryList(errorEntry, file, line, tag, format, arguments);
-    va_end(arguments);
-    return result;
+    const Entry entry = entries[level];
+    return entry != nullptr && entry(file, line, tag, format, arguments);
 }
 
 void Logger::useStandardError()
@@ -122,17 +69,42 @@ void Logger::useStandardError()
         return;
     std::fprintf(stderr, "headunit-engine: no log library: %s; what it would keep follows here\n",
                  loadError.toRawUTF8());
-    debugEntry = writeToStandardError<'D'>;
-    infoEntry = writeToStandardError<'I'>;
-    errorEntry = writeToStandardError<'E'>;
+    redirect(writeToStandardError<'D'>, writeToStandardError<'I'>, nullptr, writeToStandardError<'E'>);
 }
 
-void Logger::redirect(Entry debug, Entry info, Entry warn, Entry error)
+void Logger::redirect(Entry toDebug, Entry toInfo, Entry toWarn, Entry toError)
 {
-    debugEntry = debug;
-    infoEntry = info;
-    warnEntry = warn;
-    errorEntry = error;
+    entries[debug] = toDebug;
+    entries[info] = toInfo;
+    entries[warn] = toWarn;
+    entries[error] = toError;
+}
+
+bool Log::Line::debug(const char* format, ...) const
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const bool result = Logger::getInstance()->write(Logger::debug, log.file, number, log.tag, format, arguments);
+    va_end(arguments);
+    return result;
+}
+
+bool Log::Line::info(const char* format, ...) const
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const bool result = Logger::getInstance()->write(Logger::info, log.file, number, log.tag, format, arguments);
+    va_end(arguments);
+    return result;
+}
+
+bool Log::Line::error(const char* format, ...) const
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const bool result = Logger::getInstance()->write(Logger::error, log.file, number, log.tag, format, arguments);
+    va_end(arguments);
+    return result;
 }
 
 void debugPrint(const char* format, ...)

@@ -4,8 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
-/** The two enumerations that every program of the unit shares: the pages of the screen and the programs that own them.
- */
+/**
+    The two enumerations that every program of the unit shares: the pages of the screen and the programs that own them.
+*/
 namespace Pubhead
 {
 

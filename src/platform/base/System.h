@@ -9,10 +9,10 @@ namespace Platform
 {
 
 /**
-    Writes a driver setting, one file a value: key "\Drivers\AppleAccessory\" names its folders below the registry
-    path. On failure nothing is written and the error is the line to print, without its end: "RegOpenKeyEx  failure
-    13" when the folder cannot be made, "111  RegOpenKeyEx  failure 13" when it cannot be written into, with the
-    system's error number.
+    Writes a driver setting, one file a value: key "\Drivers\AppleAccessory\" names its folders below the registry path.
+    On failure nothing is written and the error is the line to print, without its end: "RegOpenKeyEx  failure 13" when
+    the folder cannot be made, "111  RegOpenKeyEx  failure 13" when it cannot be written into, with the system's error
+    number.
 */
 juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value);
 
@@ -26,14 +26,15 @@ class InstanceLock
 public:
     virtual ~InstanceLock() = default;
 
-    /** Null when another engine of this unit holds it. Without a folder to lock in it holds nothing, and says so once.
-     */
+    /**
+        Null when another engine of this unit holds it. Without a folder to lock in it holds nothing, and says so once.
+    */
     static std::unique_ptr<InstanceLock> take();
 };
 
 /**
     This process and its children use the zone's standard offset all year. Once, before any other thread runs: it
-   changes the environment, which others read without a lock.
+    changes the environment, which others read without a lock.
 */
 void disableDaylightSaving();
 
@@ -52,8 +53,10 @@ juce::uint32 getWaveOutVolume();
 */
 void installExceptionHook();
 
-/** Asks for a low real-time priority for the calling thread, which neither threads nor programs that it starts inherit;
- * false when the system does not allow it. */
+/**
+    Asks for a low real-time priority for the calling thread, which neither threads nor programs that it starts inherit;
+    false when the system does not allow it.
+*/
 bool requestRealtimePriority();
 
 /** The first 32 bits of what tells this unit from every other; none when the machine has no id. Any thread. */

@@ -7,6 +7,8 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/AppConfig", "CameraControl" };
+
 juce::String programOf(const std::map<int, juce::String>& programs, int page)
 {
     const auto found = programs.find(page);
@@ -113,8 +115,7 @@ void CameraControl::retrieveControl()
 {
     const juce::File holdFile(Configuration::get().cameraHoldFile);
     if (!holdFile.deleteFile())
-        Logger::getInstance()->logError("platform/AppConfig", __LINE__, "CameraControl", "%s cannot be removed",
-                                        holdFile.getFullPathName().toRawUTF8());
+        logger().error("%s cannot be removed", holdFile.getFullPathName().toRawUTF8());
 }
 
 int UIHelper::getScreenWidth()

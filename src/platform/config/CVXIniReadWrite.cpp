@@ -22,15 +22,12 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/CVXIniReadWrite", "CVXIniReadWrite" };
+
 /** The engine's own files have a few lines. */
 constexpr size_t largestFile = 64 * 1024;
 constexpr mode_t fileMode = 0644;
 constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
-
-void logFailure(int line, const juce::String& path, const juce::String& reason)
-{
-    Logger::getInstance()->logError("platform/CVXIniReadWrite", line, "CVXIniReadWrite", path + ": " + reason);
-}
 
 juce::String reasonOf(int error)
 {
@@ -48,12 +45,12 @@ std::string readFile(const juce::String& path)
     if (!file || fstat(file.get(), &status) < 0)
     {
         if (errno != ENOENT)
-            logFailure(__LINE__, path, reasonOf(errno));
+            logger().error(path + ": " + reasonOf(errno));
         return {};
     }
     if (!S_ISREG(status.st_mode))
     {
-        logFailure(__LINE__, path, "no file");
+        logger().error(path + ": no file");
         return {};
     }
     std::string bytes(largestFile + 1, '\0');
@@ -65,7 +62,7 @@ std::string readFile(const juce::String& path)
             continue;
         if (count < 0)
         {
-            logFailure(__LINE__, path, reasonOf(errno));
+            logger().error(path + ": " + reasonOf(errno));
             return {};
         }
         if (count == 0)
@@ -74,7 +71,7 @@ std::string readFile(const juce::String& path)
     }
     if (length > largestFile)
     {
-        logFailure(__LINE__, path, "more than 64 KiB are no ini file");
+        logger().error(path + ": more than 64 KiB are no ini file");
         return {};
     }
     bytes.resize(length);
@@ -129,7 +126,7 @@ void CVXIniReadWrite::setFileName(const juce::File& file)
     const auto bytes = readFile(file.getFullPathName());
     content->hasByteOrderMark = bytes.starts_with(byteOrderMark);
     if (content->ini.LoadData(bytes) < 0)
-        logFailure(__LINE__, file.getFullPathName(), "no ini file");
+        logger().error(file.getFullPathName() + ": no ini file");
 }
 
 int CVXIniReadWrite::getInt(const juce::String& section, const juce::String& key, int defaultValue) const
@@ -155,7 +152,7 @@ bool CVXIniReadWrite::update()
     std::string bytes;
     if (path.isEmpty() || content->ini.Save(bytes, content->hasByteOrderMark) < 0)
     {
-        logFailure(__LINE__, path, path.isEmpty() ? "no file is named" : "cannot be put into a text");
+        logger().error(path + (path.isEmpty() ? ": no file is named" : ": cannot be put into a text"));
         return false;
     }
     // A reader, or a loss of power, finds the old file or the new one.
@@ -163,7 +160,7 @@ bool CVXIniReadWrite::update()
     const bool replaced = writeNewFile(temporary, bytes) && std::rename(temporary.toRawUTF8(), path.toRawUTF8()) == 0;
     if (replaced && syncFolder(content->file.getParentDirectory().getFullPathName()))
         return true;
-    logFailure(__LINE__, path, "cannot be written: " + reasonOf(errno));
+    logger().error(path + ": cannot be written: " + reasonOf(errno));
     if (!replaced)
         ::unlink(temporary.toRawUTF8());
     return false;

@@ -21,8 +21,10 @@ public:
     /** The default when the key is missing or no whole number of 32 bits. Blanks around = do not matter. */
     int getInt(const juce::String& section, const juce::String& key, int defaultValue) const;
     void setInt(const juce::String& section, const juce::String& key, int value);
-    /** Writes the file by way of a second one that takes its place, durably. False, and logged, when that fails: the
-     * file is then what it was. */
+    /**
+        Writes the file by way of a second one that takes its place, durably. False, and logged, when that fails: the
+        file is then what it was.
+    */
     bool update();
 
 private:

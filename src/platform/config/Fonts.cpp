@@ -12,8 +12,7 @@ void AppConfig::loadFont()
     const auto folder = juce::File(getResourcePath()).getChildFile("fonts");
     if (folder.getNumberOfChildFiles(juce::File::findFiles, "*.ttf;*.otf") == 0)
     {
-        Logger::getInstance()->logError("platform/Fonts", __LINE__, "AppConfig", "no fonts in %s",
-                                        folder.getFullPathName().toRawUTF8());
+        Log("platform/Fonts", "AppConfig")().error("no fonts in %s", folder.getFullPathName().toRawUTF8());
         return;
     }
     // The font list reads this variable when it is made, on the first question; with it the fonts of the system stay

@@ -11,10 +11,14 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/Resources", "CVXResPathManager" };
+
 constexpr juce::int64 maxFileSize = 64 * 1024 * 1024;
 
-/** The archive's directory, of which the framework keeps the checksums to itself: signatures, lengths, and where what
- * stands. */
+/**
+    The archive's directory, of which the framework keeps the checksums to itself: signatures, lengths, and where what
+    stands.
+*/
 constexpr juce::uint32 endSignature = 0x06054b50;
 constexpr juce::uint32 entrySignature = 0x02014b50;
 constexpr std::size_t endLength = 22, longestComment = 65535, entryLength = 46;
@@ -61,11 +65,6 @@ bool isWellFormed(const juce::String& name)
     return juce::CharPointer_UTF8::isValidString(name.toRawUTF8(), static_cast<int>(name.getNumBytesAsUTF8()));
 }
 
-void logProblem(int line, const char* what, const juce::String& name)
-{
-    Logger::getInstance()->logError("platform/Resources", line, "CVXResPathManager", "%s: %s", what, name.toRawUTF8());
-}
-
 } // namespace
 
 CVXResPathManager* CVXResPathManager::getInstance()
@@ -79,14 +78,14 @@ bool CVXResPathManager::addResPath(const juce::String& pack, const juce::String&
     const juce::File file(pack);
     if (!file.existsAsFile())
     {
-        logProblem(__LINE__, "the resource pack is missing", pack);
+        logger().error("the resource pack is missing: " + pack);
         return false;
     }
     const auto archive = std::make_shared<juce::ZipFile>(file);
     const auto checksums = readChecksums(file);
     if (archive->getNumEntries() == 0 || static_cast<std::size_t>(archive->getNumEntries()) != checksums.size())
     {
-        logProblem(__LINE__, "the resource pack is empty or damaged", pack);
+        logger().error("the resource pack is empty or damaged: " + pack);
         return false;
     }
     for (int index = 0; index < archive->getNumEntries(); ++index)
@@ -96,7 +95,7 @@ bool CVXResPathManager::addResPath(const juce::String& pack, const juce::String&
             entries.try_emplace(normalised(prefix + name),
                                 Entry { archive, index, checksums[static_cast<std::size_t>(index)] });
         else
-            logProblem(__LINE__, "the resource pack has a damaged name", pack);
+            logger().error("the resource pack has a damaged name: " + pack);
     }
     return true;
 }
@@ -110,7 +109,7 @@ std::unique_ptr<juce::InputStream> CVXResPathManager::open(const juce::String& n
     if (stream == nullptr)
     {
         found->second.refused = true;
-        logProblem(__LINE__, "the file is too large or damaged", name);
+        logger().error("the file is too large or damaged: " + name);
     }
     return stream;
 }

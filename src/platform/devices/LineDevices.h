@@ -16,8 +16,6 @@ public:
     /** `outputFunction` makes an output that keeps its level, any other number an input. */
     virtual juce::Result setFunction(int line, int function) = 0;
     virtual juce::Result write(int line, int level) = 0;
-    /** Level 0 or 1. */
-    virtual juce::Result read(int line, int& level) = 0;
 
     static constexpr int outputFunction = 32;
 };

@@ -13,8 +13,6 @@ struct GpioFunc
     /** Function 32 is output, any other input. False when the line cannot be had (logged once per line). */
     static bool setPinFunc(int line, int function);
     static bool writePin(int line, int level);
-    /** 0, 1, or -1 when the line cannot be read. */
-    static int readPin(int line);
 };
 
 /** Ends the calls that wait for a simulated device, now and from now on: the process ends. Any thread. */

@@ -14,7 +14,7 @@ bool CVXButton::setText(int index, const juce::String& newText)
     const auto found = texts.find(index);
     if (found == texts.end())
     {
-        reportOnce("platform/gui/CVXButton", __LINE__,
+        reportOnce(Log("platform/gui/CVXButton", "Widgets")(),
                    "the button " + getName() + " has no text " + juce::String(index));
         return false;
     }

@@ -9,8 +9,10 @@ namespace Platform
 /** How a button looks just now; contents give their colours by these numbers. */
 enum class CVXButtonState : int { pressed = 1, disabled = 3, normal = 5 };
 
-/** A line of text as the content of a control, with a colour for each state. Long text is narrowed, then shortened;
-   line breaks in it are drawn as blanks. */
+/**
+    A line of text as the content of a control, with a colour for each state. Long text is narrowed, then shortened;
+    line breaks in it are drawn as blanks.
+*/
 class CVXTextElement
 {
 public:

@@ -10,8 +10,6 @@ class FloatViewInterface
 {
 public:
     virtual ~FloatViewInterface() = default;
-    /** Whether it takes the whole screen for itself. */
-    virtual bool isExclusive() const { return false; }
     /** Brings the view in front of the others. The meaning of the parameter is the view's own. */
     virtual void show(int parameter);
     virtual void hide();

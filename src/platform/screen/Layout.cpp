@@ -14,7 +14,7 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/gui/Layout";
+constexpr Log logger { "platform/gui/Layout", "Widgets" };
 constexpr int maxExtent = 4096;
 constexpr int maxDepth = 8;
 
@@ -143,19 +143,19 @@ std::unique_ptr<juce::Component> loadCtrlFromFile(const juce::String& name)
     if (stream == nullptr)
     {
         if (!CVXResPathManager::getInstance()->contains(name))
-            reportOnce(source, __LINE__, "no layout " + name);
+            reportOnce(logger(), "no layout " + name);
         return nullptr;
     }
     const auto tree = readLayout(*stream);
     if (!tree.isValid())
     {
-        reportOnce(source, __LINE__, "the layout " + name + " is damaged");
+        reportOnce(logger(), "the layout " + name + " is damaged");
         return nullptr;
     }
     auto layout = tree.hasType("Window") ? makeControl(tree, 0) : nullptr;
     if (layout == nullptr)
     {
-        reportOnce(source, __LINE__, "the layout " + name + " has controls that cannot be made");
+        reportOnce(logger(), "the layout " + name + " has controls that cannot be made");
         return nullptr;
     }
     return layout;

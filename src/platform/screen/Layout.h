@@ -9,13 +9,13 @@ namespace Platform
 
 /**
     Makes the controls of a layout of the resource packs ("volumebar\volumebar.bin"). Null when it is missing, damaged
-   or not a layout, which is reported once. Message thread.
+    or not a layout, which is reported once. Message thread.
 
     A layout is a tree of the elements Window (its root), Group, Image, Button with Text elements and an Icon, and
-   Static. All but Text and Icon have `name`, `x`, `y`, `width`, `height` in pixels from the parent's corner (a
-   Window's: the screen's) and `visible` (1). Image, Button and Icon: `image`. Text: `index`, `x`, `y`, `width`,
-   `height` (all of the button). Icon: the same without `index`. Text and Static: `text`, `size` in pixels, `colour`
-   (AARRGGBB), `bold`, `justify` (left, centre, right).
+    Static. All but Text and Icon have `name`, `x`, `y`, `width`, `height` in pixels from the parent's corner (a
+    Window's: the screen's) and `visible` (1). Image, Button and Icon: `image`. Text: `index`, `x`, `y`, `width`,
+    `height` (all of the button). Icon: the same without `index`. Text and Static: `text`, `size` in pixels, `colour`
+    (AARRGGBB), `bold`, `justify` (left, centre, right).
 */
 std::unique_ptr<juce::Component> loadCtrlFromFile(const juce::String& name);
 
@@ -27,7 +27,8 @@ struct CVXRelationHelper
     {
         auto* found = dynamic_cast<Control*>(find(root, name));
         if (found == nullptr && root != nullptr)
-            reportOnce("platform/gui/Layout", __LINE__, "the layout " + root->getName() + " lacks the control " + name);
+            reportOnce(Log("platform/gui/Layout", "Widgets")(),
+                       "the layout " + root->getName() + " lacks the control " + name);
         return found;
     }
 

@@ -23,20 +23,23 @@ public:
 /** The top-level window under the finger or pointer, noWindow for none. Called on the display's thread. */
 using TouchHandler = std::function<void(WindowHandle)>;
 
-/** Watches the touches and button presses of the whole display; every program still gets its own. Null without a
- * display to look for. */
+/**
+    Watches the touches and button presses of the whole display; every program still gets its own. Null without a
+    display to look for.
+*/
 std::unique_ptr<TouchWatch> watchTouches(TouchHandler handler);
 
 /**
     A window of the engine's own, which no window manager looks after. While it is shown it is above the windows of
-   other programs, also of those that open or are raised later; of several, the one that was brought to the front last
-   is the highest. Where nothing is drawn, it is not there: what lies below is seen and touched. Any thread.
+    other programs, also of those that open or are raised later; of several, the one that was brought to the front last
+    is the highest. Where nothing is drawn, it is not there: what lies below is seen and touched. Any thread.
 */
 class OverlayWindow
 {
 public:
-    /** A press or release of the first button on the window. Called on the display's thread, not after the destructor.
-     */
+    /**
+        A press or release of the first button on the window. Called on the display's thread, not after the destructor.
+    */
     using PointerHandler = std::function<void(juce::Point<int>, bool down)>;
 
     virtual ~OverlayWindow() = default;

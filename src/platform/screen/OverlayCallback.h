@@ -13,8 +13,10 @@ public:
     virtual void touchedOutside() = 0;
 };
 
-/** Registers the one callback of a window; null takes it away, which is due before either of the two goes. Message
- * thread. */
+/**
+    Registers the one callback of a window; null takes it away, which is due before either of the two goes. Message
+    thread.
+*/
 void setOverlayCallback(juce::Component& window, OverlayCallback* callback);
 
 } // namespace Platform

@@ -1,6 +1,5 @@
 #include "platform/screen/Picture.h"
 
-#include "platform/base/Logger.h"
 #include "platform/config/Resources.h"
 
 #include <set>
@@ -11,18 +10,19 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/gui/Picture", "Widgets" };
+
 constexpr std::size_t mostReports = 64;
 
 } // namespace
 
-void reportOnce(const char* source, int line, const juce::String& problem)
+void reportOnce(const Log::Line& line, const juce::String& problem)
 {
     static std::set<juce::String> reported;
     if (reported.size() > mostReports || !reported.insert(problem).second)
         return;
-    Logger::getInstance()->logError(
-        source, line, "Widgets",
-        reported.size() > mostReports ? juce::String("further problems of the resources are not logged") : problem);
+    line.error(reported.size() > mostReports ? juce::String("further problems of the resources are not logged")
+                                             : problem);
 }
 
 void Picture::setName(const juce::String& newName)
@@ -42,12 +42,12 @@ void Picture::reload()
     if (stream == nullptr)
     {
         if (!CVXResPathManager::getInstance()->contains(name))
-            reportOnce("platform/gui/Picture", __LINE__, "no picture " + name);
+            reportOnce(logger(), "no picture " + name);
         return;
     }
     image = juce::PNGImageFormat().decodeImage(*stream);
     if (!image.isValid())
-        reportOnce("platform/gui/Picture", __LINE__, "the picture " + name + " is damaged");
+        reportOnce(logger(), "the picture " + name + " is damaged");
 }
 
 void Picture::paint(juce::Graphics& graphics, juce::Rectangle<int> area) const

@@ -23,6 +23,8 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/SetupCheck", "SetupStore" };
+
 /** How the child ends. A fault is damage as well. */
 enum Verdict : int { sound = 0, damaged = 1, unknown = 2 };
 
@@ -178,8 +180,7 @@ bool isSetupStoreSound(const std::string& folder)
             break;
     }
     if (verdict == unknown)
-        Logger::getInstance()->logError("platform/SetupCheck", __LINE__, "SetupStore",
-                                        "%s: cannot be tried out in a child process", folder.c_str());
+        logger().error("%s: cannot be tried out in a child process", folder.c_str());
     return verdict != damaged;
 }
 

@@ -17,8 +17,8 @@ namespace Platform
     The LMDB environment behind the settings store: one per process, of one database of encoded values. Any thread may
     read; writing is one thread's, as a write waits without an end for a process that holds the store's lock, and so are
     opening and closing, but in a process that only reads. Each reading thread keeps a parked read transaction, which is
-   renewed for a read and reset after it; closing the environment ends those of all threads. Results are LMDB's codes, 0
-   for success.
+    renewed for a read and reset after it; closing the environment ends those of all threads. Results are LMDB's codes,
+    0 for success.
 */
 class SetupEnvironment
 {

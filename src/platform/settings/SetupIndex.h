@@ -3,17 +3,17 @@
 namespace Platform
 {
 
-/** Settings with a meaning of their own for the engine, by setup index. Indices in a row (favourites) are with who
- * counts. */
+/** Settings with a meaning of their own for the engine, by setup index. */
 enum SetupIndex : int {
     sourceLevelSetting = 6,
-    bluetoothSetting = 7,
+    bluetoothSetting = 7, ///< 0: the module is off, and the setup page stays when Bluetooth audio ends
     internetRadioSetting = 9,
     auxNameSetting = 19,
     lowBatterySetting = 20,
     tunerRegionSetting = 21,
     voltmeterSetting = 22,
     weatherAlertSetting = 23, ///< not 0: an alert shows the weather band
+    lowPassSetting = 267,     ///< of the subwoofer: 0 off, 1..3
     filtersSetting = 276,
     highPassSetting = 277, ///< 0 off, 1..3
     subwooferSetting = 278,
@@ -41,5 +41,33 @@ enum SetupIndex : int {
     presetSetting = 1792, ///< 0..4
     dmeSetting = 1793
 };
+
+/** Settings that have no name but their number, and no effect in this unit. */
+enum NamelessSetting : int {
+    setting14 = 14,
+    band257 = 257,
+    band258,
+    band259,
+    band260,
+    band261,
+    band262,
+    band263,
+    setting264
+};
+
+/** Favourites are numbered from 1; each has its page and its label. */
+inline constexpr int favouriteCount = 16;
+constexpr bool isFavourite(int number)
+{
+    return number >= 1 && number <= favouriteCount;
+}
+constexpr int favouritePageSetting(int favourite)
+{
+    return 23 + favourite;
+}
+constexpr int favouriteLabelSetting(int favourite)
+{
+    return 39 + favourite;
+}
 
 } // namespace Platform

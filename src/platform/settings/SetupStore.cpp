@@ -13,13 +13,9 @@ namespace Platform
 namespace
 {
 
-std::atomic<bool> readsOnly { false };
+constexpr Log logger { "platform/SetupStore", "SetupStore" };
 
-template <typename... Arguments>
-void logError(int line, const char* format, Arguments... arguments)
-{
-    Logger::getInstance()->logError("platform/SetupStore", line, "SetupStore", format, arguments...);
-}
+std::atomic<bool> readsOnly { false };
 
 /** For a process that writes nothing: the store as the unit has it now. */
 std::string readShared(int index)
@@ -44,13 +40,20 @@ std::string readValue(int index)
     return readsOnly ? readShared(index) : SetupWriter::get().read(index);
 }
 
-bool writeValue(int index, const std::string& value)
+/** False, and logged, in a process that only reads settings. */
+bool mayWrite(const std::string& what)
 {
     if (readsOnly)
-        logError(__LINE__, "setting %d: this process only reads settings", index);
-    else
-        SetupWriter::get().set(index, value);
+        logger().error("%s: this process only reads settings", what.c_str());
     return !readsOnly;
+}
+
+bool writeValue(int index, const std::string& value)
+{
+    if (!mayWrite("setting " + std::to_string(index)))
+        return false;
+    SetupWriter::get().set(index, value);
+    return true;
 }
 
 } // namespace
@@ -75,7 +78,7 @@ bool VX_SetSetupValueString(int index, const juce::String& value)
     const auto text = value.toStdString();
     if (text.size() > longestSetupText)
     {
-        logError(__LINE__, "setting %d: a text of %zu bytes is refused", index, text.size());
+        logger().error("setting %d: a text of %zu bytes is refused", index, text.size());
         return false;
     }
     return writeValue(index, encodeSetup(text));
@@ -104,13 +107,13 @@ bool VX_LoadDataFromSystemFile()
 bool VX_LoadDataFromFactoryFile()
 {
     const auto values = readFactoryValues();
-    if (values.empty())
+    if (values.empty() || !mayWrite("factory values"))
         return false;
     SetupWriter::get().replaceAll(values);
     std::error_code error;
     std::filesystem::remove_all(settingsFolder(), error);
     if (error)
-        logError(__LINE__, "%s: %s", settingsFolder().c_str(), error.message().c_str());
+        logger().error("%s: %s", settingsFolder().c_str(), error.message().c_str());
     return !error;
 }
 

@@ -3,9 +3,9 @@
 #include <juce_core/juce_core.h>
 
 /**
-    The settings store, shared in the sense that it outlives the process: integers and texts by setup index. Any
-    thread. A setting that the store does not have reads as its factory value; one that has none either, has the other
-    type or a damaged value reads as 0 or "". The store is opened by the first use. A damaged store is set aside as
+    The settings store, shared in the sense that it outlives the process: integers and texts by setup index. Any thread.
+    A setting that the store does not have reads as its factory value; one that has none either, has the other type or a
+    damaged value reads as 0 or "". The store is opened by the first use. A damaged store is set aside as
     `settings.damaged` (logged) and a new one begun. Where it cannot be had or written (logged), what is set is kept in
     this process and tried again every second.
 */
@@ -23,8 +23,10 @@ bool VX_SetSetupValueString(int index, const juce::String& value);
 bool VX_IsSetupValueString(int index);
 /** Whether the store or the factory values have the setting. */
 bool VX_IsSetupValueKnown(int index);
-/** Waits until what was set before is durable, 150 ms at most from where the store began to be late; false when it is
- * not. */
+/**
+    Waits until what was set before is durable, 150 ms at most from where the store began to be late; false when it is
+    not.
+*/
 bool VX_WaitForSetupInfo();
 
 /** Opens the store; an empty one is filled with the factory values. False when neither can be had (logged). */

@@ -14,14 +14,10 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/SetupValues", "SetupStore" };
+
 constexpr char intType = 'i';
 constexpr char textType = 's';
-
-template <typename... Arguments>
-void logError(int line, const char* format, Arguments... arguments)
-{
-    Logger::getInstance()->logError("platform/SetupValues", line, "SetupStore", format, arguments...);
-}
 
 } // namespace
 
@@ -67,25 +63,24 @@ SetupValues readFactoryValues()
             const auto number = value.value_exact<std::int64_t>();
             const auto text = value.value_exact<std::string>();
             if (error != std::errc {} || end != name.data() + name.size() || index < 0)
-                logError(__LINE__, "%s:%u: not a setting index", path.c_str(), key.source().begin.line);
+                logger().error("%s:%u: not a setting index", path.c_str(), key.source().begin.line);
             else if (number && *number >= std::numeric_limits<juce::int32>::min() &&
                      *number <= std::numeric_limits<juce::int32>::max())
                 values[index] = encodeSetup(static_cast<juce::int32>(*number));
             else if (text && text->size() <= longestSetupText)
                 values[index] = encodeSetup(*text);
             else
-                logError(__LINE__, "%s:%u: setting %d: a 32-bit number or a text is wanted", path.c_str(),
-                         key.source().begin.line, index);
+                logger().error("%s:%u: setting %d: a 32-bit number or a text is wanted", path.c_str(),
+                               key.source().begin.line, index);
         }
     }
     catch (const toml::parse_error& error)
     {
-        logError(__LINE__, "%s:%u: %s", path.c_str(), error.source().begin.line,
-                 std::string(error.description()).c_str());
+        logger().error("%s:%u: %s", path.c_str(), error.source().begin.line, std::string(error.description()).c_str());
         return {};
     }
     if (values.empty())
-        logError(__LINE__, "%s: no factory values", path.c_str());
+        logger().error("%s: no factory values", path.c_str());
     return values;
 }
 

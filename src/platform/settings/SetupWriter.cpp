@@ -24,14 +24,7 @@ constexpr auto closeLimit = 1000ms;
 constexpr auto storeLimit = 150ms;
 constexpr auto delayToMention = 1000ms;
 
-constexpr const char* logFile = "platform/SetupWriter";
-constexpr const char* logTag = "SetupStore";
-
-template <typename... Arguments>
-void logError(int line, const char* format, Arguments... arguments)
-{
-    Logger::getInstance()->logError(logFile, line, logTag, format, arguments...);
-}
+constexpr Log logger { "platform/SetupWriter", "SetupStore" };
 
 /** A store that would end the process makes room for a new one. 0, or the number of the system's error. */
 int setAside(const std::string& folder)
@@ -41,7 +34,7 @@ int setAside(const std::string& folder)
     std::filesystem::remove_all(aside, error);
     std::filesystem::rename(folder, aside, error);
     if (!error)
-        logError(__LINE__, "%s: damaged; the store is set aside as %s", folder.c_str(), aside.c_str());
+        logger().error("%s: damaged; the store is set aside as %s", folder.c_str(), aside.c_str());
     return error.value();
 }
 
@@ -98,7 +91,7 @@ void SetupWriter::close()
     if (!settled.wait_for(lock, closeLimit, ended))
     {
         ending = false;
-        logError(__LINE__, "the store stays open at the end, as it does not take %zu settings", waiting.size());
+        logger().error("the store stays open at the end, as it does not take %zu settings", waiting.size());
     }
     else if (state == State::closed && thread.joinable())
         thread.join();
@@ -129,7 +122,7 @@ std::string SetupWriter::read(int index)
             return otherwise;
     }
     if (result != MDB_SUCCESS)
-        logError(__LINE__, "setting %d cannot be read: %s", index, mdb_strerror(result));
+        logger().error("setting %d cannot be read: %s", index, mdb_strerror(result));
     return value;
 }
 
@@ -184,7 +177,7 @@ void SetupWriter::run()
         wake.wait_for(lock, retryDelay, [this] { return ending; });
     }
     if (!waiting.empty())
-        logError(__LINE__, "%zu settings are not stored at the end", waiting.size());
+        logger().error("%zu settings are not stored at the end", waiting.size());
     waiting.clear();
     replacement = 0;
     stored = lastChange;
@@ -253,8 +246,8 @@ bool SetupWriter::store(Lock& lock)
 void SetupWriter::noteStored(std::uint64_t change)
 {
     if (failing || late)
-        Logger::getInstance()->logInfo(logFile, __LINE__, logTag, "settings are stored again; %llu changes waited",
-                                       static_cast<unsigned long long>(change - stored));
+        logger().info("settings are stored again; %llu changes waited",
+                      static_cast<unsigned long long>(change - stored));
     failing = late = false;
     stored = change;
     std::erase_if(waiting, [&](const auto& each) { return each.second.change <= change; });
@@ -266,8 +259,8 @@ void SetupWriter::noteStored(std::uint64_t change)
 void SetupWriter::noteFailure(int result)
 {
     if (!std::exchange(failing, true))
-        logError(__LINE__, "%s: settings cannot be stored: %s; they are kept until they can", settingsFolder().c_str(),
-                 mdb_strerror(result));
+        logger().error("%s: settings cannot be stored: %s; they are kept until they can", settingsFolder().c_str(),
+                       mdb_strerror(result));
 }
 
 void SetupWriter::noteDelay()
@@ -275,7 +268,7 @@ void SetupWriter::noteDelay()
     const bool delayed = storingSince != Clock::time_point {} && Clock::now() - storingSince > delayToMention;
     if (delayed && !std::exchange(late, true))
         // As an argument: a format without any is no literal any more inside the template.
-        logError(__LINE__, "%s", "settings wait to be stored: another process holds the store, or the disk is slow");
+        logger().error("settings wait to be stored: another process holds the store, or the disk is slow");
 }
 
 } // namespace Platform

@@ -16,9 +16,9 @@ std::string settingsFolder();
 
 /**
     The settings as this process sees them: what was set and is not stored yet lies over what the store has, and that
-   over the factory values. A thread "settings" opens the store, puts into it what was set, all that waits in one
-    transaction, and closes it again. Only that thread ever waits for another process that holds the store's lock. Of
-    a setting the newest value waits, so what waits is never more than there are settings. Any thread.
+    over the factory values. A thread "settings" opens the store, puts into it what was set, all that waits in one
+    transaction, and closes it again. Only that thread ever waits for another process that holds the store's lock. Of a
+    setting the newest value waits, so what waits is never more than there are settings. Any thread.
 */
 class SetupWriter
 {

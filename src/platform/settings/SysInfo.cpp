@@ -24,6 +24,8 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/SysInfo", "SysInfo" };
+
 using Values = std::array<std::atomic<juce::int32>, sysInfoSize>;
 static_assert(std::atomic<juce::int32>::is_always_lock_free, "other processes read the same words");
 static_assert(sizeof(Values) == sysInfoSize * sizeof(juce::int32));
@@ -31,12 +33,6 @@ static_assert(sizeof(Values) == sysInfoSize * sizeof(juce::int32));
 constexpr const char* defaultName = "/headunit-sysinfo";
 constexpr const char* nameVariable = "HEADUNIT_SYSINFO";
 constexpr mode_t accessMode = 0644;
-
-template <typename... Arguments>
-void logError(int line, const char* format, Arguments... arguments)
-{
-    Logger::getInstance()->logError("platform/SysInfo", line, "SysInfo", format, arguments...);
-}
 
 std::string objectName()
 {
@@ -100,7 +96,7 @@ Descriptor openObject(const std::string& name)
     {
         if (shm_unlink(name.c_str()) != 0)
             return {};
-        logError(__LINE__, "%s was not the unit's own and is replaced", name.c_str());
+        logger().error("%s was not the unit's own and is replaced", name.c_str());
     }
     return Descriptor { shm_open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, accessMode) };
 }
@@ -182,15 +178,15 @@ private:
         mappedAt = mapped;
         if (mapped != nullptr)
             return;
-        logError(__LINE__, "%s: %s; other processes see no values", name.c_str(), std::strerror(errno));
+        logger().error("%s: %s; other processes see no values", name.c_str(), std::strerror(errno));
         mapped = &ownValues;
     }
 
     void replaceLost()
     {
         if (!std::exchange(lossMentioned, true))
-            logError(__LINE__, "%s was cut short by another process; the values of this one are put back",
-                     objectName().c_str());
+            logger().error("%s was cut short by another process; the values of this one are put back",
+                           objectName().c_str());
         unmap();
         map();
         for (std::size_t index = 0; index < ownValues.size(); ++index)
@@ -230,7 +226,7 @@ void VX_SetSysInfo(int index, juce::int32 value)
     if (isValid(index))
         table().set(index, value);
     else
-        logError(__LINE__, "there is no index %d", index);
+        logger().error("there is no index %d", index);
 }
 
 juce::int32 VX_GetSysInfo(int index)

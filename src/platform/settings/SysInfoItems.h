@@ -15,9 +15,12 @@ enum SysInfoItem : int {
     sysInfoPandoraSource = 32,
     sysInfoSppLink = 34,      ///< 0 none, 1, 2 open
     sysInfoPandoraLink = 35,  ///< 0 none, 2 up
-    sysInfoVoltageShown = 36, ///< setting 22
-    sysInfoVoltage = 37,      ///< raw, of the microcontroller
+    sysInfoVoltageShown = 36, ///< voltmeterSetting
+    sysInfoVoltage = 37,      ///< 0 to 255, as the microcontroller reports it
     sysInfoLowBattery = 38
 };
+
+/** Of the reported voltage. */
+inline constexpr double voltsPerStep = 25.3 / 256;
 
 } // namespace Platform

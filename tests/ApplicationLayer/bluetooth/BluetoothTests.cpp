@@ -4,14 +4,16 @@
 #include "EngineLayer/system/SystemInfo.h"
 #include "doubles/LinesDouble.h"
 #include "doubles/SystemDouble.h"
+#include "platform/devices/UnitLines.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 #include "support/ApplicationFixture.h"
 
+using namespace Platform;
 using namespace ApplicationLayer;
 using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
-using Platform::AppCommandLine;
 using Platform::doubles::LinesDouble;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -29,13 +31,13 @@ protected:
         : ApplicationFixture("7 = 1\n1039 = \"Phone\"\n", { mbFM, mbAVOff, mbiPodPandora, mbUSBAudio, mbSetup })
     {
         LinesDouble::reset();
-        Platform::doubles::SystemDouble::reset();
+        doubles::SystemDouble::reset();
         add(DataManager::getInstance(), Kernel::dataManagerId);
         add(&bluetooth, Kernel::bluetoothApplicationId);
         for (const int program : { AppBluetooth, AppiPod, AppPandora, AppUSB })
             connect(program);
         takeSent();
-        for (int item = 0; item <= Platform::sysInfoPandoraLink; ++item)
+        for (int item = 0; item <= sysInfoPandoraLink; ++item)
             setItem(item, 0);
         takePosted();
     }
@@ -67,21 +69,21 @@ TEST_F(BluetoothTest, FollowsItsSetting)
     EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 7)));
     EXPECT_EQ(items({ 0 }), (Items { { 0, 1 } }));
 
-    setSettingInt(7, 0, true, AppSetup);
+    setSettingInt(bluetoothSetting, 0, true, AppSetup);
     run();
     EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 2)));
-    EXPECT_EQ(getSettingString(1039), "No Device");
-    EXPECT_EQ(bluetooth.getTimerInterval(2), 1000);
+    EXPECT_EQ(getSettingString(bluetoothNameSetting), "No Device");
+    EXPECT_EQ(bluetooth.getTimerInterval(BluetoothApplication::offTimer), 1000);
     EXPECT_THAT(requests(), IsEmpty()) << "neither page has run";
     for (const auto id : { Kernel::MSG_BT_SWITCH_ON, Kernel::MSG_SYS_READY })
         send(Kernel::bluetoothApplicationId, id);
     EXPECT_THAT(takeSent(), IsEmpty());
 
-    setSettingInt(7, 1, true, AppSetup);
+    setSettingInt(bluetoothSetting, 1, true, AppSetup);
     run();
     EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 7)));
     EXPECT_EQ(items({ 0 }), (Items { { 0, 1 } }));
-    EXPECT_FALSE(bluetooth.isTimerRunning(2));
+    EXPECT_FALSE(bluetooth.isTimerRunning(BluetoothApplication::offTimer));
 
     carryOut(mbBTAudio, SwitchType::ToRun, { 2, 1, 1, 2 });
     takePosted();
@@ -97,11 +99,11 @@ TEST_F(BluetoothTest, MirrorsTheModule)
     report(3, 41);
     report(4, 42);
     EXPECT_EQ(items({ 1, 2 }), (Items { { 1, 41 }, { 2, 42 } }));
-    setItem(Platform::sysInfoPairedList, 1);
+    setItem(sysInfoPairedList, 1);
     report(7, 0);
     EXPECT_EQ(items({ 22 }), (Items { { 22, 2 } }));
-    setItem(Platform::sysInfoSppLink, 2);
-    setItem(Platform::sysInfoPandoraLink, 2);
+    setItem(sysInfoSppLink, 2);
+    setItem(sysInfoPandoraLink, 2);
     setDeviceState(pandoraOnBluetooth, true);
     takeSent();
 
@@ -109,7 +111,7 @@ TEST_F(BluetoothTest, MirrorsTheModule)
     EXPECT_EQ(items({ 0, 22, 31, 34, 35 }), (Items { { 0, 1 }, { 22, 0 }, { 31, 0 }, { 34, 0 }, { 35, 0 } }));
     EXPECT_FALSE(getDeviceState(bluetoothConnected));
     EXPECT_FALSE(getDeviceState(pandoraOnBluetooth));
-    EXPECT_EQ(getSettingString(1039), "No Device");
+    EXPECT_EQ(getSettingString(bluetoothNameSetting), "No Device");
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, WM_MESSAGE_IPOD_DRIVER, 234567, 7 },
                                         Sent { AppPandora, WM_MESSAGE_IPOD_DRIVER, 234567, 7 }));
 }
@@ -136,12 +138,12 @@ TEST_F(BluetoothTest, PagesAreAskedFor)
 TEST_F(BluetoothTest, ASerialLinkThatCannotAuthenticateCostsTheModuleItsSupply)
 {
     report(8, 0); // FM plays, or nothing
-    EXPECT_EQ(LinesDouble::getPin(32856), 0);
-    EXPECT_EQ(bluetooth.getTimerInterval(8), 2000);
-    fire(bluetooth, 8);
-    EXPECT_EQ(LinesDouble::getPin(32856), 1);
-    EXPECT_EQ(LinesDouble::getPin(32771), 1);
-    EXPECT_FALSE(bluetooth.isTimerRunning(8));
+    EXPECT_EQ(LinesDouble::getPin(output1Line), 0);
+    EXPECT_EQ(bluetooth.getTimerInterval(BluetoothApplication::supplyTimer), 2000);
+    fire(bluetooth, BluetoothApplication::supplyTimer);
+    EXPECT_EQ(LinesDouble::getPin(output1Line), 1);
+    EXPECT_EQ(LinesDouble::getPin(output2Line), 1);
+    EXPECT_FALSE(bluetooth.isTimerRunning(BluetoothApplication::supplyTimer));
 
     playing(mbBTAudio);
     takeSent();
@@ -159,12 +161,12 @@ TEST_F(BluetoothTest, ThePandoraLinkIsWatchedWhilePandoraPlays)
     report(9, 0);
     EXPECT_TRUE(getDeviceState(pandoraOnBluetooth));
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppPandora, RMSG_PANDORA_NOTIFY, 0, 1 }));
-    setItem(Platform::sysInfoPandoraSource, 2);
+    setItem(sysInfoPandoraSource, 2);
     report(9, 1);
     EXPECT_FALSE(getDeviceState(pandoraOnBluetooth));
     EXPECT_EQ(items({ 35 }), (Items { { 35, 0 } }));
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppPandora, WM_MESSAGE_IPOD_DRIVER, 234567, 7 }));
-    EXPECT_EQ(bluetooth.getTimerInterval(6), 10'000);
+    EXPECT_EQ(bluetooth.getTimerInterval(BluetoothApplication::pandoraTimer), 10'000);
 }
 
 TEST_F(BluetoothTest, ASourceChangeOpensAndClosesTheSerialLink)
@@ -184,10 +186,10 @@ TEST_F(BluetoothTest, ASourceChangeOpensAndClosesTheSerialLink)
     EXPECT_THAT(change(mbUSBAudio),
                 ElementsAre(toProgram(RMSG_BT_LINK, 10, 0), toProgram(RMSG_BT_LINK, 1, 3 << 16 | 5)));
 
-    setItem(Platform::sysInfoSppLink, 2);
+    setItem(sysInfoSppLink, 2);
     for (const auto& [authenticated, control] : std::map<int, int> { { 0, 2 }, { 2, 3 } })
     {
-        setItem(Platform::sysInfoiPodAuthentication, authenticated);
+        setItem(sysInfoiPodAuthentication, authenticated);
         carryOut(mbBTAudio, SwitchType::ToRun, { 2, 1, 1, 2 },
                  AppCommandLine::genCmdSourceEnter(mbBTAudio, false, false));
         EXPECT_THAT(takeSent(), testing::Contains(Sent { AppiPod, RMSG_IPOD_CONTROL, control }));
@@ -202,7 +204,7 @@ TEST_F(BluetoothTest, AnswersTheTestEquipmentInTestMode)
     EXPECT_THAT(autoTest(id, { 5, 3 }), IsEmpty());
     setEnterTestMode(true);
     EXPECT_THAT(autoTest(id, { 5, 2 }), ElementsAre("05 02 01"));
-    Platform::doubles::SystemDouble::setUniqueId(0xAB123456);
+    doubles::SystemDouble::setUniqueId(0xAB123456);
     EXPECT_THAT(autoTest(id, { 5, 2 }), ElementsAre("05 02 00 30 78 30 30 30 32 61 62 31 32 33 34 35 36 00"));
     EXPECT_THAT(autoTest(id, { 5, 3 }), ElementsAre("05 03 00"));
     report(1, 2);
@@ -212,8 +214,8 @@ TEST_F(BluetoothTest, AnswersTheTestEquipmentInTestMode)
     takeSent();
     EXPECT_THAT(autoTest(id, { 5, 4 }), IsEmpty());
     EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 14)));
-    ASSERT_EQ(bluetooth.getTimerInterval(9), 1000);
-    fire(bluetooth, 9);
+    ASSERT_EQ(bluetooth.getTimerInterval(BluetoothApplication::autoTestTimer), 1000);
+    fire(bluetooth, BluetoothApplication::autoTestTimer);
     EXPECT_THAT(answers(), ElementsAre("05 04 01"));
 
     for (int flood = 0; flood < 64; ++flood)

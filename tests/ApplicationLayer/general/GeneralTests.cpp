@@ -17,8 +17,6 @@ using testing::IsEmpty;
 namespace
 {
 
-constexpr int pageTimer = 1;
-
 class GeneralTest : public ApplicationFixture
 {
 protected:
@@ -50,8 +48,9 @@ protected:
 
 } // namespace
 
-/** The trigger input shows the camera, a key takes it away while the input stays on, the input's end changes nothing.
- */
+/**
+    The trigger input shows the camera, a key takes it away while the input stays on, the input's end changes nothing.
+*/
 TEST_F(GeneralTest, CameraFollowsTriggerAndKey)
 {
     device(triggerInput, true);
@@ -60,10 +59,10 @@ TEST_F(GeneralTest, CameraFollowsTriggerAndKey)
     EXPECT_THAT(requests(), ElementsAre("mbCamera stop auto"));
 
     device(triggerInput, true);
-    favoriteBar.shown = true;
+    favouriteBar.shown = true;
     key(mbCamera, KEY_SHOWCAMERA);
     EXPECT_THAT(requests(), ElementsAre("mbCamera run auto", "mbCamera stop auto"));
-    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 }));
+    EXPECT_THAT(favouriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 }));
     device(triggerInput, false);
     key(mbCamera, KEY_MENU);
     EXPECT_THAT(requests(), IsEmpty());
@@ -82,46 +81,37 @@ TEST_F(GeneralTest, CameraComesBackWhileItIsOn)
 {
     auto& timers = timersOf(mbCamera);
     key(mbCamera, KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_FALSE(timers.isTimerRunning(pageTimer)); // it is off
+    EXPECT_FALSE(timers.isTimerRunning(CameraHandler::showTimer)); // it is off
     key(mbCamera, KEY_SHOWCAMERA);
     show(mbCamera);
     hide(mbCamera);
-    EXPECT_EQ(timers.getTimerInterval(pageTimer), 5000);
-    fire(timers, pageTimer);
+    EXPECT_EQ(timers.getTimerInterval(CameraHandler::showTimer), 5000);
+    fire(timers, CameraHandler::showTimer);
     EXPECT_THAT(requests(), ElementsAre("mbCamera run auto"));
 
     hide(mbCamera);
     show(mbCamera);
-    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
+    EXPECT_FALSE(timers.isTimerRunning(CameraHandler::showTimer));
     key(mbCamera, KEY_INFOBAR_SWITCH_SPEAKER);
-    fire(timers, pageTimer);
+    fire(timers, CameraHandler::showTimer);
     EXPECT_THAT(requests(), IsEmpty()); // it is in front
 
     hide(mbCamera);
     key(mbCamera, KEY_SHOWCAMERA);
-    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
+    EXPECT_FALSE(timers.isTimerRunning(CameraHandler::showTimer));
     EXPECT_THAT(requests(), ElementsAre("mbCamera stop auto"));
     hide(mbCamera);
-    fire(timers, pageTimer);
+    fire(timers, CameraHandler::showTimer);
     EXPECT_THAT(requests(), IsEmpty());
 }
 
-TEST_F(GeneralTest, EqualiserEndsWhenItStaysHidden)
+TEST_F(GeneralTest, TheEqualiserStaysWhenItIsInFrontAgain)
 {
-    auto& timers = timersOf(mbEQ);
     show(mbEQ);
     hide(mbEQ);
-    EXPECT_EQ(timers.getTimerInterval(pageTimer), 6000);
-    show(mbEQ);
-    EXPECT_FALSE(timers.isTimerRunning(pageTimer));
-
-    hide(mbEQ);
-    order(mbEQ, SwitchType::ToChange, { 1, 0, 0, 0 }); // in front again, without a command line
-    fire(timers, pageTimer);
+    order(mbEQ, SwitchType::ToChange, { 1, 0, 0, 0 }); // without a command line
+    fire(timersOf(mbEQ), EQHandler::closeTimer);
     EXPECT_THAT(requests(), IsEmpty());
-    hide(mbEQ);
-    fire(timers, pageTimer);
-    EXPECT_THAT(requests(), ElementsAre("mbEQ stop auto"));
 }
 
 TEST_F(GeneralTest, OnlyTheAntitheftProgramUnlocks)

@@ -3,6 +3,7 @@
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/Programs.h"
 #include "dsp/DSPSettingHelperImpl.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/ApplicationFixture.h"
 
 using namespace ApplicationLayer;
@@ -71,15 +72,14 @@ TEST_F(MainMenuTest, KeysOpenWalkAndClose)
 TEST_F(MainMenuTest, ReturnsToTheSourceWhenNobodyTouchesIt)
 {
     auto& timers = timersOf(mbMainMenu);
-    constexpr int idle = 2;
     key(KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_EQ(timers.getTimerInterval(idle), 5000);
-    fire(timers, idle);
+    EXPECT_EQ(timers.getTimerInterval(MainMenuHandler::idleTimer), 5000);
+    fire(timers, MainMenuHandler::idleTimer);
     EXPECT_THAT(requests(), IsEmpty()); // the menu is not on top
     menuOnTop(true);
     key(KEY_INFOBAR_SWITCH_SPEAKER);
-    fire(timers, idle);
-    EXPECT_FALSE(timers.isTimerRunning(idle));
+    fire(timers, MainMenuHandler::idleTimer);
+    EXPECT_FALSE(timers.isTimerRunning(MainMenuHandler::idleTimer));
     EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
 }
 
@@ -102,10 +102,9 @@ TEST_F(MainMenuTest, ShowsWhatIsChosen)
     monitor.setAppState(AppSirius, kClosing);
     EXPECT_THAT(choose(mbSirius), IsEmpty());
     auto& timers = timersOf(mbMainMenu);
-    constexpr int retry = 1;
-    ASSERT_EQ(timers.getTimerInterval(retry), 500);
+    ASSERT_EQ(timers.getTimerInterval(MainMenuHandler::retryTimer), 500);
     monitor.setAppState(AppSirius, kDisconnect);
-    fire(timers, retry);
+    fire(timers, MainMenuHandler::retryTimer);
     EXPECT_THAT(requests(), ElementsAre("mbSirius run"));
 }
 
@@ -143,24 +142,13 @@ TEST_F(MainMenuTest, CarriesOutCommandsOfOtherPrograms)
     EXPECT_THAT(requests(), ElementsAre("mbFM show auto"));
 }
 
-TEST_F(MainMenuTest, StandbyIsEnteredAndLeftByTheMenuAndByCommand)
-{
-    for (const int value : { 0, 1 })
-    {
-        fromProgram(AppMainMenu, RMSG_APP_EVENT, 8, value);
-        expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_STANDBY, value, 0);
-        command(10, value);
-        expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_STANDBY, value, 0);
-    }
-}
-
 TEST_F(MainMenuTest, ShowsTheVolumeOfZone2)
 {
     Dsp::DSPSettingHelperImpl::getInstance()->setVolume(17, true);
     command(12, 6);
     EXPECT_THAT(volumeBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLUME_SHOW), 2, 17 }));
     EXPECT_THAT(remote.calls, ElementsAre("clear row 1", "restore after 2000", "text 1 1 Stern Vol. 17 temporary"));
-    setSettingInt(281, 0, false, AppUnknown);
+    setSettingInt(Platform::zone2OnSetting, 0, false, AppUnknown);
     command(12, 6);
     EXPECT_EQ(volumeBar.messages.size(), 1u);
 }

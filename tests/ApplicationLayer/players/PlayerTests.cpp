@@ -4,14 +4,16 @@
 #include "EngineLayer/settings/DataManager.h"
 #include "EngineLayer/system/SystemInfo.h"
 #include "doubles/LinesDouble.h"
+#include "platform/devices/UnitLines.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SysInfoItems.h"
 #include "support/ApplicationFixture.h"
 
+using namespace Platform;
 using namespace ApplicationLayer;
 using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
-using Platform::AppCommandLine;
 using Platform::doubles::LinesDouble;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -33,8 +35,7 @@ protected:
         add(&usb, Kernel::usbApplicationId);
         connect(AppiPod);
         connect(AppUSB);
-        for (const int item : { Platform::sysInfoiPodDriver, Platform::sysInfoiPodAuthentication,
-                                Platform::sysInfoiPodLink, Platform::sysInfoSppLink })
+        for (const int item : { sysInfoiPodDriver, sysInfoiPodAuthentication, sysInfoiPodLink, sysInfoSppLink })
             setItem(item, 0);
         audio.calls.clear();
         takeSent();
@@ -91,8 +92,10 @@ TEST_F(PlayerTest, TheSoundOfTheiPodComesTheWayThatItsProgramSays)
     EXPECT_THAT(requests(), ElementsAre("mbiPodAudio play auto"));
 }
 
-/** The iPod plays over its analog path, is pulled out, and comes back over the digital one; the radio of the same phone
- * plays in between. The DSP listens where the sound comes in, and is told once. */
+/**
+    The iPod plays over its analog path, is pulled out, and comes back over the digital one; the radio of the same phone
+    plays in between. The DSP listens where the sound comes in, and is told once.
+*/
 TEST_F(PlayerTest, TheDspFollowsTheSoundOfTheiPodPluggedInAgain)
 {
     const auto path = [this](int which) { iPodSays(RMSG_IPOD_AUDIO_PATH, 1, which); };
@@ -121,26 +124,26 @@ TEST_F(PlayerTest, TheDspFollowsTheSoundOfTheiPodPluggedInAgain)
 
 TEST_F(PlayerTest, TheiPodComesAuthenticatesAndGoes)
 {
-    setItem(Platform::sysInfoiPodLink, 2);
+    setItem(sysInfoiPodLink, 2);
     iPodSays(RMSG_IPOD_DEVICE, 0, 1);
-    EXPECT_EQ(item(Platform::sysInfoiPodLink), 3);
+    EXPECT_EQ(item(sysInfoiPodLink), 3);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, RMSG_IPOD_CONTROL, 2 }));
-    setItem(Platform::sysInfoiPodDriver, 1);
+    setItem(sysInfoiPodDriver, 1);
     iPodSays(RMSG_IPOD_DEVICE, 0, 1);
     EXPECT_THAT(takeSent(), IsEmpty());
 
-    setItem(Platform::sysInfoiPodAuthentication, 1);
+    setItem(sysInfoiPodAuthentication, 1);
     iPodSays(RMSG_IPOD_DEVICE, 1, 1);
     EXPECT_TRUE(getDeviceState(pandoraOniPod));
     playing(mbBTAudio);
-    setItem(Platform::sysInfoiPodAuthentication, 2);
+    setItem(sysInfoiPodAuthentication, 2);
     iPodSays(RMSG_IPOD_DEVICE, 1, 1);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppiPod, RMSG_IPOD_CONTROL, 3 }));
 
     iPodSays(WM_MESSAGE_IPOD_DRIVER, 234567, 1);
     EXPECT_TRUE(getDeviceState(EngineApi::iPodConnected));
-    setItem(Platform::sysInfoiPodLink, 2);
-    setItem(Platform::sysInfoSppLink, 2);
+    setItem(sysInfoiPodLink, 2);
+    setItem(sysInfoSppLink, 2);
     iPodSays(RMSG_IPOD_DEVICE, 2, 0);
     EXPECT_FALSE(getDeviceState(EngineApi::iPodConnected));
     EXPECT_FALSE(getDeviceState(pandoraOniPod));
@@ -148,37 +151,6 @@ TEST_F(PlayerTest, TheiPodComesAuthenticatesAndGoes)
     iPodSays(WM_MESSAGE_IPOD_DRIVER, 1, 1);
     iPodSays(WM_MESSAGE_IPOD_DRIVER, 234567, 5);
     EXPECT_FALSE(getDeviceState(EngineApi::iPodConnected));
-}
-
-TEST_F(PlayerTest, PandoraAndUsbStandInForEachOther)
-{
-    playing(mbUSBAudio);
-    device(pandoraOniPod, true);
-    EXPECT_THAT(requests(), ElementsAre("mbiPodPandora run auto"));
-    playing(mbiPodPandora);
-    device(usbStorage, true);
-    EXPECT_THAT(requests(), ElementsAre("mbUSBAudio run auto"));
-    setSettingInt(9, 0, true, AppSetup);
-    run();
-    EXPECT_FALSE(getDeviceState(pandoraOniPod));
-}
-
-TEST_F(PlayerTest, TheHubIsResetHalfASecondAfterTheStorageHasGone)
-{
-    device(usbStorage, true);
-    device(usbStorage, false);
-    ASSERT_EQ(usb.getTimerInterval(USBApplication::hubResetTimer), 500);
-    device(usbStorage, true);
-    EXPECT_FALSE(usb.isTimerRunning(USBApplication::hubResetTimer));
-    device(usbStorage, false);
-    LinesDouble::takePinCalls();
-    fire(usb, USBApplication::hubResetTimer);
-    std::vector<std::pair<int, int>> writes;
-    for (const auto& call : LinesDouble::takePinCalls())
-        if (call.operation == LinesDouble::Operation::write)
-            writes.emplace_back(call.line, call.value);
-    EXPECT_THAT(writes,
-                ElementsAre(std::pair(32856, 0), std::pair(32771, 0), std::pair(32856, 1), std::pair(32771, 1)));
 }
 
 TEST_F(PlayerTest, TheTestEquipmentPlaysFromUsb)

@@ -38,13 +38,14 @@ TEST_F(SiriusTest, PlaysAndShowsFavourites)
     ASSERT_NE(commandLine->getExtraData(), nullptr);
     EXPECT_EQ(commandLine->getExtraData()->getInt("Favourite", 0), 4);
 
-    favoriteBar.shown = true;
-    favoriteBar.index = 6;
+    favouriteBar.shown = true;
+    favouriteBar.index = 6;
     fromProgram(AppSirius, RMSG_SXM_EVENT, 3, 12);
     fromProgram(AppSirius, RMSG_SXM_EVENT, 4);
-    EXPECT_EQ(favoriteBar.count, 12);
-    EXPECT_EQ(favoriteBar.refreshes, 1);
-    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_SELECT), 6, 0 }));
+    EXPECT_EQ(favouriteBar.count, 12);
+    EXPECT_EQ(favouriteBar.refreshes, 1);
+    EXPECT_THAT(favouriteBar.messages,
+                ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_SELECT), 6, 0 }));
 
     fromProgram(AppSirius, RMSG_SXM_EVENT, 5);
     expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_POWER_OFF_CONFIRM, mbSirius, 0);

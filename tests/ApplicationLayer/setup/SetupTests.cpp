@@ -1,6 +1,7 @@
 #include "ApplicationLayer/setup/SetupApplication.h"
 
 #include "ApplicationLayer/setup/SettingEffects.h"
+#include "ApplicationLayer/setup/SetupHandler.h"
 #include "ApplicationLayer/setup/SupplyVoltage.h"
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/HostLink.h"
@@ -9,9 +10,12 @@
 #include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/settings/DataManager.h"
 #include "lowlayer/HostcommDev.h"
+#include "platform/settings/SetupIndex.h"
+#include "platform/settings/SysInfoItems.h"
 #include "support/ApplicationFixture.h"
 #include "support/McuLink.h"
 
+using namespace Platform;
 using namespace ApplicationLayer;
 using namespace EngineApi;
 using namespace EngineLayer;
@@ -21,9 +25,6 @@ using testing::IsEmpty;
 
 namespace
 {
-
-constexpr int resetTimer = 1;
-constexpr int idleTimer = 2;
 
 class SetupTest : public ApplicationFixture
 {
@@ -79,12 +80,7 @@ protected:
         return commands();
     }
 
-    void onTop(bool shown)
-    {
-        order(mbSetup, shown ? SwitchType::ToRun : SwitchType::ToStop,
-              shown ? PageStates { 1, 0, 0, 0 } : PageStates {});
-    }
-    Platform::Bundle::Ptr show()
+    Bundle::Ptr show()
     {
         return order(mbSetup, SwitchType::ToRun, { 1, 0, 0, 0 }, CommandLine::genCmdPageShow(mbSetup, false));
     }
@@ -130,8 +126,8 @@ TEST(SupplyVoltageTest, AtTheLimitNothingChanges)
     for (const bool low : { false, true })
     {
         EXPECT_EQ(SupplyVoltage::isLow(low, 10.5), low);
-        EXPECT_TRUE(SupplyVoltage::isLow(low, SupplyVoltage::toVolts(106)));
-        EXPECT_FALSE(SupplyVoltage::isLow(low, SupplyVoltage::toVolts(107)));
+        EXPECT_TRUE(SupplyVoltage::isLow(low, 106 * voltsPerStep));
+        EXPECT_FALSE(SupplyVoltage::isLow(low, 107 * voltsPerStep));
     }
 }
 
@@ -139,30 +135,30 @@ TEST(SupplyVoltageTest, AtTheLimitNothingChanges)
 TEST_F(SetupTest, DimmerAgreesWithTheMicrocontroller)
 {
     EXPECT_THAT(dimmer(4), IsEmpty());
-    EXPECT_EQ(getSettingInt(286), 3);
+    EXPECT_EQ(getSettingInt(dimmerLevelSetting), 3);
     EXPECT_THAT(remote.calls, ElementsAre("dimmer 4"));
     EXPECT_THAT(dimmer(0), IsEmpty());
     EXPECT_THAT(report(18, { 7 }), IsEmpty());
-    EXPECT_EQ(getSettingInt(286), 3);
+    EXPECT_EQ(getSettingInt(dimmerLevelSetting), 3);
 
     EXPECT_THAT(voltage(125), ElementsAre("18 10 10"));
     EXPECT_THAT(voltage(125, 2), ElementsAre("18 8 8"));
     EXPECT_THAT(voltage(126, 2), IsEmpty());
     EXPECT_THAT(dimmer(4), ElementsAre("18 8 8"));
     EXPECT_THAT(dimmer(8), IsEmpty());
-    EXPECT_EQ(getSettingInt(286), 7);
+    EXPECT_EQ(getSettingInt(dimmerLevelSetting), 7);
 
     // A bright night is kept although choosing its mode dims to 5.
-    EXPECT_THAT(change(285, 1), ElementsAre("18 6 6"));
+    EXPECT_THAT(change(dimmerModeSetting, 1), ElementsAre("18 6 6"));
     EXPECT_THAT(dimmer(6), ElementsAre("18 8 8"));
-    EXPECT_THAT(change(286, 2), ElementsAre("18 3 3"));
-    EXPECT_EQ(getSettingInt(288), 2);
+    EXPECT_THAT(change(dimmerLevelSetting, 2), ElementsAre("18 3 3"));
+    EXPECT_EQ(getSettingInt(nightLevelSetting), 2);
     EXPECT_THAT(voltage(126, 0), IsEmpty()); // the lights count in the third mode only
-    EXPECT_THAT(change(285, 2), ElementsAre("18 10 10"));
-    EXPECT_THAT(change(286, 4), ElementsAre("18 5 5"));
-    EXPECT_EQ(getSettingInt(287), 4);
+    EXPECT_THAT(change(dimmerModeSetting, 2), ElementsAre("18 10 10"));
+    EXPECT_THAT(change(dimmerLevelSetting, 4), ElementsAre("18 5 5"));
+    EXPECT_EQ(getSettingInt(dayLevelSetting), 4);
     EXPECT_EQ(remote.calls.size(), 2u);
-    EXPECT_THAT(change(285, 0), ElementsAre("18 12 12"));
+    EXPECT_THAT(change(dimmerModeSetting, 0), ElementsAre("18 12 12"));
     EXPECT_THAT(dimmer(11), ElementsAre("18 12 12"));
     EXPECT_THAT(dimmer(12), IsEmpty());
 }
@@ -179,19 +175,19 @@ TEST_F(SetupTest, WatchesTheSupply)
     EXPECT_THAT(alerts(106), ElementsAre("alert on"));
     EXPECT_THAT(alerts(90), IsEmpty());
     EXPECT_THAT(alerts(107), ElementsAre("alert off"));
-    change(20, 0);
+    change(lowBatterySetting, 0);
     EXPECT_THAT(alerts(106), IsEmpty());
-    change(20, 1);
+    change(lowBatterySetting, 1);
     EXPECT_THAT(audio.calls, ElementsAre("alert on"));
     EXPECT_THAT(report(19, { 200 }), IsEmpty());
 
     constexpr int value = Kernel::MSG_VOLTMETER_VALUE;
-    EXPECT_THAT(favoriteBar.messages,
+    EXPECT_THAT(favouriteBar.messages,
                 ElementsAre(std::array { value, 107, 0 }, std::array { value, 106, 0 }, std::array { value, 90, 0 },
                             std::array { value, 107, 0 }, std::array { value, 106, 0 }));
     voltage(106);
-    EXPECT_EQ(favoriteBar.messages.size(), 5u);
-    EXPECT_EQ(Platform::VX_GetSysInfo(37), 106);
+    EXPECT_EQ(favouriteBar.messages.size(), 5u);
+    EXPECT_EQ(VX_GetSysInfo(sysInfoVoltage), 106);
 
     voltage(106, 1);
     EXPECT_TRUE(getDeviceState(triggerInput));
@@ -208,85 +204,66 @@ TEST_F(SetupTest, SettingsTakeEffect)
         int receiver = 0, message = 0;
     };
     for (const auto& each : std::initializer_list<Case> {
-             { 6, 2, { "source level" } },
-             { 21, 3, {}, Kernel::radioApplicationId, Kernel::MSG_RADIO_REGION },
-             { 276, 5, { "switch 0 1", "switch 1 1" } },
-             { 277, 2, { "high-pass 2" } },
-             { 278, 1, { "subwoofer" } },
-             { 279, 3, { "fader" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
-             { 280, 3, { "balance" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
-             { 281, 1, { "zone 2" } },
-             { 282, 1, { "zone 2 output mode" } },
-             { 283, 1, { "zone 2 volume mode" } },
-             { 284, 1, {}, Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT },
-             { 288, 1, {} },
-             { 1283, 1, { "preset" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
-             { 1284, 5, { "subwoofer level 5" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
-             { 1285, 9, { "band 0 9" } },
-             { 1291, 4, { "band 6 4" } },
-             { 1792, 4, { "preset" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
-             { 1793, 1, { "dme on" } },
+             { sourceLevelSetting, 2, { "source level" } },
+             { tunerRegionSetting, 3, {}, Kernel::radioApplicationId, Kernel::MSG_RADIO_REGION },
+             { filtersSetting, 5, { "switch 0 1", "switch 1 1" } },
+             { highPassSetting, 2, { "high-pass 2" } },
+             { subwooferSetting, 1, { "subwoofer" } },
+             { faderSetting, 3, { "fader" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
+             { balanceSetting, 3, { "balance" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
+             { zone2OnSetting, 1, { "zone 2" } },
+             { zone2OutputSetting, 1, { "zone 2 output mode" } },
+             { zone2VolumeSetting, 1, { "zone 2 volume mode" } },
+             { zone2NameSetting, 1, {}, Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT },
+             { nightLevelSetting, 1, {} },
+             { trebleSetting, 1, { "preset" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
+             { subwooferLevelSetting, 5, { "subwoofer level 5" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
+             { firstBandSetting, 9, { "band 0 9" } },
+             { lastBandSetting, 4, { "band 6 4" } },
+             { presetSetting, 4, { "preset" }, Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT },
+             { dmeSetting, 1, { "dme on" } },
          })
     {
         SCOPED_TRACE(each.index);
         EXPECT_THAT(change(each.index, each.value), IsEmpty());
         EXPECT_EQ(std::exchange(audio.calls, {}), each.sound);
         if (each.receiver != 0)
-            expectPosted(each.receiver, each.message, each.index == 21 ? each.value : 0, 0);
+            expectPosted(each.receiver, each.message, each.index == tunerRegionSetting ? each.value : 0, 0);
         expectNothingPosted();
-        const auto sent = Platform::IpcDouble::takePosted(AppSetup);
+        const auto sent = IpcDouble::takePosted(AppSetup);
         ASSERT_EQ(sent.size(), 1u);
         EXPECT_EQ(std::tuple(sent[0].what, sent[0].arg1, sent[0].arg2),
                   std::tuple(static_cast<juce::int32>(RMSG_SETTING_NOTIFY), 2, each.index));
         EXPECT_EQ(sent[0].bundle->getInt("value", -1), each.value);
     }
-    change(22, 1);
-    EXPECT_EQ(Platform::VX_GetSysInfo(36), 1);
-    EXPECT_THAT(favoriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLTMETER_SHOW), 1, 0 }));
+    change(voltmeterSetting, 1);
+    EXPECT_EQ(VX_GetSysInfo(sysInfoVoltageShown), 1);
+    EXPECT_THAT(favouriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLTMETER_SHOW), 1, 0 }));
 }
 
 TEST_F(SetupTest, WithoutItsProgramSomeSettingsAreLeftAlone)
 {
-    Platform::IpcDouble::setPresent(AppSetup, false);
+    IpcDouble::setPresent(AppSetup, false);
     run();
-    EXPECT_THAT(change(285, 1), IsEmpty());
-    EXPECT_THAT(change(286, 4), ElementsAre("18 5 5"));
+    EXPECT_THAT(change(dimmerModeSetting, 1), IsEmpty());
+    EXPECT_THAT(change(dimmerLevelSetting, 4), ElementsAre("18 5 5"));
 }
 
-/** One key opens and closes the page, the other opens it at its own view; from there the first leads back. */
-TEST_F(SetupTest, KeysOpenAndClose)
+TEST_F(SetupTest, NoSourceComesWhenThePageWasLeftBefore)
 {
-    const auto sends = [](int arg1) { return Sent { AppSetup, RMSG_SETTING_NOTIFY, arg1, 0 }; };
-    key(mbSetup, KEY_MMS1);
-    EXPECT_THAT(requests(), ElementsAre("mbSetup run"));
-    EXPECT_EQ(show(), nullptr);
-    key(mbSetup, KEY_SHOWVERSION);
-    EXPECT_FALSE(timersOf(mbSetup).isTimerRunning(idleTimer));
-    expectPosted(Kernel::keyManagerId, Kernel::MSG_KEY_RETURN_NEXT, 1, 0);
-    key(mbSetup, KEY_AMS1);
-    key(mbSetup, KEY_SHOWVERSION); // not from this view
-    key(mbSetup, KEY_MMS1);
-    EXPECT_THAT(takeSent(), ElementsAre(sends(8), sends(9), sends(11)));
-    EXPECT_THAT(requests(), IsEmpty());
-    key(mbSetup, KEY_MMS1);
-    EXPECT_THAT(requests(), ElementsAre("mbSetup stop auto"));
-
+    show();
     key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
-    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(idleTimer), 10000);
-    fire(timersOf(mbSetup), idleTimer);
-    EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
-    onTop(false);
-    key(mbSetup, KEY_INFOBAR_SWITCH_SPEAKER);
-    fire(timersOf(mbSetup), idleTimer);
+    order(mbSetup, SwitchType::ToStop, {});
+    fire(timersOf(mbSetup), SetupHandler::idleTimer);
     EXPECT_THAT(requests(), IsEmpty());
 }
 
 TEST_F(SetupTest, FactoryResetFromAnyPage)
 {
-    const juce::File folder(Platform::AppConfig::getSystemFilePath());
+    const juce::File folder(AppConfig::getSystemFilePath());
     const auto leftover = folder.getChildFile("VX_Volume.ini");
     leftover.create();
-    change(287, 3);
+    change(dayLevelSetting, 3);
     takePosted();
 
     key(mbSetup, KEY_PLAYPAUSE_LONGPRESS);
@@ -302,21 +279,21 @@ TEST_F(SetupTest, FactoryResetFromAnyPage)
     EXPECT_TRUE(show()->getBool("showReset", false));
     EXPECT_EQ(show(), nullptr); // once
 
-    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(resetTimer), 5000);
-    fire(timersOf(mbSetup), resetTimer);
+    EXPECT_EQ(timersOf(mbSetup).getTimerInterval(SetupHandler::resetTimer), 5000);
+    fire(timersOf(mbSetup), SetupHandler::resetTimer);
     EXPECT_THAT(commands(), ElementsAre("21 1"));
     EXPECT_TRUE(folder.isDirectory());
     EXPECT_EQ(folder.getNumberOfChildFiles(juce::File::findFilesAndDirectories), 0);
-    EXPECT_EQ(getSettingInt(287), 9);
+    EXPECT_EQ(getSettingInt(dayLevelSetting), 9);
 
     // Asked again, with the page in front and the sound off; without factory values nothing is deleted.
     leftover.create();
-    juce::File(Platform::AppConfig::getResourcePath()).getChildFile("factory-settings.toml").deleteFile();
+    juce::File(AppConfig::getResourcePath()).getChildFile("factory-settings.toml").deleteFile();
     key(mbSetup, KEY_PLAYPAUSE_LONGPRESS);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppSetup, RMSG_SETTING_NOTIFY, 10 }));
     EXPECT_THAT(requests(), IsEmpty());
     EXPECT_EQ(audio.calls.size(), 1u);
-    fire(timersOf(mbSetup), resetTimer);
+    fire(timersOf(mbSetup), SetupHandler::resetTimer);
     EXPECT_THAT(commands(), ElementsAre("18 12 12", "21 1"));
     EXPECT_TRUE(leftover.existsAsFile());
 }

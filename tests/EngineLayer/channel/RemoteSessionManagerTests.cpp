@@ -3,6 +3,7 @@
 #include "EngineLayer/system/SystemInfo.h"
 #include "lowlayer/RemotecommDev.h"
 #include "platform/settings/SysInfo.h"
+#include "platform/settings/SysInfoItems.h"
 #include "support/ErrorLog.h"
 #include "support/FakePageHandler.h"
 #include "support/ProgramsFixture.h"
@@ -219,8 +220,10 @@ TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)
         juce::int32 arg1;
         juce::int32 arg2;
     };
-    for (const auto& each : { ToComponent { 1133, 1, 0x2000025, 11, 12 }, ToComponent { 1766, 2, 0x2000022, 0, 0 },
-                              ToComponent { 1767, 2, 0x2000023, 0, 0 }, ToComponent { 33769, 21, 0x2000021, 11, 12 } })
+    for (const auto& each : { ToComponent { RMSG_MENU_COMMAND_WINDOW, 1, Kernel::MSG_MENU_COMMAND, 11, 12 },
+                              ToComponent { RMSG_EQ_PAGE_SHOW, 2, Kernel::MSG_EQ_WINDOW_SHOW, 0, 0 },
+                              ToComponent { RMSG_EQ_PAGE_HIDE, 2, Kernel::MSG_EQ_WINDOW_HIDE, 0, 0 },
+                              ToComponent { RMSG_DEVICE_WINDOW, 21, Kernel::MSG_DEVICE_WINDOW_EVENT, 11, 12 } })
     {
         SCOPED_TRACE(each.windowMessage);
         IpcDouble::injectWindowMessage(each.windowMessage, 11, 12);
@@ -229,14 +232,15 @@ TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)
     }
     constexpr int many = 256;
     for (int number = 0; number < many; ++number)
-        IpcDouble::injectWindowMessage(1133, 12, number);
+        IpcDouble::injectWindowMessage(RMSG_MENU_COMMAND_WINDOW, 12, number);
     EXPECT_TRUE(LowLayer::RemotecommDev::getInstance()->isBusy()) << "the next ones wait outside";
     takePosted();
     EXPECT_FALSE(LowLayer::RemotecommDev::getInstance()->isBusy());
 
     Filter filter;
     for (const auto& [windowMessage, appType] :
-         { std::pair(1126, AppSetup), std::pair(2026, AppNavi), std::pair(48654, AppiPod) })
+         { std::pair(RMSG_SETUP_WINDOW_EVENT, AppSetup), std::pair(RMSG_NAVI_EVENT, AppNavi),
+           std::pair(WM_MESSAGE_IPOD_DRIVER, AppiPod) })
     {
         SCOPED_TRACE(windowMessage);
         addRemoteMsgFilter(windowMessage, &filter);
@@ -247,7 +251,7 @@ TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)
 
     connect(AppMainMenu);
     takePosted();
-    for (const int windowMessage : { 1137, 1140, 1, 0 })
+    for (const int windowMessage : { int { RMSG_IGNORED }, int { RMSG_MAINMENU_RELAY }, 1, 0 })
         IpcDouble::injectWindowMessage(windowMessage, 11, 12);
     EXPECT_THAT(takeSent(), ElementsAre(Sent { AppMainMenu, RMSG_MAINMENU_NOTIFY, 4, 11 }));
     expectNothingPosted();
@@ -275,9 +279,9 @@ TEST_F(RemoteSessionTest, AnnouncesEachWriteOfSystemInformationAfterItIsStored)
 {
     using Platform::doubles::WindowDouble;
     auto& info = *EngineLayer::SystemInfo::getInstance();
-    info.set(22, 3);
-    info.set(22, 3);
-    EXPECT_EQ(info.get(22), 3);
+    info.set(Platform::sysInfoiPodLink, 3);
+    info.set(Platform::sysInfoiPodLink, 3);
+    EXPECT_EQ(info.get(Platform::sysInfoiPodLink), 3);
     const auto broadcasts = IpcDouble::takeNamedBroadcasts();
     ASSERT_EQ(broadcasts.size(), 2u) << "without a check for a change";
     EXPECT_EQ(broadcasts[0].action, "com.corvane.SystemInfo");

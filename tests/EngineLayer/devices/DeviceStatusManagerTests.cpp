@@ -1,12 +1,10 @@
 #include "EngineLayer/devices/DeviceStatusManager.h"
 
-#include "EngineApi/AutoTestSession.h"
 #include "EngineApi/Bars.h"
 #include "EngineApi/HostLink.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Provided.h"
 #include "EngineApi/SystemState.h"
-#include "EngineApi/WiredRemote.h"
 #include "EngineLayer/devices/VideoDecoder.h"
 #include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/settings/DataManager.h"
@@ -15,7 +13,7 @@
 #include "doubles/SystemDouble.h"
 #include "kernel/MessageIds.h"
 #include "lowlayer/HostcommDev.h"
-#include "support/FakeAudio.h"
+#include "platform/devices/UnitLines.h"
 #include "support/FakeDevices.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
@@ -55,7 +53,7 @@ public:
     Calls calls;
 };
 
-class DeviceStatusTest : public KernelFixture
+class DeviceStatusTest : public KernelFixture, protected ProvidedFakes
 {
 protected:
     DeviceStatusTest()
@@ -70,21 +68,13 @@ protected:
             folder.getFullPathName() + "/";
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
         add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
-        Provided<WiredRemote>::set(&remote);
-        Provided<VolumeBar>::set(&volumeBar);
         Provided<LowBatteryBar>::set(&lowBatteryBar);
-        Provided<Dsp::ChipManager>::set(&audio);
-        Provided<AutoTestSession>::set(&autoTest);
         add(&manager, Kernel::deviceStatusManagerId);
     }
 
     ~DeviceStatusTest() override
     {
-        Provided<WiredRemote>::set(nullptr);
-        Provided<VolumeBar>::set(nullptr);
         Provided<LowBatteryBar>::set(nullptr);
-        Provided<Dsp::ChipManager>::set(nullptr);
-        Provided<AutoTestSession>::set(nullptr);
         for (const auto& page : pages)
             unregisterHandler(page.get());
         DataManager::getInstance()->onRelease();
@@ -140,11 +130,7 @@ protected:
     }
 
     McuLink mcu;
-    FakeRemote remote;
-    FakeVolumeBar volumeBar;
     FakeBar<LowBatteryBar> lowBatteryBar;
-    FakeAudio audio;
-    FakeAutoTest autoTest;
     const Platform::Configuration previous = Platform::Configuration::get();
     const juce::File folder = juce::File::createTempFile("unit");
     std::vector<juce::ReferenceCountedObjectPtr<FakePage>> pages;
@@ -175,7 +161,7 @@ TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
     ASSERT_EQ(writes.size(), 46u);
     EXPECT_EQ(writes.front(), (LinesDouble::RegisterWrite { 0x88, 0x02, 0x44 }));
     EXPECT_EQ(writes.back(), (LinesDouble::RegisterWrite { 0x88, 0x2F, 0xE0 }));
-    EXPECT_EQ(LinesDouble::getPin(32772), 1);
+    EXPECT_EQ(LinesDouble::getPin(Platform::videoDecoderLine), 1);
     decoder.initialise();
     EXPECT_TRUE(LinesDouble::takeRegisterWrites().empty());
 
@@ -200,9 +186,9 @@ TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHea
 {
     toManager(Kernel::MSG_SYS_START);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
-    fireTimer(1);
+    fireTimer(DeviceStatusManager::lastMemoryTimer);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
-    EXPECT_TRUE(manager.isTimerRunning(1));
+    EXPECT_TRUE(manager.isTimerRunning(DeviceStatusManager::lastMemoryTimer));
     takePosted();
 
     hostEvent(EVENT_GET_LAST_MEMORY);
@@ -213,15 +199,15 @@ TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHea
     ASSERT_EQ(broadcasts.size(), 1u);
     EXPECT_EQ(broadcasts[0].bundle->getInt("index", 0), 36);
     EXPECT_EQ(broadcasts[0].bundle->getInt("value", 0), 5) << "the setting from the store that the start has loaded";
-    fireTimer(1);
+    fireTimer(DeviceStatusManager::lastMemoryTimer);
     EXPECT_EQ(commands(), std::vector<Command> {});
-    EXPECT_FALSE(manager.isTimerRunning(1));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::lastMemoryTimer));
 
-    EXPECT_EQ(manager.getTimerInterval(5), 3000);
-    fireTimer(5);
+    EXPECT_EQ(manager.getTimerInterval(DeviceStatusManager::heartbeatTimer), 3000);
+    fireTimer(DeviceStatusManager::heartbeatTimer);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
     toManager(Kernel::MSG_HEARTBEAT_STOP);
-    EXPECT_FALSE(manager.isTimerRunning(5));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::heartbeatTimer));
 }
 
 TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
@@ -285,9 +271,9 @@ TEST_F(DeviceStatusTest, AfterTheAntitheftPageItsPageIsStopped)
 {
     auto& antitheft = addPage(Pubhead::mbAntitheft, NUM_OF_SOURCES);
     auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
-    manager.startTimer(3, 2000);
-    fireTimer(3);
-    EXPECT_FALSE(manager.isTimerRunning(3));
+    manager.startTimer(DeviceStatusManager::antitheftLeftTimer, 2000);
+    fireTimer(DeviceStatusManager::antitheftLeftTimer);
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::antitheftLeftTimer));
     EXPECT_EQ(off.calls, Calls { "show auto" });
     EXPECT_EQ(antitheft.calls, Calls { "stop auto" });
 }
@@ -341,11 +327,11 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     addDeviceStateListener(&listener);
     toManager(Kernel::MSG_SYS_START);
     commands();
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_EQ(commands(), std::vector<Command> {});
     folder.getChildFile("Hard Disk3").createDirectory();
-    fireTimer(2);
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
     folder.getChildFile("Hard Disk3").deleteRecursively();
     hostEvent(EVENT_DEVICE_STATUS);
@@ -354,17 +340,17 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     for (const bool signal : { true, false })
     {
         LinesDouble::setRegister(0x88, 0x01, signal ? 0x48 : 0);
-        fireTimer(4);
+        fireTimer(DeviceStatusManager::cameraVideoTimer);
         EXPECT_EQ(getDeviceState(cameraVideo), signal);
     }
     EXPECT_EQ(listener.kinds, (std::vector { 0, 0, 16, 16 }));
 
     Platform::Configuration::get().sdAsUsb = true;
     folder.getChildFile("Hard Disk").createDirectory();
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_FALSE(getDeviceState(usbStorage)) << "the card stands for the first mount point";
     folder.getChildFile("SD").createDirectory();
-    fireTimer(2);
+    fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_TRUE(getDeviceState(usbStorage));
 }
 
@@ -372,24 +358,16 @@ TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
 {
     hostEvent(EVENT_POWER_OFF_READY);
     EXPECT_EQ(remote.calls, (Calls { "dimmer 0", "restore after 0", "clear and forget" }));
-    EXPECT_EQ(manager.getTimerInterval(7), 6000);
+    EXPECT_EQ(manager.getTimerInterval(DeviceStatusManager::powerOffTimer), 6000);
     takePosted();
-    fireTimer(7);
+    fireTimer(DeviceStatusManager::powerOffTimer);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
-    EXPECT_FALSE(manager.isTimerRunning(7));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
     hostEvent(EVENT_POWER_OFF_READY);
     takePosted();
     toManager(Kernel::MSG_POWER_OFF_CONFIRM, Pubhead::mbSirius);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
-    EXPECT_FALSE(manager.isTimerRunning(7));
-}
-
-TEST_F(DeviceStatusTest, StandbyIsEnteredAndLeftAnyTime)
-{
-    auto& standby = addPage(Pubhead::mbStandby, NUM_OF_SOURCES);
-    for (const int value : { 0, 1, 0, 2, -1, 1 })
-        toManager(Kernel::MSG_STANDBY, value);
-    EXPECT_EQ(standby.calls, (Calls { "show auto", "stop auto", "show auto", "stop auto" }));
+    EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
 }
 
 TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)

@@ -34,7 +34,7 @@ protected:
         run();
     }
     void mcuAcknowledges(int sequence) { mcuSends(McuLink::acknowledgementOf(sequence)); }
-    void toSession(Session::PrivateMessage id, int sequence) { send(Kernel::hostSessionManagerId, id, sequence); }
+    void toSession(EngineLayer::SessionMessage id, int sequence) { send(Kernel::hostSessionManagerId, id, sequence); }
     void synchronise()
     {
         mcuSends({ 200, EVENT_GET_LAST_MEMORY, {} });
@@ -57,8 +57,8 @@ const Frame lastMemory { 1, EVENT_GET_LAST_MEMORY, {} };
 TEST_F(HostSessionTest, FramesGoOutOneAtATimeAndInOrder)
 {
     sendCommand(EVENT_GET_LAST_MEMORY);
-    sendCommand(EVENT_SRC_SWITCH, 10, 3);
-    sendCommand(EVENT_KEY, 1, 2, 3);
+    sendCommand(EVENT_SRC_SWITCH, { 10, 3 });
+    sendCommand(EVENT_KEY, { 1, 2, 3 });
     EXPECT_EQ(written(), Frames { lastMemory });
     mcuAcknowledges(9);
     EXPECT_EQ(written(), Frames {}) << "somebody else's acknowledgement";
@@ -78,7 +78,7 @@ TEST_F(HostSessionTest, UrgentFramesOvertakeAllButTheFrameInFlight)
     const std::uint8_t byte = 1;
     sendCommand(EVENT_GET_LAST_MEMORY);
     run();
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     sendDataUrgent(EVENT_PGN_SEND_CAN, &byte, 1);
     sendDataUrgent(EVENT_DATA_SEND_CAN, &byte, 1);
     std::vector<int> order;
@@ -98,7 +98,7 @@ TEST_F(HostSessionTest, TheSequenceCounterWraps)
 {
     for (int count = 1; count <= 257; ++count)
     {
-        sendCommand(EVENT_HEAT_BEAT, 0);
+        sendCommand(EVENT_HEAT_BEAT, { 0 });
         ASSERT_EQ(written(), (Frames { { count % 256, EVENT_HEAT_BEAT, { 0 } } }));
         mcuAcknowledges(count % 256);
     }
@@ -108,13 +108,13 @@ TEST_F(HostSessionTest, ASilentMcuGetsTheFrameAgainAndThenTheNextOne)
 {
     const LogCapture log;
     sendCommand(EVENT_GET_LAST_MEMORY);
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     EXPECT_EQ(written(), Frames { lastMemory });
-    toSession(Session::msgResend, 1);
-    toSession(Session::msgResend, 1);
+    toSession(EngineLayer::msgResend, 1);
+    toSession(EngineLayer::msgResend, 1);
     EXPECT_EQ(written(), (Frames { lastMemory, lastMemory }));
     EXPECT_EQ(log.count("MCU ReSend ID! EVENT_GET_LAST_MEMORY"), 2);
-    toSession(Session::msgSendFailed, 1);
+    toSession(EngineLayer::msgSendFailed, 1);
     EXPECT_EQ(log.count("MCU Send Error ID! EVENT_GET_LAST_MEMORY"), 1);
     EXPECT_EQ(written(), (Frames { { 2, EVENT_HEAT_BEAT, { 0 } } }));
 }
@@ -124,14 +124,14 @@ TEST_F(HostSessionTest, ASilentMcuGetsTheFrameAgainAndThenTheNextOne)
 TEST_F(HostSessionTest, ATimeOutThatComesTooLateDoesNotHitTheNextFrame)
 {
     sendCommand(EVENT_GET_LAST_MEMORY);
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     run();
     mcuAcknowledges(1);
     mcu.takeWritten();
-    toSession(Session::msgResend, 1);
-    toSession(Session::msgSendFailed, 1);
+    toSession(EngineLayer::msgResend, 1);
+    toSession(EngineLayer::msgSendFailed, 1);
     EXPECT_EQ(written(), Frames {});
-    sendCommand(EVENT_MUTE_STATE, 1);
+    sendCommand(EVENT_MUTE_STATE, { 1 });
     EXPECT_EQ(written(), Frames {}) << "the heartbeat is still in flight";
     mcuAcknowledges(2);
     EXPECT_EQ(written(), (Frames { { 3, EVENT_MUTE_STATE, { 1 } } }));
@@ -160,8 +160,8 @@ TEST_F(HostSessionTest, ABusyNetworkHoldsNoNormalFrameUp)
             sendDataUrgent(EVENT_PGN_SEND_CAN, &++answer, 1);
     };
     answerTwice();
-    sendCommand(EVENT_HEAT_BEAT, 0);
-    sendCommand(EVENT_MUTE_STATE, 1);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
+    sendCommand(EVENT_MUTE_STATE, { 1 });
     std::vector<int> order;
     for (int sequence = 1; sequence <= 11; ++sequence)
     {
@@ -180,9 +180,9 @@ TEST_F(HostSessionTest, ADeadLinkDoesNotFillTheMemoryAndLosesNoHeartbeat)
     const LogCapture log;
     const auto& session = *Session::getInstance();
     for (int i = 0; i < SendQueue::maxNormal + 10; ++i)
-        sendCommand(EVENT_MUTE_STATE, 0);
+        sendCommand(EVENT_MUTE_STATE, { 0 });
     EXPECT_EQ(session.getRefusedSends(), 10);
-    sendCommand(EVENT_HEAT_BEAT, 0);
+    sendCommand(EVENT_HEAT_BEAT, { 0 });
     EXPECT_EQ(session.getRefusedSends(), 11) << "the last that is no heartbeat goes in its place";
     for (std::uint8_t i = 1; i <= SendQueue::maxUrgent + 5; ++i)
         sendDataUrgent(EVENT_PGN_SEND_CAN, &i, 1);
@@ -282,7 +282,7 @@ protected:
         return told;
     }
 
-    HostSessionManager::MonitorSendThread::Ptr monitor = new HostSessionManager::MonitorSendThread();
+    MonitorSendThread::Ptr monitor = new MonitorSendThread();
 };
 
 } // namespace
@@ -295,7 +295,7 @@ TEST_F(MonitorTest, AsksForTwoResendsAndThenGivesUp)
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     EXPECT_EQ(toldSession(),
               (std::vector<std::pair<int, int>> {
-                  { Session::msgResend, 7 }, { Session::msgResend, 7 }, { Session::msgSendFailed, 7 } }));
+                  { EngineLayer::msgResend, 7 }, { EngineLayer::msgResend, 7 }, { EngineLayer::msgSendFailed, 7 } }));
     EXPECT_GE(seconds.count(), 1.35) << "four, eight and sixteen slices of 50 ms";
 }
 
@@ -305,11 +305,11 @@ TEST_F(MonitorTest, AWatchThatWasEndedBeforeItBeganDoesNothing)
     monitor->watch(1);
     monitor->stopWatching();
     runWatch(1);
-    EXPECT_EQ(toldSession(), (Told { { Session::msgSendNext, 0 } }));
+    EXPECT_EQ(toldSession(), (Told { { EngineLayer::msgSendNext, 0 } }));
     monitor->watch(2);
     monitor->watch(3);
     runWatch(2);
-    EXPECT_EQ(toldSession(), (Told { { Session::msgSendNext, 0 } })) << "the run for 2 must not watch over 3";
+    EXPECT_EQ(toldSession(), (Told { { EngineLayer::msgSendNext, 0 } })) << "the run for 2 must not watch over 3";
 }
 
 // Session and monitor on their own threads, an MCU that acknowledges at once, and one that then falls silent.
@@ -318,7 +318,7 @@ TEST_F(HostSessionTest, WithItsMonitorEveryFrameGoesOutInOrder)
     constexpr int count = 50;
     engine().findGroup("MonitorSendThread")->start();
     for (int i = 0; i < count; ++i)
-        sendCommand(EVENT_HEAT_BEAT, i);
+        sendCommand(EVENT_HEAT_BEAT, { i });
     Frames seen;
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     const auto stepUntil = [&](auto done)
@@ -337,7 +337,7 @@ TEST_F(HostSessionTest, WithItsMonitorEveryFrameGoesOutInOrder)
     for (int i = 0; i < count; ++i)
         EXPECT_EQ(seen[static_cast<std::size_t>(i)],
                   (Frame { i + 1, EVENT_HEAT_BEAT, { static_cast<std::uint8_t>(i) } }));
-    sendCommand(EVENT_MUTE_STATE, 1);
+    sendCommand(EVENT_MUTE_STATE, { 1 });
     stepUntil([&] { return seen.size() == count + 1; });
     EXPECT_EQ(seen.back(), (Frame { count + 1, EVENT_MUTE_STATE, { 1 } })) << "the unanswered frame was given up";
 }

@@ -1,11 +1,14 @@
 #include "EngineLayer/keys/KeyManager.h"
 
-#include "EngineApi/RemoteMessageIds.h"
 #include "EngineApi/Settings.h"
 #include "EngineLayer/settings/DataManager.h"
+#include "platform/channel/RemoteMessageIds.h"
+#include "platform/devices/UnitLines.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/KeyFixture.h"
 #include "support/LogCapture.h"
 
+using namespace Platform;
 using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
@@ -46,12 +49,12 @@ TEST_F(KeyManagerTest, EveryKeyIsNoticedAndCanBeTakenAsReturn)
 
 TEST_F(KeyManagerTest, PowerKeysSwitchSoundRemoteLinesAndTheSetting)
 {
-    const auto level = [] { return std::pair(LinesDouble::getPin(32856), LinesDouble::getPin(32771)); };
+    const auto level = [] { return std::pair(LinesDouble::getPin(output1Line), LinesDouble::getPin(output2Line)); };
     press(KEY_POWER_OFF);
     EXPECT_THAT(audio.calls, ElementsAre("mute on"));
     EXPECT_THAT(remote.calls, ElementsAre("dimmer 0"));
     EXPECT_EQ(level(), std::pair(0, 0));
-    EXPECT_EQ(getSettingInt(7), 0);
+    EXPECT_EQ(getSettingInt(bluetoothSetting), 0);
 
     // While it is off the remote's keys ask the microcontroller for power.
     mcuHears();
@@ -59,12 +62,12 @@ TEST_F(KeyManagerTest, PowerKeysSwitchSoundRemoteLinesAndTheSetting)
         send(Kernel::keyManagerId, Kernel::MSG_WIRED_REMOTE_KEY, originWiredRemote, key);
     EXPECT_THAT(mcuHears(), ElementsAre("5 00 07 00", "5 00 07 00"));
 
-    EngineApi::setSettingInt(286, 5, false, AppUnknown);
+    EngineApi::setSettingInt(dimmerLevelSetting, 5, false, AppUnknown);
     press(KEY_POWER_ON);
     EXPECT_THAT(audio.calls, ElementsAre("mute on", "mute off"));
     EXPECT_THAT(remote.calls, ElementsAre("dimmer 0", "dimmer 6"));
     EXPECT_EQ(level(), std::pair(1, 1));
-    EXPECT_EQ(getSettingInt(7), 1);
+    EXPECT_EQ(getSettingInt(bluetoothSetting), 1);
     mcuHears();
     SystemDouble::advanceTicks(1000);
     send(Kernel::keyManagerId, Kernel::MSG_WIRED_REMOTE_KEY, originWiredRemote, KEY_REMOTE_POWER_OFF);
@@ -96,14 +99,14 @@ TEST_F(KeyManagerTest, FavouritesGoToTheProgramThatPlays)
         complete(page);
         connect(appType);
         takeSent();
-        favoriteBar.shown = true;
-        favoriteBar.messages.clear();
+        favouriteBar.shown = true;
+        favouriteBar.messages.clear();
         press(KEY_ROTARY_NEXT); // 2, then 3
         press(KEY_ROTARY_NEXT);
         press(KEY_ROTARY_PRE);
         press(KEY_AMS1);
-        EXPECT_THAT(takeSent(), ElementsAre(Sent { appType, message, 0, favoriteBar.messages.back()[1] }));
-        favoriteBar.shown = false;
+        EXPECT_THAT(takeSent(), ElementsAre(Sent { appType, message, 0, favouriteBar.messages.back()[1] }));
+        favouriteBar.shown = false;
         press(KEY_FAVORITIES); // back to the bar's own
         takeSent();
     }
@@ -144,7 +147,7 @@ TEST_F(KeyManagerTest, AFloodOfKeysKeepsTheLastOnes)
     answerAll();
     run();
     const auto sent = takeSent();
-    EXPECT_EQ(sent.size(), KeyQueue::capacity);
+    EXPECT_EQ(sent.size(), 16u);
     EXPECT_EQ(sent.back(), (Sent { AppRadio, RMSG_KEY, KEY_NEXT_LONGPRESS }));
     EXPECT_EQ(log.count("keys come faster than they are acted on; the oldest are dropped"), 1);
 }
@@ -169,7 +172,7 @@ TEST_F(KeyManagerTest, TheDeviceIdIsStoredSentAndReadBack)
     command.insert(command.end(), text.begin(), text.end());
     mcuHears();
     autoTest(command);
-    EXPECT_EQ(getSettingString(1042), "ABC123456");
+    EXPECT_EQ(getSettingString(deviceIdSetting), "ABC123456");
     EXPECT_THAT(mcuHears(), ElementsAre("26 12 34 56"));
     EXPECT_THAT(answers(), ElementsAre("00 04 09 41 42 43 31 32 33 34 35 36"));
     ASSERT_EQ(keys.getTimerInterval(), 300);
@@ -185,18 +188,18 @@ TEST_F(KeyManagerTest, TheDeviceIdIsStoredSentAndReadBack)
     // Longer than the frame, without a length: nothing is stored, nothing answered.
     for (const Bytes& bad : { Bytes { 0, 4, 255, '1', '2', '3', '4', '5', '6' }, Bytes { 0, 4 } })
         autoTest(bad);
-    EXPECT_EQ(getSettingString(1042), "ABC123456");
+    EXPECT_EQ(getSettingString(deviceIdSetting), "ABC123456");
     EXPECT_THAT(answers(), IsEmpty());
 
     // No six digits at the end: stored and answered all the same, and the microcontroller keeps its id.
     autoTest({ 0, 4, 6, '1', '2', '3', '4', '5', 'x' });
-    EXPECT_EQ(getSettingString(1042), "12345x");
+    EXPECT_EQ(getSettingString(deviceIdSetting), "12345x");
     EXPECT_THAT(answers(), ElementsAre("00 04 06 31 32 33 34 35 78"));
     autoTest({ 0, 4, 3, 0xC3, 0xFF, '1' });
-    EXPECT_EQ(getSettingString(1042), juce::String(juce::CharPointer_UTF8("\xef\xbf\xbd\xef\xbf\xbd"
-                                                                          "1")));
+    EXPECT_EQ(getSettingString(deviceIdSetting), juce::String(juce::CharPointer_UTF8("\xef\xbf\xbd\xef\xbf\xbd"
+                                                                                     "1")));
     autoTest({ 0, 4, 0 });
-    EXPECT_EQ(getSettingString(1042), "");
+    EXPECT_EQ(getSettingString(deviceIdSetting), "");
     EXPECT_THAT(answers(), ElementsAre("00 04 03 C3 FF 31", "00 04 00"));
     EXPECT_FALSE(keys.isTimerRunning());
     EXPECT_THAT(mcuHears(), IsEmpty());
@@ -252,7 +255,7 @@ TEST_F(KeyManagerTest, TheTestEquipmentPressesKeysAndSetsTheVolume)
     audio.calls.clear();
     for (const auto& each : cases)
     {
-        SCOPED_TRACE(Platform::hexPairs(each.command.data(), static_cast<int>(each.command.size())).toStdString());
+        SCOPED_TRACE(hexPairs(each.command.data(), static_cast<int>(each.command.size())).toStdString());
         SystemDouble::advanceTicks(1000);
         autoTest(each.command);
         EXPECT_EQ(answers(), each.answers);
@@ -278,7 +281,7 @@ TEST_F(KeyManagerTest, TheTestEquipmentSelectsSourcesAndReadsTexts)
 
     const auto text = [this](const juce::String& value)
     {
-        setSettingString(1031, value, false, AppUnknown);
+        setSettingString(osVersionSetting, value, false, AppUnknown);
         autoTest({ 7, 0 });
         const auto bytes = std::exchange(session.messages, {}).at(0);
         return std::string(static_cast<const char*>(bytes.getData()) + 2, bytes.getSize() - 2);
@@ -304,7 +307,7 @@ TEST_F(KeyManagerTest, CommandsForSourcesGoToTheirApplications)
         if (each.id == Kernel::MSG_AUTOTEST_COMMAND)
         {
             const auto* bytes = Kernel::payloadAs<LowLayer::BytePool>(each.payload);
-            passed.emplace_back(each.receiver, Platform::hexPairs(bytes->dataPointer(), bytes->length()).toStdString());
+            passed.emplace_back(each.receiver, hexPairs(bytes->dataPointer(), bytes->length()).toStdString());
         }
     EXPECT_THAT(passed, ElementsAre(std::pair(5, "01 42"), std::pair(7, "04 42"), std::pair(3, "05 42")));
 }

@@ -69,8 +69,8 @@ void satellite(KeySituation& unit)
 }
 void bars(KeySituation& unit)
 {
-    unit.favoritesShown = true;
-    unit.favorite = 3;
+    unit.favouritesShown = true;
+    unit.favourite = 3;
 }
 
 ProgramKey toRadio(int key, int argument = 0)
@@ -99,19 +99,19 @@ TEST(KeyTable, KeysThatMoveBetweenPages)
 {
     constexpr Change off = [](auto& unit) { unit.poweredOn = false; };
     check({
-        { KEY_SOURCE, { hideFavorites, PageKey { mbMainMenu, 6, 2 } }, bars, 2 },
+        { KEY_SOURCE, { hideFavourites, PageKey { mbMainMenu, 6, 2 } }, bars, 2 },
         { KEY_SOURCE, { PowerRequest { true } }, off, originWiredRemote },
         { KEY_SOURCE, { PageKey { mbMainMenu, 6 } }, off },
         { KEY_REMOTE_POWER_OFF, { PowerRequest { false } } },
-        { KEY_MMS1, { hideFavorites, PageKey { mbSetup, 35 } }, bars },
+        { KEY_MMS1, { hideFavourites, PageKey { mbSetup, 35 } }, bars },
         { KEY_MENU, { PageKey { mbMainMenu, 42 } }, menu },
         { KEY_MENU, { toRadio(255) }, [](auto& unit) { front(unit, mbSetup, AppSetup); } },
-        { KEY_MENU, { hideFavorites, toRadio(42) }, [](auto& unit) { bars(unit), camera(unit); } },
+        { KEY_MENU, { hideFavourites, toRadio(42) }, [](auto& unit) { bars(unit), camera(unit); } },
         { KEY_MENU, { toRadio(42), ShowPage { mbWB } }, [](auto& unit) { camera(unit), unit.normalPage = mbWB; } },
         { KEY_MENU, { toRadio(42) }, [](auto& unit) { camera(unit), unit.normalPage = mbAM; } },
-        { KEY_SHOWCAMERA, { hideFavorites, PageKey { mbCamera, 61 } }, bars },
+        { KEY_SHOWCAMERA, { hideFavourites, PageKey { mbCamera, 61 } }, bars },
         { KEY_RETURN, { PageKey { mbMainMenu, 66 } }, menu },
-        { KEY_RETURN, { hideFavorites }, [](auto& unit) { bars(unit), menu(unit); } },
+        { KEY_RETURN, { hideFavourites }, [](auto& unit) { bars(unit), menu(unit); } },
         { KEY_RETURN, { lowBatteryAlertOff }, [](auto& unit) { bars(unit), unit.lowBatteryAlert = true; } },
         { KEY_SHOWVERSION, { PageKey { mbSetup, 67 } } },
         { KEY_SHOWVERSION, { ProgramKey { AppSirius, 67 } }, satellite },
@@ -140,30 +140,30 @@ TEST(KeyTable, TheVolumeBarIsClosedButForTheKeysThatAreAboutIt)
 
 TEST(KeyTable, FavouritesBar)
 {
-    constexpr Change stored = [](auto& unit) { bars(unit), unit.favoriteStored = true, unit.favoritePage = mbFM; };
+    constexpr Change stored = [](auto& unit) { bars(unit), unit.favouriteStored = true, unit.favouritePage = mbFM; };
     check({
         { KEY_FAVORITIES,
-          { SelectFavorite { 5, true } },
-          [](auto& unit) { satellite(unit), camera(unit), unit.favoritesBarIndex = 5; } },
+          { SelectFavourite { 5, true } },
+          [](auto& unit) { satellite(unit), camera(unit), unit.favouritesBarIndex = 5; } },
         { KEY_FAVORITIES,
-          { FavoriteMessage { AppSirius, FavoriteMessage::open, 5 } },
-          [](auto& unit) { satellite(unit), unit.favoritesBarIndex = 5; } },
-        { KEY_FAVORITIES, { hideFavorites }, bars },
-        { KEY_ROTARY_PRE, { SelectFavorite { 2 } }, bars },
-        { KEY_ROTARY_NEXT, { SelectFavorite { 1 } }, [](auto& unit) { bars(unit), unit.favorite = 16; } },
-        { KEY_ROTARY_PRE, { SelectFavorite { 16 } }, [](auto& unit) { bars(unit), unit.favorite = 1; } },
+          { FavouriteMessage { AppSirius, FavouriteMessage::open, 5 } },
+          [](auto& unit) { satellite(unit), unit.favouritesBarIndex = 5; } },
+        { KEY_FAVORITIES, { hideFavourites }, bars },
+        { KEY_ROTARY_PRE, { SelectFavourite { 2 } }, bars },
+        { KEY_ROTARY_NEXT, { SelectFavourite { 1 } }, [](auto& unit) { bars(unit), unit.favourite = 16; } },
+        { KEY_ROTARY_PRE, { SelectFavourite { 16 } }, [](auto& unit) { bars(unit), unit.favourite = 1; } },
 
-        { KEY_AMS1, { FavoriteMessage { AppRadio, FavoriteMessage::store, 3 } }, bars },
+        { KEY_AMS1, { FavouriteMessage { AppRadio, FavouriteMessage::store, 3 } }, bars },
         { KEY_SHOWVERSION, { toRadio(67, 3) }, stored },
         { KEY_ROTARY_ENTER, {}, bars },
         { KEY_ROTARY_ENTER, { emptySlotNotice }, [](auto& unit) { bars(unit), satellite(unit); } },
-        { KEY_ROTARY_ENTER, { hideFavorites, FavoriteMessage { AppRadio, FavoriteMessage::play, 3 } }, stored },
+        { KEY_ROTARY_ENTER, { hideFavourites, FavouriteMessage { AppRadio, FavouriteMessage::play, 3 } }, stored },
         { KEY_ROTARY_ENTER,
-          { hideFavorites, PageKey { mbAM, 54, 3 } },
-          [](auto& unit) { bars(unit), unit.favoriteStored = true, unit.favoritePage = mbAM; } },
+          { hideFavourites, PageKey { mbAM, 54, 3 } },
+          [](auto& unit) { bars(unit), unit.favouriteStored = true, unit.favouritePage = mbAM; } },
         { KEY_ROTARY_ENTER,
-          { hideFavorites, FavoriteMessage { AppRadio, FavoriteMessage::play, 3 }, PageKey { mbSirius, 54, 3 } },
+          { hideFavourites, FavouriteMessage { AppRadio, FavouriteMessage::play, 3 }, PageKey { mbSirius, 54, 3 } },
           [](auto& unit)
-          { bars(unit), unit.favoriteStored = true, unit.favoritePage = mbSirius, unit.lastSourcePage = mbCamera; } },
+          { bars(unit), unit.favouriteStored = true, unit.favouritePage = mbSirius, unit.lastSourcePage = mbCamera; } },
     });
 }

@@ -2,15 +2,17 @@
 
 #include "EngineApi/HostLink.h"
 #include "EngineApi/NavicoCanApi.h"
-#include "EngineApi/RemoteMessageIds.h"
 #include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/settings/DataManager.h"
 #include "dsp/DSPSettingHelperImpl.h"
 #include "lowlayer/HostcommDev.h"
+#include "platform/channel/RemoteMessageIds.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/ApplicationFixture.h"
 #include "support/LogCapture.h"
 #include "support/McuLink.h"
 
+using namespace Platform;
 using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
@@ -25,7 +27,8 @@ namespace
 constexpr const char* settings =
     "277 = 2\n279 = 3\n280 = 8\n281 = 1\n283 = 1\n284 = \"Cockpit\"\n1028 = \"\"\n1029 = \"\"\n"
     "1031 = \"\"\n1042 = \"\"\n1281 = 5\n1282 = 6\n1283 = 7\n1284 = 8\n1792 = 2\n";
-constexpr int toneSettings[] = { 277, 279, 280, 1281, 1282, 1283, 1284, 1792 };
+constexpr int toneSettings[] = { highPassSetting, faderSetting,  balanceSetting,        bassSetting,
+                                 middleSetting,   trebleSetting, subwooferLevelSetting, presetSetting };
 
 Bytes bytesIn(const juce::String& text)
 {
@@ -112,12 +115,14 @@ protected:
         return lines;
     }
 
-    Texts relayed()
+    /** Program, message and bytes. */
+    using Relayed = std::vector<std::array<int, 3>>;
+    static Relayed relayed()
     {
-        Texts all;
-        for (const auto& each : Platform::IpcDouble::takePosted())
-            all.push_back(std::string(appTypeName(each.appType)) + " " + std::to_string(each.what) + " " +
-                          std::to_string(Platform::RemoteObjFormat::getByteArray(each.bundle).getSize()));
+        Relayed all;
+        for (const auto& each : IpcDouble::takePosted())
+            all.push_back(
+                { each.appType, each.what, static_cast<int>(RemoteObjFormat::getByteArray(each.bundle).getSize()) });
         return all;
     }
 
@@ -161,7 +166,7 @@ TEST_F(NavicoManagerTest, SpeaksAsTheDocumentSays)
 TEST_F(NavicoManagerTest, FitsItsRecordsIntoAFrame)
 {
     const auto name = juce::String::repeatedString(juce::CharPointer_UTF8("\xc3\xa4"), 100);
-    setSettingString(284, name, false, AppUnknown);
+    setSettingString(zone2NameSetting, name, false, AppUnknown);
     const auto sizeAndName = [&](int lengthByteAt)
     {
         const auto words = juce::StringArray::fromTokens(juce::String(said().at(0)), " ", "");
@@ -174,8 +179,8 @@ TEST_F(NavicoManagerTest, FitsItsRecordsIntoAFrame)
     hear(EVENT_PGN_SEND_CAN, { 0x00, 0xEA, 0x00, 0x00, 0x23, 0x02, 0x0E, 0xFE, 0x01 });
     EXPECT_EQ(sizeAndName(lengthAt), std::pair(lengthAt + 2 + nameBytes, 6));
 
-    setSettingInt(1792, 5, false, AppUnknown);
-    setSettingInt(277, 4, false, AppUnknown);
+    setSettingInt(presetSetting, 5, false, AppUnknown);
+    setSettingInt(highPassSetting, 4, false, AppUnknown);
     hear(EVENT_PGN_SEND_CAN, bytesIn("00 ed 01 00 23 02 00 15 fe 01 ff ff ff ff ff ff 01 01 01"));
     EXPECT_THAT(said(), ElementsAre("11 15 FE 01 00 23 02 01 64 FD 02 08 01 00 FF 01 78 00 00 00 00 00 00 00"))
         << "no code for the preset, the highest frequency there is";
@@ -188,7 +193,7 @@ TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
         int source;
         int command;
         Bytes data;
-        const char* relayed; ///< program, message and bytes
+        int program = AppUnknown; ///< that gets it, if any
     };
     const auto block = [](std::uint8_t type) { return Bytes { type, 0x00, 0x01, 0x02 }; };
     const auto isoRequest = [](std::uint8_t low) { return Bytes { 0x00, 0xEA, 0x00, 0x00, 0x23, 0x02, low, 0xFE, 1 }; };
@@ -196,29 +201,32 @@ TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
     { return Bytes { 0x00, 0xED, 1, 0, 0x23, 2, 0, low, 0xFE, 1, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0 }; };
     for (const int app : { AppiPod, AppUSB, AppRadio, AppBluetooth })
         connect(app);
-    const Case cases[] = { { mbFM, EVENT_DATA_SEND_CAN, block(13), "AppiPod 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(16), "AppiPod 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(17), "" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(20), "" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(32), "AppUSB 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, block(35), "AppUSB 1634 4" },
-                           { mbFM, EVENT_DATA_SEND_CAN, { 13 }, "" },
-                           { mbFM, EVENT_DATA_SEND_CAN, {}, "" },
-                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x09), "AppRadio 1636 9" },
-                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x18), "AppBluetooth 1636 9" },
-                           { mbFM, EVENT_PGN_SEND_CAN, groupRequest(0x19), "AppBluetooth 1636 17" },
-                           { mbUSBAudio, EVENT_DATA_SEND_CAN, block(17), "AppUSB 1634 4" },
-                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0A), "AppUSB 1636 17" },
-                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0C), "AppUSB 1636 17" },
-                           { mbiPodAudio, EVENT_DATA_SEND_CAN, block(19), "AppiPod 1634 4" } };
+    const Case cases[] = { { mbFM, EVENT_DATA_SEND_CAN, block(13), AppiPod },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(16), AppiPod },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(17) },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(20) },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(32), AppUSB },
+                           { mbFM, EVENT_DATA_SEND_CAN, block(35), AppUSB },
+                           { mbFM, EVENT_DATA_SEND_CAN, { 13 } },
+                           { mbFM, EVENT_DATA_SEND_CAN, {} },
+                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x09), AppRadio },
+                           { mbFM, EVENT_PGN_SEND_CAN, isoRequest(0x18), AppBluetooth },
+                           { mbFM, EVENT_PGN_SEND_CAN, groupRequest(0x19), AppBluetooth },
+                           { mbUSBAudio, EVENT_DATA_SEND_CAN, block(17), AppUSB },
+                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0A), AppUSB },
+                           { mbUSBAudio, EVENT_PGN_SEND_CAN, groupRequest(0x0C), AppUSB },
+                           { mbiPodAudio, EVENT_DATA_SEND_CAN, block(19), AppiPod } };
     for (const auto& each : cases)
     {
         if (getNormalSource() != each.source)
             playing(each.source);
         relayed();
         hear(each.command, each.data);
-        EXPECT_EQ(relayed(), each.relayed[0] != 0 ? Texts { each.relayed } : Texts {})
-            << each.source << " " << testing::PrintToString(each.data);
+        const int message = each.command == EVENT_DATA_SEND_CAN ? RMSG_N2K_DATA : RMSG_N2K_PGN;
+        const auto expected = each.program == AppUnknown
+                                  ? Relayed {}
+                                  : Relayed { { each.program, message, static_cast<int>(each.data.size()) } };
+        EXPECT_EQ(relayed(), expected) << each.source << " " << testing::PrintToString(each.data);
     }
     EXPECT_THAT(said(), IsEmpty());
 }
@@ -228,11 +236,10 @@ TEST_F(NavicoManagerTest, SendsWhatProgramsHaveForTheNetworkBehindItsOwn)
     const std::uint8_t bytes[] = { 0x09, 0xFE, 0x01 };
     const LogCapture log;
     for (const auto send : { sendCanData, sendPgnBundle, sendMediaInfo })
-        for (const auto& bundle : { Platform::RemoteObjFormat::formatByteArray(bytes, 3), Platform::Bundle::obtain(),
-                                    Platform::Bundle::Ptr() })
+        for (const auto& bundle : { RemoteObjFormat::formatByteArray(bytes, 3), Bundle::obtain(), Bundle::Ptr() })
             send(bundle);
     EXPECT_EQ(log.count("TxPGNParcelToNavico::09 FE 01\n"), 1);
-    Platform::Parcel own;
+    Parcel own;
     own.writeByte(0x42);
     sendPgnParcel(own);
     EXPECT_EQ(own.dataSize(), 0);
@@ -249,7 +256,7 @@ TEST_F(NavicoManagerTest, TheLastThatADisplayHearsOfAZoneIsTrue)
     }
     for (const auto* name : { "Bow", "Flybridge" })
     {
-        setSettingString(284, name, false, AppUnknown);
+        setSettingString(zone2NameSetting, name, false, AppUnknown);
         send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT);
     }
     const std::string head = "11 16 FE 01 00 FF 02 ";
@@ -259,21 +266,21 @@ TEST_F(NavicoManagerTest, TheLastThatADisplayHearsOfAZoneIsTrue)
 
 TEST_F(NavicoManagerTest, TellsVersionsAndKeepsWhatItIsTold)
 {
-    Platform::Configuration::get().osVersion = "TRV_A6_V12_170601";
+    Configuration::get().osVersion = "TRV_A6_V12_170601";
     hear(EVENT_SEND_VERSION, { 0 });
-    EXPECT_EQ(getSettingString(1031), "O12_170601");
+    EXPECT_EQ(getSettingString(osVersionSetting), "O12_170601");
     hear(EVENT_SEND_VERSION, { 3 });
     EXPECT_THAT(said(), ElementsAre("10 00 4F 31 32 5F 31 37 30 36 30 31")) << "no file, no answer";
-    juce::File(Platform::AppConfig::getApplicationPath() + "Version.txt").replaceWithText("1.2\r\n\n");
+    juce::File(AppConfig::getApplicationPath() + "Version.txt").replaceWithText("1.2\r\n\n");
     hear(EVENT_SEND_VERSION, { 3 });
     EXPECT_THAT(said(), ElementsAre("10 03 31 2E 32"));
-    EXPECT_EQ(getSettingString(1028), "1.2");
+    EXPECT_EQ(getSettingString(applicationVersionSetting), "1.2");
     hear(EVENT_SEND_VERSION, { 4, 'M', '7' });
-    EXPECT_EQ(getSettingString(1029), "M7");
+    EXPECT_EQ(getSettingString(mcuVersionSetting), "M7");
     hear(EVENT_SET_DEVICE_ID_FROM_CAN, { 2, 'A', 'B', 'C' });
-    EXPECT_EQ(getSettingString(1042), "AB");
+    EXPECT_EQ(getSettingString(deviceIdSetting), "AB");
     hear(EVENT_SET_DEVICE_ID_FROM_CAN, { 9, 'D' });
-    EXPECT_EQ(getSettingString(1042), "D") << "no more than there is";
+    EXPECT_EQ(getSettingString(deviceIdSetting), "D") << "no more than there is";
     for (const int command : { EVENT_SEND_VERSION, EVENT_SET_DEVICE_ID_FROM_CAN, EVENT_SETUP_FROM_CAN })
         hear(command, {});
     EXPECT_THAT(said(), IsEmpty());
@@ -282,14 +289,14 @@ TEST_F(NavicoManagerTest, TellsVersionsAndKeepsWhatItIsTold)
 // The search goes on behind a program that cannot be started, as on a medium pulled a moment ago.
 TEST_F(NavicoManagerTest, StartsAnUpdateOnce)
 {
-    using Platform::doubles::ProcessDouble;
+    using doubles::ProcessDouble;
     const Bytes singleFrame { 0x00, 0xFF, 0, 0, 35, 0, 0xC0, 0x9A, 7, 0, 0xFF, 0xFF, 0xFF, 0xFF };
     const Bytes fastPacket {
         0x22, 0xFF, 1, 0, 36, 2, 0x41, 0x9F, 0, 0xFF, 0xFF, 0x31, 0x7D, 0, 0xFF, 0xFF, 0xFF, 0xFF
     };
     const auto programOn = [](const char* medium)
     {
-        return juce::File(Platform::Configuration::get().mediaRoot)
+        return juce::File(Configuration::get().mediaRoot)
             .getChildFile(medium)
             .getChildFile("SW_Update/Bin/UpdateUtility.exe");
     };
@@ -328,7 +335,7 @@ TEST_F(NavicoManagerTest, StartsAnUpdateOnce)
         manager.stopTimer(NavicoManager::quitTimer);
     };
     launched(singleFrame, "Hard Disk", "-auto -a 35 -t 0 -s 7 -jl");
-    EXPECT_THAT(relayed(), ElementsAre("AppRadio 1199 0"));
+    EXPECT_THAT(relayed(), ElementsAre(std::array { int { AppRadio }, int { RMSG_SOURCE_STOP }, 0 }));
     EXPECT_EQ(monitor.getAppState(AppRadio), kClosing);
     ProcessDouble::failCreationOf(programOn("Hard Disk").getFullPathName());
     launched(fastPacket, "Hard Disk2", "-auto -a 36 -t 2 -s 0 -jl");

@@ -5,6 +5,7 @@
 #include <rapidcheck.h>
 #include <set>
 
+using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
 
@@ -31,13 +32,11 @@ rc::Gen<Scenario> anyScenario()
 {
     std::vector<std::int32_t> pages { mbDiscAudio };
     for (int page = 0; page < NUM_OF_PAGES; ++page)
-        if (EngineApi::pageScheduleConfig(page) != nullptr)
+        if (pageScheduleConfig(page) != nullptr)
             pages.push_back(page);
     const auto action =
-        rc::gen::element(EngineApi::AppAction::ToRun, EngineApi::AppAction::ToPlay, EngineApi::AppAction::ToShow,
-                         EngineApi::AppAction::ToHide, EngineApi::AppAction::ToStop);
-    const auto request =
-        rc::gen::construct<EngineApi::RequestInfo>(rc::gen::elementOf(pages), action, rc::gen::arbitrary<bool>());
+        rc::gen::element(AppAction::ToRun, AppAction::ToPlay, AppAction::ToShow, AppAction::ToHide, AppAction::ToStop);
+    const auto request = rc::gen::construct<RequestInfo>(rc::gen::elementOf(pages), action, rc::gen::arbitrary<bool>());
     const auto step = rc::gen::construct<Step>(
         rc::gen::weightedElement<Step::Kind>({ { 20, Step::request }, { 2, Step::call }, { 1, Step::bluetooth } }),
         request, rc::gen::arbitrary<bool>());
@@ -58,14 +57,14 @@ void afterEveryStep(const char* property, Check check)
                           }));
 }
 
-bool playsOrMixes(const EngineApi::ScheduleInfo& info)
+bool playsOrMixes(const ScheduleInfo& info)
 {
-    return info.states.playState != EngineApi::PageStates::stopped;
+    return info.states.playState != PageStates::stopped;
 }
 
-bool isHeard(const EngineApi::ScheduleInfo& info)
+bool isHeard(const ScheduleInfo& info)
 {
-    return info.states.audioState == EngineApi::PageStates::held;
+    return info.states.audioState == PageStates::held;
 }
 
 /**
@@ -76,20 +75,20 @@ bool raisesBesideTop(const ScheduleUnit& unit, const Step& step)
 {
     const auto& info = step.info;
     return step.kind == Step::request && unit.runs(info.page) && unit.states(info.page).showState == 1 &&
-           (info.action == EngineApi::AppAction::ToRun || info.action == EngineApi::AppAction::ToShow) &&
+           (info.action == AppAction::ToRun || info.action == AppAction::ToShow) &&
            !Scheduler::showAllowed(unit.describe(info));
 }
 
-/** What page handlers let through: a page that does not run is run, not shown, and leaving a source is entering "off".
- */
+/**
+    What page handlers let through: a page that does not run is run, not shown, and leaving a source is entering "off".
+*/
 Step throughHandler(const ScheduleUnit& unit, Step step)
 {
     auto& info = step.info;
-    if (!unit.runs(info.page) &&
-        (info.action == EngineApi::AppAction::ToShow || info.action == EngineApi::AppAction::ToHide))
-        info.action = EngineApi::AppAction::ToRun;
-    if (info.action == EngineApi::AppAction::ToStop && info.page == unit.remembered().lastNormalSource)
-        info = { mbAVOff, EngineApi::AppAction::ToRun, info.autoSwitch };
+    if (!unit.runs(info.page) && (info.action == AppAction::ToShow || info.action == AppAction::ToHide))
+        info.action = AppAction::ToRun;
+    if (info.action == AppAction::ToStop && info.page == unit.remembered().lastNormalSource)
+        info = { mbAVOff, AppAction::ToRun, info.autoSwitch };
     return step;
 }
 
@@ -121,13 +120,12 @@ TEST(SchedulerProperties, WhatTheUserRunsOrShowsComesToTheTop)
                    [](const ScheduleUnit& unit, const Step& step)
                    {
                        const auto& info = step.info;
-                       if (step.kind != Step::request || info.autoSwitch ||
-                           EngineApi::pageScheduleConfig(info.page) == nullptr)
+                       if (step.kind != Step::request || info.autoSwitch || pageScheduleConfig(info.page) == nullptr)
                            return;
-                       if (info.action == EngineApi::AppAction::ToRun || info.action == EngineApi::AppAction::ToShow)
+                       if (info.action == AppAction::ToRun || info.action == AppAction::ToShow)
                            RC_ASSERT(unit.states(info.page).showState == 1);
-                       if (info.action == EngineApi::AppAction::ToHide)
-                           RC_ASSERT(unit.states(info.page).showState == EngineApi::PageStates::notShown);
+                       if (info.action == AppAction::ToHide)
+                           RC_ASSERT(unit.states(info.page).showState == PageStates::notShown);
                    });
 }
 
@@ -140,12 +138,10 @@ TEST(SchedulerProperties, OneFrontPageIsHeardAndItIsTheOneThatPlays)
                            return; // a call that has come or gone counts from the next schedule on
                        // Once its call is over the phone competes with nobody, even if it plays on; nor does "off",
                        // which plays nothing aloud: a source that is stopped during a call leaves it behind the menu.
-                       const auto competes = [&](const EngineApi::ScheduleInfo& info)
+                       const auto competes = [&](const ScheduleInfo& info)
                        { return !info.isRear && info.page != mbAVOff && (info.page != mbBTPhone || unit.isCalling()); };
-                       const auto front = [&](auto condition) {
-                           return [=](const EngineApi::ScheduleInfo& info)
-                           { return competes(info) && condition(info); };
-                       };
+                       const auto front = [&](auto condition)
+                       { return [=](const ScheduleInfo& info) { return competes(info) && condition(info); }; };
                        const auto playing = unit.running(front(playsOrMixes));
                        RC_ASSERT(playing == unit.running(front(isHeard)));
                        RC_ASSERT(playing.size() <= 1u);
@@ -157,21 +153,20 @@ TEST(SchedulerProperties, OneFrontPageHoldsTheVideoAndItIsShown)
     afterEveryStep("one front page holds the video",
                    [](const ScheduleUnit& unit, const Step&)
                    {
-                       const auto seen = unit.running(
-                           [](const EngineApi::ScheduleInfo& info)
-                           { return !info.isRear && info.states.videoState == EngineApi::PageStates::held; });
+                       const auto seen =
+                           unit.running([](const ScheduleInfo& info)
+                                        { return !info.isRear && info.states.videoState == PageStates::held; });
                        RC_ASSERT(seen.size() <= 1u);
                        // It may lie behind a page that does without: the phone, a menu.
                        for (const int page : seen)
-                           RC_ASSERT(unit.states(page).showState != EngineApi::PageStates::notShown);
+                           RC_ASSERT(unit.states(page).showState != PageStates::notShown);
                    });
 }
 
 TEST(SchedulerProperties, TheRearZoneHoldsOnePage)
 {
-    afterEveryStep(
-        "one rear page", [](const ScheduleUnit& unit, const Step&)
-        { RC_ASSERT(unit.running([](const EngineApi::ScheduleInfo& info) { return info.isRear; }).size() <= 1u); });
+    afterEveryStep("one rear page", [](const ScheduleUnit& unit, const Step&)
+                   { RC_ASSERT(unit.running([](const ScheduleInfo& info) { return info.isRear; }).size() <= 1u); });
 }
 
 TEST(SchedulerProperties, OrdersLeadExactlyToTheTables)
@@ -185,10 +180,10 @@ TEST(SchedulerProperties, OrdersLeadExactlyToTheTables)
                        bool started = false;
                        for (const auto& order : unit.sentOrders())
                        {
-                           RC_ASSERT(EngineApi::pageScheduleConfig(order->page) != nullptr);
+                           RC_ASSERT(pageScheduleConfig(order->page) != nullptr);
                            RC_ASSERT(ordered.insert(order->page).second);
-                           const bool starts = order->switchType == EngineApi::SwitchType::ToRun ||
-                                               order->switchType == EngineApi::SwitchType::ToShowTopLevel;
+                           const bool starts = order->switchType == SwitchType::ToRun ||
+                                               order->switchType == SwitchType::ToShowTopLevel;
                            RC_ASSERT((starts || !started));
                            started = starts;
                        }
@@ -202,12 +197,12 @@ TEST(SchedulerProperties, OrdersLeadExactlyToTheTables)
                            RC_ASSERT(unit.runs(info->page));
                            RC_ASSERT((unit.states(info->page) == info->states));
                            RC_ASSERT(info->states.showState >= 1);
-                           RC_ASSERT(info->states.showState <= EngineApi::PageStates::notShown);
+                           RC_ASSERT(info->states.showState <= PageStates::notShown);
                            left.insert(info->page);
                        }
-                       const auto running = unit.running([](const EngineApi::ScheduleInfo&) { return true; });
+                       const auto running = unit.running([](const ScheduleInfo&) { return true; });
                        RC_ASSERT((left == std::set<int>(running.begin(), running.end())));
-                       if (step.kind == Step::request && step.info.action == EngineApi::AppAction::ToStop &&
+                       if (step.kind == Step::request && step.info.action == AppAction::ToStop &&
                            step.info.page != mbAVOff)
                            RC_ASSERT(!unit.runs(step.info.page));
                    });
@@ -223,14 +218,13 @@ TEST(SchedulerProperties, BehindHandlersTheRememberedPagesAreThoseThatRun)
                               for (const auto& step : scenario.steps)
                               {
                                   unit.apply(throughHandler(unit, step));
-                                  const auto sources = unit.running([](const EngineApi::ScheduleInfo& info)
-                                                                    { return info.isNormalSource; });
+                                  const auto sources =
+                                      unit.running([](const ScheduleInfo& info) { return info.isNormalSource; });
                                   RC_ASSERT(sources.size() <= 1u);
                                   // "Off" also starts unremembered: behind the menu, when no source is left.
                                   if (!sources.empty() && sources.front() != mbAVOff)
                                       RC_ASSERT(sources.front() == unit.remembered().lastNormalSource);
-                                  const auto rear =
-                                      unit.running([](const EngineApi::ScheduleInfo& info) { return info.isRear; });
+                                  const auto rear = unit.running([](const ScheduleInfo& info) { return info.isRear; });
                                   if (!rear.empty())
                                       RC_ASSERT(rear.front() == unit.remembered().rearPage);
                               }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
 using testing::ElementsAre;
@@ -11,13 +12,12 @@ using testing::IsEmpty;
 namespace
 {
 
-constexpr auto notShown = EngineApi::PageStates::notShown;
-constexpr EngineApi::PageStates playsOnTop { 1, EngineApi::PageStates::playing, EngineApi::PageStates::held,
-                                             EngineApi::PageStates::held };
+constexpr auto notShown = PageStates::notShown;
+constexpr PageStates playsOnTop { 1, PageStates::playing, PageStates::held, PageStates::held };
 
-EngineApi::PageScheduleConfig mixingPage(int page, std::int32_t playLevel)
+PageScheduleConfig mixingPage(int page, std::int32_t playLevel)
 {
-    EngineApi::PageScheduleConfig config;
+    PageScheduleConfig config;
     config.page = page;
     config.showLevel = config.audioLevel = config.videoLevel = 20;
     config.playLevel = playLevel;
@@ -64,8 +64,7 @@ TEST(Scheduler, ANewSourceStopsEveryOtherOne)
     EXPECT_THAT(unit.orders(),
                 ElementsAre("ToStop mbUSBAudio exit(mbSirius)", "ToStop mbFM exit(mbSirius)", "ToRun mbSirius enter"));
     EXPECT_EQ(unit.states(mbSirius),
-              (EngineApi::PageStates { notShown, EngineApi::PageStates::playing, EngineApi::PageStates::held,
-                                       EngineApi::PageStates::notHeld }));
+              (PageStates { notShown, PageStates::playing, PageStates::held, PageStates::notHeld }));
 }
 
 // The phone rings over FM, the user looks at the settings, the call ends.
@@ -74,17 +73,13 @@ TEST(Scheduler, ACallSilencesTheSourceAndGivesTheSoundBack)
     ScheduleUnit unit;
     unit.run(mbFM).call(true).run(mbBTPhone);
     EXPECT_THAT(unit.orders(), ElementsAre("ToChange mbFM hide(mbBTPhone)", "ToRun mbBTPhone show"));
-    EXPECT_EQ(unit.states(mbBTPhone),
-              (EngineApi::PageStates { 1, EngineApi::PageStates::playing, EngineApi::PageStates::held,
-                                       EngineApi::PageStates::notHeld }));
-    EXPECT_EQ(unit.states(mbFM),
-              (EngineApi::PageStates { 2, EngineApi::PageStates::stopped, EngineApi::PageStates::notHeld,
-                                       EngineApi::PageStates::held }));
+    EXPECT_EQ(unit.states(mbBTPhone), (PageStates { 1, PageStates::playing, PageStates::held, PageStates::notHeld }));
+    EXPECT_EQ(unit.states(mbFM), (PageStates { 2, PageStates::stopped, PageStates::notHeld, PageStates::held }));
     EXPECT_EQ(unit.remembered().lastSourcePage, mbBTPhone);
 
     unit.run(mbSetup);
     EXPECT_TRUE(unit.plays(mbBTPhone)) << "a screen without sound takes none";
-    EXPECT_EQ(unit.states(mbSetup).playState, EngineApi::PageStates::stopped);
+    EXPECT_EQ(unit.states(mbSetup).playState, PageStates::stopped);
 
     unit.run(mbUSBAudio);
     EXPECT_FALSE(unit.plays(mbUSBAudio)) << "no source outranks the call";
@@ -100,7 +95,7 @@ TEST(Scheduler, WithoutACallThePhonePageIsOnlyAScreen)
     ScheduleUnit unit;
     unit.run(mbFM).run(mbBTPhone);
     EXPECT_TRUE(unit.plays(mbFM) && unit.isHeard(mbFM));
-    EXPECT_EQ(unit.states(mbBTPhone).playState, EngineApi::PageStates::stopped);
+    EXPECT_EQ(unit.states(mbBTPhone).playState, PageStates::stopped);
     // The call ends while its page is up: running the page again lets go of the sound.
     unit.call(true).run(mbBTPhone).call(false).run(mbBTPhone);
     EXPECT_TRUE(unit.plays(mbFM) && unit.isHeard(mbFM));
@@ -111,12 +106,8 @@ TEST(Scheduler, TheCameraTakesScreenAndVideoAndGivesThemBack)
 {
     ScheduleUnit unit;
     unit.run(mbFM).run(mbCamera);
-    EXPECT_EQ(unit.states(mbCamera),
-              (EngineApi::PageStates { 1, EngineApi::PageStates::stopped, EngineApi::PageStates::notHeld,
-                                       EngineApi::PageStates::held }));
-    EXPECT_EQ(unit.states(mbFM),
-              (EngineApi::PageStates { 2, EngineApi::PageStates::playing, EngineApi::PageStates::held,
-                                       EngineApi::PageStates::notHeld }));
+    EXPECT_EQ(unit.states(mbCamera), (PageStates { 1, PageStates::stopped, PageStates::notHeld, PageStates::held }));
+    EXPECT_EQ(unit.states(mbFM), (PageStates { 2, PageStates::playing, PageStates::held, PageStates::notHeld }));
     unit.stop(mbCamera);
     EXPECT_THAT(unit.orders(), ElementsAre("ToStop mbCamera hide(mbFM)", "ToChange mbFM show"));
     EXPECT_EQ(unit.states(mbFM), playsOnTop);
@@ -128,9 +119,7 @@ TEST(Scheduler, AHiddenPagePlaysOnAndASilentHiddenPageStopsWithTheNextRequest)
     ScheduleUnit unit;
     unit.run(mbMainMenu).run(mbFM).hide(mbFM);
     EXPECT_THAT(unit.orders(), ElementsAre("ToChange mbFM hide(mbMainMenu)", "ToChange mbMainMenu show"));
-    EXPECT_EQ(unit.states(mbFM),
-              (EngineApi::PageStates { notShown, EngineApi::PageStates::playing, EngineApi::PageStates::held,
-                                       EngineApi::PageStates::notHeld }));
+    EXPECT_EQ(unit.states(mbFM), (PageStates { notShown, PageStates::playing, PageStates::held, PageStates::notHeld }));
     unit.show(mbSetup);
     EXPECT_EQ(unit.states(mbFM).showState, 2);
 
@@ -143,9 +132,7 @@ TEST(Scheduler, WhenTheLastSourceStopsBehindTheMenuOffPlays)
     ScheduleUnit unit;
     unit.run(mbFM).run(mbMainMenu).stop(mbFM);
     EXPECT_THAT(unit.orders(), ElementsAre("ToStop mbFM exit(mbFM)", "ToRun mbAVOff"));
-    EXPECT_EQ(unit.states(mbAVOff),
-              (EngineApi::PageStates { 2, EngineApi::PageStates::playing, EngineApi::PageStates::held,
-                                       EngineApi::PageStates::notHeld }));
+    EXPECT_EQ(unit.states(mbAVOff), (PageStates { 2, PageStates::playing, PageStates::held, PageStates::notHeld }));
 
     ScheduleUnit inSetup;
     inSetup.run(mbFM).run(mbSetup).stop(mbFM);
@@ -176,7 +163,7 @@ TEST(Scheduler, AMixingPageSharesTheSound)
     unit.run(mbFM).run(mbNavi);
     for (const int page : { mbFM, mbNavi })
     {
-        EXPECT_EQ(unit.states(page).playState, EngineApi::PageStates::mixed);
+        EXPECT_EQ(unit.states(page).playState, PageStates::mixed);
         EXPECT_TRUE(unit.isHeard(page));
     }
     unit.stop(mbNavi);
@@ -184,8 +171,8 @@ TEST(Scheduler, AMixingPageSharesTheSound)
 
     // The source comes second: the page of that level mixes with what would be silent beside it.
     unit.stop(mbFM).run(mbNavi).run(mbFM);
-    EXPECT_EQ(unit.states(mbFM).playState, EngineApi::PageStates::mixed);
-    EXPECT_EQ(unit.states(mbNavi).playState, EngineApi::PageStates::mixed);
+    EXPECT_EQ(unit.states(mbFM).playState, PageStates::mixed);
+    EXPECT_EQ(unit.states(mbNavi).playState, PageStates::mixed);
 }
 
 // One page of the rear zone after the other, over FM on the unit's own screen.
@@ -216,11 +203,11 @@ TEST(Scheduler, TheRearZoneSharesTheScreenButNotTheSound)
 
 TEST(Scheduler, HidingOrPlayingInTheRearZoneEmptiesIt)
 {
-    for (const auto action : { EngineApi::AppAction::ToHide, EngineApi::AppAction::ToPlay })
+    for (const auto action : { AppAction::ToHide, AppAction::ToPlay })
     {
         ScheduleUnit unit;
         unit.run(mbFM).run(mbRearAV1).request({ mbRearAV1, action, false });
-        EXPECT_FALSE(unit.runs(mbRearAV1)) << EngineApi::actionName(static_cast<int>(action));
+        EXPECT_FALSE(unit.runs(mbRearAV1)) << actionName(static_cast<int>(action));
         EXPECT_TRUE(unit.runs(mbFM));
     }
 }
@@ -230,10 +217,10 @@ TEST(Scheduler, WhatTheSystemAsksForDoesNotPushCertainPagesAway)
     struct Case
     {
         int front, source, page;
-        EngineApi::AppAction action;
+        AppAction action;
         bool bluetooth, pandora, allowed;
     };
-    using enum EngineApi::AppAction;
+    using enum AppAction;
     constexpr Case cases[] {
         { mbMainMenu, mbFM, mbUSBAudio, ToRun, true, true, true },
         { mbNavi, mbFM, mbUSBAudio, ToRun, true, true, false },
@@ -258,7 +245,7 @@ TEST(Scheduler, WhatTheSystemAsksForDoesNotPushCertainPagesAway)
         input.bluetoothSetting = each.bluetooth;
         input.pandoraSetting = each.pandora;
         EXPECT_EQ(Scheduler::showAllowed(input), each.allowed)
-            << pageName(each.page) << ' ' << EngineApi::actionName(static_cast<int>(each.action)) << " over "
+            << pageName(each.page) << ' ' << actionName(static_cast<int>(each.action)) << " over "
             << pageName(each.front);
         input.request.autoSwitch = false;
         EXPECT_TRUE(Scheduler::showAllowed(input)) << "the user may always";
@@ -271,9 +258,7 @@ TEST(Scheduler, ASourceThatMayNotComeToTheFrontPlaysBehindIt)
     ScheduleUnit unit;
     unit.run(mbBTAudio).run(mbSetup).bluetooth(false).run(mbFM, true);
     EXPECT_THAT(unit.orders(), ElementsAre("ToStop mbBTAudio exit(mbFM)", "ToRun mbFM enter"));
-    EXPECT_EQ(unit.states(mbFM),
-              (EngineApi::PageStates { notShown, EngineApi::PageStates::playing, EngineApi::PageStates::held,
-                                       EngineApi::PageStates::notHeld }));
+    EXPECT_EQ(unit.states(mbFM), (PageStates { notShown, PageStates::playing, PageStates::held, PageStates::notHeld }));
     EXPECT_THAT(unit.onTop(), ElementsAre(mbSetup));
 
     // Asking for the settings themselves in that moment leaves their number alone while the page below moves up.
@@ -286,11 +271,9 @@ TEST(Scheduler, AnUnknownPageOrActionChangesNothing)
 {
     ScheduleUnit unit;
     unit.run(mbFM);
-    for (const EngineApi::RequestInfo& bad :
-         { EngineApi::RequestInfo { mbDiscAudio, EngineApi::AppAction::ToRun, false },
-           EngineApi::RequestInfo { NUM_OF_PAGES, EngineApi::AppAction::ToRun, false },
-           EngineApi::RequestInfo { mbFM, EngineApi::AppAction::None, false },
-           EngineApi::RequestInfo { mbFM, static_cast<EngineApi::AppAction>(6), false } })
+    for (const RequestInfo& bad :
+         { RequestInfo { mbDiscAudio, AppAction::ToRun, false }, RequestInfo { NUM_OF_PAGES, AppAction::ToRun, false },
+           RequestInfo { mbFM, AppAction::None, false }, RequestInfo { mbFM, static_cast<AppAction>(6), false } })
     {
         unit.request(bad);
         EXPECT_THAT(unit.orders(), IsEmpty());

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
 using testing::ElementsAre;
@@ -11,12 +12,12 @@ using testing::IsEmpty;
 namespace
 {
 
-SwitchAction::Ptr actionOf(std::initializer_list<std::pair<int, EngineApi::SwitchType>> orders)
+SwitchAction::Ptr actionOf(std::initializer_list<std::pair<int, SwitchType>> orders)
 {
     SwitchAction::Ptr action = new SwitchAction();
     for (const auto& [page, type] : orders)
     {
-        EngineApi::AppStateSwitch::Ptr order = new EngineApi::AppStateSwitch();
+        AppStateSwitch::Ptr order = new AppStateSwitch();
         order->page = page;
         order->switchType = type;
         action->orders.push_back(order);
@@ -36,14 +37,14 @@ std::vector<int> pagesOf(const SwitchAction::Orders& orders)
 
 TEST(SwitchAction, StopsAndChangesGoFirstTheRestAfterTheFirstReport)
 {
-    const auto action = actionOf({ { mbUSBAudio, EngineApi::SwitchType::ToStop },
-                                   { mbMainMenu, EngineApi::SwitchType::ToChange },
-                                   { mbSetup, EngineApi::SwitchType::ToShowTopLevel },
-                                   { mbFM, EngineApi::SwitchType::ToRun } });
+    const auto action = actionOf({ { mbUSBAudio, SwitchType::ToStop },
+                                   { mbMainMenu, SwitchType::ToChange },
+                                   { mbSetup, SwitchType::ToShowTopLevel },
+                                   { mbFM, SwitchType::ToRun } });
     EXPECT_THAT(pagesOf(action->sendNext()), ElementsAre(mbUSBAudio, mbMainMenu));
     EXPECT_FALSE(action->allSent());
     action->markPage(mbFM, false);
-    EXPECT_EQ(action->orders[3]->progress, EngineApi::OrderProgress::notSent) << "a report that nobody asked for";
+    EXPECT_EQ(action->orders[3]->progress, OrderProgress::notSent) << "a report that nobody asked for";
     action->markPage(mbUSBAudio, true);
     EXPECT_THAT(pagesOf(action->sendNext()), ElementsAre(mbSetup, mbFM));
     EXPECT_TRUE(action->allSent());
@@ -62,12 +63,12 @@ TEST(SwitchAction, AResourceSwitchIsAwaitedOnlyWhenThereIsOne)
     EXPECT_TRUE(action->allSent() && action->allFinished() && action->allSucceeded());
     EXPECT_FALSE(action->hasAction());
 
-    action->resourceSwitch = new EngineApi::AppResourceSwitch();
+    action->resourceSwitch = new AppResourceSwitch();
     EXPECT_TRUE(action->hasAction());
     EXPECT_FALSE(action->allSent() || action->allFinished() || action->allSucceeded());
     action->markPage(NUM_OF_PAGES, true);
     EXPECT_FALSE(action->allFinished()) << "it was not sent";
-    action->resourceSwitch->progress = EngineApi::OrderProgress::sent;
+    action->resourceSwitch->progress = OrderProgress::sent;
     action->markPage(NUM_OF_PAGES, true);
     EXPECT_TRUE(action->allFinished() && action->allSucceeded());
 }

@@ -2,20 +2,22 @@
 
 #include "kernel/MessageIds.h"
 #include "platform/config/Configuration.h"
+#include "platform/settings/SetupIndex.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
 
 #include <gmock/gmock.h>
 #include <thread>
 
+using namespace EngineApi;
 using namespace EngineLayer;
 
 namespace
 {
 
-constexpr int numberSetting = 7, textSetting = 284;
+constexpr int numberSetting = Platform::bluetoothSetting, textSetting = Platform::zone2NameSetting;
 
-class Listener : public EngineApi::SettingDataChangeListener
+class Listener : public SettingDataChangeListener
 {
 public:
     void onSettingChanged(int index, int origin) override
@@ -66,17 +68,17 @@ TEST_F(DataManagerTest, ChangesAreStoredAtOnceAndToldLaterInOrder)
 {
     Listener first, second;
     second.refused = textSetting;
-    EngineApi::addSettingListener(&first);
-    EngineApi::addSettingListener(&second);
+    addSettingListener(&first);
+    addSettingListener(&second);
 
-    EngineApi::setSettingInt(numberSetting, 1, true, Pubhead::AppSetup); // stored already
-    EngineApi::setSettingInt(numberSetting, 2, true, Pubhead::AppSetup);
-    EngineApi::setSettingString(textSetting, "Zone 2", true, Pubhead::AppSetup); // stored already
-    EngineApi::setSettingString(textSetting, "Cockpit", true, Pubhead::AppUnknown);
-    EngineApi::setSettingInt(numberSetting, 3, true, Pubhead::AppMain);
-    EngineApi::setSettingInt(numberSetting, 4, false, Pubhead::AppMain); // nobody is told
-    EXPECT_EQ(EngineApi::getSettingInt(numberSetting), 4);
-    EXPECT_EQ(EngineApi::getSettingString(textSetting), "Cockpit");
+    setSettingInt(numberSetting, 1, true, Pubhead::AppSetup); // stored already
+    setSettingInt(numberSetting, 2, true, Pubhead::AppSetup);
+    setSettingString(textSetting, "Zone 2", true, Pubhead::AppSetup); // stored already
+    setSettingString(textSetting, "Cockpit", true, Pubhead::AppUnknown);
+    setSettingInt(numberSetting, 3, true, Pubhead::AppMain);
+    setSettingInt(numberSetting, 4, false, Pubhead::AppMain); // nobody is told
+    EXPECT_EQ(getSettingInt(numberSetting), 4);
+    EXPECT_EQ(getSettingString(textSetting), "Cockpit");
     EXPECT_TRUE(first.heard.empty());
 
     run();
@@ -87,13 +89,15 @@ TEST_F(DataManagerTest, ChangesAreStoredAtOnceAndToldLaterInOrder)
     EXPECT_EQ(second.heard, (Heard { { numberSetting, Pubhead::AppSetup }, { numberSetting, Pubhead::AppMain } }));
 }
 
-/** A program moves a slider faster than the unit follows: few announcements wait, the last of them after the last
- * value. */
+/**
+    A program moves a slider faster than the unit follows: few announcements wait, the last of them after the last
+    value.
+*/
 TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
 {
     LogCapture log;
     Listener listener;
-    manager().addListener(&listener);
+    manager().listeners.add(&listener);
     listener.then = [&] { EXPECT_EQ(manager().getInt(numberSetting), 2000); };
     for (int flood = 0; flood < 2; ++flood)
     {
@@ -102,7 +106,7 @@ TEST_F(DataManagerTest, AFloodOfChangesIsToldWithItsNewestValue)
             manager().setInt(numberSetting, value, true, Pubhead::AppSetup);
         manager().setString(textSetting, flood == 0 ? "Bow" : "Stern", true, Pubhead::AppSetup);
         run();
-        EXPECT_EQ(listener.heard.size(), 1u + EngineApi::WaitingChanges::most);
+        EXPECT_EQ(listener.heard.size(), 1u + EngineLayer::WaitingChanges::most);
         EXPECT_EQ(listener.heard.back().first, textSetting);
     }
     EXPECT_EQ(LogCapture::take().size(), 1u);
@@ -112,12 +116,12 @@ TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)
 {
     Listener first, second, third;
     for (auto* listener : { &first, &second, &third })
-        manager().addListener(listener);
+        manager().listeners.add(listener);
     first.then = [&]
     {
-        manager().removeListener(&first);
-        manager().removeListener(&second);
-        manager().addListener(&first);
+        manager().listeners.remove(&first);
+        manager().listeners.remove(&second);
+        manager().listeners.add(&first);
     };
     manager().setInt(numberSetting, 5, true, Pubhead::AppUnknown);
     run();
@@ -130,13 +134,13 @@ TEST_F(DataManagerTest, AListenerMayRemoveItselfAndOthers)
 TEST_F(DataManagerTest, RemovingAListenerWaitsForItsRunningCall)
 {
     Listener listener;
-    manager().addListener(&listener);
+    manager().listeners.add(&listener);
     juce::WaitableEvent inside, removed;
     std::thread owner(
         [&]
         {
             inside.wait();
-            manager().removeListener(&listener);
+            manager().listeners.remove(&listener);
             removed.signal();
         });
     bool removedDuringCall = false;

@@ -109,11 +109,6 @@ TEST_F(SystemStateTest, ASwitchThatTimesOutFailsForEveryPageThatHadAnOrder)
     answer(mbAVOff);
     fireTimeOut();
     EXPECT_EQ(events(), (Events { "mbAVOff stop", "mbAM run", "mbAVOff = 4", "mbAM = 4" }));
-
-    // A timer message that was on its way already does no harm, and the next request is served.
-    states.timerCallback(SystemStateManager::timerId);
-    run();
-    EXPECT_EQ(events(), Events {});
     answer(mbAM);
     complete(mbWB);
     EXPECT_EQ(getNormalSource(), mbWB);

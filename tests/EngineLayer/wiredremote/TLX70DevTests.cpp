@@ -13,6 +13,7 @@
 #include <mutex>
 #include <thread>
 
+using namespace Platform;
 using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Platform::doubles;
@@ -23,7 +24,6 @@ namespace
 {
 
 constexpr const char* portName = "COM5:";
-constexpr int transmitLine = 32768;
 
 /** The command on the wire: its first byte, the text, and the end of the text. */
 Bytes textAt(int first, const std::string& text)
@@ -51,14 +51,14 @@ protected:
                                       const auto* bytes = static_cast<const std::uint8_t*>(taken.getData());
                                       const std::lock_guard guard(commandsLock);
                                       commands.emplace_back(bytes, bytes + taken.getSize());
-                                      sentInTheDark += LinesDouble::getPin(transmitLine) == 1 ? 0 : 1;
+                                      sentInTheDark += LinesDouble::getPin(remoteTransmitLine) == 1 ? 0 : 1;
                                   });
     }
     ~TLX70DevTest() override
     {
         Kernel::DeviceWorker::drainAll();
         EXPECT_EQ(sentInTheDark, 0) << "writes while the transmitter was off";
-        EXPECT_EQ(LinesDouble::getPin(transmitLine), 0);
+        EXPECT_EQ(LinesDouble::getPin(remoteTransmitLine), 0);
         SerialPortDouble::reset();
     }
 
@@ -179,13 +179,13 @@ TEST_F(TLX70DevTest, TheTransmitterIsOnForEachWriteAndOffAfterwards)
     using Operation = LinesDouble::Operation;
     start();
     EXPECT_EQ(SerialPortDouble::getBaudRate(portName), 57600);
-    std::vector<LinesDouble::PinCall> expected { { transmitLine, Operation::function, 32 },
-                                                 { transmitLine, Operation::write, 0 } };
+    std::vector<LinesDouble::PinCall> expected { { remoteTransmitLine, Operation::function, 32 },
+                                                 { remoteTransmitLine, Operation::write, 0 } };
     EXPECT_EQ(pinCalls(), expected);
-    expected = { { transmitLine, Operation::function, 32 },
-                 { transmitLine, Operation::write, 1 },
-                 { transmitLine, Operation::function, 32 },
-                 { transmitLine, Operation::write, 0 } };
+    expected = { { remoteTransmitLine, Operation::function, 32 },
+                 { remoteTransmitLine, Operation::write, 1 },
+                 { remoteTransmitLine, Operation::function, 32 },
+                 { remoteTransmitLine, Operation::write, 0 } };
     EXPECT_TRUE(remote.writeBytes(clearCommand.data(), 2));
     EXPECT_EQ(pinCalls(), expected);
     EXPECT_FALSE(remote.writeBytes(nullptr, 2));

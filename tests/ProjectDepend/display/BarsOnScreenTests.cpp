@@ -152,7 +152,7 @@ protected:
     }
 
     static EngineApi::VolumeBar& volumeBar() { return *EngineApi::Provided<EngineApi::VolumeBar>::get(); }
-    static EngineApi::FavoriteBar& favoriteBar() { return *EngineApi::Provided<EngineApi::FavoriteBar>::get(); }
+    static EngineApi::FavoriteBar& favouriteBar() { return *EngineApi::Provided<EngineApi::FavoriteBar>::get(); }
     static EngineApi::LowBatteryBar& batteryBar() { return *EngineApi::Provided<EngineApi::LowBatteryBar>::get(); }
 
     /** How many in a thousand pixels of the screen outside `text` are those of the picture. */
@@ -217,13 +217,13 @@ protected:
     {
         return {
             { { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", muteBounds, muteText, { 400, 250 } },
-              { favoriteBar(),
+              { favouriteBar(),
                 Kernel::MSG_FAVORITES_SELECT,
                 9,
                 0,
                 "Farvoritebar\\background.png",
-                favoriteBounds,
-                favoriteControls,
+                favouriteBounds,
+                favouriteControls,
                 { 400, 110 } },
               { batteryBar(),
                 Kernel::MSG_LOW_BATTERY_ALERT,
@@ -262,19 +262,19 @@ protected:
     {
         volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 0, nullptr);
         volumeBar().postMessage(EngineApi::MSG_BAR_CLOSE, 0, 0, nullptr);
-        favoriteBar().postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
+        favouriteBar().postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
         batteryBar().postMessage(Kernel::MSG_LOW_BATTERY_ALERT, 0, 0, nullptr);
     }
 
     static inline std::optional<XServer> server;
     std::optional<Person> person;
     const juce::Rectangle<int> volumeBounds { 110, 342, 580, 122 };
-    const juce::Rectangle<int> favoriteBounds { 14, 164, 772, 300 };
+    const juce::Rectangle<int> favouriteBounds { 14, 164, 772, 300 };
     const juce::Rectangle<int> batteryBounds { 90, 52, 620, 136 };
     const juce::Rectangle<int> muteBounds { 308, 6, 184, 40 };
     const juce::Rectangle<int> muteText { 74, 4, 96, 32 };
     const juce::Rectangle<int> alertTexts { 190, 20, 410, 92 };
-    const juce::Rectangle<int> favoriteControls { 16, 12, 740, 272 };
+    const juce::Rectangle<int> favouriteControls { 16, 12, 740, 272 };
 };
 
 } // namespace
@@ -300,8 +300,8 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 2, 5, "volumebar\\Zone2Volume\\ZVOL5.png", volumeBounds, zoneName,
           white },
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", muteBounds, muteText, white },
-        { favoriteBar(), Kernel::MSG_FAVORITES_SELECT, 9, 0, "Farvoritebar\\background.png", favoriteBounds,
-          favoriteControls, white },
+        { favouriteBar(), Kernel::MSG_FAVORITES_SELECT, 9, 0, "Farvoritebar\\background.png", favouriteBounds,
+          favouriteControls, white },
         { batteryBar(), Kernel::MSG_LOW_BATTERY_ALERT, 1, 0, "VoltmeterBar\\LowBattery.png", batteryBounds, alertTexts,
           amber },
     };
@@ -326,16 +326,16 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
     }
     // The bar that was shown last is in front, though it was made first. A neighbouring volume is not taken for this
     // one.
-    favoriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 9, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 9, 0, nullptr);
     volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 1, 27, nullptr);
     ASSERT_TRUE(pumpUntil([&] { return likeness(cases[0].picture, volumeBounds, nothing) >= 990; }));
     EXPECT_LT(likeness("volumebar\\MainVolume\\ORB600 Vol28.png", volumeBounds, nothing), 990);
 }
 
-TEST_F(BarsOnScreenTest, TheFavoritesShowWhichIsSelectedUntilATouchBesideThem)
+TEST_F(BarsOnScreenTest, TheFavouritesShowWhichIsSelectedUntilATouchBesideThem)
 {
     const auto onBar = [this](int x, int y, int width, int height)
-    { return juce::Rectangle<int>(x, y, width, height) + favoriteBounds.getPosition(); };
+    { return juce::Rectangle<int>(x, y, width, height) + favouriteBounds.getPosition(); };
     const auto first = onBar(16, 66, 176, 103);
     const auto eighth = onBar(580, 181, 176, 103);
     const auto icon = onBar(29, 79, 96, 34);
@@ -345,28 +345,28 @@ TEST_F(BarsOnScreenTest, TheFavoritesShowWhichIsSelectedUntilATouchBesideThem)
     const char* selected = "farvoritebar\\fav_button_p.png";
     const char* normal = "farvoritebar\\fav_button_n.png";
 
-    favoriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 1, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 1, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return shows(selected, first) && shows(normal, eighth); }));
     EXPECT_GE(likeness("farvoritebar\\fm.png", icon, {}), 980);
     EXPECT_GT(inked(onBar(29, 119, 150, 38), juce::Colours::white), 100) << "the label";
 
-    favoriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 16, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 16, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return shows(normal, first) && shows(selected, eighth); }));
     EXPECT_LT(likeness("farvoritebar\\fm.png", icon, {}), 500) << "the ninth is empty";
 
     const auto notice = onBar(80, 12, 470, 44);
     const juce::Colour amber(0xffffc21a);
     EXPECT_EQ(inked(notice, amber), 0);
-    favoriteBar().postMessage(Kernel::MSG_FAVORITES_EMPTY_SLOT, 0, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVORITES_EMPTY_SLOT, 0, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return inked(notice, amber) > 10000; }));
 
     person->press(first.getCentreX(), first.getCentreY());
     pause(100);
     person->press(20, 20, 4); // the wheel
     pause(100);
-    EXPECT_TRUE(favoriteBar().isShown());
+    EXPECT_TRUE(favouriteBar().isShown());
     person->press(20, 20);
-    EXPECT_TRUE(pumpUntil([&] { return !favoriteBar().isShown(); }));
+    EXPECT_TRUE(pumpUntil([&] { return !favouriteBar().isShown(); }));
     EXPECT_TRUE(pumpUntil([&] { return isBackground(first.getCentre()); }));
 }
 

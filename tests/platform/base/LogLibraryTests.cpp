@@ -153,12 +153,12 @@ TEST(LoggerTest, ATextIsNeverAFormatAndALevelCanBeRedirected)
         last = text.data();
         return true;
     };
-    auto* logger = Logger::getInstance();
-    logger->redirect(nullptr, record, nullptr, nullptr);
-    EXPECT_TRUE(logger->logInfo("f", 1, "t", juce::String("100%s %n")));
+    static constexpr Platform::Log logger { "f", "t" };
+    Logger::getInstance()->redirect(nullptr, record, nullptr, nullptr);
+    EXPECT_TRUE(logger().info(juce::String("100%s %n")));
     EXPECT_EQ(last, "100%s %n");
-    EXPECT_TRUE(logger->logInfo("f", 1, "t", "%d of %s", 3, "four"));
+    EXPECT_TRUE(logger().info("%d of %s", 3, "four"));
     EXPECT_EQ(last, "3 of four");
-    EXPECT_FALSE(logger->logError("f", 1, "t", "nobody listens"));
-    logger->redirect(nullptr, nullptr, nullptr, nullptr);
+    EXPECT_FALSE(logger().error("nobody listens"));
+    Logger::getInstance()->redirect(nullptr, nullptr, nullptr, nullptr);
 }

@@ -1,6 +1,7 @@
 #include "platform/base/Process.h"
 #include "platform/base/Pubhead.h"
 #include "platform/channel/Ipc.h"
+#include "platform/channel/RemoteMessageIds.h"
 #include "support/ErrorLog.h"
 #include "support/TestBus.h"
 
@@ -15,8 +16,8 @@ using testing::ElementsAre;
 namespace
 {
 
-constexpr int hello = 1745;
-constexpr int someMessage = 1125;
+constexpr int hello = RMSG_APP_HELLO;
+constexpr int someMessage = RMSG_APP_EVENT;
 
 /** What the receiver was told, in order. */
 class Recorder : public IMsgProc
@@ -320,12 +321,12 @@ TEST_F(IpcTest, SpeaksTheDocumentedFormOnTheWire)
     BusPeer listener(bus);
     listener.listen("type='signal',path_namespace='/com/corvane'");
 
-    ASSERT_TRUE(MessageHelper::broadcastMessage(makeMessage(1747, 3)));
+    ASSERT_TRUE(MessageHelper::broadcastMessage(makeMessage(RMSG_HEARTBEAT, 3)));
     const auto toAll = listener.next("Message");
     EXPECT_STREQ(sd_bus_message_get_path(toAll.get()), "/com/corvane/Endpoint");
     EXPECT_STREQ(sd_bus_message_get_interface(toAll.get()), "com.corvane.Endpoint");
     EXPECT_STREQ(sd_bus_message_get_signature(toAll.get(), 1), "iiia{sv}");
-    EXPECT_THAT(readHead(toAll), ElementsAre(1747, 3, 0));
+    EXPECT_THAT(readHead(toAll), ElementsAre(RMSG_HEARTBEAT, 3, 0));
 
     const auto bundle = Bundle::obtain();
     bundle->putInt("index", 22);
@@ -386,8 +387,10 @@ TEST_F(IpcTest, WhatTheBusDoesNotTakeWaits)
     EXPECT_EQ(ErrorLog::count("messages wait for AppRadio: the oldest go"), 1);
 }
 
-/** The bus dies and another comes at its place: everybody was gone, who comes again is heard again, and the engine is
- * found by its name. */
+/**
+    The bus dies and another comes at its place: everybody was gone, who comes again is heard again, and the engine is
+    found by its name.
+*/
 TEST_F(IpcTest, FindsTheBusAgain)
 {
     const ErrorLog log;
@@ -462,8 +465,8 @@ TEST_F(IpcTest, ServesAProgramAsWell)
     EXPECT_EQ(recorder.next().appType + recorder.next().appType, AppMain + AppUSB) << "in any order";
     for (auto* sender : { &usb, &engine })
         BusPeer::check(sd_bus_emit_signal(sender->get(), "/com/corvane/Endpoint", "com.corvane.Endpoint", "Message",
-                                          "iiia{sv}", sender == &usb ? 1 : 1747, 0, 0, 0));
-    recorder.expectMessage(AppMain, 1747);
+                                          "iiia{sv}", sender == &usb ? 1 : int { RMSG_HEARTBEAT }, 0, 0, 0));
+    recorder.expectMessage(AppMain, RMSG_HEARTBEAT);
 }
 
 /** Sends from several threads while the receiver is told things; run with the thread sanitizer. */

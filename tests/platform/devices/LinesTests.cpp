@@ -1,4 +1,4 @@
-#include "platform/devices/Lines.h"
+#include "platform/devices/UnitLines.h"
 
 #include "platform/config/Configuration.h"
 #include "support/ErrorLog.h"
@@ -20,13 +20,14 @@ protected:
     LinesTest()
     {
         Configuration::get().gpio = Configuration::get().i2c1 = "socket:" + path();
-        Configuration::get().gpioLines = { { 32768, 7 } };
+        Configuration::get().gpioLines = { { remoteTransmitLine, 7 } };
     }
     ~LinesTest() override
     {
         // Lets go of the chip of this test.
+        Configuration::get().gpio = "/dev/null";
+        GpioFunc::writePin(0, 0);
         Configuration::get() = {};
-        GpioFunc::readPin(0);
         unlink(path().toRawUTF8());
     }
 
@@ -49,13 +50,13 @@ const Packet gpioDone { 0, 0, 0, 0, 0, 0, 0, 0 };
 
 TEST_F(LinesTest, GpioRequestsNameTheMappedLineOnOneConnection)
 {
-    PacketServer chip(path(), answering({ 0, 0, 0, 0, 1, 0, 0, 0 }));
-    EXPECT_TRUE(GpioFunc::setPinFunc(32768, 32));
-    EXPECT_TRUE(GpioFunc::writePin(32768, 1));
-    EXPECT_EQ(GpioFunc::readPin(32856), 1);
+    PacketServer chip(path(), answering(gpioDone));
+    EXPECT_TRUE(GpioFunc::setPinFunc(remoteTransmitLine, 32));
+    EXPECT_TRUE(GpioFunc::writePin(remoteTransmitLine, 1));
+    EXPECT_TRUE(GpioFunc::writePin(output1Line, 0));
     EXPECT_THAT(chip.takeRequests(), ElementsAre(Packet { 7, 0, 0, 0, 0, 0, 0, 0, 32, 0, 0, 0 },
                                                  Packet { 7, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0 },
-                                                 Packet { 0x58, 0x80, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0 }));
+                                                 Packet { 0x58, 0x80, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0 }));
     EXPECT_EQ(chip.accepted, 1);
     EXPECT_TRUE(log.take().empty());
 }
@@ -72,7 +73,7 @@ TEST_F(LinesTest, ARestartedChipIsConnectedAgainWithoutLosingACall)
 
     chip.reset();
     EXPECT_FALSE(GpioFunc::writePin(1, 1));
-    EXPECT_EQ(GpioFunc::readPin(1), -1);
+    EXPECT_FALSE(GpioFunc::setPinFunc(1, 32));
     EXPECT_EQ(log.take().size(), 1u) << "one line for each GPIO line that fails";
     EXPECT_FALSE(GpioFunc::writePin(2, 1));
     EXPECT_EQ(log.take().size(), 1u);
@@ -89,7 +90,7 @@ TEST_F(LinesTest, GpioRepliesThatAreNoSuccessFail)
     {
         PacketServer chip(path(), answering(reply));
         EXPECT_FALSE(GpioFunc::setPinFunc(3, 32));
-        EXPECT_EQ(GpioFunc::readPin(3), -1);
+        EXPECT_FALSE(GpioFunc::writePin(3, 1));
         EXPECT_EQ(log.take().size(), &reply == replies ? 1u : 0u);
     }
 }
@@ -147,8 +148,8 @@ TEST_F(LinesTest, WhatIsNotThereCannotBeOpened)
         I2CDevice device;
         EXPECT_FALSE(device.open("I2C1:", 100)) << each;
         EXPECT_FALSE(device.writeRegister(0x88, 0, 0));
-        EXPECT_FALSE(GpioFunc::setPinFunc(32856, 32)) << each;
-        EXPECT_EQ(GpioFunc::readPin(32856), -1) << each;
+        EXPECT_FALSE(GpioFunc::setPinFunc(output1Line, 32)) << each;
+        EXPECT_FALSE(GpioFunc::writePin(output1Line, 1)) << each;
     }
     EXPECT_EQ(log.count("I2C1:"), 1);
     EXPECT_EQ(log.count("line 32856"), 1);

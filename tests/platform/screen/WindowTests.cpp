@@ -414,8 +414,10 @@ TEST_F(WindowTest, WithoutADisplayNothingIsFound)
     EXPECT_EQ(findWindow("AppRadio"), window);
 }
 
-/** The X server ends under the running engine: one line in the log, and then all is as without a display, until it
- * comes back. */
+/**
+    The X server ends under the running engine: one line in the log, and then all is as without a display, until it
+    comes back.
+*/
 TEST_F(WindowTest, ALostDisplayIsReportedOnceAndTakenUpAgain)
 {
     XServer ending;

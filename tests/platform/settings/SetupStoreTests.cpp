@@ -1,5 +1,6 @@
 #include "platform/config/Configuration.h"
 #include "platform/settings/SetupEnvironment.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 #include "support/Eventually.h"
 #include "support/LogCapture.h"
@@ -47,35 +48,35 @@ protected:
 TEST_F(SetupStoreTest, AnEmptyStoreBeginsWithTheFactoryValuesAndKeepsWhatIsWrittenOverARestart)
 {
     ASSERT_TRUE(VX_LoadDataFromSystemFile());
-    EXPECT_EQ(VX_GetSetupValueInt(279), 6);
-    EXPECT_EQ(VX_GetSetupValueString(284), "Zone 2");
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 6);
+    EXPECT_EQ(VX_GetSetupValueString(zone2NameSetting), "Zone 2");
 
     const juce::String german = juce::CharPointer_UTF8("Vorschiff \xc3\xb6");
-    ASSERT_TRUE(VX_SetSetupValueInt(279, -2147483647));
-    ASSERT_TRUE(VX_SetSetupValueString(284, german));
+    ASSERT_TRUE(VX_SetSetupValueInt(faderSetting, -2147483647));
+    ASSERT_TRUE(VX_SetSetupValueString(zone2NameSetting, german));
     VX_ReleaseSetupInfo();
 
     ASSERT_TRUE(VX_LoadDataFromSystemFile());
-    EXPECT_EQ(VX_GetSetupValueInt(279), -2147483647);
-    EXPECT_EQ(VX_GetSetupValueString(284), german);
-    EXPECT_EQ(VX_GetSetupValueInt(7), 1);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), -2147483647);
+    EXPECT_EQ(VX_GetSetupValueString(zone2NameSetting), german);
+    EXPECT_EQ(VX_GetSetupValueInt(bluetoothSetting), 1);
 }
 
 TEST_F(SetupStoreTest, ASettingHasOneType)
 {
-    EXPECT_FALSE(VX_IsSetupValueString(279));
-    EXPECT_EQ(VX_GetSetupValueString(279), "");
-    EXPECT_TRUE(VX_IsSetupValueString(284));
-    EXPECT_EQ(VX_GetSetupValueInt(284), 0);
-    VX_SetSetupValueString(279, "");
-    EXPECT_TRUE(VX_IsSetupValueString(279));
+    EXPECT_FALSE(VX_IsSetupValueString(faderSetting));
+    EXPECT_EQ(VX_GetSetupValueString(faderSetting), "");
+    EXPECT_TRUE(VX_IsSetupValueString(zone2NameSetting));
+    EXPECT_EQ(VX_GetSetupValueInt(zone2NameSetting), 0);
+    VX_SetSetupValueString(faderSetting, "");
+    EXPECT_TRUE(VX_IsSetupValueString(faderSetting));
     for (const int unknown : { 4000, -1 })
     {
         EXPECT_EQ(VX_GetSetupValueInt(unknown), 0);
         EXPECT_EQ(VX_GetSetupValueString(unknown), "");
         EXPECT_FALSE(VX_IsSetupValueKnown(unknown));
     }
-    EXPECT_TRUE(VX_IsSetupValueKnown(279) && VX_IsSetupValueKnown(284));
+    EXPECT_TRUE(VX_IsSetupValueKnown(faderSetting) && VX_IsSetupValueKnown(zone2NameSetting));
 }
 
 TEST_F(SetupStoreTest, ADamagedValueReadsAsUnknown)
@@ -84,10 +85,10 @@ TEST_F(SetupStoreTest, ADamagedValueReadsAsUnknown)
     for (const std::string damaged : { "", "i", "i12", "i12345", "x1234", "s\xff\xfe", "s\xc3" })
     {
         VX_WaitForSetupInfo(); // the store's own thread writes no more
-        ASSERT_EQ(SetupEnvironment::get().write({ { 279, damaged } }, false), 0);
-        EXPECT_EQ(VX_GetSetupValueInt(279), 0) << damaged;
-        EXPECT_EQ(VX_GetSetupValueString(279), "") << damaged;
-        EXPECT_FALSE(VX_IsSetupValueString(279)) << damaged;
+        ASSERT_EQ(SetupEnvironment::get().write({ { faderSetting, damaged } }, false), 0);
+        EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 0) << damaged;
+        EXPECT_EQ(VX_GetSetupValueString(faderSetting), "") << damaged;
+        EXPECT_FALSE(VX_IsSetupValueString(faderSetting)) << damaged;
     }
 }
 
@@ -97,24 +98,24 @@ TEST_F(SetupStoreTest, ADamagedValueReadsAsUnknown)
 */
 TEST_F(SetupStoreTest, AFactoryResetHoldsNowAndAfterTheNextStart)
 {
-    VX_SetSetupValueInt(279, 9);
+    VX_SetSetupValueInt(faderSetting, 9);
     VX_SetSetupValueInt(5000, 9);
     ASSERT_TRUE(VX_LoadDataFromFactoryFile());
     EXPECT_FALSE(settings().exists());
-    EXPECT_EQ(VX_GetSetupValueInt(279), 6);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 6);
     EXPECT_EQ(VX_GetSetupValueInt(5000), 0);
-    EXPECT_TRUE(VX_SetSetupValueInt(279, 3));
-    EXPECT_EQ(VX_GetSetupValueInt(279), 3);
+    EXPECT_TRUE(VX_SetSetupValueInt(faderSetting, 3));
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 3);
 
     VX_ReleaseSetupInfo();
     ASSERT_TRUE(VX_LoadDataFromSystemFile());
-    EXPECT_EQ(VX_GetSetupValueInt(279), 6);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 6);
     EXPECT_EQ(VX_GetSetupValueInt(5000), 0);
 }
 
 TEST_F(SetupStoreTest, AFactoryResetWithoutFactoryValuesChangesNothing)
 {
-    VX_SetSetupValueInt(279, 9);
+    VX_SetSetupValueInt(faderSetting, 9);
     const juce::File factoryFile(AppConfig::getResourcePath() + "factory-settings.toml");
     for (const auto* content : { "279 = \n", "# nothing\n", "x = 1\n279 = 1.5\n-1 = 3\n7 = 2147483648\n" })
     {
@@ -124,7 +125,7 @@ TEST_F(SetupStoreTest, AFactoryResetWithoutFactoryValuesChangesNothing)
     factoryFile.deleteFile();
     EXPECT_FALSE(VX_LoadDataFromFactoryFile());
     VX_ReleaseSetupInfo();
-    EXPECT_EQ(VX_GetSetupValueInt(279), 9);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 9);
 }
 
 /** Power goes while another process writes: what it was told is stored must be there. */
@@ -133,7 +134,7 @@ TEST_F(SetupStoreTest, AStoredValueIsThereAfterAKill)
     const int child = fork();
     if (child == 0)
     {
-        VX_SetSetupValueInt(279, 11);
+        VX_SetSetupValueInt(faderSetting, 11);
         while (!VX_WaitForSetupInfo())
         {
         }
@@ -142,8 +143,8 @@ TEST_F(SetupStoreTest, AStoredValueIsThereAfterAKill)
     int status = 0;
     waitpid(child, &status, 0);
     ASSERT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(VX_GetSetupValueInt(279), 11);
-    VX_SetSetupValueInt(279, 12);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 11);
+    VX_SetSetupValueInt(faderSetting, 12);
     EXPECT_TRUE(isStored()) << "the lock of the dead does not hold us up";
 }
 
@@ -159,25 +160,25 @@ TEST_F(SetupStoreTest, AProcessThatHoldsTheStoresLockHoldsUpNobody)
         LogCapture log;
         auto holder = std::make_unique<StoreLock>(settings());
         ASSERT_TRUE(VX_LoadDataFromSystemFile());
-        EXPECT_EQ(VX_GetSetupValueInt(279), 6);
+        EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 6);
         const auto begin = std::chrono::steady_clock::now();
         for (int value = 0; value <= 1000; ++value)
-            EXPECT_TRUE(VX_SetSetupValueInt(279, value));
-        EXPECT_EQ(VX_GetSetupValueInt(279), 1000);
+            EXPECT_TRUE(VX_SetSetupValueInt(faderSetting, value));
+        EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 1000);
         for (int again = 0; again < 10; ++again)
             EXPECT_FALSE(VX_WaitForSetupInfo());
         VX_ReleaseSetupInfo();
-        VX_SetSetupValueInt(7, 0);
-        VX_SetSetupValueInt(7, 5);
+        VX_SetSetupValueInt(bluetoothSetting, 0);
+        VX_SetSetupValueInt(bluetoothSetting, 5);
         EXPECT_LT(std::chrono::steady_clock::now() - begin, 60s) << "the other process holds the store for good";
         EXPECT_EQ(log.count("settings wait to be stored: another process holds the store, or the disk is slow"), 1);
 
         holder.reset();
         EXPECT_TRUE(isStored());
         VX_ReleaseSetupInfo();
-        EXPECT_EQ(VX_GetSetupValueInt(279), 1000);
-        EXPECT_EQ(VX_GetSetupValueInt(7), 5);
-        VX_SetSetupValueInt(279, 6);
+        EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 1000);
+        EXPECT_EQ(VX_GetSetupValueInt(bluetoothSetting), 5);
+        VX_SetSetupValueInt(faderSetting, 6);
         VX_ReleaseSetupInfo();
     }
 }
@@ -185,7 +186,7 @@ TEST_F(SetupStoreTest, AProcessThatHoldsTheStoresLockHoldsUpNobody)
 /** Programs and tools read while somebody holds the lock, and without a right to write. */
 TEST_F(SetupStoreTest, WhoOnlyReadsNeedsNoLockAndWritesNothing)
 {
-    VX_SetSetupValueInt(279, 9);
+    VX_SetSetupValueInt(faderSetting, 9);
     VX_ReleaseSetupInfo();
     const auto readsInChild = [](int expected)
     {
@@ -193,8 +194,9 @@ TEST_F(SetupStoreTest, WhoOnlyReadsNeedsNoLockAndWritesNothing)
             [=]
             {
                 VX_ReadSetupInfoOnly();
-                return VX_GetSetupValueInt(279) == expected && VX_GetSetupValueString(284) == "Zone 2" &&
-                       !VX_SetSetupValueInt(279, 1) && VX_GetSetupValueInt(279) == expected;
+                return VX_GetSetupValueInt(faderSetting) == expected &&
+                       VX_GetSetupValueString(zone2NameSetting) == "Zone 2" && !VX_SetSetupValueInt(faderSetting, 1) &&
+                       VX_GetSetupValueInt(faderSetting) == expected;
             });
     };
     {
@@ -209,11 +211,12 @@ TEST_F(SetupStoreTest, WhoOnlyReadsNeedsNoLockAndWritesNothing)
     EXPECT_FALSE(settings().exists());
 }
 
-/** The disk takes not one byte more, and the lock file is gone: its user reads the settings, and changes them for now.
- */
+/**
+    The disk takes not one byte more, and the lock file is gone: its user reads the settings, and changes them for now.
+*/
 TEST_F(SetupStoreTest, OnAFullDiskTheSettingsAreReadAndKeptInMemory)
 {
-    VX_SetSetupValueInt(279, 9);
+    VX_SetSetupValueInt(faderSetting, 9);
     VX_ReleaseSetupInfo();
     settings().getChildFile("lock.mdb").deleteFile();
     EXPECT_TRUE(inChild(
@@ -222,13 +225,13 @@ TEST_F(SetupStoreTest, OnAFullDiskTheSettingsAreReadAndKeptInMemory)
             std::signal(SIGXFSZ, SIG_IGN);
             const rlimit nothing { 0, 0 };
             setrlimit(RLIMIT_FSIZE, &nothing);
-            const bool read = VX_LoadDataFromSystemFile() && VX_GetSetupValueInt(279) == 9;
-            VX_SetSetupValueInt(279, 5);
-            const bool kept = VX_GetSetupValueInt(279) == 5 && !VX_WaitForSetupInfo();
+            const bool read = VX_LoadDataFromSystemFile() && VX_GetSetupValueInt(faderSetting) == 9;
+            VX_SetSetupValueInt(faderSetting, 5);
+            const bool kept = VX_GetSetupValueInt(faderSetting) == 5 && !VX_WaitForSetupInfo();
             VX_ReleaseSetupInfo();
             return read && kept;
         }));
-    EXPECT_EQ(VX_GetSetupValueInt(279), 9);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 9);
 }
 
 /**
@@ -251,7 +254,7 @@ TEST_F(SetupStoreTest, NoDamageOfTheStoreEndsTheProcess)
         ASSERT_TRUE(isStored());
         for (int change = 0; change < 3; ++change) // so that there are free pages
         {
-            VX_SetSetupValueInt(279, change);
+            VX_SetSetupValueInt(faderSetting, change);
             ASSERT_TRUE(isStored());
         }
         VX_ReleaseSetupInfo();
@@ -281,10 +284,10 @@ TEST_F(SetupStoreTest, NoDamageOfTheStoreEndsTheProcess)
 
         EXPECT_TRUE(VX_LoadDataFromSystemFile()) << round;
         setAside += aside.exists() ? 1 : 0;
-        EXPECT_TRUE(!aside.exists() || VX_GetSetupValueInt(279) == 6) << round;
+        EXPECT_TRUE(!aside.exists() || VX_GetSetupValueInt(faderSetting) == 6) << round;
         for (int index = 0; index < 600; ++index)
             VX_GetSetupValueString(index);
-        VX_SetSetupValueInt(279, 4);
+        VX_SetSetupValueInt(faderSetting, 4);
         ASSERT_TRUE(isStored()) << round;
     }
     EXPECT_GT(setAside, rounds / 10);
@@ -296,15 +299,15 @@ TEST_F(SetupStoreTest, AStoreThatCannotBeHadIsKeptInMemoryUntilItCan)
     settings().deleteRecursively();
     settings().replaceWithText("not a folder");
     EXPECT_FALSE(VX_LoadDataFromSystemFile());
-    EXPECT_EQ(VX_GetSetupValueInt(279), 6);
-    EXPECT_TRUE(VX_SetSetupValueInt(279, 1));
-    EXPECT_EQ(VX_GetSetupValueInt(279), 1);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 6);
+    EXPECT_TRUE(VX_SetSetupValueInt(faderSetting, 1));
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 1);
     settings().deleteFile();
     EXPECT_TRUE(isStored());
     VX_ReleaseSetupInfo();
     EXPECT_TRUE(VX_LoadDataFromSystemFile());
-    EXPECT_EQ(VX_GetSetupValueInt(279), 1);
-    EXPECT_EQ(VX_GetSetupValueInt(7), 1);
+    EXPECT_EQ(VX_GetSetupValueInt(faderSetting), 1);
+    EXPECT_EQ(VX_GetSetupValueInt(bluetoothSetting), 1);
 }
 
 TEST_F(SetupStoreTest, ATextMayHave64KiBAndNoMore)

@@ -1,5 +1,6 @@
 #include "platform/settings/SysInfo.h"
 
+#include "platform/settings/SysInfoItems.h"
 #include "support/LogCapture.h"
 
 #include <array>
@@ -16,27 +17,27 @@ using namespace Platform;
 TEST(SysInfo, AValueIsSeenByAnotherProcess)
 {
     VX_ReleaseSysInfo();
-    VX_SetSysInfo(0, 1);
+    VX_SetSysInfo(sysInfoBluetooth, 1);
     VX_SetSysInfo(127, -5);
     const int child = fork();
     if (child == 0)
     {
         VX_ReleaseSysInfo(); // maps it anew, by name
-        const bool seen = VX_GetSysInfo(0) == 1 && VX_GetSysInfo(127) == -5;
-        VX_SetSysInfo(36, 77);
+        const bool seen = VX_GetSysInfo(sysInfoBluetooth) == 1 && VX_GetSysInfo(127) == -5;
+        VX_SetSysInfo(sysInfoVoltageShown, 77);
         _exit(seen ? 0 : 1);
     }
     int status = -1;
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(VX_GetSysInfo(36), 77);
+    EXPECT_EQ(VX_GetSysInfo(sysInfoVoltageShown), 77);
     VX_ReleaseSysInfo();
-    EXPECT_EQ(VX_GetSysInfo(36), 77) << "the table outlives its mapping";
+    EXPECT_EQ(VX_GetSysInfo(sysInfoVoltageShown), 77) << "the table outlives its mapping";
 }
 
 TEST(SysInfo, AnIndexOutsideTheTableTouchesNothing)
 {
-    for (const int index : { -1, Platform::sysInfoSize, 1 << 30 })
+    for (const int index : { -1, sysInfoSize, 1 << 30 })
     {
         VX_SetSysInfo(index, 9);
         EXPECT_EQ(VX_GetSysInfo(index), 0) << index;
@@ -95,7 +96,7 @@ TEST(SysInfo, ATableThatIsNotOursOrIsCutShortIsPutRight)
         EXPECT_EQ(ftruncate(object, 0), 0);
         EXPECT_EQ(VX_GetSysInfo(3), 8);
         VX_SetSysInfo(4, 9);
-        std::array<juce::int32, Platform::sysInfoSize> seen {};
+        std::array<juce::int32, sysInfoSize> seen {};
         EXPECT_EQ(pread(object, seen.data(), sizeof seen, 0), static_cast<ssize_t>(sizeof seen));
         EXPECT_EQ(seen[3], 8);
         EXPECT_EQ(seen[4], 9);

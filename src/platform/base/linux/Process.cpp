@@ -24,17 +24,16 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/Process";
-constexpr const char* tag = "Process";
+constexpr Log logger { "platform/Process", "Process" };
 
 constexpr int signalledExitBase = 128;
 constexpr int failedExecStatus = 127;
 constexpr int firstForeignDescriptor = 3;
 constexpr int longestAncestry = 256;
 
-void logFailure(int line, const juce::String& what, int error)
+void logFailure(const Log::Line& line, const juce::String& what, int error)
 {
-    Logger::getInstance()->logError(source, line, tag, what + ": " + std::generic_category().message(error));
+    line.error(what + ": " + std::generic_category().message(error));
 }
 
 /** Collects an ended child. False while it runs. */
@@ -113,7 +112,7 @@ public:
     void terminate() override
     {
         if (pidfd_send_signal(pidfd.get(), SIGKILL, nullptr, 0) < 0 && errno != ESRCH)
-            logFailure(__LINE__, "cannot end process " + juce::String(pid), errno);
+            logFailure(logger(), "cannot end process " + juce::String(pid), errno);
     }
 
     int getExitCode() const override
@@ -216,7 +215,7 @@ ProcessHandle createProcess(const juce::String& path, const juce::StringArray& a
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) < 0)
     {
-        logFailure(__LINE__, "cannot start " + path, errno);
+        logFailure(logger(), "cannot start " + path, errno);
         return nullptr;
     }
     Descriptor report { ends[0] };
@@ -233,7 +232,7 @@ ProcessHandle createProcess(const juce::String& path, const juce::StringArray& a
     }
     if (pid < 0)
     {
-        logFailure(__LINE__, "cannot start " + path, error);
+        logFailure(logger(), "cannot start " + path, error);
         return nullptr;
     }
     childReport.reset();
@@ -241,7 +240,7 @@ ProcessHandle createProcess(const juce::String& path, const juce::StringArray& a
     Descriptor pidfd { pidfd_open(pid, 0) };
     if (error != 0 || !pidfd)
     {
-        logFailure(__LINE__, "cannot start " + path, error != 0 ? error : errno);
+        logFailure(logger(), "cannot start " + path, error != 0 ? error : errno);
         if (error == 0)
             kill(pid, SIGKILL); // It runs, but we could not watch it. The number is its own until it is collected.
         while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR)
@@ -298,7 +297,7 @@ int ProcessWaiter::wait(const std::vector<ProcessHandle>& processes)
     while (poll(waiting.data(), waiting.size(), -1) < 0)
         if (errno != EINTR)
         {
-            logFailure(__LINE__, "cannot wait for processes", errno);
+            logFailure(logger(), "cannot wait for processes", errno);
             return failed;
         }
     if (waiting.front().revents != 0)

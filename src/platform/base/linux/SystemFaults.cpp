@@ -20,6 +20,8 @@ namespace Platform
 namespace
 {
 
+constexpr Log logger { "platform/SystemFaults", "System" };
+
 #ifdef HEADUNIT_SANITIZED
 constexpr bool sanitized = true;
 #else
@@ -75,11 +77,10 @@ void limitTimeOfExit()
     writeToStandardError("\n");
     backtrace_symbols_fd(frames.data(), depth, STDERR_FILENO);
 
-    auto* logger = Logger::getInstance();
-    logger->logError("platform/SystemFaults", __LINE__, "System", "%s", description);
+    logger().error("%s", description);
     if (char** names = backtrace_symbols(frames.data(), depth))
         for (int frame = 0; frame < depth; ++frame)
-            logger->logError("platform/SystemFaults", __LINE__, "System", "%s", names[frame]);
+            logger().error("%s", names[frame]);
     std::exit(EXIT_SUCCESS);
 }
 

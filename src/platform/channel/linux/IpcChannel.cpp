@@ -20,8 +20,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr const char* file = "platform/linux/IpcChannel";
-constexpr const char* tag = "MsgSession";
+constexpr Log logger { "platform/linux/IpcChannel", "MsgSession" };
 
 constexpr std::chrono::milliseconds firstPause = 100ms;
 constexpr std::chrono::milliseconds longestPause = 5000ms;
@@ -168,7 +167,7 @@ void IpcChannel::loseLink(const char* what, int error)
     retryAt = Clock::now() + pause;
     pause = std::min(pause * 2, longestPause);
     if (!std::exchange(lossLogged, true))
-        Logger::getInstance()->logError(file, __LINE__, tag, "%s: %s; trying again", what, std::strerror(error));
+        logger().error("%s: %s; trying again", what, std::strerror(error));
     finishAttempt(false);
 }
 
@@ -277,8 +276,7 @@ void IpcChannel::fileWindowMessage(WindowMessage message)
     {
         const std::lock_guard guard(lock);
         if (windowMessages.push(message))
-            Logger::getInstance()->logError(file, __LINE__, tag, "%d window messages wait: the oldest go",
-                                            static_cast<int>(maxWindowMessages));
+            logger().error("%d window messages wait: the oldest go", static_cast<int>(maxWindowMessages));
     }
     wake();
 }
@@ -313,8 +311,7 @@ bool IpcChannel::send(Send&& call)
     if (result < 0)
     {
         if (++refusedSends; std::has_single_bit(static_cast<unsigned>(refusedSends)))
-            Logger::getInstance()->logError(file, __LINE__, tag, "message not sent: %s (%d so far)",
-                                            std::strerror(-result), refusedSends);
+            logger().error("message not sent: %s (%d so far)", std::strerror(-result), refusedSends);
         return false;
     }
     // What did not fit into the socket is written by the loop, which must learn of it.
@@ -333,8 +330,8 @@ bool IpcChannel::post(int appType, const RemoteMessage::Ptr& message)
     if (waiting.isEmpty() && hasRoom())
         return send([&] { return link->post(connection, *message); });
     if (waiting.push({ connection, message }))
-        Logger::getInstance()->logError(file, __LINE__, tag, "%d messages wait for %s: the oldest go",
-                                        static_cast<int>(maxOutgoing), Pubhead::appTypeName(appType));
+        logger().error("%d messages wait for %s: the oldest go", static_cast<int>(maxOutgoing),
+                       Pubhead::appTypeName(appType));
     return true;
 }
 

@@ -12,8 +12,7 @@ namespace Platform
 namespace
 {
 
-constexpr const char* file = "platform/linux/IpcLink";
-constexpr const char* tag = "MsgSession";
+constexpr Log logger { "platform/linux/IpcLink", "MsgSession" };
 constexpr const char* namePrefix = "com.corvane.";
 constexpr const char* endpointPath = "/com/corvane/Endpoint";
 constexpr const char* endpointInterface = "com.corvane.Endpoint";
@@ -319,9 +318,7 @@ int IpcLink::onNameClaimed(sd_bus_message* reply, void* data, sd_bus_error*)
     link.claimAnswered = true;
     link.nameOwned = link.nameOwned || answer == primaryOwner;
     if (!link.nameOwned)
-        Logger::getInstance()->logError(file, __LINE__, tag,
-                                        "%s has another owner; it is taken over when that one goes",
-                                        link.nameOfType(link.self).c_str());
+        logger().error("%s has another owner; it is taken over when that one goes", link.nameOfType(link.self).c_str());
     return 0;
 }
 

@@ -12,8 +12,7 @@ namespace Platform
 namespace
 {
 
-constexpr const char* file = "platform/linux/IpcSeats";
-constexpr const char* tag = "MsgSession";
+constexpr Log logger { "platform/linux/IpcSeats", "MsgSession" };
 
 } // namespace
 
@@ -84,9 +83,8 @@ void IpcSeats::evaluate(int appType)
     if (before == Standing::present)
         events.emplace_back(IpcPresence { appType, false });
     if (seat.standing == Standing::refused)
-        Logger::getInstance()->logError(file, __LINE__, tag,
-                                        "%s is owned by process %d, which is not the started process %d: refused",
-                                        Pubhead::appTypeName(appType), seat.process, seat.expected);
+        logger().error("%s is owned by process %d, which is not the started process %d: refused",
+                       Pubhead::appTypeName(appType), seat.process, seat.expected);
     if (seat.standing == Standing::present)
         events.emplace_back(IpcPresence { appType, true });
     if (seat.standing == Standing::checking)
@@ -163,8 +161,8 @@ void IpcSeats::drop(const char* connection, const char* reason)
     ++dropped;
     // Each doubling is enough to see that it goes on, without letting a stranger fill the log.
     if (std::has_single_bit(static_cast<unsigned>(dropped)))
-        Logger::getInstance()->logError(file, __LINE__, tag, "message of connection %s dropped, %s (%d dropped so far)",
-                                        connection == nullptr ? "" : connection, reason, dropped);
+        logger().error("message of connection %s dropped, %s (%d dropped so far)",
+                       connection == nullptr ? "" : connection, reason, dropped);
 }
 
 } // namespace Platform

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/base/Pubhead.h"
-#include "platform/channel/Ipc.h"
+#include "platform/channel/RemoteMessage.h"
 
 #include <array>
 #include <deque>
@@ -40,8 +40,10 @@ public:
 
     /** A name got another owner; "" for none. The owner's process is to be asked for. */
     void setOwner(int appType, const std::string& connection);
-    /** The answer: process of that owner, -1 when the bus does not know it. Ignored when the name has another owner by
-     * now. */
+    /**
+        The answer: process of that owner, -1 when the bus does not know it. Ignored when the name has another owner by
+        now.
+    */
     void setProcess(int appType, const std::string& connection, int pid);
     void expectProcess(int appType, int pid);
     /** The bus is gone. Expectations stay. */
@@ -59,8 +61,10 @@ public:
 
     /** Files a message under the program that owns its sender's name, or drops it (counted and logged). */
     void received(const char* connection, RemoteMessage::Ptr message);
-    /** Whether the connection is that of a program that is present; what comes from another is dropped (counted and
-     * logged). */
+    /**
+        Whether the connection is that of a program that is present; what comes from another is dropped (counted and
+        logged).
+    */
     bool mayAct(const char* connection);
     int getDropped() const { return dropped; }
 

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "platform/channel/Ipc.h"
+#include "platform/channel/RemoteMessage.h"
 #include "platform/channel/linux/IpcSdBus.h"
 
-/** Bundles and messages as they stand in a bus message. Every call answers a negative errno on failure, as the bus
- * library. */
+/**
+    Bundles and messages as they stand in a bus message. Every call answers a negative errno on failure, as the bus
+    library.
+*/
 namespace Platform::IpcWire
 {
 

@@ -13,9 +13,8 @@ namespace Platform
 class FailureLog
 {
 public:
-    FailureLog(const char* sourceFile, const char* logTag)
-        : source(sourceFile)
-        , tag(logTag)
+    explicit FailureLog(const Log& log)
+        : logger(log)
     {
     }
 
@@ -26,13 +25,12 @@ public:
         if (result.wasOk())
             failing.erase(thing);
         else if (failing.insert(thing).second)
-            Logger::getInstance()->logError(source, __LINE__, tag, name + ": " + result.getErrorMessage());
+            logger().error(name + ": " + result.getErrorMessage());
         return result.wasOk();
     }
 
 private:
-    const char* source;
-    const char* tag;
+    const Log logger;
     std::mutex lock;
     std::set<int> failing;
 };

@@ -62,15 +62,6 @@ public:
         return outcome(gpiod_line_set_value(line, level != 0 ? 1 : 0), "cannot be driven");
     }
 
-    juce::Result read(int offset, int& level) override
-    {
-        gpiod_line* line = nullptr;
-        if (auto result = request(offset, line); result.failed())
-            return result;
-        level = gpiod_line_get_value(line);
-        return outcome(level, "cannot be read");
-    }
-
 private:
     /** A line is asked for on its first use, as it is, and kept until the process ends. */
     juce::Result request(int offset, gpiod_line*& line)

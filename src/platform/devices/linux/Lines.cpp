@@ -14,7 +14,6 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/Lines";
 constexpr const char* i2cBus1 = "I2C1:";
 
 std::unique_ptr<GpioChip> chipOf(const juce::String& configured)
@@ -60,7 +59,7 @@ private:
     std::mutex lock;
     juce::String path;
     std::unique_ptr<GpioChip> chip;
-    FailureLog failures { source, "GpioFunc" };
+    FailureLog failures { Log("platform/Lines", "GpioFunc") };
 };
 
 /** A camera is asked every second: a bus or device that is not there is reported once. */
@@ -68,7 +67,7 @@ struct I2cFailures
 {
     static bool check(int thing, const juce::String& name, const juce::Result& result)
     {
-        static FailureLog failures { source, "I2CDevice" };
+        static FailureLog failures { Log("platform/Lines", "I2CDevice") };
         return failures.check(thing, name, result);
     }
 
@@ -86,14 +85,6 @@ bool GpioFunc::setPinFunc(int line, int function)
 bool GpioFunc::writePin(int line, int level)
 {
     return GpioLines::get().use(line, [level](GpioChip& chip, int chipLine) { return chip.write(chipLine, level); });
-}
-
-int GpioFunc::readPin(int line)
-{
-    int level = 0;
-    const bool known =
-        GpioLines::get().use(line, [&level](GpioChip& chip, int chipLine) { return chip.read(chipLine, level); });
-    return known ? level : -1;
 }
 
 void endDeviceWaits()

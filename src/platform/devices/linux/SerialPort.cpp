@@ -30,8 +30,7 @@ namespace
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
-constexpr const char* source = "platform/SerialPort";
-constexpr const char* tag = "SerialPort";
+constexpr Log logger { "platform/SerialPort", "SerialPort" };
 
 /** The unit's name of the wired remote's port. */
 constexpr const char* wiredRemoteName = "COM5:";
@@ -105,8 +104,7 @@ bool SerialPort::Backend::open(const juce::String& name, int baudRate, bool awai
     const auto result = openPort();
     if (result.failed())
     {
-        Logger::getInstance()->logError(source, __LINE__, tag,
-                                        "cannot open " + device + ": " + result.getErrorMessage());
+        logger().error("cannot open " + device + ": " + result.getErrorMessage());
         if (!awaitDevice)
             return false;
     }
@@ -207,8 +205,7 @@ bool SerialPort::Backend::receiveUntilLost()
         const auto reason = count == 0 ? juce::String("end of file") : errnoText(errno);
         // A device that comes and goes without a byte in between is reported once.
         if (!std::exchange(lossReported, true))
-            Logger::getInstance()->logError(source, __LINE__, tag,
-                                            "lost " + device + " (" + reason + "), trying to open it again");
+            logger().error("lost " + device + " (" + reason + "), trying to open it again");
         return true;
     }
     return false;
@@ -222,7 +219,7 @@ bool SerialPort::Backend::reopen()
         retry = std::min(retry * 2, longestRetry);
         if (openPort().failed())
             continue;
-        Logger::getInstance()->logInfo(source, __LINE__, tag, device + " is open now");
+        logger().info(device + " is open now");
         return true;
     }
     return false;
@@ -254,9 +251,8 @@ int SerialPort::Backend::write(const char* bytes, int length)
                 continue;
             reason = outcome == Wait::closing ? "closed meanwhile" : "nobody takes the bytes";
         }
-        Logger::getInstance()->logError(source, __LINE__, tag,
-                                        device + ": " + juce::String(done) + " of " + juce::String(length) +
-                                            " bytes written: " + reason);
+        logger().error(device + ": " + juce::String(done) + " of " + juce::String(length) +
+                       " bytes written: " + reason);
         break;
     }
     return done;

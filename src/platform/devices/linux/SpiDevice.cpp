@@ -24,7 +24,7 @@ std::unique_ptr<SpiBus> busOf(const juce::String& configured, juce::String& erro
 /** The device is opened for each block that is sent: every step has its own failure, which its own success ends. */
 bool check(Step step, const juce::Result& result)
 {
-    static FailureLog failures { "platform/SpiDevice", "SpiDevice" };
+    static FailureLog failures { Log("platform/SpiDevice", "SpiDevice") };
     const auto index = static_cast<int>(step);
     return failures.check(index, juce::String(spiBus2) + " " + stepNames[index], result);
 }

@@ -12,7 +12,7 @@ namespace
 /** The lines are set on threads that have other work: a simulated chip answers at once or is not there. */
 constexpr int gpioTimeoutMs = 1000;
 
-enum GpioOperation { function = 0, write = 1, read = 2 };
+enum GpioOperation { function = 0, write = 1 };
 enum I2cDirection { writing = 0, reading = 1 };
 
 constexpr size_t statusSize = SocketDevice::statusSize;
@@ -27,28 +27,12 @@ public:
     {
     }
 
-    juce::Result setFunction(int line, int number) override
-    {
-        juce::uint32 ignored = 0;
-        return operate(line, GpioOperation::function, number, ignored);
-    }
+    juce::Result setFunction(int line, int number) override { return operate(line, GpioOperation::function, number); }
 
-    juce::Result write(int line, int level) override
-    {
-        juce::uint32 ignored = 0;
-        return operate(line, GpioOperation::write, level, ignored);
-    }
-
-    juce::Result read(int line, int& level) override
-    {
-        juce::uint32 value = 0;
-        auto result = operate(line, GpioOperation::read, 0, value);
-        level = value != 0 ? 1 : 0;
-        return result;
-    }
+    juce::Result write(int line, int level) override { return operate(line, GpioOperation::write, level); }
 
 private:
-    juce::Result operate(int line, GpioOperation operation, int value, juce::uint32& answer)
+    juce::Result operate(int line, GpioOperation operation, int value)
     {
         juce::MemoryOutputStream words;
         words.writeInt(line);
@@ -68,7 +52,6 @@ private:
             if (result.wasOk())
                 result = device.operate(request, reply, gpioReplySize);
         }
-        answer = juce::ByteOrder::littleEndianInt(reply.data() + statusSize);
         return result;
     }
 

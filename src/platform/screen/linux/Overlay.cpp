@@ -11,8 +11,7 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/Overlay";
-constexpr const char* tag = "Overlay";
+constexpr Log logger { "platform/Overlay", "Overlay" };
 
 /** The extension's first version that knows touches. */
 constexpr std::uint16_t majorVersion = 2;
@@ -41,7 +40,7 @@ public:
     void appear(XConnection& x) override
     {
         if (!select(x) && !x.isLost())
-            Logger::getInstance()->logError(source, __LINE__, tag, "the display does not report touches");
+            logger().error("the display does not report touches");
     }
 
     void handle(XConnection& x, const xcb_generic_event_t& event) override

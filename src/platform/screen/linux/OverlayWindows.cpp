@@ -16,12 +16,13 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr const char* source = "platform/OverlayWindows";
-constexpr const char* tag = "OverlayWindows";
+constexpr Log logger { "platform/OverlayWindows", "OverlayWindows" };
 
 constexpr std::uint8_t firstButton = 1;
-/** How often the bars are put above a window that covers them: at once this often, and then once in a pause, so that a
- * window that keeps raising itself gets no quick answers. */
+/**
+    How often the bars are put above a window that covers them: at once this often, and then once in a pause, so that a
+    window that keeps raising itself gets no quick answers.
+*/
 constexpr double mostRestores = 8;
 constexpr auto restorePause = 500ms;
 
@@ -147,8 +148,7 @@ private:
             create(x, now);
         }
         else
-            Logger::getInstance()->logError(source, __LINE__, tag, "%s cannot be drawn with the colours of the display",
-                                            now.title.toRawUTF8());
+            logger().error("%s cannot be drawn with the colours of the display", now.title.toRawUTF8());
     }
 
     void create(XConnection& x, const Wanted& now)
@@ -386,8 +386,7 @@ private:
         if (may)
             restores -= 1;
         else if (!std::exchange(contested, true))
-            Logger::getInstance()->logError(source, __LINE__, tag,
-                                            "another window keeps coming above those of the unit");
+            logger().error("another window keeps coming above those of the unit");
         contested = contested && restores < mostRestores - 1;
         retryAt = may ? std::nullopt : std::optional(now + restorePause);
         return may;
@@ -489,7 +488,7 @@ std::unique_ptr<OverlayWindow> makeOverlayWindow(OverlayWindow::PointerHandler h
 
 int getDisplayWidth()
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     return x == nullptr ? 0 : x->getScreen().width_in_pixels;
 }
 

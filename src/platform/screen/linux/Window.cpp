@@ -1,7 +1,7 @@
 #include "platform/screen/Window.h"
 
 #include "platform/base/Utf8.h"
-#include "platform/screen/linux/XConnection.h"
+#include "platform/screen/linux/XDisplay.h"
 
 #include <algorithm>
 #include <array>
@@ -115,7 +115,7 @@ xcb_void_cookie_t sendMessage(const XConnection& x, xcb_window_t window, std::ar
 
 WindowHandle findWindow(const juce::String& title)
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     if (x == nullptr || title.isEmpty())
         return noWindow;
     // Hidden windows are in no manager's list, and without a manager there is no list: then the tree is searched. A
@@ -130,7 +130,7 @@ WindowHandle findWindow(const juce::String& title)
 
 bool isWindow(WindowHandle window)
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
         return false;
     const XReply<xcb_get_window_attributes_reply_t> reply(
@@ -140,7 +140,7 @@ bool isWindow(WindowHandle window)
 
 int windowProcess(WindowHandle window)
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
         return -1;
     const auto pids = x->getValues(window, x->getAtoms()._NET_WM_PID, XCB_ATOM_CARDINAL);
@@ -149,7 +149,7 @@ int windowProcess(WindowHandle window)
 
 bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t wParam, std::int32_t lParam)
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
         return false;
     const std::array data { static_cast<std::uint32_t>(message), static_cast<std::uint32_t>(wParam),
@@ -166,7 +166,7 @@ bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t w
 
 void showWindow(WindowHandle window, bool visible)
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
         return;
     x->check(visible ? xcb_map_window_checked(x->get(), window) : xcb_unmap_window_checked(x->get(), window));
@@ -175,7 +175,7 @@ void showWindow(WindowHandle window, bool visible)
 
 void setForegroundWindow(WindowHandle window)
 {
-    const auto x = XConnection::shared();
+    const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
         return;
     const auto activate = x->getAtoms()._NET_ACTIVE_WINDOW;

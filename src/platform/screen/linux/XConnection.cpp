@@ -1,7 +1,6 @@
 #include "platform/screen/linux/XConnection.h"
 
 #include "platform/base/Logger.h"
-#include "platform/screen/linux/XDisplay.h"
 
 #include <algorithm>
 
@@ -11,20 +10,13 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/XConnection";
-constexpr const char* tag = "XConnection";
+constexpr Log logger { "platform/XConnection", "XConnection" };
 constexpr const char* messageTypeName = "_CORVANE_WINDOW_MESSAGE";
 
 /** In 32-bit units; more than any window manager lists. */
 constexpr std::uint32_t longestProperty = 65536;
 
 } // namespace
-
-std::shared_ptr<XConnection> XConnection::shared()
-{
-    const auto display = XDisplay::current();
-    return display != nullptr ? display->requests() : nullptr;
-}
 
 std::unique_ptr<XConnection> XConnection::open(std::shared_ptr<XDisplayState> display, int& error)
 {
@@ -77,7 +69,7 @@ bool XConnection::isLost()
     if (xcb_connection_has_error(connection) == 0)
         return display->lost;
     if (!display->lost.exchange(true))
-        Logger::getInstance()->logError(source, __LINE__, tag, "lost the X display \"%s\"", display->name.c_str());
+        logger().error("lost the X display \"%s\"", display->name.c_str());
     return true;
 }
 

@@ -44,8 +44,6 @@ class XConnection
 public:
     /** Waits for the display without limit. Null when it cannot be opened, with the error of xcb. */
     static std::unique_ptr<XConnection> open(std::shared_ptr<XDisplayState> display, int& error);
-    /** The one for requests (`XDisplay::requests`). Null without a display. The answer stays valid while it is held. */
-    static std::shared_ptr<XConnection> shared();
 
     ~XConnection();
     XConnection(const XConnection&) = delete;

@@ -16,8 +16,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr const char* source = "platform/XDisplay";
-constexpr const char* tag = "XDisplay";
+constexpr Log logger { "platform/XDisplay", "XDisplay" };
 
 constexpr auto firstLookLimit = 2s;
 constexpr auto retryPause = 500ms;
@@ -59,13 +58,12 @@ struct XDisplay::State
             if (forRequests != nullptr)
             {
                 if (missed)
-                    Logger::getInstance()->logInfo(source, __LINE__, tag, "found the X display \"%s\"", name.c_str());
+                    logger().info("found the X display \"%s\"", name.c_str());
                 publish(std::move(forRequests));
                 serve(*connection);
             }
             else if (!missed)
-                Logger::getInstance()->logError(source, __LINE__, tag, "no X display \"%s\" (error %d)", name.c_str(),
-                                                error);
+                logger().error("no X display \"%s\" (error %d)", name.c_str(), error);
             publish(nullptr);
             pause();
         }
@@ -171,6 +169,12 @@ std::shared_ptr<XDisplay> XDisplay::current()
     return display;
 }
 
+std::shared_ptr<XConnection> XDisplay::connection()
+{
+    const auto display = current();
+    return display != nullptr ? display->requests() : nullptr;
+}
+
 XDisplay::XDisplay(const std::string& name)
     : state(std::make_shared<State>(name))
     , thread(
@@ -195,8 +199,7 @@ XDisplay::~XDisplay()
         thread.join();
         return;
     }
-    Logger::getInstance()->logError(source, __LINE__, tag, "the display \"%s\" does not answer, its thread is left",
-                                    state->name.c_str());
+    logger().error("the display \"%s\" does not answer, its thread is left", state->name.c_str());
     thread.detach();
 }
 

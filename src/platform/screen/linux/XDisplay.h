@@ -34,22 +34,28 @@ public:
 /**
     The display that the process uses. Its thread "display" alone waits for the display: it connects, keeps the clients
     on it, and connects anew when the display is lost, or comes later. So nobody else is held up by a display that
-   cannot be had; a request on the connection of `requests` waits for its answer on its caller's thread. Any thread.
+    cannot be had; a request on the connection of `requests` waits for its answer on its caller's thread. Any thread.
 */
 class XDisplay
 {
 public:
-    /** The one that DISPLAY names, on its way from the first call on. Null with `unit.display` "none" or without a
-     * name; no other display is ever opened. */
+    /**
+        The one that DISPLAY names, on its way from the first call on. Null with `unit.display` "none" or without a
+        name; no other display is ever opened.
+    */
     static std::shared_ptr<XDisplay> current();
+    /** Its connection for requests (`requests`). Null without a display. The answer stays valid while it is held. */
+    static std::shared_ptr<XConnection> connection();
 
     explicit XDisplay(const std::string& name);
     ~XDisplay();
     XDisplay(const XDisplay&) = delete;
     XDisplay& operator=(const XDisplay&) = delete;
 
-    /** The connection for requests, null while there is no display. The first look at the display is awaited, for two
-     * seconds at most. The answer stays valid while it is held. */
+    /**
+        The connection for requests, null while there is no display. The first look at the display is awaited, for two
+        seconds at most. The answer stays valid while it is held.
+    */
     std::shared_ptr<XConnection> requests();
 
     void add(std::shared_ptr<XClient> client);

@@ -16,8 +16,7 @@ namespace Platform
 namespace
 {
 
-constexpr const char* source = "platform/Sound";
-constexpr const char* tag = "PlaySound";
+constexpr Log logger { "platform/Sound", "PlaySound" };
 
 constexpr int stereo = 2;
 /** Three minutes at 44.1 kHz. A longer file is no alert, and is not taken into memory. */
@@ -25,41 +24,15 @@ constexpr juce::int64 longestSound = 8 * 1024 * 1024;
 /** In Hz. A damaged file may name any other. */
 constexpr double slowestRate = 4000.0, fastestRate = 192000.0;
 
-/** A sound in memory, without an end: the audio thread neither decodes nor waits for a disk. */
-class EndlessSource : public juce::AudioSource
-{
-public:
-    explicit EndlessSource(juce::AudioBuffer<float> samples)
-        : sound(std::move(samples))
-    {
-    }
-
-    void prepareToPlay(int, double) override {}
-    void releaseResources() override {}
-
-    void getNextAudioBlock(const juce::AudioSourceChannelInfo& info) override
-    {
-        for (int done = 0; done < info.numSamples;)
-        {
-            const int piece = juce::jmin(info.numSamples - done, sound.getNumSamples() - position);
-            for (int channel = 0; channel < juce::jmin(stereo, info.buffer->getNumChannels()); ++channel)
-                info.buffer->copyFrom(channel, info.startSample + done, sound, channel, position, piece);
-            position = (position + piece) % sound.getNumSamples();
-            done += piece;
-        }
-    }
-
-private:
-    juce::AudioBuffer<float> sound;
-    int position = 0;
-};
-
-/** The same at the rate of the device and at the wave-out volume. */
+/**
+    A sound in memory, without an end, at the rate of the device and at the wave-out volume: the audio thread neither
+    decodes nor waits for a disk.
+*/
 class LoopedSound : public juce::AudioSource
 {
 public:
     LoopedSound(juce::AudioBuffer<float> samples, double rateInHz)
-        : endless(std::move(samples))
+        : sound(std::move(samples))
         , rate(rateInHz)
     {
     }
@@ -77,6 +50,8 @@ public:
     {
         guardStack(); // on the thread that the toolkit has for the device
         resampler.getNextAudioBlock(info);
+        // The source counts the rounds too, and an alert of some hours would leave the range of its counter.
+        endless.setNextReadPosition(endless.getNextReadPosition() % endless.getTotalLength());
         const auto before = std::exchange(gains, gainsNow());
         for (int channel = 0; channel < juce::jmin(stereo, info.buffer->getNumChannels()); ++channel)
             info.buffer->applyGainRamp(channel, info.startSample, info.numSamples, before[channel], gains[channel]);
@@ -92,7 +67,8 @@ private:
         return { static_cast<float>(volume & full) / full, static_cast<float>(volume >> 16) / full };
     }
 
-    EndlessSource endless;
+    juce::AudioBuffer<float> sound;
+    juce::MemoryAudioSource endless { sound, false, true };
     juce::ResamplingAudioSource resampler { &endless, false, stereo };
     const double rate;
     Gains gains {};
@@ -169,7 +145,7 @@ struct Loudspeaker
 
     std::mutex lock;
     std::unique_ptr<Output> output;
-    FailureLog failures { source, tag };
+    FailureLog failures { logger };
 };
 
 } // namespace
@@ -186,7 +162,7 @@ bool PlaySound(const juce::String& file)
     auto sound = soundOf(juce::File::getCurrentWorkingDirectory().getChildFile(file), error);
     if (sound == nullptr)
     {
-        Logger::getInstance()->logError(source, __LINE__, tag, file + ": " + error);
+        logger().error(file + ": " + error);
         return false;
     }
     auto output = std::make_unique<Output>(std::move(sound));

@@ -1,6 +1,4 @@
-#include "platform/channel/Ipc.h"
-
-#include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessage.h"
 
 namespace Platform
 {
@@ -50,11 +48,6 @@ void RemoteMessage::recycle(Ptr message)
     const juce::ScopedLock guard(pool.lock);
     if (pool.spare.size() < Pool::capacity)
         pool.spare.push_back(std::move(message));
-}
-
-const char* IPCMsg::MessageHelper::getDestName(int appType)
-{
-    return Pubhead::appTypeName(appType);
 }
 
 } // namespace Platform

@@ -2,7 +2,7 @@
 
 #include <juce_core/juce_core.h>
 
-namespace EngineApi
+namespace Platform
 {
 
 /** Messages between the engine and the source programs. -> to a program, <- from it. */
@@ -67,4 +67,4 @@ enum RemoteMessageId : juce::int32 {
     RMSG_DAB_FAVOURITE = 48684       ///< -> as RMSG_FAVOURITE
 };
 
-} // namespace EngineApi
+} // namespace Platform

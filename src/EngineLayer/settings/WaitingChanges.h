@@ -6,13 +6,13 @@
 #include <set>
 #include <utility>
 
-namespace EngineApi
+namespace EngineLayer
 {
 
 /**
     How many announcements of each setting are under way to a thread. Whoever is told of a change reads the newest
-   value, so a few that wait are enough, and a program that changes settings faster than they take effect neither fills
-   the memory nor leaves the unit behind. What is left out is counted, and logged once for each setting. Any thread.
+    value, so a few that wait are enough, and a program that changes settings faster than they take effect neither fills
+    the memory nor leaves the unit behind. What is left out is counted, and logged once for each setting. Any thread.
 */
 class WaitingChanges
 {
@@ -38,4 +38,4 @@ private:
     std::uint64_t leftOut = 0;
 };
 
-} // namespace EngineApi
+} // namespace EngineLayer

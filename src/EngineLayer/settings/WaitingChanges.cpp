@@ -1,8 +1,8 @@
-#include "EngineApi/WaitingChanges.h"
+#include "EngineLayer/settings/WaitingChanges.h"
 
 #include "platform/base/Logger.h"
 
-namespace EngineApi
+namespace EngineLayer
 {
 
 bool WaitingChanges::add(int index, int origin)
@@ -16,10 +16,10 @@ bool WaitingChanges::add(int index, int origin)
     }
     ++leftOut;
     if (mentioned.insert(index).second)
-        Platform::Logger::getInstance()->logError("EngineApi/WaitingChanges", __LINE__, "DataManager",
-                                                  "setting %d changes faster than the %s can follow; values in between "
-                                                  "are left out",
-                                                  index, receiver);
+        Platform::Log("EngineApi/WaitingChanges", "DataManager")().error(
+            "setting %d changes faster than the %s can follow; values in between "
+            "are left out",
+            index, receiver);
     return false;
 }
 
@@ -37,4 +37,4 @@ std::uint64_t WaitingChanges::getLeftOut() const
     return leftOut;
 }
 
-} // namespace EngineApi
+} // namespace EngineLayer

@@ -1,7 +1,7 @@
-#include "platform/devices/UnitLines.h"
+#include "EngineLayer/devices/UnitOutputs.h"
 
 #include "kernel/Singleton.h"
-#include "platform/devices/Lines.h"
+#include "platform/devices/UnitLines.h"
 
 #include <utility>
 
@@ -18,8 +18,8 @@ struct UnitDevices : Kernel::Singleton<UnitDevices>
 
 void driveBoth(bool high)
 {
-    drive(UnitLine::startOutput1, high);
-    drive(UnitLine::startOutput2, high);
+    Platform::drive(Platform::output1Line, high);
+    Platform::drive(Platform::output2Line, high);
 }
 
 } // namespace
@@ -27,13 +27,6 @@ void driveBoth(bool high)
 void postDeviceJob(DeviceJob what, Kernel::DeviceWorker::Job job)
 {
     UnitDevices::getInstance()->worker.post(static_cast<int>(what), std::move(job));
-}
-
-void drive(UnitLine line, bool high)
-{
-    constexpr int outputFunction = 32;
-    Platform::GpioFunc::setPinFunc(static_cast<int>(line), outputFunction);
-    Platform::GpioFunc::writePin(static_cast<int>(line), high ? 1 : 0);
 }
 
 void driveOutputs(bool on)
