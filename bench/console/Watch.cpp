@@ -4,8 +4,6 @@
 #include "bench/console/Columns.h"
 #include "bench/dsp/DspModel.h"
 
-#include <ranges>
-
 namespace Bench
 {
 
@@ -211,13 +209,18 @@ void addLinks(Composer& text, Unit& unit)
 void addPrograms(Composer& text, Unit& unit)
 {
     text.rule("├", "", "┤", "Programs");
-    for (const auto& [appType, program] : unit.programs.running() | std::views::take(mostPrograms))
+    int shown = 0;
+    for (const auto& [appType, program] : unit.programs.running())
+    {
+        if (++shown > mostPrograms)
+            break;
         text.wide(
             { { { appTypeName(appType) }, 16 },
               { { (program.connected ? "connected" : "starting") + (program.fault.empty() ? "" : ", " + program.fault),
                   program.fault.empty() ? &Style::dim : &Style::warning },
                 30 },
               { { program.source != NUM_OF_PAGES ? "plays " + titleOf(program.source) : "", &Style::good }, 30 } });
+    }
     text.rule("╰", "", "╯", "");
 }
 

@@ -1,10 +1,6 @@
 #include "bench/program/Profile.h"
 
-#include "EngineApi/KeyCodes.h"
-#include "bench/program/profiles/Profiles.h"
 #include "bench/text/Names.h"
-#include "platform/settings/SetupIndex.h"
-#include "platform/settings/SetupStore.h"
 
 namespace BenchProgram
 {
@@ -26,41 +22,6 @@ juce::String Profile::favouriteLabel() const
     return pageName(host.getSource());
 }
 
-std::unique_ptr<Profile> makeProfile(int appType, Host& host)
-{
-    struct Entry
-    {
-        int appType;
-        std::unique_ptr<Profile> (*make)(Host&);
-    };
-    constexpr Entry table[] = { { AppMainMenu, makeMainMenuProfile },
-                                { AppRadio, makeRadioProfile },
-                                { AppSirius, makeSatelliteProfile },
-                                { AppBluetooth, makeBluetoothProfile },
-                                { AppiPod, makeiPodProfile },
-                                { AppPandora, makePandoraProfile },
-                                { AppUSB, makeUSBProfile },
-                                { AppAuxIn, makeAuxInProfile },
-                                { AppSetup, makeSetupProfile },
-                                { AppEQ, makeEqualiserProfile },
-                                { AppAntitheft, makeAntitheftProfile },
-                                { AppCamera, makeCameraProfile },
-                                { AppStandby, makeStandbyProfile } };
-    for (const auto& entry : table)
-        if (entry.appType == appType)
-            return entry.make(host);
-    return std::make_unique<Profile>(host);
-}
-
-int storedFavourites()
-{
-    int count = 1;
-    for (int favourite = 1; favourite <= Platform::favouriteCount; ++favourite)
-        if (Platform::VX_GetSetupValueInt(Platform::favouritePageSetting(favourite)) < NUM_OF_PAGES)
-            count = favourite;
-    return count;
-}
-
 PageContent plainContent(int page, int source)
 {
     PageContent content;
@@ -68,42 +29,6 @@ PageContent plainContent(int page, int source)
     content.title = info != nullptr ? info->title : pageName(page);
     content.status = page == source ? "Playing" : "Ready";
     return content;
-}
-
-bool Playlist::onKey(int key)
-{
-    switch (key)
-    {
-    case EngineApi::KEY_NEXT:
-    case EngineApi::KEY_ROTARY_NEXT:
-        play(current + 1);
-        return true;
-    case EngineApi::KEY_PRE:
-    case EngineApi::KEY_ROTARY_PRE:
-        play(current - 1);
-        return true;
-    case EngineApi::KEY_PLAYPAUSE:
-        paused = !paused;
-        return true;
-    default:
-        return false;
-    }
-}
-
-void Playlist::play(int piece)
-{
-    if (pieces.isEmpty())
-        return;
-    current = (piece % pieces.size() + pieces.size()) % pieces.size();
-    paused = false;
-}
-
-std::vector<Row> Playlist::rows() const
-{
-    std::vector<Row> rows;
-    for (int i = 0; i < pieces.size(); ++i)
-        rows.push_back({ i, pieces[i], i == current ? (paused ? "Paused" : "Playing") : "", i == current });
-    return rows;
 }
 
 } // namespace BenchProgram

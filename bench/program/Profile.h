@@ -69,7 +69,7 @@ protected:
     Host& host;
 };
 
-/** The profile of a program. */
-std::unique_ptr<Profile> makeProfile(int appType, Host& host);
+/** Title, and whether the page's source plays. */
+PageContent plainContent(int page, int source);
 
 } // namespace BenchProgram

@@ -1,8 +1,7 @@
 #include "EngineApi/Favourites.h"
 
-#include "EngineApi/Settings.h"
+#include "platform/base/Pubhead.h"
 #include "platform/channel/RemoteMessageIds.h"
-#include "platform/settings/SetupIndex.h"
 
 namespace EngineApi
 {
@@ -18,11 +17,6 @@ juce::int32 favouriteMessageOf(int appType)
     default:
         return Platform::RMSG_FAVOURITE;
     }
-}
-
-int getFavouritePage(int favourite)
-{
-    return getSettingInt(Platform::favouritePageSetting(favourite));
 }
 
 } // namespace EngineApi

@@ -36,7 +36,6 @@ void notifyPage(int page);
 void postToPage(int page, juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload = nullptr);
 /** Launches the page's background program, with an empty bundle. */
 void launchBackProgram(int page);
-void terminateProgram(int appType);
 
 /** Pages are known from registration on. Message thread. */
 void registerHandler(PageHandler::Ptr handler);

@@ -51,11 +51,6 @@ public:
     /** To every component in ascending id order, on the normal queue. Any thread. */
     void broadcastMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
 
-    SystemMessage::Ptr obtainMessage() { return MessagePool::obtain(); }
-    void recycleMessage(SystemMessage::Ptr& message) { MessagePool::recycle(message); }
-
-    const std::vector<TaskGroup::Ptr>& getGroups() const { return groups; }
-
 private:
     void post(SystemMessage::Ptr& message, bool urgent);
     /** Null without a route. */

@@ -23,7 +23,6 @@ public:
     ~TaskGroup() override;
 
     const juce::String& getName() const { return name; }
-    int getPriority() const { return priority; }
 
     /** False, and no change, while the thread runs. */
     bool addComponent(SystemTask::Ptr component);

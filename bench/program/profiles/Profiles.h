@@ -2,9 +2,13 @@
 
 #include "bench/program/Profile.h"
 
-/** The profiles of the programs that have one of their own. */
 namespace BenchProgram
 {
+
+/** The profile of a program. */
+std::unique_ptr<Profile> makeProfile(int appType, Host& host);
+
+// Of the programs that have one of their own.
 
 std::unique_ptr<Profile> makeMainMenuProfile(Host& host);
 std::unique_ptr<Profile> makeRadioProfile(Host& host);
@@ -56,8 +60,5 @@ private:
     int current = 0;
     bool paused = false;
 };
-
-/** Title, and whether the page's source plays. */
-PageContent plainContent(int page, int source);
 
 } // namespace BenchProgram

@@ -75,7 +75,8 @@ public:
         else if (words.size() == 2 && words[0] == "pandora" && (value == "on" || value == "off"))
             host.send(RMSG_IPOD_DEVICE, prepared, value == "on" ? 1 : 0);
         else if (words.size() == 1 && words[0] == "restart")
-            host.send(RMSG_IPOD_DEVICE, wantsRestart);
+            // Answered first: the engine ends this process as soon as it hears it.
+            juce::MessageManager::callAsync([this] { host.send(RMSG_IPOD_DEVICE, wantsRestart); });
         else
             return "connect [analog|digital], path analog|digital (needs an iPod), disconnect, pandora on|off, restart";
         return {};

@@ -228,7 +228,7 @@ void MainMenuHandler::showMenuPage(int page)
     {
         retryPage = page;
         getTimers().startTimer(retryTimer, retryMs);
-        return terminateProgram(handler->getAppType());
+        return terminateApp(handler->getAppType());
     }
     requestShowPage(page, false);
 }

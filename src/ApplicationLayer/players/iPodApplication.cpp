@@ -215,7 +215,7 @@ void iPodApplication::deviceEvent(juce::int32 what, juce::int32 value)
     case restartProgram:
         // Its end is only noticed later, and until then it would count as running.
         restarting = true;
-        terminateProgram(AppiPod);
+        terminateApp(AppiPod);
         if (getAppState(AppiPod) == kDisconnect)
             programGone();
         return;

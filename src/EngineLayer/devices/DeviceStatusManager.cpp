@@ -424,22 +424,6 @@ void DeviceStatusManager::setDeviceState(int kind, bool present)
         Kernel::postSystemMessage(Kernel::deviceStatusManagerId, msgReportChanges, 0, 0);
 }
 
-bool DeviceStatusManager::getDeviceState(int kind) const
-{
-    return kind != EngineApi::satelliteTuner && devices.isPresent(kind);
-}
-
-void DeviceStatusManager::addDeviceStateListener(EngineApi::DeviceStateInterface* listener)
-{
-    if (listener != nullptr)
-        listeners.addOnce(listener);
-}
-
-void DeviceStatusManager::removeDeviceStateListener(EngineApi::DeviceStateInterface* listener)
-{
-    listeners.remove(listener);
-}
-
 void DeviceStatusManager::scanUsb()
 {
     if (devices.set(EngineApi::usbStorage, isUsbStoragePresent()))
@@ -475,13 +459,8 @@ void DeviceStatusManager::reportChanges()
     if (changes.empty())
         return;
     for (const int kind : changes)
-        announce(kind);
+        listeners.call([kind](auto& listener) { listener.onDeviceStateChanged(kind); });
     sendDeviceStatus();
-}
-
-void DeviceStatusManager::announce(int kind)
-{
-    listeners.call([kind](auto& listener) { listener.onDeviceStateChanged(kind); });
 }
 
 void DeviceStatusManager::sendDeviceStatus()
@@ -515,10 +494,6 @@ void DeviceStatusManager::onMuteChanged(bool mute)
     announceMute(mute);
 }
 
-void DeviceStatusManager::onSecondNotice(int, int) {}
-
-void DeviceStatusManager::onFourthNotice(int) {}
-
 } // namespace EngineLayer
 
 namespace EngineApi
@@ -546,12 +521,13 @@ bool getDeviceState(int kind)
 
 void addDeviceStateListener(DeviceStateInterface* listener)
 {
-    manager().addDeviceStateListener(listener);
+    if (listener != nullptr)
+        manager().listeners.addOnce(listener);
 }
 
 void removeDeviceStateListener(DeviceStateInterface* listener)
 {
-    manager().removeDeviceStateListener(listener);
+    manager().listeners.remove(listener);
 }
 
 void startSourceWhenReady()

@@ -47,10 +47,9 @@ public:
 
     /** Stored at once; listeners and microcontroller are told from the group thread. Any thread. */
     void setDeviceState(int kind, bool present);
-    bool getDeviceState(int kind) const;
-    /** Listeners are called on the group thread; none is called after its removal has returned. Any thread. */
-    void addDeviceStateListener(EngineApi::DeviceStateInterface* listener);
-    void removeDeviceStateListener(EngineApi::DeviceStateInterface* listener);
+    bool getDeviceState(int kind) const { return kind != EngineApi::satelliteTuner && devices.isPresent(kind); }
+    /** Called on the group thread; none is called after its removal has returned. Any thread. */
+    Platform::ListenerList<EngineApi::DeviceStateInterface> listeners;
 
     /** The DSP follows on the group thread when the source's sound channel is another. Any thread. */
     void audioChannelChanged();
@@ -72,9 +71,9 @@ public:
 
     /** The DSP's callers' threads. */
     void onVolumeChanged(int volume, int zone, bool show) override;
-    void onSecondNotice(int first, int second) override;
+    void onSecondNotice(int, int) override {}
     void onMuteChanged(bool mute) override;
-    void onFourthNotice(int value) override;
+    void onFourthNotice(int) override {}
 
     /** What decides the state that follows booting. */
     struct StartConditions
@@ -121,13 +120,11 @@ private:
     void cameraVideoPolled(bool signal);
     void handOverToAutoTest();
     void reportChanges();
-    void announce(int kind);
     void sendDeviceStatus();
 
     bool waitingLastMemory = false;
     std::atomic<int> startPage;
     DeviceTable devices;
-    Platform::ListenerList<EngineApi::DeviceStateInterface> listeners;
     bool cameraVideoSignal = false;
     bool standbyRefused = false; ///< an unknown value is named once
     bool cameraPollPending = false;

@@ -397,11 +397,6 @@ void launchBackProgram(int page)
         launchApp(handler->getAppType(), page, handler->getBackProgramPath(), Platform::Bundle::obtain(), true);
 }
 
-void terminateProgram(int appType)
-{
-    terminateApp(appType);
-}
-
 void registerHandler(PageHandler::Ptr handler)
 {
     manager().registerHandler(std::move(handler));

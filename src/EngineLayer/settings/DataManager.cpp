@@ -1,7 +1,9 @@
 #include "EngineLayer/settings/DataManager.h"
 
+#include "EngineApi/Favourites.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 namespace EngineLayer
@@ -161,6 +163,11 @@ void addSettingListener(SettingDataChangeListener* listener)
 void removeSettingListener(SettingDataChangeListener* listener)
 {
     manager().listeners.remove(listener);
+}
+
+int getFavouritePage(int favourite)
+{
+    return getSettingInt(Platform::favouritePageSetting(favourite));
 }
 
 } // namespace EngineApi

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstdarg>
 #include <juce_core/juce_core.h>
-#include <source_location>
 
 namespace Platform
 {
@@ -88,10 +87,8 @@ public:
         int number;
     };
 
-    constexpr Line operator()(int line = static_cast<int>(std::source_location::current().line())) const
-    {
-        return Line(*this, line);
-    }
+    // Not std::source_location, which clang 14 lacks and the fuzz programs are built with.
+    constexpr Line operator()(int line = __builtin_LINE()) const { return Line(*this, line); }
 
 private:
     const char* file;
