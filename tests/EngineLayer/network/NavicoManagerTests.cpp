@@ -68,9 +68,7 @@ protected:
 
     void hear(int command, const Bytes& data)
     {
-        LowLayer::BytePool::Ptr pool = new LowLayer::BytePool(static_cast<int>(data.size()), nullptr);
-        pool->assign(data.data(), static_cast<int>(data.size()));
-        send(Kernel::navicoManagerId, Kernel::MSG_HOST_EVENT, command, 0, pool);
+        send(Kernel::navicoManagerId, Kernel::MSG_HOST_EVENT, command, 0, pooled(data));
     }
 
     /** Command and data of what was sent to the microcontroller, "11 16 FE ...". */
