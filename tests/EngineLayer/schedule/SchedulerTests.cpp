@@ -53,19 +53,6 @@ TEST(Scheduler, ASourceComesOverTheMenuAndDisplacesTheSourceBefore)
     EXPECT_EQ(unit.remembered().request->playLevel, 20);
 }
 
-// Two sources are left running when one was only shown; a third stops both.
-TEST(Scheduler, ANewSourceStopsEveryOtherOne)
-{
-    ScheduleUnit unit;
-    unit.run(mbFM).show(mbUSBAudio);
-    EXPECT_TRUE(unit.plays(mbFM)) << "showing takes no sound";
-    unit.play(mbSirius);
-    EXPECT_THAT(unit.orders(),
-                ElementsAre("ToStop mbUSBAudio exit(mbSirius)", "ToStop mbFM exit(mbSirius)", "ToRun mbSirius enter"));
-    EXPECT_EQ(unit.states(mbSirius),
-              (PageStates { notShown, PageStates::playing, PageStates::held, PageStates::notHeld }));
-}
-
 // The phone rings over FM, the user looks at the settings, the call ends.
 TEST(Scheduler, ACallSilencesTheSourceAndGivesTheSoundBack)
 {
@@ -99,17 +86,6 @@ TEST(Scheduler, WithoutACallThePhonePageIsOnlyAScreen)
     unit.call(true).run(mbBTPhone).call(false).run(mbBTPhone);
     EXPECT_TRUE(unit.plays(mbFM) && unit.isHeard(mbFM));
     EXPECT_FALSE(unit.plays(mbBTPhone) || unit.isHeard(mbBTPhone));
-}
-
-TEST(Scheduler, TheCameraTakesScreenAndVideoAndGivesThemBack)
-{
-    ScheduleUnit unit;
-    unit.run(mbFM).run(mbCamera);
-    EXPECT_EQ(unit.states(mbCamera), (PageStates { 1, PageStates::stopped, PageStates::notHeld, PageStates::held }));
-    EXPECT_EQ(unit.states(mbFM), (PageStates { 2, PageStates::playing, PageStates::held, PageStates::notHeld }));
-    unit.stop(mbCamera);
-    EXPECT_THAT(unit.orders(), ElementsAre("ToStop mbCamera hide(mbFM)", "ToChange mbFM show"));
-    EXPECT_EQ(unit.states(mbFM), playsOnTop);
 }
 
 // Hiding keeps a page running; the next schedule that numbers the stack puts it at its end.
