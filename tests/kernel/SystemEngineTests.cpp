@@ -158,6 +158,20 @@ TEST_F(SystemEngineTest, NothingIsTakenDownUnderAHandlerThatStillRuns)
 namespace
 {
 
+class CountingTask : public SingalTask
+{
+public:
+    std::atomic<int> runs { 0 };
+
+private:
+    void runTask(const SystemMessage&) override
+    {
+        ++runs;
+        while (!isStopRequested())
+            waitForWakeUp(50);
+    }
+};
+
 class Counting : public ComponentTask
 {
 public:
@@ -180,6 +194,19 @@ private:
 };
 
 } // namespace
+
+/** A run is asked to end by another thread; a request that came before the run does not count. */
+TEST_F(SystemEngineTest, ASignalTaskEndsWhenAskedDuringItsRun)
+{
+    juce::ReferenceCountedObjectPtr<CountingTask> task = new CountingTask;
+    add(task.get(), 50);
+    task->requestStop();
+    engine().start();
+    postSystemMessage(50, SingalTask::runMessage, 0, 0);
+    EXPECT_TRUE(eventually([&] { return task->runs == 1 && !task->isIdle(); }));
+    task->requestStop();
+    EXPECT_TRUE(eventually([&] { return task->isIdle(); }));
+}
 
 /** Four threads post to one group while it works and sleeps: nothing is lost, and each poster's order is kept. */
 TEST_F(SystemEngineTest, NoPostIsLostBetweenThreads)
