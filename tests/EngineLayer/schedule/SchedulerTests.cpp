@@ -53,6 +53,17 @@ TEST(Scheduler, ASourceComesOverTheMenuAndDisplacesTheSourceBefore)
     EXPECT_EQ(unit.remembered().request->playLevel, 20);
 }
 
+// Two sources are left running when one was only shown; a third stops both.
+TEST(Scheduler, ANewSourceStopsEveryOtherOne)
+{
+    ScheduleUnit unit;
+    unit.run(mbFM).show(mbUSBAudio);
+    EXPECT_TRUE(unit.plays(mbFM)) << "showing takes no sound";
+    unit.play(mbSirius);
+    EXPECT_THAT(unit.orders(),
+                ElementsAre("ToStop mbUSBAudio exit(mbSirius)", "ToStop mbFM exit(mbSirius)", "ToRun mbSirius enter"));
+}
+
 // The phone rings over FM, the user looks at the settings, the call ends.
 TEST(Scheduler, ACallSilencesTheSourceAndGivesTheSoundBack)
 {
