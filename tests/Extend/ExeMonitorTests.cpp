@@ -130,21 +130,19 @@ TEST_F(ExeMonitorTest, StartsProgramsWithTheCommandLineThatTheLaunchImplies)
 TEST_F(ExeMonitorTest, TakesOverAProgramThatRunsAlready)
 {
     const int radio = ProcessDouble::addProcess();
-    IpcDouble::setPresent(AppRadio, true, radio);
-    EXPECT_TRUE(launchRadio(pageShow()));
-    EXPECT_EQ(monitor.getAppState(AppRadio), kConnected);
-    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppRadio, RMSG_COMMAND_LINE, 0 }));
-    ProcessDouble::end(radio);
-    awaitState(AppRadio, kDisconnect);
-
     const int navigation = ProcessDouble::addProcess();
+    IpcDouble::setPresent(AppRadio, true, radio);
     WindowDouble::add("AppNavi", navigation);
+    EXPECT_TRUE(launchRadio(pageShow()));
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppRadio, RMSG_COMMAND_LINE, 0 }));
     EXPECT_TRUE(monitor.launchApp(AppNavi, mbNavi, "/programs/navi", nullptr, false));
-    EXPECT_EQ(monitor.getAppState(AppNavi), kConnected);
     EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
-    ProcessDouble::end(navigation);
-    awaitState(AppNavi, kDisconnect);
-
+    for (const auto& [program, process] : { std::pair(AppRadio, radio), std::pair(AppNavi, navigation) })
+    {
+        EXPECT_EQ(monitor.getAppState(program), kConnected);
+        ProcessDouble::end(process);
+        awaitState(program, kDisconnect);
+    }
     // The bus may not have noticed yet that the process is gone.
     EXPECT_TRUE(launchRadio());
     EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
@@ -207,10 +205,14 @@ TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
     EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
 }
 
-/** Five cycles without an answer are borne, each further one stops the heartbeat to the microcontroller. */
-TEST_F(ExeMonitorTest, ReportsTheSixthFailingHeartbeat)
+/**
+    Five cycles without an answer are borne, each further one stops the heartbeat to the microcontroller. A frozen program
+    is named once, until it has answered again.
+*/
+TEST_F(ExeMonitorTest, NamesAFrozenProgramAndReportsTheSixthFailingHeartbeat)
 {
     startRadio();
+    const ErrorLog errors;
     send(Kernel::exeMonitorId, Kernel::MSG_SYS_READY);
     EXPECT_EQ(monitor.getTimerInterval(Extend::ExeMonitor::heartbeatTimer), 6000);
     const auto cycles = [this](int count)
@@ -225,30 +227,18 @@ TEST_F(ExeMonitorTest, ReportsTheSixthFailingHeartbeat)
     cycles(1);
     expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_HEARTBEAT_STOP, 0, 0);
     EXPECT_THAT(takeSent(), AllOf(SizeIs(8), Each(Sent { -1, RMSG_HEARTBEAT, 0 })));
+    EXPECT_THAT(ErrorLog::take(), Contains("AppType: AppRadio | does not answer the heartbeat").Times(1));
 
     fromProgram(AppRadio, RMSG_HEARTBEAT_REPLY, AppRadio);
-    cycles(1 + 5);
+    cycles(1);
+    EXPECT_THAT(ErrorLog::take(), IsEmpty());
+    cycles(5);
     expectNothingPosted();
+    EXPECT_THAT(ErrorLog::take(), Contains("AppType: AppRadio | does not answer the heartbeat").Times(1));
     // A program that is gone owes no answer.
     monitor.setAppState(AppRadio, kDisconnect);
     cycles(3);
     expectNothingPosted();
-}
-
-/** A frozen program is named once, until it has answered again. */
-TEST_F(ExeMonitorTest, NamesAFrozenProgramOnce)
-{
-    startRadio();
-    send(Kernel::exeMonitorId, Kernel::MSG_SYS_READY);
-    const ErrorLog errors;
-    for (int cycle = 0; cycle < 4; ++cycle)
-        fire(monitor, Extend::ExeMonitor::heartbeatTimer);
-    EXPECT_THAT(ErrorLog::take(), ElementsAre("AppType: AppRadio | does not answer the heartbeat"));
-    fromProgram(AppRadio, RMSG_HEARTBEAT_REPLY, AppRadio);
-    fire(monitor, Extend::ExeMonitor::heartbeatTimer);
-    EXPECT_THAT(ErrorLog::take(), IsEmpty());
-    fire(monitor, Extend::ExeMonitor::heartbeatTimer);
-    EXPECT_THAT(ErrorLog::take(), SizeIs(1));
 }
 
 /** A program that is told to quit and has ended before the engine goes on can be started again. */

@@ -43,28 +43,22 @@ public:
             requestState(EngineApi::AppAction::ToShow, autoSwitch);
     }
     void notifyPage() override { EngineApi::postToPage(config.page, Kernel::MSG_APP_PAGE_NOTIFY, 0, 0); }
-    void adjustScheduleInfo(EngineApi::ScheduleInfo& info) override
-    {
-        if (competesForSound)
-            return;
-        info.playLevel = info.audioLevel = EngineApi::PageScheduleConfig::noCompetition;
-    }
+    void adjustScheduleInfo(EngineApi::ScheduleInfo&) override {}
 
     /** What the page does with an order before it reports. */
     void carryOut(const EngineApi::AppStateSwitch& order)
     {
         const std::lock_guard guard(lock);
         using EngineApi::SwitchType;
-        if (order.switchType == EngineApi::SwitchType::ToShowTopLevel)
+        if (order.switchType == SwitchType::ToShowTopLevel)
             return;
-        const bool stops = order.switchType == EngineApi::SwitchType::ToStop;
+        const bool stops = order.switchType == SwitchType::ToStop;
         runState.reportedStep = stops ? EngineApi::PageRunState::stopped : EngineApi::PageRunState::running;
         runState.states = stops ? EngineApi::PageStates {} : order.states;
     }
 
     std::atomic<bool> available { true };
     std::atomic<bool> resident { false };
-    std::atomic<bool> competesForSound { true };
     std::atomic<int> requests { 0 };
 
 private:

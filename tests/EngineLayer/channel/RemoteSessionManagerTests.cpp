@@ -212,22 +212,15 @@ TEST_F(RemoteSessionTest, ReportsAFailedPostAndABacklogOnce)
 
 TEST_F(RemoteSessionTest, UnderstandsPlainWindowMessages)
 {
-    struct ToComponent
+    const std::array<int, 5> toComponents[] = { { RMSG_MENU_COMMAND_WINDOW, 1, Kernel::MSG_MENU_COMMAND, 11, 12 },
+                                                { RMSG_EQ_PAGE_SHOW, 2, Kernel::MSG_EQ_WINDOW_SHOW, 0, 0 },
+                                                { RMSG_EQ_PAGE_HIDE, 2, Kernel::MSG_EQ_WINDOW_HIDE, 0, 0 },
+                                                { RMSG_DEVICE_WINDOW, 21, Kernel::MSG_DEVICE_WINDOW_EVENT, 11, 12 } };
+    for (const auto& [windowMessage, receiver, id, arg1, arg2] : toComponents)
     {
-        int windowMessage;
-        Kernel::ComponentId receiver;
-        juce::int32 id;
-        juce::int32 arg1;
-        juce::int32 arg2;
-    };
-    for (const auto& each : { ToComponent { RMSG_MENU_COMMAND_WINDOW, 1, Kernel::MSG_MENU_COMMAND, 11, 12 },
-                              ToComponent { RMSG_EQ_PAGE_SHOW, 2, Kernel::MSG_EQ_WINDOW_SHOW, 0, 0 },
-                              ToComponent { RMSG_EQ_PAGE_HIDE, 2, Kernel::MSG_EQ_WINDOW_HIDE, 0, 0 },
-                              ToComponent { RMSG_DEVICE_WINDOW, 21, Kernel::MSG_DEVICE_WINDOW_EVENT, 11, 12 } })
-    {
-        SCOPED_TRACE(each.windowMessage);
-        IpcDouble::injectWindowMessage(each.windowMessage, 11, 12);
-        expectPosted(each.receiver, each.id, each.arg1, each.arg2);
+        SCOPED_TRACE(windowMessage);
+        IpcDouble::injectWindowMessage(windowMessage, 11, 12);
+        expectPosted(receiver, id, arg1, arg2);
         expectNothingPosted();
     }
     constexpr int many = 256;

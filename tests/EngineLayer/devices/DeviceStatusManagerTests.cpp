@@ -1,26 +1,19 @@
 #include "EngineLayer/devices/DeviceStatusManager.h"
 
-#include "EngineApi/Bars.h"
 #include "EngineApi/HostLink.h"
-#include "EngineApi/Pages.h"
-#include "EngineApi/Provided.h"
 #include "EngineApi/SystemState.h"
 #include "EngineLayer/devices/VideoDecoder.h"
 #include "EngineLayer/hostlink/HostSessionManager.h"
-#include "EngineLayer/settings/DataManager.h"
-#include "doubles/IpcDouble.h"
 #include "doubles/LinesDouble.h"
-#include "doubles/SystemDouble.h"
-#include "kernel/MessageIds.h"
 #include "lowlayer/HostcommDev.h"
 #include "platform/devices/UnitLines.h"
-#include "support/FakeDevices.h"
-#include "support/KernelFixture.h"
+#include "support/ApplicationFixture.h"
 #include "support/LogCapture.h"
 #include "support/McuLink.h"
 
 using namespace EngineApi;
 using namespace EngineLayer;
+using namespace Pubhead;
 using Platform::doubles::LinesDouble;
 using Bytes = McuLink::Bytes;
 using Calls = std::vector<std::string>;
@@ -28,59 +21,19 @@ using Calls = std::vector<std::string>;
 namespace
 {
 
-class FakePage : public PageHandler
-{
-public:
-    explicit FakePage(const PageScheduleConfig& pageConfig)
-        : config(pageConfig)
-    {
-    }
-    const PageScheduleConfig& getConfig() const override { return config; }
-    PageRunState getRunState() const override { return {}; }
-    bool isAvailable() const override { return available; }
-    bool isResident() const override { return false; }
-    juce::String getBackProgramPath() const override { return {}; }
-    void requestState(AppAction action, bool autoSwitch) override
-    {
-        calls.push_back(std::string(action == AppAction::ToStop ? "stop " : "other ") + (autoSwitch ? "auto" : "user"));
-    }
-    void requestShow(bool autoSwitch) override { calls.push_back(autoSwitch ? "show auto" : "show user"); }
-    void notifyPage() override {}
-    void adjustScheduleInfo(ScheduleInfo&) override {}
-
-    PageScheduleConfig config;
-    bool available = true;
-    Calls calls;
-};
-
-class DeviceStatusTest : public KernelFixture, protected ProvidedFakes
+class DeviceStatusTest : public ApplicationFixture
 {
 protected:
     DeviceStatusTest()
+        : ApplicationFixture("22 = 5\n284 = \"Aft\"\n", { mbFM, mbUSBAudio, mbAuxin2, mbAVOff, mbAntitheft })
     {
-        Platform::IpcDouble::reset();
         LinesDouble::reset();
-        Platform::doubles::SystemDouble::reset();
-        folder.createDirectory();
-        folder.getChildFile("factory-settings.toml").replaceWithText("22 = 5\n284 = \"Aft\"\n");
-        auto& configuration = Platform::Configuration::get();
-        configuration.mediaRoot = configuration.systemPath = configuration.resourcePath =
-            folder.getFullPathName() + "/";
         add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
         add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         Provided<LowBatteryBar>::set(&lowBatteryBar);
         add(&manager, Kernel::deviceStatusManagerId);
     }
-
-    ~DeviceStatusTest() override
-    {
-        Provided<LowBatteryBar>::set(nullptr);
-        for (const auto& page : pages)
-            unregisterHandler(page.get());
-        DataManager::getInstance()->onRelease();
-        Platform::Configuration::get() = previous;
-        folder.deleteRecursively();
-    }
+    ~DeviceStatusTest() override { Provided<LowBatteryBar>::set(nullptr); }
 
     struct Command
     {
@@ -116,38 +69,16 @@ protected:
         run();
     }
 
-    FakePage& addPage(int page, int source, bool available = true)
-    {
-        PageScheduleConfig config;
-        config.page = page;
-        config.source = source;
-        config.isNormalSource = true;
-        juce::ReferenceCountedObjectPtr<FakePage> handler = new FakePage(config);
-        handler->available = available;
-        pages.push_back(handler);
-        registerHandler(handler.get());
-        return *handler;
-    }
-
     McuLink mcu;
     FakeBar<LowBatteryBar> lowBatteryBar;
-    const Platform::Configuration previous = Platform::Configuration::get();
-    const juce::File folder = juce::File::createTempFile("unit");
-    std::vector<juce::ReferenceCountedObjectPtr<FakePage>> pages;
     DeviceStatusManager& manager = *DeviceStatusManager::getInstance();
 };
 
 class NotingListener : public DeviceStateInterface
 {
 public:
-    void onDeviceStateChanged(int kind) override
-    {
-        kinds.push_back(kind);
-        if (leavesAfterFirst)
-            removeDeviceStateListener(this);
-    }
+    void onDeviceStateChanged(int kind) override { kinds.push_back(kind); }
     std::vector<int> kinds;
-    bool leavesAfterFirst = false;
 };
 
 } // namespace
@@ -212,22 +143,20 @@ TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHea
 
 TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
 {
-    auto& fm = addPage(Pubhead::mbFM, SRC_TUNER);
-    auto& usb = addPage(Pubhead::mbUSBAudio4, SRC_USB);
     hostEvent(EVENT_SRC_SWITCH, { 10 });
-    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES) << "too short";
+    EXPECT_EQ(manager.getStartPage(), NUM_OF_PAGES) << "too short";
     hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_MUTE_STATE, { 1 } } }));
-    EXPECT_EQ(manager.getStartPage(), Pubhead::mbFM);
-    EXPECT_EQ(fm.calls, Calls {}) << "the state machine starts it";
+    EXPECT_EQ(manager.getStartPage(), mbFM);
+    EXPECT_EQ(requests(), Calls {}) << "the state machine starts it";
 
     manager.startSourceWhenReady();
-    EXPECT_EQ(fm.calls, Calls { "show auto" });
-    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+    EXPECT_EQ(requests(), Calls { "mbFM run auto" });
+    EXPECT_EQ(manager.getStartPage(), NUM_OF_PAGES);
 
-    hostEvent(EVENT_SRC_SWITCH, { 10, 3 });
-    hostEvent(EVENT_SRC_SWITCH, { 10, 3 });
-    EXPECT_EQ(usb.calls, Calls { "show auto" }) << "a repeated request only confirms";
+    hostEvent(EVENT_SRC_SWITCH, { 10, 0 });
+    hostEvent(EVENT_SRC_SWITCH, { 10, 0 });
+    EXPECT_EQ(requests(), Calls { "mbUSBAudio run auto" }) << "a repeated request only confirms";
     EXPECT_EQ(commands(), std::vector<Command> {});
 }
 
@@ -248,40 +177,34 @@ TEST(DeviceStatusStateTest, TheFirstStateFollowsTheLocks)
 
 TEST_F(DeviceStatusTest, AStartPageThatCannotRunIsReplacedUnlessItsDeviceMayCome)
 {
-    auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
-    auto& usb = addPage(Pubhead::mbUSBAudio, SRC_USB, false);
-    addPage(Pubhead::mbAuxin2, SRC_AUX_FRONT, false);
+    pages[mbUSBAudio]->available = false;
+    pages[mbAuxin2]->available = false;
     hostEvent(EVENT_SRC_SWITCH, { 10, 0 });
     manager.runStartSrc();
-    EXPECT_EQ(manager.getStartPage(), Pubhead::mbUSBAudio);
-    EXPECT_EQ(off.calls, Calls {});
-    usb.available = true;
+    EXPECT_EQ(manager.getStartPage(), mbUSBAudio);
+    EXPECT_EQ(requests(), Calls {});
+    pages[mbUSBAudio]->available = true;
     manager.runStartSrc();
-    EXPECT_EQ(usb.calls, Calls { "show auto" });
-    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
+    EXPECT_EQ(requests(), Calls { "mbUSBAudio run auto" });
+    EXPECT_EQ(manager.getStartPage(), NUM_OF_PAGES);
 
     hostEvent(EVENT_GET_LAST_MEMORY);
     hostEvent(EVENT_SRC_SWITCH, { 5, 0 });
     manager.runStartSrc();
-    EXPECT_EQ(off.calls, Calls { "show auto" });
-    EXPECT_EQ(manager.getStartPage(), Pubhead::NUM_OF_PAGES);
-}
+    EXPECT_EQ(requests(), Calls { "mbAVOff run auto" });
+    EXPECT_EQ(manager.getStartPage(), NUM_OF_PAGES);
 
-TEST_F(DeviceStatusTest, AfterTheAntitheftPageItsPageIsStopped)
-{
-    auto& antitheft = addPage(Pubhead::mbAntitheft, NUM_OF_SOURCES);
-    auto& off = addPage(Pubhead::mbAVOff, SRC_AV_OFF);
     manager.startTimer(DeviceStatusManager::antitheftLeftTimer, 2000);
     fireTimer(DeviceStatusManager::antitheftLeftTimer);
     EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::antitheftLeftTimer));
-    EXPECT_EQ(off.calls, Calls { "show auto" });
-    EXPECT_EQ(antitheft.calls, Calls { "stop auto" });
+    EXPECT_EQ(requests(), (Calls { "mbAVOff run auto", "mbAntitheft stop auto" }))
+        << "the source, then off with the lock";
 }
 
 // No schedule has run, so the unit's source has no name at the microcontroller: type 0, number 0.
 TEST_F(DeviceStatusTest, AChangeOfSourceIsReportedUnlessTheFactoryResetRuns)
 {
-    toManager(Kernel::MSG_NORMAL_SOURCE, Pubhead::mbCamera);
+    toManager(Kernel::MSG_NORMAL_SOURCE, mbCamera);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_SRC_SWITCH, { 0, 0 } } }));
     hostEvent(EVENT_SRC_SWITCH_REPORT, { 0, 0 });
     hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
@@ -299,41 +222,38 @@ TEST_F(DeviceStatusTest, AChangeOfSourceIsReportedUnlessTheFactoryResetRuns)
 
 TEST_F(DeviceStatusTest, DeviceChangesReachListenersAndMcu)
 {
-    NotingListener first;
-    NotingListener second;
-    first.leavesAfterFirst = true;
-    addDeviceStateListener(&first);
-    addDeviceStateListener(&second);
+    NotingListener listener;
+    addDeviceStateListener(&listener);
     setDeviceState(iPodConnected, true);
     setDeviceState(satelliteTuner, true);
-    EXPECT_TRUE(second.kinds.empty()) << "told on the group thread only";
+    EXPECT_TRUE(listener.kinds.empty()) << "told on the group thread only";
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } }));
-    EXPECT_EQ(first.kinds, std::vector { 1 });
-    EXPECT_EQ(second.kinds, (std::vector { 1, 18 }));
+    EXPECT_EQ(listener.kinds, (std::vector { 1, 18 }));
     EXPECT_TRUE(getDeviceState(iPodConnected));
     EXPECT_FALSE(getDeviceState(satelliteTuner));
 
     hostEvent(EVENT_DEVICE_STATUS);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } })) << "asked for, unchanged";
-    removeDeviceStateListener(&second);
+    removeDeviceStateListener(&listener);
     setDeviceState(iPodConnected, false);
     run();
-    EXPECT_EQ(second.kinds.size(), 2u);
+    EXPECT_EQ(listener.kinds.size(), 2u);
 }
 
 TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
 {
+    const juce::File media(Platform::Configuration::get().mediaRoot);
     NotingListener listener;
     addDeviceStateListener(&listener);
     toManager(Kernel::MSG_SYS_START);
     commands();
     fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_EQ(commands(), std::vector<Command> {});
-    folder.getChildFile("Hard Disk3").createDirectory();
+    media.getChildFile("Hard Disk3").createDirectory();
     fireTimer(DeviceStatusManager::usbScanTimer);
     fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
-    folder.getChildFile("Hard Disk3").deleteRecursively();
+    media.getChildFile("Hard Disk3").deleteRecursively();
     hostEvent(EVENT_DEVICE_STATUS);
     EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0 } } }));
 
@@ -345,11 +265,11 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     }
     EXPECT_EQ(listener.kinds, (std::vector { 0, 0, 16, 16 }));
 
-    Platform::Configuration::get().sdAsUsb = true;
-    folder.getChildFile("Hard Disk").createDirectory();
+    const juce::ScopedValueSetter<bool> card(Platform::Configuration::get().sdAsUsb, true);
+    media.getChildFile("Hard Disk").createDirectory();
     fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_FALSE(getDeviceState(usbStorage)) << "the card stands for the first mount point";
-    folder.getChildFile("SD").createDirectory();
+    media.getChildFile("SD").createDirectory();
     fireTimer(DeviceStatusManager::usbScanTimer);
     EXPECT_TRUE(getDeviceState(usbStorage));
 }
@@ -365,27 +285,15 @@ TEST_F(DeviceStatusTest, PowerOffIsPassedOnWhenConfirmedOrAfterTheTimeOut)
     EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
     hostEvent(EVENT_POWER_OFF_READY);
     takePosted();
-    toManager(Kernel::MSG_POWER_OFF_CONFIRM, Pubhead::mbSirius);
+    toManager(Kernel::MSG_POWER_OFF_CONFIRM, mbSirius);
     expectPosted(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF, 0, 0);
     EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::powerOffTimer));
 }
 
-TEST_F(DeviceStatusTest, WhatTheBarsShowIsToldToTheNetworkOnce)
+TEST_F(DeviceStatusTest, TheLowBatteryAlertSoundsAndIsShownOnce)
 {
     for (const bool on : { false, true, true, false })
         setLowBatteryAlert(on);
     EXPECT_EQ(audio.calls, (Calls { "alert on", "alert off" }));
     EXPECT_EQ(lowBatteryBar.messages.size(), 2u);
-
-    takePosted();
-    manager.onVolumeChanged(17, 1, true);
-    manager.onVolumeChanged(18, 2, false);
-    manager.onMuteChanged(true);
-    EXPECT_EQ(remote.calls,
-              (Calls { "clear row 1", "restore after 2000", "text 1 1 Zone1 Vol.17 temporary", "lasting 1 11  Mute" }));
-    constexpr int volumeShow = Kernel::MSG_VOLUME_SHOW;
-    EXPECT_EQ(volumeBar.messages, (std::vector<std::array<int, 3>> { { volumeShow, 1, 17 }, { volumeShow, 3, 1 } }));
-    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 1, 17);
-    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 2, 18);
-    expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_DEVICE_STATE, 3, 1);
 }

@@ -97,19 +97,6 @@ TEST_F(ApplicationManagerTest, ThePictureOfTheUnitIsLogged)
     EXPECT_THAT(texts, Contains("++++++++++++ | Schedule SwitchAction"));
 }
 
-TEST_F(ApplicationManagerTest, AdjustedLevelsReachTheScheduler)
-{
-    enterNormalRun();
-    complete(mbFM);
-    pages[mbBTPhone]->competesForSound = false;
-    complete(mbBTPhone);
-    EXPECT_EQ(pages[mbFM]->getRunState().states.playState, PageStates::playing);
-    complete(mbBTPhone, AppAction::ToStop);
-    pages[mbBTPhone]->competesForSound = true;
-    complete(mbBTPhone);
-    EXPECT_EQ(pages[mbFM]->getRunState().states.playState, PageStates::stopped);
-}
-
 TEST_F(ApplicationManagerTest, ACompletedSwitchIsAnnounced)
 {
     const ImagesOnly bar;

@@ -37,6 +37,8 @@ inline std::ostream& operator<<(std::ostream& out, const Step& step)
 */
 class ScheduleUnit
 {
+    using Action = EngineApi::AppAction;
+
 public:
     struct Page
     {
@@ -66,46 +68,23 @@ public:
         pages[config.page].info = info;
     }
 
-    ScheduleUnit& run(int page, bool autoSwitch = false)
-    {
-        return request({ page, EngineApi::AppAction::ToRun, autoSwitch });
-    }
-    ScheduleUnit& play(int page, bool autoSwitch = false)
-    {
-        return request({ page, EngineApi::AppAction::ToPlay, autoSwitch });
-    }
-    ScheduleUnit& show(int page, bool autoSwitch = false)
-    {
-        return request({ page, EngineApi::AppAction::ToShow, autoSwitch });
-    }
-    ScheduleUnit& hide(int page, bool autoSwitch = false)
-    {
-        return request({ page, EngineApi::AppAction::ToHide, autoSwitch });
-    }
-    ScheduleUnit& stop(int page, bool autoSwitch = false)
-    {
-        return request({ page, EngineApi::AppAction::ToStop, autoSwitch });
-    }
+    ScheduleUnit& run(int page, bool autoSwitch = false) { return request({ page, Action::ToRun, autoSwitch }); }
+    ScheduleUnit& play(int page, bool autoSwitch = false) { return request({ page, Action::ToPlay, autoSwitch }); }
+    ScheduleUnit& show(int page, bool autoSwitch = false) { return request({ page, Action::ToShow, autoSwitch }); }
+    ScheduleUnit& hide(int page, bool autoSwitch = false) { return request({ page, Action::ToHide, autoSwitch }); }
+    ScheduleUnit& stop(int page, bool autoSwitch = false) { return request({ page, Action::ToStop, autoSwitch }); }
 
     /** The phone competes for the sound only while its call condition holds. */
-    ScheduleUnit& call(bool on)
-    {
-        calling = on;
-        return *this;
-    }
-
+    ScheduleUnit& call(bool on) { return apply({ Step::call, {}, on }); }
     /** Setting 7. */
-    ScheduleUnit& bluetooth(bool on)
-    {
-        bluetoothSetting = on;
-        return *this;
-    }
+    ScheduleUnit& bluetooth(bool on) { return apply({ Step::bluetooth, {}, on }); }
 
     ScheduleUnit& apply(const Step& step)
     {
-        if (step.kind == Step::call)
-            return call(step.on);
-        return step.kind == Step::bluetooth ? bluetooth(step.on) : request(step.info);
+        if (step.kind == Step::request)
+            return request(step.info);
+        (step.kind == Step::call ? calling : bluetoothSetting) = step.on;
+        return *this;
     }
 
     /** As the state manager does: a stop of what does not run is refused; else scheduled and carried out to its end. */

@@ -43,30 +43,6 @@ rc::Gen<Scenario> anyScenario()
     return rc::gen::construct<Scenario>(rc::gen::container<std::vector<Step>>(step));
 }
 
-/** Runs random scenarios and calls `check` with the unit after every step. */
-template <typename Check>
-void afterEveryStep(const char* property, Check check)
-{
-    EXPECT_TRUE(rc::check(property,
-                          [&]
-                          {
-                              const auto scenario = *anyScenario();
-                              ScheduleUnit unit;
-                              for (const auto& step : scenario.steps)
-                                  check(unit.apply(step), step);
-                          }));
-}
-
-bool playsOrMixes(const ScheduleInfo& info)
-{
-    return info.states.playState != PageStates::stopped;
-}
-
-bool isHeard(const ScheduleInfo& info)
-{
-    return info.states.audioState == PageStates::held;
-}
-
 /**
     The one way to two pages on top: the system asks for the page that is on top and may not raise it (setup, after the
     user has switched off what plays). The page keeps its number and the page below it moves up beside it.
@@ -92,120 +68,117 @@ Step throughHandler(const ScheduleUnit& unit, Step step)
     return step;
 }
 
+void expectOnePageOnTop(const ScheduleUnit& unit)
+{
+    const auto top = unit.onTop();
+    RC_ASSERT(top.size() <= 1u);
+    if (!top.empty())
+        RC_ASSERT(top.front() == unit.remembered().frontShowPage);
+}
+
+void expectUsersWish(const ScheduleUnit& unit, const Step& step)
+{
+    const auto& info = step.info;
+    if (step.kind != Step::request || info.autoSwitch || pageScheduleConfig(info.page) == nullptr)
+        return;
+    if (info.action == AppAction::ToRun || info.action == AppAction::ToShow)
+        RC_ASSERT(unit.states(info.page).showState == 1);
+    if (info.action == AppAction::ToHide)
+        RC_ASSERT(unit.states(info.page).showState == PageStates::notShown);
+}
+
+void expectOneFrontPageHeard(const ScheduleUnit& unit)
+{
+    if (unit.sentOrders().empty())
+        return; // a call that has come or gone counts from the next schedule on
+    // Once its call is over the phone competes with nobody, even if it plays on; nor does "off", which plays nothing
+    // aloud: a source that is stopped during a call leaves it behind the menu.
+    const auto front = [&](auto condition)
+    {
+        return [&unit, condition](const ScheduleInfo& info) {
+            return !info.isRear && info.page != mbAVOff && (info.page != mbBTPhone || unit.isCalling()) &&
+                   condition(info);
+        };
+    };
+    const auto playing =
+        unit.running(front([](const ScheduleInfo& info) { return info.states.playState != PageStates::stopped; }));
+    RC_ASSERT(playing ==
+              unit.running(front([](const ScheduleInfo& info) { return info.states.audioState == PageStates::held; })));
+    RC_ASSERT(playing.size() <= 1u);
+}
+
+/** It may lie behind a page that does without the video: the phone, a menu. */
+void expectOneFrontPageWithVideo(const ScheduleUnit& unit)
+{
+    const auto seen = unit.running([](const ScheduleInfo& info)
+                                   { return !info.isRear && info.states.videoState == PageStates::held; });
+    RC_ASSERT(seen.size() <= 1u);
+    for (const int page : seen)
+        RC_ASSERT(unit.states(page).showState != PageStates::notShown);
+}
+
+/** Each page gets one order, what ends before what begins, and what then runs is what the tables say. */
+void expectOrdersToLeadToTheTables(const ScheduleUnit& unit, const Step& step)
+{
+    if (unit.sentOrders().empty())
+        return;
+    std::set<int> ordered;
+    bool started = false;
+    for (const auto& order : unit.sentOrders())
+    {
+        RC_ASSERT(pageScheduleConfig(order->page) != nullptr);
+        RC_ASSERT(ordered.insert(order->page).second);
+        const bool starts = order->switchType == SwitchType::ToRun || order->switchType == SwitchType::ToShowTopLevel;
+        RC_ASSERT((starts || !started));
+        started = starts;
+    }
+    const auto& tables = unit.remembered();
+    auto next = tables.nextFront;
+    if (tables.nextRear != nullptr)
+        next.push_back(tables.nextRear);
+    std::set<int> left;
+    for (const auto& info : next)
+    {
+        RC_ASSERT(unit.runs(info->page));
+        RC_ASSERT((unit.states(info->page) == info->states));
+        RC_ASSERT(info->states.showState >= 1);
+        RC_ASSERT(info->states.showState <= PageStates::notShown);
+        left.insert(info->page);
+    }
+    const auto running = unit.running([](const ScheduleInfo&) { return true; });
+    RC_ASSERT((left == std::set<int>(running.begin(), running.end())));
+    if (step.kind == Step::request && step.info.action == AppAction::ToStop && step.info.page != mbAVOff)
+        RC_ASSERT(!unit.runs(step.info.page));
+}
+
+std::vector<int> rearPages(const ScheduleUnit& unit)
+{
+    return unit.running([](const ScheduleInfo& info) { return info.isRear; });
+}
+
 } // namespace
 
-TEST(SchedulerProperties, OnePageIsOnTopAndItIsTheRememberedOne)
+TEST(SchedulerProperties, HoldAfterEveryStep)
 {
-    EXPECT_TRUE(rc::check("one page on top",
+    EXPECT_TRUE(rc::check("after every step",
                           []
                           {
                               const auto scenario = *anyScenario();
                               ScheduleUnit unit;
+                              bool twoOnTop = false;
                               for (const auto& step : scenario.steps)
                               {
-                                  if (raisesBesideTop(unit, step))
-                                      return;
+                                  twoOnTop = twoOnTop || raisesBesideTop(unit, step);
                                   unit.apply(step);
-                                  const auto top = unit.onTop();
-                                  RC_ASSERT(top.size() <= 1u);
-                                  if (!top.empty())
-                                      RC_ASSERT(top.front() == unit.remembered().frontShowPage);
+                                  if (!twoOnTop)
+                                      expectOnePageOnTop(unit);
+                                  expectUsersWish(unit, step);
+                                  expectOneFrontPageHeard(unit);
+                                  expectOneFrontPageWithVideo(unit);
+                                  RC_ASSERT(rearPages(unit).size() <= 1u);
+                                  expectOrdersToLeadToTheTables(unit, step);
                               }
                           }));
-}
-
-TEST(SchedulerProperties, WhatTheUserRunsOrShowsComesToTheTop)
-{
-    afterEveryStep("user's page on top",
-                   [](const ScheduleUnit& unit, const Step& step)
-                   {
-                       const auto& info = step.info;
-                       if (step.kind != Step::request || info.autoSwitch || pageScheduleConfig(info.page) == nullptr)
-                           return;
-                       if (info.action == AppAction::ToRun || info.action == AppAction::ToShow)
-                           RC_ASSERT(unit.states(info.page).showState == 1);
-                       if (info.action == AppAction::ToHide)
-                           RC_ASSERT(unit.states(info.page).showState == PageStates::notShown);
-                   });
-}
-
-TEST(SchedulerProperties, OneFrontPageIsHeardAndItIsTheOneThatPlays)
-{
-    afterEveryStep("one front page is heard",
-                   [](const ScheduleUnit& unit, const Step&)
-                   {
-                       if (unit.sentOrders().empty())
-                           return; // a call that has come or gone counts from the next schedule on
-                       // Once its call is over the phone competes with nobody, even if it plays on; nor does "off",
-                       // which plays nothing aloud: a source that is stopped during a call leaves it behind the menu.
-                       const auto competes = [&](const ScheduleInfo& info)
-                       { return !info.isRear && info.page != mbAVOff && (info.page != mbBTPhone || unit.isCalling()); };
-                       const auto front = [&](auto condition)
-                       { return [=](const ScheduleInfo& info) { return competes(info) && condition(info); }; };
-                       const auto playing = unit.running(front(playsOrMixes));
-                       RC_ASSERT(playing == unit.running(front(isHeard)));
-                       RC_ASSERT(playing.size() <= 1u);
-                   });
-}
-
-TEST(SchedulerProperties, OneFrontPageHoldsTheVideoAndItIsShown)
-{
-    afterEveryStep("one front page holds the video",
-                   [](const ScheduleUnit& unit, const Step&)
-                   {
-                       const auto seen =
-                           unit.running([](const ScheduleInfo& info)
-                                        { return !info.isRear && info.states.videoState == PageStates::held; });
-                       RC_ASSERT(seen.size() <= 1u);
-                       // It may lie behind a page that does without: the phone, a menu.
-                       for (const int page : seen)
-                           RC_ASSERT(unit.states(page).showState != PageStates::notShown);
-                   });
-}
-
-TEST(SchedulerProperties, TheRearZoneHoldsOnePage)
-{
-    afterEveryStep("one rear page", [](const ScheduleUnit& unit, const Step&)
-                   { RC_ASSERT(unit.running([](const ScheduleInfo& info) { return info.isRear; }).size() <= 1u); });
-}
-
-TEST(SchedulerProperties, OrdersLeadExactlyToTheTables)
-{
-    afterEveryStep("orders lead to the tables",
-                   [](const ScheduleUnit& unit, const Step& step)
-                   {
-                       if (unit.sentOrders().empty())
-                           return;
-                       std::set<int> ordered;
-                       bool started = false;
-                       for (const auto& order : unit.sentOrders())
-                       {
-                           RC_ASSERT(pageScheduleConfig(order->page) != nullptr);
-                           RC_ASSERT(ordered.insert(order->page).second);
-                           const bool starts = order->switchType == SwitchType::ToRun ||
-                                               order->switchType == SwitchType::ToShowTopLevel;
-                           RC_ASSERT((starts || !started));
-                           started = starts;
-                       }
-                       const auto& tables = unit.remembered();
-                       auto next = tables.nextFront;
-                       if (tables.nextRear != nullptr)
-                           next.push_back(tables.nextRear);
-                       std::set<int> left;
-                       for (const auto& info : next)
-                       {
-                           RC_ASSERT(unit.runs(info->page));
-                           RC_ASSERT((unit.states(info->page) == info->states));
-                           RC_ASSERT(info->states.showState >= 1);
-                           RC_ASSERT(info->states.showState <= PageStates::notShown);
-                           left.insert(info->page);
-                       }
-                       const auto running = unit.running([](const ScheduleInfo&) { return true; });
-                       RC_ASSERT((left == std::set<int>(running.begin(), running.end())));
-                       if (step.kind == Step::request && step.info.action == AppAction::ToStop &&
-                           step.info.page != mbAVOff)
-                           RC_ASSERT(!unit.runs(step.info.page));
-                   });
 }
 
 TEST(SchedulerProperties, BehindHandlersTheRememberedPagesAreThoseThatRun)
@@ -224,8 +197,7 @@ TEST(SchedulerProperties, BehindHandlersTheRememberedPagesAreThoseThatRun)
                                   // "Off" also starts unremembered: behind the menu, when no source is left.
                                   if (!sources.empty() && sources.front() != mbAVOff)
                                       RC_ASSERT(sources.front() == unit.remembered().lastNormalSource);
-                                  const auto rear = unit.running([](const ScheduleInfo& info) { return info.isRear; });
-                                  if (!rear.empty())
+                                  if (const auto rear = rearPages(unit); !rear.empty())
                                       RC_ASSERT(rear.front() == unit.remembered().rearPage);
                               }
                           }));

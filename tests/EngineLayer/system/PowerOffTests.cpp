@@ -83,18 +83,6 @@ TEST_F(PowerOffTest, WaitsForEveryConnectedProgramOnce)
     EXPECT_EQ(readyReports(), 0);
 }
 
-TEST_F(PowerOffTest, AProgramThatDoesNotConfirmDelaysItOnlySoLong)
-{
-    connect(AppSirius);
-    powerOff();
-    EXPECT_EQ(readyReports(), 0);
-    fireTimeOut();
-    EXPECT_EQ(readyReports(), 1);
-    confirm(mbSirius);
-    fireTimeOut();
-    EXPECT_EQ(readyReports(), 0);
-}
-
 // Power goes off in the middle of a switch: nothing waits for its pages, and its time-out, which may be on its way
 // already, is not taken for that of the programs.
 TEST_F(PowerOffTest, IsNotDelayedByASwitchNorHurriedByItsTimeOut)

@@ -174,7 +174,7 @@ TEST_F(TLX70DevTest, TextsThatAreCoveredBeforeTheirTurnAreNotSent)
     EXPECT_EQ(log.count("the remote is there, 64 commands were not sent"), 1);
 }
 
-TEST_F(TLX70DevTest, TheTransmitterIsOnForEachWriteAndOffAfterwards)
+TEST_F(TLX70DevTest, TheTransmitterIsOnForEachWriteAndTheBrightnessIsRepeated)
 {
     using Operation = LinesDouble::Operation;
     start();
@@ -192,6 +192,20 @@ TEST_F(TLX70DevTest, TheTransmitterIsOnForEachWriteAndOffAfterwards)
     EXPECT_FALSE(remote.writeBytes(clearCommand.data(), 0));
     remote.setDimmer(16);
     EXPECT_TRUE(pinCalls().empty());
+    sent();
+    EXPECT_EQ(remote.getTimerInterval(TLX70Dev::refreshTimer), 2000);
+    for (int tick = 0; tick < 7; ++tick)
+    {
+        refresh();
+        EXPECT_EQ(sent(), (Commands { brightness, { 0x8A, 0xCF }, { 0x8A, 0xDF } })) << tick;
+    }
+    remote.setDimmer(4);
+    remote.setDimmer(-1);
+    const Commands dimmed { { 0x8A, 0xC4 }, { 0x8A, 0xD4 } };
+    EXPECT_EQ(sent(), dimmed);
+    refresh();
+    EXPECT_EQ(sent(), dimmed);
+    pinCalls();
     SerialPortDouble::limitWrites(portName, 1);
     EXPECT_TRUE(remote.writeBytes(clearCommand.data(), 2)) << "taken to be sent";
     EXPECT_EQ(pinCalls(), expected);
@@ -240,24 +254,6 @@ TEST_F(TLX70DevTest, TheStoredLinesComeBackAfterATemporaryText)
     sent();
     EXPECT_TRUE(remote.restore());
     EXPECT_EQ(sent(), (Commands { clearCommand, textAt(0xF0, "Second") })) << "the wrapping line is forgotten";
-}
-
-TEST_F(TLX70DevTest, BrightnessIsRepeated)
-{
-    start();
-    EXPECT_TRUE(remote.isTimerRunning(TLX70Dev::refreshTimer));
-    EXPECT_EQ(remote.getTimerInterval(TLX70Dev::refreshTimer), 2000);
-    for (int tick = 0; tick < 7; ++tick)
-    {
-        refresh();
-        EXPECT_EQ(sent(), (Commands { brightness, { 0x8A, 0xCF }, { 0x8A, 0xDF } })) << tick;
-    }
-    remote.setDimmer(4);
-    remote.setDimmer(-1);
-    const Commands dimmed { { 0x8A, 0xC4 }, { 0x8A, 0xD4 } };
-    EXPECT_EQ(sent(), dimmed);
-    refresh();
-    EXPECT_EQ(sent(), dimmed);
 }
 
 /** The unit starts without its remote, which is plugged in while a volume is to be shown. */
@@ -333,32 +329,21 @@ TEST_F(TLX70DevTest, CallsFromSeveralThreadsEndAsTheLastOfThemWanted)
 {
     start();
     Kernel::DeviceWorker::startAll();
-    constexpr int rounds = 6;
     const auto repeat = [](auto call)
     {
         return std::thread(
             [call]
             {
-                for (int round = 0; round < rounds; ++round)
+                for (int round = 0; round < 6; ++round)
                     call();
             });
     };
     std::thread threads[] {
         repeat([this] { remote.restore(); }),
-        repeat(
-            [this]
-            {
-                remote.restoreAfter(60000);
-                remote.showText(7, 10, "Volume 12", true);
-            }),
+        repeat([this] { remote.restoreAfter(60000), remote.showText(7, 10, "Volume 12", true); }),
         repeat([this] { remote.setDimmer(15); }),
         repeat([this] { remote.timerCallback(TLX70Dev::restoreTimer); }),
-        repeat(
-            [this]
-            {
-                remote.isRestorePending();
-                refresh();
-            }),
+        repeat([this] { remote.isRestorePending(), refresh(); }),
     };
     for (auto& thread : threads)
         thread.join();
