@@ -23,8 +23,6 @@ ScheduleInput busyUnit()
         info->playLevel = config->playLevel;
         info->videoLevel = config->videoLevel;
         info->audioLevel = config->audioLevel;
-        info->audioChannel = config->audioChannel;
-        info->videoChannel = config->videoChannel;
         info->isSourcePage = config->isSourcePage;
         info->isNormalSource = config->isNormalSource;
         info->isRear = config->isRear;

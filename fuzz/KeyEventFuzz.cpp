@@ -105,7 +105,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const auto& message : unit.session.messages)
             require(message.getSize() >= 1 && message.getSize() <= 97);
         for (const auto& [id, favourite, camera] : unit.bar.messages)
-            require(id != Kernel::MSG_FAVORITES_SELECT || (favourite >= 1 && favourite <= Platform::favouriteCount));
+            require(id != Kernel::MSG_FAVOURITES_SELECT || (favourite >= 1 && favourite <= Platform::favouriteCount));
     }
     return 0;
 }

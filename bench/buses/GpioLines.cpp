@@ -1,6 +1,6 @@
 #include "bench/buses/GpioLines.h"
 
-#include "bench/network/WireValues.h"
+#include "bench/buses/WireValues.h"
 
 namespace Bench
 {
@@ -11,9 +11,9 @@ namespace
 constexpr std::size_t requestSize = 12;
 enum Operation : std::uint32_t { setFunction = 0, writeLevel = 1, readLevel = 2 };
 
-std::vector<std::uint8_t> replyOf(std::int32_t status, std::uint32_t value)
+Bytes replyOf(std::int32_t status, std::uint32_t value)
 {
-    std::vector<std::uint8_t> reply;
+    Bytes reply;
     appendValue(reply, status);
     appendValue(reply, value);
     return reply;
@@ -21,29 +21,7 @@ std::vector<std::uint8_t> replyOf(std::int32_t status, std::uint32_t value)
 
 } // namespace
 
-GpioLines::GpioLines(Journal& journalToUse)
-    : journal(journalToUse)
-{
-}
-
-std::string GpioLines::start(const std::string& path)
-{
-    return server.listen(path, { {},
-                                 [this](int connection, PacketServer::Packet request)
-                                 {
-                                     slowness.wait();
-                                     server.send(connection, answer(request));
-                                 },
-                                 {} });
-}
-
-void GpioLines::stop()
-{
-    slowBy(std::chrono::milliseconds(0));
-    server.close();
-}
-
-std::vector<std::uint8_t> GpioLines::answer(PacketServer::Packet request)
+std::optional<Bytes> GpioLines::answer(int, Packet request)
 {
     constexpr std::int32_t done = 0;
     constexpr std::int32_t refused = -1;
@@ -53,31 +31,18 @@ std::vector<std::uint8_t> GpioLines::answer(PacketServer::Packet request)
     const auto operation = valueAt<std::uint32_t>(request, 4);
     const auto value = valueAt<std::uint32_t>(request, 8);
 
-    const std::scoped_lock guard(lock);
     if (operation > readLevel || (!table.contains(number) && table.size() >= maxLines))
         return replyOf(refused, 0);
-    auto& line = table[number];
+    auto& [function, level, writes] = table[number];
     if (operation == setFunction)
-        line.function = value;
+        function = value;
     if (operation == writeLevel)
     {
-        line.level = value;
-        ++line.writes;
+        level = value;
+        ++writes;
         journal.add("gpio " + std::to_string(number), std::to_string(value));
     }
-    return replyOf(done, operation == readLevel ? line.level : value);
-}
-
-std::map<std::uint32_t, GpioLines::Line> GpioLines::lines() const
-{
-    const std::scoped_lock guard(lock);
-    return table;
-}
-
-void GpioLines::drive(std::uint32_t line, std::uint32_t level)
-{
-    const std::scoped_lock guard(lock);
-    table[line].level = level;
+    return replyOf(done, operation == readLevel ? level : value);
 }
 
 } // namespace Bench

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "bench/buses/PacketServer.h"
-#include "bench/buses/Slowness.h"
-#include "bench/unit/Journal.h"
+#include "bench/buses/BusDevice.h"
+
+#include <map>
 
 namespace Bench
 {
 
-/** The general-purpose lines. Journal stream "gpio 32856": "1" for each level driven. Any thread. */
-class GpioLines
+/** The general-purpose lines. Journal stream "gpio 32856": "1" for each level driven. */
+class GpioLines : public BusDevice
 {
 public:
     struct Line
@@ -18,31 +18,19 @@ public:
         unsigned writes = 0;
     };
 
-    explicit GpioLines(Journal& journalToUse);
-    ~GpioLines() { stop(); }
-
-    /** Serves the lines at this socket. Empty on success, else what failed. */
-    std::string start(const std::string& path);
-    /** The bus is no longer slow then. */
-    void stop();
-    /** Each operation takes so much longer; 0 ends it at once. */
-    void slowBy(std::chrono::milliseconds delay) { slowness.set(delay); }
+    using BusDevice::BusDevice;
 
     /** The lines that the unit has touched so far. */
-    std::map<std::uint32_t, Line> lines() const;
+    std::map<std::uint32_t, Line> lines() const { return table; }
     /** A level from outside, which the unit reads. */
-    void drive(std::uint32_t line, std::uint32_t level);
+    void drive(std::uint32_t number, std::uint32_t level) { table[number].level = level; }
 
     static constexpr std::size_t maxLines = 1024;
 
 private:
-    Journal& journal;
-    Slowness slowness;
-    mutable std::mutex lock;
     std::map<std::uint32_t, Line> table;
-    PacketServer server; // last: its thread ends before what it uses
 
-    std::vector<std::uint8_t> answer(PacketServer::Packet request);
+    std::optional<Bytes> answer(int connection, Packet request) override;
 };
 
 } // namespace Bench

@@ -1,7 +1,6 @@
 #include "bench/buses/VideoDecoder.h"
 
-#include "bench/mcu/McuFrame.h"
-#include "bench/network/WireValues.h"
+#include "bench/buses/WireValues.h"
 
 namespace Bench
 {
@@ -17,32 +16,9 @@ constexpr std::int32_t notAcknowledged = -1;
 
 } // namespace
 
-VideoDecoder::VideoDecoder(Journal& journalToUse)
-    : journal(journalToUse)
+std::optional<Bytes> VideoDecoder::answer(int, Packet request)
 {
-}
-
-std::string VideoDecoder::start(const std::string& path)
-{
-    return server.listen(path, { {},
-                                 [this](int connection, PacketServer::Packet request)
-                                 {
-                                     slowness.wait();
-                                     server.send(connection, answer(request));
-                                 },
-                                 {} });
-}
-
-void VideoDecoder::stop()
-{
-    slowBy(std::chrono::milliseconds(0));
-    server.close();
-}
-
-std::vector<std::uint8_t> VideoDecoder::answer(PacketServer::Packet request)
-{
-    std::vector<std::uint8_t> reply;
-    const std::scoped_lock guard(lock);
+    Bytes reply;
     const bool isRead = request.size() == 3 && request[1] == 1;
     const bool isWrite = request.size() == 4 && request[1] == 0;
     if (failing || !(isRead || isWrite) || request[0] != deviceAddress)
@@ -70,37 +46,12 @@ std::vector<std::uint8_t> VideoDecoder::answer(PacketServer::Packet request)
 
 void VideoDecoder::setSignal(bool present)
 {
-    const std::scoped_lock guard(lock);
     registers[statusRegister] = present ? signalLocked : 0;
 }
 
 bool VideoDecoder::hasSignal() const
 {
     return readRegister(statusRegister) == signalLocked;
-}
-
-std::uint8_t VideoDecoder::readRegister(std::uint8_t number) const
-{
-    const std::scoped_lock guard(lock);
-    return registers[number];
-}
-
-void VideoDecoder::setFailing(bool shouldFail)
-{
-    const std::scoped_lock guard(lock);
-    failing = shouldFail;
-}
-
-unsigned VideoDecoder::writes() const
-{
-    const std::scoped_lock guard(lock);
-    return writeCount;
-}
-
-unsigned VideoDecoder::reads() const
-{
-    const std::scoped_lock guard(lock);
-    return readCount;
 }
 
 } // namespace Bench

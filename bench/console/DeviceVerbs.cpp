@@ -28,8 +28,8 @@ std::string putUpdate(Unit& unit, const Arguments& given)
 
 void breakCameraBus(Unit& unit, bool fails, std::chrono::milliseconds delay)
 {
-    unit.videoDecoder.setFailing(fails);
-    unit.videoDecoder.slowBy(delay);
+    unit.videoDecoder->setFailing(fails);
+    unit.videoDecoder->slowBy(delay);
 }
 
 std::string controlEngine(Unit& unit, const Arguments& given)
@@ -52,7 +52,7 @@ Outcome showLines(Console& console, const Arguments&)
 {
     const auto& style = console.style;
     constexpr std::size_t longestName = 18;
-    const auto lines = console.unit.gpio.lines();
+    const auto lines = console.unit.gpio->lines();
     if (lines.empty())
         console.output << style.dim("  The unit has touched no line yet.") << "\n";
     for (const auto& [number, line] : lines)
@@ -77,18 +77,18 @@ std::uint8_t remoteKey(const Arguments& given)
 Outcome pressRemote(Console& console, const Arguments& given)
 {
     console.moveFinger();
-    return console.unit.remote.press(remoteKey(given)) ? Outcome {} : failed(remoteTakesNothing);
+    return console.unit.remote->press(remoteKey(given)) ? Outcome {} : failed(remoteTakesNothing);
 }
 
 Outcome showRemote(Console& console, const Arguments&)
 {
-    const auto& remote = console.unit.remote;
+    auto& remote = console.unit.remote;
     const auto& style = console.style;
-    const auto display = remote.display();
+    const auto display = remote->display();
     const auto bar = std::string("────────────────");
     console.output << "  ┌" << bar << "┐\n"
                    << "  │" << style.bold(display.line(0)) << "│\n"
-                   << "  │" << style.bold(display.line(1)) << "│" << style.dim(remote.isPlugged() ? "" : "  unplugged")
+                   << "  │" << style.bold(display.line(1)) << "│" << style.dim(remote->isPlugged() ? "" : "  unplugged")
                    << "\n"
                    << "  └" << bar << "┘\n";
     return {};
@@ -110,7 +110,7 @@ Verbs deviceVerbs()
         { "usb update|bad-update [STORAGE]", "An update program on it, or one that does not start.",
           onUnit(putUpdate) },
         { "camera on|off", "The camera's picture signal.",
-          onUnit([](Unit& unit, auto& given) { unit.videoDecoder.setSignal(given[0] == "on"); }) },
+          onUnit([](Unit& unit, auto& given) { unit.videoDecoder->setSignal(given[0] == "on"); }) },
         { "i2c slow TIME", "Each transfer of the camera's bus takes so much longer.",
           onUnit([](Unit& unit, auto& given) { breakCameraBus(unit, false, given.time(0)); }) },
         { "i2c fail", "Its transfers are refused.", onUnit([](Unit& unit, auto&) { breakCameraBus(unit, true, {}); }) },
@@ -119,22 +119,22 @@ Verbs deviceVerbs()
         { "gpio LINE 0|1", "A level from outside.",
           onUnit(
               [](Unit& unit, auto& given) {
-                  unit.gpio.drive(static_cast<std::uint32_t>(given.number(0)),
-                                  static_cast<std::uint32_t>(given.number(1)));
+                  unit.gpio->drive(static_cast<std::uint32_t>(given.number(0)),
+                                   static_cast<std::uint32_t>(given.number(1)));
               }) },
         { "gpio slow TIME", "Each operation on a line takes so much longer.",
-          onUnit([](Unit& unit, auto& given) { unit.gpio.slowBy(given.time(0)); }) },
-        { "gpio well", "Ends that.", onUnit([](Unit& unit, auto&) { unit.gpio.slowBy({}); }) },
+          onUnit([](Unit& unit, auto& given) { unit.gpio->slowBy(given.time(0)); }) },
+        { "gpio well", "Ends that.", onUnit([](Unit& unit, auto&) { unit.gpio->slowBy({}); }) },
         { "remote REMOTE-KEY", "Presses a key of the wired remote.", pressRemote },
         { "remote hold REMOTE-KEY TIME", "Presses it every 100 ms.",
-          onUnit([](Unit& unit, auto& given) { unit.remote.hold(remoteKey(given), given.time(1)); }) },
+          onUnit([](Unit& unit, auto& given) { unit.remote->hold(remoteKey(given), given.time(1)); }) },
         { "remote bytes BYTE...", "Sends any bytes.",
           onUnit([](Unit& unit, auto& given)
-                 { return unless(unit.remote.sendBytes(given.bytes(0)), remoteTakesNothing); }) },
-        { "remote unplug", "Pulls it out.", onUnit([](Unit& unit, auto&) { unit.remote.unplug(); }) },
-        { "remote plug", "Puts it back.", onUnit([](Unit& unit, auto&) { return unit.remote.plug(); }) },
+                 { return unless(unit.remote->sendBytes(given.bytes(0)), remoteTakesNothing); }) },
+        { "remote unplug", "Pulls it out.", onUnit([](Unit& unit, auto&) { unit.remote->unplug(); }) },
+        { "remote plug", "Puts it back.", onUnit([](Unit& unit, auto&) { return unit.remote->plug(); }) },
         { "remote stall [off]", "Takes no bytes of the unit while it lasts.",
-          onUnit([](Unit& unit, auto& given) { unit.remote.stall(!given.has(0)); }) },
+          onUnit([](Unit& unit, auto& given) { unit.remote->stall(!given.has(0)); }) },
         { "remote [show]", "Its display.", showRemote },
         { "touch X Y", "A finger on the screen, 0 0 at its top left.",
           onUnit([](Unit& unit, auto& given)

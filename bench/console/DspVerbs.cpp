@@ -56,7 +56,7 @@ Outcome showState(Console& console, const Arguments&)
 {
     const auto& style = console.style;
     auto& output = console.output;
-    const auto state = console.unit.dsp.state();
+    const auto state = console.unit.dsp->state();
     const auto& memory = state.memory;
     const auto& counters = state.counters;
     const auto value = [&](const char* name) { return valueOf(memory, name); };
@@ -113,7 +113,7 @@ Outcome showState(Console& console, const Arguments&)
 
 Outcome play(Console& console, const Arguments& given)
 {
-    const auto played = playFile(console.unit.dsp.memory(), given[0], given[1], given.text(2));
+    const auto played = playFile(console.unit.dsp->memory(), given[0], given[1], given.text(2));
     if (!played.error.empty())
         return failed(played.error);
     console.row("played", fixed(played.seconds, 1) + " s into " + given[1]);
@@ -132,7 +132,7 @@ Outcome plot(Console& console, const Arguments& given)
 {
     auto& unit = console.unit;
     const auto file = given.has(0) ? given[0] : unit.folder() + "/dsp.png";
-    if (auto error = plotDsp(unit.dsp.memory(), unit.resources() + "/fonts", file); !error.empty())
+    if (auto error = plotDsp(unit.dsp->memory(), unit.resources() + "/fonts", file); !error.empty())
         return failed(error);
     console.output << console.style.dim("  Drawn: " + file) << "\n";
     return {};

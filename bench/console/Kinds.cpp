@@ -96,7 +96,7 @@ std::span<const Kind> allKinds()
               std::ranges::copy(pageNames(), std::back_inserter(names));
               return names;
           } },
-        number("RATE", 1, Mcu::mostPerSecond),
+        number("RATE", 1, McuSeries::mostPerSecond),
         { "REMOTE-KEY", "source, rotary-next ...", [](auto& word) { return WiredRemote::findKey(word).has_value(); },
           [] { return namesIn(WiredRemote::keys()); } },
         { "SECTION", "mcu, devices or a PROGRAM",

@@ -24,7 +24,7 @@ std::uint8_t keyOf(const std::string& name)
 Outcome press(Console& console, const Arguments& given)
 {
     console.moveFinger();
-    console.unit.mcu.pressKey(keyOf(given[0]), given.number(1));
+    console.unit.panel->pressKey(keyOf(given[0]), given.number(1));
     return {};
 }
 
@@ -33,7 +33,7 @@ std::string send(Mcu& mcu, const Arguments& given)
     const auto data = given.bytes(1);
     if (data.size() > McuFrame::maxData)
         return "a frame has at most " + std::to_string(McuFrame::maxData) + " bytes";
-    mcu.send(commandOfName(given[0]), data);
+    mcu.send({ commandOfName(given[0]), data });
     return {};
 }
 
@@ -48,10 +48,11 @@ Verbs mcuVerbs()
           on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.setLastMemory(given.source(0)); }) },
         { "mcu key KEY [ORIGIN]", "Presses a key of the panel.", press },
         { "mcu hold KEY [ORIGIN] TIME", "Presses it every 100 ms and releases it at the end.",
-          on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.hold(keyOf(given[0]), given.number(1), given.time(2)); }) },
+          on(&Unit::panel,
+             [](Panel& panel, auto& given) { panel.hold(keyOf(given[0]), given.number(1), given.time(2)); }) },
         { "mcu flood KEY-LIST RATE TIME", "Presses them in turn, so many a second, as far as the link keeps up.",
-          on(&Unit::mcu,
-             [](Mcu& mcu, auto& given) { mcu.flood(findKeys(given[0]), given.number(1), given.time(2)); }) },
+          on(&Unit::panel,
+             [](Panel& panel, auto& given) { panel.flood(findKeys(given[0]), given.number(1), given.time(2)); }) },
         { "mcu send FRAME [BYTE...]", "Sends a frame.", on(&Unit::mcu, send) },
         { "mcu status", "Asks for the device status.", on(&Unit::mcu, &Mcu::requestDeviceStatus) },
         { "mcu power-off", "Switches the unit off.", on(&Unit::mcu, &Mcu::requestPowerOff) },

@@ -75,7 +75,7 @@ Outcome showDisplay(Console& console, const Arguments&)
     auto& unit = console.unit;
     auto& output = console.output;
     const auto& style = console.style;
-    const auto display = unit.networkDisplay.state();
+    const auto display = unit.networkDisplay->state();
     constexpr int zoneWidth = 6, nameWidth = 18, volumeWidth = 9, muteWidth = 6;
     output << style.bold("Display on the network") << "\n"
            << style.dim("  " + padded("zone", zoneWidth) + padded("name", nameWidth) + padded("volume", volumeWidth) +
@@ -95,7 +95,7 @@ Outcome showDisplay(Console& console, const Arguments&)
     console.row("last answer", display.lastAnswer.empty() ? "none yet" : display.lastAnswer);
     console.row("messages",
                 std::to_string(display.received) + " of the unit, " + std::to_string(display.sent) + " to it");
-    const auto log = unit.networkLog.state();
+    const auto log = unit.networkLog->state();
     console.row("log",
                 (log.file.empty() ? "off" : log.file) + style.dim("  " + std::to_string(log.logged) + " lines so far"));
     console.row("served", log.port == 0 ? "off"
@@ -109,9 +109,9 @@ Outcome showDisplay(Console& console, const Arguments&)
 Outcome serve(Console& console, const Arguments& given)
 {
     auto& network = console.unit.networkLog;
-    if (auto error = network.serve(given.number(0)); !error.empty())
+    if (auto error = network->serve(given.number(0)); !error.empty())
         return failed(error);
-    console.output << "  port " << console.style.bold(std::to_string(network.state().port)) << "\n";
+    console.output << "  port " << console.style.bold(std::to_string(network->state().port)) << "\n";
     return {};
 }
 

@@ -6,28 +6,21 @@ namespace Bench
 namespace
 {
 
-template <typename Function>
-auto onTuner(Function function)
-{
-    return onUnit([function](Unit& unit, const Arguments& given)
-                  { unit.mcu.useTuner([&](Tuner& tuner) { return function(tuner, given); }); });
-}
-
 bool isOn(const Arguments& given)
 {
     return given[0] == "on";
 }
 
-Tuner::Reports tune(Tuner& tuner, const Arguments& given)
+void tune(Tuner& tuner, const Arguments& given)
 {
-    const auto where = Tuner::parseFrequency(given[0]);
-    return where ? tuner.tune(where->first, where->second) : Tuner::Reports();
+    if (const auto where = Tuner::parseFrequency(given[0]))
+        tuner.tune(where->first, where->second);
 }
 
-Tuner::Reports seek(Tuner& tuner, const Arguments& given)
+void seek(Tuner& tuner, const Arguments& given)
 {
     const bool up = given[0] == "up";
-    return given.has(1) ? tuner.step(up) : tuner.seek(up);
+    given.has(1) ? tuner.step(up) : tuner.seek(up);
 }
 
 } // namespace
@@ -35,20 +28,20 @@ Tuner::Reports seek(Tuner& tuner, const Arguments& given)
 Verbs panelVerbs()
 {
     return {
-        { "tune FREQUENCY", "Tunes in.", onTuner(tune) },
-        { "seek up|down [step]", "Goes to the next station, or one step.", onTuner(seek) },
+        { "tune FREQUENCY", "Tunes in.", on(&Unit::tuner, tune) },
+        { "seek up|down [step]", "Goes to the next station, or one step.", on(&Unit::tuner, seek) },
         { "rds NAME TEXT", "What the station says: a name of 8 characters, a text of 64.",
-          onTuner([](Tuner& tuner, auto& given) { return tuner.say(given[0], given[1]); }) },
+          on(&Unit::tuner, [](Tuner& tuner, auto& given) { tuner.say(given[0], given[1]); }) },
         { "weather on|off", "The weather alert.",
-          onTuner([](Tuner& tuner, auto& given) { return tuner.setWeatherAlert(isOn(given)); }) },
+          on(&Unit::tuner, [](Tuner& tuner, auto& given) { tuner.setWeatherAlert(isOn(given)); }) },
         { "battery VOLTS", "The supply voltage, as the microcontroller measures it.",
-          onUnit([](Unit& unit, auto& given) { unit.mcu.setSupply(given.decimal(0)); }) },
+          on(&Unit::supply, [](auto& supply, auto& given) { supply.setVolts(given.decimal(0)); }) },
         { "lights on|off", "The boat's lights.",
-          onUnit([](Unit& unit, auto& given) { unit.mcu.setLights(isOn(given)); }) },
+          on(&Unit::supply, [](auto& supply, auto& given) { supply.setLights(isOn(given)); }) },
         { "panel trigger on|off", "The camera's trigger input.",
-          onUnit([](Unit& unit, auto& given) { unit.mcu.setTrigger(isOn(given)); }) },
+          on(&Unit::supply, [](auto& supply, auto& given) { supply.setTrigger(isOn(given)); }) },
         { "panel dimmer BRIGHTNESS", "The dimmer, as it is moved at the panel.",
-          onUnit([](Unit& unit, auto& given) { unit.mcu.setDimmer(given.number(0)); }) },
+          on(&Unit::panel, [](auto& panel, auto& given) { panel.setDimmer(given.number(0)); }) },
     };
 }
 

@@ -41,7 +41,7 @@ Outcome showState(Console& console, const Arguments&)
     auto& unit = console.unit;
     auto& output = console.output;
     const auto& style = console.style;
-    const auto mcu = unit.mcu.state();
+    const auto mcu = unit.mcu->state();
     output << style.bold("Unit") << "\n";
     console.row("engine", unit.engine.isRunning()
                               ? style.good("runs") + style.dim("  pid " + std::to_string(unit.engine.pid()))
@@ -55,12 +55,12 @@ Outcome showState(Console& console, const Arguments&)
         if (unit.isUsbPlugged(number))
             usb += (usb.empty() ? "" : ", ") + std::to_string(number);
     console.row("usb storage", usb.empty() ? "none" : usb);
-    console.row("camera", std::string(unit.videoDecoder.hasSignal() ? "signal" : "no signal") +
-                              style.dim("  polled " + std::to_string(unit.videoDecoder.reads()) + " times"));
+    console.row("camera", std::string(unit.videoDecoder->hasSignal() ? "signal" : "no signal") +
+                              style.dim("  polled " + std::to_string(unit.videoDecoder->reads()) + " times"));
     console.row("folder", unit.folder());
 
     output << style.bold("Microcontroller") << "\n";
-    console.row("port", unit.mcu.portPath());
+    console.row("port", unit.mcuPort());
     console.row("source", (mcu.source ? sourceName(*mcu.source) : std::string("none")) +
                               (mcu.agreed ? style.good("  agreed") : style.warning("  not agreed")) +
                               (mcu.wanted ? style.dim("  asked for ") + sourceName(*mcu.wanted) : ""));
@@ -69,13 +69,14 @@ Outcome showState(Console& console, const Arguments&)
                                                 : std::string("none yet"));
     console.row("device status", mcu.deviceStatus ? deviceStatusText(*mcu.deviceStatus) : "none yet");
     console.row("muted", mcu.muted ? "yes" : "no");
-    console.row("panel", std::string(mcu.powered ? "on" : "off") + style.dim("  device id " + hex(mcu.deviceId)));
-    const auto tuner = unit.mcu.tuner();
-    console.row("tuner", tuner.text() + style.dim(tuner.region() == 1 ? "  Europe" : "  Americas") +
-                             (tuner.weatherAlert() ? style.warning("  weather alert") : ""));
-    console.row("supply", voltsText(mcu.supply) + (mcu.lights ? ", lights on" : "") +
-                              (mcu.trigger ? ", camera trigger on" : "") +
-                              style.dim("  dimmer " + std::to_string(mcu.dimmer)));
+    const auto panel = unit.panel->state();
+    const auto supply = unit.supply->state();
+    console.row("panel", std::string(panel.powered ? "on" : "off") + style.dim("  device id " + hex(mcu.deviceId)));
+    console.row("tuner", unit.tuner->text() + style.dim(unit.tuner->region() == 1 ? "  Europe" : "  Americas") +
+                             (unit.tuner->weatherAlert() ? style.warning("  weather alert") : ""));
+    console.row("supply", voltsText(supply.volts) + (supply.lights ? ", lights on" : "") +
+                              (supply.trigger ? ", camera trigger on" : "") +
+                              style.dim("  dimmer " + std::to_string(panel.dimmer)));
     console.row("power off", mcu.readyForPowerOff ? "the unit is ready" : "no");
     console.row("link", (mcu.silent ? style.warning("silent") + "  " : std::string()) + linkText(mcu));
     if (!mcu.recent.empty())

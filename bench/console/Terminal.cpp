@@ -66,7 +66,7 @@ std::string markedPrompt(const std::string& text)
 /** One line: what the unit is doing. */
 std::string promptState(Unit& unit, const Style& style)
 {
-    const auto mcu = unit.mcu.state();
+    const auto mcu = unit.mcu->state();
     const auto front = unit.programs.pageInFront();
     const auto running = unit.programs.running().size();
     const auto source = mcu.source ? sourceName(*mcu.source) : std::string("no source");

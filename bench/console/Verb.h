@@ -89,17 +89,18 @@ auto onUnit(Function function)
     return [function](Console& console, const Arguments& given) { return outcomeOf(function, console.unit, given); };
 }
 
-/** The same with one of its devices; the function may leave out what was given. */
-template <typename Device, typename Function>
-auto on(Device Unit::*device, Function function)
+/** The same with one of its devices, within a turn; the function may leave out what was given. */
+template <typename Model, typename Function>
+auto on(Live<Model> Unit::*device, Function function)
 {
     return onUnit(
         [device, function](Unit& unit, const Arguments& given)
         {
-            if constexpr (std::is_invocable_v<Function, Device&>)
-                return std::invoke(function, unit.*device);
+            const auto turn = (unit.*device).use();
+            if constexpr (std::is_invocable_v<Function, Model&>)
+                return std::invoke(function, *turn);
             else
-                return function(unit.*device, given);
+                return function(*turn, given);
         });
 }
 

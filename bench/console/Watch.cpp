@@ -138,13 +138,14 @@ void addUnit(Composer& text, Unit& unit)
     for (const auto& [appType, program] : unit.programs.running())
         if (program.source != NUM_OF_PAGES)
             addTo(plays, titleOf(program.source));
-    const auto mcu = unit.mcu.state();
-    const auto shown = unit.remote.display();
+    const auto mcu = unit.mcu->state();
+    const bool powered = unit.panel->state().powered;
+    const auto shown = unit.remote->display();
     const bool runs = unit.engine.isRunning();
     const auto frame = [](const std::string& inside) { return Cell { "│" + inside + "│" }; };
     const auto edge = [](const char* left, const char* right) { return Cell { left + repeated("─", 16) + right }; };
 
-    text.rule("╭", "┬", "╮", "Head unit", unit.remote.isPlugged() ? "Wired remote" : "Wired remote, unplugged");
+    text.rule("╭", "┬", "╮", "Head unit", unit.remote->isPlugged() ? "Wired remote" : "Wired remote, unplugged");
     text.row("engine", { runs ? "pid " + std::to_string(unit.engine.pid()) : "off", runs ? &Style::good : &Style::bad },
              edge("┌", "┐"));
     text.row("page", { titleOf(front), &Style::bold }, frame(shown.line(0)));
@@ -154,15 +155,16 @@ void addUnit(Composer& text, Unit& unit)
              { (mcu.source ? sourceName(*mcu.source) : "none") + (mcu.agreed ? ", agreed" : ", not agreed"),
                mcu.agreed ? &Style::good : &Style::warning },
              { "dimmer A " + levelText(shown.dimmerA()) + "  B " + levelText(shown.dimmerB()), &Style::dim });
-    text.row("tuner", { unit.mcu.tuner().text() }, {});
+    text.row("tuner", { unit.tuner->text() }, {});
     text.row("power",
-             { (mcu.powered ? "on, " : "off, ") + voltsText(mcu.supply), mcu.powered ? &Style::good : &Style::warning },
+             { (powered ? "on, " : "off, ") + voltsText(unit.supply->state().volts),
+               powered ? &Style::good : &Style::warning },
              {});
 }
 
 void addSound(Composer& text, Unit& unit)
 {
-    const auto memory = unit.dsp.memory();
+    const auto memory = unit.dsp->memory();
     const auto route = [&](const char* way, std::size_t path) { return Cell { way + inputText(memory, path) }; };
     const bool muted = isMuted(memory, 0) || isMuted(memory, 1) || isMuted(memory, 2);
     const std::vector<std::pair<std::string, Cell>> sound {
@@ -174,7 +176,7 @@ void addSound(Composer& text, Unit& unit)
         { "", route("zone 2 ", 2) },
     };
     std::vector<Cell> lines;
-    for (const auto& [number, line] : unit.gpio.lines())
+    for (const auto& [number, line] : unit.gpio->lines())
         lines.push_back({ std::to_string(number) + (line.level != 0 ? " high " : " low  ") + lineName(number),
                           line.level != 0 ? nullptr : &Style::dim });
     text.rule("├", "┼", "┤", "Sound", "Lines");
@@ -185,7 +187,7 @@ void addSound(Composer& text, Unit& unit)
 
 void addLinks(Composer& text, Unit& unit)
 {
-    const auto mcu = unit.mcu.state();
+    const auto mcu = unit.mcu->state();
     const auto wide = [&](const Cell& cell) { text.wide({ { cell, innerWidth - 1 } }); };
     text.rule("├", "", "┤", "Microcontroller link");
     wide({ linkText(mcu), mcu.silent ? &Style::warning : nullptr });
@@ -193,7 +195,7 @@ void addLinks(Composer& text, Unit& unit)
                (mcu.sinceHeartbeat ? std::to_string(mcu.sinceHeartbeat->count() / 1000) + " s ago" : "none yet"),
            &Style::dim });
 
-    const auto network = unit.networkDisplay.state();
+    const auto network = unit.networkDisplay->state();
     std::string known;
     for (const auto& [number, zone] : network.zones)
         known += "zone " + std::to_string(number) + " " + levelText(zone.volume) + " %" +

@@ -1,6 +1,6 @@
 #include "bench/dsp/Dsp.h"
 
-#include "bench/network/WireValues.h"
+#include "bench/buses/WireValues.h"
 
 #include <algorithm>
 
@@ -20,70 +20,32 @@ constexpr std::size_t maxPrefix = 4;
 constexpr std::int32_t done = 0;
 constexpr std::int32_t failed = -1;
 
+std::uint32_t codeOf(PacketLine::Packet request)
+{
+    return request.size() >= sizeof(std::uint32_t) ? valueAt<std::uint32_t>(request, 0) : 0;
+}
+
+bool isTransfer(std::uint32_t code)
+{
+    return code == writeCode || code == readCode;
+}
+
 } // namespace
 
-Dsp::Dsp(Journal& journalToUse)
-    : journal(journalToUse)
+Dsp::Dsp(Journal& journalToUse, PacketLine& lineToUse)
+    : BusDevice(journalToUse, lineToUse)
     , chip([this](const char* stream, const std::string& text) { journal.add(stream, text); })
 {
 }
 
-Dsp::~Dsp()
+std::string Dsp::start()
 {
-    stop();
-}
-
-std::string Dsp::start(const std::string& pathToUse)
-{
-    const std::scoped_lock guard(serving);
-    path = pathToUse;
-    return listen();
-}
-
-std::string Dsp::listen()
-{
-    {
-        const std::scoped_lock guard(lock);
-        stopping = false;
-        if (openRefused)
-            return {};
-    }
-    return server.listen(path,
-                         { {},
-                           [this](int connection, PacketServer::Packet request) { received(connection, request); },
-                           [this](int connection) { closed(connection); } });
-}
-
-void Dsp::stop()
-{
-    const std::scoped_lock guard(serving);
-    {
-        const std::scoped_lock inner(lock);
-        stopping = true;
-    }
-    faultsChanged.notify_all();
-    server.close();
-    const std::scoped_lock inner(lock);
-    sessions.clear();
-    selected = 0;
-}
-
-void Dsp::received(int connection, PacketServer::Packet request)
-{
-    bool drops = false;
-    {
-        const std::scoped_lock guard(lock);
-        drops = gone;
-    }
-    if (drops)
-        server.drop(connection);
-    else
-        server.send(connection, answer(connection, request));
+    started = true;
+    return openRefused ? "" : line.open();
 }
 
 void Dsp::closed(int connection)
 {
-    const std::scoped_lock guard(lock);
     if (selected == connection)
         selected = 0;
     // The bytes of a block that was never released reach no one.
@@ -91,14 +53,17 @@ void Dsp::closed(int connection)
         journal.add("dsp", "a block was cut off");
 }
 
-Bytes Dsp::answer(int connection, PacketServer::Packet request)
+bool Dsp::canBeSlow(Packet request) const
 {
-    std::unique_lock guard(lock);
-    const auto code = request.size() >= sizeof(std::uint32_t) ? valueAt<std::uint32_t>(request, 0) : 0;
+    return !gone && isTransfer(codeOf(request));
+}
+
+std::optional<Bytes> Dsp::answer(int connection, Packet request)
+{
+    if (gone)
+        return {};
+    const auto code = codeOf(request);
     const auto input = request.subspan(std::min(request.size(), sizeof(std::uint32_t)));
-    const bool isTransfer = code == writeCode || code == readCode;
-    if (isTransfer && delay.count() > 0)
-        faultsChanged.wait_for(guard, delay, [this] { return stopping || delay.count() == 0; });
     auto& session = sessions[connection];
     bool taken = false;
     std::optional<Bytes> bytes;
@@ -108,7 +73,7 @@ Bytes Dsp::answer(int connection, PacketServer::Packet request)
         taken = configure(input);
     else if (code == selectCode)
         taken = select(connection, input);
-    else if (isTransfer && !fails && hasPrefix && selected == connection)
+    else if (isTransfer(code) && !fails && hasPrefix && selected == connection)
     {
         const auto prefix = input.subspan(1, input[0]);
         const auto rest = input.subspan(1 + prefix.size());
@@ -125,7 +90,7 @@ Bytes Dsp::answer(int connection, PacketServer::Packet request)
     return reply;
 }
 
-bool Dsp::configure(PacketServer::Packet record) const
+bool Dsp::configure(Packet record) const
 {
     if (configureFails)
         return false;
@@ -138,7 +103,7 @@ bool Dsp::configure(PacketServer::Packet record) const
     return known;
 }
 
-bool Dsp::select(int connection, PacketServer::Packet value)
+bool Dsp::select(int connection, Packet value)
 {
     constexpr std::uint32_t low = 0, high = 1;
     if (value.size() != sizeof(std::uint32_t) || valueAt<std::uint32_t>(value, 0) > high)
@@ -164,7 +129,7 @@ bool Dsp::select(int connection, PacketServer::Packet value)
     return true;
 }
 
-bool Dsp::write(Session& session, PacketServer::Packet data)
+bool Dsp::write(Session& session, Packet data)
 {
     if (data.empty() || data.size() > maxTransfer)
         return false;
@@ -174,7 +139,7 @@ bool Dsp::write(Session& session, PacketServer::Packet data)
     return !session.overflow;
 }
 
-std::optional<Bytes> Dsp::read(Session& session, PacketServer::Packet prefix, std::size_t length)
+std::optional<Bytes> Dsp::read(Session& session, Packet prefix, std::size_t length)
 {
     if (length == 0 || length > maxTransfer)
         return {};
@@ -212,14 +177,7 @@ void Dsp::endBlock(Session& session)
 
 Dsp::State Dsp::state() const
 {
-    const std::scoped_lock guard(lock);
     return { chip.memory(), chip.counters(), chip.images(), chip.isAwake(), refused, faultText() };
-}
-
-DspMemory Dsp::memory() const
-{
-    const std::scoped_lock guard(lock);
-    return chip.memory();
 }
 
 std::string Dsp::faultText() const
@@ -241,57 +199,18 @@ std::string Dsp::faultText() const
 
 std::string Dsp::refuseOpen(bool refuse)
 {
-    const std::scoped_lock guard(serving);
-    {
-        const std::scoped_lock inner(lock);
-        if (openRefused == refuse)
-            return {};
-        openRefused = refuse;
-        stopping = refuse;
-    }
-    if (path.empty()) // not started: holds when it is
+    if (openRefused == refuse)
+        return {};
+    openRefused = refuse;
+    if (!started) // holds when it is
         return {};
     if (!refuse)
-        return listen();
-    faultsChanged.notify_all();
-    server.close();
-    const std::scoped_lock inner(lock);
+        return line.open();
+    line.close();
+    forgetRequests();
     sessions.clear();
     selected = 0;
     return {};
-}
-
-void Dsp::failConfigure(bool fail)
-{
-    const std::scoped_lock guard(lock);
-    configureFails = fail;
-}
-
-void Dsp::failTransfers(int count)
-{
-    const std::scoped_lock guard(lock);
-    transfersToFail = std::max(count, 0);
-}
-
-void Dsp::answerCrc(Crc answerToGive)
-{
-    const std::scoped_lock guard(lock);
-    crc = answerToGive;
-}
-
-void Dsp::slowBy(std::chrono::milliseconds delayToUse)
-{
-    {
-        const std::scoped_lock guard(lock);
-        delay = delayToUse;
-    }
-    faultsChanged.notify_all();
-}
-
-void Dsp::setGone(bool isGone)
-{
-    const std::scoped_lock guard(lock);
-    gone = isGone;
 }
 
 std::string Dsp::clearFaults()

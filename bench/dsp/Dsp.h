@@ -1,9 +1,9 @@
 #pragma once
 
-#include "bench/buses/PacketServer.h"
+#include "bench/buses/BusDevice.h"
 #include "bench/dsp/DspChip.h"
-#include "bench/mcu/McuFrame.h"
-#include "bench/unit/Journal.h"
+
+#include <map>
 
 namespace Bench
 {
@@ -11,9 +11,9 @@ namespace Bench
 /**
     The audio DSP on the SPI bus, with the driver in front of it: configure, select, transfers. Several connections may
     be open, one of them holds the select line. A configuration that fails leaves the driver as it was. Journal streams
-    "dsp" and "dsp write" as DspChip tells. Any thread.
+    "dsp" and "dsp write" as DspChip tells.
 */
-class Dsp
+class Dsp : public BusDevice
 {
 public:
     enum class Crc { right, wrongOnce, wrongAlways };
@@ -29,26 +29,22 @@ public:
         std::string faults;   ///< those that hold now; empty when it is well
     };
 
-    explicit Dsp(Journal& journalToUse);
-    ~Dsp();
+    Dsp(Journal& journalToUse, PacketLine& lineToUse);
 
-    /** Serves the bus at this socket. Empty on success, else what failed. */
-    std::string start(const std::string& path);
-    void stop();
+    /** Nothing comes before. Empty on success, else what failed. */
+    std::string start();
 
     State state() const;
-    DspMemory memory() const;
+    DspMemory memory() const { return chip.memory(); }
 
     /** Nothing can open the bus; connections that exist are cut. Empty on success, as when it can be opened again. */
     std::string refuseOpen(bool refuse);
-    void failConfigure(bool fail);
+    void failConfigure(bool fail) { configureFails = fail; }
     /** The next transfers fail, in either direction. */
-    void failTransfers(int count);
-    void answerCrc(Crc answer);
-    /** Each transfer takes this much longer. */
-    void slowBy(std::chrono::milliseconds delay);
+    void failTransfers(int count) { transfersToFail = std::max(count, 0); }
+    void answerCrc(Crc answerToGive) { crc = answerToGive; }
     /** Connections are dropped with their next request, as with a driver that has crashed. */
-    void setGone(bool isGone);
+    void setGone(bool isGone) { gone = isGone; }
     /** Ends all of these. Empty on success. */
     std::string clearFaults();
 
@@ -56,9 +52,6 @@ public:
     static constexpr std::size_t maxBlock = 32 * 1024;
 
 private:
-    Journal& journal;
-    mutable std::mutex lock;
-    std::condition_variable faultsChanged; // a slow transfer ends early when the fault does
     DspChip chip;
 
     /** One open bus. */
@@ -72,24 +65,17 @@ private:
     int selected = 0; ///< the connection that holds the select line, 0 for none
     unsigned refused = 0;
 
-    bool openRefused = false, configureFails = false, gone = false, stopping = false;
+    bool openRefused = false, configureFails = false, gone = false, started = false;
     int transfersToFail = 0;
     Crc crc = Crc::right;
-    std::chrono::milliseconds delay { 0 };
 
-    std::mutex serving; // opening and closing of the server, which wait for its thread
-    std::string path;
-    PacketServer server; // last: its thread ends before what it uses
-
-    std::string listen();
-    void received(int connection, PacketServer::Packet request);
-    void closed(int connection);
-    /** Takes the lock and gives it back while a transfer is slow. */
-    Bytes answer(int connection, PacketServer::Packet request);
-    bool configure(PacketServer::Packet record) const;
-    bool select(int connection, PacketServer::Packet value);
-    bool write(Session& session, PacketServer::Packet data);
-    std::optional<Bytes> read(Session& session, PacketServer::Packet prefix, std::size_t length);
+    void closed(int connection) override;
+    bool canBeSlow(Packet request) const override;
+    std::optional<Bytes> answer(int connection, Packet request) override;
+    bool configure(Packet record) const;
+    bool select(int connection, Packet value);
+    bool write(Session& session, Packet data);
+    std::optional<Bytes> read(Session& session, Packet prefix, std::size_t length);
     void endBlock(Session& session);
     std::string faultText() const;
 };

@@ -28,6 +28,13 @@ struct McuFrame
     bool operator==(const McuFrame&) const = default;
 };
 
+/** What a frame says, before it has a number. */
+struct McuMessage
+{
+    int command;
+    Bytes data;
+};
+
 /** At most McuFrame::maxData bytes of data. */
 Bytes encode(const McuFrame& frame);
 

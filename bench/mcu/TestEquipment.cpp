@@ -15,7 +15,6 @@ constexpr std::uint8_t fromEquipment[] = { 0xFF, 0xAA };
 constexpr std::size_t sequenceAt = 2;
 constexpr std::size_t lengthAt = 3;
 constexpr std::size_t contentAt = 4;
-constexpr int autoTestInfo = 25;
 
 std::uint8_t sumOf(std::span<const std::uint8_t> bytes)
 {
@@ -90,7 +89,12 @@ TestEquipment::TestEquipment(Journal& journalToUse, Mcu& mcuToUse)
     : journal(journalToUse)
     , mcu(mcuToUse)
 {
-    mcu.setAutoTestListener([this](const Bytes& bytes) { hear(bytes); });
+    mcu.addListener(
+        [this](const Mcu::Frame& frame)
+        {
+            if (frame.fromUnit && frame.command == Mcu::autoTest)
+                hear(frame.data);
+        });
 }
 
 void TestEquipment::setDeviceId(const std::string& text)
@@ -101,41 +105,15 @@ void TestEquipment::setDeviceId(const std::string& text)
     send(std::move(content));
 }
 
-void TestEquipment::send(Bytes content)
-{
-    const std::scoped_lock guard(lock);
-    transmit(std::move(content), takeDamage());
-}
-
-void TestEquipment::acknowledge()
-{
-    const std::scoped_lock guard(lock);
-    transmitAcknowledgement(takeDamage());
-}
-
 void TestEquipment::hold(bool on)
 {
-    const std::scoped_lock guard(lock);
     current.held = on;
     if (!on && current.unacknowledged)
         transmitAcknowledgement(false);
 }
 
-void TestEquipment::damageNext(int frames)
-{
-    const std::scoped_lock guard(lock);
-    damage = frames;
-}
-
-TestEquipment::State TestEquipment::state() const
-{
-    const std::scoped_lock guard(lock);
-    return current;
-}
-
 void TestEquipment::hear(const Bytes& bytes)
 {
-    const std::scoped_lock guard(lock);
     const auto frame = parseUnitFrame(bytes);
     if (!frame)
     {
@@ -163,7 +141,7 @@ void TestEquipment::transmit(Bytes content, bool damaged)
     if (damaged)
         frame.back() ^= 0xFF;
     ++current.sent;
-    mcu.send(autoTestInfo, std::move(frame));
+    mcu.send({ Mcu::autoTest, std::move(frame) });
 }
 
 bool TestEquipment::takeDamage()

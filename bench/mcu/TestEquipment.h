@@ -29,12 +29,12 @@ Bytes equipmentFrame(std::uint8_t sequence, std::span<const std::uint8_t> conten
     unit's messages, so that the next one comes, and can be made to misbehave.
 
     Journal stream: "autotest", each message as testMessageText, and "damaged" for bytes that are no frame, which are
-    not acknowledged. Every public operation may be called from any thread; none waits for the unit.
+    not acknowledged.
 */
 class TestEquipment
 {
 public:
-    /** Both must outlive it, and the microcontroller must be started after this and stopped before this goes away. */
+    /** Both must outlive it. */
     TestEquipment(Journal& journalToUse, Mcu& mcuToUse);
     TestEquipment(const TestEquipment&) = delete;
     TestEquipment& operator=(const TestEquipment&) = delete;
@@ -50,15 +50,15 @@ public:
     void setDeviceId(const std::string& text);
     void requestText(std::uint8_t item) { send({ 0x07, item }); }
     /** Any command with its parameters, at most `longestContent` bytes; the rest is cut off. */
-    void send(Bytes content);
+    void send(Bytes content) { transmit(std::move(content), takeDamage()); }
 
-    void acknowledge();
+    void acknowledge() { transmitAcknowledgement(takeDamage()); }
     /** Asks for the last message again. */
     void askAgain() { send({ 0x83, 0xFC }); }
     /** Held, no message is acknowledged by itself. The end of it acknowledges the one that waits. */
     void hold(bool on);
     /** The next frames have a wrong sum. Acknowledgements that go by themselves are spared. */
-    void damageNext(int frames);
+    void damageNext(int frames) { damage = frames; }
 
     struct State
     {
@@ -66,7 +66,7 @@ public:
         bool unacknowledged = false; ///< a message has come that was not acknowledged
         unsigned received = 0, sent = 0, damaged = 0;
     };
-    State state() const;
+    State state() const { return current; }
 
     static constexpr std::size_t frameOverhead = 5;
     static constexpr std::size_t longestContent = McuFrame::maxData - frameOverhead;
@@ -75,8 +75,6 @@ public:
 private:
     Journal& journal;
     Mcu& mcu;
-
-    mutable std::mutex lock; // guards everything below; taken before the microcontroller's
     State current;
     int damage = 0; ///< frames still to be damaged
     std::uint8_t sequence = 0;

@@ -78,12 +78,21 @@ Bytes padded(Kind kind, const std::string& text, std::size_t size)
 
 } // namespace
 
-Tuner::Reports Tuner::hear(int command, const Bytes& data)
+Tuner::Tuner(Journal& journalToUse, Mcu& mcuToUse)
+    : journal(journalToUse)
+    , mcu(mcuToUse)
 {
-    if (command == testModeCommand)
+    mcu.addListener([this](const Mcu::Frame& frame) { hear(frame); });
+    mcu.setSourceListener([this](Source source) { select(source); });
+}
+
+void Tuner::hear(const Mcu::Frame& frame)
+{
+    const auto& data = frame.data;
+    if (frame.fromUnit && frame.command == testModeCommand)
         return testMode(data);
-    if (command != radioInfo || data.empty())
-        return {};
+    if (!frame.fromUnit || frame.command != radioInfo || data.empty())
+        return;
     switch (data[0])
     {
     case seekDown:
@@ -93,24 +102,39 @@ Tuner::Reports Tuner::hear(int command, const Bytes& data)
     case stepUp:
         return step(data[0] == stepUp);
     case setFrequency:
-        if (data.size() < 4 || data[1] >= bandCount)
-            return {};
-        return tune(static_cast<Band>(data[1]), data[2] << 8 | data[3]);
+        if (data.size() >= 4 && data[1] < bandCount)
+            tune(static_cast<Band>(data[1]), data[2] << 8 | data[3]);
+        return;
     case setRegion:
         if (data.size() < 2)
-            return {};
+            return;
         area = data[1] == 1 ? 1 : 0;
         return tune(current, frequency());
     default:
-        return {};
+        return;
     }
 }
 
-Tuner::Reports Tuner::testMode(const Bytes& data)
+void Tuner::select(Source source)
+{
+    constexpr std::pair<int, Band> bandsOfTypes[] { { 0, am }, { 1, fm }, { 22, weather } };
+    for (const auto& [type, band] : bandsOfTypes)
+        if (source.type == type) // back to where the band was left
+            tune(band, frequencies[static_cast<std::size_t>(band)]);
+}
+
+void Tuner::send(const Reports& reports)
+{
+    for (const auto& report : reports)
+        mcu.send(report);
+    journal.add("mcu tuner", text());
+}
+
+void Tuner::testMode(const Bytes& data)
 {
     if (data.size() >= 3 && data[0] == testSet && data[1] < bandCount)
         sensitivity[data[1]] = data[2];
-    return { { testModeCommand, Bytes(sensitivity.begin(), sensitivity.end()) } };
+    send({ { testModeCommand, Bytes(sensitivity.begin(), sensitivity.end()) } });
 }
 
 void Tuner::arriveAt(int frequency)
@@ -121,23 +145,23 @@ void Tuner::arriveAt(int frequency)
     radioText = station != nullptr ? station->text : "";
 }
 
-Tuner::Reports Tuner::tune(Band band, int frequency)
+void Tuner::tune(Band band, int frequency)
 {
     current = band;
     const auto& [lowest, highest, step] = limitsOf(area, band);
     arriveAt(std::clamp(frequency, lowest, highest));
-    return reportAll();
+    reportAll();
 }
 
-Tuner::Reports Tuner::step(bool up)
+void Tuner::step(bool up)
 {
     const auto& [lowest, highest, step] = limitsOf(area, current);
     const int next = frequency() + (up ? step : -step);
     arriveAt(next > highest ? lowest : next < lowest ? highest : next);
-    return reportAll();
+    reportAll();
 }
 
-Tuner::Reports Tuner::seek(bool up)
+void Tuner::seek(bool up)
 {
     // The next station in this direction; behind the end of the band it goes on at the other.
     std::optional<int> next, first;
@@ -154,41 +178,37 @@ Tuner::Reports Tuner::seek(bool up)
             first = each.frequency;
     }
     arriveAt(next ? *next : first ? *first : frequency());
-    return reportAll();
+    reportAll();
 }
 
-Tuner::Reports Tuner::say(const std::string& newName, const std::string& newText)
+void Tuner::say(const std::string& newName, const std::string& newText)
 {
     name = newName;
     radioText = newText;
-    return { { radioReport, padded(kindName, name, nameSize) },
-             { radioReport, padded(kindText, radioText, textSize) } };
+    send({ { radioReport, padded(kindName, name, nameSize) }, { radioReport, padded(kindText, radioText, textSize) } });
 }
 
-Tuner::Reports Tuner::setWeatherAlert(bool on)
+void Tuner::setWeatherAlert(bool on)
 {
     alert = on;
-    return { { radioReport, { kindAlert, static_cast<std::uint8_t>(on ? 1 : 0) } } };
+    send({ { radioReport, { kindAlert, static_cast<std::uint8_t>(on ? 1 : 0) } } });
 }
 
-Tuner::Report Tuner::reportFrequency() const
+void Tuner::reportAll()
 {
     constexpr int byte = 8;
-    return { radioReport,
-             { kindFrequency, static_cast<std::uint8_t>(current), static_cast<std::uint8_t>(frequency() >> byte),
-               static_cast<std::uint8_t>(frequency()), static_cast<std::uint8_t>(area) } };
-}
-
-Tuner::Reports Tuner::reportAll() const
-{
-    Reports reports { reportFrequency() };
-    if (current != fm)
-        return reports;
-    const bool isStereo = stationAt(fm, frequency()) != nullptr;
-    reports.push_back({ radioReport, { kindStereo, static_cast<std::uint8_t>(isStereo ? 1 : 0) } });
-    reports.push_back({ radioReport, padded(kindName, name, nameSize) });
-    reports.push_back({ radioReport, padded(kindText, radioText, textSize) });
-    return reports;
+    Reports reports { { radioReport,
+                        { kindFrequency, static_cast<std::uint8_t>(current),
+                          static_cast<std::uint8_t>(frequency() >> byte), static_cast<std::uint8_t>(frequency()),
+                          static_cast<std::uint8_t>(area) } } };
+    if (current == fm)
+    {
+        const bool isStereo = stationAt(fm, frequency()) != nullptr;
+        reports.push_back({ radioReport, { kindStereo, static_cast<std::uint8_t>(isStereo ? 1 : 0) } });
+        reports.push_back({ radioReport, padded(kindName, name, nameSize) });
+        reports.push_back({ radioReport, padded(kindText, radioText, textSize) });
+    }
+    send(reports);
 }
 
 std::string Tuner::text() const

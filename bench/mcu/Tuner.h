@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/mcu/McuFrame.h"
+#include "bench/mcu/Mcu.h"
 
 #include <array>
 #include <optional>
@@ -10,8 +10,8 @@ namespace Bench
 {
 
 /**
-    The tuner inside the microcontroller: three bands with stations, seek and step that find them, and what a station
-    says of itself. Frames in, frames out; its owner locks.
+    The tuner behind the microcontroller: three bands with stations, seek and step that find them, and what a station
+    says of itself. Journal stream "mcu tuner": where it is tuned to, with each report.
 */
 class Tuner
 {
@@ -22,26 +22,19 @@ public:
     static constexpr std::size_t nameSize = 8;
     static constexpr std::size_t textSize = 64;
 
-    struct Report
-    {
-        int command;
-        Bytes data;
-    };
-    using Reports = std::vector<Report>;
-
-    /** What the unit asks of the tuner; empty for a command that is not the tuner's. */
-    Reports hear(int command, const Bytes& data);
+    /** Both must outlive it. */
+    Tuner(Journal& journalToUse, Mcu& mcuToUse);
+    Tuner(const Tuner&) = delete;
+    Tuner& operator=(const Tuner&) = delete;
 
     /** In the band's own unit: 10 kHz on FM, kHz on AM, the channel 1 to 7 on the weather band. Clamped to the band. */
-    Reports tune(Band band, int frequency);
-    /** Back to where the band was left. */
-    Reports select(Band band) { return tune(band, frequencies[static_cast<std::size_t>(band)]); }
+    void tune(Band band, int frequency);
     /** In the band that the unit listens to. */
-    Reports seek(bool up);
-    Reports step(bool up);
+    void seek(bool up);
+    void step(bool up);
     /** What the station says from now on, until another is tuned in. */
-    Reports say(const std::string& name, const std::string& text);
-    Reports setWeatherAlert(bool on);
+    void say(const std::string& name, const std::string& text);
+    void setWeatherAlert(bool on);
 
     Band band() const { return current; }
     int frequency() const { return frequencies[static_cast<std::size_t>(current)]; }
@@ -54,9 +47,16 @@ public:
     static std::optional<std::pair<Band, int>> parseFrequency(const std::string& text);
 
 private:
-    Reports reportAll() const;
-    Report reportFrequency() const;
-    Reports testMode(const Bytes& data);
+    using Reports = std::vector<McuMessage>;
+
+    Journal& journal;
+    Mcu& mcu;
+
+    void hear(const Mcu::Frame& frame);
+    void select(Source source);
+    void send(const Reports& reports);
+    void reportAll();
+    void testMode(const Bytes& data);
     void arriveAt(int frequency);
 
     Band current = fm;

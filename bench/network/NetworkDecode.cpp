@@ -371,7 +371,14 @@ std::string networkText(const NetworkMessage& message)
     return text + (parcel.bytesLeft() > 0 ? ", and " + std::to_string(parcel.bytesLeft()) + " bytes more" : "");
 }
 
-std::string networkText(const Mcu::NetworkFrame& frame)
+bool isOfNetwork(int command)
+{
+    constexpr std::array commands { Mcu::dataBlock, Mcu::version, Mcu::pgnParcel, Mcu::mediaInfo,
+                                    Mcu::networkDeviceId };
+    return std::ranges::find(commands, command) != commands.end();
+}
+
+std::string networkText(const Mcu::Frame& frame)
 {
     switch (frame.command)
     {

@@ -55,6 +55,8 @@ bool isAcknowledgement(const NetworkMessage& message);
 */
 std::string networkText(const NetworkMessage& message);
 /** The same of anything between the unit and the network. */
-std::string networkText(const Mcu::NetworkFrame& frame);
+std::string networkText(const Mcu::Frame& frame);
+/** Whether a command of the link is about the boat's network. */
+bool isOfNetwork(int command);
 
 } // namespace Bench

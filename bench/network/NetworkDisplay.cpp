@@ -58,7 +58,7 @@ NetworkDisplay::NetworkDisplay(Journal& journalToUse, Mcu& mcuToUse)
     : journal(journalToUse)
     , mcu(mcuToUse)
 {
-    mcu.addNetworkListener([this](const Mcu::NetworkFrame& frame) { hear(frame); });
+    mcu.addListener([this](const Mcu::Frame& frame) { hear(frame); });
 }
 
 void NetworkDisplay::choosePhone()
@@ -68,7 +68,7 @@ void NetworkDisplay::choosePhone()
 
 void NetworkDisplay::send(int pgn, Bytes data)
 {
-    mcu.send(Mcu::pgnParcel, parcelOf(pgn, std::move(data)));
+    mcu.send({ Mcu::pgnParcel, parcelOf(pgn, std::move(data)) });
 }
 
 void NetworkDisplay::request(int pgn, std::uint8_t zone)
@@ -121,39 +121,34 @@ void NetworkDisplay::startUpdate()
 
 void NetworkDisplay::startUpdateByData()
 {
-    mcu.send(Mcu::dataBlock, { 30, 0 });
+    mcu.send({ Mcu::dataBlock, { 30, 0 } });
 }
 
 void NetworkDisplay::requestVersion(std::uint8_t selector, const std::string& text)
 {
     Bytes data { selector };
     data.insert(data.end(), text.begin(), text.end());
-    mcu.send(Mcu::version, std::move(data));
+    mcu.send({ Mcu::version, std::move(data) });
 }
 
 void NetworkDisplay::flood(int perSecond, Mcu::Milliseconds duration)
 {
-    mcu.floodNetwork(parcelOf(Pgn::groupFunction, requestOf(Pgn::zoneVolume, 0)), perSecond, duration);
+    mcu.series().flood(McuSeries::floodingNetwork, "mfd flood",
+                       { { Mcu::pgnParcel, parcelOf(Pgn::groupFunction, requestOf(Pgn::zoneVolume, 0)) } }, perSecond,
+                       duration);
 }
 
-NetworkDisplay::State NetworkDisplay::state() const
+void NetworkDisplay::hear(const Mcu::Frame& frame)
 {
-    const std::scoped_lock guard(lock);
-    return current;
-}
-
-void NetworkDisplay::hear(const Mcu::NetworkFrame& frame)
-{
+    if (!isOfNetwork(frame.command))
+        return;
     const auto words = networkText(frame);
-    {
-        const std::scoped_lock guard(lock);
-        ++(frame.fromUnit ? current.received : current.sent);
-        if (frame.fromUnit)
-            current.lastTold = words;
-        if (frame.fromUnit && frame.command == Mcu::pgnParcel)
-            if (const auto message = messageFromUnit(frame.data))
-                learn(*message);
-    }
+    ++(frame.fromUnit ? current.received : current.sent);
+    if (frame.fromUnit)
+        current.lastTold = words;
+    if (frame.fromUnit && frame.command == Mcu::pgnParcel)
+        if (const auto message = messageFromUnit(frame.data))
+            learn(*message);
     auto [stream, text] =
         frame.fromUnit ? streamAndText(words) : std::pair<std::string, std::string>("mfd sent", words);
     journal.add(std::move(stream), std::move(text));

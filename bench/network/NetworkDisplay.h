@@ -13,12 +13,12 @@ namespace Bench
 
     Journal streams: "mfd", each message of the unit in a person's words, "mfd zone 1" and "mfd zone 2" for those that
     begin with a zone, as which of two zones is told first is left to the link, and "mfd sent", each message to it,
-    whoever on the network sent it. Every public operation may be called from any thread; none waits for the unit.
+    whoever on the network sent it.
 */
 class NetworkDisplay
 {
 public:
-    /** Both must outlive it, and the microcontroller must be started after this and stopped before this goes away. */
+    /** Both must outlive it. */
     NetworkDisplay(Journal& journalToUse, Mcu& mcuToUse);
     NetworkDisplay(const NetworkDisplay&) = delete;
     NetworkDisplay& operator=(const NetworkDisplay&) = delete;
@@ -47,7 +47,7 @@ public:
     void startUpdateByData();
     /** `text` counts for selector 4, which tells a version instead of asking for one. */
     void requestVersion(std::uint8_t selector, const std::string& text);
-    /** Requests for the volume of both zones, so many a second; as `Mcu::flood`. */
+    /** Requests for the volume of both zones, so many a second; as `McuSeries::flood`. */
     void flood(int perSecond, Mcu::Milliseconds duration);
 
     struct Zone
@@ -65,7 +65,7 @@ public:
         std::string lastTold;   ///< the last message of the unit, in words
         unsigned received = 0, sent = 0;
     };
-    State state() const;
+    State state() const { return current; }
 
     /** Stream and text of a message of the unit in a person's words. */
     static std::pair<std::string, std::string> streamAndText(const std::string& words);
@@ -73,13 +73,11 @@ public:
 private:
     Journal& journal;
     Mcu& mcu;
-
-    mutable std::mutex lock; // guards the state
     State current;
 
     void request(int pgn, std::uint8_t zone);
     void command(int pgn, const Fields& fields);
-    void hear(const Mcu::NetworkFrame& frame);
+    void hear(const Mcu::Frame& frame);
     void learn(const NetworkMessage& message);
 };
 

@@ -32,21 +32,16 @@ std::string failure(const std::string& file)
 
 } // namespace
 
-NetworkLog::NetworkLog(Journal& journalToUse, Mcu& mcuToUse)
+NetworkLog::NetworkLog(Journal& journalToUse, Mcu& mcuToUse, Loop& loop)
     : journal(journalToUse)
     , mcu(mcuToUse)
+    , server(loop)
 {
-    mcu.addNetworkListener([this](const Mcu::NetworkFrame& frame) { hear(frame); });
-}
-
-NetworkLog::~NetworkLog()
-{
-    stopServing();
+    mcu.addListener([this](const Mcu::Frame& frame) { hear(frame); });
 }
 
 std::string NetworkLog::logTo(const std::string& file)
 {
-    const std::scoped_lock guard(lock);
     output.close();
     output.clear();
     output.open(file, std::ios::trunc);
@@ -56,7 +51,6 @@ std::string NetworkLog::logTo(const std::string& file)
 
 void NetworkLog::stopLogging()
 {
-    const std::scoped_lock guard(lock);
     output.close();
     current.file.clear();
 }
@@ -67,16 +61,10 @@ std::string NetworkLog::serve(int port)
                                  [this](const std::string& what) { journal.add("n2k", what); } });
 }
 
-void NetworkLog::stopServing()
-{
-    server.close();
-}
-
 NetworkLog::State NetworkLog::state() const
 {
     State copy;
     {
-        const std::scoped_lock guard(lock);
         copy = current;
     }
     copy.port = server.port();
@@ -85,7 +73,7 @@ NetworkLog::State NetworkLog::state() const
     return copy;
 }
 
-void NetworkLog::hear(const Mcu::NetworkFrame& frame)
+void NetworkLog::hear(const Mcu::Frame& frame)
 {
     if (frame.command != Mcu::pgnParcel)
         return;
@@ -95,7 +83,6 @@ void NetworkLog::hear(const Mcu::NetworkFrame& frame)
     using namespace std::chrono;
     const auto line = lineOf(*message, floor<milliseconds>(system_clock::now()));
     {
-        const std::scoped_lock guard(lock);
         ++current.logged;
         if (output.is_open() && !(output << line << "\n" << std::flush))
         {
@@ -114,8 +101,7 @@ void NetworkLog::feed(const std::string& line)
     if (!parsed.error.empty())
         journal.add("n2k", "a reader's line is refused: " + parsed.error);
     if (goes)
-        mcu.send(Mcu::pgnParcel, parcelToUnit(*parsed.message));
-    const std::scoped_lock guard(lock);
+        mcu.send({ Mcu::pgnParcel, parcelToUnit(*parsed.message) });
     current.fed += goes ? 1 : 0;
     current.refused += parsed.error.empty() ? 0 : 1;
     current.skipped += parsed.message && parsed.error.empty() && !goes ? 1 : 0;
@@ -129,7 +115,7 @@ std::string NetworkLog::play(const std::string& file, std::optional<double> spee
     std::ifstream input(file);
     if (!input)
         return failure(file);
-    std::vector<Mcu::TimedParcel> parcels;
+    std::vector<McuSeries::TimedFrame> frames;
     std::optional<NetworkTime> before;
     FloatingMs due { 0 };
     unsigned number = 0, skipped = 0;
@@ -145,17 +131,15 @@ std::string NetworkLog::play(const std::string& file, std::optional<double> spee
             due = std::min(longest, due + std::max(FloatingMs(0), FloatingMs(line.time - *before) / *speed));
         before = line.time;
         if (isForUnit(*line.message))
-            parcels.push_back({ std::chrono::duration_cast<Mcu::Milliseconds>(due), parcelToUnit(*line.message) });
+            frames.push_back({ std::chrono::duration_cast<McuSeries::Milliseconds>(due),
+                               { Mcu::pgnParcel, parcelToUnit(*line.message) } });
         else
             ++skipped;
     }
     if (input.bad())
         return failure(file);
-    {
-        const std::scoped_lock guard(lock);
-        current.skipped += skipped;
-    }
-    mcu.play(file + ", " + std::to_string(skipped) + " skipped", std::move(parcels));
+    current.skipped += skipped;
+    mcu.series().play(file + ", " + std::to_string(skipped) + " skipped", std::move(frames));
     return {};
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "bench/mcu/Mcu.h"
-#include "bench/network/LineServer.h"
 #include "bench/network/NetworkMessage.h"
+#include "bench/unit/LineServer.h"
 
 #include <fstream>
 
@@ -15,14 +15,13 @@ namespace Bench
     unit itself sent or that are for another: these are skipped and counted.
 
     Journal stream "n2k": readers that are dropped, lines that are refused, a file that takes no more, and what the
-    microcontroller says of a play. Operations may be called from any thread; none waits for the unit.
+    microcontroller says of a play.
 */
 class NetworkLog
 {
 public:
-    /** Both must outlive it, and the microcontroller must be started after this and stopped before this goes away. */
-    NetworkLog(Journal& journalToUse, Mcu& mcuToUse);
-    ~NetworkLog();
+    /** Both must outlive it. */
+    NetworkLog(Journal& journalToUse, Mcu& mcuToUse, Loop& loop);
     NetworkLog(const NetworkLog&) = delete;
     NetworkLog& operator=(const NetworkLog&) = delete;
 
@@ -32,14 +31,14 @@ public:
 
     /** Port 0 takes any that is free, which `state` tells. Empty on success, else what failed. */
     std::string serve(int port);
-    void stopServing();
+    void stopServing() { server.close(); }
 
     /**
         Plays a file's lines with its own time distances divided by `speed`, or without one as fast as the link takes
         them. Nothing is sent of a file that has a bad line. Empty on success, else what is wrong, with the line.
     */
     std::string play(const std::string& file, std::optional<double> speed);
-    void stopPlaying() { mcu.stopPlaying(); }
+    void stopPlaying() { mcu.series().stopPlaying(); }
 
     struct State
     {
@@ -58,12 +57,10 @@ private:
     Journal& journal;
     Mcu& mcu;
     LineServer server;
-
-    mutable std::mutex lock; // guards everything below
     std::ofstream output;
     State current;
 
-    void hear(const Mcu::NetworkFrame& frame);
+    void hear(const Mcu::Frame& frame);
     void feed(const std::string& line);
 };
 

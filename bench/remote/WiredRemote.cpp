@@ -1,13 +1,6 @@
 #include "bench/remote/WiredRemote.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
-#include <utility>
 
 namespace Bench
 {
@@ -38,156 +31,35 @@ std::optional<std::uint8_t> WiredRemote::findKey(const std::string& name)
     return found != keyTable.end() ? std::optional(found->byte) : std::nullopt;
 }
 
-WiredRemote::WiredRemote(Journal& journalToUse)
+WiredRemote::WiredRemote(Journal& journalToUse, SerialLine& lineToUse)
     : journal(journalToUse)
+    , line(lineToUse)
 {
-}
-
-WiredRemote::~WiredRemote()
-{
-    stop();
-}
-
-std::string WiredRemote::start(const std::string& linkPath)
-{
-    link = linkPath;
-    wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (wakeUp < 0)
-        return std::string("eventfd: ") + std::strerror(errno);
-    if (auto error = plug(); !error.empty())
-        return error;
-    stopping = false;
-    thread = std::thread([this] { run(); });
-    return {};
-}
-
-void WiredRemote::stop()
-{
-    if (thread.joinable())
+    line.received = [this](std::span<const std::uint8_t> bytes)
     {
-        stopping = true;
-        wake();
-        thread.join();
-    }
-    line.close();
-    if (wakeUp >= 0)
-        ::close(std::exchange(wakeUp, -1));
-}
-
-void WiredRemote::wake() const
-{
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = ::write(wakeUp, &one, sizeof one);
+        for (const auto byte : bytes)
+            take(byte);
+    };
 }
 
 std::string WiredRemote::plug()
 {
-    const std::scoped_lock guard(lock);
     if (line.isOpen())
         return {};
     if (auto error = line.open(); !error.empty())
         return error;
     shown = {}; // its memory is lost with the power
-    std::error_code error;
-    std::filesystem::remove(link, error);
-    std::filesystem::create_symlink(line.path(), link, error);
-    if (error)
-        return link + ": " + error.message();
     journal.add("remote", "plugged");
-    wake();
     return {};
 }
 
 void WiredRemote::unplug()
 {
-    const std::scoped_lock guard(lock);
     if (!line.isOpen())
         return;
-    std::error_code ignored;
-    std::filesystem::remove(link, ignored);
     line.close();
     held.reset();
     journal.add("remote", "unplugged");
-    wake();
-}
-
-bool WiredRemote::isPlugged() const
-{
-    const std::scoped_lock guard(lock);
-    return line.isOpen();
-}
-
-void WiredRemote::stall(bool on)
-{
-    const std::scoped_lock guard(lock);
-    stalled = on;
-    wake();
-}
-
-RemoteDisplay WiredRemote::display() const
-{
-    const std::scoped_lock guard(lock);
-    return shown;
-}
-
-bool WiredRemote::sendBytes(std::span<const std::uint8_t> bytes)
-{
-    const std::scoped_lock guard(lock);
-    return write(bytes);
-}
-
-void WiredRemote::hold(std::uint8_t key, Milliseconds duration)
-{
-    const std::scoped_lock guard(lock);
-    const auto now = Clock::now();
-    held = { key, now, now + duration };
-    wake();
-}
-
-bool WiredRemote::write(std::span<const std::uint8_t> bytes)
-{
-    return line.isOpen() &&
-           ::write(line.descriptor(), bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
-}
-
-int WiredRemote::untilNextRepeat() const
-{
-    if (!held)
-        return -1;
-    const auto left = std::chrono::ceil<Milliseconds>(held->next - Clock::now());
-    return std::max(0, static_cast<int>(left.count()));
-}
-
-void WiredRemote::run()
-{
-    while (!stopping)
-    {
-        std::array<pollfd, 2> waiting { { { wakeUp, POLLIN, 0 }, { -1, POLLIN, 0 } } };
-        int limit = -1;
-        {
-            const std::scoped_lock guard(lock);
-            if (!stalled)
-                waiting[1].fd = line.descriptor();
-            limit = untilNextRepeat();
-        }
-        ::poll(waiting.data(), waiting.size(), limit);
-        std::uint64_t count = 0;
-        if (waiting[0].revents != 0) [[maybe_unused]]
-            const auto size = ::read(wakeUp, &count, sizeof count);
-        const std::scoped_lock guard(lock);
-        repeatHeldKey();
-        // The line may have been changed meanwhile; then there is nothing to read, or it is found on the next turn.
-        if (!stalled && line.isOpen())
-            read();
-    }
-}
-
-void WiredRemote::read()
-{
-    std::array<std::uint8_t, 512> buffer {};
-    for (ssize_t count = 0; (count = ::read(line.descriptor(), buffer.data(), buffer.size())) > 0;)
-        for (ssize_t i = 0; i < count; ++i)
-            take(buffer[static_cast<std::size_t>(i)]);
 }
 
 void WiredRemote::take(std::uint8_t byte)
@@ -214,9 +86,8 @@ void WiredRemote::take(std::uint8_t byte)
     }
 }
 
-void WiredRemote::repeatHeldKey()
+void WiredRemote::doDue()
 {
-    const auto now = Clock::now();
     if (!held || held->next > now)
         return;
     if (now >= held->end)
@@ -224,7 +95,7 @@ void WiredRemote::repeatHeldKey()
         held.reset();
         return;
     }
-    write(std::span(&held->key, 1));
+    press(held->key);
     held->next += repeatEvery;
 }
 

@@ -1,50 +1,42 @@
 #pragma once
 
-#include "bench/mcu/PseudoTerminal.h"
 #include "bench/remote/RemoteDisplay.h"
-#include "bench/unit/Journal.h"
-
-#include <atomic>
-#include <span>
-#include <thread>
+#include "bench/unit/Device.h"
 
 namespace Bench
 {
 
 /**
-    The wired remote behind a pseudo-terminal of its own: shows what the unit writes, has keys, and can be pulled out
-    and put back.
+    The wired remote at a serial line of its own: shows what the unit writes, has keys, and can be pulled out and put
+    back.
 
     Journal streams: "remote display" (both lines, after each command that writes there), "remote dimmer" ("A 15"),
-    "remote" (plugged, unplugged, damaged bytes). Any thread.
+    "remote" (plugged, unplugged, damaged bytes).
 */
-class WiredRemote
+class WiredRemote : public Device
 {
 public:
     using Milliseconds = std::chrono::milliseconds;
 
-    explicit WiredRemote(Journal& journalToUse);
-    ~WiredRemote();
-    WiredRemote(const WiredRemote&) = delete;
-    WiredRemote& operator=(const WiredRemote&) = delete;
-
-    /** `linkPath` is what the unit opens: it leads to the remote while that is plugged. Empty on success. */
-    std::string start(const std::string& linkPath);
-    void stop();
+    /** Both must outlive it. */
+    WiredRemote(Journal& journalToUse, SerialLine& lineToUse);
 
     /** False when it is unplugged or the unit does not read. The unit ignores keys that arrive together. */
     bool press(std::uint8_t key) { return sendBytes(std::span(&key, 1)); }
-    bool sendBytes(std::span<const std::uint8_t> bytes);
+    bool sendBytes(std::span<const std::uint8_t> bytes) { return line.write(bytes); }
     /** Presses it again and again for so long. */
-    void hold(std::uint8_t key, Milliseconds duration);
+    void hold(std::uint8_t key, Milliseconds duration) { held = { key, now, now + duration }; }
 
     void unplug();
+    /** Empty on success, else what failed. */
     std::string plug();
-    bool isPlugged() const;
+    bool isPlugged() const { return line.isOpen(); }
     /** Takes no bytes from the unit while it lasts. */
-    void stall(bool on);
+    void stall(bool on) { line.setReading(!on); }
 
-    RemoteDisplay display() const;
+    RemoteDisplay display() const { return shown; }
+
+    std::optional<Clock::time_point> due() const override { return held ? std::optional(held->next) : std::nullopt; }
 
     struct Key
     {
@@ -58,15 +50,8 @@ public:
 
 private:
     Journal& journal;
-    std::string link;
-    int wakeUp = -1;
-    std::thread thread;
-    std::atomic<bool> stopping { false };
-
-    mutable std::mutex lock; // guards everything below
-    PseudoTerminal line;
+    SerialLine& line;
     RemoteDisplay shown;
-    bool stalled = false;
     struct Held
     {
         std::uint8_t key;
@@ -74,13 +59,8 @@ private:
     };
     std::optional<Held> held;
 
-    void run();
-    void read();
     void take(std::uint8_t byte);
-    void repeatHeldKey();
-    bool write(std::span<const std::uint8_t> bytes);
-    int untilNextRepeat() const;
-    void wake() const;
+    void doDue() override;
 };
 
 } // namespace Bench

@@ -3,10 +3,16 @@
 #include "bench/unit/Child.h"
 #include "bench/unit/Journal.h"
 
+#include <atomic>
+#include <ios>
+
 namespace Bench
 {
 
-/** The engine's process. Journal stream "engine": "started", then "exit 0" or "signal 9". Any thread. */
+/**
+    The engine's process. Journal stream "engine": "started", then "exit 0" or "signal 9". What it wrote to its standard
+    error before it ended without being asked goes to the bench's own. Any thread.
+*/
 class Engine
 {
 public:
@@ -31,7 +37,10 @@ public:
 
 private:
     Journal& journal;
+    std::atomic<bool> asked { false }; ///< to end
     Child child;
+
+    static void tellLastWords(const std::string& outputFile, std::streamoff begin);
 };
 
 } // namespace Bench

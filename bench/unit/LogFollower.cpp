@@ -5,8 +5,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,60 +13,44 @@
 namespace Bench
 {
 
-LogFollower::LogFollower(Journal& journalToUse, std::string streamToUse)
-    : journal(journalToUse)
+LogFollower::LogFollower(Loop& loopToUse, Journal& journalToUse, std::string streamToUse)
+    : loop(loopToUse)
+    , journal(journalToUse)
     , stream(std::move(streamToUse))
 {
 }
 
-LogFollower::~LogFollower()
-{
-    stop();
-}
-
 std::string LogFollower::start(const std::string& path)
 {
+    const Loop::Turn turn(loop);
     file = path;
     notifications = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
-    wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     const auto folder = std::filesystem::path(path).parent_path();
-    if (notifications < 0 || wakeUp < 0 ||
+    if (notifications < 0 ||
         ::inotify_add_watch(notifications, folder.c_str(), IN_MODIFY | IN_CREATE | IN_MOVED_TO) < 0)
         return path + ": " + std::strerror(errno);
-    stopping = false;
-    thread = std::thread([this] { run(); });
+    watch = std::make_unique<Watch>(loop, notifications,
+                                    [this]
+                                    {
+                                        std::array<char, 4096> ignored {};
+                                        while (::read(notifications, ignored.data(), ignored.size()) > 0)
+                                        {
+                                        }
+                                        readNew();
+                                    });
+    readNew();
     return {};
 }
 
 void LogFollower::stop()
 {
-    if (thread.joinable())
-    {
-        stopping = true;
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = ::write(wakeUp, &one, sizeof one);
-        thread.join();
-    }
-    for (auto* each : { &notifications, &wakeUp, &descriptor })
+    const Loop::Turn turn(loop);
+    if (watch != nullptr)
+        readNew();
+    watch.reset();
+    for (auto* each : { &notifications, &descriptor })
         if (*each >= 0)
             ::close(std::exchange(*each, -1));
-}
-
-void LogFollower::run()
-{
-    for (;;)
-    {
-        readNew();
-        if (stopping)
-            return;
-        std::array<pollfd, 2> waits { pollfd { notifications, POLLIN, 0 }, pollfd { wakeUp, POLLIN, 0 } };
-        if (::poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR)
-            return;
-        std::array<char, 4096> ignored {};
-        while (::read(notifications, ignored.data(), ignored.size()) > 0)
-        {
-        }
-    }
 }
 
 void LogFollower::readNew()

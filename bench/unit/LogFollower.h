@@ -1,9 +1,6 @@
 #pragma once
 
-#include "bench/unit/Journal.h"
-
-#include <atomic>
-#include <thread>
+#include "bench/unit/Loop.h"
 
 namespace Bench
 {
@@ -12,8 +9,8 @@ namespace Bench
 class LogFollower
 {
 public:
-    explicit LogFollower(Journal& journalToUse, std::string streamToUse = "log");
-    ~LogFollower();
+    LogFollower(Loop& loopToUse, Journal& journalToUse, std::string streamToUse = "log");
+    ~LogFollower() { stop(); }
     LogFollower(const LogFollower&) = delete;
     LogFollower& operator=(const LogFollower&) = delete;
 
@@ -22,16 +19,15 @@ public:
     void stop();
 
 private:
+    Loop& loop; // its turns guard everything below
     Journal& journal;
     std::string stream;
     std::string file;
-    int notifications = -1, wakeUp = -1;
-    std::thread thread;
-    std::atomic<bool> stopping { false };
+    int notifications = -1;
+    std::unique_ptr<Watch> watch;
     int descriptor = -1;
     std::string partial;
 
-    void run();
     void readNew();
     void add(const std::string& line);
     void reopenIfReplaced();

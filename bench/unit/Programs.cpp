@@ -30,22 +30,21 @@ std::string programStream(int appType)
 
 } // namespace
 
-Programs::Programs(Journal& journalToUse)
-    : journal(journalToUse)
+Programs::Programs(Loop& loopToUse, Journal& journalToUse)
+    : loop(loopToUse)
+    , journal(journalToUse)
     , front(NUM_OF_PAGES)
 {
+    server.connected = [this](int connection, int pid) { pidOfConnection[connection] = pid; };
+    server.received = [this](int connection, PacketLine::Packet packet) { onPacket(connection, packet); };
+    server.closed = [this](int connection) { onClosed(connection); };
 }
 
 std::string Programs::start(const std::string& socketPath)
 {
-    return server.listen(socketPath,
-                         { [this](int connection, int pid)
-                           {
-                               const std::scoped_lock guard(lock);
-                               pidOfConnection[connection] = pid;
-                           },
-                           [this](int connection, PacketServer::Packet packet) { onPacket(connection, packet); },
-                           [this](int connection) { onClosed(connection); } });
+    const Loop::Turn turn(loop);
+    server.setPath(socketPath);
+    return server.open();
 }
 
 void Programs::stop()
@@ -59,22 +58,23 @@ void Programs::stop()
         // The process number comes from the socket, and the connection is still there, so it is that very process.
         if (!journal.waitFor(from, deadline, isEvent(programStream(appType), "gone")) && running().contains(appType))
             ::kill(program.pid, SIGKILL);
+    const Loop::Turn turn(loop);
     server.close();
 }
 
 std::map<int, Programs::Program> Programs::running() const
 {
-    const std::scoped_lock guard(lock);
+    const Loop::Turn turn(loop);
     return programs;
 }
 
 int Programs::pageInFront() const
 {
-    const std::scoped_lock guard(lock);
+    const Loop::Turn turn(loop);
     return front;
 }
 
-void Programs::onPacket(int connection, PacketServer::Packet packet)
+void Programs::onPacket(int connection, PacketLine::Packet packet)
 {
     const auto message = json::parse(packet.begin(), packet.end(), nullptr, false);
     if (!message.is_object() || !message.contains("event") || !message["event"].is_string())
@@ -91,7 +91,6 @@ void Programs::onPacket(int connection, PacketServer::Packet packet)
                         ? Clock::time_point(std::chrono::nanoseconds(message["at"].get<std::int64_t>()))
                         : Clock::now();
 
-    const std::scoped_lock guard(lock);
     if (event == "hello")
     {
         onHello(connection, number("app"), text("commandLine"), at);
@@ -129,7 +128,6 @@ void Programs::onHello(int connection, int appType, const std::string& commandLi
 
 void Programs::onClosed(int connection)
 {
-    const std::scoped_lock guard(lock);
     pidOfConnection.erase(connection);
     const auto appType = appOfConnection(connection);
     if (appType == AppUnknown)
@@ -173,7 +171,7 @@ void Programs::onCommandLine(int appType, const std::string& text)
 
 std::vector<int> Programs::pageStack() const
 {
-    const std::scoped_lock guard(lock);
+    const Loop::Turn turn(loop);
     return shown;
 }
 
@@ -195,18 +193,14 @@ int Programs::appOfConnection(int connection) const
 
 bool Programs::order(int appType, const json& what, const std::string* fault)
 {
-    int connection = 0;
-    {
-        const std::scoped_lock guard(lock);
-        const auto found = programs.find(appType);
-        if (found == programs.end())
-            return false;
-        if (fault != nullptr)
-            found->second.fault = *fault;
-        connection = found->second.connection;
-    }
+    const Loop::Turn turn(loop);
+    const auto found = programs.find(appType);
+    if (found == programs.end())
+        return false;
+    if (fault != nullptr)
+        found->second.fault = *fault;
     const auto text = what.dump();
-    return server.send(connection, { reinterpret_cast<const std::uint8_t*>(text.data()), text.size() });
+    return server.send(found->second.connection, { reinterpret_cast<const std::uint8_t*>(text.data()), text.size() });
 }
 
 bool Programs::setSilent(int appType, bool silent)
@@ -234,7 +228,7 @@ bool Programs::hang(int appType)
 
 bool Programs::wakeUp(int appType)
 {
-    const std::scoped_lock guard(lock);
+    const Loop::Turn turn(loop);
     const auto found = programs.find(appType);
     if (found == programs.end() || found->second.pid <= 0)
         return false;
@@ -297,7 +291,7 @@ bool Programs::sendWindowMessage(int appType, int message, int wParam, int lPara
 
 int Programs::carrierFor(int appType) const
 {
-    const std::scoped_lock guard(lock);
+    const Loop::Turn turn(loop);
     const auto isConnected = [this](int type)
     {
         const auto found = programs.find(type);

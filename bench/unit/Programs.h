@@ -1,7 +1,6 @@
 #pragma once
 
-#include "bench/buses/PacketServer.h"
-#include "bench/unit/Journal.h"
+#include "bench/unit/PacketServer.h"
 
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -19,7 +18,7 @@ namespace Bench
 class Programs
 {
 public:
-    explicit Programs(Journal& journalToUse);
+    Programs(Loop& loopToUse, Journal& journalToUse);
 
     /** Opens the control socket. Empty on success, else what failed. */
     std::string start(const std::string& socketPath);
@@ -71,15 +70,15 @@ public:
     std::string stopPage(int page);
 
 private:
+    Loop& loop; // its turns guard everything below
     Journal& journal;
-    mutable std::mutex lock;
+    PacketServer server { loop };
     std::map<int, Program> programs;
     std::map<int, int> pidOfConnection;
     int front;
     std::vector<int> shown; ///< pages, the last one first
-    PacketServer server;    // last: its thread ends before what it uses
 
-    void onPacket(int connection, PacketServer::Packet packet);
+    void onPacket(int connection, PacketLine::Packet packet);
     void onHello(int connection, int appType, const std::string& commandLine, Clock::time_point at);
     void onClosed(int connection);
     void onPage(int page, const std::string& change, Clock::time_point at);

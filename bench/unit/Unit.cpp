@@ -54,10 +54,22 @@ std::string Unit::start()
 {
     if (auto error = makeFolder(); !error.empty())
         return error;
-    for (const auto& error :
-         { linkPrograms(), findDisplay(), mcu.start(), remote.start(remotePath()), videoDecoder.start(path + "/i2c"),
-           gpio.start(path + "/gpio"), dsp.start(path + "/spi2"), programs.start(path + "/control"),
-           log.start(logFile()), updateLog.start(path + "/update.log"), bus.start(path) })
+    for (const auto& error : { linkPrograms(), findDisplay(), startDevices(), programs.start(path + "/control"),
+                               log.start(logFile()), updateLog.start(path + "/update.log"), bus.start(path) })
+        if (!error.empty())
+            return error;
+    return {};
+}
+
+std::string Unit::startDevices()
+{
+    const Loop::Turn turn(loop);
+    loop.start();
+    remoteLine.setLink(remotePath());
+    i2c.setPath(path + "/i2c");
+    gpioLines.setPath(path + "/gpio");
+    spi.setPath(path + "/spi2");
+    for (const auto& error : { mcuLine.open(), remote->plug(), i2c.open(), gpioLines.open(), dsp->start() })
         if (!error.empty())
             return error;
     return {};
@@ -119,7 +131,7 @@ std::string Unit::writeConfiguration() const
          << "display = " << (displayName.empty() ? "\"none\"" : "\"auto\"") << "\n"
          << "camera_hold_file = " << quoted(path + "/camera-hold") << "\n"
          << "log_library = " << quoted(options.logLibrary) << "\n\n"
-         << "[mcu]\nport = " << quoted(mcu.portPath()) << "\n\n"
+         << "[mcu]\nport = " << quoted(mcuPort()) << "\n\n"
          << "[wired_remote]\nport = " << quoted(remotePath()) << "\n\n"
          << "[bus]\nspi2 = " << quoted("socket:" + path + "/spi2") << "\n"
          << "i2c1 = " << quoted("socket:" + path + "/i2c") << "\n"
@@ -142,7 +154,8 @@ std::string Unit::startEngine()
         return "the engine runs already";
     if (auto error = writeConfiguration(); !error.empty())
         return error;
-    mcu.unitRestarts();
+    mcu->unitRestarts();
+    panel->unitRestarts();
     return engine.start({ options.engine,
                           path + "/engine.toml",
                           { { "DBUS_SESSION_BUS_ADDRESS", bus.address() },
@@ -164,12 +177,7 @@ void Unit::stop()
     virtualDisplay.stop();
     log.stop();
     updateLog.stop();
-    videoDecoder.stop();
-    gpio.stop();
-    dsp.stop();
-    remote.stop();
-    networkLog.stopServing(); // before the link that its readers' lines go to
-    mcu.stop();
+    loop.stop();
     if (path.empty())
         return;
     ::shm_unlink(sysInfoName().c_str());

@@ -3,8 +3,10 @@
 #include "bench/buses/GpioLines.h"
 #include "bench/buses/VideoDecoder.h"
 #include "bench/dsp/Dsp.h"
-#include "bench/mcu/Mcu.h"
+#include "bench/mcu/Panel.h"
+#include "bench/mcu/PowerSupply.h"
 #include "bench/mcu/TestEquipment.h"
+#include "bench/mcu/Tuner.h"
 #include "bench/network/NetworkDisplay.h"
 #include "bench/network/NetworkLog.h"
 #include "bench/remote/WiredRemote.h"
@@ -12,6 +14,7 @@
 #include "bench/unit/Engine.h"
 #include "bench/unit/LogFollower.h"
 #include "bench/unit/Programs.h"
+#include "bench/unit/PseudoTerminal.h"
 #include "bench/unit/VirtualDisplay.h"
 
 namespace Bench
@@ -19,7 +22,7 @@ namespace Bench
 
 /**
     The whole unit on the bench: every device, the bus, the engine and its programs, all inside one fresh folder that
-    goes away with it. Used from one thread; the devices themselves from any.
+    goes away with it. Used from one thread; what is on the loop from any.
 */
 class Unit
 {
@@ -55,6 +58,9 @@ public:
     std::string logFile() const { return path + "/engine.log"; }
     const std::string& resources() const { return options.resources; }
 
+    /** The character device of the link with the microcontroller. */
+    const std::string& mcuPort() const { return mcuLine.path(); }
+
     /** USB storage 1 to 8: the mount point is there or not. False outside. */
     bool plugUsb(int number);
     bool unplugUsb(int number);
@@ -80,23 +86,34 @@ private:
 
 public:
     Journal journal;
-    Mcu mcu { journal };
-    TestEquipment testEquipment { journal, mcu };
-    NetworkDisplay networkDisplay { journal, mcu };
-    NetworkLog networkLog { journal, mcu };
-    WiredRemote remote { journal };
-    VideoDecoder videoDecoder { journal };
-    GpioLines gpio { journal };
-    Dsp dsp { journal };
+    Loop loop; // before what is on it, which goes away in a turn of its own or when the loop has stopped
+
+private:
+    PseudoTerminal mcuLine { loop }, remoteLine { loop };
+    PacketServer i2c { loop }, gpioLines { loop }, spi { loop };
+
+public:
+    Live<Mcu> mcu { loop, journal, mcuLine };
+    Live<Panel> panel { loop, journal, mcu };
+    Live<PowerSupply> supply { loop, mcu };
+    Live<Tuner> tuner { loop, journal, mcu };
+    Live<TestEquipment> testEquipment { loop, journal, mcu };
+    Live<NetworkDisplay> networkDisplay { loop, journal, mcu };
+    Live<NetworkLog> networkLog { loop, journal, mcu, loop };
+    Live<WiredRemote> remote { loop, journal, remoteLine };
+    Live<VideoDecoder> videoDecoder { loop, journal, i2c };
+    Live<GpioLines> gpio { loop, journal, gpioLines };
+    Live<Dsp> dsp { loop, journal, spi };
     VirtualDisplay virtualDisplay; // programs and engine end with it
     Bus bus { journal };
-    Programs programs { journal };
-    LogFollower log { journal };
-    LogFollower updateLog { journal, "update" };
+    Programs programs { loop, journal };
+    LogFollower log { loop, journal };
+    LogFollower updateLog { loop, journal, "update" };
     Engine engine { journal };
 
 private:
     std::string makeFolder();
+    std::string startDevices();
     std::string findDisplay();
     std::string linkPrograms() const;
     std::string writeConfiguration() const;

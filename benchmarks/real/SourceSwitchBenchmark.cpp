@@ -43,7 +43,7 @@ void frameToOrder(benchmark::State& state)
     for ([[maybe_unused]] auto _ : state)
     {
         const auto from = unit.journal.end();
-        unit.mcu.requestSource(*Bench::findSource(latencies.size() % 2 == 0 ? aux : am));
+        unit.mcu->requestSource(*Bench::findSource(latencies.size() % 2 == 0 ? aux : am));
         const auto deadline = Bench::Clock::now() + patience;
         const auto sent = unit.journal.waitFor(from, deadline, Bench::isIn("sent EVENT_SRC_SWITCH"));
         const auto ordered = sent ? unit.journal.waitFor(sent->place(), deadline, isOrder) : std::nullopt;

@@ -31,8 +31,8 @@ void volumeCommand(benchmark::State& state, const std::string& stream, const std
     {
         const auto from = unit.journal.end();
         const auto percent = static_cast<std::uint8_t>(latencies.size() % 2 == 0 ? 44 : 42);
-        unit.mcu.send(pgnFromNetwork,
-                      { 0x00, 0xED, 0x01, 0x00, 0x23, 0x02, 0x01, 0x16, 0xFE, 0x01, 0xF8, 2, 1, 1, 2, percent });
+        unit.mcu->send({ pgnFromNetwork,
+                         { 0x00, 0xED, 0x01, 0x00, 0x23, 0x02, 0x01, 0x16, 0xFE, 0x01, 0xF8, 2, 1, 1, 2, percent } });
         const auto deadline = Bench::Clock::now() + patience;
         const auto sent = unit.journal.waitFor(from, deadline, Bench::isIn("sent EVENT_PGN_FROM_CAN"));
         const auto isFollowed = [&](const Bench::Event& event)

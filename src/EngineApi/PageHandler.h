@@ -33,7 +33,9 @@ public:
     virtual void requestShow(bool autoSwitch) = 0;
     /** Tells the page's program that the unit goes off. */
     virtual void notifyPage() = 0;
-    /** May adjust a record that was built for this page before the scheduler uses it. */
+    /** Where the page's sound comes from now. Whoever changes it calls `audioChannelChanged`. */
+    virtual int getAudioChannel() const { return getConfig().audioChannel; }
+    /** May adjust the record of this page before the scheduler uses it. */
     virtual void adjustScheduleInfo(ScheduleInfo& info) = 0;
 
     int getPage() const { return getConfig().page; }

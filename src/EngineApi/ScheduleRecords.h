@@ -39,8 +39,6 @@ struct ScheduleInfo : public juce::ReferenceCountedObject
     std::int32_t page = Pubhead::NUM_OF_PAGES;
     std::int32_t showLevel = 0, playLevel = 0, videoLevel = 0, audioLevel = 0;
     PageStates states {};
-    std::int32_t audioChannel = Dsp::eAudioAVOff;
-    std::int32_t videoChannel = eVideoAVOff;
     bool isSourcePage = false, isNormalSource = false, isRear = false;
 };
 

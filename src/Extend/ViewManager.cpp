@@ -144,7 +144,7 @@ void ViewManager::handleTimer(int timerId)
         return handleHideReady(currentPage);
     case reportTimer:
         logSilence(reportPage, " does not confirm its command line");
-        return confirmReport();
+        return confirmReport(reportPage);
     default:
         return;
     }
@@ -201,6 +201,7 @@ void ViewManager::handleHideReady(int page)
         return;
     currentPageState = kAppHiding;
     stopTimer(hideTimer);
+    confirmReport(page);
     if (thirdPage != NUM_OF_PAGES)
     {
         nextPage = std::exchange(thirdPage, NUM_OF_PAGES);
@@ -240,22 +241,25 @@ void ViewManager::handleReportTopPage(int page)
 {
     reportPage = page;
     startTimer(reportTimer, reportTimeoutMs);
+    // A program has nothing to confirm for a page that it has hidden meanwhile.
+    if (page != currentPage || currentPageState == kAppHiding)
+        confirmReport(page);
 }
 
 void ViewManager::handleTopShown(int page)
 {
-    if (page != reportPage)
-        return;
-    resendShow = reportPage == currentPage && showState == kNormal;
-    confirmReport();
-    stopTimer(reportTimer);
+    if (page == reportPage)
+        resendShow = page == currentPage && showState == kNormal;
+    confirmReport(page);
 }
 
-void ViewManager::confirmReport()
+void ViewManager::confirmReport(int page)
 {
-    const int page = std::exchange(reportPage, NUM_OF_PAGES);
-    if (page != NUM_OF_PAGES)
-        Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, page, succeeded);
+    if (page == NUM_OF_PAGES || page != reportPage)
+        return;
+    stopTimer(reportTimer);
+    reportPage = NUM_OF_PAGES;
+    Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, page, succeeded);
 }
 
 void ViewManager::showNextPage()

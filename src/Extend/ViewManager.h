@@ -68,7 +68,8 @@ private:
     void showNextPage();
     void hidePage(int page);
     void coverCurrentPage();
-    void confirmReport();
+    /** Nothing for a page whose report nobody waits for. */
+    void confirmReport(int page);
 
     Platform::WindowHandle findNavigationWindow();
     void showNavigationWindow(bool visible);

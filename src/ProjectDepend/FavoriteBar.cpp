@@ -53,13 +53,13 @@ void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2
         return;
     switch (id)
     {
-    case Kernel::MSG_FAVORITES_SELECT:
+    case Kernel::MSG_FAVOURITES_SELECT:
         select(arg1, arg2 == overCameraArgument);
         break;
-    case Kernel::MSG_FAVORITES_HIDE:
+    case Kernel::MSG_FAVOURITES_HIDE:
         hide();
         break;
-    case Kernel::MSG_FAVORITES_EMPTY_SLOT:
+    case Kernel::MSG_FAVOURITES_EMPTY_SLOT:
         showAlert(true);
         break;
     case Kernel::MSG_VOLTMETER_SHOW:

@@ -24,7 +24,7 @@ public:
     FavoriteBar();
 
     /**
-        MSG_FAVORITES_... and MSG_VOLTMETER_...; others are ignored, and so is a selection outside 1 to 16 (logged). Any
+        MSG_FAVOURITES_... and MSG_VOLTMETER_...; others are ignored, and so is a selection outside 1 to 16 (logged). Any
         thread.
     */
     void postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload) override;

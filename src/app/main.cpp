@@ -40,7 +40,8 @@ int main(int argc, char** argv)
     const auto onlyEngine = Platform::InstanceLock::take();
     if (onlyEngine == nullptr)
     {
-        std::fprintf(stderr, "headunit-engine: another engine of this unit is running\n");
+        std::fprintf(stderr, "headunit-engine: another engine of this unit is running: it holds %sengine.lock\n",
+                     Platform::Configuration::get().registryPath.toRawUTF8());
         return EXIT_FAILURE;
     }
     Platform::Logger::getInstance()->useStandardError();

@@ -23,10 +23,6 @@ public:
     juce::int32 handlerIndex = -1;
     /** Receivers recover the type by a checked cast and ignore what they do not expect. */
     Payload payload;
-
-private:
-    friend class MessagePool;
-    bool inPool = false;
 };
 
 /**

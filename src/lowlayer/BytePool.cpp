@@ -23,13 +23,8 @@ void BytePool::assign(const void* source, int n)
 
 void BytePool::recycle()
 {
-    if (owner == nullptr)
-        return;
-    const juce::ScopedLock guard(owner->lock);
-    if (inPool || getReferenceCount() > 1)
-        return;
-    inPool = true;
-    owner->spare.emplace_back(this);
+    if (owner != nullptr)
+        owner->spare.give(*this);
 }
 
 BytePoolStore::BytePoolStore(int sizeOfBuffers)
@@ -39,23 +34,9 @@ BytePoolStore::BytePoolStore(int sizeOfBuffers)
 
 BytePool::Ptr BytePoolStore::obtain()
 {
-    {
-        const juce::ScopedLock guard(lock);
-        if (!spare.empty())
-        {
-            auto buffer = std::move(spare.back());
-            spare.pop_back();
-            buffer->inPool = false;
-            return buffer;
-        }
-    }
+    if (auto buffer = spare.take(); buffer != nullptr)
+        return buffer;
     return new BytePool(bufferSize, this);
-}
-
-void BytePoolStore::clear()
-{
-    const juce::ScopedLock guard(lock);
-    spare.clear();
 }
 
 } // namespace LowLayer

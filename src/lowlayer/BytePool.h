@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kernel/SystemMessage.h"
+#include "platform/base/Pool.h"
 
 #include <cstdint>
 #include <juce_core/juce_core.h>
@@ -32,11 +33,8 @@ public:
     void recycle();
 
 private:
-    friend class BytePoolStore;
-
     std::vector<std::uint8_t> data;
     int used = 0;
-    bool inPool = false;
     BytePoolStore* owner;
 };
 
@@ -48,13 +46,12 @@ public:
 
     /** The buffer that came back last, with its old content, or a new one of length 0. */
     BytePool::Ptr obtain();
-    void clear();
+    void clear() { spare.clear(); }
 
 private:
     friend class BytePool;
 
-    std::vector<BytePool::Ptr> spare;
-    juce::CriticalSection lock;
+    Platform::Pool<BytePool> spare;
     int bufferSize;
 };
 

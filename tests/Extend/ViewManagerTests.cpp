@@ -304,3 +304,38 @@ TEST_F(ViewManagerTest, ConfirmsThePageOnTopOnce)
     asksFor(mbFM);
     EXPECT_TRUE(takeSent().empty());
 }
+
+/** A source comes over its own rear page: its program may have hidden that page before it hears that it was hidden. */
+TEST_F(ViewManagerTest, APageThatIsHiddenNeedsNoConfirmation)
+{
+    const auto hides = [&]
+    {
+        bringToFront(mbRearAV2);
+        setNext(mbAuxin2);
+        asksFor(mbAuxin2);
+    };
+    const auto expectConfirmed = [&]
+    {
+        expectPosted(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbRearAV2, 1);
+        EXPECT_FALSE(view.isTimerRunning(Extend::ViewManager::reportTimer));
+        says(RMSG_PAGE_TOP_SHOWN, mbRearAV2);
+        expectNothingPosted();
+    };
+    hides();
+    reportTopPage(mbRearAV2);
+    run();
+    expectNothingPosted();
+    says(RMSG_PAGE_HIDE_READY, mbRearAV2);
+    expectConfirmed();
+    says(RMSG_PAGE_SHOW_READY, mbAuxin2);
+
+    hides();
+    says(RMSG_PAGE_HIDE_READY, mbRearAV2);
+    reportTopPage(mbRearAV2);
+    run();
+    expectConfirmed();
+    says(RMSG_PAGE_SHOW_READY, mbAuxin2);
+    reportTopPage(mbRearAV2);
+    run();
+    expectConfirmed();
+}

@@ -74,7 +74,7 @@ protected:
     }
 
     void say(int id, int arg1 = 0, int arg2 = 0) { bar->postMessage(id, arg1, arg2, nullptr); }
-    void select(int favourite, int camera = 0) { say(MSG_FAVORITES_SELECT, favourite, camera); }
+    void select(int favourite, int camera = 0) { say(MSG_FAVOURITES_SELECT, favourite, camera); }
     void touchOutside()
     {
         doubles::OverlayDouble::touch(0x1234);
@@ -140,9 +140,9 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
           "", 0, 0 },
         { "first group", [&] { select(8); }, "gp_one 8 12.7v", 10000, 0 },
         { "second group", [&] { select(9); }, "gp_two 9 12.7v", 10000, 0 },
-        { "an empty place", [&] { say(MSG_FAVORITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
+        { "an empty place", [&] { say(MSG_FAVOURITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
         { "its notice is over", [&] { bar->timerCallback(Bar::FavoriteBar::alertTimer); }, "gp_two 9 12.7v", 10000, 0 },
-        { "again", [&] { say(MSG_FAVORITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
+        { "again", [&] { say(MSG_FAVOURITES_EMPTY_SLOT); }, "gp_two 9 empty! 12.7v", 10000, 3000 },
         { "over the camera", [&] { select(16, 1); }, "gp_two 16 12.7v", 5000, 0 },
         { "a new voltage", [&] { say(MSG_VOLTMETER_VALUE, 136); }, "gp_two 16 12.8v", 5000, 0 },
         { "hidden", [&] { say(MSG_VOLTMETER_SHOW, 0); }, "gp_two 16", 5000, 0 },
@@ -152,7 +152,7 @@ TEST_F(FavoriteBarTest, ShowsTheSelectionForItsTime)
         { "back", [&] { select(1, 2); }, "gp_one 1", 10000, 0 },
         { "no such place", [&] { select(0), select(17), select(INT32_MIN); }, "gp_one 1", 10000, 0 },
         { "a foreign message", [&] { say(MSG_VOLUME_SHOW, 4); }, "gp_one 1", 10000, 0 },
-        { "told to hide with a notice", [&] { say(MSG_FAVORITES_EMPTY_SLOT), say(MSG_FAVORITES_HIDE); }, "", 0, 0 },
+        { "told to hide with a notice", [&] { say(MSG_FAVOURITES_EMPTY_SLOT), say(MSG_FAVOURITES_HIDE); }, "", 0, 0 },
         { "once more", [&] { select(2); }, "gp_one 2", 10000, 0 },
         { "touch outside", [&] { touchOutside(); }, "", 0, 0 },
     };
@@ -241,7 +241,7 @@ TEST_F(FavoriteBarTest, WithoutAnythingAroundItKeepsItsState)
     EngineApi::Provided<EngineApi::WiredRemote>::set(nullptr);
     bar = std::make_unique<Bar::FavoriteBar>();
     select(12);
-    for (const int id : { MSG_FAVORITES_EMPTY_SLOT, MSG_VOLTMETER_SHOW, MSG_VOLTMETER_VALUE })
+    for (const int id : { MSG_FAVOURITES_EMPTY_SLOT, MSG_VOLTMETER_SHOW, MSG_VOLTMETER_VALUE })
         say(id, 1);
     EXPECT_TRUE(bar->isShown());
     EXPECT_EQ(bar->getCurrentIndex(), 12);

@@ -16,8 +16,9 @@ constexpr int pgnFromNetwork = 11;
 bool setVolume(Bench::Unit& unit, int percent)
 {
     const auto from = unit.journal.end();
-    unit.mcu.send(pgnFromNetwork, { 0x00, 0xED, 0x01, 0x00, 0x23, 0x02, 0x01, 0x16, 0xFE, 0x01, 0xF8, 2, 1, 1, 2,
-                                    static_cast<std::uint8_t>(percent) });
+    unit.mcu->send({ pgnFromNetwork,
+                     { 0x00, 0xED, 0x01, 0x00, 0x23, 0x02, 0x01, 0x16, 0xFE, 0x01, 0xF8, 2, 1, 1, 2,
+                       static_cast<std::uint8_t>(percent) } });
     const auto report = ("16 fe 01 00 ff 02 01 " + juce::String::toHexString(percent)).toStdString();
     return unit.journal
         .waitFor(from, Bench::Clock::now() + patience,

@@ -143,10 +143,13 @@ BTPhoneHandler::BTPhoneHandler()
 
 void BTPhoneHandler::adjustScheduleInfo(ScheduleInfo& info)
 {
-    if (isCallCondition())
-        info.audioChannel = Dsp::eAudioWince;
-    else
+    if (!isCallCondition())
         info.playLevel = info.audioLevel = PageScheduleConfig::noCompetition;
+}
+
+int BTPhoneHandler::getAudioChannel() const
+{
+    return isCallCondition() ? int { Dsp::eAudioWince } : AppHandler::getAudioChannel();
 }
 
 void BTPhoneHandler::openDeviceList()

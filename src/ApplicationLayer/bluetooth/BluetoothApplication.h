@@ -16,6 +16,7 @@ public:
     BTPhoneHandler();
     bool isResident() const override { return true; }
     void adjustScheduleInfo(EngineApi::ScheduleInfo& info) override;
+    int getAudioChannel() const override;
     void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
                              const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 

@@ -107,7 +107,7 @@ void CameraHandler::onKey(juce::int32 key, juce::int32)
 void CameraHandler::toggle()
 {
     if (auto* bar = Provided<FavoriteBar>::get(); bar != nullptr && bar->isShown())
-        bar->postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
+        bar->postMessage(Kernel::MSG_FAVOURITES_HIDE, 0, 0, nullptr);
     getTimers().stopTimer(showTimer);
     cameraOn = !cameraOn;
     requestState(cameraOn ? AppAction::ToRun : AppAction::ToStop, true);

@@ -36,7 +36,7 @@ void takeTunerState(juce::int32 state)
 void showSelectedFavourite()
 {
     if (auto* bar = Provided<FavoriteBar>::get())
-        bar->postMessage(Kernel::MSG_FAVORITES_SELECT, bar->getCurrentIndex(), 0, nullptr);
+        bar->postMessage(Kernel::MSG_FAVOURITES_SELECT, bar->getCurrentIndex(), 0, nullptr);
 }
 
 void fromProgram(const Platform::RemoteMessage& remote)

@@ -71,10 +71,11 @@ iPodSourceHandler::iPodSourceHandler(int page, std::shared_ptr<iPodConnection> s
 {
 }
 
-void iPodSourceHandler::adjustScheduleInfo(ScheduleInfo& info)
+int iPodSourceHandler::getAudioChannel() const
 {
-    if (connection->connected)
-        info.audioChannel = connection->analogAudio ? Dsp::eAudioAux2 : Dsp::eAudioWince;
+    if (!connection->connected)
+        return AppHandler::getAudioChannel();
+    return connection->analogAudio ? Dsp::eAudioAux2 : Dsp::eAudioWince;
 }
 
 void iPodSourceHandler::decorateCommandLine(SwitchType, const PageStates&, const PageStates&,

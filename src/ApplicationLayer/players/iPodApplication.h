@@ -24,7 +24,7 @@ class iPodSourceHandler : public AppHandler
 public:
     iPodSourceHandler(int page, std::shared_ptr<iPodConnection> sharedConnection);
     bool isResident() const override { return true; }
-    void adjustScheduleInfo(EngineApi::ScheduleInfo& info) override;
+    int getAudioChannel() const override;
     void decorateCommandLine(EngineApi::SwitchType switchType, const EngineApi::PageStates& currentStates,
                              const EngineApi::PageStates& newStates, Platform::AppCommandLine& commandLine) override;
 

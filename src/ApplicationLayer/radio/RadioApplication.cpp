@@ -79,7 +79,7 @@ void play(juce::int32 favourite)
     auto* bar = Provided<FavoriteBar>::get();
     if (bar == nullptr || !bar->isStored(favourite))
         return;
-    bar->postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
+    bar->postMessage(Kernel::MSG_FAVOURITES_HIDE, 0, 0, nullptr);
     const int page = getFavouritePage(favourite);
     // A page that is not current yet asks for itself and takes the favourite along.
     if (page != getLastSourcePage())

@@ -1,7 +1,8 @@
 #include "EngineLayer/hostlink/HostDataFormat.h"
 
+#include "platform/base/Pool.h"
+
 #include <algorithm>
-#include <mutex>
 #include <numeric>
 
 namespace EngineLayer
@@ -20,17 +21,11 @@ int HostFrame::command(const std::uint8_t* frame)
 namespace
 {
 
-struct FramePool
-{
-    std::mutex lock;
-    std::vector<HostDataFormat::Ptr> spare;
-};
-
 /** Never destroyed: frames come back until the last thread is gone. */
-FramePool& pool()
+Platform::Pool<HostDataFormat>& pool()
 {
-    static FramePool& instance = *new FramePool;
-    return instance;
+    static auto& only = *new Platform::Pool<HostDataFormat>;
+    return only;
 }
 
 std::uint8_t lowByte(int value)
@@ -42,27 +37,14 @@ std::uint8_t lowByte(int value)
 
 HostDataFormat::Ptr HostDataFormat::obtainFrame()
 {
-    {
-        const std::lock_guard guard(pool().lock);
-        auto& spare = pool().spare;
-        if (!spare.empty())
-        {
-            auto frame = std::move(spare.back());
-            spare.pop_back();
-            frame->inPool = false;
-            return frame;
-        }
-    }
+    if (auto frame = pool().take(); frame != nullptr)
+        return frame;
     return new HostDataFormat();
 }
 
 void HostDataFormat::releaseFrame(HostDataFormat& frame)
 {
-    const std::lock_guard guard(pool().lock);
-    if (frame.inPool || frame.getReferenceCount() >= 2)
-        return;
-    frame.inPool = true;
-    pool().spare.emplace_back(&frame);
+    pool().give(frame);
 }
 
 bool HostDataFormat::build(int command, std::span<const std::uint8_t> data)

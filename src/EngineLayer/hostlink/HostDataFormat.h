@@ -64,7 +64,6 @@ public:
     int getFrameLength() const { return frameLength; }
 
 private:
-    bool inPool = false;
     int frameLength = 0;
     std::vector<std::uint8_t> buffer; ///< grows to the exact size that a frame needs, never shrinks
 };

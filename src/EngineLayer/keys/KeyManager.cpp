@@ -208,10 +208,10 @@ void KeyManager::act(KeyStep step)
             service->toggleMute(true);
         break;
     case KeyStep::hideFavourites:
-        toFavoriteBar(Kernel::MSG_FAVORITES_HIDE);
+        toFavoriteBar(Kernel::MSG_FAVOURITES_HIDE);
         break;
     case KeyStep::emptySlotNotice:
-        toFavoriteBar(Kernel::MSG_FAVORITES_EMPTY_SLOT);
+        toFavoriteBar(Kernel::MSG_FAVOURITES_EMPTY_SLOT);
         break;
     case KeyStep::lowBatteryAlertOff:
         setLowBatteryAlert(false);
@@ -244,7 +244,7 @@ void KeyManager::act(const FavouriteMessage& action)
 void KeyManager::act(const SelectFavourite& action)
 {
     favourite = action.favourite;
-    toFavoriteBar(Kernel::MSG_FAVORITES_SELECT, action.favourite, action.cameraInFront ? 1 : 0);
+    toFavoriteBar(Kernel::MSG_FAVOURITES_SELECT, action.favourite, action.cameraInFront ? 1 : 0);
 }
 
 void KeyManager::act(const PowerSwitch& action)

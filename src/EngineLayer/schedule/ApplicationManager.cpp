@@ -36,14 +36,8 @@ void logLines(const std::vector<juce::String>& lines, const Platform::Log::Line&
         line.info(text);
 }
 
-} // namespace
-
-ApplicationManager::ApplicationManager()
-    : SystemTimer(Kernel::systemStateManagerId)
-{
-}
-
-EngineApi::ScheduleInfo::Ptr ApplicationManager::describePage(PageHandler& handler)
+/** The page as the scheduler sees it: its configuration, and what its handler makes of it now. */
+EngineApi::ScheduleInfo::Ptr describePage(PageHandler& handler)
 {
     const auto& config = handler.getConfig();
     EngineApi::ScheduleInfo::Ptr info = new EngineApi::ScheduleInfo;
@@ -53,13 +47,18 @@ EngineApi::ScheduleInfo::Ptr ApplicationManager::describePage(PageHandler& handl
     info->videoLevel = config.videoLevel;
     info->audioLevel = config.audioLevel;
     info->states = handler.getRunState().states;
-    info->audioChannel = config.audioChannel;
-    info->videoChannel = config.videoChannel;
     info->isSourcePage = config.isSourcePage;
     info->isNormalSource = config.isNormalSource;
     info->isRear = config.isRear;
     handler.adjustScheduleInfo(*info);
     return info;
+}
+
+} // namespace
+
+ApplicationManager::ApplicationManager()
+    : SystemTimer(Kernel::systemStateManagerId)
+{
 }
 
 void ApplicationManager::registerHandler(PageHandler::Ptr handler)
@@ -295,8 +294,7 @@ int getSource(int page)
 int getAudioChannel(int page)
 {
     const auto handler = getHandler(page);
-    return handler == nullptr ? Dsp::noAudioChannel
-                              : EngineLayer::ApplicationManager::describePage(*handler)->audioChannel;
+    return handler == nullptr ? int { Dsp::noAudioChannel } : handler->getAudioChannel();
 }
 
 int appTypeOfPage(int page)

@@ -47,8 +47,6 @@ public:
     int getPageOfAppType(int appType) const;
     Snapshot getSnapshot() const;
 
-    /** The page as the scheduler sees it: its configuration, and what its handler makes of it now. */
-    static EngineApi::ScheduleInfo::Ptr describePage(EngineApi::PageHandler& handler);
     /** Decides one request; the answer is never null. */
     SwitchAction::Ptr schedule(const EngineApi::RequestInfo& request);
     void refreshSnapshot();

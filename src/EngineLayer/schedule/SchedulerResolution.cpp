@@ -1,4 +1,3 @@
-#include "EngineLayer/schedule/ConflictRules.h"
 #include "EngineLayer/schedule/Scheduler.h"
 
 #include <algorithm>
@@ -12,26 +11,59 @@ namespace
 constexpr auto notShown = EngineApi::PageStates::notShown;
 constexpr auto noCompetition = EngineApi::PageScheduleConfig::noCompetition;
 
-/** Applies the rule to the pages of the zone that hold what `page` wants. True when there was one. */
+/**
+    A page of this band mixes with what it would silence; one of exactly `alwaysMixes` also with what would silence it.
+*/
+constexpr std::int32_t firstMixing = 40, lastMixing = 49, alwaysMixes = 40;
+
+// Who gives way when `page`, the one that is being decided, wants what `other` has.
+
+void applyVideoRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
+{
+    page.states.videoState = EngineApi::PageStates::held;
+    other.states.videoState = EngineApi::PageStates::notHeld;
+}
+
+void applyPlayRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
+{
+    auto& own = page.states.playState;
+    auto& theirs = other.states.playState;
+    const bool wins = other.playLevel < page.playLevel;
+    if (wins ? page.playLevel >= firstMixing && page.playLevel <= lastMixing : other.playLevel == alwaysMixes)
+        own = theirs = EngineApi::PageStates::mixed;
+    else if (wins)
+    {
+        own = EngineApi::PageStates::playing;
+        theirs = EngineApi::PageStates::stopped;
+    }
+    else
+        own = EngineApi::PageStates::stopped;
+}
+
+void applyAudioRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
+{
+    const bool mixed =
+        page.states.playState == EngineApi::PageStates::mixed && other.states.playState == EngineApi::PageStates::mixed;
+    page.states.audioState = EngineApi::PageStates::held;
+    other.states.audioState = mixed ? EngineApi::PageStates::held : EngineApi::PageStates::notHeld;
+}
+
+/**
+    Applies the rule to the pages of the front zone that hold what `page` wants. True when there was one. The rear zone
+    holds one page, which has displaced the one before it.
+*/
 template <typename Holds, typename Rule>
-bool contend(EngineApi::ScheduleInfo& page, const ScheduleState::List& zone, Holds holds, Rule rule)
+bool contend(EngineApi::ScheduleInfo& page, const ScheduleState::List& front, bool rear, Holds holds, Rule rule)
 {
     bool contended = false;
-    for (const auto& other : zone)
+    for (const auto& other : front)
     {
-        if (!holds(other->states))
+        if (rear || !holds(other->states))
             continue;
         rule(page, *other);
         contended = true;
     }
     return contended;
-}
-
-ScheduleState::List zoneOf(const ScheduleState& state, bool rear)
-{
-    if (!rear)
-        return state.nextFront;
-    return state.nextRear == nullptr ? ScheduleState::List {} : ScheduleState::List { state.nextRear };
 }
 
 } // namespace
@@ -91,7 +123,7 @@ void Scheduler::resolveVideo(EngineApi::ScheduleInfo& page, bool rear)
         return;
     const auto holds = [](const EngineApi::PageStates& states)
     { return states.videoState == EngineApi::PageStates::held; };
-    if (!contend(page, zoneOf(state, rear), holds, applyVideoRule))
+    if (!contend(page, state.nextFront, rear, holds, applyVideoRule))
         page.states.videoState = EngineApi::PageStates::held;
 }
 
@@ -106,7 +138,7 @@ void Scheduler::resolvePlay(EngineApi::ScheduleInfo& page, bool rear)
     page.states.playState = EngineApi::PageStates::stopped;
     const auto plays = [](const EngineApi::PageStates& states)
     { return states.playState != EngineApi::PageStates::stopped; };
-    if (!contend(page, zoneOf(state, rear), plays, applyPlayRule))
+    if (!contend(page, state.nextFront, rear, plays, applyPlayRule))
         page.states.playState = EngineApi::PageStates::playing;
 }
 
@@ -147,7 +179,7 @@ void Scheduler::resolveAudio(EngineApi::ScheduleInfo& page, bool rear)
         return;
     const auto holds = [](const EngineApi::PageStates& states)
     { return states.audioState == EngineApi::PageStates::held; };
-    if (!contend(page, zoneOf(state, rear), holds, applyAudioRule))
+    if (!contend(page, state.nextFront, rear, holds, applyAudioRule))
         page.states.audioState = EngineApi::PageStates::held;
 }
 

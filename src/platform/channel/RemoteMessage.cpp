@@ -1,40 +1,27 @@
 #include "platform/channel/RemoteMessage.h"
 
+#include "platform/base/Pool.h"
+
 namespace Platform
 {
 
 namespace
 {
 
-/** A stack: the message that was given back last is the warmest in the cache. */
-struct Pool
+constexpr std::size_t mostSpare = 50;
+
+Pool<RemoteMessage>& pool()
 {
-    static constexpr std::size_t capacity = 50;
-
-    juce::CriticalSection lock;
-    std::vector<RemoteMessage::Ptr> spare;
-
-    static Pool& get()
-    {
-        static Pool pool;
-        return pool;
-    }
-};
+    static Pool<RemoteMessage> only(mostSpare);
+    return only;
+}
 
 } // namespace
 
 RemoteMessage::Ptr RemoteMessage::obtain()
 {
-    auto& pool = Pool::get();
-    {
-        const juce::ScopedLock guard(pool.lock);
-        if (!pool.spare.empty())
-        {
-            auto message = std::move(pool.spare.back());
-            pool.spare.pop_back();
-            return message;
-        }
-    }
+    if (auto message = pool().take(); message != nullptr)
+        return message;
     return new RemoteMessage;
 }
 
@@ -44,10 +31,7 @@ void RemoteMessage::recycle(Ptr message)
         return;
     message->what = message->arg1 = message->arg2 = message->appType = 0;
     message->bundle = nullptr;
-    auto& pool = Pool::get();
-    const juce::ScopedLock guard(pool.lock);
-    if (pool.spare.size() < Pool::capacity)
-        pool.spare.push_back(std::move(message));
+    pool().give(*message);
 }
 
 } // namespace Platform

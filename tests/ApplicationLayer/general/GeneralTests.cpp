@@ -62,7 +62,7 @@ TEST_F(GeneralTest, CameraFollowsTriggerAndKey)
     favouriteBar.shown = true;
     key(mbCamera, KEY_SHOWCAMERA);
     EXPECT_THAT(requests(), ElementsAre("mbCamera run auto", "mbCamera stop auto"));
-    EXPECT_THAT(favouriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 }));
+    EXPECT_THAT(favouriteBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVOURITES_HIDE), 0, 0 }));
     device(triggerInput, false);
     key(mbCamera, KEY_MENU);
     EXPECT_THAT(requests(), IsEmpty());

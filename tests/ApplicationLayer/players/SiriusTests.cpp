@@ -45,7 +45,7 @@ TEST_F(SiriusTest, PlaysAndShowsFavourites)
     EXPECT_EQ(favouriteBar.count, 12);
     EXPECT_EQ(favouriteBar.refreshes, 1);
     EXPECT_THAT(favouriteBar.messages,
-                ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVORITES_SELECT), 6, 0 }));
+                ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVOURITES_SELECT), 6, 0 }));
 
     fromProgram(AppSirius, RMSG_SXM_EVENT, 5);
     expectPosted(Kernel::deviceStatusManagerId, Kernel::MSG_POWER_OFF_CONFIRM, mbSirius, 0);

@@ -247,7 +247,7 @@ TEST_F(RadioTest, FavouritesArePlayedByThePageThatHoldsThem)
     fromProgram(AppRadio, RMSG_RADIO_EVENT, 9, 2);
     EXPECT_THAT(requests(), ElementsAre("mbAM run auto"));
     EXPECT_THAT(takeSent(), IsEmpty());
-    const std::array hide { static_cast<int>(Kernel::MSG_FAVORITES_HIDE), 0, 0 };
+    const std::array hide { static_cast<int>(Kernel::MSG_FAVOURITES_HIDE), 0, 0 };
     EXPECT_THAT(favouriteBar.messages, ElementsAre(hide, hide));
     fromProgram(AppRadio, RMSG_RADIO_EVENT, 9, 3);
     EXPECT_EQ(favouriteBar.messages.size(), 2u);

@@ -60,8 +60,6 @@ public:
         info.videoLevel = config.videoLevel;
         info.audioLevel = config.audioLevel;
         info.states = config.initialStates;
-        info.audioChannel = config.audioChannel;
-        info.videoChannel = config.videoChannel;
         info.isSourcePage = config.isSourcePage;
         info.isNormalSource = config.isNormalSource;
         info.isRear = config.isRear;
@@ -188,9 +186,7 @@ public:
 private:
     void adjustPhone(EngineApi::ScheduleInfo& phone) const
     {
-        if (calling)
-            phone.audioChannel = Dsp::eAudioWince;
-        else
+        if (!calling)
             phone.playLevel = phone.audioLevel = EngineApi::PageScheduleConfig::noCompetition;
     }
 

@@ -155,6 +155,21 @@ TEST(Scheduler, StoppingASourcePageTurnsBackToTheRememberedSource)
     EXPECT_EQ(unit.remembered().frontShowPage, mbSetup);
 }
 
+// The request counts with its boost of one level.
+TEST(Scheduler, PagesOfTheMixingLevelsSilenceNobody)
+{
+    for (const auto& [level, mixes] : { std::pair { 38, false }, { 39, true }, { 48, true }, { 49, false } })
+    {
+        SCOPED_TRACE(level);
+        ScheduleUnit unit;
+        unit.add(mixingPage(mbNavi, level));
+        unit.run(mbFM).run(mbNavi);
+        EXPECT_EQ(unit.states(mbNavi).playState, mixes ? PageStates::mixed : PageStates::playing);
+        EXPECT_EQ(unit.states(mbFM).playState, mixes ? PageStates::mixed : PageStates::stopped);
+        EXPECT_EQ(unit.states(mbFM).audioState, mixes ? PageStates::held : PageStates::notHeld);
+    }
+}
+
 // A mixing page joins the source; both are heard until one of them leaves.
 TEST(Scheduler, AMixingPageSharesTheSound)
 {

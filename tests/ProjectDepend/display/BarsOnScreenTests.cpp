@@ -218,7 +218,7 @@ protected:
         return {
             { { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", muteBounds, muteText, { 400, 250 } },
               { favouriteBar(),
-                Kernel::MSG_FAVORITES_SELECT,
+                Kernel::MSG_FAVOURITES_SELECT,
                 9,
                 0,
                 "Farvoritebar\\background.png",
@@ -262,7 +262,7 @@ protected:
     {
         volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 3, 0, nullptr);
         volumeBar().postMessage(EngineApi::MSG_BAR_CLOSE, 0, 0, nullptr);
-        favouriteBar().postMessage(Kernel::MSG_FAVORITES_HIDE, 0, 0, nullptr);
+        favouriteBar().postMessage(Kernel::MSG_FAVOURITES_HIDE, 0, 0, nullptr);
         batteryBar().postMessage(Kernel::MSG_LOW_BATTERY_ALERT, 0, 0, nullptr);
     }
 
@@ -300,7 +300,7 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 2, 5, "volumebar\\Zone2Volume\\ZVOL5.png", volumeBounds, zoneName,
           white },
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", muteBounds, muteText, white },
-        { favouriteBar(), Kernel::MSG_FAVORITES_SELECT, 9, 0, "Farvoritebar\\background.png", favouriteBounds,
+        { favouriteBar(), Kernel::MSG_FAVOURITES_SELECT, 9, 0, "Farvoritebar\\background.png", favouriteBounds,
           favouriteControls, white },
         { batteryBar(), Kernel::MSG_LOW_BATTERY_ALERT, 1, 0, "VoltmeterBar\\LowBattery.png", batteryBounds, alertTexts,
           amber },
@@ -326,7 +326,7 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
     }
     // The bar that was shown last is in front, though it was made first. A neighbouring volume is not taken for this
     // one.
-    favouriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 9, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVOURITES_SELECT, 9, 0, nullptr);
     volumeBar().postMessage(Kernel::MSG_VOLUME_SHOW, 1, 27, nullptr);
     ASSERT_TRUE(pumpUntil([&] { return likeness(cases[0].picture, volumeBounds, nothing) >= 990; }));
     EXPECT_LT(likeness("volumebar\\MainVolume\\ORB600 Vol28.png", volumeBounds, nothing), 990);
@@ -345,19 +345,19 @@ TEST_F(BarsOnScreenTest, TheFavouritesShowWhichIsSelectedUntilATouchBesideThem)
     const char* selected = "farvoritebar\\fav_button_p.png";
     const char* normal = "farvoritebar\\fav_button_n.png";
 
-    favouriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 1, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVOURITES_SELECT, 1, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return shows(selected, first) && shows(normal, eighth); }));
     EXPECT_GE(likeness("farvoritebar\\fm.png", icon, {}), 980);
     EXPECT_GT(inked(onBar(29, 119, 150, 38), juce::Colours::white), 100) << "the label";
 
-    favouriteBar().postMessage(Kernel::MSG_FAVORITES_SELECT, 16, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVOURITES_SELECT, 16, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return shows(normal, first) && shows(selected, eighth); }));
     EXPECT_LT(likeness("farvoritebar\\fm.png", icon, {}), 500) << "the ninth is empty";
 
     const auto notice = onBar(80, 12, 470, 44);
     const juce::Colour amber(0xffffc21a);
     EXPECT_EQ(inked(notice, amber), 0);
-    favouriteBar().postMessage(Kernel::MSG_FAVORITES_EMPTY_SLOT, 0, 0, nullptr);
+    favouriteBar().postMessage(Kernel::MSG_FAVOURITES_EMPTY_SLOT, 0, 0, nullptr);
     EXPECT_TRUE(pumpUntil([&] { return inked(notice, amber) > 10000; }));
 
     person->press(first.getCentreX(), first.getCentreY());

@@ -2,71 +2,54 @@
 
 #include "bench/mcu/Mcu.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <poll.h>
-#include <unistd.h>
 
 namespace Bench
 {
 
-/** The unit's end of the link, played by the test. */
+/** A line in memory: what the device writes is kept for the test, which plays the unit. */
+class MemoryLine : public SerialLine
+{
+public:
+    Bytes written;
+    bool isPlugged = false;
+
+    std::string open() override { return isPlugged = true, ""; }
+    void close() override { isPlugged = false; }
+    bool isOpen() const override { return isPlugged; }
+    void setReading(bool) override {}
+    void flush() override { written.clear(); }
+    bool write(std::span<const std::uint8_t> bytes) override
+    {
+        written.insert(written.end(), bytes.begin(), bytes.end());
+        return true;
+    }
+};
+
+/** The unit's end of the link, played by the test, which also brings the time. */
 class McuDevice : public testing::Test
 {
 protected:
-    /** Only bounds a hang. */
-    static constexpr std::chrono::seconds patience { 60 };
-
     Journal journal;
-    Mcu mcu { journal };
-    int port = -1;
+    MemoryLine line;
+    Mcu mcu { journal, line };
     McuFrameReader reader;
     std::deque<McuFrame> pending;
-    std::optional<McuFrame> last;
+    Clock::time_point time {};
 
-    void SetUp() override
+    void put(const McuFrame& frame)
     {
-        ASSERT_EQ(mcu.start(), "");
-        port = ::open(mcu.portPath().c_str(), O_RDWR | O_NOCTTY);
-        ASSERT_GE(port, 0);
+        line.received(encode(frame));
+        pass();
     }
 
-    void TearDown() override
-    {
-        mcu.stop();
-        ::close(port);
-    }
+    void pass(std::chrono::milliseconds duration = {}) { mcu.advance(time += duration); }
 
-    void put(const McuFrame& frame) const
+    /** The next frame that has reached the unit, or one with command 0xFFFF. */
+    McuFrame get()
     {
-        const auto bytes = encode(frame);
-        ASSERT_EQ(::write(port, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    }
-
-    /**
-        The next frame that reaches the unit whole, or one with command 0xFFFF when none does in time. As the unit does,
-        it takes one once that comes again because the acknowledgement was slow.
-    */
-    McuFrame get(std::chrono::milliseconds limit = patience)
-    {
-        const auto deadline = Clock::now() + limit;
-        while (pending.empty() && Clock::now() < deadline)
-        {
-            pollfd wait { port, POLLIN, 0 };
-            ::poll(&wait, 1,
-                   static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count()));
-            std::uint8_t buffer[64];
-            if ((wait.revents & POLLIN) != 0)
-                if (const auto count = ::read(port, buffer, sizeof buffer); count > 0)
-                    reader.push({ buffer, static_cast<std::size_t>(count) },
-                                [&](auto& frame)
-                                {
-                                    if (frame.isAck() || frame != last)
-                                        pending.push_back(frame);
-                                    if (!frame.isAck())
-                                        last = frame;
-                                });
-        }
+        pass();
+        reader.push(std::exchange(line.written, {}), [&](auto& frame) { pending.push_back(frame); });
         if (pending.empty())
             return { 0, 0xFFFF, {} };
         const auto frame = pending.front();
@@ -81,9 +64,9 @@ protected:
         return frame;
     }
 
-    bool sees(const std::string& stream, const std::string& text)
+    bool sees(const std::string& stream, const std::string& text) const
     {
-        return journal.waitFor({}, Clock::now() + patience, isEvent(stream, text)).has_value();
+        return !journal.find({}, 1, isEvent(stream, text)).empty();
     }
 };
 

@@ -29,7 +29,7 @@ constexpr auto restorePause = 500ms;
 bool isComposited(const XConnection& x)
 {
     // There is one screen on the unit.
-    auto* atoms = const_cast<xcb_ewmh_connection_t*>(&x.getAtoms());
+    auto* atoms = x.getEwmh();
     xcb_window_t owner = XCB_NONE;
     return xcb_ewmh_get_wm_cm_owner_reply(atoms, xcb_ewmh_get_wm_cm_owner(atoms, 0), &owner, nullptr) != 0 &&
            owner != XCB_NONE;

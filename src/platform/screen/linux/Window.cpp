@@ -44,7 +44,7 @@ Windows childrenOf(const XConnection& x, const Windows& parents)
 /** What a window manager manages and what lies directly on the root. */
 Windows topLevelWindows(const XConnection& x)
 {
-    auto windows = x.getValues(x.getRoot(), x.getAtoms()._NET_CLIENT_LIST, XCB_ATOM_WINDOW);
+    auto windows = x.getValues(x.getRoot(), x.getEwmh()->_NET_CLIENT_LIST, XCB_ATOM_WINDOW);
     append(windows, childrenOf(x, { x.getRoot() }));
     return windows;
 }
@@ -56,7 +56,7 @@ juce::String textOf(const XConnection& x, const xcb_get_property_reply_t* reply)
         return {};
     const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply));
     const int length = xcb_get_property_value_length(reply);
-    if (reply->type == x.getAtoms().UTF8_STRING)
+    if (reply->type == x.getEwmh()->UTF8_STRING)
         return textOfUtf8({ bytes, static_cast<size_t>(length) });
     juce::String latin1;
     for (const char byte : std::string_view(bytes, static_cast<size_t>(length)))
@@ -75,7 +75,7 @@ WindowHandle findTitled(const XConnection& x, const Windows& windows, const juce
     std::vector<Cookies> cookies;
     for (const auto window : windows)
         cookies.push_back(
-            { xcb_get_property(x.get(), 0, window, x.getAtoms()._NET_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0,
+            { xcb_get_property(x.get(), 0, window, x.getEwmh()->_NET_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0,
                                longestTitle),
               xcb_get_property(x.get(), 0, window, XCB_ATOM_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0, longestTitle) });
     WindowHandle found = noWindow;
@@ -93,20 +93,14 @@ WindowHandle findTitled(const XConnection& x, const Windows& windows, const juce
     return found;
 }
 
-xcb_client_message_event_t clientMessage(xcb_window_t window, xcb_atom_t type, std::array<std::uint32_t, 3> data)
+xcb_void_cookie_t sendMessage(const XConnection& x, xcb_window_t window, std::array<std::uint32_t, 3> data)
 {
     xcb_client_message_event_t event {};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = messageFormat;
     event.window = window;
-    event.type = type;
+    event.type = x.getMessageType();
     std::copy(data.begin(), data.end(), event.data.data32);
-    return event;
-}
-
-xcb_void_cookie_t sendMessage(const XConnection& x, xcb_window_t window, std::array<std::uint32_t, 3> data)
-{
-    const auto event = clientMessage(window, x.getMessageType(), data);
     // Without an event mask it goes to the program that made the window.
     return xcb_send_event_checked(x.get(), 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
 }
@@ -143,8 +137,10 @@ int windowProcess(WindowHandle window)
     const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
         return -1;
-    const auto pids = x->getValues(window, x->getAtoms()._NET_WM_PID, XCB_ATOM_CARDINAL);
-    return x->finish() && !pids.empty() ? static_cast<int>(pids.front()) : -1;
+    auto* ewmh = x->getEwmh();
+    std::uint32_t pid = 0;
+    const bool known = xcb_ewmh_get_wm_pid_reply(ewmh, xcb_ewmh_get_wm_pid(ewmh, window), &pid, nullptr) != 0;
+    return x->finish() && known ? static_cast<int>(pid) : -1;
 }
 
 bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t wParam, std::int32_t lParam)
@@ -178,15 +174,9 @@ void setForegroundWindow(WindowHandle window)
     const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
         return;
-    const auto activate = x->getAtoms()._NET_ACTIVE_WINDOW;
-    if (x->managerSupports(activate))
-    {
-        const auto event =
-            clientMessage(window, activate, { XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME, XCB_NONE });
-        x->check(xcb_send_event_checked(x->get(), 0, x->getRoot(),
-                                        XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                                        reinterpret_cast<const char*>(&event)));
-    }
+    if (x->managerSupports(x->getEwmh()->_NET_ACTIVE_WINDOW))
+        xcb_ewmh_request_change_active_window(x->getEwmh(), x->getScreenNumber(), window,
+                                              XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME, XCB_NONE);
     else
     {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;

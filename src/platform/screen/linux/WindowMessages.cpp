@@ -39,9 +39,7 @@ public:
         xcb_create_window_aux(connection, XCB_COPY_FROM_PARENT, window, x.getRoot(), 0, 0, 1, 1, 0,
                               XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                               XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, &values);
-        const auto pid = static_cast<std::uint32_t>(getpid());
-        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, x.getAtoms()._NET_WM_PID, XCB_ATOM_CARDINAL, 32,
-                            1, &pid);
+        xcb_ewmh_set_wm_pid(x.getEwmh(), window, static_cast<std::uint32_t>(getpid()));
         // Whoever finds it by its title finds it whole.
         x.setTitle(window, title);
     }

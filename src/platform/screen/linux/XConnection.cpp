@@ -33,14 +33,13 @@ XConnection::XConnection(std::shared_ptr<XDisplayState> state)
 
 bool XConnection::connect(int& error)
 {
-    int screenNumber = 0;
     connection = xcb_connect(display->name.c_str(), &screenNumber);
     error = xcb_connection_has_error(connection);
     if (error != 0)
         return false;
     const auto* setup = xcb_get_setup(connection);
     auto screens = xcb_setup_roots_iterator(setup);
-    for (; screenNumber > 0 && screens.rem > 1; --screenNumber)
+    for (int left = screenNumber; left > 0 && screens.rem > 1; --left)
         xcb_screen_next(&screens);
     screen = screens.data;
 

@@ -51,8 +51,10 @@ public:
 
     xcb_connection_t* get() const { return connection; }
     const xcb_screen_t& getScreen() const { return *screen; }
+    int getScreenNumber() const { return screenNumber; }
     xcb_window_t getRoot() const { return screen->root; }
-    const xcb_ewmh_connection_t& getAtoms() const { return ewmh; }
+    /** The library takes it by pointer and only reads it. */
+    xcb_ewmh_connection_t* getEwmh() const { return &ewmh; }
     xcb_atom_t getMessageType() const { return messageType; }
 
     /** Sends what is queued and drops events that nobody waits for. False when the display is lost. */
@@ -75,8 +77,9 @@ private:
 
     std::shared_ptr<XDisplayState> display;
     xcb_connection_t* connection = nullptr;
+    int screenNumber = 0;
     const xcb_screen_t* screen = nullptr;
-    xcb_ewmh_connection_t ewmh {};
+    mutable xcb_ewmh_connection_t ewmh {};
     xcb_atom_t messageType = XCB_ATOM_NONE;
 };
 

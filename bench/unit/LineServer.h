@@ -1,17 +1,15 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <mutex>
-#include <string>
+#include "bench/unit/Loop.h"
+
+#include <set>
 
 namespace Bench
 {
 
 /**
     Serves lines of text on a TCP port of this machine alone, to any number of readers, and takes lines from each. A
-    reader that does not keep up, or sends a line without an end, is dropped. Has a thread of its own, on which the
-    handlers run; its operations may be called from any other.
+    reader that does not keep up, or sends a line without an end, is dropped. On the loop.
 */
 class LineServer
 {
@@ -22,33 +20,47 @@ public:
         std::function<void(const std::string& what)> failed;   ///< a reader was dropped, or none can come any more
     };
 
-    LineServer() = default;
-    ~LineServer();
+    explicit LineServer(Loop& loopToUse)
+        : loop(loopToUse)
+    {
+    }
+    ~LineServer() { close(); }
     LineServer(const LineServer&) = delete;
     LineServer& operator=(const LineServer&) = delete;
 
     /** Port 0 takes any that is free. A server before ends. Empty on success, else what failed. */
     std::string listen(int port, Handlers handlers);
-    /** No handler runs after it returns. What readers have not got yet is lost. */
+    /** What readers have not got yet is lost. */
     void close();
     /** To every reader; its end is added. Nothing when it does not listen. */
     void send(const std::string& line);
 
     /** 0 when it does not listen. */
-    int port() const;
-    unsigned readers() const;
+    int port() const { return boundPort; }
+    unsigned readers() const { return static_cast<unsigned>(all.size()); }
     /** Readers dropped since it listens. */
-    unsigned dropped() const;
+    unsigned dropped() const { return droppedReaders; }
 
     static constexpr std::size_t longestLine = 1024;
     static constexpr std::size_t longestBacklog = 256 * 1024; ///< bytes that wait for one reader
 
 private:
-    struct Running;
-    mutable std::mutex lock; // guards the pointer
-    std::shared_ptr<Running> running;
+    struct Acceptor;
+    struct Reader;
+    using ReaderPtr = std::shared_ptr<Reader>;
 
-    std::shared_ptr<Running> current() const;
+    Loop& loop;
+    Handlers handlers;
+    std::shared_ptr<Acceptor> acceptor;
+    std::set<ReaderPtr> all;
+    int boundPort = 0;
+    unsigned droppedReaders = 0;
+
+    void accept();
+    void read(const ReaderPtr& reader);
+    void write(const ReaderPtr& reader);
+    void forget(const ReaderPtr& reader);
+    void drop(const ReaderPtr& reader, const char* why);
 };
 
 } // namespace Bench

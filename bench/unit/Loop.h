@@ -1,0 +1,115 @@
+#pragma once
+
+#include "bench/unit/Device.h"
+
+#include <asio/io_context.hpp>
+#include <asio/steady_timer.hpp>
+#include <thread>
+
+namespace Bench
+{
+
+/**
+    The one thread that carries the bytes of all devices and brings them the time. Whatever touches a device or one of
+    its transports, on this thread or any other, takes a turn.
+*/
+class Loop
+{
+public:
+    Loop() = default;
+    ~Loop() { stop(); }
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+
+    /** Before `start`. They are advanced in this order. */
+    void add(Device& device) { devices.push_back(&device); }
+    void start();
+    /** No handler runs after it returns. Not within a turn. */
+    void stop();
+
+    /**
+        While it lasts, nobody else touches the devices. They know the time when it begins, and do what is left when it
+        ends. Turns may lie in each other.
+    */
+    class Turn
+    {
+    public:
+        explicit Turn(Loop& loopToUse);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+    private:
+        Loop& loop;
+        std::unique_lock<std::recursive_mutex> guard;
+    };
+
+    /** For transports, whose handlers take a turn. */
+    asio::io_context context;
+
+private:
+    std::recursive_mutex lock; // guards everything below, the devices and the transports
+    int depth = 0;             ///< of the turns
+    std::vector<Device*> devices;
+    asio::steady_timer timer { context };
+    std::thread thread;
+
+    void advance();
+    void setTimer();
+};
+
+/** Tells of each time that a descriptor can be read, within a turn, until it goes away, which takes a turn too. */
+class Watch
+{
+public:
+    Watch(Loop& loop, int descriptor, std::function<void()> readable);
+    ~Watch();
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+private:
+    struct Waiting;
+    std::shared_ptr<Waiting> waiting;
+};
+
+/** A device on the loop: every `->` is a turn, to the end of the expression. Any thread. */
+template <typename Model>
+class Live
+{
+public:
+    template <typename... Arguments>
+    explicit Live(Loop& loopToUse, Arguments&&... arguments)
+        : loop(loopToUse)
+        , model(std::forward<Arguments>(arguments)...)
+    {
+        if constexpr (std::is_base_of_v<Device, Model>)
+            loop.add(model);
+    }
+
+    class Access
+    {
+    public:
+        Access(Loop& loop, Model& modelToUse)
+            : turn(loop)
+            , model(modelToUse)
+        {
+        }
+        Model* operator->() const { return &model; }
+        Model& operator*() const { return model; }
+
+    private:
+        Loop::Turn turn;
+        Model& model;
+    };
+    Access operator->() { return Access(loop, model); }
+    /** For several calls in a row; none of them, nor anything between them, waits for the unit. */
+    Access use() { return Access(loop, model); }
+    /** For other devices, which are in a turn. */
+    operator Model&() { return model; }
+
+private:
+    Loop& loop;
+    Model model;
+};
+
+} // namespace Bench
