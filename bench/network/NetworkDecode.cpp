@@ -1,6 +1,6 @@
 #include "bench/network/NetworkDecode.h"
 
-#include "platform/marine/Parcel.h"
+#include "bench/network/ByteReader.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,17 +11,8 @@ namespace Bench
 namespace
 {
 
-using Platform::Parcel;
-
 constexpr int pgnSize = 3;
 constexpr int unknown = 0xFF;
-
-Parcel parcelOf(std::span<const std::uint8_t> bytes)
-{
-    Parcel parcel;
-    parcel.fillData(bytes.data(), static_cast<int>(bytes.size()));
-    return parcel;
-}
 
 /** What comes from the network may be anything; what the console shows is one line. */
 std::string printable(std::span<const std::uint8_t> bytes)
@@ -33,14 +24,14 @@ std::string printable(std::span<const std::uint8_t> bytes)
     return text;
 }
 
-std::string restAsBytes(Parcel& parcel)
+std::string restAsBytes(ByteReader& reader)
 {
-    return hex(parcel.readData(parcel.bytesLeft()));
+    return hex(reader.remaining());
 }
 
-int signedByte(Parcel& parcel)
+int signedByte(ByteReader& reader)
 {
-    return static_cast<std::int8_t>(parcel.readByte());
+    return static_cast<std::int8_t>(reader.byte());
 }
 
 /** The number of a preset; the network has codes for them. */
@@ -54,15 +45,15 @@ std::string presetText(std::optional<int> code)
                                 : "preset code " + std::to_string(*code);
 }
 
-ZoneVolume readVolume(Parcel& parcel)
+ZoneVolume readVolume(ByteReader& reader)
 {
     constexpr int statusWithoutMute = 0xF3, muteBit = 2;
-    ZoneVolume volume { parcel.readByte(), parcel.readByte(), {} };
-    const auto status = parcel.readByte();
+    ZoneVolume volume { reader.byte(), reader.byte(), {} };
+    const auto status = reader.byte();
     if ((status & ~(1 << muteBit)) == statusWithoutMute)
         volume.muted = (status >> muteBit & 1) != 0;
     else
-        parcel.readShort(); // the answer to a request for one zone: no step, and nothing
+        reader.number(2); // the answer to a request for one zone: no step, and nothing
     return volume;
 }
 
@@ -72,44 +63,44 @@ std::string volumeText(const ZoneVolume& volume)
            (volume.muted.value_or(false) ? ", muted" : "");
 }
 
-ZoneTone readTone(Parcel& parcel)
+ZoneTone readTone(ByteReader& reader)
 {
     constexpr int wholeSize = 18;
-    const bool hasPreset = parcel.dataSize() != wholeSize - 1;
+    const bool hasPreset = reader.size() != wholeSize - 1;
     ZoneTone tone;
-    tone.zone = parcel.readByte();
-    tone.highestVolume = parcel.readByte();
+    tone.zone = reader.byte();
+    tone.highestVolume = reader.byte();
     for (auto& value : tone.values)
-        value = signedByte(parcel);
+        value = signedByte(reader);
     if (hasPreset)
-        tone.preset = parcel.readByte();
-    const bool highPassOn = parcel.readByte() != 0;
-    const auto frequency = parcel.readInt();
-    parcel.readInt(); // the low-pass, which the unit does not have
+        tone.preset = reader.byte();
+    const bool highPassOn = reader.byte() != 0;
+    const auto frequency = static_cast<std::int32_t>(reader.number(4));
+    reader.number(4); // the low-pass, which the unit does not have
     if (highPassOn)
         tone.highPass = frequency;
     return tone;
 }
 
-std::vector<std::pair<int, std::string>> readNames(Parcel& parcel)
+std::vector<std::pair<int, std::string>> readNames(ByteReader& reader)
 {
     constexpr int lengthAndType = 2;
     constexpr std::size_t sizeSaid = 6;
-    const auto first = parcel.readByte();
+    const auto first = reader.byte();
     // Announced for no zone in particular, every name is said to be 6 long, whatever it is, and the 6 is that of its
     // bytes alone: so long is the fixed name of zone 1, and the last one goes on to the end.
-    const bool lengthsAreFixed = parcel.readByte() == 0 && first == unknown;
-    const auto count = parcel.readByte();
+    const bool lengthsAreFixed = reader.byte() == 0 && first == unknown;
+    const auto count = reader.byte();
     std::vector<std::pair<int, std::string>> names;
-    for (int i = 0; i < count && !parcel.isCut(); ++i)
+    for (int i = 0; i < count && !reader.isCut(); ++i)
     {
-        const auto zone = parcel.readByte();
-        const auto length = parcel.readByte();
-        parcel.readByte();
+        const auto zone = reader.byte();
+        const auto length = reader.byte();
+        reader.byte();
         const auto size = !lengthsAreFixed ? std::max(0, length - lengthAndType)
                           : i + 1 < count  ? static_cast<int>(sizeSaid)
-                                           : parcel.bytesLeft();
-        const auto bytes = parcel.readData(size);
+                                           : reader.left();
+        const auto bytes = reader.data(size);
         names.emplace_back(zone, printable(bytes));
     }
     return names;
@@ -174,20 +165,20 @@ std::string fieldText(int pgn, const GroupField& field, std::uint64_t value)
     return name + " " + std::to_string(value);
 }
 
-std::string fieldsText(Parcel& parcel, int pgn)
+std::string fieldsText(ByteReader& reader, int pgn)
 {
     const auto fields = groupFieldsOf(pgn);
-    const auto count = parcel.readByte();
+    const auto count = reader.byte();
     std::string text;
-    for (int i = 0; i < count && !parcel.isCut(); ++i)
+    for (int i = 0; i < count && !reader.isCut(); ++i)
     {
-        const auto number = parcel.readByte();
+        const auto number = reader.byte();
         const auto field = std::ranges::find(fields, number, &GroupField::number);
         text += text.empty() ? ": " : ", ";
         // How wide its value is, is not known, nor where the next one begins.
         if (field == fields.end())
-            return text + "field " + std::to_string(number) + " and " + restAsBytes(parcel);
-        text += fieldText(pgn, *field, parcel.readNumber(field->width));
+            return text + "field " + std::to_string(number) + " and " + restAsBytes(reader);
+        text += fieldText(pgn, *field, reader.number(field->width));
     }
     return text;
 }
@@ -209,18 +200,18 @@ std::string errorText(int error)
     }
 }
 
-std::string acknowledgementText(Parcel& parcel, int pgn)
+std::string acknowledgementText(ByteReader& reader, int pgn)
 {
     constexpr int nibble = 4, lowNibble = 0xF;
     std::string faults;
     const auto add = [&](const std::string& fault) { faults += (faults.empty() ? ": " : ", ") + fault; };
-    if (const auto errors = parcel.readByte(); errors != 0)
+    if (const auto errors = reader.byte(); errors != 0)
         add("the message itself " + errorText((errors & lowNibble) != 0 ? errors & lowNibble : errors >> nibble));
-    const auto count = parcel.readByte();
+    const auto count = reader.byte();
     int pair = 0;
-    for (int i = 0; i < count && !parcel.isCut(); ++i)
+    for (int i = 0; i < count && !reader.isCut(); ++i)
     {
-        pair = i % 2 == 0 ? parcel.readByte() : pair >> nibble;
+        pair = i % 2 == 0 ? reader.byte() : pair >> nibble;
         if (const auto error = pair & lowNibble; error != 0)
             add("field " + std::to_string(i + 1) + " of " + std::to_string(count) + " " + errorText(error));
     }
@@ -228,82 +219,83 @@ std::string acknowledgementText(Parcel& parcel, int pgn)
            (faults.empty() ? ": all done" : faults);
 }
 
-std::string groupText(Parcel& parcel)
+std::string groupText(ByteReader& reader)
 {
     constexpr int request = 0, command = 1, acknowledgement = 2, intervalAndOffset = 6;
-    const auto function = parcel.readByte();
-    const auto pgn = static_cast<int>(parcel.readNumber(pgnSize));
+    const auto function = reader.byte();
+    const auto pgn = static_cast<int>(reader.number(pgnSize));
     switch (function)
     {
     case request:
-        parcel.readData(intervalAndOffset);
-        return "asks for " + std::to_string(pgn) + fieldsText(parcel, pgn);
+        reader.data(intervalAndOffset);
+        return "asks for " + std::to_string(pgn) + fieldsText(reader, pgn);
     case command:
-        parcel.readByte();
-        return "commands " + std::to_string(pgn) + fieldsText(parcel, pgn);
+        reader.byte();
+        return "commands " + std::to_string(pgn) + fieldsText(reader, pgn);
     case acknowledgement:
-        return acknowledgementText(parcel, pgn);
+        return acknowledgementText(reader, pgn);
     default:
         return "group function " + std::to_string(function) + " for " + std::to_string(pgn) + ": " +
-               restAsBytes(parcel);
+               restAsBytes(reader);
     }
 }
 
-std::string plainText(const std::string& name, Parcel& parcel)
+std::string plainText(const std::string& name, ByteReader& reader)
 {
-    const auto bytes = restAsBytes(parcel);
+    const auto bytes = restAsBytes(reader);
     return name + (bytes.empty() ? "" : ": ") + bytes;
 }
 
-std::string proprietaryText(Parcel& parcel)
+std::string proprietaryText(ByteReader& reader)
 {
     constexpr std::array<std::uint8_t, 8> update { 0xC0, 0x9A, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF };
     constexpr std::size_t numberAt = 2;
-    auto bytes = parcel.readData(parcel.bytesLeft());
+    const auto begin = reader;
+    auto bytes = reader.remaining();
     const auto number = bytes.size() > numberAt ? std::exchange(bytes[numberAt], std::uint8_t {}) : std::uint8_t {};
     if (std::ranges::equal(bytes, update))
         return "starts an update, number " + std::to_string(number);
-    parcel.setReadPosition(0);
-    return plainText("PGN " + std::to_string(Pgn::proprietary), parcel);
+    reader = begin;
+    return plainText("PGN " + std::to_string(Pgn::proprietary), reader);
 }
 
 /** Of a message that the display understands as far as its bytes go. */
-std::string contentText(int pgn, Parcel& parcel)
+std::string contentText(int pgn, ByteReader& reader)
 {
     switch (pgn)
     {
     case Pgn::isoRequest:
-        return "asks for " + std::to_string(parcel.readNumber(pgnSize));
+        return "asks for " + std::to_string(reader.number(pgnSize));
     case Pgn::groupFunction:
-        return groupText(parcel);
+        return groupText(reader);
     case Pgn::zones:
-        return namesText(readNames(parcel));
+        return namesText(readNames(reader));
     case Pgn::zoneVolume:
-        return volumeText(readVolume(parcel));
+        return volumeText(readVolume(reader));
     case Pgn::zoneConfiguration:
-        return "zone " + readTone(parcel).text("configuration");
+        return "zone " + readTone(reader).text("configuration");
     case Pgn::zoneParameters:
-        return "zone " + readTone(parcel).text("parameters");
+        return "zone " + readTone(reader).text("parameters");
     case Pgn::proprietary:
-        return proprietaryText(parcel);
+        return proprietaryText(reader);
     default:
-        return plainText("PGN " + std::to_string(pgn), parcel);
+        return plainText("PGN " + std::to_string(pgn), reader);
     }
 }
 
 std::string dataBlockText(std::span<const std::uint8_t> bytes)
 {
     constexpr int update = 30, updateReply = 0x801E;
-    auto parcel = parcelOf(bytes);
-    const auto type = parcel.readShort();
-    if (parcel.isCut())
+    ByteReader reader(bytes);
+    const auto type = static_cast<int>(reader.number(2));
+    if (reader.isCut())
         return "data block, cut short: " + hex(bytes);
     if (type == update)
         return "starts an update by data";
     if (type != updateReply)
-        return plainText("data block " + std::to_string(type), parcel);
-    const bool started = parcel.readByte() != 0;
-    auto text = parcel.readData(parcel.bytesLeft());
+        return plainText("data block " + std::to_string(type), reader);
+    const bool started = reader.byte() != 0;
+    auto text = reader.remaining();
     if (!text.empty() && text.back() == 0)
         text.pop_back();
     return std::string("update ") + (started ? "started" : "refused") + ": " + printable(text);
@@ -321,11 +313,11 @@ std::string versionText(bool fromUnit, std::span<const std::uint8_t> bytes)
 
 /** Reads a whole message with one of the functions above. */
 template <typename Read>
-auto wholly(const NetworkMessage& message, Read read) -> std::optional<decltype(read(std::declval<Parcel&>()))>
+auto wholly(const NetworkMessage& message, Read read) -> std::optional<decltype(read(std::declval<ByteReader&>()))>
 {
-    auto parcel = parcelOf(message.data);
-    auto value = read(parcel);
-    return parcel.isCut() ? std::nullopt : std::optional(std::move(value));
+    ByteReader reader(message.data);
+    auto value = read(reader);
+    return reader.isCut() ? std::nullopt : std::optional(std::move(value));
 }
 
 } // namespace
@@ -364,11 +356,11 @@ bool isAcknowledgement(const NetworkMessage& message)
 
 std::string networkText(const NetworkMessage& message)
 {
-    auto parcel = parcelOf(message.data);
-    const auto text = contentText(message.pgn, parcel);
-    if (parcel.isCut())
+    ByteReader reader(message.data);
+    const auto text = contentText(message.pgn, reader);
+    if (reader.isCut())
         return "PGN " + std::to_string(message.pgn) + ", cut short: " + hex(message.data);
-    return text + (parcel.bytesLeft() > 0 ? ", and " + std::to_string(parcel.bytesLeft()) + " bytes more" : "");
+    return text + (reader.left() > 0 ? ", and " + std::to_string(reader.left()) + " bytes more" : "");
 }
 
 bool isOfNetwork(int command)

@@ -63,10 +63,7 @@ std::string NetworkLog::serve(int port)
 
 NetworkLog::State NetworkLog::state() const
 {
-    State copy;
-    {
-        copy = current;
-    }
+    State copy = current;
     copy.port = server.port();
     copy.readers = server.readers();
     copy.dropped = server.dropped();
@@ -82,14 +79,12 @@ void NetworkLog::hear(const Mcu::Frame& frame)
         return; // the display says so
     using namespace std::chrono;
     const auto line = lineOf(*message, floor<milliseconds>(system_clock::now()));
+    ++current.logged;
+    if (output.is_open() && !(output << line << "\n" << std::flush))
     {
-        ++current.logged;
-        if (output.is_open() && !(output << line << "\n" << std::flush))
-        {
-            journal.add("n2k", "the log ends: " + failure(current.file));
-            output.close();
-            current.file.clear();
-        }
+        journal.add("n2k", "the log ends: " + failure(current.file));
+        output.close();
+        current.file.clear();
     }
     server.send(line);
 }

@@ -1,6 +1,6 @@
 #include "bench/network/NetworkMessage.h"
 
-#include "platform/marine/Parcel.h"
+#include "bench/network/ByteReader.h"
 
 #include <algorithm>
 #include <array>
@@ -21,17 +21,16 @@ constexpr int usualPriority = 6;
 /** The message with the address byte as its source and as its destination. */
 std::optional<NetworkMessage> messageOf(std::span<const std::uint8_t> bytes)
 {
-    Platform::Parcel parcel;
-    parcel.fillData(bytes.data(), static_cast<int>(bytes.size()));
+    ByteReader reader(bytes);
     NetworkMessage message;
-    message.pgn = static_cast<int>(parcel.readNumber(pgnSize));
+    message.pgn = static_cast<int>(reader.number(pgnSize));
     message.priority = message.pgn == Pgn::groupFunction ? groupPriority : usualPriority;
-    parcel.readByte();
-    message.source = message.destination = parcel.readByte();
-    parcel.readByte();
-    if (parcel.isCut())
+    reader.byte();
+    message.source = message.destination = reader.byte();
+    reader.byte();
+    if (reader.isCut())
         return {};
-    message.data = parcel.readData(parcel.bytesLeft());
+    message.data = reader.remaining();
     return message;
 }
 
@@ -118,14 +117,11 @@ std::optional<NetworkMessage> messageToUnit(std::span<const std::uint8_t> parcel
 
 Bytes parcelToUnit(const NetworkMessage& message)
 {
-    Platform::Parcel parcel;
-    for (int i = 0; i < pgnSize; ++i)
-        parcel.writeByte(message.pgn >> (8 * i));
-    parcel.writeByte(0);
-    parcel.writeByte(message.source);
-    parcel.writeByte(fromAnother);
-    parcel.writeData(message.data);
-    return { parcel.data(), parcel.data() + parcel.dataSize() };
+    Bytes parcel;
+    for (const int value : { message.pgn, message.pgn >> 8, message.pgn >> 16, 0, message.source, fromAnother })
+        parcel.push_back(static_cast<std::uint8_t>(value));
+    parcel.insert(parcel.end(), message.data.begin(), message.data.end());
+    return parcel;
 }
 
 std::string lineOf(const NetworkMessage& message, NetworkTime time)

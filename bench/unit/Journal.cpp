@@ -11,7 +11,7 @@ void Journal::add(std::string stream, std::string text, Clock::time_point at)
 {
     {
         const std::scoped_lock guard(lock);
-        at = std::min(at, Clock::now());
+        at = std::min(at, now());
         auto next = events.end();
         while (next != events.begin() && std::prev(next)->at > at && std::prev(next)->stream != stream)
             --next;
@@ -27,7 +27,7 @@ void Journal::add(std::string stream, std::string text, Clock::time_point at)
 Place Journal::end() const
 {
     const std::scoped_lock guard(lock);
-    return { Clock::now(), nextNumber };
+    return { now(), nextNumber };
 }
 
 const Event* Journal::firstMatch(Place from, std::uint64_t arrived, const Matches& matches) const

@@ -44,8 +44,14 @@ class Journal
 {
 public:
     using Matches = std::function<bool(const Event&)>;
+    using Now = std::function<Clock::time_point()>;
 
-    /** `at`: when it happened, by the clock of this machine. A time that is yet to come counts as now. */
+    explicit Journal(Now clock = Clock::now)
+        : now(std::move(clock))
+    {
+    }
+
+    /** `at`: when it happened, by the journal's clock. A time that is yet to come counts as now. */
     void add(std::string stream, std::string text, Clock::time_point at = Clock::time_point::max());
 
     /** The present: what happens from now on is behind it. */
@@ -66,6 +72,7 @@ public:
     std::uint64_t forgotten() const;
 
 private:
+    const Now now;
     mutable std::mutex lock;
     mutable std::condition_variable changed;
     std::deque<Event> events; // by place
