@@ -91,38 +91,37 @@ TEST_F(ExeMonitorTest, StartsProgramsWithTheCommandLineThatTheLaunchImplies)
     extra->putInt("Favourite", 3);
     struct Case
     {
-        const char* name;
         int appType;
         Bundle::Ptr bundle;
         bool background;
-        bool hasArguments;
-        bool isPageHide;
-        int favourite;
+        std::string commandLine; ///< kind, page and favourite; none when empty
     };
     const Case cases[] = {
-        { "nothing to say", AppRadio, nullptr, false, false, false, -1 },
-        { "in the background", AppUSB, nullptr, true, true, true, -1 },
-        { "in the background with an empty bundle", AppiPod, Bundle::obtain(), true, true, true, -1 },
-        { "with a command line", AppDisc, pageShow(), true, true, false, -1 },
-        { "with data only", AppAuxIn, extra, false, true, true, 3 },
-        { "the foreign program", AppNavi, pageShow(), false, false, false, -1 },
+        { AppRadio, nullptr, false, "" },
+        { AppUSB, nullptr, true, "hide NUM_OF_PAGES -1" },
+        { AppiPod, Bundle::obtain(), true, "hide NUM_OF_PAGES -1" },
+        { AppDisc, pageShow(), true, "show mbFM -1" },
+        { AppAuxIn, extra, false, "hide NUM_OF_PAGES 3" },
+        { AppNavi, pageShow(), false, "" }, // not one of the unit's own
     };
     for (const auto& each : cases)
     {
-        SCOPED_TRACE(each.name);
+        SCOPED_TRACE(appTypeName(each.appType));
         ASSERT_TRUE(monitor.launchApp(each.appType, mbFM, radioPath, each.bundle, each.background));
         const auto arguments = ProcessDouble::takeLaunches().at(0).arguments;
-        ASSERT_EQ(arguments.size(), each.hasArguments ? 2 : 0);
-        if (!each.hasArguments)
-            continue;
-        EXPECT_EQ(arguments[0], "--command-line");
-        const auto commandLine =
-            RemoteObjFormat::generateCommandLine(Platform::CmdLineHelper::parseCommandLine(arguments[1]));
-        ASSERT_NE(commandLine, nullptr);
-        EXPECT_EQ(commandLine->isPageHide(), each.isPageHide);
-        EXPECT_EQ(commandLine->getPage(), each.isPageHide ? NUM_OF_PAGES : mbFM);
-        EXPECT_EQ(commandLine->hasExtraData() ? commandLine->getExtraData()->getInt("Favourite", -1) : -1,
-                  each.favourite);
+        std::string commandLine;
+        if (arguments.size() == 2 && arguments[0] == "--command-line")
+        {
+            const auto said =
+                RemoteObjFormat::generateCommandLine(Platform::CmdLineHelper::parseCommandLine(arguments[1]));
+            ASSERT_NE(said, nullptr);
+            const int favourite = said->hasExtraData() ? said->getExtraData()->getInt("Favourite", -1) : -1;
+            commandLine = std::string(said->isPageHide() ? "hide " : "show ") +
+                          (said->getPage() == NUM_OF_PAGES ? "NUM_OF_PAGES" : pageName(said->getPage())) + " " +
+                          std::to_string(favourite);
+        }
+        EXPECT_EQ(commandLine, each.commandLine);
+        EXPECT_EQ(arguments.isEmpty(), each.commandLine.empty());
     }
 }
 

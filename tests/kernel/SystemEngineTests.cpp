@@ -158,22 +158,6 @@ TEST_F(SystemEngineTest, NothingIsTakenDownUnderAHandlerThatStillRuns)
 namespace
 {
 
-class CountingTask : public SingalTask
-{
-public:
-    std::atomic<int> runs { 0 };
-    std::atomic<bool> sawStop { false };
-
-private:
-    void runTask(const SystemMessage&) override
-    {
-        ++runs;
-        while (!isStopRequested())
-            waitForWakeUp(50);
-        sawStop = true;
-    }
-};
-
 class Counting : public ComponentTask
 {
 public:
@@ -196,26 +180,6 @@ private:
 };
 
 } // namespace
-
-/** A run is asked to end by another thread; a request that came before the run does not count. */
-TEST_F(SystemEngineTest, ASignalTaskEndsWhenAskedDuringItsRun)
-{
-    engine().createGroup("Signal", 5);
-    juce::ReferenceCountedObjectPtr<CountingTask> task = new CountingTask;
-    task->assignId(50);
-    engine().registerComponent("Signal", task.get());
-    task->requestStop();
-    engine().start();
-    postSystemMessage(50, SingalTask::runMessage, 0, 0);
-    while (task->runs == 0)
-        std::this_thread::yield();
-    EXPECT_FALSE(task->sawStop);
-    task->requestStop();
-    while (!task->isIdle())
-        std::this_thread::yield();
-    EXPECT_TRUE(task->sawStop);
-    EXPECT_EQ(task->runs, 1);
-}
 
 /** Four threads post to one group while it works and sleeps: nothing is lost, and each poster's order is kept. */
 TEST_F(SystemEngineTest, NoPostIsLostBetweenThreads)

@@ -5,16 +5,6 @@
 
 using namespace LowLayer;
 
-namespace
-{
-
-std::string contentOf(const BytePool& buffer)
-{
-    return { reinterpret_cast<const char*>(buffer.dataPointer()), static_cast<std::size_t>(buffer.length()) };
-}
-
-} // namespace
-
 TEST(BytePoolTest, ABufferThatSomebodyHoldsStaysOut)
 {
     BytePoolStore store(32);
@@ -36,15 +26,15 @@ TEST(BytePoolTest, AssignGrowsToWhatItIsGivenAndNeverReadsMore)
     BytePoolStore store(4);
     auto buffer = store.obtain();
     EXPECT_EQ(buffer->length(), 0);
-    buffer->assign("abc", 3);
-    EXPECT_EQ(contentOf(*buffer), "abc");
-    EXPECT_EQ(buffer->capacity(), 4);
-    buffer->assign("abcdefgh", 7);
-    EXPECT_EQ(contentOf(*buffer), "abcdefg");
-    EXPECT_EQ(buffer->capacity(), 7);
-    buffer->assign("xy", 2);
-    EXPECT_EQ(contentOf(*buffer), "xy");
-    EXPECT_EQ(buffer->capacity(), 7);
-    buffer->assign(nullptr, 5);
-    EXPECT_EQ(contentOf(*buffer), "xy");
+    const auto after = [&buffer](const char* source, int length)
+    {
+        buffer->assign(source, length);
+        const std::string content(reinterpret_cast<const char*>(buffer->dataPointer()),
+                                  static_cast<std::size_t>(buffer->length()));
+        return std::pair(content, buffer->capacity());
+    };
+    EXPECT_EQ(after("abc", 3), std::pair(std::string("abc"), 4));
+    EXPECT_EQ(after("abcdefgh", 7), std::pair(std::string("abcdefg"), 7));
+    EXPECT_EQ(after("xy", 2), std::pair(std::string("xy"), 7));
+    EXPECT_EQ(after(nullptr, 5), std::pair(std::string("xy"), 7));
 }

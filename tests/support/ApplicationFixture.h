@@ -50,19 +50,19 @@ protected:
 
     void state(int page, const EngineApi::PageStates& states)
     {
-        pages.at(page)->carryOut(*made(page, EngineApi::SwitchType::ToRun, states));
+        pages.at(page)->carryOut(*made(page, SwitchType::ToRun, states));
         EngineLayer::ApplicationManager::getInstance()->refreshSnapshot();
     }
 
     /** An order of the scheduler to a page of the application, which carries it out. */
-    void carryOut(int page, EngineApi::SwitchType type, const EngineApi::PageStates& states = {},
-                  const Platform::AppCommandLine::Ptr& commandLine = nullptr)
+    void carryOut(int page, SwitchType type, const EngineApi::PageStates& states = {},
+                  const CommandLine::Ptr& commandLine = nullptr)
     {
         toPage(page, Kernel::MSG_APP_SWITCH, static_cast<int>(type), 0, made(page, type, states, commandLine));
     }
 
     /** The same without what follows from it; answers what the handler attached to the command line. */
-    Platform::Bundle::Ptr order(int page, EngineApi::SwitchType type, const EngineApi::PageStates& states,
+    Platform::Bundle::Ptr order(int page, SwitchType type, const EngineApi::PageStates& states,
                                 const CommandLine::Ptr& commandLine = nullptr)
     {
         ProgramsFixture::order(page, type, states, commandLine);
@@ -82,12 +82,18 @@ protected:
         run();
     }
 
+    /** Data as the session passes it on. */
+    static LowLayer::BytePool::Ptr pooled(const std::vector<std::uint8_t>& bytes)
+    {
+        LowLayer::BytePool::Ptr pool = new LowLayer::BytePool(static_cast<int>(bytes.size()), nullptr);
+        pool->assign(bytes.data(), static_cast<int>(bytes.size()));
+        return pool;
+    }
+
     /** A command of the test equipment to the application, and what it answers. */
     Texts autoTest(Kernel::ComponentId application, const std::vector<std::uint8_t>& request)
     {
-        LowLayer::BytePool::Ptr bytes = new LowLayer::BytePool(static_cast<int>(request.size()), nullptr);
-        bytes->assign(request.data(), static_cast<int>(request.size()));
-        send(application, Kernel::MSG_AUTOTEST_COMMAND, static_cast<int>(request.size()), 0, bytes);
+        send(application, Kernel::MSG_AUTOTEST_COMMAND, static_cast<int>(request.size()), 0, pooled(request));
         return answers();
     }
     Texts answers() { return session.takeAnswers(); }

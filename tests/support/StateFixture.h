@@ -19,7 +19,7 @@ protected:
     StateFixture()
     {
         using namespace Pubhead;
-        for (const int page : { mbMainMenu, mbSetup, mbEQ, mbAntitheft, mbStandby, mbAVOff, mbFM, mbAM, mbWB,
+        for (const int page : { mbMainMenu, mbSetup, mbEQ, mbAntitheft, mbStandby, mbCamera, mbAVOff, mbFM, mbAM, mbWB,
                                 mbUSBAudio, mbSirius, mbBTPhone, mbRearAV1, mbRearAV2 })
         {
             pages[page] = new FakePageHandler(page);

@@ -53,14 +53,8 @@ protected:
 
     void hostEvent(int command, const Bytes& data = {})
     {
-        LowLayer::BytePool::Ptr buffer;
-        if (!data.empty())
-        {
-            buffer = new LowLayer::BytePool(static_cast<int>(data.size()), nullptr);
-            buffer->assign(data.data(), static_cast<int>(data.size()));
-        }
         send(Kernel::deviceStatusManagerId, Kernel::MSG_HOST_EVENT, command, static_cast<int>(data.size()),
-             std::move(buffer));
+             pooled(data));
     }
     void toManager(juce::int32 id, juce::int32 arg1 = 0) { send(Kernel::deviceStatusManagerId, id, arg1); }
     void fireTimer(int timer)

@@ -77,21 +77,6 @@ TEST_F(HostFrameTest, BuildersGiveTheDocumentedBytes)
     EXPECT_FALSE(frame->build(7, Bytes(103)));
 }
 
-TEST_F(HostFrameTest, ThePoolTakesOnlyFramesThatNobodyElseHolds)
-{
-    auto frame = HostDataFormat::obtainFrame();
-    {
-        const auto holder = frame;
-        HostDataFormat::releaseFrame(*frame);
-        EXPECT_NE(HostDataFormat::obtainFrame(), frame);
-    }
-    HostDataFormat::releaseFrame(*frame);
-    HostDataFormat::releaseFrame(*frame);
-    const auto again = HostDataFormat::obtainFrame();
-    EXPECT_EQ(again, frame);
-    EXPECT_NE(HostDataFormat::obtainFrame(), frame) << "released twice, pooled once";
-}
-
 TEST_F(HostFrameTest, DamageCostsNoMoreThanItMust)
 {
     const auto good = McuLink::bytesOf(radio);

@@ -1,12 +1,21 @@
 #include "EngineLayer/keys/KeyManager.h"
 
+#include "EngineApi/DeviceStatus.h"
+#include "EngineApi/HostLink.h"
+#include "EngineApi/KeyCodes.h"
 #include "EngineApi/Settings.h"
+#include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/settings/DataManager.h"
+#include "doubles/LinesDouble.h"
+#include "doubles/SystemDouble.h"
+#include "lowlayer/HostcommDev.h"
 #include "platform/channel/RemoteMessageIds.h"
-#include "platform/devices/UnitLines.h"
 #include "platform/settings/SetupIndex.h"
-#include "support/KeyFixture.h"
+#include "support/FakeDevices.h"
 #include "support/LogCapture.h"
+#include "support/McuLink.h"
+#include "support/ScratchUnit.h"
+#include "support/StateFixture.h"
 
 using namespace Platform;
 using namespace EngineApi;
@@ -17,7 +26,83 @@ using Platform::doubles::SystemDouble;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Bytes = McuLink::Bytes;
-using KeyManagerTest = KeyFixture;
+
+namespace
+{
+
+/** The radio plays in front; the key manager among fake devices, with the real link to the microcontroller. */
+class KeyManagerTest : public StateFixture, protected ProvidedFakes
+{
+protected:
+    KeyManagerTest()
+    {
+        SystemDouble::reset();
+        LinesDouble::reset();
+        ScratchUnit::emptySettings(
+            "7 = 1\n24 = 52\n25 = 53\n281 = 0\n286 = 11\n1028 = \"\"\n1031 = \"\"\n1042 = \"\"\n");
+        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
+        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
+        add(&keys, Kernel::keyManagerId);
+        enterNormalRun();
+        complete(mbFM);
+        connect(AppRadio);
+        mcu.send({ 200, EVENT_GET_LAST_MEMORY, {} });
+        mcuHears();
+        SystemDouble::advanceTicks(1000);
+    }
+
+    ~KeyManagerTest() override
+    {
+        setLowBatteryAlert(false);
+        setEnterTestMode(false);
+    }
+
+    /** A frame of the microcontroller. */
+    void fromMcu(int command, const Bytes& data)
+    {
+        mcu.send({ sequence++ & 0xff, command, data });
+        run();
+    }
+    void press(int key, int origin = originFrontPanel)
+    {
+        SystemDouble::advanceTicks(1000);
+        fromMcu(EVENT_KEY, { static_cast<std::uint8_t>(origin), static_cast<std::uint8_t>(key) });
+    }
+
+    /** What the microcontroller is told. */
+    Events mcuHears()
+    {
+        return mcu.hear([this] { run(); });
+    }
+
+    /** The key messages that pages got, as "mbCamera 65545 0". */
+    Events pageKeys()
+    {
+        Events seen;
+        for (const auto& each : takePosted())
+            if (each.id == Kernel::MSG_APP_KEY)
+                seen.push_back(std::string(pageName(each.handlerIndex)) + " " + std::to_string(each.arg1) + " " +
+                               std::to_string(each.arg2));
+        return seen;
+    }
+
+    /** A command of the test equipment. */
+    void autoTest(const Bytes& parameters)
+    {
+        Bytes frame { 0xFF, 0xAA, 0x01, static_cast<std::uint8_t>(parameters.size() + 5) };
+        frame.insert(frame.end(), parameters.begin(), parameters.end());
+        frame.push_back(static_cast<std::uint8_t>(std::accumulate(frame.begin(), frame.end(), 0u)));
+        fromMcu(EVENT_AUTOTEST_INFO, frame);
+    }
+    Events answers() { return session.takeAnswers(); }
+
+    ScratchUnit unit;
+    McuLink mcu;
+    int sequence = 1;
+    KeyManager& keys = *KeyManager::getInstance();
+};
+
+} // namespace
 
 TEST_F(KeyManagerTest, ARepeatWithin60MsIsDroppedAndAReleaseNever)
 {

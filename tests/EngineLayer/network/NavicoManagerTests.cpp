@@ -9,6 +9,7 @@
 #include "platform/channel/RemoteMessageIds.h"
 #include "platform/settings/SetupIndex.h"
 #include "support/ApplicationFixture.h"
+#include "support/Golden.h"
 #include "support/LogCapture.h"
 #include "support/McuLink.h"
 
@@ -68,9 +69,7 @@ protected:
 
     void hear(int command, const Bytes& data)
     {
-        LowLayer::BytePool::Ptr pool = new LowLayer::BytePool(static_cast<int>(data.size()), nullptr);
-        pool->assign(data.data(), static_cast<int>(data.size()));
-        send(Kernel::navicoManagerId, Kernel::MSG_HOST_EVENT, command, 0, pool);
+        send(Kernel::navicoManagerId, Kernel::MSG_HOST_EVENT, command, 0, pooled(data));
     }
 
     /** Command and data of what was sent to the microcontroller, "11 16 FE ...". */
@@ -134,8 +133,7 @@ protected:
 
 TEST_F(NavicoManagerTest, SpeaksAsTheDocumentSays)
 {
-    const auto file = juce::File(HEADUNIT_SOURCE_DIR).getChildFile("docs/marine-network.md");
-    const auto document = file.loadFileAsString();
+    const auto document = juce::File(HEADUNIT_SOURCE_DIR).getChildFile("docs/marine-network.md").loadFileAsString();
     const auto block =
         document.fromFirstOccurrenceOf("```exchanges\n", false, false).upToFirstOccurrenceOf("```", false, false);
     juce::StringArray seen;
@@ -155,11 +153,7 @@ TEST_F(NavicoManagerTest, SpeaksAsTheDocumentSays)
         seen.addArray(effects());
     }
     EXPECT_GT(seen.size(), 100);
-    const auto kept = seen.joinIntoString("\n");
-    if (std::getenv("HEADUNIT_BLESS") != nullptr)
-        ASSERT_TRUE(file.replaceWithText(document.replace(block, kept), false, false, "\n"));
-    else
-        EXPECT_EQ(kept, block) << "./test --bless keeps what is new";
+    expectGolden("../docs/marine-network.md", document.replace(block, seen.joinIntoString("\n")));
 }
 
 // In a frame of 102 bytes 73 are left for the name of zone 2, which are 36 of these letters.

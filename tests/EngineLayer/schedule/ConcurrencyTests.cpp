@@ -1,38 +1,13 @@
 #include "support/StateFixture.h"
 
+#include <numeric>
 #include <thread>
 
 using namespace EngineApi;
 using namespace EngineLayer;
 using namespace Pubhead;
 
-namespace
-{
-
-class ManagerConcurrencyTest : public StateFixture
-{
-protected:
-    int countRequests() const
-    {
-        int sum = 0;
-        for (const auto& [page, handler] : pages)
-            sum += handler->requests;
-        return sum;
-    }
-
-    /** Carries out what was ordered, and counts the final results. */
-    void work()
-    {
-        run();
-        answerAll();
-        for (const auto& event : events())
-            finals += event.ends_with(" = 1") || event.ends_with(" = 2") || event.ends_with(" = 4") ? 1 : 0;
-    }
-
-    int finals = 0;
-};
-
-} // namespace
+using ManagerConcurrencyTest = StateFixture;
 
 // The state manager works while the applications ask for pages, the toolkit's thread looks for idle programs, others
 // query, and one keeps changing the unit's state. Every request gets one final answer. For the thread sanitizer above
@@ -41,8 +16,21 @@ TEST_F(ManagerConcurrencyTest, QueriesAndRequestsFromEveryThread)
 {
     constexpr int requestsEach = 60;
     enterNormalRun();
-    finals = 0;
-    const int before = countRequests();
+    int finals = 0;
+    const auto requestCount = [this]
+    {
+        return std::accumulate(pages.begin(), pages.end(), 0,
+                               [](int sum, const auto& each) { return sum + each.second->requests; });
+    };
+    const int before = requestCount();
+    // Carries out what was ordered, and counts the final results.
+    const auto work = [&]
+    {
+        run();
+        answerAll();
+        for (const auto& event : events())
+            finals += event.ends_with(" = 1") || event.ends_with(" = 2") || event.ends_with(" = 4") ? 1 : 0;
+    };
 
     std::atomic<bool> over { false };
     std::atomic<int> asking { 2 };
@@ -109,5 +97,5 @@ TEST_F(ManagerConcurrencyTest, QueriesAndRequestsFromEveryThread)
     EXPECT_EQ(inconsistent, 0);
     EXPECT_FALSE(isSystemBusy());
     EXPECT_EQ(getSystemState(), kNormalRun);
-    EXPECT_EQ(finals, countRequests() - before);
+    EXPECT_EQ(finals, requestCount() - before);
 }

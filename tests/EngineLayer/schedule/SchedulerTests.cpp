@@ -53,19 +53,6 @@ TEST(Scheduler, ASourceComesOverTheMenuAndDisplacesTheSourceBefore)
     EXPECT_EQ(unit.remembered().request->playLevel, 20);
 }
 
-// Two sources are left running when one was only shown; a third stops both.
-TEST(Scheduler, ANewSourceStopsEveryOtherOne)
-{
-    ScheduleUnit unit;
-    unit.run(mbFM).show(mbUSBAudio);
-    EXPECT_TRUE(unit.plays(mbFM)) << "showing takes no sound";
-    unit.play(mbSirius);
-    EXPECT_THAT(unit.orders(),
-                ElementsAre("ToStop mbUSBAudio exit(mbSirius)", "ToStop mbFM exit(mbSirius)", "ToRun mbSirius enter"));
-    EXPECT_EQ(unit.states(mbSirius),
-              (PageStates { notShown, PageStates::playing, PageStates::held, PageStates::notHeld }));
-}
-
 // The phone rings over FM, the user looks at the settings, the call ends.
 TEST(Scheduler, ACallSilencesTheSourceAndGivesTheSoundBack)
 {
@@ -99,17 +86,6 @@ TEST(Scheduler, WithoutACallThePhonePageIsOnlyAScreen)
     unit.call(true).run(mbBTPhone).call(false).run(mbBTPhone);
     EXPECT_TRUE(unit.plays(mbFM) && unit.isHeard(mbFM));
     EXPECT_FALSE(unit.plays(mbBTPhone) || unit.isHeard(mbBTPhone));
-}
-
-TEST(Scheduler, TheCameraTakesScreenAndVideoAndGivesThemBack)
-{
-    ScheduleUnit unit;
-    unit.run(mbFM).run(mbCamera);
-    EXPECT_EQ(unit.states(mbCamera), (PageStates { 1, PageStates::stopped, PageStates::notHeld, PageStates::held }));
-    EXPECT_EQ(unit.states(mbFM), (PageStates { 2, PageStates::playing, PageStates::held, PageStates::notHeld }));
-    unit.stop(mbCamera);
-    EXPECT_THAT(unit.orders(), ElementsAre("ToStop mbCamera hide(mbFM)", "ToChange mbFM show"));
-    EXPECT_EQ(unit.states(mbFM), playsOnTop);
 }
 
 // Hiding keeps a page running; the next schedule that numbers the stack puts it at its end.
@@ -154,8 +130,8 @@ TEST(Scheduler, StoppingASourcePageTurnsBackToTheRememberedSource)
     EXPECT_EQ(unit.remembered().frontShowPage, mbSetup);
 }
 
-// The request counts with its boost of one level.
-TEST(Scheduler, PagesOfTheMixingLevelsSilenceNobody)
+// A mixing page joins the source; both are heard until one of them leaves. The request counts with its boost of one level.
+TEST(Scheduler, AMixingPageSharesTheSound)
 {
     for (const auto& [level, mixes] : { std::pair { 38, false }, { 39, true }, { 48, true }, { 49, false } })
     {
@@ -166,25 +142,14 @@ TEST(Scheduler, PagesOfTheMixingLevelsSilenceNobody)
         EXPECT_EQ(unit.states(mbNavi).playState, mixes ? PageStates::mixed : PageStates::playing);
         EXPECT_EQ(unit.states(mbFM).playState, mixes ? PageStates::mixed : PageStates::stopped);
         EXPECT_EQ(unit.states(mbFM).audioState, mixes ? PageStates::held : PageStates::notHeld);
+        unit.stop(mbNavi);
+        EXPECT_EQ(unit.states(mbFM), playsOnTop);
     }
-}
-
-// A mixing page joins the source; both are heard until one of them leaves.
-TEST(Scheduler, AMixingPageSharesTheSound)
-{
-    ScheduleUnit unit;
-    unit.add(mixingPage(mbNavi, 40));
-    unit.run(mbFM).run(mbNavi);
-    for (const int page : { mbFM, mbNavi })
-    {
-        EXPECT_EQ(unit.states(page).playState, PageStates::mixed);
-        EXPECT_TRUE(unit.isHeard(page));
-    }
-    unit.stop(mbNavi);
-    EXPECT_EQ(unit.states(mbFM), playsOnTop);
 
     // The source comes second: the page of that level mixes with what would be silent beside it.
-    unit.stop(mbFM).run(mbNavi).run(mbFM);
+    ScheduleUnit unit;
+    unit.add(mixingPage(mbNavi, 40));
+    unit.run(mbNavi).run(mbFM);
     EXPECT_EQ(unit.states(mbFM).playState, PageStates::mixed);
     EXPECT_EQ(unit.states(mbNavi).playState, PageStates::mixed);
 }

@@ -1,10 +1,10 @@
 #include "EngineLayer/settings/DataManager.h"
 
 #include "kernel/MessageIds.h"
-#include "platform/config/Configuration.h"
 #include "platform/settings/SetupIndex.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
+#include "support/ScratchUnit.h"
 
 #include <gmock/gmock.h>
 #include <thread>
@@ -38,28 +38,16 @@ class DataManagerTest : public KernelFixture
 {
 protected:
     DataManagerTest()
-        : folder(juce::File::createTempFile("settings"))
     {
-        folder.createDirectory();
-        auto& configuration = Platform::Configuration::get();
-        configuration.systemPath = configuration.resourcePath = folder.getFullPathName() + "/";
-        folder.getChildFile("factory-settings.toml").replaceWithText("7 = 1\n284 = \"Zone 2\"\n");
+        ScratchUnit::emptySettings("7 = 1\n284 = \"Zone 2\"\n");
         add(DataManager::getInstance(), Kernel::dataManagerId);
-        manager().onRelease(); // another folder's store, if a test before used one
         EXPECT_TRUE(manager().loadSystemFile());
-    }
-    ~DataManagerTest() override
-    {
-        manager().onRelease();
-        Platform::Configuration::get() = previous;
-        folder.deleteRecursively();
     }
 
     static DataManager& manager() { return *DataManager::getInstance(); }
 
 private:
-    const Platform::Configuration previous = Platform::Configuration::get();
-    const juce::File folder;
+    const ScratchUnit unit;
 };
 
 } // namespace

@@ -236,11 +236,8 @@ TEST_F(TLX70DevTest, TheStoredLinesComeBackAfterATemporaryText)
     remote.showText(1, 0, "98.5", false);
     EXPECT_FALSE(remote.isRestorePending()) << "a stored text takes the place of the temporary one";
 
+    // A text that wraps takes both lines; what lasts is shown over them.
     remote.showText(7, 12, "Wraps around", false);
-    sent();
-    EXPECT_TRUE(remote.restore());
-    EXPECT_EQ(sent(), (Commands { clearCommand, textAt(0xEC, "Wrap"), textAt(0xF0, "s around") }));
-
     EXPECT_TRUE(remote.showLasting(1, 11, " Mute"));
     remote.showText(0, 0, "Favorites", true);
     sent();
@@ -284,31 +281,6 @@ TEST_F(TLX70DevTest, ARemoteThatComesLateShowsTheStoredLines)
     EXPECT_EQ(log.count("the remote is there, 9 commands were not sent"), 1);
     refresh();
     EXPECT_EQ(sent(), levels) << "once";
-}
-
-TEST_F(TLX70DevTest, ARemoteThatTakesNothingIsLeftAloneForAWhile)
-{
-    const LogCapture log;
-    start();
-    remote.showText(0, 0, "Radio", false);
-    SerialPortDouble::limitWrites(portName, 0);
-    EXPECT_TRUE(remote.showText(7, 12, "Wraps around", false)) << "nobody knows yet";
-    sent();
-    SerialPortDouble::limitWrites(portName, -1);
-    pinCalls();
-    EXPECT_FALSE(remote.restore());
-    EXPECT_TRUE(pinCalls().empty()) << "refused without an attempt";
-    EXPECT_EQ(log.count("the remote takes no commands"), 1);
-    EXPECT_TRUE(eventually(
-        [this]
-        {
-            refresh();
-            Kernel::DeviceWorker::drainAll();
-            return !commands.empty();
-        }));
-    const auto after = sent();
-    ASSERT_EQ(after.size(), 6u);
-    EXPECT_EQ(after.back(), textAt(0xF0, "s around"));
 }
 
 TEST_F(TLX70DevTest, AfterTheStopNothingIsWrittenOrRepeated)
