@@ -86,43 +86,95 @@ std::string tourFile()
     return (resources / "bench" / "tour.scenario").string();
 }
 
+/** What the command line says. */
+struct Choices
+{
+    Unit::Options unit = Unit::Options::besideThisProgram();
+    std::string script, transcript, pictures;
+    bool tour = false, console = false, noEngine = false, printVerbs = false;
+    bool ownDisplay = false, noDisplay = false;
+
+    void offerTo(CLI::App& app)
+    {
+        app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
+            ->check(CLI::ExistingFile);
+        app.add_option("--transcript", transcript,
+                       "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it")
+            ->needs("--script");
+        app.add_option("--pictures", pictures, "Let 'picture' write into this folder");
+        app.add_flag("--tour", tour,
+                     "Show what the unit can do; also what happens without a terminal on standard input");
+        app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
+        app.add_flag("--keep", unit.keepFolder, "Keep the unit's folder (configuration, settings, log)");
+        auto* own =
+            app.add_flag("--own-display", ownDisplay, "Draw on a display of the unit's own, which nobody looks at");
+        app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there")->excludes(own);
+        app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
+        app.add_option("--engine", unit.engine, "The engine's program")->capture_default_str();
+        app.add_option("--program", unit.program, "The program that stands for every source program")
+            ->capture_default_str();
+        app.add_option("--log-library", unit.logLibrary, "The log library that the engine loads")
+            ->capture_default_str();
+        app.add_option("--resources", unit.resources, "The engine's resource folder")->capture_default_str();
+        app.add_flag("--print-verbs", printVerbs, "Print the tables of the manual: what can be said, and expected");
+    }
+};
+
+/** The exit status. */
+int playScript(Console& commands, Unit& unit, const Choices& choices)
+{
+    const auto style = styleOfOutput();
+    std::ifstream file(choices.script);
+    const auto name = std::filesystem::path(choices.script).filename().string();
+    bool succeeded = runScript(commands, file, name);
+    if (succeeded && !choices.transcript.empty())
+        if (const auto error = checkTranscript(unit, commands.transcriptSections(), choices.transcript); !error.empty())
+        {
+            succeeded = false;
+            std::cout << style.bad("✗ " + error) << "\n";
+        }
+    std::cout << "\n" << (succeeded ? style.good("✓ " + name + " passed.") : style.bad("✗ " + name + " failed."));
+    std::cout << style.dim(succeeded                 ? "  Drive it yourself: headunit-bench, then help."
+                           : choices.unit.keepFolder ? "  The engine's log: " + unit.logFile()
+                                                     : "  Run it again with --keep for the engine's log.")
+              << std::endl;
+    return succeeded ? 0 : 1;
+}
+
+int converseAtTerminal(Console& commands, const Unit& unit, const Choices& choices)
+{
+    std::cout << styleOfOutput().dim("Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.")
+              << "\n";
+    // The first prompt tells of a unit that has come up, when it does so at once.
+    constexpr std::chrono::seconds usualStart { 3 };
+    if (!choices.noEngine)
+        unit.journal.waitFor({}, Clock::now() + usualStart, isIn("mcu agreed"));
+    converse(commands);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    auto options = Unit::Options::besideThisProgram();
-    std::string script, transcript, pictures;
-    bool tour = false, console = false, ownDisplay = false, noDisplay = false, noEngine = false, printVerbs = false;
+    Choices choices;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
-    app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
-        ->check(CLI::ExistingFile);
-    app.add_option("--transcript", transcript,
-                   "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it")
-        ->needs("--script");
-    app.add_option("--pictures", pictures, "Let 'picture' write into this folder");
-    app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
-    app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
-    app.add_flag("--keep", options.keepFolder, "Keep the unit's folder (configuration, settings, log)");
-    auto* own = app.add_flag("--own-display", ownDisplay, "Draw on a display of the unit's own, which nobody looks at");
-    app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there")->excludes(own);
-    app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
-    app.add_option("--engine", options.engine, "The engine's program")->capture_default_str();
-    app.add_option("--program", options.program, "The program that stands for every source program")
-        ->capture_default_str();
-    app.add_option("--log-library", options.logLibrary, "The log library that the engine loads")->capture_default_str();
-    app.add_option("--resources", options.resources, "The engine's resource folder")->capture_default_str();
-    app.add_flag("--print-verbs", printVerbs, "Print the tables of the manual: what can be said, and expected");
+    choices.offerTo(app);
     CLI11_PARSE(app, argc, argv);
-    if (printVerbs)
+    if (choices.printVerbs)
     {
         std::cout << verbTables();
         return 0;
     }
-    options.display = noDisplay ? Unit::Display::none : ownDisplay ? Unit::Display::own : Unit::Display::ofEnvironment;
+    if (choices.noDisplay || choices.ownDisplay)
+        choices.unit.display = choices.noDisplay ? Unit::Display::none : Unit::Display::own;
+    else
+        choices.unit.display = Unit::Display::ofEnvironment;
 
     const bool atTerminal = ::isatty(STDIN_FILENO) == 1;
     const bool watched = ::isatty(STDOUT_FILENO) == 1;
-    if (script.empty() && (tour || (!atTerminal && !console)))
+    auto& script = choices.script;
+    if (script.empty() && (choices.tour || (!atTerminal && !choices.console)))
         script = tourFile();
     if (!script.empty() && !std::filesystem::exists(script))
     {
@@ -132,10 +184,10 @@ int main(int argc, char** argv)
 
     Interruption::block();
     const auto style = styleOfOutput();
-    Unit unit(options);
+    Unit unit(choices.unit);
     const Interruption interruption(unit.journal);
     auto error = unit.start();
-    if (error.empty() && !noEngine)
+    if (error.empty() && !choices.noEngine)
         error = unit.startEngine();
     if (!error.empty())
     {
@@ -145,41 +197,13 @@ int main(int argc, char** argv)
     std::cout << style.bold("Head unit on the bench") << style.dim("  " + unit.folder()) << "\n";
 
     Console commands(unit, style, std::cout, watched);
-    commands.pictureFolder = pictures;
-    int status = 0;
-    if (!script.empty())
-    {
-        std::ifstream file(script);
-        const auto name = std::filesystem::path(script).filename().string();
-        bool succeeded = runScript(commands, file, name);
-        if (succeeded && !transcript.empty())
-            if (error = checkTranscript(unit, commands.transcriptSections(), transcript); !error.empty())
-            {
-                succeeded = false;
-                std::cout << style.bad("✗ " + error) << "\n";
-            }
-        status = succeeded ? 0 : 1;
-        std::cout << "\n" << (succeeded ? style.good("✓ " + name + " passed.") : style.bad("✗ " + name + " failed."));
-        std::cout << style.dim(succeeded            ? "  Drive it yourself: headunit-bench, then help."
-                               : options.keepFolder ? "  The engine's log: " + unit.logFile()
-                                                    : "  Run it again with --keep for the engine's log.")
-                  << std::endl;
-    }
-    else if (atTerminal)
-    {
-        std::cout << style.dim("Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.")
-                  << "\n";
-        // The first prompt tells of a unit that has come up, when it does so at once.
-        constexpr std::chrono::seconds usualStart { 3 };
-        if (!noEngine)
-            unit.journal.waitFor({}, Clock::now() + usualStart, isIn("mcu agreed"));
-        converse(commands);
-    }
-    else
-        status = runScript(commands, std::cin, "standard input") ? 0 : 1;
+    commands.pictureFolder = choices.pictures;
+    const int status = !script.empty() ? playScript(commands, unit, choices)
+                       : atTerminal    ? converseAtTerminal(commands, unit, choices)
+                                       : (runScript(commands, std::cin, "standard input") ? 0 : 1);
     const auto folder = unit.folder();
     unit.stop();
-    if (options.keepFolder)
+    if (choices.unit.keepFolder)
         std::cout << style.dim("Kept: " + folder) << "\n";
     return status;
 }

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <asio/buffer.hpp>
+#include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <utility>
 
@@ -38,7 +39,7 @@ std::string LineServer::listen(int port, Handlers handlersToCall)
 {
     close();
     handlers = std::move(handlersToCall);
-    auto next = std::make_shared<Acceptor>(loop.context);
+    auto next = std::make_shared<Acceptor>(loop.context());
     const tcp::endpoint where(asio::ip::address_v4::loopback(), static_cast<asio::ip::port_type>(port));
     asio::error_code error;
     tcp::endpoint bound;

@@ -7,25 +7,48 @@
 #include "bench/unit/Loop.h"
 
 #include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
 #include <asio/posix/stream_descriptor.hpp>
+#include <asio/steady_timer.hpp>
 
 namespace Bench
 {
 
+struct Loop::Backend
+{
+    asio::io_context context;
+    asio::steady_timer timer { context };
+};
+
+Loop::Loop()
+    : backend(std::make_unique<Backend>())
+{
+}
+
+Loop::~Loop()
+{
+    stop();
+}
+
+asio::io_context& Loop::context()
+{
+    return backend->context;
+}
+
 void Loop::start()
 {
-    context.restart();
+    context().restart();
     thread = std::thread(
         [this]
         {
-            const auto work = asio::make_work_guard(context);
-            context.run();
+            const auto work = asio::make_work_guard(context());
+            context().run();
         });
 }
 
 void Loop::stop()
 {
-    context.stop();
+    context().stop();
     if (thread.joinable())
         thread.join();
 }
@@ -43,6 +66,7 @@ void Loop::setTimer()
     for (const auto* device : devices)
         if (const auto due = device->due(); due && (!next || *due < *next))
             next = due;
+    auto& timer = backend->timer;
     if (!next)
         timer.cancel();
     else if (timer.expires_at(*next); true)
@@ -76,7 +100,7 @@ struct Watch::Waiting : std::enable_shared_from_this<Waiting>
 {
     Waiting(Loop& loopToUse, int descriptorToWatch, std::function<void()> handler)
         : loop(loopToUse)
-        , descriptor(loop.context, descriptorToWatch)
+        , descriptor(loop.context(), descriptorToWatch)
         , readable(std::move(handler))
     {
     }

@@ -2,9 +2,13 @@
 
 #include "bench/unit/Device.h"
 
-#include <asio/io_context.hpp>
-#include <asio/steady_timer.hpp>
+#include <memory>
 #include <thread>
+
+namespace asio
+{
+class io_context;
+}
 
 namespace Bench
 {
@@ -16,8 +20,8 @@ namespace Bench
 class Loop
 {
 public:
-    Loop() = default;
-    ~Loop() { stop(); }
+    Loop();
+    ~Loop();
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
 
@@ -45,13 +49,15 @@ public:
     };
 
     /** For transports, whose handlers take a turn. */
-    asio::io_context context;
+    asio::io_context& context();
 
 private:
+    struct Backend;
+
     std::recursive_mutex lock; // guards everything below, the devices and the transports
     int depth = 0;             ///< of the turns
     std::vector<Device*> devices;
-    asio::steady_timer timer { context };
+    std::unique_ptr<Backend> backend;
     std::thread thread;
 
     void advance();

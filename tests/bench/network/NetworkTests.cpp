@@ -4,6 +4,7 @@
 #include "bench/network/NetworkLog.h"
 
 #include <asio/connect.hpp>
+#include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <asio/read_until.hpp>
 #include <asio/write.hpp>
@@ -209,11 +210,11 @@ TEST_F(NetworkDevice, servesAndTakesLines)
                                                "2026-11-25T12:00:00Z,6,59904,10,255,3,16,fe,01\n"
                                                "2026-11-25T12:00:00Z,6,59904,50,255,3,16,fe,01\n")));
     while (lines() < 3)
-        loop.context.run_one_for(60s);
+        loop.context().run_one_for(60s);
     EXPECT_EQ(heard(50), (Bytes { 0x16, 0xFE, 1 }));
     EXPECT_TRUE(sees("n2k", "a reader's line is refused: no time such as 2026-11-25T12:00:00.123Z"));
     tell(11, { 0x16, 0xFE, 1, 0, 255, 2, 1, 80, 0xF3 });
-    loop.context.poll();
+    loop.context().poll();
     std::string received;
     for (const auto* ending : { "Z,6,59904,50,10,3,16,fe,01\n", "Z,6,130582,10,255,3,01,50,f3\n" })
     {

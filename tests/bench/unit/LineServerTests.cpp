@@ -1,6 +1,7 @@
 #include "bench/unit/LineServer.h"
 
 #include <asio/connect.hpp>
+#include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <chrono>
 #include <gtest/gtest.h>
@@ -23,7 +24,7 @@ TEST(LineServer, dropsAReaderThatDoesNotRead)
     while (server.dropped() == 0 && std::chrono::steady_clock::now() < deadline)
     {
         server.send(std::string(10'000, 'x'));
-        loop.context.poll();
+        loop.context().poll();
     }
     EXPECT_EQ(server.dropped(), 1u);
     EXPECT_EQ(server.readers(), 0u);
