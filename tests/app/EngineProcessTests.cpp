@@ -1,3 +1,4 @@
+#include "bench/unit/Child.h"
 #include "support/Eventually.h"
 #include "support/XServer.h"
 
@@ -7,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
 #include <set>
@@ -15,19 +15,18 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 namespace
 {
 
-const juce::String engineProgram = HEADUNIT_BUILD_DIR "/bin/headunit-engine";
+constexpr const char* engineProgram = HEADUNIT_BUILD_DIR "/bin/headunit-engine";
 
 /** What a finished process said and how it ended. */
 struct Outcome
 {
-    int status = -1;
+    std::string status;
     juce::String output;
 };
 
@@ -49,11 +48,7 @@ protected:
 
     ~EngineProcessTest() override
     {
-        if (pid > 0)
-        {
-            kill(pid, SIGKILL);
-            waitpid(pid, nullptr, 0);
-        }
+        engine.reset();
         close(terminal);
         close(terminalUser);
         shm_unlink(sysInfoName().toRawUTF8());
@@ -79,50 +74,37 @@ protected:
     void start(const juce::StringArray& arguments)
     {
         forgetWhatWasSaid();
-        std::array<int, 2> ends {};
-        ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-        pid = fork();
-        if (pid == 0)
-        {
-            dup2(ends[1], STDOUT_FILENO);
-            dup2(ends[1], STDERR_FILENO);
-            setenv("HEADUNIT_LOG_FILE", folder.getChildFile("log").getFullPathName().toRawUTF8(), 1);
-            setenv("HEADUNIT_SYSINFO", sysInfoName().toRawUTF8(), 1);
-            std::vector<char*> argv { const_cast<char*>(engineProgram.toRawUTF8()) };
-            for (const auto& argument : arguments)
-                argv.push_back(const_cast<char*>(argument.toRawUTF8()));
-            argv.push_back(nullptr);
-            execv(argv[0], argv.data());
-            _exit(127);
-        }
-        close(ends[1]);
-        outputEnd = ends[0];
+        output = folder.getNonexistentChildFile("output", {});
+        Bench::Child::Options options;
+        options.program = engineProgram;
+        for (const auto& argument : arguments)
+            options.arguments.push_back(argument.toStdString());
+        options.environment = { { "HEADUNIT_LOG_FILE", folder.getChildFile("log").getFullPathName().toStdString() },
+                                { "HEADUNIT_SYSINFO", sysInfoName().toStdString() } };
+        options.outputFile = output.getFullPathName().toStdString();
+        engine = std::make_unique<Bench::Child>();
+        ASSERT_EQ(engine->start(options, [this](int raw) { status = Bench::describeStatus(raw); }), "");
     }
 
+    /** Waits for its end; the limit only bounds a hang. */
     Outcome finish()
     {
-        Outcome outcome;
-        std::array<char, 512> bytes {};
-        for (ssize_t count = 0; (count = read(outputEnd, bytes.data(), bytes.size())) > 0;)
-            outcome.output += juce::String::fromUTF8(bytes.data(), static_cast<int>(count));
-        close(outputEnd);
-        int raw = 0;
-        waitpid(std::exchange(pid, -1), &raw, 0);
-        outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -WTERMSIG(raw);
-        return outcome;
+        EXPECT_TRUE(engine->waitForEnd(std::chrono::seconds(60)));
+        engine.reset();
+        return { status, output.loadFileAsString() };
     }
 
-    bool endsWithin(int milliseconds) const
+    Outcome terminate()
     {
-        pollfd descriptor { outputEnd, 0, 0 };
-        return poll(&descriptor, 1, milliseconds) == 1;
+        engine->signal(SIGTERM);
+        return finish();
     }
 
     /** What the system calls the threads of the engine. */
     std::set<juce::String> threadNames() const
     {
         std::set<juce::String> names;
-        const juce::File tasks("/proc/" + juce::String(pid) + "/task");
+        const juce::File tasks("/proc/" + juce::String(engine->pid()) + "/task");
         for (const auto& task : tasks.findChildFiles(juce::File::findDirectories, false))
             names.insert(task.getChildFile("comm").loadFileAsString().trim());
         return names;
@@ -151,16 +133,15 @@ protected:
 
     juce::File folder = juce::File::createTempFile("engine");
     juce::String port;
+    std::unique_ptr<Bench::Child> engine;
 
 private:
     juce::String sysInfoName() const { return "/" + folder.getFileName(); }
 
     int terminal = -1;
     int terminalUser = -1;
-    int outputEnd = -1;
-
-protected:
-    pid_t pid = -1;
+    std::string status; ///< of the last one that ended
+    juce::File output;
 };
 
 /** A display that takes connections and never says a word; DISPLAY names it while it lives. */
@@ -209,18 +190,18 @@ TEST_F(EngineProcessTest, SaysItsVersionAndRefusesABadConfigurationInOneLine)
 {
     start({ "--version" });
     const auto version = finish();
-    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.status, "exit 0");
     EXPECT_TRUE(version.output.contains("2.0.28")) << version.output;
 
     const auto file = writeConfiguration("[mystery]\nkey = 1\n");
     start({ "--config", file.getFullPathName() });
     const auto refused = finish();
-    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.status, "exit 2");
     EXPECT_TRUE(refused.output.contains("engine.toml") && refused.output.contains("mystery")) << refused.output;
     EXPECT_EQ(refused.output.trim().indexOfChar('\n'), -1) << "one line, not more";
 
     start({ "--config", folder.getChildFile("absent.toml").getFullPathName() });
-    EXPECT_EQ(finish().status, 2);
+    EXPECT_EQ(finish().status, "exit 2");
 }
 
 /**
@@ -240,9 +221,8 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
     // The engine speaks while the last of them begin.
     EXPECT_TRUE(eventually([&] { return std::ranges::includes(threadNames(), expected); }));
     EXPECT_EQ(folder.getChildFile("registry/Drivers/AppleAccessory/HardwareType").loadFileAsString(), "1\n");
-    kill(pid, SIGTERM);
-    const auto outcome = finish();
-    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    const auto outcome = terminate();
+    EXPECT_EQ(outcome.status, "exit 0") << outcome.output;
 }
 
 /** The audio DSP takes a block and never answers: neither a handler nor the exit waits for it. */
@@ -260,10 +240,9 @@ TEST_F(EngineProcessTest, EndsAlthoughADeviceNeverAnswers)
     sendToEngine({ 0xA0, 0x55, 0x01, 0x08, 0x00, 0x01, 0x00, 0xFF });
     pollfd connection { listener, POLLIN, 0 };
     ASSERT_EQ(poll(&connection, 1, 10000), 1);
-    kill(pid, SIGTERM);
-    const auto outcome = finish();
+    const auto outcome = terminate();
     close(listener);
-    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.status, "exit 0");
     EXPECT_FALSE(outcome.output.contains("fault:")) << outcome.output;
     for (const auto* waiting : { "SystemGroup does not stop", "DSP does not stop" })
         EXPECT_FALSE(outcome.output.contains(waiting)) << outcome.output;
@@ -276,9 +255,8 @@ TEST_F(EngineProcessTest, LogsToStandardErrorWithoutTheLibrary)
     file.replaceWithText(file.loadFileAsString().replace("libVX_Logcat.so", "no-such-library.so"));
     start({ "--config", file.getFullPathName() });
     EXPECT_TRUE(engineSpeaks());
-    kill(pid, SIGTERM);
-    const auto outcome = finish();
-    EXPECT_EQ(outcome.status, 0);
+    const auto outcome = terminate();
+    EXPECT_EQ(outcome.status, "exit 0");
     EXPECT_TRUE(outcome.output.contains("headunit-engine: no log library: ")) << outcome.output;
     EXPECT_TRUE(outcome.output.contains("E SerialPort platform/SerialPort:")) << outcome.output;
 }
@@ -289,13 +267,12 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     const auto configuration = writeConfiguration().getFullPathName();
     start({ "--config", configuration });
     ASSERT_TRUE(engineSpeaks());
-    const auto first = std::exchange(pid, -1);
+    auto first = std::move(engine);
     start({ "--config", configuration });
     const auto second = finish();
-    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.status, "exit 1");
     EXPECT_TRUE(second.output.contains("another engine of this unit is running")) << second.output;
-    kill(first, SIGKILL);
-    waitpid(first, nullptr, 0);
+    first.reset();
 
     const auto target = folder.getChildFile("target");
     const auto lock = folder.getChildFile("registry/engine.lock");
@@ -303,8 +280,7 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     start({ "--config", configuration });
     EXPECT_TRUE(engineSpeaks());
     EXPECT_FALSE(target.existsAsFile());
-    kill(pid, SIGTERM);
-    EXPECT_EQ(finish().status, 0);
+    EXPECT_EQ(terminate().status, "exit 0");
 }
 
 /**
@@ -318,10 +294,9 @@ TEST_F(EngineProcessTest, NoDisplayHoldsItUp)
     {
         start({ "--config", writeConfiguration({}, display).getFullPathName() });
         EXPECT_TRUE(engineSpeaks());
-        kill(pid, SIGTERM);
         const auto begin = juce::Time::getMillisecondCounter();
-        const auto outcome = finish();
-        EXPECT_EQ(outcome.status, 0) << outcome.output;
+        const auto outcome = terminate();
+        EXPECT_EQ(outcome.status, "exit 0") << outcome.output;
         EXPECT_FALSE(outcome.output.contains("fault")) << outcome.output;
         EXPECT_LT(juce::Time::getMillisecondCounter() - begin, 8000u);
     };
@@ -345,9 +320,8 @@ TEST_F(EngineProcessTest, TakesUpALateDisplayAndOutlivesIt)
     const auto log = folder.getChildFile("log");
     EXPECT_TRUE(eventually([&log] { return log.loadFileAsString().contains("found the X display"); }));
     server.stop();
-    EXPECT_FALSE(endsWithin(1000));
-    kill(pid, SIGTERM);
-    const auto outcome = finish();
-    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_FALSE(engine->waitForEnd(std::chrono::seconds(1)));
+    const auto outcome = terminate();
+    EXPECT_EQ(outcome.status, "exit 0") << outcome.output;
     EXPECT_FALSE(outcome.output.contains("fault")) << outcome.output;
 }

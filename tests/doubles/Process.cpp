@@ -45,7 +45,6 @@ struct Table
     std::vector<ProcessDouble::Launch> launches;
     std::vector<int> terminated;
     bool creationFails = false;
-    juce::String failingPath;
     int failingWaits = 0;
 };
 
@@ -100,7 +99,7 @@ private:
 ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
 {
     const std::lock_guard guard(lock);
-    if (table.creationFails || table.failingPath == path)
+    if (table.creationFails)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
     table.launches.push_back({ path, arguments, state->pid });
@@ -196,12 +195,6 @@ void ProcessDouble::failCreation(bool fails)
     table.creationFails = fails;
 }
 
-void ProcessDouble::failCreationOf(const juce::String& path)
-{
-    const std::lock_guard guard(lock);
-    table.failingPath = path;
-}
-
 int ProcessDouble::addProcess(int parentPid)
 {
     const std::lock_guard guard(lock);
@@ -213,13 +206,6 @@ void ProcessDouble::end(int pid, int exitCode)
     const std::lock_guard guard(lock);
     if (const auto found = table.processes.find(pid); found != table.processes.end())
         found->second->end(exitCode);
-}
-
-bool ProcessDouble::isRunning(int pid)
-{
-    const std::lock_guard guard(lock);
-    const auto found = table.processes.find(pid);
-    return found != table.processes.end() && found->second->running;
 }
 
 std::vector<int> ProcessDouble::takeTerminated()

@@ -26,14 +26,11 @@ struct ProcessDouble
     /** What was created since the last `takeLaunches`, in order. A failed creation is not in it. */
     static std::vector<Launch> takeLaunches();
     static void failCreation(bool fails);
-    /** That of one program; "" for none. */
-    static void failCreationOf(const juce::String& path);
 
     /** A running process that the program under test did not start; its number. */
     static int addProcess(int parentPid = 1);
     /** Ends a process, which wakes who waits for it. */
     static void end(int pid, int exitCode = 0);
-    static bool isRunning(int pid);
 
     /** Processes that were ended by force since the last call, in order. They end at once. */
     static std::vector<int> takeTerminated();

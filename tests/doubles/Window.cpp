@@ -33,10 +33,6 @@ std::mutex lock;
 Desktop desktop;
 WindowHandle lastHandle = 0x400000; // Never used twice: a closed window's handle stays invalid.
 
-/** Held during a delivery, so that none outlives `stopWindowMessages`. */
-std::mutex deliveryLock;
-WindowMessageHandler messageHandler;
-
 } // namespace
 
 WindowHandle findWindow(const juce::String& title)
@@ -81,17 +77,9 @@ void setForegroundWindow(WindowHandle window)
     desktop.actions.push_back({ window, WindowDouble::Operation::foreground });
 }
 
-void startWindowMessages(const juce::String&, WindowMessageHandler handler)
-{
-    const std::lock_guard guard(deliveryLock);
-    messageHandler = std::move(handler);
-}
+void startWindowMessages(const juce::String&, WindowMessageHandler) {}
 
-void stopWindowMessages()
-{
-    const std::lock_guard guard(deliveryLock);
-    messageHandler = nullptr;
-}
+void stopWindowMessages() {}
 
 bool UIHelper::hasDisplay()
 {
@@ -130,15 +118,6 @@ std::vector<WindowDouble::Action> WindowDouble::takeActions()
 {
     const std::lock_guard guard(lock);
     return std::exchange(desktop.actions, {});
-}
-
-bool WindowDouble::injectMessage(std::int32_t message, std::int32_t wParam, std::int32_t lParam)
-{
-    const std::lock_guard guard(deliveryLock);
-    if (messageHandler == nullptr)
-        return false;
-    messageHandler(message, wParam, lParam);
-    return true;
 }
 
 } // namespace doubles

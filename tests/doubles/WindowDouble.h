@@ -28,7 +28,7 @@ struct WindowDouble
         bool operator==(const Action&) const = default;
     };
 
-    /** Forgets the windows and the records. The handler of window messages stays. */
+    /** Forgets the windows and the records. */
     static void reset();
 
     static WindowHandle add(const juce::String& title, int pid = -1);
@@ -38,9 +38,6 @@ struct WindowDouble
     static std::vector<Posted> takePosted();
     /** What was shown, hidden and brought to the front since the last call, in order. */
     static std::vector<Action> takeActions();
-
-    /** Delivers a message to the program under test on the calling thread. False while it has not started them. */
-    static bool injectMessage(std::int32_t message, std::int32_t wParam, std::int32_t lParam);
 };
 
 } // namespace Platform::doubles

@@ -28,7 +28,7 @@ class BluetoothTest : public ApplicationFixture
 {
 protected:
     BluetoothTest()
-        : ApplicationFixture("7 = 1\n1039 = \"Phone\"\n", { mbFM, mbAVOff, mbiPodPandora, mbUSBAudio, mbSetup })
+        : ApplicationFixture("7 = 1\n1039 = \"Phone\"\n", { mbFM, mbAVOff, mbiPodPandora, mbUSBAudio })
     {
         LinesDouble::reset();
         doubles::SystemDouble::reset();
@@ -81,8 +81,6 @@ TEST_F(BluetoothTest, FollowsItsSetting)
 
     setSettingInt(bluetoothSetting, 1, true, AppSetup);
     run();
-    EXPECT_THAT(takeSent(), ElementsAre(toProgram(RMSG_BT_CONTROL, 7)));
-    EXPECT_EQ(items({ 0 }), (Items { { 0, 1 } }));
     EXPECT_FALSE(bluetooth.isTimerRunning(BluetoothApplication::offTimer));
 
     carryOut(mbBTAudio, SwitchType::ToRun, { 2, 1, 1, 2 });
@@ -116,14 +114,8 @@ TEST_F(BluetoothTest, MirrorsTheModule)
                                         Sent { AppPandora, WM_MESSAGE_IPOD_DRIVER, 234567, 7 }));
 }
 
-TEST_F(BluetoothTest, PagesAreAskedFor)
+TEST_F(BluetoothTest, TheDeviceListOpensOnce)
 {
-    report(2, 8);
-    report(13, 0);
-    report(15, 0);
-    EXPECT_THAT(requests(), ElementsAre("mbBTPhone run auto", "mbSetup run", "mbBTAudio run"));
-
-    // The device list opens once.
     send(Kernel::bluetoothApplicationId, Kernel::MSG_BT_DEVICE_LIST);
     EXPECT_THAT(requests(), ElementsAre("mbBTPhone run"));
     const auto shown = AppCommandLine::genCmdPageShow(mbBTPhone, false);

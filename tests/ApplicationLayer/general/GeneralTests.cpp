@@ -54,11 +54,6 @@ protected:
 TEST_F(GeneralTest, CameraFollowsTriggerAndKey)
 {
     device(triggerInput, true);
-    EXPECT_THAT(requests(), ElementsAre("mbCamera run auto"));
-    device(triggerInput, false);
-    EXPECT_THAT(requests(), ElementsAre("mbCamera stop auto"));
-
-    device(triggerInput, true);
     favouriteBar.shown = true;
     key(mbCamera, KEY_SHOWCAMERA);
     EXPECT_THAT(requests(), ElementsAre("mbCamera run auto", "mbCamera stop auto"));

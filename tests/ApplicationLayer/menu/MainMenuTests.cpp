@@ -21,24 +21,12 @@ class MainMenuTest : public ApplicationFixture
 {
 protected:
     MainMenuTest()
-        : ApplicationFixture("281 = 1\n284 = \"Stern\"\n",
-                             { mbFM, mbUSBAudio, mbiPodPandora, mbAVOff, mbBTPhone, mbRearAV1, mbSirius })
+        : ApplicationFixture("281 = 1\n284 = \"Stern\"\n", { mbFM, mbBTPhone, mbSirius })
     {
         add(&menu, Kernel::mainMenuApplicationId);
         connect(AppMainMenu);
         connect(AppRadio);
         playing(mbFM);
-        takePosted();
-    }
-    ~MainMenuTest() override { setDeviceState(pandoraOniPod, false); }
-
-    void menuOnTop(bool onTop)
-    {
-        if (onTop)
-            carryOut(mbMainMenu, SwitchType::ToRun, { 1, 0, 0, 0 });
-        else
-            carryOut(mbMainMenu, SwitchType::ToStop);
-        takeSent();
         takePosted();
     }
     void toMenu(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0) { toPage(mbMainMenu, id, arg1, arg2); }
@@ -53,54 +41,31 @@ protected:
 
 } // namespace
 
-TEST_F(MainMenuTest, KeysOpenWalkAndClose)
-{
-    key(KEY_SOURCE, 2);
-    EXPECT_THAT(requests(), ElementsAre("mbMainMenu run auto"));
-    key(KEY_RETURN);
-    EXPECT_THAT(requests(), IsEmpty());
-    takeSent();
-
-    menuOnTop(true);
-    key(KEY_SOURCE, 2);
-    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppMainMenu, RMSG_KEY, KEY_SOURCE, 221 }));
-    key(KEY_SOURCE);
-    key(KEY_RETURN);
-    EXPECT_THAT(requests(), ElementsAre("mbMainMenu stop auto", "mbMainMenu stop auto"));
-}
-
-TEST_F(MainMenuTest, ReturnsToTheSourceWhenNobodyTouchesIt)
+TEST_F(MainMenuTest, IsWalkedThroughAndReturnsToTheSourceWhenNobodyTouchesIt)
 {
     auto& timers = timersOf(mbMainMenu);
     key(KEY_INFOBAR_SWITCH_SPEAKER);
     EXPECT_EQ(timers.getTimerInterval(MainMenuHandler::idleTimer), 5000);
     fire(timers, MainMenuHandler::idleTimer);
+    key(KEY_RETURN);
     EXPECT_THAT(requests(), IsEmpty()); // the menu is not on top
-    menuOnTop(true);
+    carryOut(mbMainMenu, SwitchType::ToRun, { 1, 0, 0, 0 });
+    takePosted();
+    takeSent();
+    key(KEY_SOURCE, 2);
+    EXPECT_THAT(takeSent(), ElementsAre(Sent { AppMainMenu, RMSG_KEY, KEY_SOURCE, 221 }));
     key(KEY_INFOBAR_SWITCH_SPEAKER);
     fire(timers, MainMenuHandler::idleTimer);
     EXPECT_FALSE(timers.isTimerRunning(MainMenuHandler::idleTimer));
     EXPECT_THAT(requests(), ElementsAre("mbFM run auto"));
 }
 
-TEST_F(MainMenuTest, ShowsWhatIsChosen)
+/** A program that is closing is ended first; half a second later its page is shown. */
+TEST_F(MainMenuTest, AChosenPageWaitsForTheEndOfItsProgram)
 {
-    const auto choose = [this](int page)
-    {
-        toMenu(Kernel::MSG_MENU_PAGE, page);
-        return requests();
-    };
-    EXPECT_THAT(choose(mbBTPhone), ElementsAre("mbBTPhone run"));
-    EXPECT_THAT(choose(mbTunerISR), ElementsAre("mbAVOff run"));
-    EXPECT_THAT(choose(mbUSBAudio), ElementsAre("mbUSBAudio run"));
-    setDeviceState(pandoraOniPod, true);
-    EXPECT_THAT(choose(mbUSBAudio), ElementsAre("mbiPodPandora run"));
-    state(mbRearAV1, { 1, 1, 1, 0 });
-    EXPECT_THAT(choose(mbRearOff), ElementsAre("mbRearAV1 stop auto"));
-
-    // A program that is closing is ended first; half a second later its page is shown.
     monitor.setAppState(AppSirius, kClosing);
-    EXPECT_THAT(choose(mbSirius), IsEmpty());
+    toMenu(Kernel::MSG_MENU_PAGE, mbSirius);
+    EXPECT_THAT(requests(), IsEmpty());
     auto& timers = timersOf(mbMainMenu);
     ASSERT_EQ(timers.getTimerInterval(MainMenuHandler::retryTimer), 500);
     monitor.setAppState(AppSirius, kDisconnect);

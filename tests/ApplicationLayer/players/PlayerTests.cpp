@@ -1,5 +1,7 @@
+#include "ApplicationLayer/players/SiriusApplication.h"
 #include "ApplicationLayer/players/USBApplication.h"
 #include "ApplicationLayer/players/iPodApplication.h"
+#include "EngineApi/KeyCodes.h"
 #include "EngineLayer/devices/DeviceStatusManager.h"
 #include "EngineLayer/settings/DataManager.h"
 #include "EngineLayer/system/SystemInfo.h"
@@ -165,4 +167,30 @@ TEST_F(PlayerTest, TheTestEquipmentPlaysFromUsb)
     EXPECT_THAT(takeSent(),
                 ElementsAre(Sent { AppUSB, RMSG_USB_CONTROL, 3, 2 }, Sent { AppUSB, RMSG_USB_CONTROL, 4, 7 },
                             Sent { AppUSB, RMSG_USB_CONTROL, 5, 0 }));
+}
+
+TEST_F(PlayerTest, TheSatelliteTunerPlaysAndShowsFavourites)
+{
+    add(new SiriusApplication, Kernel::siriusApplicationId);
+    takePosted();
+    const auto enter = [] { return AppCommandLine::genCmdSourceEnter(mbSirius, false, true); };
+    connect(AppSirius);
+    order(mbSirius, SwitchType::ToRun, { 1, 1, 1, 1 }, enter());
+    key(mbSirius, KEY_ROTARY_ENTER, 4);
+    key(mbSirius, KEY_NEXT, 5);
+    EXPECT_THAT(requests(), IsEmpty()) << "it is in front already";
+    EXPECT_THAT(takeSent(), IsEmpty());
+    auto commandLine = enter();
+    order(mbSirius, SwitchType::ToChange, { 1, 1, 1, 1 }, commandLine);
+    ASSERT_NE(commandLine->getExtraData(), nullptr);
+    EXPECT_EQ(commandLine->getExtraData()->getInt("Favourite", 0), 4);
+
+    favouriteBar.shown = true;
+    favouriteBar.index = 6;
+    fromProgram(AppSirius, RMSG_SXM_EVENT, 3, 12);
+    fromProgram(AppSirius, RMSG_SXM_EVENT, 4);
+    EXPECT_EQ(favouriteBar.count, 12);
+    EXPECT_EQ(favouriteBar.refreshes, 1);
+    EXPECT_THAT(favouriteBar.messages,
+                ElementsAre(std::array { static_cast<int>(Kernel::MSG_FAVOURITES_SELECT), 6, 0 }));
 }

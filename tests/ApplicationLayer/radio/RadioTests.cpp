@@ -112,10 +112,6 @@ TEST_F(RadioTest, OrdersOfTheProgramBecomeFrames)
     };
     for (const auto& each : std::initializer_list<Case> {
              { RMSG_RADIO_CONTROL, 2, 9, { "15 08 09" } },
-             { RMSG_RADIO_CONTROL, 5, 0, { "15 03" } },
-             { RMSG_RADIO_CONTROL, 6, 0, { "15 01" } },
-             { RMSG_RADIO_CONTROL, 7, 0, { "15 04" } },
-             { RMSG_RADIO_CONTROL, 8, 0, { "15 02" } },
              { RMSG_RADIO_CONTROL, 16, 1010, { "15 05 01 03 F2" } },
              { RMSG_RADIO_CONTROL, 16, 65536, {} }, // would arrive as another frequency
              { RMSG_RADIO_CONTROL, 21, 0, { "24 02" } },
