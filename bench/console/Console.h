@@ -11,13 +11,13 @@
 namespace Bench
 {
 
-/** A talk with a unit, by a person or a script: what its lines share. One thread. */
+/** What the commands of one person or one script share. One thread. */
 class Console
 {
 public:
     Console(Unit& unitToUse, Style styleToUse, std::ostream& outputToUse, bool somebodyWatches);
 
-    /** Those that the script has chosen, else all. */
+    /** The sections that the script has chosen, else all. */
     TranscriptSections transcriptSections() const { return chosenSections.value_or(TranscriptSections::all()); }
 
     Unit& unit;
@@ -32,9 +32,9 @@ public:
     Place headline; ///< the journal's end when the last headline was written
     Clock::time_point headlineAt = Clock::now();
 
-    /** No finger presses one key after the other faster than this: waits for the rest of it. */
+    /** Waits until a finger could press the next key. */
     void moveFinger();
-    /** The finger comes back only after its time from now on. */
+    /** The next key may be pressed only after a finger's time from now. */
     void restFinger() { nextKey = Clock::now() + fingerGap; }
     /** A labelled value. */
     void row(const std::string& label, const std::string& value) const;

@@ -18,9 +18,9 @@ struct Expectation
 };
 
 /**
-    Waits for expectations, each stream with a cursor of its own: an expectation looks at what came after the event that
-    met the previous one on the same stream, however long ago that was. Different streams do not disturb each other, so
-    "page mbFM shown" and "page mbMainMenu hidden" may come in any order.
+    Waits for expectations. Each stream has its own cursor: an expectation looks only at events behind the one that met
+    the previous expectation on the same stream, however long ago that was. Streams are independent, so "page mbFM
+    shown" and "page mbMainMenu hidden" may come in any order.
 */
 class Expectations
 {
@@ -39,10 +39,10 @@ public:
     */
     std::string waitInOrder(const std::vector<Expectation>& inOrder, std::chrono::milliseconds limit,
                             std::chrono::milliseconds apart = {});
-    /** From here on only what comes now counts, on every stream. */
+    /** Moves the cursors of all streams to now. */
     void forgetThePast();
 
-    /** Only bounds a hang: a busy machine breaks no expectation. */
+    /** Only ends a hang, so long that a busy machine breaks no expectation. */
     static constexpr std::chrono::milliseconds defaultLimit { 60000 };
     static constexpr std::chrono::milliseconds defaultAbsence { 1000 };
     // Where a page is in front by what the programs say, and where it is to stay so by the engine's log.

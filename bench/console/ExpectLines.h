@@ -19,7 +19,7 @@ struct ExpectLine
 std::span<const ExpectLine> allExpectLines();
 const Grammar& expectGrammar();
 
-/** From the words after `expect`, without the limit. An error text when they make no sense. */
+/** The words after `expect`, without the time limit, as an expectation; or an error text. */
 struct ParsedExpectation
 {
     Expectation expectation;

@@ -9,8 +9,8 @@ namespace Bench
 {
 
 /**
-    The words of a line by their places in its pattern, counted from the first that is no fixed word: of "mcu hold KEY
-    [ORIGIN] TIME" KEY is 0. The grammar has looked at them, so those that are there can be had as what they are.
+    The words of a line by their places in its pattern, counted from the first that is no fixed word: in "mcu hold KEY
+    [ORIGIN] TIME" KEY is 0. The grammar has checked them, so each can be read as its kind.
 */
 class Arguments
 {
@@ -24,7 +24,7 @@ public:
     bool has(std::size_t at) const { return at < values.size() && !values[at].empty(); }
     /** "" when it was left out. */
     std::string operator[](std::size_t at) const { return has(at) ? values[at].front() : ""; }
-    /** Those of the last place, which may be several. */
+    /** The words from this place on, for a last place with several words. */
     Words words(std::size_t at) const { return has(at) ? values[at] : Words(); }
     std::string text(std::size_t at) const { return joined(words(at)); }
     const Words& line() const { return all; }
@@ -47,8 +47,8 @@ private:
 };
 
 /**
-    Which lines there are. A pattern has fixed words ("mcu hold"), words of a kind ("KEY"), choices ("TIME|off"), what
-    may be left out ("[ORIGIN]") and, at the end, what may come several times ("BYTE...").
+    The patterns of all lines. A pattern has fixed words ("mcu hold"), words of a kind ("KEY"), choices ("TIME|off"),
+    what may be left out ("[ORIGIN]") and, at the end, what may come several times ("BYTE...").
 */
 class Grammar
 {

@@ -7,7 +7,7 @@
 namespace Bench
 {
 
-/** What a word of a line may be: a KEY, a TIME, a PAGE. */
+/** A kind of word in a line: a KEY, a TIME, a PAGE. */
 struct Kind
 {
     std::string name;

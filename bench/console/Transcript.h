@@ -17,10 +17,10 @@ struct TranscriptSections
 };
 
 /**
-    What the unit sent during a run, one line each: to the microcontroller, then to each program that received anything.
-    Every kind of frame and every section has an order of its own, so that the same run gives the same text although
-    those who send them do not wait for each other; pages are apart for the same reason. Left out is what a clock sends
-    and what a program says of itself.
+    What the unit sent during a run, one line for each message: to the microcontroller, then to each program that
+    received anything. Each kind of frame, each program and its pages have an order of their own, as their senders do
+    not wait for each other; so the same run gives the same text. What a clock sends and what a program says of itself
+    is left out.
 */
 std::string composeTranscript(const std::vector<Event>& events, const TranscriptSections& sections);
 

@@ -8,7 +8,7 @@
 namespace Bench
 {
 
-/** What became of one line. */
+/** The result of one line. */
 struct Outcome
 {
     enum Kind { done, failed, leave } kind = done;
@@ -20,10 +20,7 @@ inline Outcome failed(std::string error)
     return { Outcome::failed, std::move(error) };
 }
 
-/**
-    One thing that can be said to the bench. Usage, completion, checks, `help` and the table in README.md come from
-    here.
-*/
+/** One command of the bench. Usage, completion, checks, `help` and the table in README.md come from here. */
 struct Verb
 {
     std::string line; ///< its pattern, see Grammar
@@ -47,7 +44,7 @@ Verbs scriptVerbs();
 /** The run of `switches`, which has a file of its own, too. */
 Outcome switchPages(Console& console, const Arguments& given);
 
-/** All of them, in the order in which they are told. */
+/** All verbs, in the order of the help. */
 struct VerbGroup
 {
     const char* title;
@@ -66,7 +63,7 @@ std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word
 /** Verbs, expectations and kinds of words as the tables of README.md. */
 std::string verbTables();
 
-/** What becomes of a function that returns nothing, or what failed ("" when nothing has). */
+/** The outcome of a function that returns nothing, or a text with what failed ("" for success). */
 template <typename Function, typename... Given>
 Outcome outcomeOf(const Function& function, Given&&... given)
 {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/** What things of the unit are called: the system's own names, and short forms for the console. */
+/** Names of the unit's things: the system's own, and short forms for the console. */
 namespace Bench
 {
 

@@ -7,8 +7,8 @@ namespace Bench
 {
 
 /**
-    A message bus of the unit's own, so that a run neither sees nor disturbs the desktop's. Journal stream "bus":
-    "started", "stopped".
+    A private message bus, so that a run neither sees nor disturbs the desktop's. Journal stream "bus": "started",
+    "stopped".
 */
 class Bus
 {
@@ -16,8 +16,8 @@ public:
     explicit Bus(Journal& journalToUse);
 
     /**
-        Starts it with its socket and configuration in the folder; ready when it returns. A later one has the same
-        socket and another identity. Empty on success.
+        Starts the bus with its socket and configuration in the folder; it is ready when this returns. A later bus has
+        the same socket and another identity. Empty on success.
     */
     std::string start(const std::string& folder);
     void stop();

@@ -62,7 +62,10 @@ private:
     void watch(pid_t watched, const Ended& ended);
 };
 
-/** What a child says on a pipe once it is ready, without the line's end; "" when it ends or the limit passes before. */
+/**
+    The line, without its end, that a child writes to a pipe when it is ready; "" when it ends or the limit passes
+    first.
+*/
 std::string readLine(int descriptor, std::chrono::milliseconds limit);
 
 /** "exit 0" or "signal 11". */

@@ -8,8 +8,8 @@ namespace Bench
 {
 
 /**
-    A device of the simulated unit, as a pure model: calls and bytes in, bytes and events out. It knows no thread, no
-    clock and no socket, so that it serves the live unit and a simulated time alike. One thread at a time.
+    A device of the simulated unit, as a pure model: calls and bytes in, bytes and events out. It knows no thread, clock
+    or socket, so it runs in the live unit and in simulated time. One thread at a time.
 */
 class Device
 {
@@ -20,15 +20,15 @@ public:
     Device& operator=(const Device&) = delete;
 
     /**
-        Does what has become due by this time, which never goes back. Comes before a call, so that the device knows the
-        time, and after it, so that what the call has left is done.
+        Does what is due by this time, which never goes back. It is called before each other call, so that the device
+        knows the time, and after it, to do what the call has made due.
     */
     void advance(Clock::time_point time)
     {
         now = time;
         doDue();
     }
-    /** When it next wants `advance`; empty while only a call can bring something. */
+    /** When `advance` is to be called next; empty while only a call can make something due. */
     virtual std::optional<Clock::time_point> due() const { return {}; }
 
 protected:
@@ -37,7 +37,7 @@ protected:
     virtual void doDue() {}
 };
 
-/** The bench's end of a serial line to the unit. Whoever owns it says where its bytes go. */
+/** The bench's end of a serial line to the unit. Its owner decides where its bytes go. */
 class SerialLine
 {
 public:
@@ -45,7 +45,7 @@ public:
 
     std::function<void(std::span<const std::uint8_t>)> received;
 
-    /** The unit finds it from now on. Empty on success, else what failed. */
+    /** From now on the unit can open the line. Empty on success, else what failed. */
     virtual std::string open() = 0;
     /** A unit that has it open sees the line hang up. */
     virtual void close() = 0;
@@ -59,8 +59,8 @@ public:
 };
 
 /**
-    The bench's end of something that programs of the unit connect to and exchange packets with. Each connection has a
-    number that is never used again. Whoever owns it says what becomes of what comes.
+    The bench's end of a socket that programs of the unit connect to and exchange packets over. Each connection has a
+    number that is never used again. Its owner decides what happens with packets.
 */
 class PacketLine
 {
@@ -75,7 +75,7 @@ public:
 
     /** Empty on success, else what failed. */
     virtual std::string open() = 0;
-    /** Ends every connection, without a word to its owner. */
+    /** Ends every connection without calling the owner. */
     virtual void close() = 0;
     /** False when the connection is gone or its peer does not read. */
     virtual bool send(int connection, Packet packet) = 0;

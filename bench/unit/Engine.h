@@ -30,7 +30,7 @@ public:
     /** Asks it to quit (SIGTERM), kills it after `limit`; returns when it has ended. */
     void stop(std::chrono::milliseconds limit = std::chrono::seconds(20));
     void kill();
-    /** Kills the programs of the engines that have ended; they go on by themselves. The engine must not run. */
+    /** Kills the programs that ended engines have left behind. The engine must not run. */
     void endPrograms() { child.endOrphans(); }
     bool isRunning() const { return child.isRunning(); }
     int pid() const { return child.pid(); }

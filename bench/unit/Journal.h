@@ -23,7 +23,7 @@ struct Place
     auto operator<=>(const Place&) const = default;
 };
 
-/** One thing that a device saw or did. `stream` says about what ("page mbFM"), `text` says what ("shown"). */
+/** One thing that a device saw or did: `stream` is what it is about ("page mbFM"), `text` what happened ("shown"). */
 struct Event
 {
     std::uint64_t number = 0; ///< in the order of arrival, from 0, never reused
@@ -36,9 +36,9 @@ struct Event
 };
 
 /**
-    The common record of all simulated devices, in the order in which things happened. What is told late takes its place
-    among what happened after it; only the events of one stream stay in the order in which they were told. Whoever waits
-    for something waits here, on a condition, and never sleeps to be right. Any thread.
+    The common record of all simulated devices, in the order in which things happened. A late report is put in its place
+    by its time; only the events of one stream stay in the order in which they were reported. All waiting is done here,
+    on a condition variable, never by sleeping. Any thread.
 */
 class Journal
 {
@@ -54,7 +54,7 @@ public:
     /** `at`: when it happened, by the journal's clock. A time that is yet to come counts as now. */
     void add(std::string stream, std::string text, Clock::time_point at = Clock::time_point::max());
 
-    /** The present: what happens from now on is behind it. */
+    /** Now: later events are behind this place. */
     Place end() const;
     /** The first matching event from this place on; empty at the deadline or after `interrupt`. */
     std::optional<Event> waitFor(Place from, Clock::time_point deadline, const Matches& matches) const;
@@ -85,7 +85,7 @@ private:
 
 /** Matches one stream and one text. */
 Journal::Matches isEvent(std::string stream, std::string text);
-/** The fine print: what would bury the rest where everything is listed. */
+/** A detail, which is left out where everything is listed, because there are so many. */
 bool isDetail(const Event& event);
 /** Matches a stream, whatever its text. */
 Journal::Matches isIn(std::string stream);

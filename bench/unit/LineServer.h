@@ -28,11 +28,11 @@ public:
     LineServer(const LineServer&) = delete;
     LineServer& operator=(const LineServer&) = delete;
 
-    /** Port 0 takes any that is free. A server before ends. Empty on success, else what failed. */
+    /** Port 0 means any free port. An earlier server ends. Empty on success, else what failed. */
     std::string listen(int port, Handlers handlers);
     /** What readers have not got yet is lost. */
     void close();
-    /** To every reader; its end is added. Nothing when it does not listen. */
+    /** Sends the line, with its end added, to every reader. Does nothing when the server does not listen. */
     void send(const std::string& line);
 
     /** 0 when it does not listen. */

@@ -14,8 +14,8 @@ namespace Bench
 {
 
 /**
-    The one thread that carries the bytes of all devices and brings them the time. Whatever touches a device or one of
-    its transports, on this thread or any other, takes a turn.
+    The one thread that carries the bytes of all devices and advances their time. Whatever uses a device or one of its
+    transports, on this thread or any other, takes a turn.
 */
 class Loop
 {
@@ -32,8 +32,8 @@ public:
     void stop();
 
     /**
-        While it lasts, nobody else touches the devices. They know the time when it begins, and do what is left when it
-        ends. Turns may lie in each other.
+        While a turn lasts, nobody else uses the devices. They are advanced when it begins and when it ends. Turns may
+        be nested.
     */
     class Turn
     {
@@ -78,7 +78,7 @@ private:
     std::shared_ptr<Waiting> waiting;
 };
 
-/** A device on the loop: every `->` is a turn, to the end of the expression. Any thread. */
+/** A device on the loop: every `->` takes a turn until the end of the expression. Any thread. */
 template <typename Model>
 class Live
 {
@@ -108,7 +108,7 @@ public:
         Model& model;
     };
     Access operator->() { return Access(loop, model); }
-    /** For several calls in a row; none of them, nor anything between them, waits for the unit. */
+    /** One turn for several calls. Nothing in it may wait for the unit. */
     Access use() { return Access(loop, model); }
     /** For other devices, which are in a turn. */
     operator Model&() { return model; }

@@ -50,7 +50,7 @@ public:
     bool exit(int appType);                                     ///< ends properly
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
-    /** Tells it what only it does, in its own words ("connect analog"). Empty when it was done, else what is wrong. */
+    /** Gives the program an order of its own ("connect analog"). Empty when it was carried out, else what is wrong. */
     std::string tell(int appType, const std::string& words);
     /** Lets it change a setting; a whole number as an integer, anything else as a text. */
     bool changeSetting(int appType, int setting, const std::string& value);

@@ -21,8 +21,8 @@ namespace Bench
 {
 
 /**
-    The whole unit on the bench: every device, the bus, the engine and its programs, all inside one fresh folder that
-    goes away with it. Used from one thread; what is on the loop from any.
+    The whole simulated unit: every device, the bus, the engine and its programs, in one new folder that is removed with
+    it. Used from one thread; what is on the loop, from any.
 */
 class Unit
 {

@@ -5,7 +5,7 @@
 namespace Bench
 {
 
-/** A display of the unit's own, which nobody looks at and nobody else draws on. */
+/** A private display, which nobody sees and nobody else draws on. */
 class VirtualDisplay
 {
 public:

@@ -5,7 +5,7 @@
 namespace EngineApi
 {
 
-/** What the managers say to an on-screen bar; any thread. */
+/** Messages of the managers to a bar on the screen. Any thread. */
 class BarMessages
 {
 public:
@@ -32,9 +32,9 @@ public:
     virtual bool isShown() const = 0;
     virtual int getCurrentIndex() const = 0;        ///< the selected favourite, 1 to 16
     virtual bool isStored(int favourite) const = 0; ///< 1 to 16; false outside
-    /** How many favourites the source program offers; taken from 1 to 16. Any thread. */
+    /** How many favourites the source program offers, 1 to 16; any other number is ignored. Any thread. */
     virtual void setFavoriteCount(int count) = 0;
-    /** Takes the favourites from the settings again. Any thread; done on the message thread. */
+    /** Reads the favourites from the settings again, on the message thread. Any thread. */
     virtual void refresh() = 0;
 };
 class LowBatteryBar : public BarMessages

@@ -4,7 +4,7 @@
 #include "kernel/ComponentIds.h"
 #include "platform/base/Pubhead.h"
 
-/** What every part of the engine says about screen and sound: sources, channels, actions, and the table of pages. */
+/** The words of the engine for screen and sound: sources, channels, actions, and the table of pages. */
 namespace EngineApi
 {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/** Which devices the unit has, and what follows for the first source. Any thread, but for the listeners. */
+/** Which devices the unit has, and what decides the first source. Any thread. */
 namespace EngineApi
 {
 
@@ -20,7 +20,7 @@ class DeviceStateInterface
 {
 public:
     virtual ~DeviceStateInterface() = default;
-    virtual void onDeviceStateChanged(int kind) = 0;
+    virtual void onDeviceStateChanged(int kind) = 0; ///< on the device status manager's group thread
 };
 
 void setDeviceState(int kind, bool present);
@@ -29,9 +29,7 @@ bool getDeviceState(int kind);
 void addDeviceStateListener(DeviceStateInterface* listener);
 void removeDeviceStateListener(DeviceStateInterface* listener);
 
-/**
-    To be said by who makes a page's handler answer another sound channel: when the page is the source, the DSP follows.
-*/
+/** To be called when a page's handler has another sound channel: if the page is the source, the DSP follows. */
 void audioChannelChanged();
 
 /** Starts the start page, after 2000 ms when the unit was locked. State manager's thread. */

@@ -15,7 +15,7 @@ struct HostCommandEntry
     Kernel::ComponentId receiver; ///< who gets the microcontroller's frame; noComponent drops it
 };
 
-/** The receiver of the DSP's identification was never built. */
+/** No component has this id: the DSP's identification is dropped. */
 inline constexpr Kernel::ComponentId missingComponentId = 32;
 
 inline constexpr HostCommandEntry hostCommands[] = {

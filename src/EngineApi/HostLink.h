@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-/** The engine-wide way to the microcontroller. Any thread; no call waits for it. */
+/** Access to the microcontroller from everywhere in the engine. Any thread; no call waits for it. */
 namespace EngineApi
 {
 
@@ -39,14 +39,14 @@ enum HostCommand : int {
     EVENT_DSP_ID_RESP = 29
 };
 
-/** Of a frame that says nothing that a later one could make wrong. */
+/** The subject of a frame that a later one need not replace. */
 inline constexpr int noSubject = 0;
 
-/** Of every value the low byte is sent. */
+/** Sends the low byte of each value. */
 void sendCommand(int command, std::initializer_list<int> values = {});
-/** At most 102 bytes; without data a command alone. */
+/** Sends at most 102 bytes; without data, the command alone. */
 void sendData(int command, const void* data, int length);
-/** The same in front of what waits; of one subject only the newest waits, so that the last one to leave is true. */
+/** The same, in front of what waits. Of one subject only the newest waits, so that no old value leaves last. */
 void sendDataUrgent(int command, const void* data, int length, int subject = noSubject);
 
 } // namespace EngineApi

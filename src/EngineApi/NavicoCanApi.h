@@ -3,20 +3,20 @@
 #include "platform/base/Bundle.h"
 #include "platform/marine/Parcel.h"
 
-/** What goes to the boat's network, through the microcontroller. Any thread; no call waits for it. */
+/** Sends messages to the boat's network, through the microcontroller. Any thread; no call waits for it. */
 namespace EngineApi
 {
 
-/** The bundle's bytes as a data block; nothing for a null bundle or one without bytes. */
+/** Sends the bundle's bytes as a data block. Does nothing for a null bundle or one without bytes, as the next two. */
 void sendCanData(const Platform::Bundle::Ptr& bundle);
-/** The bundle's bytes as a message of the network, as a source program has made it. */
+/** Sends the bundle's bytes as a whole message of the network, made by a source program. */
 void sendPgnBundle(const Platform::Bundle::Ptr& bundle);
 /**
-    A message of the engine's own, in front of what waits; about a zone it takes the place of an older one. The parcel
-    is empty afterwards.
+    Sends a message of the engine in front of what waits. It replaces a waiting one about the same zone. The parcel is
+    empty afterwards.
 */
 void sendPgnParcel(Platform::Parcel& parcel);
-/** The bundle's bytes as what the playing source program tells of its media. */
+/** Sends the bundle's bytes as media information of the source program that plays. */
 void sendMediaInfo(const Platform::Bundle::Ptr& bundle);
 
 } // namespace EngineApi

@@ -15,7 +15,7 @@ struct PageRunState
     PageStates states {};
 };
 
-/** What the managers know of a page: the handler inside the application task that owns it. Any thread, all of it. */
+/** A page as the managers see it, implemented by its handler in an application task. Any thread may call all of it. */
 class PageHandler : public juce::ReferenceCountedObject
 {
 public:
@@ -25,7 +25,7 @@ public:
     /** A consistent copy. */
     virtual PageRunState getRunState() const = 0;
     virtual bool isAvailable() const = 0;
-    /** Keep-alive: the program is not closed when the programs that nobody needs are. */
+    /** True keeps the page's program running when programs that nobody needs are closed. */
     virtual bool isResident() const = 0;
     virtual juce::String getBackProgramPath() const = 0;
 

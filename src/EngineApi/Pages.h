@@ -3,7 +3,7 @@
 #include "EngineApi/PageHandler.h"
 #include "EngineApi/ScheduleRecords.h"
 
-/** The engine-wide way to a page. Any thread. Nothing happens for a page without a handler. */
+/** Access to the pages from everywhere in the engine. Any thread. For a page without a handler nothing happens. */
 namespace EngineApi
 {
 

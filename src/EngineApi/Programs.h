@@ -21,9 +21,7 @@ void removeConnectListener(AppConnectStateInterface* listener);
 
 /** Asks for a page to come to the front next. */
 void setNextPage(int page);
-/**
-    The page in front was told again what it shows; its report is confirmed when the program says so, or after 400 ms.
-*/
+/** The page in front gets a new command line: its order is reported when the program confirms it, or after 400 ms. */
 void reportTopPage(int page);
 /** The page in front as far as the programs have confirmed it. */
 int getCurrentPage();

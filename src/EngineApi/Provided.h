@@ -6,8 +6,8 @@ namespace EngineApi
 {
 
 /**
-    The one implementation of an interface that a lower layer owns and a higher one offers; none while the unit has no
-    such part. Offered on the message thread, asked for from any thread.
+    The one implementation of an interface that a lower layer owns and a higher layer implements; null while the unit
+    has no such part. `set` on the message thread, `get` on any.
 */
 template <typename Interface>
 class Provided

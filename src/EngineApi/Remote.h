@@ -5,7 +5,7 @@
 
 #include <vector>
 
-/** The engine-wide way to the source programs. Any thread; every call returns at once. */
+/** Access to the source programs from everywhere in the engine. Any thread; every call returns at once. */
 namespace EngineApi
 {
 
@@ -37,18 +37,18 @@ public:
 };
 
 /**
-    True when the message went out; false when it waits for the program to register, or was dropped. For AppNavi, a
-    foreign program, arg1 and arg2 go as a window message to the window of that title.
+    True when the message went out; false when it waits for the program to register, or was dropped. AppNavi is not on
+    the channel: arg1 and arg2 go as a window message to the window of that title.
 */
 bool sendRemoteMessage(int appType, juce::int32 what, juce::int32 arg1, juce::int32 arg2,
                        Platform::Bundle::Ptr bundle = nullptr);
 bool sendRemoteMessage(int appType, const Platform::RemoteMessage::Ptr& message);
 void broadcastRemoteMessage(juce::int32 what, juce::int32 arg1, juce::int32 arg2);
-/** Each id once, while MSG_SYS_START is handled. */
+/** One filter for each id, added while MSG_SYS_START is handled. */
 void addRemoteMsgFilter(juce::int32 what, RemoteMsgFilterInterface* filter);
 /** True when the program is registered, that is, may be posted to directly. */
 bool isAppConnected(int appType);
-/** Ascending. */
+/** Their application types, ascending. */
 std::vector<int> getRegisteredApps();
 
 } // namespace EngineApi

@@ -12,8 +12,8 @@ namespace Extend
 {
 
 /**
-    Starts the source programs, follows their processes and their hello, asks them for a sign of life, and tells its
-    listeners of every change of a program's state. The operations may be called from any thread.
+    Starts the source programs, watches their processes, takes their hello, sends them the heartbeat, and tells its
+    listeners of every change of a program's state. Any thread may call the operations.
 */
 class ExeMonitor : public Kernel::ComponentTask,
                    public EngineApi::RemoteMsgFilterInterface,

@@ -13,8 +13,8 @@ namespace Extend
 {
 
 /**
-    Brings one page after the other to the front: the old page's program hides it and says so, then the new page's
-    program shows it and says so. Each answer is waited for with a time-out. What other threads ask is posted to the
+    Brings one page after the other to the front: the old page's program hides it and confirms, then the new page's
+    program shows it and confirms. Each answer has a time-out of 1500 ms. Calls of other threads are posted to the
     component.
 */
 class ViewManager : public Kernel::ComponentTask,

@@ -39,7 +39,7 @@ protected:
     }
     /** Nothing happens for a control that the layout lacks. */
     static void setVisibleIf(juce::Component* control, bool visible);
-    /** The window covers no more of the screen than the layout's controls that are seen; due when those are others. */
+    /** Fits the window to the visible controls of the layout. To be called when others become visible. */
     void fitControls();
 
 private:
@@ -52,7 +52,7 @@ private:
     std::atomic<bool> shown { false };
 };
 
-/** Carries a message to a bar on the message thread; a bar that has gone meanwhile gets none. */
+/** Brings a message to a bar on the message thread, unless the bar has been deleted meanwhile. */
 template <typename BarType>
 class BarCallbackMessage : public juce::CallbackMessage
 {
@@ -67,7 +67,7 @@ public:
     {
     }
 
-    /** False on the message thread, where the bar handles the message itself; elsewhere it is on its way then. */
+    /** False on the message thread, where the bar handles the message itself; on any other thread it is posted. */
     static bool passOn(const juce::Component::SafePointer<BarType>& receiver, juce::int32 messageId, juce::int32 first,
                        juce::int32 second, const Kernel::Payload& content)
     {

@@ -4,9 +4,9 @@
 namespace Bar
 {
 
-/** Makes the bars and offers them to the engine; before its managers are built. */
+/** Makes the bars and offers them to the engine. Before the managers are built. */
 void createBars();
-/** Takes them off the screen and away; after the engine's threads have stopped. */
+/** Removes the bars. After the engine's threads have stopped. */
 void removeBars();
 
 } // namespace Bar

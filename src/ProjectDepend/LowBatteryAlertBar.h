@@ -6,7 +6,7 @@
 namespace Bar
 {
 
-/** Says that the supply voltage is low, with a sound, until it is told to stop or the screen is touched beside it. */
+/** Shows, with a sound, that the supply voltage is low, until it is told to stop or the screen is touched beside it. */
 class LowBatteryAlertBar : public EngineApi::LowBatteryBar, public BarWindow
 {
 public:
@@ -29,7 +29,7 @@ private:
         AlertAudioThread();
         void run() override;
         void play();
-        /** Within 100 ms; false when the sound output takes longer, and then it ends later. */
+        /** Ends the sound within 100 ms; false when the sound output takes longer, in which case it ends later. */
         bool silence();
 
     private:

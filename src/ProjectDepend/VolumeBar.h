@@ -8,7 +8,7 @@
 namespace Bar
 {
 
-/** Shows a volume that has changed for 2000 ms, and that the audio is muted for as long as it is. */
+/** Shows a changed volume for 2000 ms, and the mute for as long as it lasts. */
 class VolumeBar : public EngineApi::VolumeBar, public BarWindow, public juce::Timer
 {
 public:

@@ -16,7 +16,7 @@ public:
 
     const juce::String getApplicationName() override { return "MainApplication"; }
     const juce::String getApplicationVersion() override { return HEADUNIT_VERSION; }
-    /** `Platform::InstanceLock` sees to it, before the framework starts: one engine a unit, not one a machine. */
+    /** True, because `Platform::InstanceLock` has ensured one engine for each unit, not for each machine. */
     bool moreThanOneInstanceAllowed() override { return true; }
     void initialise(const juce::String& commandLine) override;
     void shutdown() override;

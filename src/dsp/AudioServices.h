@@ -7,7 +7,7 @@ namespace Dsp
 
 class DSPSettingHelper;
 
-// The order of the slots is a contract: what is reserved keeps its place.
+// The order of the functions is a contract, so the reserved ones keep their places.
 
 /**
     Audio control: volumes, mute, routing and levels of the DSP. Volumes are steps 0 to 50. Zones are 1 and 2. Any
@@ -20,7 +20,7 @@ public:
 
     virtual void toggleMute(bool notify) = 0;
     virtual bool isMute() = 0;
-    /** The zone of the calls that name none. */
+    /** The zone of calls without a zone. */
     virtual void setCurrentZone(int zone) = 0;
     // Each of the next five answers 0, or -1 for an unknown zone. Any step ends the mute and reports that.
     virtual int volumeUp(int steps, int zone) = 0;

@@ -6,7 +6,7 @@
 namespace Factory
 {
 
-/** Says who gets the frames of the microcontroller. Any thread. */
+/** Which component gets a frame of the microcontroller. Any thread. */
 class MsgSpecialHandler : public Kernel::Singleton<MsgSpecialHandler>
 {
 public:

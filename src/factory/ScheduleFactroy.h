@@ -8,13 +8,13 @@
 namespace Factory
 {
 
-/** The fixed scheduling policy: the fallback of an unusable page, and the MCU's names of the sources. Any thread. */
+/** Fixed rules: what replaces a page that cannot be used, and the MCU's numbers of the sources. Any thread. */
 class ScheduleFactroy : public Kernel::Singleton<ScheduleFactroy>
 {
 public:
     int defaultSource() const { return Pubhead::mbAVOff; }
 
-    /** The four plain tuner pages: who is about to start one starts `defaultSource` instead. */
+    /** True for the four plain tuner pages: `defaultSource` is started in their place. */
     bool isTunerPage(int page) const;
 
     /** The page when it is registered as an available normal source, else `defaultSource`. */
@@ -28,7 +28,7 @@ public:
 
     /** The page of a source in the MCU's terms; mbFM for a type that is not listed. */
     int pageForMcuSource(int type, int number) const;
-    /** Type and number; (0, 0) for a page that the MCU has no name for. */
+    /** Type and number; (0, 0) for a page that the MCU has no number for. */
     std::pair<int, int> mcuSourceForPage(int page) const;
 };
 

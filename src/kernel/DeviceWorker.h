@@ -10,12 +10,11 @@ namespace Kernel
 {
 
 /**
-    Does what one device is asked for, one job after the other, on a thread of its own. A device may be slow, or not
-    answer at all: whoever wants something of it posts a job and goes on, so that keys, heartbeats and the exit wait for
-    none. The unit has three: "WiredRemote", "DSP" and "Devices" (lines and video decoder).
-
-    Workers of the process run from `startAll` to `stopAll`, also one that is made in between. What is posted before
-    waits for the start; what is posted after the stop is dropped, as is what waits then.
+    Carries out the jobs of one device, one after the other, on a thread of its own. A device may be slow or not answer
+    at all, so callers post a job and go on; keys, heartbeats and the exit wait for no device. The unit has three
+    workers: "WiredRemote", "DSP" and "Devices" (lines and video decoder). All workers of the process run from
+    `startAll` to `stopAll`, also one that is made in between. Jobs posted earlier wait for the start; jobs that wait at
+    the stop, or are posted after it, are dropped.
 */
 class DeviceWorker
 {
@@ -27,8 +26,8 @@ public:
     ~DeviceWorker();
 
     /**
-        Behind the jobs that wait. Once `patience` of them wait, those with the same key are dropped for the new one: of
-        what a device cannot keep up with only the newest counts, and no more than that waits. Any thread.
+        Appends a job. Once `patience` jobs wait, those with the same key are dropped for the new one: of what a device
+        cannot keep up with only the newest counts. Any thread.
     */
     void post(int key, Job job);
     /** The job under way may end early. */
@@ -39,10 +38,11 @@ public:
     /** Message thread. */
     static void startAll();
     /**
-        Also ends what waits for a device; a worker that goes on all the same is logged and left alone. Message thread.
+        Stops all workers, and ends calls that wait for a device. A worker that still runs is logged and left alone.
+        Message thread.
     */
     static void stopAll();
-    /** Does what waits on the caller's thread, a test in the threads' place; false when there was nothing. */
+    /** For tests: carries out the waiting jobs on the caller's thread. False when there was none. */
     static bool drainAll();
 
     JUCE_DECLARE_NON_COPYABLE(DeviceWorker)

@@ -6,8 +6,8 @@ namespace Kernel
 {
 
 /**
-    The catalogue of system-wide messages. Smaller ids are private to the component that receives them. "To" names the
-    receiver; a page stands for its handler.
+    The catalogue of system-wide messages; smaller ids are private to the component that receives them. "To" names the
+    receiver by its number in ComponentIds.h; a page means its handler.
 */
 enum MessageId : juce::int32 {
     MSG_SYS_INIT = 0x2000000,              ///< a component to itself inside `initialize`, dispatched directly

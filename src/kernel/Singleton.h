@@ -10,7 +10,7 @@ namespace Kernel
 
 /**
     A process-wide object, made on first use and deleted by the framework at shutdown. Any thread may ask for it. After
-    it was deleted the next use makes a new one, which lets tests start afresh.
+    the deletion the next use makes a new one, which tests rely on.
 */
 template <typename T>
 class Singleton : public juce::DeletedAtShutdown

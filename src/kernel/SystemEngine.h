@@ -10,8 +10,8 @@ namespace Kernel
 {
 
 /**
-    Owner of the task groups and the components, and the way from a message to its receiver. Groups and components are
-    added on the message thread before `start`; other threads may post meanwhile, and what has a route waits for it.
+    Owns the task groups and the components, and brings each message to its receiver. Groups and components are added on
+    the message thread before `start`. Messages that have a route and are posted earlier wait for the start.
 */
 class SystemEngine : public Singleton<SystemEngine>
 {
@@ -23,16 +23,16 @@ public:
     /** Null when there is none. */
     TaskGroup* findGroup(const juce::String& name) const;
     /**
-        From here on messages to the component wait in its group, which the component itself may join later. False when
-        there is no such group, or no such component can be. Message thread, before `start`.
+        From now on messages to the component wait in the group; the component itself may be registered later. False for
+        an unknown group or an id out of range. Message thread, before `start`.
     */
     bool addRoute(const juce::String& groupName, ComponentId id);
-    /** With an unknown group name the component is known but has no route. */
+    /** In an unknown group the component gets no messages. */
     void registerComponent(const juce::String& groupName, SystemTask::Ptr component);
 
     /** Starts every device worker and group and broadcasts MSG_SYS_START. Message thread. */
     void start();
-    /** From here on every message is dropped; ends the groups in creation order, then the workers. Message thread. */
+    /** From now on every message is dropped; stops the groups in creation order, then the workers. Message thread. */
     void stop();
     /**
         Message thread. False, and nothing happens, while a group's thread still runs: its handler may touch any
@@ -40,12 +40,14 @@ public:
     */
     bool release();
 
-    /** Any thread. Takes the message over; one without a route, or after `stop`, is dropped and left to the caller. */
+    /**
+        Any thread. Takes the message over. Without a route, or after `stop`, it is dropped and stays with the caller.
+    */
     void postMessage(SystemMessage::Ptr& message);
     void postUrgentMessage(SystemMessage::Ptr& message);
     /**
-        Messages that the receiver's group has not taken over yet: who passes on what comes from outside asks first, so
-        that a flood does not fill the memory. Any thread.
+        Messages that the receiver's group has not taken over yet. To be asked before messages from outside are passed
+        on, so that a flood does not fill the memory. Any thread.
     */
     std::size_t countQueued(ComponentId receiver) const;
     /** To every component in ascending id order, on the normal queue. Any thread. */
@@ -62,10 +64,7 @@ private:
     std::map<ComponentId, SystemTask::Ptr> components;
 };
 
-/**
-    Obtains, fills, posts on the normal queue and recycles. Returns nothing: a message that cannot be delivered is
-    dropped.
-*/
+/** Posts a message on the normal queue. Any thread. A message that cannot be delivered is dropped. */
 void postSystemMessage(ComponentId receiver, juce::int32 id, juce::int32 arg1, juce::int32 arg2,
                        Payload payload = nullptr);
 /** The same on the urgent queue. */

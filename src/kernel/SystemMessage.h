@@ -9,7 +9,7 @@ namespace Kernel
 
 using Payload = juce::ReferenceCountedObjectPtr<juce::ReferenceCountedObject>;
 
-/** What components say to each other. Pooled: obtain one, fill it, post it, recycle it. */
+/** A message between components. Pooled: obtain one, fill it, post it, recycle it. */
 class SystemMessage : public juce::ReferenceCountedObject
 {
 public:
@@ -19,20 +19,20 @@ public:
     juce::int32 arg1 = -1;
     juce::int32 arg2 = -1;
     ComponentId receiver = 0;
-    /** Of messages to an application task: 0 to 55 selects the handler of that page, any other the task itself. */
+    /** To an application task: 0 to 55 is the page whose handler gets it, any other value means the task itself. */
     juce::int32 handlerIndex = -1;
     /** Receivers recover the type by a checked cast and ignore what they do not expect. */
     Payload payload;
 };
 
 /**
-    The process-wide stack of spare messages, last in, first out. Each thread has up to 16 of them at hand and exchanges
-    them with the others by eights. Any thread.
+    The spare messages of the process, last in, first out. Each thread keeps up to 16 of its own and exchanges eight at
+    a time with the common store. Any thread.
 */
 class MessagePool
 {
 public:
-    /** As one thread sees it: what all share and what the thread has at hand. */
+    /** Of the common store. */
     static constexpr int capacity = 50;
 
     static SystemMessage::Ptr obtain();

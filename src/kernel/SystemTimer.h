@@ -8,15 +8,14 @@ namespace Kernel
 {
 
 /**
-    Numbered timers of a component. Every expiry is posted to the owner as MSG_SYS_TIMER with the timer's id and the
-    number of its start, so that it is handled on the owner's group thread; one that is still on its way when its timer
-    is stopped or started anew never gets there. Timers repeat until they are stopped; times are in milliseconds.
-    Starting and stopping is allowed from any thread.
+    Numbered timers of a component. Every expiry is posted to the owner as MSG_SYS_TIMER, with the timer's id and the
+    number of its start, and is handled on the owner's group thread. An expiry that is on its way when its timer is
+    stopped or started anew is dropped. Timers repeat until they are stopped; times are in milliseconds. Any thread.
 */
 class SystemTimer : public juce::MultiTimer
 {
 public:
-    /** With a page the expiries go to that page's handler inside the owner. */
+    /** With a page, the expiries go to that page's handler in the owner. */
     explicit SystemTimer(ComponentId timerOwner, juce::int32 handlerPage = -1);
     ~SystemTimer() override;
 

@@ -16,8 +16,8 @@ public:
     using Ptr = juce::ReferenceCountedObjectPtr<TaskGroup>;
 
     /**
-        Priority on the scale 0 to 10; above 5 the thread asks for real time and backs off 5 ms while messages are
-        deferred.
+        Priority 0 to 10; above 5 the thread asks for real-time priority, and waits 5 ms between passes while messages
+        are deferred.
     */
     TaskGroup(const juce::String& groupName, int threadPriority);
     ~TaskGroup() override;
@@ -39,14 +39,14 @@ public:
     void release();
 
     /**
-        Moves the message to the normal or urgent queue and wakes the thread; while stopping it drops it and leaves it
-        to the caller. Any thread.
+        Moves the message to the normal or urgent queue and wakes the thread. While the group stops, the message is
+        dropped and stays with the caller. Any thread.
     */
     void post(SystemMessage::Ptr& message, bool urgent);
 
     /**
         One pass: takes over both queues, the urgent one in front of what is pending, and offers every pending message
-        to its receiver, but for the expiries of timers that have been stopped since. Answers how many were left
+        to its receiver; expiries of timers that have been stopped since are dropped. Returns how many messages stay
         pending. The group's thread, or a test in its place.
     */
     int runPass();

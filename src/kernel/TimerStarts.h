@@ -10,8 +10,8 @@ namespace Kernel
 {
 
 /**
-    The start of each timer that runs. Every expiry carries it along, as it may outlive the timers, and counts only for
-    the start that it belongs to. Any thread.
+    The number of the last start of each running timer. Every expiry carries the number of its start and is dropped when
+    that is not the last one. Expiries may outlive the timers, so they share this object. Any thread.
 */
 class TimerStarts : public juce::ReferenceCountedObject
 {
@@ -35,7 +35,7 @@ public:
         return found == running.end() ? none : found->second;
     }
 
-    /** True for an expiry of a start that does not count any more. */
+    /** True for an expiry of a timer that has been stopped or started anew since. */
     static bool isStale(const SystemMessage& message)
     {
         if (message.id != MSG_SYS_TIMER)

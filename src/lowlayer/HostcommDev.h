@@ -21,7 +21,7 @@ class HostcommDev : public Kernel::ComponentTask, public Platform::SerialCallBac
 public:
     /** Largest piece that one message carries. */
     static constexpr int pieceLength = 32;
-    /** Messages that may wait for the group when bytes come in; seconds of the line. What comes then is lost. */
+    /** Messages that may wait for the group: seconds of traffic. Bytes that come in beyond that are lost. */
     static constexpr std::size_t maxWaiting = 1024;
 
     ~HostcommDev() override;
@@ -32,7 +32,7 @@ public:
     void onRelease() override;
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
 
-    /** Of the one client, on the group thread of the link. */
+    /** There is one client; it is called on the group thread of the link. */
     void setClient(ClientCallBack* newClient);
     /** True when the port has taken every byte. Blocks until the driver has them. */
     bool write(const void* data, int length);

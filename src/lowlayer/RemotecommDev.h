@@ -25,7 +25,7 @@ public:
 
     void onRemoteMessage(Platform::RemoteMessage::Ptr message) override;
     void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) override;
-    /** Until the components have dealt with enough of the window messages that they were given. */
+    /** True while 256 window messages or more wait for their components. */
     bool isBusy() const override;
     /** A gained name registers its program with the client, a lost one unregisters it. */
     void onPresence(int appType, bool present) override;

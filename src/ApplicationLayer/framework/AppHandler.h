@@ -48,13 +48,13 @@ public:
     void requestState(EngineApi::AppAction action, bool autoSwitch) override;
     void requestShow(bool autoSwitch) override;
 
-    /** Times are in milliseconds; starting one again begins anew. Any thread. */
+    /** Times are in milliseconds; a timer that is started again begins anew. Any thread. */
     Kernel::SystemTimer& getTimers() { return timers; }
 
     void setOwner(ApplicationTask* application) { owner = application; }
 
 protected:
-    /** Comes back to this handler on the application's thread. Any thread. */
+    /** Posts a message to this handler, on the application's thread. Any thread. */
     void postToSelf(juce::int32 id, juce::int32 arg1, juce::int32 arg2) const;
 
 private:

@@ -10,8 +10,8 @@ namespace ApplicationLayer
 {
 
 /**
-    The engine's counterpart of a family of source programs: it holds one handler per page and hands each the messages
-    for its page. Runs on its group's thread; handlers are added and removed on the message thread while no group runs.
+    The component for one family of source programs: it has one handler for each page and gives it the messages for its
+    page. Runs on its group's thread; handlers are added and removed on the message thread while no group runs.
 */
 class ApplicationTask : public Kernel::ComponentTask
 {
@@ -21,13 +21,13 @@ public:
     ~ApplicationTask() override;
 
     void dispatchMessage(const Kernel::SystemMessage& message) override;
-    /** An application that listens to others registers here, and calls this first. */
+    /** Overrides call this first and then register their listeners. */
     void initialize() override;
     void onStop() override {}
-    /** The counterpart: removes the handlers. */
+    /** Removes the handlers. */
     void onRelease() override;
     void handleMessage(juce::int32, juce::int32, juce::int32, const Kernel::Payload&) override {}
-    /** Messages that are for no page, and those of its pages' programs that are not common to all applications. */
+    /** Messages for no page, and messages of its programs that are not common to all applications. */
     virtual void handleOwnMessage(const Kernel::SystemMessage& message);
 
     /** Nothing happens when the page has a handler already. */

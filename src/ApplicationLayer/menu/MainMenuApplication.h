@@ -5,7 +5,7 @@
 namespace ApplicationLayer
 {
 
-/** The page of the main menu: what it is told, its keys, and the way back to the source when nobody touches it. */
+/** The main menu's page: tells its program the unit's state, takes its keys, and returns to the source when idle. */
 class MainMenuHandler : public AppHandler
 {
 public:

@@ -13,9 +13,7 @@ public:
     bool isResident() const override { return true; }
 };
 
-/**
-    The satellite radio program: whether there is a tuner, its favourites, and the way back to the factory's settings.
-*/
+/** The satellite radio program: follows whether there is a tuner, its favourites, and the factory reset. */
 class SiriusApplication : public ApplicationTask
 {
 public:

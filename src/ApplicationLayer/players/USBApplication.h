@@ -8,7 +8,7 @@
 namespace ApplicationLayer
 {
 
-/** The dynamic effect of the DSP belongs to compressed music: it is on, when it is wanted, while USB plays. */
+/** Switches the DSP's dynamic effect, which is for compressed music: on while USB plays, if its setting is on. */
 class USBAudioHandler : public AppHandler
 {
 public:
@@ -39,7 +39,7 @@ private:
     /** To itself: the storage came or went. */
     static constexpr juce::int32 msgStorageChanged = 1;
 
-    /** The device status manager's thread; goes on on the application's. */
+    /** Called on the device status manager's thread; posts to the application's. */
     void onDeviceStateChanged(int kind) override;
     void storageChanged();
     void resetHub();

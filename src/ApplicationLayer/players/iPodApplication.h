@@ -18,7 +18,7 @@ struct iPodConnection
     std::atomic<bool> analogAudio { false }; ///< its sound comes through AUX 2
 };
 
-/** A page whose sound comes the way in which the iPod is connected. */
+/** A page whose sound channel depends on how the iPod is connected. */
 class iPodSourceHandler : public AppHandler
 {
 public:
@@ -63,7 +63,7 @@ public:
     PandoraHandler();
 };
 
-/** The iPod program and the Pandora program: follows what is connected and which way its sound takes. */
+/** The iPod program and the Pandora program: follows what is connected and over which channel it sounds. */
 class iPodApplication : public ApplicationTask,
                         private EngineApi::DeviceStateInterface,
                         private EngineApi::SettingDataChangeListener,
@@ -83,18 +83,18 @@ private:
     /** To itself: the iPod program's process has ended. */
     static constexpr juce::int32 msgProgramGone = 2;
 
-    /** The device status manager's thread; goes on on the application's. */
+    /** Called on the device status manager's thread; posts to the application's. */
     void onDeviceStateChanged(int kind) override;
     /** The data manager's thread. */
     void onSettingChanged(int index, int origin) override;
     bool acceptsKey(int index, int origin) override;
-    /** The programs' monitor's thread; goes on on the application's. */
+    /** Called on the program monitor's thread; posts to the application's. */
     void onAppConnectState(int appType, int state) override;
 
     void fromProgram(const Platform::RemoteMessage& message);
     void audioPath(juce::int32 path);
     void deviceEvent(juce::int32 what, juce::int32 value);
-    /** Starts it anew when that was asked for. */
+    /** Starts the program anew when that was asked for. */
     void programGone();
     void deviceAttached();
     void deviceAuthenticated(bool succeeded) const;

@@ -10,9 +10,9 @@ namespace ApplicationLayer
 {
 
 /**
-    The radio program and the tuner, which is the microcontroller's: orders of the one become frames to the other, whose
-    reports go to the program in batches. A weather alert that lasts brings the weather band to the front. The weather
-    band's page comes last, so that it answers for the program.
+    The radio program and the tuner, which belongs to the microcontroller: the program's orders become frames, and the
+    tuner's reports go to the program in batches. A weather alert that lasts brings the weather band to the front. The
+    weather band's page is registered last, so that it stands for the program.
 */
 class RadioApplication : public ApplicationTask, public Kernel::SystemTimer
 {
@@ -25,7 +25,7 @@ public:
     void onStop() override { stopTimer(weatherAlertTimer); }
     void handleOwnMessage(const Kernel::SystemMessage& message) override;
 
-    /** Values that were outdated before a program took them. */
+    /** Values that were discarded before a program took them. */
     int getDiscardedBodies() const { return bodies.getDiscarded(); }
 
 private:

@@ -22,8 +22,8 @@ enum RadioTest : int {
 enum RadioTestBand : int { testBandFM = 0, testBandAM = 3 };
 
 /**
-    The answer to a request, which begins as the request does; empty for one that is unknown, too short or cannot be
-    answered now, and then nothing is to be done either.
+    The answer to a request, which begins as the request does. Empty for a request that is unknown, too short or cannot
+    be answered now; such a request has no effect.
 */
 std::vector<std::uint8_t> replyToRadioTest(std::span<const std::uint8_t> request, const TunerState& tuner);
 

@@ -24,17 +24,17 @@ enum RadioBodyKey : juce::int32 {
 class RadioBodies
 {
 public:
-    /** More are outdated for the next value, which discards them all; there are as many only without a program. */
+    /** When more wait, the next value discards them all as outdated. So many wait only without a program. */
     static constexpr std::size_t outdated = 50;
-    /** Of more, texts among them, the oldest is discarded. */
+    /** At most so many wait, texts included; of more the oldest is discarded. */
     static constexpr std::size_t capacity = 100;
 
     void addValue(RadioBodyKey key, juce::int32 value);
     void addData(RadioBodyKey key, std::span<const std::uint8_t> bytes);
-    /** Sends all as one RMSG_RADIO_NOTIFY, if there are any; without a program they wait on. */
+    /** Sends all in one RMSG_RADIO_NOTIFY, if there are any; without a program they go on waiting. */
     void flush();
 
-    /** Bodies that no program has seen. */
+    /** Number of bodies that were discarded. */
     int getDiscarded() const { return discarded; }
 
 private:

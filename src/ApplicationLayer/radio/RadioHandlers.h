@@ -6,11 +6,11 @@
 namespace ApplicationLayer
 {
 
-/** The page of one band: whichever is ordered last has the tuner. */
+/** The page of one band. The page that got the last order has the tuner. */
 class RadioHandler : public FavouriteHandler
 {
 public:
-    /** The state is the application's, which hands out the orders: it outlives every one of them. */
+    /** The state belongs to the application, which outlives every order. */
     RadioHandler(int page, RadioBand pageBand, TunerState& tunerState)
         : FavouriteHandler(page)
         , band(pageBand)

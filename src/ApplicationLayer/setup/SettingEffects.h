@@ -4,7 +4,7 @@ namespace ApplicationLayer
 {
 
 /**
-    Whether a change matters while the setup program is away. The dimmer's mode does not: only that program changes it.
+    Whether a change has an effect without the setup program. The dimmer's mode has none: only that program changes it.
 */
 bool mattersWithoutSetup(int index);
 

@@ -12,8 +12,8 @@ namespace ApplicationLayer
 {
 
 /**
-    The setup program's counterpart: changed settings take effect here, dimmer and supply voltage are followed. All of
-    its own state is of its thread.
+    The application of the setup program: carries out changed settings, and follows the dimmer and the supply voltage.
+    Its state is used only on its own thread.
 */
 class SetupApplication : public ApplicationTask, private EngineApi::SettingDataChangeListener
 {

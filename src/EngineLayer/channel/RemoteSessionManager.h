@@ -13,8 +13,8 @@ namespace EngineLayer
 {
 
 /**
-    Knows which programs are registered, keeps messages for those that are not yet, and routes what they send: ids with
-    a filter to the filter, everything else to the handler of the program's page. Sending is allowed from any thread.
+    Knows which programs are registered, keeps messages for those that are not yet, and routes what programs send: ids
+    with a filter go to the filter, all others to the handler of the program's page. Any thread may send.
 */
 class RemoteSessionManager : public Kernel::ComponentTask,
                              public LowLayer::ClientCallBack,
@@ -23,8 +23,8 @@ class RemoteSessionManager : public Kernel::ComponentTask,
 {
 public:
     /**
-        True when the message went out. A program that is not registered gets it, in order, once it registers; of what
-        waits for one that does not come the newest are kept.
+        True when the message went out. A program that is not registered gets it when it registers, in order; at most
+        4096 wait for a program, the newest.
     */
     bool sendToApp(int appType, const Platform::RemoteMessage::Ptr& message);
     void addMsgFilter(juce::int32 what, EngineApi::RemoteMsgFilterInterface* filter);
@@ -47,8 +47,8 @@ private:
     void unregisterApp(int appType);
     void stopPosting(int appType);
     /**
-        What waits for a program that is gone. A state is told later than it is set: what was sent to the process that
-        has been started meanwhile goes on waiting.
+        Discards what waits for a program that has ended. States are announced later than they are set, so messages for
+        a process that has been started meanwhile go on waiting.
     */
     void dropPending(int appType);
     void receive(int appType, Platform::RemoteMessage& message);

@@ -22,9 +22,9 @@ namespace EngineLayer
 {
 
 /**
-    Keeps the unit's view of its devices and reports it to the microcontroller, agrees the source with it, starts the
-    first source, sends the heartbeat and brings up the hardware that has no owner of its own. Handlers run on the group
-    thread; what EngineApi/DeviceStatus.h offers may be called from any thread.
+    Knows which devices are there and reports them to the microcontroller, agrees with it on the source, starts the
+    first source, sends the heartbeat and sets up the hardware that has no owner of its own. Handlers run on the group
+    thread; the functions of EngineApi/DeviceStatus.h may be called from any thread.
 */
 class DeviceStatusManager : public Kernel::ComponentTask,
                             public Kernel::SystemTimer,
@@ -51,7 +51,7 @@ public:
     /** Called on the group thread; none is called after its removal has returned. Any thread. */
     Platform::ListenerList<EngineApi::DeviceStateInterface> listeners;
 
-    /** The DSP follows on the group thread when the source's sound channel is another. Any thread. */
+    /** Lets the DSP follow, on the group thread, when the source has another sound channel. Any thread. */
     void audioChannelChanged();
 
     /** Runs the start page when it is an available source; keeps it when its device may still come. Group thread. */
@@ -69,7 +69,7 @@ public:
     void setEnterTestMode(bool on) { testMode = on; }
     bool getEnterTestMode() const { return testMode; }
 
-    /** The DSP's callers' threads. */
+    /** On the threads of the DSP's callers. */
     void onVolumeChanged(int volume, int zone, bool show) override;
     void onSecondNotice(int, int) override {}
     void onMuteChanged(bool mute) override;

@@ -3,10 +3,10 @@
 namespace EngineLayer
 {
 
-/** A new volume goes to the network, and when it is to be shown to the volume bar and the wired remote. Any thread. */
+/** Reports a volume to the network and, with `show`, to the volume bar and the wired remote. Any thread. */
 void announceVolume(int zone, int volume, bool show);
 
-/** The mute goes to network, volume bar and wired remote. Any thread. */
+/** Reports the mute to the network, the volume bar and the wired remote. Any thread. */
 void announceMute(bool mute);
 
 } // namespace EngineLayer

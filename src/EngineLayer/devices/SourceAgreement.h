@@ -13,7 +13,7 @@ struct McuSource
     bool operator==(const McuSource&) const = default;
 };
 
-/** Keeps the unit and its microcontroller of one mind about the source that plays; either side may change it. */
+/** Makes the unit and its microcontroller agree on the source that plays; either side may change it. */
 class SourceAgreement
 {
 public:

@@ -6,14 +6,14 @@ namespace EngineLayer
 {
 
 /**
-    Both lines that are high while the unit is on; they supply the Bluetooth module and the USB hub, too. Returns at
-    once. Any thread.
+    Drives the two lines that are high while the unit is on; they also supply the Bluetooth module and the USB hub.
+    Returns at once. Any thread.
 */
 void driveOutputs(bool on);
-/** The same off, and on again after that time. */
+/** Switches both off, and on again after `offMs`. */
 void pulseOutputs(int offMs);
 
-/** What the thread "Devices" does, in the order of the calls. */
+/** The jobs of the thread "Devices", which it does in the order of the calls. */
 enum class DeviceJob { outputs, decoderSetUp, cameraPoll };
 /** Any thread. */
 void postDeviceJob(DeviceJob what, Kernel::DeviceWorker::Job job);

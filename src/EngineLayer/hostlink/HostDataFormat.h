@@ -14,7 +14,7 @@ namespace EngineLayer
         A0 55  sequence  frame length  command high  command low  data ...  checksum high  checksum low
 
     The frame length counts every byte from the sync to the checksum. The checksum is the sum of the bytes in front of
-   it, modulo 65536.
+    it, modulo 65536.
 */
 namespace HostFrame
 {

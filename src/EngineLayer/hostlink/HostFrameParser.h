@@ -25,12 +25,12 @@ public:
     static constexpr int capacity = 1024;
 
     /**
-        Takes one chunk and hands on what is complete. A chunk that does not fit is lost and counted; the bytes held are
-        searched for frames before the next one, so that even a stream of broken headers cannot block the link.
+        Takes one chunk and hands complete frames to the sink. A chunk that does not fit is lost and counted; before the
+        next chunk the held bytes are searched for frames, so that a stream of broken headers cannot block the link.
     */
     void appendReceived(const void* bytes, int n, Sink& sink);
 
-    /** One pass over the bytes. Answers how many at the end are to be kept for the next pass. */
+    /** One pass over the bytes. Returns how many of the last bytes are to be kept for the next pass. */
     static int parseFrames(const std::uint8_t* buffer, int count, Sink& sink);
 
     void reset();

@@ -18,9 +18,9 @@ namespace EngineLayer
 {
 
 /**
-    The only user of the microcontroller link. Outgoing frames are numbered, sent one at a time and resent twice before
-    they are given up; incoming ones are acknowledged, freed of repeats and posted to the component that the command
-    belongs to. Runs on the group thread of the link; the send operations may be called from any thread.
+    The only user of the microcontroller link. Outgoing frames are numbered, sent one at a time, and sent again twice
+    before they are given up. Incoming frames are acknowledged, repeats are dropped, and the rest is posted to the
+    component that the command belongs to. Runs on the group thread of the link; any thread may send.
 */
 class HostSessionManager : public Kernel::ComponentTask,
                            public LowLayer::ClientCallBack,
@@ -30,7 +30,7 @@ class HostSessionManager : public Kernel::ComponentTask,
 public:
     using SendItem = EngineLayer::SendItem;
 
-    /** Messages that may wait for a receiver when a frame comes for it. One more frame is acknowledged and dropped. */
+    /** When so many messages wait for a receiver, a frame for it is acknowledged and dropped. */
     static constexpr std::size_t maxWaitingEvents = 1024;
 
     ~HostSessionManager() override;
@@ -41,13 +41,13 @@ public:
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
     void onData(int kind, int length, juce::ReferenceCountedObject* data) override;
 
-    /** Any thread; none waits. Of every value the low byte is sent. */
+    /** Sends the low byte of each value. Any thread, as the next two; no call waits. */
     void sendCommand(int command, std::initializer_list<int> values = {});
-    /** At most 102 bytes, else the call is refused with one error line and counted. Without data a command alone. */
+    /** Sends at most 102 bytes; more are refused, logged and counted. Without data, sends the command alone. */
     void sendData(int command, const void* data, int n);
     /**
-        The same in front of what waits, though never of the frame in flight, and in place of what waits about the same
-        subject.
+        The same, in front of all frames that wait (not of the one in flight) and in place of a waiting one about the
+        same subject.
     */
     void sendDataUrgent(int command, const void* data, int n, int subject = EngineApi::noSubject);
 

@@ -21,8 +21,8 @@ enum SessionMessage : juce::int32 {
 };
 
 /**
-    Times the acknowledgement of the frame in flight: asks the session to resend it after about 200 ms and 600 ms and to
-    give it up after about 1400 ms. Talks to the session through messages only.
+    Times the acknowledgement of the frame in flight: asks the session to send it again after about 200 ms and 600 ms,
+    and to give it up after about 1400 ms. Speaks to the session by messages only.
 */
 class MonitorSendThread : public Kernel::SingalTask
 {
@@ -34,8 +34,8 @@ public:
     /** Ends the watch, if any, and starts one over the frame of this sequence. Session's thread. */
     void watch(int sequence);
     /**
-        Ends the watch, also one that was asked for and has not begun. Session's thread, and the message thread at the
-        end.
+        Ends the watch, also one that has not begun yet. Session's thread; at the end of the process, the message
+        thread.
     */
     void stopWatching();
 

@@ -24,9 +24,9 @@ struct SendItem : public juce::ReferenceCountedObject
 };
 
 /**
-    The frames that wait for the link. Urgent ones go first, the newest in front, and of one subject only the newest
-    waits; a normal frame that waits goes after four of them at the latest. Each kind has room of its own, so that
-    neither pushes the other out. Any thread.
+    The frames that wait for the link. Urgent frames go first, the newest in front, and of one subject only the newest
+    waits; after four of them a waiting normal frame goes. Each kind has its own bound, so that neither displaces the
+    other. Any thread.
 */
 class SendQueue
 {
@@ -38,12 +38,13 @@ public:
     static constexpr int urgentInARow = 4;
 
     /**
-        Behind the others. Answers what is given up because too many wait: the frame itself, or, as a heartbeat always
-        finds room, the last that is none.
+        Appends a normal frame. Returns the one that is given up if too many wait, else null: the frame itself or, for a
+        heartbeat, the last that is no heartbeat.
     */
     SendItem::Ptr append(const SendItem::Ptr& item);
     /**
-        In front, and in place of what waits about the same subject. Answers the oldest urgent frame if too many wait.
+        Puts an urgent frame in front, in place of a waiting one about the same subject. Returns the oldest urgent frame
+        if too many wait, or null.
     */
     SendItem::Ptr appendUrgent(const SendItem::Ptr& item);
     /** The next to go; null when none waits. */

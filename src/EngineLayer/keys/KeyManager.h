@@ -12,8 +12,8 @@ namespace EngineLayer
 {
 
 /**
-    Turns key presses into actions, wherever they come from: the microcontroller, the wired remote, the factory test.
-    Also keeps the unit's device id and takes the commands of the factory test. Handlers run on the group thread.
+    Turns the keys of the microcontroller, the wired remote and the factory test into actions. Also keeps the unit's
+    device id and takes the commands of the factory test. Handlers run on the group thread.
 */
 class KeyManager : public Kernel::ComponentTask,
                    public AutoTestKeys,
@@ -47,7 +47,7 @@ private:
         int origin;
         int value;
     };
-    /** Of keys that come faster than they are acted on the newest stay: the unit does what the user wants now. */
+    /** When keys come faster than they are acted on, the newest are kept: they are what the user wants now. */
     using KeyQueue = Platform::BoundedQueue<KeyEvent, 16>;
 
     void hostEvent(int command, const Kernel::Payload& payload);

@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-/** What a key does, by the state of the unit. Values in, values out: the key manager looks and acts. */
+/** What a key does in each situation. Pure: the key manager reads the situation and carries out the actions. */
 namespace EngineLayer
 {
 

@@ -4,7 +4,7 @@
 
 #include <juce_core/juce_core.h>
 
-/** What the unit says on the boat's network, and what it lets itself be told. Values only. */
+/** The records that the unit sends on the boat's network, and the checks of commands to it. Pure. */
 namespace EngineLayer
 {
 
@@ -21,7 +21,7 @@ struct ZoneSettings
     int highPass = 0; ///< 0..3
 };
 
-/** A zone that stands for none: its configuration is all 0. */
+/** The number that means no zone: its configuration is all 0. */
 inline constexpr int noZone = 3;
 
 void writeZoneConfiguration(Platform::Parcel& parcel, int zone, const ZoneSettings& settings);
@@ -33,7 +33,7 @@ void writeZoneNames(Platform::Parcel& parcel, const juce::String& zone2Name);
 void writeZoneVolume(Platform::Parcel& parcel, int zone, int volume, bool mute);
 /** The answer to a request for the volume of one zone. */
 void writeRequestedZoneVolume(Platform::Parcel& parcel, int zone, int volume);
-/** Nothing is known of the file and of the library. `source` is a code of the network. */
+/** Everything but the source is "not known". `source` is a code of the network. */
 void writeLibraryFile(Platform::Parcel& parcel, int source);
 void writeLibraryGroup(Platform::Parcel& parcel, int source);
 
@@ -54,14 +54,14 @@ enum ZoneField : int {
 
 /** A field's value with its sign. */
 int zoneFieldValue(const Platform::FieldValue& field);
-/** Gives the first field that cannot be obeyed its status. True when all can. */
+/** Gives the first field that is refused its status. True when none is. */
 bool checkZoneParameters(Platform::PGNPacket& packet);
 
 /** Fields of a command for the volume, message 130582. */
 enum VolumeField : int { volumeZoneField = 1, volumeValueField = 2, volumeStepField = 3, volumeMuteField = 4 };
 bool checkZoneVolume(Platform::PGNPacket& packet);
 
-/** The text for the network of the system's version: its name is taken off, its date kept. */
+/** The system's version as the network gets it: without its name, with its date. */
 juce::String networkVersionOf(const juce::String& osVersion);
 
 } // namespace EngineLayer

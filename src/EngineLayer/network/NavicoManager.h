@@ -11,9 +11,9 @@ namespace EngineLayer
 {
 
 /**
-    Makes the unit a device of the boat's network: answers what displays ask, obeys what they command, tells what
-    changes here, relays media to the source programs and starts a software update. It keeps nothing itself: what it
-    tells is read when it is asked for. Handlers run on the group thread.
+    Makes the unit a device of the boat's network: answers requests and commands of displays, reports changes, relays
+    media messages to the source programs and starts a software update. It stores no state: each value is read when it
+    is sent. Handlers run on the group thread.
 */
 class NavicoManager : public Kernel::ComponentTask, public Kernel::Singleton<NavicoManager>, public Kernel::SystemTimer
 {

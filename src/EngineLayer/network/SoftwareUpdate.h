@@ -10,14 +10,14 @@ namespace EngineLayer
 {
 
 /**
-    What follows the head of a proprietary message says that an update is wanted: the arguments of the update program,
-    else empty. `address` and `transfer` are the head's.
+    The arguments of the update program, if the bytes behind the head of a proprietary message ask for an update; else
+    none. `address` and `transfer` are those of the head.
 */
 std::optional<juce::String> updateArgumentsOf(std::int32_t pgn, int address, int transfer,
                                               const std::vector<std::uint8_t>& content);
-/** Of a data block that asks for an update. */
+/** The arguments for a data block that asks for an update. */
 juce::String updateArguments();
-/** The answer to it. */
+/** The answer to such a data block. */
 void writeUpdateReply(Platform::Parcel& parcel, bool started);
 
 /** Starts the update program from the first medium that has it and lets it start. False when none does. */

@@ -13,9 +13,9 @@ namespace EngineLayer
 {
 
 /**
-    Owner of the scheduling data: the page handlers, the picture of which pages run, the remembered pages and the
-    scheduler. Queries are answered on any thread, with copies made under one lock; what changes anything belongs to the
-    system state manager's thread, the registration of handlers apart.
+    Owns the data of scheduling: the page handlers, the snapshot of the pages that run, the remembered pages and the
+    scheduler. Any thread may query; the answers are copies made under one lock. Changes are made on the system state
+    manager's thread, except the registration of handlers (message thread).
 */
 class ApplicationManager : public Kernel::SystemTimer, public Kernel::Singleton<ApplicationManager>
 {
@@ -35,7 +35,7 @@ public:
         std::int32_t lastSourcePage = Pubhead::NUM_OF_PAGES;
     };
 
-    /** Beside the timer of the system state manager, which hears of its expiry. */
+    /** The system state manager gets its expiry, so the id differs from the manager's own timer. */
     static constexpr int backgroundTimer = 2;
     static constexpr int backgroundCheckMs = 5000;
 
@@ -50,11 +50,11 @@ public:
     /** Decides one request; the answer is never null. */
     SwitchAction::Ptr schedule(const EngineApi::RequestInfo& request);
     void refreshSnapshot();
-    /** Refreshes the snapshot and tells who must know of a completed switch. */
+    /** Refreshes the snapshot and announces a completed switch. */
     void postSwitchUpdate();
     /** Programs that nobody needs are closed after a while. */
     void startBackgroundCheck();
-    /** The time is over. */
+    /** The background timer has expired. */
     void checkBackground();
 
 private:

@@ -10,8 +10,8 @@ namespace EngineLayer
 {
 
 /**
-    The engine's door to the settings store: reads and writes through, tells the listeners later, on its own thread,
-    what the engine changed, and carries out the factory reset. Unless said otherwise any thread may call.
+    The engine's access to the settings store: reads and writes it, announces changes to the listeners later, on its own
+    thread, and carries out the factory reset. Any thread, unless said otherwise.
 */
 class DataManager : public Kernel::ComponentTask, public Kernel::Singleton<DataManager>
 {
@@ -19,7 +19,7 @@ public:
     juce::int32 getInt(int index) const;
     juce::String getString(int index) const;
     bool isKnown(int index) const;
-    /** Nothing happens when that is its value already. A value that is refused is not announced. */
+    /** Nothing happens when the setting has the value already. A refused value is not announced. */
     void setInt(int index, juce::int32 value, bool notify, int origin);
     void setString(int index, const juce::String& value, bool notify, int origin);
     Platform::Bundle::Ptr formatSetting(int index) const;
@@ -27,7 +27,7 @@ public:
     /** Called on the data manager's thread. */
     Platform::ListenerList<EngineApi::SettingDataChangeListener> listeners;
 
-    /** False when the store or its factory values cannot be had; the store has logged why. */
+    /** False when the store or its factory values cannot be read; the store has logged why. */
     bool loadSystemFile();
     bool loadFactoryFile();
 

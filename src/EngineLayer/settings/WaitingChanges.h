@@ -10,9 +10,9 @@ namespace EngineLayer
 {
 
 /**
-    How many announcements of each setting are under way to a thread. Whoever is told of a change reads the newest
-    value, so a few that wait are enough, and a program that changes settings faster than they take effect neither fills
-    the memory nor leaves the unit behind. What is left out is counted, and logged once for each setting. Any thread.
+    Counts the announcements of each setting that wait for a thread, and bounds them. A listener reads the newest value,
+    so a few waiting announcements are enough. Thus a program that changes settings very fast neither fills the memory
+    nor delays the unit. Announcements that are left out are counted, and logged once for each setting. Any thread.
 */
 class WaitingChanges
 {
@@ -24,9 +24,9 @@ public:
     {
     }
 
-    /** Before an announcement is posted; false when enough of it wait, and it is to be left out. */
+    /** To be called before an announcement is posted. False when `most` already wait: do not post it. */
     bool add(int index, int origin);
-    /** Before an announcement is carried out. */
+    /** To be called before an announcement is carried out. */
     void remove(int index, int origin);
     std::uint64_t getLeftOut() const;
 

@@ -7,7 +7,7 @@
 namespace EngineLayer
 {
 
-/** The user's lock: only the anti-theft page may run. */
+/** The owner's lock: only the anti-theft page may run. */
 class LockState : public SchedulingState
 {
 public:
@@ -17,7 +17,7 @@ public:
 
 protected:
     bool refuses(const EngineApi::RequestInfo& request) const override { return request.page != Pubhead::mbAntitheft; }
-    /** What came in while a switch ran is taken up now: an unlock first, then the requests. */
+    /** Takes up what came in during a switch: an unlock first, then the requests. */
     void onIdle() override;
     void onAntitheftExit(int what) override;
     virtual void onIdleExit(int what) = 0;
@@ -41,7 +41,7 @@ private:
     void endLock();
 };
 
-/** Locked. */
+/** The code may not be entered. */
 class SystemStateLocked : public LockState
 {
 public:

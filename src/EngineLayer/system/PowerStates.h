@@ -18,7 +18,7 @@ public:
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
 };
 
-/** The end: the programs are told, and the microcontroller hears when all have confirmed or the time is over. */
+/** The unit goes off: the programs are told, and when all have confirmed, or after 8 s, the microcontroller is told. */
 class SystemStatePowerOff : public SystemState
 {
 public:

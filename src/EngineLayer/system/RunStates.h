@@ -36,7 +36,7 @@ public:
 
 private:
     void onIdleRequest(const EngineApi::RequestInfo& request) override;
-    /** What is queued waits for the next request. */
+    /** Queued requests wait until the next one comes in. */
     void onIdle() override {}
 
     std::atomic<int> returnPage { Pubhead::NUM_OF_PAGES };

@@ -16,7 +16,7 @@ public:
 protected:
     /** A request that arrives while nothing is being switched: queued, and the oldest is taken. */
     virtual void onIdleRequest(const EngineApi::RequestInfo& request);
-    /** The pipeline is idle and has been told so. */
+    /** Nothing is scheduled or switched any more. */
     virtual void onIdle() = 0;
     /** arg1 of MSG_SYS_ANTITHEFT_EXIT; only the lock states care. */
     virtual void onAntitheftExit(int /*what*/) {}

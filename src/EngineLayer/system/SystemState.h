@@ -19,7 +19,7 @@ enum StateMessage : juce::int32 {
     stateForeignSwitch = 7  ///< arg1 state, arg2 sub-state: asked for by another thread
 };
 
-/** What the states ask of the manager that they belong to. State manager's thread. */
+/** What a state can ask of the state manager. State manager's thread. */
 class StateOwner
 {
 public:
@@ -30,7 +30,7 @@ public:
     virtual bool queueRequest(const EngineApi::RequestInfo& request) = 0;
     virtual std::optional<EngineApi::RequestInfo> takeRequest() = 0;
     virtual void sendResult(int page, EngineApi::ScheduleStatus status) = 0;
-    /** The one time-out, of a switch or of the power-off, which never run together. */
+    /** There is one time-out, for a switch or for the power-off; these never run together. */
     virtual void startTimeOut(int milliseconds) = 0;
     virtual void stopTimeOut() = 0;
 };

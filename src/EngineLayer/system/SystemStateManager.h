@@ -13,8 +13,8 @@ namespace EngineLayer
 {
 
 /**
-    The unit's power and lock state and, in it, the road of every schedule request. It runs on its group's thread; the
-    free functions of EngineApi/SystemState.h are the way in from other threads.
+    Owns the unit's power and lock state, and leads every schedule request through it. Runs on its group's thread; other
+    threads use the free functions of EngineApi/SystemState.h.
 */
 class SystemStateManager : public Kernel::ComponentTask,
                            public StateOwner,
@@ -36,7 +36,7 @@ public:
     int getSubState() const { return publishedSubState; }
     int getPreviousState() const { return previousState; }
     int getISRReturnPage() const;
-    /** At once on the own thread, posted from any other. */
+    /** On the manager's own thread at once; from any other thread it is posted. */
     void requestSwitch(int state, int subState);
 
     void switchState(int state, int subState) override;

@@ -10,8 +10,8 @@ namespace Dsp
 {
 
 /**
-    Audio control on the AK7738. Every operation, its notices and what it writes to the DSP are done under one lock, so
-    that the DSP, the stored volumes and what the listener was told last always agree. Before `init` nothing is done.
+    Audio control on the AK7738. One lock is held over each operation with its notices and its writes, so that the DSP,
+    the stored volumes and the listener always agree. Before `init`, only the source and the alert are kept for later.
 */
 class ak7738ACOperator : public ACService, private juce::MultiTimer
 {

@@ -12,10 +12,9 @@ namespace Dsp
 {
 
 /**
-    The AK7738. Every command goes to it as one block, which it verifies by a checksum of its own; a block that does not
-    get there is logged where it fails and the next one is tried. Any thread: what is written is only queued, in the
-    order of the calls, and reaches the chip from the thread "DSP". Of what it cannot keep up with only the newest value
-    of an address reaches it.
+    The AK7738. Every command is one block, which the chip verifies by a checksum of its own. A block that fails is
+    logged, and the next one is tried. Any thread: a call only queues its blocks, and the thread "DSP" writes them in
+    the order of the calls. When the chip cannot keep up, it gets only the newest value of each address.
 */
 class ak7738Operator : public Kernel::Singleton<ak7738Operator>
 {

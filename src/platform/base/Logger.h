@@ -9,9 +9,9 @@ namespace Platform
 {
 
 /**
-    The process-wide log. Lines go to the log library named by `unit.log_library`, which is loaded on the first use;
-    without it, or without one of its entry points, the calls answer false and write nothing, unless `useStandardError`
-    has found them another place. Any thread may log. Sources write through a `Log`.
+    The process-wide log. Lines go to the log library named by `unit.log_library`, which is loaded on the first use.
+    Without it, or without one of its entry points, the calls return false and write nothing, unless `useStandardError`
+    was called. Any thread may log. Sources write through a `Log`.
 */
 class Logger
 {
@@ -28,12 +28,12 @@ public:
     bool write(Level level, const char* file, int line, const char* tag, const char* format, va_list arguments);
 
     /**
-        Where there is no log library, standard error says so and takes the lines; the calls answer false all the same.
-        Once, before other threads run.
+        Without a log library, says so on standard error and sends the lines there; the calls still return false. Once,
+        before other threads run.
     */
     void useStandardError();
 
-    /** What the levels do with a line instead of the library; for tests, at any time. Null makes a level silent. */
+    /** For tests, at any time: where each level's lines go instead of the library. Null makes a level silent. */
     void redirect(Entry toDebug, Entry toInfo, Entry toWarn, Entry toError);
 
 private:
@@ -48,9 +48,9 @@ private:
 };
 
 /**
-    What a source file logs by: its name in short form ("EngineLayer/HostSessionManager") and the tag of its lines, as a
-    rule the class name. `logger().error("%d frames wait", n)` names the line it stands in; a number that is a contract
-    goes into the brackets.
+    The log of a source file: its short name ("EngineLayer/HostSessionManager") and a tag, usually the class name.
+    `logger().error("%d frames wait", n)` logs with its own line number; a line number that is a contract goes into the
+    brackets.
 */
 class Log
 {
@@ -61,7 +61,7 @@ public:
     {
     }
 
-    /** One line of the log at one place of the source. The calls answer what the entry point answers. */
+    /** One place in the source. The calls return what the entry point returns. */
     class Line
     {
     public:

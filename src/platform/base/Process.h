@@ -7,7 +7,7 @@
 namespace Platform
 {
 
-/** A program's process. The handle refers to that very process, never to a later one with the same number. */
+/** A program's process. The handle means this process, never a later one with the same number. */
 class Process
 {
 public:
@@ -24,8 +24,8 @@ public:
 using ProcessHandle = std::shared_ptr<Process>;
 
 /**
-    Starts a program; the child inherits standard input, output and error and nothing else, and has default signal
-    handling. It goes on by itself when we end. Null on failure (logged).
+    Starts a program. The child inherits only standard input, output and error, has default signal handling, and goes on
+    when this process ends. Null on failure (logged).
 */
 ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments);
 
@@ -46,7 +46,7 @@ public:
 
     /** Blocks until one of them ends (its index), `wake` was called (`woken`) or the wait failed (`failed`). */
     int wait(const std::vector<ProcessHandle>& processes);
-    /** Remembered when nobody waits. */
+    /** When nobody waits, the next `wait` returns at once. */
     void wake();
 
 private:

@@ -4,7 +4,7 @@
 #include <memory>
 #include <optional>
 
-/** What else the unit's operating system gave: driver settings, time zone, output volume, faults. */
+/** What the operating system gives: driver settings, time zone, output volume, faults, clock. */
 namespace Platform
 {
 
@@ -17,9 +17,9 @@ namespace Platform
 juce::Result writeRegistryValue(const juce::String& key, const juce::String& name, juce::uint32 value);
 
 /**
-    The unit's one engine: held while this object lives, and let go by the system when the process ends in any way. The
-    lock is the file "engine.lock" in the registry folder, which no factory reset empties; only its owner can open it,
-    and a link in its place is not followed.
+    Makes this the only engine of its unit while the object lives; however the process ends, the system frees the lock.
+    The lock is the file "engine.lock" in the registry folder, which no factory reset empties; only its owner can open
+    it, and a link in its place is not followed.
 */
 class InstanceLock
 {
@@ -27,7 +27,7 @@ public:
     virtual ~InstanceLock() = default;
 
     /**
-        Null when another engine of this unit holds it. Without a folder to lock in it holds nothing, and says so once.
+        Null when another engine of this unit holds the lock. Without a folder for the file there is no lock (logged).
     */
     static std::unique_ptr<InstanceLock> take();
 };
@@ -59,7 +59,7 @@ void installExceptionHook();
 */
 bool requestRealtimePriority();
 
-/** The first 32 bits of what tells this unit from every other; none when the machine has no id. Any thread. */
+/** The first 32 bits of the machine's unique id; none when it has no id. Any thread. */
 std::optional<juce::uint32> getUniqueId();
 
 /** Milliseconds of a clock that only moves forward; wraps after 49 days. Any thread. */

@@ -7,21 +7,21 @@ namespace Platform
 {
 
 /**
-    The first thing that a thread of the unit does: the system knows it by this name from here on, of which it keeps 15
-    bytes, and an overflow of its stack is a fault like any other.
+    The first call of every thread: gives it a name, of which the system keeps 15 bytes, and makes an overflow of its
+    stack a fault like any other.
 */
 void enterThread(const juce::String& name);
 
-/** The second half of it, for a thread that the toolkit has started. Costs nothing when it is done already. */
+/** Only the part for the stack, for a thread that the framework has started. A second call does nothing. */
 void guardStack();
 
 /**
-    Waits for a thread that was asked to end and woken, no longer than the limit. False when it still runs: it is never
-    killed, as that could take the whole process along, and whatever it may touch has to stay.
+    Waits, at most `limitMs`, for a thread that was asked to end and woken. False when it still runs: it is never
+    killed, as that could end the whole process, and all that it may use must stay.
 */
 bool awaitEnd(juce::Thread& thread, int limitMs = 200);
 
-/** Whether `awaitEnd` was in vain for any thread. The process then ends without taking anything down. Any thread. */
+/** Whether `awaitEnd` has failed for any thread; the process then exits without taking anything down. Any thread. */
 bool hasStragglers();
 
 } // namespace Platform

@@ -5,7 +5,7 @@
 namespace Platform
 {
 
-/** One message; pooled. A receiver owns it from the call on and recycles it once it is done. */
+/** One message; pooled. A receiver owns it from the call on, and recycles it when it is done. */
 class RemoteMessage : public juce::ReferenceCountedObject
 {
 public:
@@ -33,7 +33,7 @@ public:
     virtual ~IMsgProc() = default;
     virtual void onRemoteMessage(RemoteMessage::Ptr message) = 0;
     virtual void onWindowMessage(juce::int32 message, juce::int32 wParam, juce::int32 lParam) = 0;
-    /** True when it has enough window messages to deal with: the next ones wait, the newest of them. */
+    /** True while the receiver has enough window messages to handle: further ones wait, at most the newest 1024. */
     virtual bool isBusy() const { return false; }
     /** A program's name got or lost its owner on the bus. */
     virtual void onPresence(int appType, bool present) = 0;

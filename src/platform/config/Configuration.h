@@ -60,9 +60,8 @@ struct AppConfig
     static juce::String getBackAppPath(int page);
     static juce::String getBackAppName(int page);
     /**
-        Makes the fonts in `fonts/` of the resource path the known ones, so that text looks the same everywhere. Message
-        thread, before anything is drawn and before other threads run. Without bundled fonts those of the system remain
-        (logged).
+        Uses the fonts in `fonts/` of the resource path, so that text looks the same everywhere; without them, those of
+        the system (logged). Message thread, before anything is drawn and before other threads run.
     */
     static void loadFont();
 };
@@ -92,7 +91,7 @@ struct CameraControl
 {
     /** True while the camera owns the screen. */
     bool isSystemControl() const;
-    /** Takes the screen for this process: the hold file of the boot stage goes, if it is still there. */
+    /** Takes the screen for this process: removes the hold file of the boot stage, if it is still there. */
     void retrieveControl();
 };
 
@@ -100,7 +99,7 @@ struct UIHelper
 {
     static int getScreenWidth();
     static int getScreenHeight();
-    /** Whether a display is drawn on when it is there: `unit.display` is "auto", and DISPLAY names it. */
+    /** Whether the engine draws on a display when there is one: `unit.display` is "auto", and DISPLAY names it. */
     static bool hasDisplay();
 };
 

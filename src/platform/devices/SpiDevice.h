@@ -16,7 +16,7 @@ public:
     virtual ~SpiBus() = default;
     /** Clock in Hz, bits per word, and eight values that the driver takes as they are. */
     virtual juce::Result configure(const std::array<std::uint32_t, 10>& record) = 0;
-    /** True holds the chip's select line low over all that follows, at the latest from its first byte. */
+    /** True keeps the chip's select line low, from the next byte at the latest, until false. */
     virtual juce::Result select(bool on) = 0;
     virtual juce::Result write(std::span<const std::uint8_t> data) = 0;
     /** Sends the prefix, at most 4 bytes, and then fills the buffer. */

@@ -24,7 +24,7 @@ public:
     void setTextColour(CVXButtonState state, juce::Colour colour);
     /** The same in every state. */
     void setTextColour(juce::Colour colour) { colours.fill(colour); }
-    /** Where it stands in its control; an empty area is all of it, as at first. */
+    /** Its place in its control; an empty area, as at first, is the whole control. */
     void setArea(juce::Rectangle<int> newArea) { ownArea = newArea; }
 
     void paint(juce::Graphics& graphics, juce::Rectangle<int> area, CVXButtonState state) const;

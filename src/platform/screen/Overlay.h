@@ -7,8 +7,8 @@
 #include <memory>
 
 /**
-    What the engine's own windows, which lie above the pages of other programs, need from the display. Nobody waits for
-    it: what is asked for is on the screen when there is a display, and again when another one has come.
+    What the engine's own windows, which lie above the pages of other programs, need from the display. No call waits for
+    it: windows appear as soon as there is a display, and again when another one has come.
 */
 namespace Platform
 {
@@ -24,8 +24,8 @@ public:
 using TouchHandler = std::function<void(WindowHandle)>;
 
 /**
-    Watches the touches and button presses of the whole display; every program still gets its own. Null without a
-    display to look for.
+    Watches the touches and button presses of the whole display; every program still gets its own. Null when no display
+    is configured.
 */
 std::unique_ptr<TouchWatch> watchTouches(TouchHandler handler);
 
@@ -53,7 +53,7 @@ public:
     virtual WindowHandle getHandle() const = 0;
 };
 
-/** Hidden at first. Null without a display to look for. */
+/** Hidden at first. Null when no display is configured. */
 std::unique_ptr<OverlayWindow> makeOverlayWindow(OverlayWindow::PointerHandler handler);
 
 /** Width of the display in pixels, 0 while there is none. */

@@ -14,8 +14,7 @@ public:
 };
 
 /**
-    Registers the one callback of a window; null takes it away, which is due before either of the two goes. Message
-    thread.
+    Registers the one callback of a window; null removes it, which must happen before either is deleted. Message thread.
 */
 void setOverlayCallback(juce::Component& window, OverlayCallback* callback);
 

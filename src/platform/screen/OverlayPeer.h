@@ -8,9 +8,9 @@ namespace Platform
 {
 
 /**
-    Keeps the framework from opening a display of its own, which it would wait for without limit, look for under ":0"
-    where none is named, and end the process with. The engine's windows have peers of their own instead. On the message
-    thread, before any component is made and while no other thread runs, as it changes the environment for a moment.
+    Keeps the framework from opening a display itself: it would wait for one without limit, use ":0" where none is
+    named, and end the process together with it. The engine's windows have their own peers instead. Message thread,
+    before any component is made and while no other thread runs, as it changes the environment for a moment.
 */
 void keepFrameworkOffDisplay();
 

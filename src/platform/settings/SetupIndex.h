@@ -3,7 +3,7 @@
 namespace Platform
 {
 
-/** Settings with a meaning of their own for the engine, by setup index. */
+/** Settings that the engine itself uses, by setup index. */
 enum SetupIndex : int {
     sourceLevelSetting = 6,
     bluetoothSetting = 7, ///< 0: the module is off, and the setup page stays when Bluetooth audio ends
@@ -42,7 +42,7 @@ enum SetupIndex : int {
     dmeSetting = 1793
 };
 
-/** Settings that have no name but their number, and no effect in this unit. */
+/** Settings without a name, and without effect in this unit. */
 enum NamelessSetting : int {
     setting14 = 14,
     band257 = 257,

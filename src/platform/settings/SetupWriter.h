@@ -15,10 +15,10 @@ namespace Platform
 std::string settingsFolder();
 
 /**
-    The settings as this process sees them: what was set and is not stored yet lies over what the store has, and that
-    over the factory values. A thread "settings" opens the store, puts into it what was set, all that waits in one
-    transaction, and closes it again. Only that thread ever waits for another process that holds the store's lock. Of a
-    setting the newest value waits, so what waits is never more than there are settings. Any thread.
+    The settings as this process sees them: a value that is not stored yet counts before the store's, and the store's
+    before the factory value. The thread "settings" opens the store, writes all that waits in one transaction, and
+    closes it; it alone waits for another process that holds the store's lock. Of each setting only the newest value
+    waits. Any thread.
 */
 class SetupWriter
 {
@@ -26,12 +26,12 @@ public:
     /** Never destroyed, as threads may read settings until the process is gone. */
     static SetupWriter& get();
 
-    /** Opens the store unless it is open. False when it, or for an empty one the factory values, cannot be had. */
+    /** Opens the store unless it is open. False without a store, or when an empty one cannot get the factory values. */
     bool open();
     /** Stores what waits, within a second, and closes the store; one that does not take it stays open (logged). */
     void close();
 
-    /** The encoded value; empty for a setting that there is not. */
+    /** The encoded value; empty for an unknown setting. */
     std::string read(int index);
     void set(int index, const std::string& value);
     /** These are all settings from now on. */
@@ -43,7 +43,7 @@ private:
     using Clock = std::chrono::steady_clock;
     using Lock = std::unique_lock<std::mutex>;
 
-    /** Of the store; where it is unavailable the factory values stand in its place. */
+    /** Of the store. While it is unavailable the factory values are used. */
     enum class State { closed, opening, open, unavailable };
 
     /** Values with the number of the change that brought them. */
