@@ -1,15 +1,12 @@
 #include "EngineLayer/devices/DeviceStatusManager.h"
 
-#include "EngineApi/HostLink.h"
 #include "EngineApi/SystemState.h"
 #include "EngineLayer/devices/VideoDecoder.h"
-#include "EngineLayer/hostlink/HostSessionManager.h"
 #include "doubles/LinesDouble.h"
-#include "lowlayer/HostcommDev.h"
 #include "platform/devices/UnitLines.h"
 #include "support/ApplicationFixture.h"
 #include "support/LogCapture.h"
-#include "support/McuLink.h"
+#include "support/WithMcu.h"
 
 using namespace EngineApi;
 using namespace EngineLayer;
@@ -21,15 +18,14 @@ using Calls = std::vector<std::string>;
 namespace
 {
 
-class DeviceStatusTest : public ApplicationFixture
+class DeviceStatusTest : public WithMcu<ApplicationFixture>
 {
 protected:
     DeviceStatusTest()
-        : ApplicationFixture("22 = 5\n284 = \"Aft\"\n", { mbFM, mbUSBAudio, mbAuxin2, mbAVOff, mbAntitheft })
+        : WithMcu("22 = 5\n284 = \"Aft\"\n",
+                  std::initializer_list<int> { mbFM, mbUSBAudio, mbAuxin2, mbAVOff, mbAntitheft })
     {
         LinesDouble::reset();
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         Provided<LowBatteryBar>::set(&lowBatteryBar);
         add(&manager, Kernel::deviceStatusManagerId);
     }
@@ -58,7 +54,6 @@ protected:
         run();
     }
 
-    McuLink mcu;
     FakeBar<LowBatteryBar> lowBatteryBar;
     DeviceStatusManager& manager = *DeviceStatusManager::getInstance();
 };
