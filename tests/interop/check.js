@@ -42,11 +42,11 @@ function describe({ fields }) {
 }
 
 function faultsOf(answer, heard) {
-    const { fields, differs = {}, bytes } = answer;
+    const { fields, differs = [], bytes } = answer;
     const faults = Object.entries(fields)
         .filter(([name, expected]) => !isDeepStrictEqual(heard.fields[name], expected))
         .map(([name, expected]) => `${name} is ${readable(heard.fields[name])} instead of ${readable(expected)}`);
-    for (const name of Object.keys(heard.fields).filter((each) => !(each in fields) && !(each in differs)))
+    for (const name of Object.keys(heard.fields).filter((each) => !(each in fields) && !differs.includes(each)))
         faults.push(`${name}, ${readable(heard.fields[name])}, is not expected`);
     if (bytes && heard.bytes !== hexadecimal(bytes)) faults.push(`${heard.bytes} instead of ${hexadecimal(bytes)}`);
     return faults;

@@ -1,8 +1,8 @@
 // What a display asks of the unit and tells it, and what the decoder must read in the answers; in the order of play.
 //
 // An exchange is `said`, one message in the encoder's form, and its `answers`; what the unit says by itself has no `said`.
-// An answer has the fields that the unit and the decoder's definition agree upon. `differs` has the others, each with the
-// reason; then `bytes` pins the whole message. A field that is read and not named here is a failure, as is a message to the
+// An answer has the fields that the unit and the decoder's definition agree upon. `differs` names the others, whose reasons
+// are in docs/marine-network.md; then `bytes` pins the whole message. A field that is read and not named here is a failure, as is a message to the
 // display that nobody waits for.
 
 const unit = 10;
@@ -61,7 +61,7 @@ const volume = (zone, percent, mute, to = everybody) => ({
     pgn: zoneVolume.pgn,
     to,
     fields: { 'Zone ID': `Zone ${zone}`, Volume: percent, Mute: mute },
-    differs: { Channel: 'not sent: the message ends after three bytes of the eight' },
+    differs: ['Channel'],
     bytes: [zone, percent, mute === 'Yes' ? 0xf7 : 0xf3],
 });
 
@@ -71,11 +71,7 @@ const volumeOfOne = (zone, percent) => ({
     pgn: zoneVolume.pgn,
     to: display,
     fields: { 'Zone ID': `Zone ${zone}`, Volume: percent },
-    differs: {
-        Mute: 'always 0: the third byte is 3, which says only that there is no step',
-        Reserved1: 'zeros instead of ones, in the same byte',
-        Channel: 'a zero byte without a meaning',
-    },
+    differs: ['Mute', 'Reserved1', 'Channel'],
     bytes: [zone, percent, 3, 0, 0],
 });
 
@@ -101,10 +97,7 @@ const parameters = (zone, levels, sound, to = everybody) => ({
         'Audio filter': sound[1] ? 'High pass' : 'Full range',
         'High pass filter frequency': sound[2],
     },
-    differs: {
-        'Low pass filter frequency': 'the upper half of the high-pass frequency, which takes 32 bits instead of 16',
-        Channel: 'the first byte of the low-pass frequency, which takes 32 bits and starts two bytes later',
-    },
+    differs: ['Low pass filter frequency', 'Channel'],
     bytes: record(zone, levels, sound),
 });
 
@@ -113,11 +106,7 @@ const configuration = (zone, levels, sound, to = everybody) => ({
     pgn: zoneConfiguration.pgn,
     to,
     fields: { 'First zone ID': zone },
-    differs: {
-        'Zone count': 'the unit sends the record of 130586 here, whose second byte is the highest volume',
-        'Total zone count': 'the fader',
-        list: 'balance, subwoofer, tone and filters, where the definition, which it calls deprecated, has zone names',
-    },
+    differs: ['Zone count', 'Total zone count', 'list'],
     bytes: record(zone, levels, sound),
 });
 
@@ -143,7 +132,7 @@ const zonesWithUmlaut = {
     pgn: supportedZones.pgn,
     to: everybody,
     fields: { 'First zone ID': 0, 'Zone count': 2, 'Total zone count': 2 },
-    differs: { list: 'UTF-8 with the type byte 1, which the decoder takes for ASCII' },
+    differs: ['list'],
     bytes: text(0, 2, 2, 1, 8, 1, 'Zone 1', 2, 9, 1, 'Kajüte'),
 };
 
@@ -152,11 +141,7 @@ const zonesBriefly = {
     pgn: supportedZones.pgn,
     to: display,
     fields: { 'Total zone count': 2 },
-    differs: {
-        'First zone ID': 'FF, not known, instead of the first zone',
-        'Zone count': '0 instead of 2: a decoder that believes it reads no names',
-        list: 'two names follow nevertheless, each with the length 6, whatever the length of its text',
-    },
+    differs: ['First zone ID', 'Zone count', 'list'],
     bytes: text(0xff, 0, 2, 1, 6, 1, 'Zone 1', 2, 6, 1, 'Cockpit'),
 };
 
@@ -165,14 +150,7 @@ const emptyFile = {
     pgn: libraryFile.pgn,
     to: everybody,
     fields: { Source: 'FM' },
-    differs: {
-        'Radio Frequency': 'FF FF FF FF, not known, is read one byte early: the empty name is one byte instead of two',
-        'HD Frequency': 'a zero byte for the same reason',
-        Zone: 'a zero byte for the same reason',
-        'In play queue': 'the length of the empty artist name for the same reason',
-        Locked: 'the same byte',
-        Reserved1: 'the same byte',
-    },
+    differs: ['Radio Frequency', 'HD Frequency', 'Zone', 'In play queue', 'Locked', 'Reserved1'],
     bytes: [2, ...Array(6).fill(0xff), 0, ...Array(9).fill(0xff), 0, 0, 0, 2, 0, 2, 0],
 };
 

@@ -31,7 +31,7 @@ public:
     void clearDisplay(bool forget) override { note(forget ? "clear and forget" : "clear"); }
     void setDimmer(int level) override { note("dimmer " + juce::String(level)); }
     void restoreAfter(int ms) override { note("restore after " + juce::String(ms)); }
-    bool isRestorePending() override { return pending; }
+    bool isRestorePending() override { return false; }
     bool restore() override
     {
         note("restore");
@@ -39,7 +39,6 @@ public:
     }
 
     void note(const juce::String& call) { calls.push_back(call.toStdString()); }
-    bool pending = false;
     std::vector<std::string> calls;
 };
 

@@ -1,11 +1,8 @@
-#include "EngineApi/HostLink.h"
 #include "EngineLayer/autotest/CATestSessionManager.h"
-#include "EngineLayer/hostlink/HostSessionManager.h"
-#include "lowlayer/HostcommDev.h"
 #include "support/Eventually.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
-#include "support/McuLink.h"
+#include "support/WithMcu.h"
 
 using namespace EngineLayer;
 using Bytes = AutoTestFrame::Bytes;
@@ -23,14 +20,9 @@ Bytes closed(Bytes frame)
 }
 
 /** The session and the way to the microcontroller; the test is the microcontroller and the equipment behind it. */
-class AutoTestSessionTest : public KernelFixture
+class AutoTestSessionTest : public WithMcu<KernelFixture>
 {
 protected:
-    AutoTestSessionTest()
-    {
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
-    }
     ~AutoTestSessionTest() override { session.stop(); }
 
     void queue(const Bytes& message) { session.addMsgToBuffer({ message.data(), message.size() }); }
@@ -53,7 +45,6 @@ protected:
         return frames[0].data;
     }
 
-    McuLink mcu;
     CATestSessionManager& session = *CATestSessionManager::getInstance();
 };
 

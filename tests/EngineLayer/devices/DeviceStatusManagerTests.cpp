@@ -1,15 +1,12 @@
 #include "EngineLayer/devices/DeviceStatusManager.h"
 
-#include "EngineApi/HostLink.h"
 #include "EngineApi/SystemState.h"
 #include "EngineLayer/devices/VideoDecoder.h"
-#include "EngineLayer/hostlink/HostSessionManager.h"
 #include "doubles/LinesDouble.h"
-#include "lowlayer/HostcommDev.h"
 #include "platform/devices/UnitLines.h"
 #include "support/ApplicationFixture.h"
 #include "support/LogCapture.h"
-#include "support/McuLink.h"
+#include "support/WithMcu.h"
 
 using namespace EngineApi;
 using namespace EngineLayer;
@@ -21,33 +18,27 @@ using Calls = std::vector<std::string>;
 namespace
 {
 
-class DeviceStatusTest : public ApplicationFixture
+class DeviceStatusTest : public WithMcu<ApplicationFixture>
 {
 protected:
     DeviceStatusTest()
-        : ApplicationFixture("22 = 5\n284 = \"Aft\"\n", { mbFM, mbUSBAudio, mbAuxin2, mbAVOff, mbAntitheft })
+        : WithMcu("22 = 5\n284 = \"Aft\"\n",
+                  std::initializer_list<int> { mbFM, mbUSBAudio, mbAuxin2, mbAVOff, mbAntitheft })
     {
         LinesDouble::reset();
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         Provided<LowBatteryBar>::set(&lowBatteryBar);
         add(&manager, Kernel::deviceStatusManagerId);
     }
     ~DeviceStatusTest() override { Provided<LowBatteryBar>::set(nullptr); }
 
-    struct Command
-    {
-        int command;
-        Bytes data;
-        bool operator==(const Command&) const = default;
-    };
+    using Commands = std::vector<std::pair<int, Bytes>>;
 
     /** What the unit says to the microcontroller, which acknowledges all of it. */
-    std::vector<Command> commands()
+    Commands commands()
     {
-        std::vector<Command> said;
+        Commands said;
         for (const auto& frame : mcu.converse([this] { run(); }))
-            said.push_back({ frame.command, frame.data });
+            said.emplace_back(frame.command, frame.data);
         return said;
     }
 
@@ -63,7 +54,6 @@ protected:
         run();
     }
 
-    McuLink mcu;
     FakeBar<LowBatteryBar> lowBatteryBar;
     DeviceStatusManager& manager = *DeviceStatusManager::getInstance();
 };
@@ -110,14 +100,14 @@ TEST(VideoDecoderTest, IsSetUpOnceAndSaysWhetherThereIsAPicture)
 TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHeartbeat)
 {
     toManager(Kernel::MSG_SYS_START);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_GET_LAST_MEMORY, {} } }));
     fireTimer(DeviceStatusManager::lastMemoryTimer);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_GET_LAST_MEMORY, {} } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_GET_LAST_MEMORY, {} } }));
     EXPECT_TRUE(manager.isTimerRunning(DeviceStatusManager::lastMemoryTimer));
     takePosted();
 
     hostEvent(EVENT_GET_LAST_MEMORY);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_HEAT_BEAT, { 0 } } }));
     expectPosted(Kernel::navicoManagerId, Kernel::MSG_NAVICO_REPORT, 0, 0);
     EXPECT_EQ(audio.calls, Calls { "init" });
     const auto broadcasts = Platform::IpcDouble::takeNamedBroadcasts();
@@ -125,12 +115,12 @@ TEST_F(DeviceStatusTest, TheLastMemoryIsAskedForUntilItIsAnsweredAndStartsTheHea
     EXPECT_EQ(broadcasts[0].bundle->getInt("index", 0), 36);
     EXPECT_EQ(broadcasts[0].bundle->getInt("value", 0), 5) << "the setting from the store that the start has loaded";
     fireTimer(DeviceStatusManager::lastMemoryTimer);
-    EXPECT_EQ(commands(), std::vector<Command> {});
+    EXPECT_EQ(commands(), Commands {});
     EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::lastMemoryTimer));
 
     EXPECT_EQ(manager.getTimerInterval(DeviceStatusManager::heartbeatTimer), 3000);
     fireTimer(DeviceStatusManager::heartbeatTimer);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_HEAT_BEAT, { 0 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_HEAT_BEAT, { 0 } } }));
     toManager(Kernel::MSG_HEARTBEAT_STOP);
     EXPECT_FALSE(manager.isTimerRunning(DeviceStatusManager::heartbeatTimer));
 }
@@ -140,7 +130,7 @@ TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
     hostEvent(EVENT_SRC_SWITCH, { 10 });
     EXPECT_EQ(manager.getStartPage(), NUM_OF_PAGES) << "too short";
     hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_MUTE_STATE, { 1 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_MUTE_STATE, { 1 } } }));
     EXPECT_EQ(manager.getStartPage(), mbFM);
     EXPECT_EQ(requests(), Calls {}) << "the state machine starts it";
 
@@ -151,7 +141,7 @@ TEST_F(DeviceStatusTest, TheFirstSourceRequestStartsTheUnitAndLaterOnesSwitch)
     hostEvent(EVENT_SRC_SWITCH, { 10, 0 });
     hostEvent(EVENT_SRC_SWITCH, { 10, 0 });
     EXPECT_EQ(requests(), Calls { "mbUSBAudio run auto" }) << "a repeated request only confirms";
-    EXPECT_EQ(commands(), std::vector<Command> {});
+    EXPECT_EQ(commands(), Commands {});
 }
 
 TEST(DeviceStatusStateTest, TheFirstStateFollowsTheLocks)
@@ -199,19 +189,19 @@ TEST_F(DeviceStatusTest, AStartPageThatCannotRunIsReplacedUnlessItsDeviceMayCome
 TEST_F(DeviceStatusTest, AChangeOfSourceIsReportedUnlessTheFactoryResetRuns)
 {
     toManager(Kernel::MSG_NORMAL_SOURCE, mbCamera);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_SRC_SWITCH, { 0, 0 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_SRC_SWITCH, { 0, 0 } } }));
     hostEvent(EVENT_SRC_SWITCH_REPORT, { 0, 0 });
     hostEvent(EVENT_SRC_SWITCH, { 1, 0 });
     commands();
     toManager(Kernel::MSG_NORMAL_SOURCE);
-    EXPECT_EQ(commands(), std::vector<Command> {}) << "still on the way to FM";
+    EXPECT_EQ(commands(), Commands {}) << "still on the way to FM";
     hostEvent(EVENT_SRC_SWITCH, { 0, 0 });
     toManager(Kernel::MSG_NORMAL_SOURCE);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_SRC_SWITCH, { 0, 0 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_SRC_SWITCH, { 0, 0 } } }));
     hostEvent(EVENT_SRC_SWITCH_REPORT, { 0, 0 });
     toManager(Kernel::MSG_FACTORY_RESET);
     toManager(Kernel::MSG_NORMAL_SOURCE);
-    EXPECT_EQ(commands(), std::vector<Command> {});
+    EXPECT_EQ(commands(), Commands {});
 }
 
 TEST_F(DeviceStatusTest, DeviceChangesReachListenersAndMcu)
@@ -221,13 +211,13 @@ TEST_F(DeviceStatusTest, DeviceChangesReachListenersAndMcu)
     setDeviceState(iPodConnected, true);
     setDeviceState(satelliteTuner, true);
     EXPECT_TRUE(listener.kinds.empty()) << "told on the group thread only";
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_DEVICE_STATUS, { 0, 0x12 } } }));
     EXPECT_EQ(listener.kinds, (std::vector { 1, 18 }));
     EXPECT_TRUE(getDeviceState(iPodConnected));
     EXPECT_FALSE(getDeviceState(satelliteTuner));
 
     hostEvent(EVENT_DEVICE_STATUS);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0x12 } } })) << "asked for, unchanged";
+    EXPECT_EQ(commands(), (Commands { { EVENT_DEVICE_STATUS, { 0, 0x12 } } })) << "asked for, unchanged";
     removeDeviceStateListener(&listener);
     setDeviceState(iPodConnected, false);
     run();
@@ -242,14 +232,14 @@ TEST_F(DeviceStatusTest, StoragesAndTheCameraAreWatched)
     toManager(Kernel::MSG_SYS_START);
     commands();
     fireTimer(DeviceStatusManager::usbScanTimer);
-    EXPECT_EQ(commands(), std::vector<Command> {});
+    EXPECT_EQ(commands(), Commands {});
     media.getChildFile("Hard Disk3").createDirectory();
     fireTimer(DeviceStatusManager::usbScanTimer);
     fireTimer(DeviceStatusManager::usbScanTimer);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_DEVICE_STATUS, { 1, 0 } } }));
     media.getChildFile("Hard Disk3").deleteRecursively();
     hostEvent(EVENT_DEVICE_STATUS);
-    EXPECT_EQ(commands(), (std::vector<Command> { { EVENT_DEVICE_STATUS, { 0, 0 } } }));
+    EXPECT_EQ(commands(), (Commands { { EVENT_DEVICE_STATUS, { 0, 0 } } }));
 
     for (const bool signal : { true, false })
     {

@@ -1,11 +1,8 @@
-#include "EngineApi/HostLink.h"
-#include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/hostlink/MonitorSendThread.h"
 #include "kernel/MessageIds.h"
-#include "lowlayer/HostcommDev.h"
 #include "support/KernelFixture.h"
 #include "support/LogCapture.h"
-#include "support/McuLink.h"
+#include "support/WithMcu.h"
 
 #include <chrono>
 
@@ -19,15 +16,9 @@ using Session = HostSessionManager;
 namespace
 {
 
-class HostSessionTest : public KernelFixture
+class HostSessionTest : public WithMcu<KernelFixture>
 {
 protected:
-    HostSessionTest()
-    {
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(Session::getInstance(), Kernel::hostSessionManagerId);
-    }
-
     void mcuSends(const Frame& frame)
     {
         mcu.send(frame);
@@ -35,19 +26,11 @@ protected:
     }
     void mcuAcknowledges(int sequence) { mcuSends(McuLink::acknowledgementOf(sequence)); }
     void toSession(SessionMessage id, int sequence) { send(Kernel::hostSessionManagerId, id, sequence); }
-    void synchronise()
-    {
-        mcuSends({ 200, EVENT_GET_LAST_MEMORY, {} });
-        mcu.takeWritten();
-        takePosted();
-    }
     Frames written()
     {
         run();
         return mcu.takeWritten();
     }
-
-    McuLink mcu;
 };
 
 const Frame lastMemory { 1, EVENT_GET_LAST_MEMORY, {} };
@@ -175,6 +158,7 @@ TEST_F(HostSessionTest, ADeadLinkDoesNotFillTheMemoryAndLosesNoHeartbeat)
 TEST_F(HostSessionTest, AReceiverThatDoesNotKeepUpLosesFramesAndNoMemoryIsLost)
 {
     synchronise();
+    takePosted();
     const LogCapture log;
     for (std::size_t i = 0; i < Session::maxWaitingEvents + 10; ++i)
         mcuSends({ static_cast<int>(i % 200), EVENT_KEY, { 1, 2, 3 } });
@@ -206,6 +190,7 @@ TEST_F(HostSessionTest, NothingIsDispatchedBeforeTheLastMemoryAnswer)
 TEST_F(HostSessionTest, RepeatsAreIgnoredUntilTwoOthersHaveCome)
 {
     synchronise();
+    takePosted();
     const auto numbered = [](int sequence) { return Frame { sequence, EVENT_DEVICE_STATUS, {} }; };
     for (const int sequence : { 5, 5, 6, 5, 7, 5 })
         mcuSends(numbered(sequence));
@@ -217,6 +202,7 @@ TEST_F(HostSessionTest, RepeatsAreIgnoredUntilTwoOthersHaveCome)
 TEST_F(HostSessionTest, WhatNobodyWantsIsAcknowledgedAllTheSame)
 {
     synchronise();
+    takePosted();
     mcuSends({ 1, EVENT_MUTE_STATE, {} });
     EXPECT_EQ(written(), Frames { McuLink::acknowledgementOf(1) });
     for (const auto& each : takePosted())

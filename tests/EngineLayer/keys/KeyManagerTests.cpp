@@ -1,21 +1,18 @@
 #include "EngineLayer/keys/KeyManager.h"
 
 #include "EngineApi/DeviceStatus.h"
-#include "EngineApi/HostLink.h"
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/Settings.h"
-#include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/settings/DataManager.h"
 #include "doubles/LinesDouble.h"
 #include "doubles/SystemDouble.h"
-#include "lowlayer/HostcommDev.h"
 #include "platform/channel/RemoteMessageIds.h"
 #include "platform/settings/SetupIndex.h"
 #include "support/FakeDevices.h"
 #include "support/LogCapture.h"
-#include "support/McuLink.h"
 #include "support/ScratchUnit.h"
 #include "support/StateFixture.h"
+#include "support/WithMcu.h"
 
 using namespace Platform;
 using namespace EngineApi;
@@ -31,7 +28,7 @@ namespace
 {
 
 /** The radio plays in front; the key manager among fake devices, with the real link to the microcontroller. */
-class KeyManagerTest : public StateFixture, protected ProvidedFakes
+class KeyManagerTest : public WithMcu<StateFixture>, protected ProvidedFakes
 {
 protected:
     KeyManagerTest()
@@ -40,14 +37,11 @@ protected:
         LinesDouble::reset();
         ScratchUnit::emptySettings(
             "7 = 1\n24 = 52\n25 = 53\n281 = 0\n286 = 11\n1028 = \"\"\n1031 = \"\"\n1042 = \"\"\n");
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         add(&keys, Kernel::keyManagerId);
         enterNormalRun();
         complete(mbFM);
         connect(AppRadio);
-        mcu.send({ 200, EVENT_GET_LAST_MEMORY, {} });
-        mcuHears();
+        synchronise();
         SystemDouble::advanceTicks(1000);
     }
 
@@ -67,12 +61,6 @@ protected:
     {
         SystemDouble::advanceTicks(1000);
         fromMcu(EVENT_KEY, { static_cast<std::uint8_t>(origin), static_cast<std::uint8_t>(key) });
-    }
-
-    /** What the microcontroller is told. */
-    Events mcuHears()
-    {
-        return mcu.hear([this] { run(); });
     }
 
     /** The key messages that pages got, as "mbCamera 65545 0". */
@@ -97,7 +85,6 @@ protected:
     Events answers() { return session.takeAnswers(); }
 
     ScratchUnit unit;
-    McuLink mcu;
     int sequence = 1;
     KeyManager& keys = *KeyManager::getInstance();
 };

@@ -1,17 +1,14 @@
 #include "EngineLayer/network/NavicoManager.h"
 
-#include "EngineApi/HostLink.h"
 #include "EngineApi/NavicoCanApi.h"
-#include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/settings/DataManager.h"
 #include "dsp/DSPSettingHelperImpl.h"
-#include "lowlayer/HostcommDev.h"
 #include "platform/channel/RemoteMessageIds.h"
 #include "platform/settings/SetupIndex.h"
 #include "support/ApplicationFixture.h"
 #include "support/Golden.h"
 #include "support/LogCapture.h"
-#include "support/McuLink.h"
+#include "support/WithMcu.h"
 
 using namespace Platform;
 using namespace EngineApi;
@@ -39,19 +36,16 @@ Bytes bytesIn(const juce::String& text)
     return { first, first + block.getSize() };
 }
 
-class NavicoManagerTest : public ApplicationFixture
+class NavicoManagerTest : public WithMcu<ApplicationFixture>
 {
 protected:
     NavicoManagerTest()
-        : ApplicationFixture(settings, { mbFM, mbUSBAudio, mbiPodAudio })
+        : WithMcu(settings, std::initializer_list<int> { mbFM, mbUSBAudio, mbiPodAudio })
     {
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
         add(NavicoManager::getInstance(), Kernel::navicoManagerId);
-        mcu.send({ 200, EVENT_GET_LAST_MEMORY, {} });
         playing(mbFM);
         setUp();
-        said();
+        synchronise();
     }
 
     /** Volumes and settings as at first. */
@@ -70,12 +64,6 @@ protected:
     void hear(int command, const Bytes& data)
     {
         send(Kernel::navicoManagerId, Kernel::MSG_HOST_EVENT, command, 0, pooled(data));
-    }
-
-    /** Command and data of what was sent to the microcontroller, "11 16 FE ...". */
-    Texts said()
-    {
-        return mcu.hear([this] { run(); });
     }
 
     /** One line of the document that begins with > or !. */
@@ -105,7 +93,7 @@ protected:
         for (const int index : toneSettings)
             if (getSettingInt(index) != before[index])
                 lines.add("= setting " + juce::String(index) + " " + juce::String(getSettingInt(index)));
-        for (const auto& frame : said())
+        for (const auto& frame : mcuHears())
         {
             const auto command = juce::String(frame).upToFirstOccurrenceOf(" ", true, false);
             EXPECT_EQ(command.getIntValue(), EVENT_PGN_SEND_CAN);
@@ -126,7 +114,6 @@ protected:
     }
 
     std::map<int, int> before;
-    McuLink mcu;
 };
 
 } // namespace
@@ -163,7 +150,7 @@ TEST_F(NavicoManagerTest, FitsItsRecordsIntoAFrame)
     setSettingString(zone2NameSetting, name, false, AppUnknown);
     const auto sizeAndName = [&](int lengthByteAt)
     {
-        const auto words = juce::StringArray::fromTokens(juce::String(said().at(0)), " ", "");
+        const auto words = juce::StringArray::fromTokens(juce::String(mcuHears().at(0)), " ", "");
         return std::pair(words.size() - 1, words[1 + lengthByteAt].getHexValue32());
     };
     constexpr int frameSize = 102, lengthAt = 6 + 3 + 9 + 1;
@@ -176,7 +163,7 @@ TEST_F(NavicoManagerTest, FitsItsRecordsIntoAFrame)
     setSettingInt(presetSetting, 5, false, AppUnknown);
     setSettingInt(highPassSetting, 4, false, AppUnknown);
     hear(EVENT_PGN_SEND_CAN, bytesIn("00 ed 01 00 23 02 00 15 fe 01 ff ff ff ff ff ff 01 01 01"));
-    EXPECT_THAT(said(), ElementsAre("11 15 FE 01 00 23 02 01 64 FD 02 08 01 00 FF 01 78 00 00 00 00 00 00 00"))
+    EXPECT_THAT(mcuHears(), ElementsAre("11 15 FE 01 00 23 02 01 64 FD 02 08 01 00 FF 01 78 00 00 00 00 00 00 00"))
         << "no code for the preset, the highest frequency there is";
 }
 
@@ -222,7 +209,7 @@ TEST_F(NavicoManagerTest, RelaysMediaTrafficToItsProgram)
                                   : Relayed { { each.program, message, static_cast<int>(each.data.size()) } };
         EXPECT_EQ(relayed(), expected) << each.source << " " << testing::PrintToString(each.data);
     }
-    EXPECT_THAT(said(), IsEmpty());
+    EXPECT_THAT(mcuHears(), IsEmpty());
 }
 
 TEST_F(NavicoManagerTest, SendsWhatProgramsHaveForTheNetworkBehindItsOwn)
@@ -237,7 +224,7 @@ TEST_F(NavicoManagerTest, SendsWhatProgramsHaveForTheNetworkBehindItsOwn)
     own.writeByte(0x42);
     sendPgnParcel(own);
     EXPECT_EQ(own.dataSize(), 0);
-    EXPECT_THAT(said(), ElementsAre("11 42", "7 09 FE 01", "11 09 FE 01", "12 09 FE 01"));
+    EXPECT_THAT(mcuHears(), ElementsAre("11 42", "7 09 FE 01", "11 09 FE 01", "12 09 FE 01"));
 }
 
 // The volume is turned while the link is busy: several reports wait, and what leaves last is how it is.
@@ -254,8 +241,8 @@ TEST_F(NavicoManagerTest, TheLastThatADisplayHearsOfAZoneIsTrue)
         send(Kernel::navicoManagerId, Kernel::MSG_NAVICO_SETUP_REPORT);
     }
     const std::string head = "11 16 FE 01 00 FF 02 ";
-    EXPECT_THAT(said(), ElementsAre(head + "01 1E F3", testing::EndsWith("46 6C 79 62 72 69 64 67 65"),
-                                    head + "02 32 F3", head + "01 30 F3"));
+    EXPECT_THAT(mcuHears(), ElementsAre(head + "01 1E F3", testing::EndsWith("46 6C 79 62 72 69 64 67 65"),
+                                        head + "02 32 F3", head + "01 30 F3"));
 }
 
 TEST_F(NavicoManagerTest, TellsVersionsAndKeepsWhatItIsTold)
@@ -264,10 +251,10 @@ TEST_F(NavicoManagerTest, TellsVersionsAndKeepsWhatItIsTold)
     hear(EVENT_SEND_VERSION, { 0 });
     EXPECT_EQ(getSettingString(osVersionSetting), "O12_170601");
     hear(EVENT_SEND_VERSION, { 3 });
-    EXPECT_THAT(said(), ElementsAre("10 00 4F 31 32 5F 31 37 30 36 30 31")) << "no file, no answer";
+    EXPECT_THAT(mcuHears(), ElementsAre("10 00 4F 31 32 5F 31 37 30 36 30 31")) << "no file, no answer";
     juce::File(AppConfig::getApplicationPath() + "Version.txt").replaceWithText("1.2\r\n\n");
     hear(EVENT_SEND_VERSION, { 3 });
-    EXPECT_THAT(said(), ElementsAre("10 03 31 2E 32"));
+    EXPECT_THAT(mcuHears(), ElementsAre("10 03 31 2E 32"));
     EXPECT_EQ(getSettingString(applicationVersionSetting), "1.2");
     hear(EVENT_SEND_VERSION, { 4, 'M', '7' });
     EXPECT_EQ(getSettingString(mcuVersionSetting), "M7");
@@ -277,7 +264,7 @@ TEST_F(NavicoManagerTest, TellsVersionsAndKeepsWhatItIsTold)
     EXPECT_EQ(getSettingString(deviceIdSetting), "D") << "no more than there is";
     for (const int command : { EVENT_SEND_VERSION, EVENT_SET_DEVICE_ID_FROM_CAN, EVENT_SETUP_FROM_CAN })
         hear(command, {});
-    EXPECT_THAT(said(), IsEmpty());
+    EXPECT_THAT(mcuHears(), IsEmpty());
 }
 
 // Three things ask for an update, and nothing that is almost one of them.
@@ -331,7 +318,7 @@ TEST_F(NavicoManagerTest, StandsDamageAndFloods)
     {
         audio.calls.clear();
         hear(EVENT_PGN_SEND_CAN, { whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length) });
-        EXPECT_EQ(said().size(), length >= 10 ? 1u : 0u) << length;
+        EXPECT_EQ(mcuHears().size(), length >= 10 ? 1u : 0u) << length;
         EXPECT_THAT(audio.calls, IsEmpty()) << length;
     }
 
@@ -343,6 +330,6 @@ TEST_F(NavicoManagerTest, StandsDamageAndFloods)
     const auto inFlight = mcu.takeWritten();
     ASSERT_EQ(inFlight.size(), 1u);
     mcu.send(McuLink::acknowledgementOf(inFlight.front().sequence));
-    EXPECT_THAT(said(), ElementsAre(testing::StartsWith("11 00 ED 01"), "11 16 FE 01 00 FF 02 02 18 F3",
-                                    "11 16 FE 01 00 FF 02 01 28 F3"));
+    EXPECT_THAT(mcuHears(), ElementsAre(testing::StartsWith("11 00 ED 01"), "11 16 FE 01 00 FF 02 02 18 F3",
+                                        "11 16 FE 01 00 FF 02 01 28 F3"));
 }

@@ -1,8 +1,5 @@
-#include "EngineApi/HostLink.h"
-#include "EngineLayer/hostlink/HostSessionManager.h"
-#include "lowlayer/HostcommDev.h"
-#include "support/McuLink.h"
 #include "support/StateFixture.h"
+#include "support/WithMcu.h"
 
 using namespace EngineApi;
 using namespace EngineLayer;
@@ -11,15 +8,12 @@ using namespace Pubhead;
 namespace
 {
 
-class PowerOffTest : public StateFixture
+class PowerOffTest : public WithMcu<StateFixture>
 {
 protected:
     PowerOffTest()
     {
-        add(LowLayer::HostcommDev::getInstance(), Kernel::hostcommDevId);
-        add(HostSessionManager::getInstance(), Kernel::hostSessionManagerId);
-        mcu.send({ 200, EVENT_GET_LAST_MEMORY, {} });
-        readyReports();
+        synchronise();
         enterNormalRun();
     }
 
@@ -38,8 +32,6 @@ protected:
         states.timerCallback(SystemStateManager::timerId);
         run();
     }
-
-    McuLink mcu;
 };
 
 } // namespace
