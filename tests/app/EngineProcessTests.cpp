@@ -1,5 +1,6 @@
 #include "bench/unit/Child.h"
 #include "support/Eventually.h"
+#include "support/PacketServer.h"
 #include "support/XServer.h"
 
 #include <gtest/gtest.h>
@@ -228,20 +229,12 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
 /** The audio DSP takes a block and never answers: neither a handler nor the exit waits for it. */
 TEST_F(EngineProcessTest, EndsAlthoughADeviceNeverAnswers)
 {
-    const auto path = folder.getChildFile("spi").getFullPathName();
-    const int listener = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    sockaddr_un address { .sun_family = AF_UNIX, .sun_path = {} };
-    path.copyToUTF8(address.sun_path, sizeof address.sun_path);
-    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(listener, 1), 0);
-
+    PacketServer chip(folder.getChildFile("spi").getFullPathName(), [](const Packet&) { return std::nullopt; });
     start({ "--config", writeConfiguration("spi2 = \"socket:spi\"\n").getFullPathName() });
     ASSERT_TRUE(engineSpeaks());
     sendToEngine({ 0xA0, 0x55, 0x01, 0x08, 0x00, 0x01, 0x00, 0xFF });
-    pollfd connection { listener, POLLIN, 0 };
-    ASSERT_EQ(poll(&connection, 1, 10000), 1);
+    ASSERT_TRUE(eventually([&chip] { return !chip.takeRequests().empty(); }));
     const auto outcome = terminate();
-    close(listener);
     EXPECT_EQ(outcome.status, "exit 0");
     EXPECT_FALSE(outcome.output.contains("fault:")) << outcome.output;
     for (const auto* waiting : { "SystemGroup does not stop", "DSP does not stop" })

@@ -40,24 +40,15 @@ struct Line
     std::function<void()> openObserver;
 };
 
-struct Lines
-{
-    std::mutex lock;
-    std::map<juce::String, Line> byName;
-};
-
-Lines& lines()
-{
-    static Lines instance;
-    return instance;
-}
+std::mutex lock;
+std::map<juce::String, Line> lines;
 
 /** What the action answers about the named line, under the lock. */
 template <typename Action>
 auto withLine(const juce::String& name, Action action)
 {
-    const std::lock_guard guard(lines().lock);
-    return action(lines().byName[name]);
+    const std::lock_guard guard(lock);
+    return action(lines[name]);
 }
 
 } // namespace
@@ -135,8 +126,8 @@ namespace doubles
 
 void SerialPortDouble::reset()
 {
-    const std::lock_guard guard(lines().lock);
-    for (auto& [name, line] : lines().byName)
+    const std::lock_guard guard(lock);
+    for (auto& [name, line] : lines)
         line = Line {
             .delivery = line.delivery, .baudRate = line.baudRate, .written = {}, .writeObserver = {}, .openObserver = {}
         };

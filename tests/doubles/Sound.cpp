@@ -21,28 +21,23 @@ struct State
 
 std::mutex mutex;
 std::condition_variable released;
-
-State& state()
-{
-    static State instance;
-    return instance;
-}
+State state;
 
 } // namespace
 
 bool PlaySound(const juce::String& file)
 {
     std::unique_lock lock(mutex);
-    released.wait(lock, [] { return !state().held; });
-    state().calls.push_back(file);
-    state().playing = file;
+    released.wait(lock, [] { return !state.held; });
+    state.calls.push_back(file);
+    state.playing = file;
     return file.isNotEmpty();
 }
 
 void releaseSound()
 {
     const std::scoped_lock lock(mutex);
-    state().playing.clear();
+    state.playing.clear();
 }
 
 namespace doubles
@@ -51,25 +46,25 @@ namespace doubles
 void SoundDouble::reset()
 {
     const std::scoped_lock lock(mutex);
-    state() = {};
+    state = {};
 }
 
 std::vector<juce::String> SoundDouble::takeCalls()
 {
     const std::scoped_lock lock(mutex);
-    return std::exchange(state().calls, {});
+    return std::exchange(state.calls, {});
 }
 
 juce::String SoundDouble::getPlaying()
 {
     const std::scoped_lock lock(mutex);
-    return state().playing;
+    return state.playing;
 }
 
 void SoundDouble::hold(bool held)
 {
     const std::scoped_lock lock(mutex);
-    state().held = held;
+    state.held = held;
     released.notify_all();
 }
 

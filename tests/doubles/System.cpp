@@ -21,12 +21,7 @@ struct State
 };
 
 std::mutex mutex;
-
-State& state()
-{
-    static State instance;
-    return instance;
-}
+State state;
 
 } // namespace
 
@@ -38,13 +33,13 @@ juce::Result writeRegistryValue(const juce::String&, const juce::String&, juce::
 void setWaveOutVolume(juce::uint32 volume)
 {
     const std::scoped_lock lock(mutex);
-    state().waveOutVolume = volume;
+    state.waveOutVolume = volume;
 }
 
 juce::uint32 getWaveOutVolume()
 {
     const std::scoped_lock lock(mutex);
-    return state().waveOutVolume;
+    return state.waveOutVolume;
 }
 
 void installExceptionHook() {}
@@ -58,39 +53,34 @@ bool requestRealtimePriority()
     return false;
 }
 
-namespace doubles
-{
-
-void SystemDouble::reset()
+void doubles::SystemDouble::reset()
 {
     const std::scoped_lock lock(mutex);
-    state() = {};
+    state = {};
 }
-
-} // namespace doubles
 
 std::optional<juce::uint32> getUniqueId()
 {
     const std::scoped_lock lock(mutex);
-    return state().uniqueId;
+    return state.uniqueId;
 }
 
 void doubles::SystemDouble::setUniqueId(juce::uint32 id)
 {
     const std::scoped_lock lock(mutex);
-    state().uniqueId = id;
+    state.uniqueId = id;
 }
 
 juce::uint32 getTickCount()
 {
     const std::scoped_lock lock(mutex);
-    return state().ticks;
+    return state.ticks;
 }
 
 void doubles::SystemDouble::advanceTicks(juce::uint32 milliseconds)
 {
     const std::scoped_lock lock(mutex);
-    state().ticks += milliseconds;
+    state.ticks += milliseconds;
 }
 
 } // namespace Platform

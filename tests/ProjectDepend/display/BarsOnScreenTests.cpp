@@ -295,8 +295,6 @@ TEST_F(BarsOnScreenTest, EachBarShowsItsPictureAndItsText)
     } cases[] {
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 1, 27, "volumebar\\MainVolume\\ORB600 Vol27.png", volumeBounds, nothing,
           white },
-        { volumeBar(), Kernel::MSG_VOLUME_SHOW, 1, 50, "volumebar\\MainVolume\\ORB600 Vol50.png", volumeBounds, nothing,
-          white },
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 2, 5, "volumebar\\Zone2Volume\\ZVOL5.png", volumeBounds, zoneName,
           white },
         { volumeBar(), Kernel::MSG_VOLUME_SHOW, 3, 1, "volumebar\\mute.png", muteBounds, muteText, white },
