@@ -44,29 +44,16 @@ Bundle::Ptr copyOf(const Bundle::Ptr& original)
 {
     if (original == nullptr)
         return nullptr;
-    const auto copy = Bundle::obtain();
-    struct Put
-    {
-        Bundle& target;
-        const juce::String& key;
-        void operator()(juce::int32 value) const { target.putInt(key, value); }
-        void operator()(bool value) const { target.putBool(key, value); }
-        void operator()(const juce::String& value) const { target.putString(key, value); }
-        void operator()(const juce::MemoryBlock& value) const
-        {
-            target.putByteArray(key, value.getData(), static_cast<int>(value.getSize()));
-        }
-        void operator()(const Bundle::Ptr& value) const { target.putBundle(key, copyOf(value)); }
-        void operator()(const std::vector<Bundle::Ptr>& value) const
+    const Bundle::Ptr copy = new Bundle(*original);
+    for (const auto& [key, value] : original->getValues())
+        if (const auto* inner = std::get_if<Bundle::Ptr>(&value))
+            copy->putBundle(key, copyOf(*inner));
+        else if (const auto* list = std::get_if<std::vector<Bundle::Ptr>>(&value))
         {
             std::vector<Bundle::Ptr> copies;
-            for (const auto& each : value)
-                copies.push_back(copyOf(each));
-            target.putBundleList(key, std::move(copies));
+            std::transform(list->begin(), list->end(), std::back_inserter(copies), copyOf);
+            copy->putBundleList(key, std::move(copies));
         }
-    };
-    for (const auto& [key, value] : original->getValues())
-        std::visit(Put { *copy, key }, value);
     return copy;
 }
 
