@@ -1,22 +1,20 @@
 #include "bench/unit/Child.h"
 #include "support/Eventually.h"
 #include "support/PacketServer.h"
+#include "support/Terminal.h"
 #include "support/XServer.h"
 
 #include <gtest/gtest.h>
 #include <juce_core/juce_core.h>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <poll.h>
-#include <pty.h>
 #include <set>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <termios.h>
 #include <unistd.h>
 
 namespace
@@ -35,23 +33,11 @@ struct Outcome
 class EngineProcessTest : public testing::Test
 {
 protected:
-    EngineProcessTest()
-    {
-        folder.createDirectory();
-        std::array<char, 64> name {};
-        EXPECT_EQ(openpty(&terminal, &terminalUser, name.data(), nullptr, nullptr), 0);
-        termios settings {};
-        tcgetattr(terminalUser, &settings);
-        cfmakeraw(&settings);
-        tcsetattr(terminalUser, TCSANOW, &settings);
-        port = name.data();
-    }
+    EngineProcessTest() { folder.createDirectory(); }
 
     ~EngineProcessTest() override
     {
         engine.reset();
-        close(terminal);
-        close(terminalUser);
         shm_unlink(sysInfoName().toRawUTF8());
         folder.deleteRecursively();
     }
@@ -67,14 +53,16 @@ protected:
             "\"\nmedia_root = \"media/\"\n"
             "camera_hold_file = \"camera\"\nlog_library = \"" HEADUNIT_BUILD_DIR "/lib/libVX_Logcat.so\"\n"
             "[mcu]\nport = \"" +
-            port + "\"\n[ipc]\naddress = \"unix:path=" + folder.getChildFile("no-bus").getFullPathName() +
+            terminal.name + "\"\n[ipc]\naddress = \"unix:path=" + folder.getChildFile("no-bus").getFullPathName() +
             "\"\n[bus]\ni2c1 = \"socket:i2c\"\ngpio = \"socket:gpio\"\n" + extra);
         return file;
     }
 
     void start(const juce::StringArray& arguments)
     {
-        forgetWhatWasSaid();
+        // Drops what an engine that is gone has sent.
+        while (terminal.hears(0))
+            terminal.receive(1);
         output = folder.getNonexistentChildFile("output", {});
         Bench::Child::Options options;
         options.program = engineProgram;
@@ -111,36 +99,13 @@ protected:
         return names;
     }
 
-    void sendToEngine(const std::vector<std::uint8_t>& bytes) const
-    {
-        EXPECT_EQ(write(terminal, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    }
-
-    /** True when the engine sent anything within the time; the longest is one that a loaded machine does not need. */
-    bool engineSpeaks(int milliseconds = 60000) const
-    {
-        pollfd descriptor { terminal, POLLIN, 0 };
-        return poll(&descriptor, 1, milliseconds) == 1;
-    }
-
-    /** Drops what an engine that is gone has sent. */
-    void forgetWhatWasSaid() const
-    {
-        std::array<char, 512> bytes {};
-        while (engineSpeaks(0) && read(terminal, bytes.data(), bytes.size()) > 0)
-        {
-        }
-    }
-
     juce::File folder = juce::File::createTempFile("engine");
-    juce::String port;
+    const Terminal terminal;
     std::unique_ptr<Bench::Child> engine;
 
 private:
     juce::String sysInfoName() const { return "/" + folder.getFileName(); }
 
-    int terminal = -1;
-    int terminalUser = -1;
     std::string status; ///< of the last one that ended
     juce::File output;
 };
@@ -214,9 +179,9 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
     const auto hold = folder.getChildFile("camera");
     hold.create();
     start({ "--config", writeConfiguration().getFullPathName() });
-    EXPECT_FALSE(engineSpeaks(1500));
+    EXPECT_FALSE(terminal.hears(1500));
     hold.deleteFile();
-    EXPECT_TRUE(engineSpeaks());
+    EXPECT_TRUE(terminal.hears());
     const std::set<juce::String> expected { "GeneralHigh", "GeneralNormal", "GeneralLow", "System",
                                             "MonitorSend", "serial",        "ipc",        "MonitorThread" };
     // The engine speaks while the last of them begin.
@@ -231,8 +196,8 @@ TEST_F(EngineProcessTest, EndsAlthoughADeviceNeverAnswers)
 {
     PacketServer chip(folder.getChildFile("spi").getFullPathName(), [](const Packet&) { return std::nullopt; });
     start({ "--config", writeConfiguration("spi2 = \"socket:spi\"\n").getFullPathName() });
-    ASSERT_TRUE(engineSpeaks());
-    sendToEngine({ 0xA0, 0x55, 0x01, 0x08, 0x00, 0x01, 0x00, 0xFF });
+    ASSERT_TRUE(terminal.hears());
+    terminal.send(std::string("\xA0\x55\x01\x08\x00\x01\x00\xFF", 8));
     ASSERT_TRUE(eventually([&chip] { return !chip.takeRequests().empty(); }));
     const auto outcome = terminate();
     EXPECT_EQ(outcome.status, "exit 0");
@@ -247,7 +212,7 @@ TEST_F(EngineProcessTest, LogsToStandardErrorWithoutTheLibrary)
     const auto file = writeConfiguration();
     file.replaceWithText(file.loadFileAsString().replace("libVX_Logcat.so", "no-such-library.so"));
     start({ "--config", file.getFullPathName() });
-    EXPECT_TRUE(engineSpeaks());
+    EXPECT_TRUE(terminal.hears());
     const auto outcome = terminate();
     EXPECT_EQ(outcome.status, "exit 0");
     EXPECT_TRUE(outcome.output.contains("headunit-engine: no log library: ")) << outcome.output;
@@ -259,7 +224,7 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
 {
     const auto configuration = writeConfiguration().getFullPathName();
     start({ "--config", configuration });
-    ASSERT_TRUE(engineSpeaks());
+    ASSERT_TRUE(terminal.hears());
     auto first = std::move(engine);
     start({ "--config", configuration });
     const auto second = finish();
@@ -271,7 +236,7 @@ TEST_F(EngineProcessTest, RunsOnceAUnit)
     const auto lock = folder.getChildFile("registry/engine.lock");
     ASSERT_TRUE(lock.deleteFile() && target.createSymbolicLink(lock, true));
     start({ "--config", configuration });
-    EXPECT_TRUE(engineSpeaks());
+    EXPECT_TRUE(terminal.hears());
     EXPECT_FALSE(target.existsAsFile());
     EXPECT_EQ(terminate().status, "exit 0");
 }
@@ -286,7 +251,7 @@ TEST_F(EngineProcessTest, NoDisplayHoldsItUp)
     const auto runOnce = [&](const char* display)
     {
         start({ "--config", writeConfiguration({}, display).getFullPathName() });
-        EXPECT_TRUE(engineSpeaks());
+        EXPECT_TRUE(terminal.hears());
         const auto begin = juce::Time::getMillisecondCounter();
         const auto outcome = terminate();
         EXPECT_EQ(outcome.status, "exit 0") << outcome.output;
@@ -307,7 +272,7 @@ TEST_F(EngineProcessTest, TakesUpALateDisplayAndOutlivesIt)
     XServer server;
     server.stop();
     start({ "--config", writeConfiguration({}, "auto").getFullPathName() });
-    ASSERT_TRUE(engineSpeaks());
+    ASSERT_TRUE(terminal.hears());
     server.start();
     ASSERT_TRUE(server.isRunning());
     const auto log = folder.getChildFile("log");

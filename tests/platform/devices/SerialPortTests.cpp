@@ -2,13 +2,11 @@
 
 #include "support/ErrorLog.h"
 #include "support/Eventually.h"
+#include "support/Terminal.h"
 
 #include <atomic>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <pty.h>
-#include <unistd.h>
 
 using namespace Platform;
 
@@ -16,57 +14,6 @@ namespace
 {
 
 constexpr int baudRate = 115200;
-
-/** A pseudo-terminal; the test holds the end that a device would have. */
-class Terminal
-{
-public:
-    Terminal()
-    {
-        char path[128] {};
-        termios raw {};
-        cfmakeraw(&raw);
-        EXPECT_EQ(openpty(&device, &unit, path, &raw, nullptr), 0);
-        name = path;
-    }
-    ~Terminal()
-    {
-        close(device);
-        close(unit);
-    }
-
-    void send(const std::string& bytes) const
-    {
-        for (size_t sent = 0; sent < bytes.size();)
-        {
-            const auto count = ::write(device, bytes.data() + sent, bytes.size() - sent);
-            ASSERT_GT(count, 0);
-            sent += static_cast<size_t>(count);
-        }
-    }
-
-    /** Waits for so many bytes. */
-    std::string receive(size_t length) const
-    {
-        std::string bytes;
-        pollfd waiting { device, POLLIN, 0 };
-        while (bytes.size() < length && poll(&waiting, 1, 60000) > 0)
-        {
-            char part[4096];
-            const auto count = ::read(device, part, sizeof(part));
-            if (count <= 0)
-                break;
-            bytes.append(part, static_cast<size_t>(count));
-        }
-        return bytes;
-    }
-
-    juce::String name;
-
-private:
-    int device = -1;
-    int unit = -1;
-};
 
 class Receiver : public SerialCallBack
 {
