@@ -54,7 +54,6 @@ private:
 
     struct LaunchRequest
     {
-
         int appType;
         int page;
         juce::String path;
