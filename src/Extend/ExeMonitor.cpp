@@ -143,18 +143,13 @@ void ExeMonitor::onStop()
 bool ExeMonitor::launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle,
                            bool background)
 {
-    const LaunchRequest::Ptr request = new LaunchRequest;
-    request->appType = appType;
-    request->page = page;
-    request->path = path;
-    request->bundle = std::move(bundle);
-    request->background = background;
-    return launch(request);
+    return launch({ appType, page, path, std::move(bundle), background });
 }
 
 bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)
 {
-    if (getAppState(appType) != kConnected || isEnding(appType))
+    const juce::ScopedLock launching(launchLock);
+    if (getAppState(appType) != kConnected || mustWait(appType))
         return launchApp(appType, page, path, std::move(bundle), false);
     setNextPage(page);
     sendCommandLine(appType, bundle);
@@ -175,33 +170,35 @@ bool ExeMonitor::isEnding(int appType) const
            (state == kConnected && appType != Pubhead::AppNavi && !MessageHelper::isPresent(appType));
 }
 
-bool ExeMonitor::launch(const LaunchRequest::Ptr& request)
+bool ExeMonitor::mustWait(int appType) const
 {
-    const int appType = request->appType;
+    return isEnding(appType) ||
+           std::ranges::any_of(launchQueue, [=](const auto& request) { return request.appType == appType; });
+}
+
+bool ExeMonitor::launch(const LaunchRequest& request)
+{
+    const int appType = request.appType;
     const juce::ScopedLock launching(launchLock);
-    int state = kDisconnect;
+    if (mustWait(appType))
     {
-        const juce::ScopedLock guard(lock);
-        state = getAppState(appType);
-        // Posted under the lock: the end of the process is handled after it and finds the request in the queue.
-        if (isEnding(appType))
-        {
-            Kernel::postSystemMessage(Kernel::exeMonitorId, msgQueueLaunch, 0, 0, request.get());
-            return false;
-        }
+        launchQueue.push_back(request);
+        startTimer(closingTimer, closingPeriodMs);
+        return false;
     }
+    const int state = getAppState(appType);
     const bool isTakenOver = state == kDisconnect && takeOver(appType);
     const bool isNew = state == kDisconnect && !isTakenOver;
-    if (isNew && !createProgram(*request))
+    if (isNew && !createProgram(request))
         return false;
     // Before the program is told: the view manager forgets a page that is asked for before it knows it. A new process
     // has its command line, and its hello waits for the end of the launch.
-    if (!request->background)
-        setNextPage(request->page);
+    if (!request.background)
+        setNextPage(request.page);
     if (state == kStarting || isTakenOver)
-        postCommandLine(appType, request->bundle);
+        postCommandLine(appType, request.bundle);
     else if (!isNew)
-        sendCommandLine(appType, request->bundle);
+        sendCommandLine(appType, request.bundle);
     return true;
 }
 
@@ -347,13 +344,6 @@ void ExeMonitor::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg
         return handleStateChange(arg1, arg2);
     case msgCommandLine:
         return sendCommandLine(arg1, Kernel::payloadAs<Platform::Bundle>(payload));
-    case msgQueueLaunch:
-        if (auto* request = Kernel::payloadAs<LaunchRequest>(payload))
-        {
-            launchQueue.push_back(request);
-            startTimer(closingTimer, closingPeriodMs);
-        }
-        return;
     default:
         return;
     }
@@ -409,12 +399,14 @@ void ExeMonitor::handleProcessEnd(int appType)
 
 void ExeMonitor::runQueuedLaunches(int appType)
 {
+    // Held to the end, so that a launch that comes meanwhile does not overtake those that waited.
+    const juce::ScopedLock launching(launchLock);
     if (launchQueue.empty())
         return;
-    // Out of the queue first: a launch that has to wait again comes back as a message.
+    // Out of the queue first: a launch that has to wait again goes back into it.
     const auto due = std::stable_partition(launchQueue.begin(), launchQueue.end(),
-                                           [=](const auto& request) { return request->appType != appType; });
-    const std::vector<LaunchRequest::Ptr> requests(due, launchQueue.end());
+                                           [=](const auto& request) { return request.appType != appType; });
+    const std::vector<LaunchRequest> requests(due, launchQueue.end());
     launchQueue.erase(due, launchQueue.end());
     if (launchQueue.empty())
         stopTimer(closingTimer);
@@ -457,9 +449,10 @@ void ExeMonitor::judgeHeartbeat(const std::set<int>& silentApps)
 
 void ExeMonitor::endClosingApps()
 {
+    const juce::ScopedLock launching(launchLock);
     std::set<int> awaited;
     for (const auto& request : launchQueue)
-        awaited.insert(request->appType);
+        awaited.insert(request.appType);
     for (const int appType : awaited)
         if (getAppState(appType) == kClosing)
             terminateApp(appType);

@@ -49,14 +49,11 @@ private:
         msgHello = 1,          ///< arg1 program
         msgHeartbeatReply = 2, ///< arg1 program
         msgStateChanged = 3,   ///< arg1 program, arg2 new state
-        msgCommandLine = 4,    ///< arg1 program, payload bundle
-        msgQueueLaunch = 5     ///< payload the request
+        msgCommandLine = 4     ///< arg1 program, payload bundle
     };
 
-    struct LaunchRequest : public juce::ReferenceCountedObject
+    struct LaunchRequest
     {
-        using Ptr = juce::ReferenceCountedObjectPtr<LaunchRequest>;
-
         int appType;
         int page;
         juce::String path;
@@ -66,9 +63,11 @@ private:
 
     ExeMonitor();
 
-    bool launch(const LaunchRequest::Ptr& request);
+    bool launch(const LaunchRequest& request);
     /** Whether it is closing, or its process has ended and the news is on its way: what it is told now is lost. */
     bool isEnding(int appType) const;
+    /** Whether it is ending, or an earlier launch of it waits. Under `launchLock`. */
+    bool mustWait(int appType) const;
     /** False when it does not run. */
     bool takeOver(int appType);
     bool createProgram(const LaunchRequest& request);
@@ -85,8 +84,9 @@ private:
     void judgeHeartbeat(const std::set<int>& silentApps);
     void endClosingApps();
 
-    /** One launch at a time; held while a process is made, so that nothing of it is handled half-way. */
+    /** One launch at a time; held while a process is made, so that nothing of it is handled half-way. Taken first. */
     juce::CriticalSection launchLock;
+    std::vector<LaunchRequest> launchQueue; ///< guarded by `launchLock`
     /** Guards everything up to the monitor, and its table. */
     juce::CriticalSection lock;
     std::map<int, int> appStates;
@@ -95,7 +95,6 @@ private:
     MonitorThread monitor;
 
     // The component's thread only.
-    std::vector<LaunchRequest::Ptr> launchQueue;
     std::set<int> namedSilent; ///< programs whose silence is in the log; they have not answered since
     int failedHeartbeats = 0;
 };

@@ -310,7 +310,7 @@ TEST_F(ExeMonitorTest, StartsAnewWhatHasJustDied)
 
 /**
     A process that ends has left the channel before it is gone. What is asked for in between is not told to nobody: it
-    waits for the end, or for the program if that comes back.
+    waits for the end, or for the program if that comes back; and what is asked for later waits behind it.
 */
 TEST_F(ExeMonitorTest, WaitsForAProgramThatHasLeftTheChannel)
 {
@@ -325,8 +325,9 @@ TEST_F(ExeMonitorTest, WaitsForAProgramThatHasLeftTheChannel)
 
     IpcDouble::setPresent(AppRadio, false);
     monitor.showOrLaunchApp(AppRadio, mbFM, radioPath, pageShow());
-    run();
     ProcessDouble::end(pid);
+    ASSERT_TRUE(eventually([&] { return monitor.getAppState(AppRadio) == kDisconnect; }));
+    EXPECT_FALSE(monitor.launchApp(AppRadio, mbAM, radioPath, pageShow(), false)) << "it would overtake the first";
     awaitState(AppRadio, kStarting);
     EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u);
 }
