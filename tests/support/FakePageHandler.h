@@ -43,7 +43,11 @@ public:
             requestState(EngineApi::AppAction::ToShow, autoSwitch);
     }
     void notifyPage() override { EngineApi::postToPage(config.page, Kernel::MSG_APP_PAGE_NOTIFY, 0, 0); }
-    void adjustScheduleInfo(EngineApi::ScheduleInfo&) override {}
+    void adjustScheduleInfo(EngineApi::ScheduleInfo& info) override
+    {
+        if (!competesForSound)
+            info.playLevel = info.audioLevel = EngineApi::PageScheduleConfig::noCompetition;
+    }
 
     /** What the page does with an order before it reports. */
     void carryOut(const EngineApi::AppStateSwitch& order)
@@ -59,6 +63,7 @@ public:
 
     std::atomic<bool> available { true };
     std::atomic<bool> resident { false };
+    std::atomic<bool> competesForSound { true };
     std::atomic<int> requests { 0 };
 
 private:

@@ -131,7 +131,6 @@ void Scheduler::run(EngineApi::ScheduleInfo& page, bool toFront)
     show(page, toFront);
     resolvePlay(page, page.isRear);
     resolveAudio(page, page.isRear);
-    dropCoveredSources(page, page.isRear);
     placeRequest();
 }
 

@@ -48,7 +48,6 @@ private:
     void resolvePlay(EngineApi::ScheduleInfo& page, bool rear);
     void releasePlay(EngineApi::ScheduleInfo& page);
     void resolveAudio(EngineApi::ScheduleInfo& page, bool rear);
-    void dropCoveredSources(const EngineApi::ScheduleInfo& page, bool rear);
 
     // SwitchActionBuilder.cpp: the difference between the tables as orders.
     SwitchAction::Ptr buildSwitchAction(int requestPage, bool deviceFlag);

@@ -183,14 +183,4 @@ void Scheduler::resolveAudio(EngineApi::ScheduleInfo& page, bool rear)
         page.states.audioState = EngineApi::PageStates::held;
 }
 
-void Scheduler::dropCoveredSources(const EngineApi::ScheduleInfo& page, bool rear)
-{
-    if (rear || !page.isNormalSource)
-        return;
-    for (const auto& other : state.nextFront)
-        if (other->isNormalSource && other->states.showState > page.states.showState &&
-            other->states.playState == EngineApi::PageStates::stopped)
-            other->states.showState = notShown;
-}
-
 } // namespace EngineLayer

@@ -146,6 +146,23 @@ TEST_F(KeyManagerTest, ReturnOnlyEndsTheAlert)
     EXPECT_THAT(takeSent(), IsEmpty());
 }
 
+TEST_F(KeyManagerTest, FavouritesGoToTheProgramThatPlays)
+{
+    for (const auto& [page, appType, message] :
+         { std::array<int, 3> { mbFM, AppRadio, RMSG_FAVOURITE }, { mbSirius, AppSirius, RMSG_SXM_FAVOURITE } })
+    {
+        complete(page);
+        connect(appType);
+        favouriteBar.shown = true;
+        press(KEY_ROTARY_NEXT);
+        press(KEY_AMS1);
+        EXPECT_THAT(takeSent(), ElementsAre(Sent { appType, message, 0, favouriteBar.messages.back()[1] }));
+        favouriteBar.shown = false;
+        press(KEY_FAVORITIES); // back to the bar's own
+        takeSent();
+    }
+}
+
 TEST_F(KeyManagerTest, KeysOfTheMcuWaitWhileASwitchIsUnderWayThoseOfTheRemoteDoNot)
 {
     request(mbAM, AppAction::ToRun);

@@ -97,6 +97,19 @@ TEST_F(ApplicationManagerTest, ThePictureOfTheUnitIsLogged)
     EXPECT_THAT(texts, Contains("++++++++++++ | Schedule SwitchAction"));
 }
 
+TEST_F(ApplicationManagerTest, AdjustedLevelsReachTheScheduler)
+{
+    enterNormalRun();
+    complete(mbFM);
+    for (const bool competes : { false, true })
+    {
+        pages[mbBTPhone]->competesForSound = competes;
+        complete(mbBTPhone);
+        EXPECT_EQ(pages[mbFM]->getRunState().states.playState, competes ? PageStates::stopped : PageStates::playing);
+        complete(mbBTPhone, AppAction::ToStop);
+    }
+}
+
 TEST_F(ApplicationManagerTest, ACompletedSwitchIsAnnounced)
 {
     const ImagesOnly bar;

@@ -136,7 +136,8 @@ TEST_F(SystemStateTest, ALateReportDoesNotStartTheNextSourceEarly)
     complete(mbWB);
     request(mbAM, AppAction::ToRun);
     EXPECT_EQ(events(), Events { "mbWB stop" });
-    send(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, mbFM, 1);
+    for (const int page : { mbFM, mbAM }) // AM has not been told anything yet
+        send(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, page, 1);
     EXPECT_EQ(events(), Events {});
     answer(mbWB);
     EXPECT_EQ(events(), Events { "mbAM run" });
