@@ -1,7 +1,6 @@
 #include "Extend/MonitorThread.h"
 
 #include "platform/base/Logger.h"
-#include "platform/base/Threads.h"
 
 namespace Extend
 {
@@ -16,7 +15,7 @@ constexpr int failedWaitDelayMs = 20;
 } // namespace
 
 MonitorThread::MonitorThread(juce::CriticalSection& statesLock, std::function<void(int)> endHandler)
-    : juce::Thread("MonitorThread")
+    : Platform::Thread("MonitorThread")
     , lock(statesLock)
     , onEnded(std::move(endHandler))
 {
@@ -61,7 +60,6 @@ void MonitorThread::stop()
 
 void MonitorThread::run()
 {
-    Platform::enterThread(getThreadName());
     while (!threadShouldExit())
     {
         // The wait works on a copy: programs may be added meanwhile, which wakes it.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/Process.h"
+#include "platform/base/Threads.h"
 
 #include <functional>
 #include <map>
@@ -12,7 +13,7 @@ namespace Extend
     Waits for the end of the source programs' processes, at most one a program. Its table is guarded by the lock of the
     program states, so that a state and its process change together.
 */
-class MonitorThread : public juce::Thread
+class MonitorThread : public Platform::Thread
 {
 public:
     /** `endHandler` runs on this thread and under the lock, when the process is out of the table already. */

@@ -3,6 +3,7 @@
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
 #include "ProjectDepend/FavouriteList.h"
+#include "platform/base/Time.h"
 #include "platform/screen/CVXButton.h"
 #include "platform/screen/CVXStatic.h"
 
@@ -14,7 +15,7 @@ namespace Bar
     voltage, and tells the wired remote which one is selected. Closes by itself after 10 s, or 5 s over the camera's
     picture.
 */
-class FavoriteBar : public EngineApi::FavoriteBar, public BarWindow, public juce::MultiTimer
+class FavoriteBar : public EngineApi::FavoriteBar, public BarWindow, public Platform::MultiTimer
 {
 public:
     using CallbackMessage = BarCallbackMessage<FavoriteBar>;

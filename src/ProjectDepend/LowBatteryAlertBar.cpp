@@ -3,7 +3,6 @@
 #include "kernel/MessageIds.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
-#include "platform/base/Threads.h"
 #include "platform/config/Configuration.h"
 #include "platform/sound/Sound.h"
 
@@ -83,7 +82,7 @@ void LowBatteryAlertBar::stopSound()
 }
 
 LowBatteryAlertBar::AlertAudioThread::AlertAudioThread()
-    : juce::Thread("AlertAudio")
+    : Platform::Thread("AlertAudio")
 {
 }
 
@@ -104,7 +103,6 @@ bool LowBatteryAlertBar::AlertAudioThread::silence()
 
 void LowBatteryAlertBar::AlertAudioThread::run()
 {
-    Platform::enterThread(getThreadName());
     while (!threadShouldExit())
     {
         if (isWanted)

@@ -2,6 +2,7 @@
 
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
+#include "platform/base/Threads.h"
 
 namespace Bar
 {
@@ -23,7 +24,7 @@ public:
 
 private:
     /** Plays the alert in a loop, at a reduced volume, while it is wanted; of all alerts, from the first one on. */
-    class AlertAudioThread : public juce::Thread
+    class AlertAudioThread : public Platform::Thread
     {
     public:
         AlertAudioThread();
@@ -34,7 +35,7 @@ private:
 
     private:
         std::atomic<bool> isWanted { false };
-        juce::WaitableEvent silent { true };
+        Platform::Event silent { true };
     };
 
     void startSound();

@@ -2,6 +2,7 @@
 
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
+#include "platform/base/Time.h"
 #include "platform/screen/CVXButton.h"
 #include "platform/screen/CVXImageView.h"
 
@@ -9,7 +10,7 @@ namespace Bar
 {
 
 /** Shows a changed volume for 2000 ms, and the mute for as long as it lasts. */
-class VolumeBar : public EngineApi::VolumeBar, public BarWindow, public juce::Timer
+class VolumeBar : public EngineApi::VolumeBar, public BarWindow, public Platform::Timer
 {
 public:
     using CallbackMessage = BarCallbackMessage<VolumeBar>;

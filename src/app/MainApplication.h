@@ -2,13 +2,14 @@
 
 #include "app/MainWindow.h"
 #include "app/TerminationSignal.h"
+#include "platform/base/Time.h"
 #include "platform/config/Configuration.h"
 
 /**
     The application object: prepares the process, builds the engine once the camera leaves the screen, and takes it
     down.
 */
-class MainApplication : public juce::JUCEApplication, public juce::MultiTimer, public juce::ActionListener
+class MainApplication : public juce::JUCEApplication, public Platform::MultiTimer, public juce::ActionListener
 {
 public:
     MainApplication();

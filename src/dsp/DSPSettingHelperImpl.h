@@ -2,6 +2,7 @@
 
 #include "dsp/DSPSettingHelper.h"
 #include "kernel/Singleton.h"
+#include "platform/base/Time.h"
 #include "platform/config/CVXIniReadWrite.h"
 
 #include <array>
@@ -18,7 +19,7 @@ namespace Dsp
 */
 class DSPSettingHelperImpl : public DSPSettingHelper,
                              public Kernel::Singleton<DSPSettingHelperImpl>,
-                             private juce::Timer
+                             private Platform::Timer
 {
 public:
     DSPSettingHelperImpl();

@@ -35,11 +35,11 @@ struct Workers
 
 } // namespace
 
-class DeviceWorker::WorkerThread : public juce::Thread
+class DeviceWorker::WorkerThread : public Platform::Thread
 {
 public:
-    WorkerThread(const juce::String& name, DeviceWorker& owningWorker)
-        : juce::Thread(name)
+    WorkerThread(const juce::String& threadName, DeviceWorker& owningWorker)
+        : Platform::Thread(threadName)
         , worker(owningWorker)
     {
     }
@@ -100,7 +100,6 @@ bool DeviceWorker::doNext()
 
 void DeviceWorker::run()
 {
-    Platform::enterThread(thread->getThreadName());
     // A job that comes between the look and the wait has notified: the wait ends at once.
     while (!stopping)
         if (!doNext())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kernel/SystemMessage.h"
+#include "platform/base/Threads.h"
 
 #include <atomic>
 
@@ -89,7 +90,7 @@ protected:
 private:
     std::atomic<bool> stop { true };
     std::atomic<bool> idle { false };
-    juce::WaitableEvent wakeUp;
+    Platform::Event wakeUp;
 };
 
 } // namespace Kernel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kernel/TimerStarts.h"
+#include "platform/base/Time.h"
 
 #include <juce_events/juce_events.h>
 
@@ -12,7 +13,7 @@ namespace Kernel
     number of its start, and is handled on the owner's group thread. An expiry that is on its way when its timer is
     stopped or started anew is dropped. Timers repeat until they are stopped; times are in milliseconds. Any thread.
 */
-class SystemTimer : public juce::MultiTimer
+class SystemTimer : public Platform::MultiTimer
 {
 public:
     /** With a page, the expiries go to that page's handler in the owner. */

@@ -17,10 +17,7 @@ namespace
 constexpr Platform::Log logger { "kernel/TaskGroup", "TaskGroup" };
 
 constexpr int normalPriority = 5;
-constexpr int deferredBackOffMs = 5;
-using Clock = std::chrono::steady_clock;
-constexpr std::chrono::microseconds lookTime { 5 };
-constexpr int pausesPerLook = 8; ///< the posters get on meanwhile: a look takes the queue out of their cache
+constexpr std::chrono::milliseconds deferredBackOff { 5 };
 
 /** Without its last word, which says nothing, the name of every group is short enough for the system. */
 juce::String threadNameOf(const juce::String& group)
@@ -33,18 +30,17 @@ juce::String threadNameOf(const juce::String& group)
 
 } // namespace
 
-class TaskGroup::MessageThread : public juce::Thread
+class TaskGroup::MessageThread : public Platform::Thread
 {
 public:
     explicit MessageThread(TaskGroup& owningGroup)
-        : juce::Thread(threadNameOf(owningGroup.name))
+        : Platform::Thread(threadNameOf(owningGroup.name))
         , group(owningGroup)
     {
     }
 
     void run() override
     {
-        Platform::enterThread(getThreadName());
         if (group.priority > normalPriority)
         {
             group.realtime = Platform::requestRealtimePriority();
@@ -136,7 +132,7 @@ void TaskGroup::run()
         if (pending.empty())
             waitForMessages();
         else if (deferred > 0 && priority > normalPriority)
-            juce::Thread::sleep(deferredBackOffMs);
+            Platform::sleepFor(deferredBackOff);
     }
 }
 
@@ -160,17 +156,10 @@ void TaskGroup::takeOver()
 
 void TaskGroup::waitForMessages()
 {
-    // Messages come in bursts. To look again a few times costs microseconds; to fall asleep at once costs every poster
-    // of the burst a call to the kernel. At real-time priority nobody else would get on meanwhile. The time is spent
-    // here and not given to others: on a busy machine it would come back many milliseconds later.
-    auto now = Clock::now();
-    for (const auto end = now + lookTime; !realtime && now < end;)
-    {
-        if (inbox.filled.load(std::memory_order_relaxed))
-            return;
-        for (int pause = 0; pause < pausesPerLook; ++pause)
-            now = Clock::now();
-    }
+    // Messages come in bursts. To look again for a moment costs microseconds; to fall asleep at once costs every poster
+    // of the burst a call to the kernel. At real-time priority nobody else would get on meanwhile.
+    if (!realtime && Platform::lookFor(inbox.filled))
+        return;
     {
         // Once more, under the lock: a poster either has appended already or finds the flag set and signals.
         const std::lock_guard guard(inbox.lock);
@@ -198,6 +187,7 @@ int TaskGroup::runPass()
         if (receiver != nullptr)
             receiver->dispatchMessage(*message);
         MessagePool::recycle(message);
+        Platform::letOthersRun();
     }
     const auto at = [this](std::size_t offset) { return pending.begin() + static_cast<std::ptrdiff_t>(offset); };
     pending.erase(at(deferred), at(index));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kernel/SystemTask.h"
+#include "platform/base/Threads.h"
 
 #include <map>
 #include <mutex>
@@ -70,7 +71,7 @@ private:
     // Vectors keep their memory, so that steady traffic does not allocate.
     std::vector<SystemMessage::Ptr> pending;
     std::atomic<bool> stopping { false };
-    juce::WaitableEvent wakeUp;
+    Platform::Event wakeUp;
 
     /** What posters and the thread share, on cache lines of its own. */
     struct alignas(64) Inbox

@@ -57,9 +57,20 @@ Bundle::Ptr copyOf(const Bundle::Ptr& original)
     return copy;
 }
 
-void record(int appType, const RemoteMessage& message)
+bool post(int appType, const RemoteMessage::Ptr& message)
 {
-    state.posted.push_back({ appType, message.what, message.arg1, message.arg2, copyOf(message.bundle) });
+    if (message == nullptr)
+        return false;
+    const IpcDouble::Posted posted { appType, message->what, message->arg1, message->arg2, copyOf(message->bundle) };
+    std::function<void(const IpcDouble::Posted&)> program;
+    {
+        const std::lock_guard guard(lock);
+        state.posted.push_back(posted);
+        program = state.program;
+    }
+    if (program)
+        program(posted);
+    return true;
 }
 
 } // namespace
@@ -91,28 +102,12 @@ void MessageHelper::config(int, const char* (*)(int)) {}
 
 bool MessageHelper::postMessage(int appType, const RemoteMessage::Ptr& message)
 {
-    std::function<void(const IpcDouble::Posted&)> program;
-    IpcDouble::Posted posted;
-    {
-        const std::lock_guard guard(lock);
-        if (message == nullptr || !state.present.contains(appType))
-            return false;
-        record(appType, *message);
-        program = state.program;
-        posted = state.posted.back();
-    }
-    if (program)
-        program(posted);
-    return true;
+    return isPresent(appType) && post(appType, message);
 }
 
 bool MessageHelper::broadcastMessage(const RemoteMessage::Ptr& message)
 {
-    const std::lock_guard guard(lock);
-    if (message == nullptr)
-        return false;
-    record(toAll, *message);
-    return true;
+    return post(toAll, message);
 }
 
 bool MessageHelper::sendBroadcast(const juce::String& action, const Bundle::Ptr& bundle)

@@ -43,7 +43,7 @@ std::vector<Posted> takePosted();
 std::vector<Posted> takePosted(int appType);
 std::vector<NamedBroadcast> takeNamedBroadcasts();
 /**
-    Called inside each post to one program, on the posting thread: a program that answers before the engine goes on.
+    Called inside each post, on the posting thread: a program that answers before the engine goes on.
     Empty for none.
 */
 void onPost(std::function<void(const Posted&)> program);

@@ -1,9 +1,9 @@
 #include "platform/base/Process.h"
 
 #include "doubles/ProcessDouble.h"
+#include "platform/base/Threads.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <map>
 #include <mutex>
 
@@ -19,7 +19,8 @@ using doubles::ProcessDouble;
 constexpr int killedExitCode = 137;
 
 std::mutex lock;
-std::condition_variable changed;
+Condition changed;
+std::function<void()> endObserver;
 
 struct State
 {
@@ -34,7 +35,9 @@ struct State
         if (!std::exchange(running, false))
             return;
         exitCode = child ? code : -1;
-        changed.notify_all();
+        changed.notify();
+        if (endObserver)
+            endObserver();
     }
 };
 
@@ -43,6 +46,7 @@ struct Table
 {
     std::map<int, std::shared_ptr<State>> processes;
     std::vector<ProcessDouble::Launch> launches;
+    std::function<void(const ProcessDouble::Launch&)> observer;
     std::vector<int> terminated;
     bool creationFails = false;
     int failingWaits = 0;
@@ -102,7 +106,11 @@ ProcessHandle createProcess(const juce::String& path, const juce::StringArray& a
     if (table.creationFails)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
-    table.launches.push_back({ path, arguments, state->pid });
+    const ProcessDouble::Launch launch { path, arguments, state->pid };
+    if (table.observer)
+        table.observer(launch);
+    else
+        table.launches.push_back(launch);
     return std::make_shared<ProcessInTable>(state);
 }
 
@@ -169,7 +177,7 @@ void ProcessWaiter::wake()
 {
     const std::lock_guard guard(lock);
     backend->woken = true;
-    changed.notify_all();
+    changed.notify();
 }
 
 namespace doubles
@@ -189,6 +197,18 @@ std::vector<ProcessDouble::Launch> ProcessDouble::takeLaunches()
     return std::exchange(table.launches, {});
 }
 
+void ProcessDouble::onLaunch(std::function<void(const Launch&)> observer)
+{
+    const std::lock_guard guard(lock);
+    table.observer = std::move(observer);
+}
+
+void ProcessDouble::onEnd(std::function<void()> observer)
+{
+    const std::lock_guard guard(lock);
+    endObserver = std::move(observer);
+}
+
 void ProcessDouble::failCreation(bool fails)
 {
     const std::lock_guard guard(lock);
@@ -206,6 +226,13 @@ void ProcessDouble::end(int pid, int exitCode)
     const std::lock_guard guard(lock);
     if (const auto found = table.processes.find(pid); found != table.processes.end())
         found->second->end(exitCode);
+}
+
+bool ProcessDouble::isRunning(int pid)
+{
+    const std::lock_guard guard(lock);
+    const auto found = table.processes.find(pid);
+    return found != table.processes.end() && found->second->running;
 }
 
 std::vector<int> ProcessDouble::takeTerminated()

@@ -2,6 +2,7 @@
 
 #include "platform/base/Process.h"
 
+#include <functional>
 #include <vector>
 
 namespace Platform::doubles
@@ -25,12 +26,17 @@ struct ProcessDouble
 
     /** What was created since the last `takeLaunches`, in order. A failed creation is not in it. */
     static std::vector<Launch> takeLaunches();
+    /** Called inside each creation, on the creating thread, instead of keeping it for `takeLaunches`. */
+    static void onLaunch(std::function<void(const Launch&)> observer);
+    /** Called inside each end, and must not use the processes itself. */
+    static void onEnd(std::function<void()> observer);
     static void failCreation(bool fails);
 
     /** A running process that the program under test did not start; its number. */
     static int addProcess(int parentPid = 1);
     /** Ends a process, which wakes who waits for it. */
     static void end(int pid, int exitCode = 0);
+    static bool isRunning(int pid);
 
     /** Processes that were ended by force since the last call, in order. They end at once. */
     static std::vector<int> takeTerminated();

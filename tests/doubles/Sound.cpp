@@ -1,8 +1,8 @@
 #include "platform/sound/Sound.h"
 
 #include "doubles/SoundDouble.h"
+#include "platform/base/Threads.h"
 
-#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -20,7 +20,7 @@ struct State
 };
 
 std::mutex mutex;
-std::condition_variable released;
+Condition released;
 State state;
 
 } // namespace
@@ -65,7 +65,7 @@ void SoundDouble::hold(bool held)
 {
     const std::scoped_lock lock(mutex);
     state.held = held;
-    released.notify_all();
+    released.notify();
 }
 
 } // namespace doubles

@@ -4,7 +4,6 @@
 #include "EngineApi/Pages.h"
 #include "EngineApi/Provided.h"
 #include "platform/base/Logger.h"
-#include "platform/base/Threads.h"
 
 #include <algorithm>
 
@@ -19,7 +18,7 @@ constexpr Platform::Log logger { "EngineLayer/ATestSessionManger", "ATestSession
 } // namespace
 
 CATestSessionManager::CATestSessionManager()
-    : juce::Thread("ATestSession")
+    : Platform::Thread("ATestSession")
 {
 }
 
@@ -85,7 +84,6 @@ void CATestSessionManager::setPeerState(bool ready, int state)
 
 void CATestSessionManager::run()
 {
-    Platform::enterThread(getThreadName());
     // Nothing more can be sent until something changes, and every change notifies: also one that comes before the wait.
     while (!threadShouldExit())
     {

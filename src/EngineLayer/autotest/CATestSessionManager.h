@@ -3,6 +3,7 @@
 #include "EngineApi/AutoTestSession.h"
 #include "EngineLayer/autotest/AutoTestFrame.h"
 #include "kernel/Singleton.h"
+#include "platform/base/Threads.h"
 
 #include <atomic>
 #include <deque>
@@ -14,7 +15,7 @@ namespace EngineLayer
     Sends the messages for the factory's test equipment through the microcontroller, from a thread of its own: one is in
     flight at a time, the equipment's answer releases the next one or has the last one sent again.
 */
-class CATestSessionManager : public juce::Thread,
+class CATestSessionManager : public Platform::Thread,
                              public EngineApi::AutoTestSession,
                              public Kernel::Singleton<CATestSessionManager>
 {

@@ -1,6 +1,7 @@
 #include "EngineLayer/devices/UnitOutputs.h"
 
 #include "kernel/Singleton.h"
+#include "platform/base/Time.h"
 #include "platform/devices/UnitLines.h"
 
 #include <utility>
@@ -40,7 +41,7 @@ void pulseOutputs(int offMs)
                   [offMs]
                   {
                       driveBoth(false);
-                      juce::Thread::sleep(offMs);
+                      Platform::sleepFor(std::chrono::milliseconds(offMs));
                       driveBoth(true);
                   });
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Time.h"
+
 #include <chrono>
 
 namespace EngineLayer
@@ -24,7 +26,7 @@ public:
     bool hasSignal();
 
 private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = Platform::Clock;
 
     bool initialised = false;
     Clock::time_point leftAloneUntil;

@@ -5,6 +5,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "platform/base/BoundedQueue.h"
+#include "platform/base/Time.h"
 
 #include <span>
 
@@ -18,7 +19,7 @@ namespace EngineLayer
 class KeyManager : public Kernel::ComponentTask,
                    public AutoTestKeys,
                    public Kernel::Singleton<KeyManager>,
-                   public juce::Timer
+                   public Platform::Timer
 {
 public:
     /** The microcontroller's events wait while a switch of pages or states is under way. */

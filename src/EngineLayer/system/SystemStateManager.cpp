@@ -63,7 +63,7 @@ void SystemStateManager::onRelease()
 
 void SystemStateManager::dispatchMessage(const Kernel::SystemMessage& message)
 {
-    ownThread = juce::Thread::getCurrentThreadId();
+    ownThread = Platform::Thread::currentId();
     ComponentTask::dispatchMessage(message);
 }
 
@@ -120,7 +120,7 @@ void SystemStateManager::takePendingState()
 
 void SystemStateManager::requestSwitch(int state, int subState)
 {
-    if (juce::Thread::getCurrentThreadId() == ownThread)
+    if (Platform::Thread::currentId() == ownThread)
         changeState(state, subState);
     else
         postToSelf(stateForeignSwitch, state, subState);

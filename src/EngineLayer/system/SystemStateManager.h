@@ -4,6 +4,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
+#include "platform/base/Threads.h"
 
 #include <deque>
 #include <map>
@@ -68,7 +69,7 @@ private:
 
     std::atomic<int> publishedState { EngineApi::kPowerOff };
     std::atomic<int> publishedSubState { EngineApi::kIdle };
-    std::atomic<juce::Thread::ThreadID> ownThread { nullptr };
+    std::atomic<Platform::Thread::Id> ownThread { nullptr };
 };
 
 } // namespace EngineLayer

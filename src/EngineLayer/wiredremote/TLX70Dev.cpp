@@ -31,7 +31,7 @@ constexpr int highestColumn = 31;
 constexpr int startBrightness = 3;
 
 /** What the transmitter needs before the first byte, and the last byte before the transmitter goes off. */
-constexpr int switchingMs = 10;
+constexpr std::chrono::milliseconds switchingTime { 10 };
 /** A remote that takes no bytes may hold its thread for this share of the time. */
 constexpr int restAfterFailure = 30;
 
@@ -160,9 +160,9 @@ bool TLX70Dev::transmit(const Protocol::Bytes& command)
     const int size = static_cast<int>(command.size());
     logTraffic(lineSend, "send: ", command.data(), size);
     Platform::drive(Platform::remoteTransmitLine, true);
-    juce::Thread::sleep(switchingMs);
+    Platform::sleepFor(switchingTime);
     const bool taken = port->write(command.data(), size) == size;
-    juce::Thread::sleep(switchingMs);
+    Platform::sleepFor(switchingTime);
     Platform::drive(Platform::remoteTransmitLine, false);
     if (taken)
         return true;

@@ -5,6 +5,7 @@
 #include "kernel/DeviceWorker.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
+#include "platform/base/Time.h"
 #include "platform/devices/SerialPort.h"
 
 #include <chrono>
@@ -28,7 +29,7 @@ namespace EngineLayer
 class TLX70Dev : public Kernel::ComponentTask,
                  public Platform::SerialCallBack,
                  public EngineApi::WiredRemote,
-                 public juce::MultiTimer,
+                 public Platform::MultiTimer,
                  public Kernel::Singleton<TLX70Dev>
 {
 public:
@@ -69,7 +70,7 @@ private:
     friend class Kernel::Singleton<TLX70Dev>;
     TLX70Dev() = default;
 
-    using Clock = std::chrono::steady_clock;
+    using Clock = Platform::Clock;
 
     struct Line
     {

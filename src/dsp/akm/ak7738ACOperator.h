@@ -2,6 +2,7 @@
 
 #include "dsp/AudioChannel.h"
 #include "dsp/AudioServices.h"
+#include "platform/base/Time.h"
 
 #include <array>
 #include <juce_events/juce_events.h>
@@ -13,7 +14,7 @@ namespace Dsp
     Audio control on the AK7738. One lock is held over each operation with its notices and its writes, so that the DSP,
     the stored volumes and the listener always agree. Before `init`, only the source and the alert are kept for later.
 */
-class ak7738ACOperator : public ACService, private juce::MultiTimer
+class ak7738ACOperator : public ACService, private Platform::MultiTimer
 {
 public:
     /** Boots the DSP. Later calls change nothing. */

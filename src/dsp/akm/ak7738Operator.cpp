@@ -3,6 +3,7 @@
 
 #include "dsp/akm/SPI.h"
 #include "platform/base/Logger.h"
+#include "platform/base/Time.h"
 #include "platform/config/Configuration.h"
 #include "platform/devices/UnitLines.h"
 
@@ -22,8 +23,8 @@ constexpr const char* bus = "SPI2:";
 constexpr int attempts = 3;
 constexpr std::array<std::uint8_t, 3> readChecksum { 0x00, 0x00, 0x72 };
 
-constexpr int startUpMs = 5;
-constexpr int settleMs = 10;
+constexpr std::chrono::milliseconds startUpTime { 5 };
+constexpr std::chrono::milliseconds settleTime { 10 };
 constexpr std::array<std::uint8_t, 4> wakeUp { 0xDE, 0xAD, 0xDA, 0x7A };
 constexpr std::array<RegisterValue, 4> haltRegisters {
     { { 0x01, 0x00 }, { 0x83, 0x00 }, { 0x84, 0x00 }, { 0x85, 0x00 } }
@@ -144,16 +145,16 @@ void ak7738Operator::boot()
                 [this]
                 {
                     Platform::drive(Platform::dspStartLine, true);
-                    juce::Thread::sleep(startUpMs);
+                    Platform::sleepFor(startUpTime);
                     writeBlock(wakeUp);
                     setRegisters(haltRegisters);
-                    juce::Thread::sleep(settleMs);
+                    Platform::sleepFor(settleTime);
                     setRegisters(bootRegisters);
-                    juce::Thread::sleep(settleMs);
+                    Platform::sleepFor(settleTime);
                     loadImages();
-                    juce::Thread::sleep(settleMs);
+                    Platform::sleepFor(settleTime);
                     setRegisters(std::array { runRegister });
-                    juce::Thread::sleep(settleMs);
+                    Platform::sleepFor(settleTime);
                 });
     flattenEqualiser();
 }

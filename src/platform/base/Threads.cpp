@@ -12,7 +12,7 @@ std::atomic<bool> stragglers { false };
 
 } // namespace
 
-bool awaitEnd(juce::Thread& thread, int limitMs)
+bool awaitEnd(Thread& thread, int limitMs)
 {
     const bool ended = !thread.isThreadRunning() || thread.waitForThreadToExit(limitMs);
     if (!ended)

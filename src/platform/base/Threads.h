@@ -1,27 +1,123 @@
 #pragma once
 
-#include <juce_core/juce_core.h>
+#include "platform/base/Time.h"
 
-/** How every thread of the unit begins, and how one ends that is asked to. */
+#include <atomic>
+#include <functional>
+#include <juce_core/juce_core.h>
+#include <memory>
+#include <mutex>
+
+/** How every thread of the unit begins, waits and ends. */
 namespace Platform
 {
 
 /**
-    The first call of every thread: gives it a name, of which the system keeps 15 bytes, and makes an overflow of its
-    stack a fault like any other.
+    A thread of the unit. The system knows it by its name, of which it keeps 15 bytes, and an overflow of its stack is a
+    fault like any other. It is asked to end, never killed, as that could take the whole process along.
+*/
+class Thread
+{
+public:
+    using Id = const void*;
+
+    explicit Thread(const juce::String& threadName);
+    /** The thread has ended. */
+    virtual ~Thread();
+    Thread(const Thread&) = delete;
+    Thread& operator=(const Thread&) = delete;
+
+    /** The thread's work. */
+    virtual void run() = 0;
+
+    const juce::String& getThreadName() const { return name; }
+    /** False when the system gives no thread. Nothing happens to one that runs. Any thread. */
+    bool startThread();
+    bool isThreadRunning() const;
+    void signalThreadShouldExit();
+    bool threadShouldExit() const;
+    /** Ends the thread's `wait`, or the next one when it does not wait. Any thread. */
+    void notify();
+    /** On the thread itself; without a limit for -1. False when the time was over. */
+    bool wait(int limitMs);
+    /** False when it still runs at the end of the limit; without one for -1. */
+    bool waitForThreadToExit(int limitMs) const;
+
+    /** Of the calling thread; no two that run have the same. */
+    static Id currentId();
+
+private:
+    struct Backend;
+    const juce::String name;
+    std::unique_ptr<Backend> backend;
+};
+
+/** A flag that threads wait for. A wait that it ends lowers it, unless it is kept up. Any thread. */
+class Event
+{
+public:
+    explicit Event(bool keptUp = false);
+    ~Event();
+    Event(const Event&) = delete;
+    Event& operator=(const Event&) = delete;
+
+    void signal();
+    void reset();
+    /** Without a limit for -1. False when the time was over. */
+    bool wait(int limitMs = -1);
+
+private:
+    struct Backend;
+    std::unique_ptr<Backend> backend;
+};
+
+/** Waits until something is so that a lock guards. Whoever changes it says so. Any thread. */
+class Condition
+{
+public:
+    Condition();
+    ~Condition();
+    Condition(const Condition&) = delete;
+    Condition& operator=(const Condition&) = delete;
+
+    using Lock = std::unique_lock<std::mutex>;
+    using Predicate = std::function<bool()>;
+
+    void notify();
+    void wait(Lock& lock, const Predicate& isSo);
+    /** What the predicate says at the end. */
+    bool waitUntil(Lock& lock, Clock::time_point deadline, const Predicate& isSo);
+
+private:
+    struct Backend;
+    std::unique_ptr<Backend> backend;
+};
+
+/**
+    Looks for the flag for a few microseconds, which are spent here and not given to others: on a busy machine they would
+    come back many milliseconds later. What it says at last.
+*/
+bool lookFor(const std::atomic<bool>& flag);
+
+/** Here a simulated time lets other threads go on first, perhaps; a unit's own does nothing. */
+void letOthersRun();
+
+/**
+    The first thing that a thread does which is not a `Thread`: the system knows it by this name from here on, and an
+    overflow of its stack is a fault like any other.
 */
 void enterThread(const juce::String& name);
 
-/** Only the part for the stack, for a thread that the framework has started. A second call does nothing. */
+/** The second half of it, for a thread that the toolkit has started. Costs nothing when it is done already. */
 void guardStack();
 
 /**
-    Waits, at most `limitMs`, for a thread that was asked to end and woken. False when it still runs: it is never
-    killed, as that could end the whole process, and all that it may use must stay.
+    Waits for a thread that was asked to end and woken, no longer than the limit. False when it still runs: then
+    whatever it may touch has to stay.
 */
-bool awaitEnd(juce::Thread& thread, int limitMs = 200);
+bool awaitEnd(Thread& thread, int limitMs = 200);
 
-/** Whether `awaitEnd` has failed for any thread; the process then exits without taking anything down. Any thread. */
+/** Whether `awaitEnd` was in vain for any thread. The process then ends without taking anything down. Any thread. */
 bool hasStragglers();
 
 } // namespace Platform

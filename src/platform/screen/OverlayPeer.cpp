@@ -1,5 +1,7 @@
 #include "platform/screen/OverlayPeer.h"
 
+#include "platform/base/Time.h"
+
 #include <cstdlib>
 
 namespace Platform
@@ -98,7 +100,7 @@ void OverlayPeer::pointer(juce::Point<int> position, bool down)
         Modifiers::currentModifiers.withoutMouseButtons().withFlags(down ? Modifiers::leftButtonModifier : 0);
     handleMouseEvent(juce::MouseInputSource::InputSourceType::mouse, position.toFloat(), Modifiers::currentModifiers,
                      juce::MouseInputSource::defaultPressure, juce::MouseInputSource::defaultOrientation,
-                     juce::Time::currentTimeMillis());
+                     timeOfDay().count());
 }
 
 } // namespace Platform

@@ -1,7 +1,6 @@
 #include "platform/settings/SetupWriter.h"
 
 #include "platform/base/Logger.h"
-#include "platform/base/Threads.h"
 #include "platform/config/Configuration.h"
 #include "platform/settings/SetupCheck.h"
 #include "platform/settings/SetupEnvironment.h"
@@ -65,19 +64,18 @@ void SetupWriter::openUnder(Lock& lock)
     {
         if (state == State::closed)
             start();
-        settled.wait_until(lock, openingSince + openLimit, [this] { return state != State::opening; });
+        settled.waitUntil(lock, openingSince + openLimit, [this] { return state != State::opening; });
     } while (state == State::closed);
 }
 
 void SetupWriter::start()
 {
-    if (thread.joinable())
-        thread.join();
+    thread.waitForThreadToExit(-1);
     state = State::opening;
     openingSince = Clock::now();
     ending = triedOut = damaged = writable = false;
     ++runs;
-    thread = std::thread([this] { run(); });
+    thread.startThread();
 }
 
 void SetupWriter::close()
@@ -86,15 +84,15 @@ void SetupWriter::close()
     if (state == State::closed)
         return;
     ending = true;
-    wake.notify_one();
+    wake.notify();
     const auto ended = [this, run = runs] { return state == State::closed || runs != run; };
-    if (!settled.wait_for(lock, closeLimit, ended))
+    if (!settled.waitUntil(lock, Clock::now() + closeLimit, ended))
     {
         ending = false;
         logger().error("the store stays open at the end, as it does not take %zu settings", waiting.size());
     }
-    else if (state == State::closed && thread.joinable())
-        thread.join();
+    else if (state == State::closed)
+        thread.waitForThreadToExit(-1);
 }
 
 std::string SetupWriter::read(int index)
@@ -132,7 +130,7 @@ void SetupWriter::set(int index, const std::string& value)
     openUnder(lock);
     noteDelay();
     waiting[index] = { value, ++lastChange };
-    wake.notify_one();
+    wake.notify();
 }
 
 void SetupWriter::replaceAll(const SetupValues& values)
@@ -144,7 +142,7 @@ void SetupWriter::replaceAll(const SetupValues& values)
     waiting.clear();
     for (const auto& [index, value] : values)
         waiting[index] = { value, lastChange };
-    wake.notify_one();
+    wake.notify();
 }
 
 bool SetupWriter::waitUntilStored()
@@ -154,13 +152,12 @@ bool SetupWriter::waitUntilStored()
     // A store that does not take values holds up whoever asks once, not every time.
     const auto end = (storingSince == Clock::time_point {} ? Clock::now() : storingSince) + storeLimit;
     const auto isStored = [this, change = lastChange] { return stored >= change; };
-    settled.wait_until(lock, end, [&] { return isStored() || failing; });
+    settled.waitUntil(lock, end, [&] { return isStored() || failing; });
     return isStored();
 }
 
 void SetupWriter::run()
 {
-    enterThread("settings");
     auto values = readFactoryValues();
     Lock lock(mutex);
     factoryValues = std::move(values);
@@ -174,7 +171,7 @@ void SetupWriter::run()
             continue;
         if (ending)
             break;
-        wake.wait_for(lock, retryDelay, [this] { return ending; });
+        wake.waitUntil(lock, Clock::now() + retryDelay, [this] { return ending; });
     }
     if (!waiting.empty())
         logger().error("%zu settings are not stored at the end", waiting.size());
@@ -184,7 +181,7 @@ void SetupWriter::run()
     failing = late = false;
     SetupEnvironment::get().close();
     state = State::closed;
-    settled.notify_all();
+    settled.notify();
 }
 
 /** Where it cannot be written it may still be read. */
@@ -213,7 +210,7 @@ int SetupWriter::openStore(Lock& lock)
     state = readable ? State::open : State::unavailable;
     if (!writable)
         noteFailure(result);
-    settled.notify_all();
+    settled.notify();
     return result;
 }
 
@@ -239,7 +236,7 @@ bool SetupWriter::store(Lock& lock)
     if (result != MDB_SUCCESS)
         noteFailure(result);
     storingSince = {};
-    settled.notify_all();
+    settled.notify();
     return result == MDB_SUCCESS;
 }
 

@@ -1,12 +1,9 @@
 #pragma once
 
+#include "platform/base/Threads.h"
 #include "platform/settings/SetupValues.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
-#include <thread>
 
 namespace Platform
 {
@@ -40,8 +37,7 @@ public:
     bool waitUntilStored();
 
 private:
-    using Clock = std::chrono::steady_clock;
-    using Lock = std::unique_lock<std::mutex>;
+    using Lock = Condition::Lock;
 
     /** Of the store. While it is unavailable the factory values are used. */
     enum class State { closed, opening, open, unavailable };
@@ -51,6 +47,18 @@ private:
     {
         std::string value;
         std::uint64_t change;
+    };
+
+    struct Worker : Thread
+    {
+        explicit Worker(SetupWriter& owningWriter)
+            : Thread("settings")
+            , writer(owningWriter)
+        {
+        }
+        void run() override { writer.run(); }
+
+        SetupWriter& writer;
     };
 
     SetupWriter() = default;
@@ -64,9 +72,9 @@ private:
     void noteDelay();
 
     std::mutex mutex;
-    std::condition_variable wake;    ///< the thread's: something waits, or it is to end
-    std::condition_variable settled; ///< of others: the state, or what is stored, has changed
-    std::thread thread;
+    Condition wake;    ///< the thread's: something waits, or it is to end
+    Condition settled; ///< of others: the state, or what is stored, has changed
+    Worker thread { *this };
     unsigned runs = 0; ///< how often the thread was started
     State state = State::closed;
     bool ending = false;

@@ -1,5 +1,6 @@
 #include "platform/base/System.h"
 
+#include "platform/base/Time.h"
 #include "platform/config/Configuration.h"
 
 #include <algorithm>
@@ -68,7 +69,7 @@ juce::Result writeRegistryValue(const juce::String& key, const juce::String& nam
 void disableDaylightSaving()
 {
     tzset();
-    const auto now = std::time(nullptr);
+    const std::time_t now = std::chrono::floor<std::chrono::seconds>(timeOfDay()).count();
     std::tm today {};
     localtime_r(&now, &today);
     // Daylight saving moves the clock forward, so the smaller offset of the year is the standard one, on either half of
@@ -118,7 +119,8 @@ std::optional<juce::uint32> getUniqueId()
 
 juce::uint32 getTickCount()
 {
-    return juce::Time::getMillisecondCounter();
+    using namespace std::chrono;
+    return static_cast<juce::uint32>(floor<milliseconds>(Clock::now().time_since_epoch()).count());
 }
 
 } // namespace Platform

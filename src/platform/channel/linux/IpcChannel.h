@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/BoundedQueue.h"
+#include "platform/base/Time.h"
 #include "platform/channel/linux/IpcLink.h"
 
 #include <atomic>
@@ -42,8 +43,6 @@ public:
     void expectProcess(int appType, int pid);
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     IpcChannel();
 
     // The loop thread.

@@ -1,6 +1,7 @@
 #include "platform/channel/linux/IpcLink.h"
 
 #include "platform/base/Logger.h"
+#include "platform/base/Time.h"
 #include "platform/channel/linux/IpcWire.h"
 
 #include <algorithm>
@@ -147,7 +148,7 @@ int IpcLink::getTimeout() const
     if (sd_bus_get_timeout(bus.get(), &dueUs) <= 0 || dueUs == UINT64_MAX)
         return -1;
     using namespace std::chrono;
-    const auto left = microseconds(dueUs) - duration_cast<microseconds>(steady_clock::now().time_since_epoch());
+    const auto left = microseconds(dueUs) - duration_cast<microseconds>(Clock::now().time_since_epoch());
     constexpr milliseconds longest = minutes(1);
     return static_cast<int>(std::clamp(ceil<milliseconds>(left), milliseconds(0), longest).count());
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/base/Descriptor.h"
-
 #include <cstdint>
 #include <juce_core/juce_core.h>
+#include <memory>
 #include <span>
 
 namespace Platform
@@ -16,13 +15,17 @@ namespace Platform
 class SocketDevice
 {
 public:
+    SocketDevice();
+    ~SocketDevice();
+    SocketDevice(SocketDevice&&) noexcept;
+
     /** PATH of "socket:PATH"; "" when the configured path is a device of this machine. */
     static juce::String pathOf(const juce::String& configured);
 
     /** The time-out, in milliseconds, holds for connecting and for each reply. */
     juce::Result connect(const juce::String& path, int timeoutMs);
-    void close() { socket.reset(); }
-    bool isConnected() const { return static_cast<bool>(socket); }
+    void close();
+    bool isConnected() const;
 
     /** `reply` is the room for the answer; `length` the bytes of it that came. A longer answer is a failure. */
     juce::Result exchange(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t& length);
@@ -36,12 +39,9 @@ public:
     static constexpr size_t statusSize = 4;
 
 private:
-    juce::Result waitForReply();
-    juce::Result fail(const juce::String& reason);
-    juce::Result failStep(const char* step);
+    struct Backend;
 
-    Descriptor socket;
-    int replyLimitMs = 0;
+    std::unique_ptr<Backend> backend;
 };
 
 } // namespace Platform

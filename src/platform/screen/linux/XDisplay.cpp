@@ -28,13 +28,13 @@ using Clients = std::vector<std::shared_ptr<XClient>>;
 /** For `poll`; rounded up, so that the time has come when it returns. */
 int untilDue(const Clients& clients)
 {
-    std::optional<XClient::Clock::time_point> first;
+    std::optional<Clock::time_point> first;
     for (const auto& each : clients)
         if (const auto due = each->due(); due.has_value() && (!first.has_value() || *due < *first))
             first = due;
     if (!first.has_value())
         return -1;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*first - XClient::Clock::now());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*first - Clock::now());
     return static_cast<int>(std::max(left, 0ms).count());
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/base/Time.h"
 #include "platform/base/WakeUp.h"
 #include "platform/screen/linux/XConnection.h"
 
@@ -16,8 +17,6 @@ namespace Platform
 class XClient
 {
 public:
-    using Clock = std::chrono::steady_clock;
-
     virtual ~XClient() = default;
     /** A display has come, and nothing of the client is on it yet. */
     virtual void appear(XConnection& x) = 0;

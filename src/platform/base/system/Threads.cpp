@@ -1,0 +1,142 @@
+#include "platform/base/Threads.h"
+
+#include <condition_variable>
+
+namespace Platform
+{
+
+struct Thread::Backend : juce::Thread
+{
+    explicit Backend(Platform::Thread& threadOwner)
+        : juce::Thread(threadOwner.getThreadName())
+        , owner(threadOwner)
+    {
+    }
+    void run() override
+    {
+        enterThread(owner.getThreadName());
+        owner.run();
+    }
+
+    Platform::Thread& owner;
+};
+
+Thread::Thread(const juce::String& threadName)
+    : name(threadName)
+    , backend(std::make_unique<Backend>(*this))
+{
+}
+
+Thread::~Thread() = default;
+
+bool Thread::startThread()
+{
+    return backend->startThread();
+}
+
+bool Thread::isThreadRunning() const
+{
+    return backend->isThreadRunning();
+}
+
+void Thread::signalThreadShouldExit()
+{
+    backend->signalThreadShouldExit();
+}
+
+bool Thread::threadShouldExit() const
+{
+    return backend->threadShouldExit();
+}
+
+void Thread::notify()
+{
+    backend->notify();
+}
+
+bool Thread::wait(int limitMs)
+{
+    return backend->wait(limitMs);
+}
+
+bool Thread::waitForThreadToExit(int limitMs) const
+{
+    return backend->waitForThreadToExit(limitMs);
+}
+
+Thread::Id Thread::currentId()
+{
+    return juce::Thread::getCurrentThreadId();
+}
+
+struct Event::Backend : juce::WaitableEvent
+{
+    using juce::WaitableEvent::WaitableEvent;
+};
+
+Event::Event(bool keptUp)
+    : backend(std::make_unique<Backend>(keptUp))
+{
+}
+
+Event::~Event() = default;
+
+void Event::signal()
+{
+    backend->signal();
+}
+
+void Event::reset()
+{
+    backend->reset();
+}
+
+bool Event::wait(int limitMs)
+{
+    return backend->wait(limitMs);
+}
+
+struct Condition::Backend : std::condition_variable
+{
+};
+
+Condition::Condition()
+    : backend(std::make_unique<Backend>())
+{
+}
+
+Condition::~Condition() = default;
+
+void Condition::notify()
+{
+    backend->notify_all();
+}
+
+void Condition::wait(Lock& lock, const Predicate& isSo)
+{
+    backend->wait(lock, isSo);
+}
+
+bool Condition::waitUntil(Lock& lock, Clock::time_point deadline, const Predicate& isSo)
+{
+    return backend->wait_until(lock, deadline, isSo);
+}
+
+bool lookFor(const std::atomic<bool>& flag)
+{
+    constexpr std::chrono::microseconds lookTime { 5 };
+    constexpr int pausesPerLook = 8; // whoever raises it gets on meanwhile: a look takes the flag out of its cache
+    auto now = Clock::now();
+    for (const auto end = now + lookTime; now < end;)
+    {
+        if (flag.load(std::memory_order_relaxed))
+            return true;
+        for (int pause = 0; pause < pausesPerLook; ++pause)
+            now = Clock::now();
+    }
+    return false;
+}
+
+void letOthersRun() {}
+
+} // namespace Platform
