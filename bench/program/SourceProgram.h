@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bench/program/ControlChannel.h"
-#include "bench/program/Profile.h"
+#include "bench/program/ProgramModel.h"
 
 #include <juce_events/juce_events.h>
 
@@ -22,25 +22,21 @@ public:
 };
 
 /**
-    A source program as the engine sees it: says hello, asks for its pages, shows and hides them when told, answers the
-    heartbeat, confirms, and quits when its source is stopped or the engine stays away or silent. What it is about is
-    its profile's. On the bench's order it misbehaves. Everything is done on the message thread; the channels' threads
+    A source program as a process: its model on the message channel and a display. It also quits when the engine stays
+    away or silent. On the bench's order it misbehaves. Everything is done on the message thread; the channels' threads
     only hand over.
 */
-class SourceProgram : private Platform::IMsgProc, private Host, private juce::Timer
+class SourceProgram : private Platform::IMsgProc, private Outside, private juce::Timer
 {
 public:
-    SourceProgram(int ownType, Display& displayToUse);
+    /** `commandLine` is the value of --command-line, "" for none. */
+    SourceProgram(int ownType, const juce::String& commandLine, Display& displayToUse);
     ~SourceProgram() override;
 
-    /** `commandLine` is the value of --command-line, "" for none. `controlPath` may be "" or nobody's. */
-    void start(const juce::String& commandLine, const std::string& controlPath);
+    /** `controlPath` may be "" or nobody's. */
+    void start(const std::string& controlPath);
 
-    // What the user does in the page.
-    void choosePage(int page);
-    void leavePage(int page);
-    void touch(int page, int id) { profile->onTouch(page, id); }
-    PageContent content(int page) const { return profile->content(page); }
+    ProgramModel& getModel() { return model; }
 
     static constexpr int engineAwayLimitMs = 10'000;
 
@@ -51,46 +47,33 @@ private:
     void onBroadcast(const juce::String& text) override;
     void timerCallback() override; ///< the engine did not come back, or did not answer
 
-    void handle(const Platform::RemoteMessage& message);
-    void onEnginePresence(bool present);
-    void onCommandLine(const Platform::Bundle::Ptr& bundle);
-    void onOrder(const nlohmann::json& order);
-    void showPage(int page);
-    void hidePage(int page, const char* change);
-    void sayHello();
-    /** The program writes down what it plays, or plays what was written down. */
-    void onFavourite(const Platform::RemoteMessage& message);
-    void onOwnMessage(const Platform::RemoteMessage& message);
-    /** "did ..." or "refused ..." tells the bench what became of it. */
-    void onProfileOrder(const nlohmann::json& order);
-
-    void send(int what, int arg1, int arg2 = 0, Platform::Bundle::Ptr bundle = nullptr) override;
-    void changeSetting(int setting, int value) override;
-    void changeSetting(int setting, const juce::String& value) override;
+    /** Later when the bench wants it slow. */
+    void post(int what, int arg1, int arg2, Platform::Bundle::Ptr bundle) override;
+    /** Without a display there is no window to post to (reported to the bench). */
     void postToWindow(int message, int wParam, int lParam) override;
     void report(const char* event, const juce::String& detail) override;
-    void changed() override { display.contentChanged(); }
-    int getSource() const override { return source; }
+    void reportPage(const char* event, int page) override;
+    void show(int page) override { display.show(page); }
+    void hide() override { display.hide(); }
+    void showSource(int page) override { display.setSource(page); }
+    void contentChanged() override { display.contentChanged(); }
+    void contentChangesSoon() override;
+    void awaitEngine(bool on) override;
+    void quit() override;
 
-    void showOnRemote(const juce::String& line1, const juce::String& line2);
-    /** What the pages show of the setting is true when the engine has stored it. */
-    void settingChanges();
-    void reportPage(const char* event, int page);
-    void quit();
+    void onOrder(const nlohmann::json& order);
+    /** "did ..." or "refused ..." tells the bench what became of it. */
+    void onProfileOrder(const nlohmann::json& order);
     /** Runs it on the message thread while this object lives. */
     void later(std::function<void()> what);
 
     const int appType;
+    const juce::String firstLine;
     Display& display;
-    const std::unique_ptr<Profile> profile;
+    ProgramModel model;
     ControlChannel control;
     Platform::MsgSession session;
-    int shownPage;
-    int source;
-    bool silent = false;
     int delayMs = 0;
-    bool engineHere = false;
-    juce::String firstCommandLine; ///< kept until the engine is there to be asked for the page
     /** Handed along by any thread; expired once this object is gone. Ended on the message thread. */
     std::shared_ptr<const bool> alive = std::make_shared<const bool>(true);
     JUCE_DECLARE_NON_COPYABLE(SourceProgram)

@@ -71,14 +71,14 @@ public:
     {
         view = std::make_unique<BenchProgram::PageView>(Platform::IPCMsg::MessageHelper::getDestName(start.appType),
                                                         !juce::Desktop::getInstance().isHeadless());
-        program = std::make_unique<BenchProgram::SourceProgram>(start.appType, *view);
-        view->content = [this](int page) { return program->content(page); };
-        view->touched = [this](int page, int id) { program->touch(page, id); };
-        view->chosen = [this](int page) { program->choosePage(page); };
-        view->left = [this](int page) { program->leavePage(page); };
+        program = std::make_unique<BenchProgram::SourceProgram>(start.appType, start.commandLine, *view);
+        view->content = [this](int page) { return program->getModel().content(page); };
+        view->touched = [this](int page, int id) { program->getModel().touch(page, id); };
+        view->chosen = [this](int page) { program->getModel().choosePage(page); };
+        view->left = [this](int page) { program->getModel().leavePage(page); };
         if (start.pageAlone == Pubhead::NUM_OF_PAGES)
         {
-            program->start(start.commandLine, start.control);
+            program->start(start.control);
             return;
         }
         view->setSource(start.pageAlone);
