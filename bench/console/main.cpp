@@ -4,8 +4,10 @@
 
 #include <CLI/CLI.hpp>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -120,6 +122,17 @@ struct Choices
     }
 };
 
+/** The other program, which has the engine in it. */
+int simulate(char** arguments)
+{
+    const auto program =
+        (std::filesystem::path(Unit::Options::besideThisProgram().engine).parent_path() / "headunit-simulation")
+            .string();
+    ::execv(program.c_str(), arguments);
+    std::cerr << program << ": " << std::strerror(errno) << "\n";
+    return 2;
+}
+
 /** The exit status. */
 int playScript(Console& commands, Unit& unit, const Choices& choices)
 {
@@ -157,8 +170,11 @@ int converseAtTerminal(Console& commands, const Unit& unit, const Choices& choic
 
 int main(int argc, char** argv)
 {
+    if (argc > 1 && std::string_view(argv[1]) == "simulate")
+        return simulate(argv + 1);
     Choices choices;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
+    app.footer("headunit-bench simulate --help tells of the same unit in simulated time.");
     choices.offerTo(app);
     CLI11_PARSE(app, argc, argv);
     if (choices.printVerbs)

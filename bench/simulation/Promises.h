@@ -1,0 +1,31 @@
+#pragma once
+
+#include "bench/simulation/SimulatedUnit.h"
+
+#include <span>
+
+namespace Simulation
+{
+
+/** What has been since the unit was at rest before. */
+struct Since
+{
+    Bench::Place begin;
+    bool hadFaults = false; ///< so that the engine may have waited for what did not come
+};
+
+/** Something that always holds. */
+struct Promise
+{
+    const char* name;
+    /** Empty while it is kept, else what is wrong. */
+    std::string (*check)(SimulatedUnit& unit, const Since& since);
+    bool atRestOnly; ///< else after every step
+};
+
+std::span<const Promise> promises();
+
+/** Nothing more will happen by itself. */
+bool isAtRest(const SimulatedUnit& unit);
+
+} // namespace Simulation

@@ -1,0 +1,263 @@
+#include "bench/simulation/Scheduler.h"
+
+#include <algorithm>
+#include <boost/context/fiber.hpp>
+#include <boost/context/protected_fixedsize_stack.hpp>
+#include <cassert>
+
+namespace Simulation
+{
+
+namespace
+{
+
+Scheduler* only = nullptr;
+
+} // namespace
+
+struct Fiber
+{
+    enum class State { ready, waiting, ended };
+
+    std::string name;
+    State state = State::ready;
+    std::optional<Clock::time_point> deadline; ///< of a wait
+    bool woken = false;                        ///< how the last wait ended
+    std::vector<Fiber*> awaiting;              ///< its end
+    boost::context::fiber context;             ///< where it goes on
+    boost::context::fiber outside;             ///< where the scheduler goes on when it waits
+};
+
+Lane::Lane(std::string name)
+    : fiber(Scheduler::get().start(std::move(name), [this] { run(); }))
+{
+}
+
+void Lane::post(std::function<void()> piece)
+{
+    work.push_back(std::move(piece));
+    Scheduler::get().wake(fiber);
+}
+
+void Lane::run()
+{
+    auto& scheduler = Scheduler::get();
+    for (;;)
+    {
+        while (!work.empty())
+        {
+            const auto next = std::move(work.front());
+            work.pop_front();
+            busy = true;
+            next();
+            busy = false;
+            if (!work.empty())
+                scheduler.letOthersRun();
+        }
+        scheduler.wait({});
+    }
+}
+
+Scheduler::Scheduler(std::uint64_t seed)
+    : chance(seed)
+{
+    assert(only == nullptr);
+    only = this;
+    messages = std::make_unique<Lane>("message");
+}
+
+Scheduler::~Scheduler()
+{
+    // What a fiber holds on its stack is unwound.
+    fibers.clear();
+    only = nullptr;
+}
+
+Scheduler& Scheduler::get()
+{
+    return *only;
+}
+
+Fiber* Scheduler::start(std::string name, std::function<void()> body)
+{
+    auto fiber = std::make_unique<Fiber>();
+    auto* started = fiber.get();
+    started->name = std::move(name);
+    // As large as a thread's needs to be here; what overflows it is a fault at once.
+    constexpr std::size_t stackSize = 512 * 1024;
+    started->context = boost::context::fiber(std::allocator_arg, boost::context::protected_fixedsize_stack(stackSize),
+                                             [this, started, body = std::move(body)](boost::context::fiber&& from)
+                                             {
+                                                 started->outside = std::move(from);
+                                                 body();
+                                                 started->state = Fiber::State::ended;
+                                                 for (auto* other : started->awaiting)
+                                                     wake(other);
+                                                 return std::move(started->outside);
+                                             });
+    fibers.push_back(std::move(fiber));
+    return started;
+}
+
+bool Scheduler::hasEnded(const Fiber* fiber) const
+{
+    return fiber == nullptr || fiber->state == Fiber::State::ended;
+}
+
+bool Scheduler::wait(std::optional<Clock::time_point> deadline)
+{
+    auto* fiber = running;
+    assert(fiber != nullptr); // outside, nothing waits
+    fiber->state = Fiber::State::waiting;
+    fiber->deadline = deadline;
+    fiber->woken = false;
+    fiber->outside = std::move(fiber->outside).resume();
+    return fiber->woken;
+}
+
+void Scheduler::waitForEnd(Fiber* other, std::optional<Clock::time_point> deadline)
+{
+    other->awaiting.push_back(running);
+    wait(deadline);
+    std::erase(other->awaiting, running);
+}
+
+void Scheduler::wake(Fiber* fiber)
+{
+    if (fiber == nullptr || fiber->state != Fiber::State::waiting)
+        return;
+    fiber->state = Fiber::State::ready;
+    fiber->woken = true;
+}
+
+void Scheduler::letOthersRun()
+{
+    auto* fiber = running;
+    if (fiber == nullptr)
+        return;
+    fiber->outside = std::move(fiber->outside).resume();
+}
+
+Scheduler::TimerState* Scheduler::findTimer(const Platform::MultiTimer& owner, int id) const
+{
+    const auto found =
+        std::ranges::find_if(timers, [&](const auto& timer) { return timer->owner == &owner && timer->id == id; });
+    return found == timers.end() ? nullptr : found->get();
+}
+
+void Scheduler::startTimer(Platform::MultiTimer& owner, int id, int intervalMs)
+{
+    stopTimer(owner, id);
+    intervalMs = std::max(1, intervalMs);
+    timers.push_back(std::make_unique<TimerState>(
+        TimerState { &owner, id, intervalMs, time + std::chrono::milliseconds(intervalMs) }));
+}
+
+void Scheduler::stopTimer(const Platform::MultiTimer& owner, int id)
+{
+    std::erase_if(timers, [&](const auto& timer) { return timer->owner == &owner && timer->id == id; });
+}
+
+void Scheduler::stopTimers(const Platform::MultiTimer& owner)
+{
+    std::erase_if(timers, [&](const auto& timer) { return timer->owner == &owner; });
+}
+
+int Scheduler::timerInterval(const Platform::MultiTimer& owner, int id) const
+{
+    const auto* timer = findTimer(owner, id);
+    return timer == nullptr ? 0 : timer->intervalMs;
+}
+
+void Scheduler::expire(TimerState& timer)
+{
+    // As the framework does: an expiry that has not been handled yet is the only one that waits.
+    timer.posted = true;
+    timer.due = time + std::chrono::milliseconds(timer.intervalMs);
+    messages->post(
+        [this, owner = timer.owner, id = timer.id, state = &timer]
+        {
+            if (auto* still = findTimer(*owner, id); still != nullptr && still == state)
+            {
+                still->posted = false;
+                owner->timerCallback(id);
+            }
+        });
+}
+
+bool Scheduler::canRun(const Fiber& fiber) const
+{
+    return fiber.state == Fiber::State::ready ||
+           (fiber.state == Fiber::State::waiting && fiber.deadline && *fiber.deadline <= time);
+}
+
+void Scheduler::resume(Fiber& fiber)
+{
+    fiber.state = Fiber::State::ready;
+    running = &fiber;
+    fiber.context = std::move(fiber.context).resume();
+    running = nullptr;
+    if (!std::exchange(discounted, false))
+        ++activityCount;
+}
+
+bool Scheduler::step()
+{
+    choices.clear();
+    for (const auto& fiber : fibers)
+        if (canRun(*fiber))
+            choices.emplace_back(fiber.get());
+    for (const auto& timer : timers)
+        if (!timer->posted && timer->due <= time)
+            choices.emplace_back(timer.get());
+    for (const auto& source : sources)
+        if (const auto due = source.due(); due && *due <= time)
+            choices.emplace_back(&source);
+    if (choices.empty())
+        return false;
+    ++stepsDone;
+    const auto choice = choices[chance.below(choices.size())];
+    if (auto* const* fiber = std::get_if<Fiber*>(&choice))
+        resume(**fiber);
+    else if (auto* const* timer = std::get_if<TimerState*>(&choice))
+        expire(**timer);
+    else
+        std::get<const Source*>(choice)->run();
+    return true;
+}
+
+std::optional<Clock::time_point> Scheduler::nextDue() const
+{
+    std::optional<Clock::time_point> next;
+    const auto consider = [&](std::optional<Clock::time_point> due)
+    {
+        if (due && (!next || *due < *next))
+            next = due;
+    };
+    for (const auto& fiber : fibers)
+        if (fiber->state == Fiber::State::waiting)
+            consider(fiber->deadline);
+    for (const auto& timer : timers)
+        if (!timer->posted)
+            consider(timer->due);
+    for (const auto& source : sources)
+        consider(source.due());
+    return next;
+}
+
+void Scheduler::runUntil(Clock::time_point end)
+{
+    for (;;)
+    {
+        while (step())
+        {
+        }
+        const auto next = nextDue();
+        if (!next || *next > end)
+            break;
+        time = std::max(time, *next);
+    }
+    time = std::max(time, end);
+}
+
+} // namespace Simulation

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "bench/program/ProgramModel.h"
+#include "bench/simulation/Scheduler.h"
+#include "bench/unit/Journal.h"
+#include "doubles/IpcDouble.h"
+#include "doubles/ProcessDouble.h"
+
+namespace Simulation
+{
+
+/** How the source programs of a world are. Times are the longest ones; the seed takes one up to them. */
+struct ProgramHabits
+{
+    std::chrono::milliseconds start { 40 };
+    std::chrono::milliseconds answer { 3 };
+    int slowStarts = 0;   ///< of a thousand starts
+    int answersTwice = 0; ///< of a thousand answers
+};
+
+/**
+    All source programs: begun when the engine makes a process, heard and told through the channel's double, each at
+    times of its own. What they show is in their models.
+*/
+class SimulatedPrograms
+{
+public:
+    explicit SimulatedPrograms(Bench::Journal& journalToUse);
+    ~SimulatedPrograms();
+
+    ProgramHabits habits;
+
+    /** Those that run, by program. */
+    std::vector<int> running() const;
+    BenchProgram::ProgramModel* find(int appType);
+    bool isConnected(int appType) const;
+
+    // What is done to one; nothing for one that does not run.
+    void crash(int appType);
+    void quit(int appType);
+    void hang(int appType);
+    void silence(int appType);
+    /** Who hangs goes on, who is silent speaks. */
+    void endFaults();
+
+    /** Nothing is on its way to or from any of them. */
+    bool areIdle() const;
+    /** Programs of which two processes run; there is to be none. */
+    std::vector<int> runningTwice() const;
+
+private:
+    struct Program;
+
+    Bench::Journal& journal;
+    Lane channel { "ipc" };
+    bool someEnded = false;                         ///< and is still among the programs
+    std::vector<std::unique_ptr<Program>> programs; ///< one that has ended may lie before its successor
+
+    std::optional<Clock::time_point> due() const;
+    void run();
+    void begin(const Platform::doubles::ProcessDouble::Launch& launch);
+    Program* findProgram(int appType) const;
+    void removeEnded();
+    void hear(const Platform::IpcDouble::Posted& posted);
+    std::chrono::milliseconds upTo(std::chrono::milliseconds longest) const;
+};
+
+} // namespace Simulation
