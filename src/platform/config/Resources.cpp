@@ -134,6 +134,12 @@ bool CVXResPathManager::contains(const juce::String& name) const
     return entries.contains(normalised(name));
 }
 
+juce::uint32 CVXResPathManager::checksumOf(const juce::String& name) const
+{
+    const auto found = entries.find(normalised(name));
+    return found == entries.end() ? 0 : found->second.crc;
+}
+
 void CVXResPathManager::clear()
 {
     entries.clear();

@@ -22,6 +22,8 @@ public:
     std::unique_ptr<juce::InputStream> open(const juce::String& name);
     /** Whether a pack has it, damaged or not. */
     bool contains(const juce::String& name) const;
+    /** CRC-32 of a file's content as it was packed; 0 when no pack has it. */
+    juce::uint32 checksumOf(const juce::String& name) const;
     void clear();
 
 private:

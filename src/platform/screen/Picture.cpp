@@ -38,6 +38,12 @@ void Picture::reload()
     image = {};
     if (name.isEmpty())
         return;
+    // The bars change their pictures with every step of the volume: what was decoded lately is at hand.
+    const auto content = CVXResPathManager::getInstance()->checksumOf(name);
+    const auto key = static_cast<juce::int64>(content) << 32 ^ name.hashCode();
+    image = juce::ImageCache::getFromHashCode(key);
+    if (content != 0 && image.isValid())
+        return;
     const auto stream = CVXResPathManager::getInstance()->open(name);
     if (stream == nullptr)
     {
@@ -46,7 +52,9 @@ void Picture::reload()
         return;
     }
     image = juce::PNGImageFormat().decodeImage(*stream);
-    if (!image.isValid())
+    if (image.isValid())
+        juce::ImageCache::addImageToCache(image, key);
+    else
         reportOnce(logger(), "the picture " + name + " is damaged");
 }
 
