@@ -28,6 +28,9 @@ std::string frontAgrees(SimulatedUnit& unit, const Since&)
 {
     const int wanted = EngineApi::getFrontShow();
     const int shown = EngineApi::getCurrentPage();
+    // A program that has died, or whose hello was lost, has its next chance when somebody asks for its page.
+    if (!unit.programs.isConnected(EngineApi::appTypeOfPage(wanted)))
+        return {};
     if (wanted != shown)
         return std::string(Pubhead::pageName(wanted)) + " is to be in front, the view manager has " +
                Pubhead::pageName(shown);

@@ -174,7 +174,9 @@ void ViewManager::handleRequestShow(int page)
     logPage("RequestShow : ", page);
     if (showState == kNormal)
     {
-        stopTimer(requestTimer);
+        // The request of another page, perhaps a late one, does not end the wait for this one's.
+        if (page == nextPage)
+            stopTimer(requestTimer);
         if (page == NUM_OF_PAGES || isInFront(page))
         {
             if (page == currentPage && std::exchange(resendShow, false))

@@ -305,6 +305,20 @@ TEST_F(ViewManagerTest, ConfirmsThePageOnTopOnce)
     EXPECT_TRUE(takeSent().empty());
 }
 
+/** The program of the next page says nothing, and the late request of a page that was wanted before comes meanwhile. */
+TEST_F(ViewManagerTest, ALateRequestOfAnotherPageDoesNotHoldUpTheNextOne)
+{
+    bringToFront(mbFM);
+    setNext(mbUSBAudio);
+    asksFor(mbCamera);
+    asksFor(mbFM);
+    fire(view, Extend::ViewManager::requestTimer);
+    EXPECT_THAT(takeSent(), ElementsAre(hide(mbFM)));
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+    EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+}
+
 /** A source comes over its own rear page: its program may have hidden that page before it hears that it was hidden. */
 TEST_F(ViewManagerTest, APageThatIsHiddenNeedsNoConfirmation)
 {
