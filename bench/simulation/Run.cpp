@@ -12,7 +12,8 @@ using namespace std::chrono_literals;
 
 /** Longer than anything that the engine waits for, one after the other. */
 constexpr auto mostUnrest = 60s;
-constexpr auto quietTime = 3s; ///< longer than its shortest repeated looks
+constexpr auto leastRest = 7s; ///< after two heartbeats a lost source is asked for again
+constexpr auto quietTime = 1s;
 constexpr auto restStep = 100ms;
 
 class Life
@@ -70,6 +71,7 @@ private:
     void comeToRest()
     {
         const auto latest = unit.scheduler.now() + mostUnrest;
+        pass(leastRest);
         for (auto quietSince = unit.scheduler.now(); unit.scheduler.now() - quietSince < quietTime;)
         {
             pass(restStep);

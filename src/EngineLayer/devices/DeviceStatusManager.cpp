@@ -196,6 +196,8 @@ void DeviceStatusManager::timerExpired(int timerId)
         break;
     case heartbeatTimer:
         sendHeartbeat();
+        if (const auto lost = agreement.takeLost())
+            EngineApi::sendCommand(EngineApi::EVENT_SRC_SWITCH, { lost->type, lost->number });
         break;
     case autoTestTimer:
         handOverToAutoTest();

@@ -1,5 +1,7 @@
 #include "EngineLayer/devices/SourceAgreement.h"
 
+#include <utility>
+
 namespace EngineLayer
 {
 
@@ -20,12 +22,24 @@ SourceAgreement::Request SourceAgreement::mcuRequests(McuSource source)
 
 void SourceAgreement::mcuConfirms(McuSource source)
 {
+    confirmed = source;
     if (source == pending)
         agreed = true;
 }
 
+std::optional<McuSource> SourceAgreement::takeLost()
+{
+    const bool isLost = current.isComplete() && current != confirmed;
+    if (!std::exchange(wasLost, isLost) || !isLost)
+        return {};
+    pending = current;
+    agreed = false;
+    return current;
+}
+
 SourceAgreement::Report SourceAgreement::unitSwitchedTo(McuSource source)
 {
+    current = source;
     if (agreed)
     {
         pending = source;
@@ -35,6 +49,7 @@ SourceAgreement::Report SourceAgreement::unitSwitchedTo(McuSource source)
     if (source != pending)
         return Report::nothing;
     agreed = true;
+    confirmed = source;
     return Report::confirm;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 namespace EngineLayer
 {
 
@@ -36,8 +38,17 @@ public:
 
     bool isAgreed() const { return agreed; }
 
+    /**
+        The unit's source, to be asked for once more, when the microcontroller has confirmed another one or none by now
+        and by the call before: a frame was lost, or the unit changed again before the answer came. Every heartbeat.
+    */
+    std::optional<McuSource> takeLost();
+
 private:
     McuSource pending;
+    McuSource current;   ///< the unit's
+    McuSource confirmed; ///< the last one that both had
+    bool wasLost = false;
     bool agreed = true;
     bool firstRequestSeen = false;
 };

@@ -74,3 +74,23 @@ TEST(SourceAgreementTest, BothSidesMayChangeTheSource)
     EXPECT_EQ(agreement.mcuRequests(usb), Request::repeated);
     EXPECT_TRUE(agreement.isAgreed());
 }
+
+// The unit changes twice before the first answer comes, and the second change is swallowed; later a frame is lost.
+TEST(SourceAgreementTest, WhatTheMicrocontrollerHasMissedIsAskedForAgain)
+{
+    using Report = SourceAgreement::Report;
+    const McuSource fm { 1, 0 };
+    const McuSource usb { 10, 0 };
+    SourceAgreement agreement;
+    EXPECT_FALSE(agreement.takeLost().has_value()) << "nothing plays yet";
+
+    EXPECT_EQ(agreement.unitSwitchedTo(fm), Report::ask);
+    EXPECT_EQ(agreement.unitSwitchedTo(usb), Report::nothing);
+    agreement.mcuConfirms(fm);
+    EXPECT_FALSE(agreement.takeLost().has_value()) << "the answer may be on its way";
+    EXPECT_EQ(agreement.takeLost(), usb);
+    EXPECT_EQ(agreement.takeLost(), usb) << "as long as nobody answers";
+    agreement.mcuConfirms(usb);
+    EXPECT_FALSE(agreement.takeLost().has_value());
+    EXPECT_EQ(agreement.unitSwitchedTo(fm), Report::ask);
+}
