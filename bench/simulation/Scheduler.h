@@ -96,8 +96,6 @@ public:
     std::optional<Clock::time_point> nextDue() const;
     /** Steps until nothing can be done before this time, which it then is. */
     void runUntil(Clock::time_point end);
-    /** Steps at the present time until nothing more can be done. */
-    void settle() { runUntil(time); }
     std::uint64_t steps() const { return stepsDone; }
 
     /** How often a fiber has run; one that has found nothing to do does not count. */

@@ -1,16 +1,13 @@
 #include "bench/simulation/SimulatedUnit.h"
 
-#include "EngineLayer/autotest/CATestSessionManager.h"
 #include "ProjectDepend/Bars.h"
 #include "bench/text/Names.h"
-#include "doubles/LinesDouble.h"
 #include "doubles/SystemDouble.h"
 #include "factory/SystemFactory.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
 #include "platform/config/Resources.h"
-#include "platform/settings/SetupStore.h"
 
 #include <filesystem>
 #include <fstream>
@@ -59,6 +56,7 @@ SimulatedUnit::SimulatedUnit(Scheduler& schedulerToUse, std::string folder, std:
 {
     for (Bench::Device* device : std::initializer_list<Bench::Device*> { &mcu, &remote, &videoDecoder, &gpio, &dsp })
         devices.add(*device);
+    Platform::doubles::SystemDouble::followClock();
     logJournal = &journal;
     logFolder = path;
     Platform::Logger::getInstance()->redirect(nullptr, keepLine, keepLine, keepLine);
@@ -118,7 +116,6 @@ std::string SimulatedUnit::start()
             mcu.unitRestarts();
             panel.unitRestarts();
         });
-    running = true;
     scheduler.messageThread().post(
         []
         {
@@ -130,25 +127,6 @@ std::string SimulatedUnit::start()
             Kernel::SystemEngine::getInstance()->start();
         });
     return {};
-}
-
-void SimulatedUnit::stop()
-{
-    scheduler.messageThread().post(
-        [this]
-        {
-            Kernel::SystemEngine::getInstance()->stop();
-            if (auto* session = EngineLayer::CATestSessionManager::getExisting())
-                session->stop();
-            Bar::removeBars();
-            Kernel::SystemEngine::getInstance()->release();
-            Platform::VX_ReleaseSetupInfo();
-            running = false;
-        });
-    constexpr std::chrono::seconds patience { 30 };
-    const auto end = scheduler.now() + patience;
-    while (running && scheduler.now() < end)
-        scheduler.runUntil(scheduler.now() + std::chrono::milliseconds(10));
 }
 
 void SimulatedUnit::dispatchFrameworkMessages()

@@ -28,9 +28,6 @@ public:
 
     /** Empty on success, else what is wrong with the configuration. */
     std::string start();
-    /** As by the system's termination signal; returns when the engine has ended. */
-    void stop();
-    bool isRunning() const { return running; }
     /** Of USB storage 1 to 8, which is there when the folder is. */
     std::string mountPoint(int number) const
     {
@@ -43,7 +40,6 @@ public:
 
 private:
     const std::string path, resourcePath;
-    bool running = false;
     std::uint64_t seenActivity = 0;
     SimulatedSerial mcuLine, remoteLine;
     SimulatedPackets i2c, gpioLines, spi;

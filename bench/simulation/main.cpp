@@ -2,6 +2,8 @@
 #include "bench/simulation/Run.h"
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -118,6 +120,11 @@ int main(int argc, char** argv)
             if (child == 0)
                 ::_exit(run(choices, world, choices.seed + static_cast<std::uint64_t>(i), pipe[1]));
             ::close(pipe[1]);
+            if (child < 0)
+            {
+                std::cerr << "no process for a run: " << std::strerror(errno) << "\n";
+                return 2;
+            }
             double lived = 0;
             if (::read(pipe[0], &lived, sizeof lived) == sizeof lived)
                 simulated += lived;

@@ -17,6 +17,7 @@ struct State
 {
     juce::uint32 waveOutVolume = fullVolume;
     juce::uint32 ticks = 0;
+    bool followsClock = false;
     std::optional<juce::uint32> uniqueId;
 };
 
@@ -74,7 +75,16 @@ void doubles::SystemDouble::setUniqueId(juce::uint32 id)
 juce::uint32 getTickCount()
 {
     const std::scoped_lock lock(mutex);
+    using namespace std::chrono;
+    if (state.followsClock)
+        return static_cast<juce::uint32>(floor<milliseconds>(Clock::now().time_since_epoch()).count());
     return state.ticks;
+}
+
+void doubles::SystemDouble::followClock()
+{
+    const std::scoped_lock lock(mutex);
+    state.followsClock = true;
 }
 
 void doubles::SystemDouble::advanceTicks(juce::uint32 milliseconds)

@@ -15,6 +15,8 @@ struct SystemDouble
 
     /** The clock stands still until it is moved; 0 after `reset`. */
     static void advanceTicks(juce::uint32 milliseconds);
+    /** It is the platform's clock instead, until `reset`. */
+    static void followClock();
 };
 
 } // namespace Platform::doubles
