@@ -3,6 +3,8 @@
 #include "bench/simulation/SimulatedUnit.h"
 
 #include <span>
+#include <string>
+#include <vector>
 
 namespace Simulation
 {
@@ -23,7 +25,12 @@ struct Promise
     bool atRestOnly; ///< else after every step
 };
 
-std::span<const Promise> promises();
+const std::vector<Promise>& promises();
+
+// By their subject, each in a file of promises/.
+std::span<const Promise> pagePromises();
+std::span<const Promise> programPromises();
+std::span<const Promise> sourcePromises();
 
 /** Nothing more will happen by itself. */
 bool isAtRest(const SimulatedUnit& unit);

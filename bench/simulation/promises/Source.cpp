@@ -1,0 +1,35 @@
+#include "EngineApi/Pages.h"
+#include "bench/simulation/Promises.h"
+#include "bench/text/Names.h"
+#include "factory/ScheduleFactroy.h"
+
+namespace Simulation
+{
+
+namespace
+{
+
+std::string sourceAgrees(SimulatedUnit& unit, const Since&)
+{
+    const int page = EngineApi::getNormalSource();
+    const auto [type, number] = Factory::ScheduleFactroy::getInstance()->mcuSourceForPage(page);
+    const auto told = unit.mcu.state().source;
+    const Bench::Source own { type, number };
+    if (told && *told == own)
+        return {};
+    return std::string(Pubhead::pageName(page)) + " plays, the microcontroller has " +
+           (told ? Bench::sourceName(*told) : "none") + " instead of " + Bench::sourceName(own);
+}
+
+constexpr Promise all[] {
+    { "the source agrees", sourceAgrees, true },
+};
+
+} // namespace
+
+std::span<const Promise> sourcePromises()
+{
+    return all;
+}
+
+} // namespace Simulation
