@@ -16,7 +16,7 @@ namespace
 
 constexpr const char* groupNames[] { "GeneralHighGroup", "SystemGroup", "GeneralNormalGroup", "GeneralLowGroup" };
 
-constexpr std::array subjects { programPromises, pagePromises, sourcePromises };
+constexpr std::array subjects { programPromises, pagePromises, sourcePromises, soundPromises };
 
 } // namespace
 

@@ -30,6 +30,7 @@ const std::vector<Promise>& promises();
 // By their subject, each in a file of promises/.
 std::span<const Promise> pagePromises();
 std::span<const Promise> programPromises();
+std::span<const Promise> soundPromises();
 std::span<const Promise> sourcePromises();
 
 /** Nothing more will happen by itself. */

@@ -1,0 +1,337 @@
+// What the chip has in its memory is what volumes, settings and source say. The levels are those of the unit's manual, not
+// the engine's tables.
+#include "EngineApi/Pages.h"
+#include "EngineApi/Provided.h"
+#include "EngineApi/Settings.h"
+#include "bench/dsp/DspModel.h"
+#include "bench/simulation/Promises.h"
+#include "dsp/AudioChannel.h"
+#include "dsp/AudioServices.h"
+#include "dsp/DSPSettingHelperImpl.h"
+#include "platform/settings/SetupIndex.h"
+#include "platform/settings/SysInfo.h"
+#include "platform/settings/SysInfoItems.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace Simulation
+{
+
+namespace
+{
+
+using EngineApi::getSettingInt;
+
+constexpr int silent = -144; ///< dB
+constexpr int highestLift = 12;
+constexpr int userCurve = 4;
+
+int volumeOf(int zone)
+{
+    return Dsp::DSPSettingHelperImpl::getInstance()->getVolume(zone == 2);
+}
+
+bool isMuted()
+{
+    return EngineApi::Provided<Dsp::ChipManager>::get()->getACService().isMute();
+}
+
+bool isAlerting()
+{
+    return Platform::VX_GetSysInfo(Platform::sysInfoLowBattery) != 0;
+}
+
+int audioChannel()
+{
+    return EngineApi::getAudioChannel(EngineApi::getLastNormalSource());
+}
+
+/** Steps of 2 dB from -52 dB up to `coarseSteps`, then of 1 dB. */
+int levelOf(int step, int coarseSteps)
+{
+    return step == 0 ? silent : -54 + std::min(step, coarseSteps) + step;
+}
+
+int speakerLevel(int step)
+{
+    return levelOf(step, 10);
+}
+
+const char* inputOf(int channel)
+{
+    switch (channel)
+    {
+    case Dsp::eAudioFM:
+    case Dsp::eAudioAM:
+    case Dsp::eAudioWB:
+    case Dsp::eAudioDAB:
+        return "tuner";
+    case Dsp::eAudioDisc:
+    case Dsp::eAudioXM:
+        return "disc";
+    case Dsp::eAudioAux1:
+    case Dsp::eAudioAux2:
+    case Dsp::eAudioDVBT:
+        return "aux";
+    case Dsp::eAudioWince:
+    case Dsp::eAudioBTAudio:
+    case Dsp::eAudioPandora:
+        return "system audio";
+    case Dsp::eAudioHDMI:
+        return "hdmi";
+    default:
+        return "nothing";
+    }
+}
+
+int sourceLevelOf(int channel)
+{
+    switch (channel)
+    {
+    case Dsp::eAudioWince:
+        return 1;
+    case Dsp::eAudioAux2:
+        return 2 * std::clamp(getSettingInt(Platform::sourceLevelSetting), 0, 6) - 6 - 5;
+    case Dsp::eAudioXM:
+    case Dsp::eAudioBTAudio:
+        return -10;
+    case Dsp::eAudioFM:
+    case Dsp::eAudioWB:
+        return -7;
+    case Dsp::eAudioAM:
+        return -8;
+    case Dsp::eAudioPandora:
+        return -5;
+    default:
+        return 0;
+    }
+}
+
+/** How much quieter one side is when a control stands so many steps towards the other. */
+int fade(int stepsAway)
+{
+    constexpr std::array levels { 0, -10, -15, -20, -25, -30, silent };
+    return levels[static_cast<std::size_t>(std::clamp(stepsAway, 0, 6))];
+}
+
+struct Fades
+{
+    int fader = getSettingInt(Platform::faderSetting) - 6, balance = getSettingInt(Platform::balanceSetting) - 6;
+    int left = fade(balance), right = fade(-balance), front = fade(-fader), rear = fade(fader);
+};
+
+int subwooferDb()
+{
+    constexpr std::array levels { silent, -21, -19, -17, -15, -13, -11, -9, -7, -5, -3, -2, -1, 0 };
+    return levels[static_cast<std::size_t>(std::clamp(getSettingInt(Platform::subwooferLevelSetting), 0, 13))];
+}
+
+bool isSubwooferOn()
+{
+    return getSettingInt(Platform::subwooferSetting) != 0;
+}
+
+/** Zones of the outputs A and B. */
+std::pair<int, int> zonesOfOutputs()
+{
+    if (getSettingInt(Platform::zone2OnSetting) == 0)
+        return { 1, 1 };
+    if (isSubwooferOn())
+        return { 1, 2 };
+    constexpr std::pair<int, int> byMode[] { { 2, 1 }, { 1, 2 }, { 2, 2 } };
+    return byMode[std::clamp(getSettingInt(Platform::zone2OutputSetting), 0, 2)];
+}
+
+/** In dB, by the names that the bench has for the words. */
+std::map<std::string, double> demandedGains()
+{
+    const auto lifted = [](int level, int lift)
+    { return level == silent ? silent : std::min(level + lift, highestLift); };
+    const Fades fades;
+    const int source = sourceLevelOf(audioChannel());
+    const auto [zoneOfA, zoneOfB] = zonesOfOutputs();
+    const bool subwoofer = isSubwooferOn();
+    std::map<std::string, double> gains {
+        { "speaker volume", speakerLevel(volumeOf(1)) },
+        { "line volume", levelOf(volumeOf(1), 8) },
+        { "output A", speakerLevel(volumeOf(zoneOfA)) + 2.5 },
+        { "output B", lifted(speakerLevel(volumeOf(zoneOfB)), 5) },
+        { "subwoofer level", lifted(subwooferDb(), 3) },
+        { "output A level", subwoofer ? subwooferDb() : 0 },
+        { "output A left", subwoofer ? 4 : fades.left },
+        { "output A right", subwoofer ? silent : fades.right },
+        { "output B left", fades.left },
+        { "output B right", fades.right },
+    };
+    for (const std::string side : { "left", "right" })
+    {
+        gains["speaker source " + side] = gains["zone source " + side] = source;
+        gains["line source " + side] = std::min(source + 5, highestLift);
+        for (const std::string end : { "front", "rear" })
+        {
+            const int level = (side == "left" ? fades.left : fades.right) + (end == "front" ? fades.front : fades.rear);
+            gains[end + " " + side] = gains["line " + end + " " + side] = std::max(level, silent);
+        }
+    }
+    return gains;
+}
+
+std::map<std::string, std::string> demandedTexts()
+{
+    constexpr std::array highPasses { "off", "high-pass 50 Hz", "high-pass 80 Hz", "high-pass 120 Hz" };
+    const auto* highPass =
+        highPasses[static_cast<std::size_t>(std::clamp(getSettingInt(Platform::highPassSetting), 0, 3))];
+    const bool subwoofer = isSubwooferOn();
+    std::map<std::string, std::string> texts {
+        { "speaker crossover", highPass },
+        { "line crossover", highPass },
+        { "zone crossover", subwoofer ? "off" : highPass },
+        { "output A crossover", subwoofer ? "low-pass 100 Hz" : "off" },
+        { "subwoofer crossover", "off" },
+    };
+    for (const auto* path : { "speaker", "line", "zone" })
+        texts[path + std::string(" mute")] = isMuted() ? "on" : "off";
+    for (const auto* group : { "1", "2", "3" })
+        texts[std::string("equaliser ") + group] =
+            getSettingInt(Platform::filtersSetting) != 0 ? "in the path" : "out of the path";
+    return texts;
+}
+
+/** What the user has set, in dB by the bands' frequencies. Others are flat. */
+std::map<int, int> demandedCurve()
+{
+    constexpr std::array frequencies { 50, 125, 250, 500, 1000, 3000, 8000 };
+    constexpr std::array<std::array<int, 7>, 3> presets {
+        { { 4, -4, 0, 4, 0, 2, 2 }, { 0, -2, 4, 4, 2, 0, 2 }, { -2, -2, 2, 1, 2, 6, 0 } }
+    };
+    constexpr std::array effect { 1, 0, 1, 0, -1, -2, 2 };
+    const auto stored = [](int setting) { return std::clamp(getSettingInt(setting), 0, 12) - 6; };
+    const int preset = getSettingInt(Platform::presetSetting);
+    const bool hasEffect =
+        EngineApi::getNormalSource() == Pubhead::mbUSBAudio && getSettingInt(Platform::dmeSetting) != 0;
+    std::map<int, int> curve;
+    for (std::size_t band = 0; band < frequencies.size(); ++band)
+    {
+        int gain = 0;
+        if (preset == userCurve)
+            gain = stored(Platform::firstBandSetting + static_cast<int>(band));
+        else if (preset != 0)
+            gain = presets.at(static_cast<std::size_t>(preset - 1))[band];
+        curve[frequencies[band]] = gain + (hasEffect ? effect[band] : 0);
+    }
+    if (preset == 0)
+        for (const auto& [hz, setting] : { std::pair { 125, Platform::bassSetting },
+                                           { 500, Platform::middleSetting },
+                                           { 3000, Platform::trebleSetting } })
+            curve[hz] += stored(setting);
+    return curve;
+}
+
+/**
+    Remembers what was as demanded. Only that can break: a word that was lost while the bus failed is written again when
+    somebody changes it.
+*/
+class Words
+{
+public:
+    explicit Words(unsigned failuresOfBus)
+        : failures(failuresOfBus)
+    {
+    }
+
+    void check(const std::string& name, bool agrees, const std::string& has, const std::string& demanded)
+    {
+        if (agrees)
+            failuresBefore[name] = failures;
+        else if (failuresBefore[name] == failures && wrong.empty())
+            wrong = name + " is " + has + " instead of " + demanded;
+    }
+
+    std::string wrong;
+
+private:
+    const unsigned failures;
+    /** When it agreed last; there is one unit in a process. */
+    static inline std::map<std::string, unsigned> failuresBefore;
+};
+
+void checkInputs(const Bench::DspMemory& memory, Words& words)
+{
+    const std::string wanted = isAlerting() ? "system audio" : inputOf(audioChannel());
+    for (std::size_t path = 0; path < Bench::dspPathCount; ++path)
+    {
+        const auto has = Bench::inputText(memory, path);
+        words.check(std::string("input of ") + Bench::dspPaths[path].name, has == wanted, has, wanted);
+    }
+}
+
+void checkBands(const Bench::DspMemory& memory, Words& words)
+{
+    constexpr double tolerance = 0.05;
+    constexpr std::size_t third = 2;
+    const auto curve = demandedCurve();
+    for (std::size_t number = 0; number < Bench::dspGroupCount; ++number)
+    {
+        // A band of the user's curve reaches the third also when the subwoofer keeps it flat otherwise.
+        const bool flat = number == third && isSubwooferOn();
+        if (flat && getSettingInt(Platform::presetSetting) == userCurve)
+            continue;
+        const auto group = Bench::groupOf(memory, number);
+        for (std::size_t band = 0; band < Bench::dspBandCount; ++band)
+        {
+            const int hz = Bench::dspBands[band].hz;
+            const auto found = curve.find(hz);
+            int demanded = flat || found == curve.end() ? 0 : found->second;
+            // What the programs play is lifted at the bottom and lowered at the top.
+            if (number != third && audioChannel() == Dsp::eAudioWince)
+                demanded += hz == 20 ? 1 : hz == 10000 ? -1 : 0;
+            const auto has = group.bandDb(band);
+            words.check("equaliser " + std::to_string(number + 1) + " " + std::to_string(hz) + " Hz",
+                        std::abs(has - demanded) < tolerance, std::to_string(has) + " dB",
+                        std::to_string(demanded) + " dB");
+        }
+    }
+}
+
+std::string chipHasWhatIsSet(SimulatedUnit& unit, const Since&)
+{
+    const auto state = unit.dsp.state();
+    Words words(state.refused);
+    words.check("the chip", Bench::isRunning(state.memory), "at rest", "running");
+    checkInputs(state.memory, words);
+    checkBands(state.memory, words);
+    const auto gains = demandedGains();
+    const auto texts = demandedTexts();
+    constexpr double oneStep = 1.0 / (1 << 21);
+    for (const auto& parameter : Bench::dspParameters())
+    {
+        const auto has = Bench::valueText(state.memory, parameter);
+        if (const auto gain = gains.find(parameter.name); gain != gains.end())
+        {
+            const auto demanded = std::pow(10.0, gain->second / 20);
+            const auto word = state.memory.word(parameter.bank, parameter.address);
+            words.check(parameter.name, std::abs(Bench::gainOfWord(word) - demanded) <= oneStep, has,
+                        Bench::gainText(demanded));
+        }
+        else if (const auto text = texts.find(parameter.name); text != texts.end())
+            words.check(parameter.name, has == text->second, has, text->second);
+        else if (parameter.kind != Bench::DspKind::band)
+            return "nobody says what " + parameter.name + " is to be";
+    }
+    return words.wrong;
+}
+
+constexpr Promise all[] {
+    { "the chip has what is set", chipHasWhatIsSet, true },
+};
+
+} // namespace
+
+std::span<const Promise> soundPromises()
+{
+    return all;
+}
+
+} // namespace Simulation
