@@ -214,8 +214,11 @@ TEST_F(AudioTest, TheAlertIsHeardOverEverySource)
     EXPECT_EQ(transcript(), tuner);
     audio().setSource(24, Dsp::eAudioPandora);
     audio().setAlert(true);
-    EXPECT_EQ(transcript(), "") << "it is on the right input already";
+    EXPECT_EQ(transcript(), "") << "the source comes in where the alert does";
+    fire(ak7738ACOperator::restoreTimer);
+    EXPECT_TRUE(transcript().startsWith(system)) << "neither would be heard on the input of the source before";
     audio().setAlert(false);
+    EXPECT_EQ(transcript(), "");
     audio().setSource(24, Dsp::eAudioTuner);
     fire(ak7738ACOperator::restoreTimer);
     EXPECT_TRUE(transcript().startsWith("C0 00 37 FF\nC0 00 38 FF\nC0 00 39 FF\nbank")) << "an unknown input is none";

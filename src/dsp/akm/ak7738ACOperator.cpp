@@ -330,8 +330,10 @@ void ak7738ACOperator::timerCallback(int timerId)
         chip().setSystemAudioCompensation(channel == eAudioWince);
         return;
     }
-    if (!alertActive)
-        selectInput(inputOfChannel(channel));
+    // The alert's input is there, unless the alert came while this source, which has the same one, was not on it yet.
+    const int input = alertActive ? systemInput : inputOfChannel(channel);
+    if (!alertActive || selectedInput != input)
+        selectInput(input);
     applySourceLevel();
     writeMute(mute);
     chip().setChannelGains(channelGains, Bank::zero);
@@ -339,6 +341,7 @@ void ak7738ACOperator::timerCallback(int timerId)
 
 void ak7738ACOperator::selectInput(int inputCode)
 {
+    selectedInput = inputCode;
     const auto source = sourceOfInput(inputCode);
     constexpr std::uint8_t tuner = 0x1A;
     constexpr std::uint8_t aux = 0x1B;

@@ -62,6 +62,7 @@ private:
     int zone2OutputMode = 2;
     int inputParameter = 24;
     int channel = eAudioAVOff;
+    int selectedInput = 0; ///< none since the boot
     int currentZone = 1;
     bool mute = false;
     bool alertActive = false;
