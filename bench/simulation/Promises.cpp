@@ -16,7 +16,8 @@ namespace
 
 constexpr const char* groupNames[] { "GeneralHighGroup", "SystemGroup", "GeneralNormalGroup", "GeneralLowGroup" };
 
-constexpr std::array subjects { programPromises, pagePromises, sourcePromises, soundPromises };
+constexpr std::array subjects { programPromises, pagePromises, sourcePromises,  soundPromises, storePromises,
+                                remotePromises,  mutePromises, networkPromises, barPromises };
 
 } // namespace
 

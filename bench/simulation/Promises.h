@@ -28,10 +28,15 @@ struct Promise
 const std::vector<Promise>& promises();
 
 // By their subject, each in a file of promises/.
+std::span<const Promise> barPromises();
+std::span<const Promise> mutePromises();
+std::span<const Promise> networkPromises();
 std::span<const Promise> pagePromises();
 std::span<const Promise> programPromises();
+std::span<const Promise> remotePromises();
 std::span<const Promise> soundPromises();
 std::span<const Promise> sourcePromises();
+std::span<const Promise> storePromises();
 
 /** Nothing more will happen by itself. */
 bool isAtRest(const SimulatedUnit& unit);

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 /** Longer than anything that the engine waits for, one after the other. */
 constexpr auto mostUnrest = 60s;
-constexpr auto leastRest = 7s; ///< after two heartbeats a lost source is asked for again
+constexpr auto leastRest = 11s; ///< the bar with the favourites stays for 10
 constexpr auto quietTime = 1s;
 constexpr auto restStep = 100ms;
 

@@ -1,5 +1,6 @@
 #include "bench/simulation/SimulatedUnit.h"
 
+#include "EngineApi/Provided.h"
 #include "ProjectDepend/Bars.h"
 #include "bench/text/Names.h"
 #include "doubles/SystemDouble.h"
@@ -117,13 +118,15 @@ std::string SimulatedUnit::start()
             panel.unitRestarts();
         });
     scheduler.messageThread().post(
-        []
+        [this]
         {
             for (const auto* pack : { "CommonRes.spp", "MainRes.spp" })
                 Platform::CVXResPathManager::getInstance()->addResPath(Platform::AppConfig::getResourcePath() + pack,
                                                                        {});
             Bar::createBars();
             Factory::SystemFactory::getInstance()->build();
+            remoteTexts.emplace(*EngineApi::Provided<EngineApi::WiredRemote>::get());
+            EngineApi::Provided<EngineApi::WiredRemote>::set(&*remoteTexts);
             Kernel::SystemEngine::getInstance()->start();
         });
     return {};

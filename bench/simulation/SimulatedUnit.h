@@ -9,6 +9,7 @@
 #include "bench/mcu/Tuner.h"
 #include "bench/network/NetworkDisplay.h"
 #include "bench/remote/WiredRemote.h"
+#include "bench/simulation/RemoteTexts.h"
 #include "bench/simulation/SimulatedLines.h"
 #include "bench/simulation/SimulatedPrograms.h"
 
@@ -56,6 +57,7 @@ public:
     Bench::GpioLines gpio { journal, gpioLines };
     Bench::Dsp dsp { journal, spi };
     SimulatedPrograms programs { journal };
+    std::optional<RemoteTexts> remoteTexts; ///< from the engine's start on
 
     /** Something that a person or the boat does to a device. */
     template <typename Call>

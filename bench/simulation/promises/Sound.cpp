@@ -5,6 +5,7 @@
 #include "EngineApi/Settings.h"
 #include "bench/dsp/DspModel.h"
 #include "bench/simulation/Promises.h"
+#include "bench/simulation/promises/Kept.h"
 #include "dsp/AudioChannel.h"
 #include "dsp/AudioServices.h"
 #include "dsp/DSPSettingHelperImpl.h"
@@ -229,35 +230,7 @@ std::map<int, int> demandedCurve()
     return curve;
 }
 
-/**
-    Remembers what was as demanded. Only that can break: a word that was lost while the bus failed is written again when
-    somebody changes it.
-*/
-class Words
-{
-public:
-    explicit Words(unsigned failuresOfBus)
-        : failures(failuresOfBus)
-    {
-    }
-
-    void check(const std::string& name, bool agrees, const std::string& has, const std::string& demanded)
-    {
-        if (agrees)
-            failuresBefore[name] = failures;
-        else if (failuresBefore[name] == failures && wrong.empty())
-            wrong = name + " is " + has + " instead of " + demanded;
-    }
-
-    std::string wrong;
-
-private:
-    const unsigned failures;
-    /** When it agreed last; there is one unit in a process. */
-    static inline std::map<std::string, unsigned> failuresBefore;
-};
-
-void checkInputs(const Bench::DspMemory& memory, Words& words)
+void checkInputs(const Bench::DspMemory& memory, Kept& words)
 {
     const std::string wanted = isAlerting() ? "system audio" : inputOf(audioChannel());
     for (std::size_t path = 0; path < Bench::dspPathCount; ++path)
@@ -267,7 +240,7 @@ void checkInputs(const Bench::DspMemory& memory, Words& words)
     }
 }
 
-void checkBands(const Bench::DspMemory& memory, Words& words)
+void checkBands(const Bench::DspMemory& memory, Kept& words)
 {
     constexpr double tolerance = 0.05;
     constexpr std::size_t third = 2;
@@ -297,8 +270,9 @@ void checkBands(const Bench::DspMemory& memory, Words& words)
 
 std::string chipHasWhatIsSet(SimulatedUnit& unit, const Since&)
 {
+    static Kept words;
     const auto state = unit.dsp.state();
-    Words words(state.refused);
+    words.begin(state.refused);
     words.check("the chip", Bench::isRunning(state.memory), "at rest", "running");
     checkInputs(state.memory, words);
     checkBands(state.memory, words);
@@ -320,7 +294,7 @@ std::string chipHasWhatIsSet(SimulatedUnit& unit, const Since&)
         else if (parameter.kind != Bench::DspKind::band)
             return "nobody says what " + parameter.name + " is to be";
     }
-    return words.wrong;
+    return words.wrong();
 }
 
 constexpr Promise all[] {
