@@ -9,10 +9,12 @@
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
 #include "platform/config/Resources.h"
+#include "platform/settings/SysInfo.h"
 
 #include <filesystem>
 #include <fstream>
 #include <juce_events/juce_events.h>
+#include <sys/mman.h>
 
 namespace juce
 {
@@ -25,6 +27,15 @@ namespace Simulation
 
 namespace
 {
+
+/** No other run has the table, and it ends with this one, however that ends. */
+void makeSystemInformation(const std::string& folder)
+{
+    const auto name = "/" + std::filesystem::path(folder).filename().string() + "-sysinfo";
+    ::setenv("HEADUNIT_SYSINFO", name.c_str(), 1);
+    Platform::VX_SetSysInfo(0, 0);
+    ::shm_unlink(name.c_str());
+}
 
 Bench::Journal* logJournal = nullptr;
 std::string logFolder;
@@ -50,7 +61,7 @@ SimulatedUnit::SimulatedUnit(Scheduler& schedulerToUse, std::string folder, std:
     , path(std::move(folder))
     , resourcePath(std::move(resources))
     , mcuLine(path + "/mcu", devices)
-    , remoteLine(path + "/wired-remote", devices)
+    , remoteLine("COM5:", devices)
     , i2c(path + "/i2c", devices)
     , gpioLines(path + "/gpio", devices)
     , spi(path + "/spi", devices)
@@ -58,6 +69,7 @@ SimulatedUnit::SimulatedUnit(Scheduler& schedulerToUse, std::string folder, std:
     for (Bench::Device* device : std::initializer_list<Bench::Device*> { &mcu, &remote, &videoDecoder, &gpio, &dsp })
         devices.add(*device);
     Platform::doubles::SystemDouble::followClock();
+    makeSystemInformation(path);
     logJournal = &journal;
     logFolder = path;
     Platform::Logger::getInstance()->redirect(nullptr, keepLine, keepLine, keepLine);
@@ -87,7 +99,6 @@ std::string SimulatedUnit::writeConfiguration() const
          << "camera_hold_file = \"" << path << "/camera-hold\"\n"
          << "display = \"none\"\n\n"
          << "[mcu]\nport = \"" << path << "/mcu\"\n\n"
-         << "[wired_remote]\nport = \"" << path << "/wired-remote\"\n\n"
          << "[bus]\n";
     for (const auto& [key, socket] : { std::pair { "spi2", "spi" }, { "i2c1", "i2c" }, { "gpio", "gpio" } })
         file << key << " = \"socket:" << path << "/" << socket << "\"\n";
