@@ -155,7 +155,17 @@ juce::MemoryBlock SerialPortDouble::takeWritten(const juce::String& name)
 
 void SerialPortDouble::failOpen(const juce::String& name, bool fails)
 {
-    withLine(name, [fails](Line& line) { line.openFails = fails; });
+    const auto back = withLine(name,
+                               [fails](Line& line)
+                               {
+                                   const bool wasAway = std::exchange(line.openFails, fails);
+                                   return wasAway && !fails ? line.delivery : nullptr;
+                               });
+    if (back == nullptr)
+        return;
+    const std::lock_guard guard(back->lock);
+    if (back->receiver != nullptr)
+        back->receiver->onDeviceBack();
 }
 
 void SerialPortDouble::limitWrites(const juce::String& name, int bytesPerWrite)

@@ -8,6 +8,8 @@
 #include "kernel/SystemEngine.h"
 #include "platform/settings/SetupIndex.h"
 
+#include <atomic>
+
 namespace EngineLayer
 {
 
@@ -25,6 +27,8 @@ constexpr int volumeColumn = 1;
 constexpr int muteColumn = 11;
 constexpr int remoteTextMs = 2000;
 constexpr int cancelRestore = -1;
+
+std::atomic<bool> muteAnnounced { false };
 
 void tellVolumeBar(int zone, int value)
 {
@@ -56,6 +60,7 @@ void announceVolume(int zone, int volume, bool show)
 
 void announceMute(bool mute)
 {
+    muteAnnounced = mute;
     tellVolumeBar(muteZone, mute ? 1 : 0);
     tellNetwork(muteZone, mute ? 1 : 0);
     auto* remote = Provided<EngineApi::WiredRemote>::get();
@@ -73,6 +78,12 @@ void announceMute(bool mute)
         remote->clearRow(remoteRow);
     }
     remote->showLasting(remoteRow, muteColumn, " Mute");
+}
+
+void withdrawMute()
+{
+    if (muteAnnounced)
+        announceMute(false);
 }
 
 } // namespace EngineLayer

@@ -9,4 +9,7 @@ void announceVolume(int zone, int volume, bool show);
 /** Reports the mute to the network, the volume bar and the wired remote. Any thread. */
 void announceMute(bool mute);
 
+/** The mute has ended without a notice: where it was reported, its end is reported too. Any thread. */
+void withdrawMute();
+
 } // namespace EngineLayer

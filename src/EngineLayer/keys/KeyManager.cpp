@@ -11,6 +11,7 @@
 #include "EngineApi/SystemState.h"
 #include "EngineApi/WiredRemote.h"
 #include "EngineLayer/autotest/AutoTestFrame.h"
+#include "EngineLayer/devices/DspNotices.h"
 #include "EngineLayer/devices/UnitOutputs.h"
 #include "dsp/AudioServices.h"
 #include "kernel/MessageIds.h"
@@ -48,11 +49,13 @@ Dsp::ACService* audio()
     return chips != nullptr ? &chips->getACService() : nullptr;
 }
 
-/** On purpose without a notice: the unit goes on or off, and no bar is to tell of it. */
+/** On purpose without a notice: the unit goes on or off, and no bar is to tell of it but one that tells of a mute. */
 void setMute(bool mute)
 {
     if (auto* service = audio(); service != nullptr && service->isMute() != mute)
         service->toggleMute(false);
+    if (!mute)
+        withdrawMute();
 }
 
 void toFavoriteBar(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0)

@@ -179,10 +179,11 @@ void TLX70Dev::wasSent(const Protocol::Bytes& command)
     if (command == Protocol::encodeStartBrightness(startBrightness))
         ++startBrightnessSent;
     // The refresh ends with this one. A temporary text is not cut short: its end restores the lines.
-    if (command != Protocol::encodeDimmerB(dimmerLevel) || unsent == 0 || isRestorePending())
+    if (command != Protocol::encodeDimmerB(dimmerLevel) || (unsent == 0 && !isBlank) || isRestorePending())
         return;
     logger().info("the remote is there, %d commands were not sent", unsent);
     unsent = 0;
+    isBlank = false;
     restore();
 }
 
@@ -320,6 +321,12 @@ void TLX70Dev::onReceive(const void* data, int length)
     if (const auto key = Protocol::decodeKey(data, length))
         Kernel::postSystemMessage(Kernel::keyManagerId, Kernel::MSG_WIRED_REMOTE_KEY, EngineApi::originWiredRemote,
                                   *key);
+}
+
+void TLX70Dev::onDeviceBack()
+{
+    const juce::ScopedLock guard(lock);
+    isBlank = true;
 }
 
 } // namespace EngineLayer

@@ -63,6 +63,7 @@ public:
 
     /** Port reader thread. */
     void onReceive(const void* data, int length) override;
+    void onDeviceBack() override;
     /** Message thread. */
     void timerCallback(int timerId) override;
 
@@ -104,7 +105,8 @@ private:
     Line storedLine2;
     Line lastingText;
     int startBrightnessSent = 0;
-    int unsent = 0; ///< commands since the remote took the last one before it was lost
+    int unsent = 0;       ///< commands since the remote took the last one before it was lost
+    bool isBlank = false; ///< the remote was away, and shows nothing of what was sent before
     Clock::time_point leftAloneUntil;
     Kernel::DeviceWorker worker { "WiredRemote" }; ///< last: its thread ends before what it uses
 };

@@ -12,6 +12,8 @@ public:
     virtual ~SerialCallBack() = default;
     /** Received bytes, on the port's reader thread; the data is only valid during the call. */
     virtual void onReceive(const void* data, int length) = 0;
+    /** The device that was away is there, on the port's reader thread. */
+    virtual void onDeviceBack() {}
 };
 
 /**

@@ -1,3 +1,4 @@
+#include "EngineLayer/devices/DspNotices.h"
 #include "EngineLayer/keys/KeyManager.h"
 
 #include "EngineApi/DeviceStatus.h"
@@ -132,6 +133,12 @@ TEST_F(KeyManagerTest, PowerKeysSwitchTheSettingAndTheRemoteAsItsDimmerIsSet)
     press(KEY_POWER_ON);
     EXPECT_EQ(getSettingInt(bluetoothSetting), 1);
     EXPECT_THAT(remote.calls, ElementsAre("dimmer 0", "dimmer 6"));
+    EXPECT_THAT(volumeBar.messages, IsEmpty()) << "nobody was told of the mute that ended";
+    EngineLayer::announceMute(true);
+    press(KEY_POWER_ON);
+    press(KEY_POWER_ON);
+    EXPECT_THAT(volumeBar.messages, ElementsAre(std::array<int, 3> { Kernel::MSG_VOLUME_SHOW, 3, 1 },
+                                                std::array<int, 3> { Kernel::MSG_VOLUME_SHOW, 3, 0 }));
 }
 
 TEST_F(KeyManagerTest, ReturnOnlyEndsTheAlert)

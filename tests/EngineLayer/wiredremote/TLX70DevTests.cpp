@@ -281,6 +281,12 @@ TEST_F(TLX70DevTest, ARemoteThatComesLateShowsTheStoredLines)
     EXPECT_EQ(log.count("the remote is there, 9 commands were not sent"), 1);
     refresh();
     EXPECT_EQ(sent(), levels) << "once";
+
+    // Pulled out and put back while there was nothing to send.
+    SerialPortDouble::failOpen(portName, true);
+    SerialPortDouble::failOpen(portName, false);
+    refresh();
+    EXPECT_EQ(sent(), expected) << "what it showed was lost with the power";
 }
 
 TEST_F(TLX70DevTest, AfterTheStopNothingIsWrittenOrRepeated)

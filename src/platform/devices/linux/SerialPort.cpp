@@ -220,6 +220,7 @@ bool SerialPort::Backend::reopen()
         if (openPort().failed())
             continue;
         logger().info(device + " is open now");
+        receiver.onDeviceBack();
         return true;
     }
     return false;
