@@ -1,7 +1,7 @@
 #include "EngineApi/Provided.h"
+#include "EngineLayer/keys/KeyManager.h"
 #include "bench/simulation/Promises.h"
 #include "dsp/AudioServices.h"
-#include "platform/devices/UnitLines.h"
 
 namespace Simulation
 {
@@ -14,10 +14,7 @@ std::string muteHasReason(SimulatedUnit& unit, const Since&)
 {
     const bool muted = EngineApi::Provided<Dsp::ChipManager>::get()->getACService().isMute();
     const bool told = unit.remoteTexts->isCovered();
-    const auto lines = unit.gpio.lines();
-    const auto output = lines.find(Platform::output1Line);
-    const bool off = output != lines.end() && output->second.level == 0;
-    if (muted && !told && !off)
+    if (muted && !told && EngineLayer::KeyManager::getInstance()->isPoweredOn())
         return "the unit is on and muted, and nobody was told";
     return told && !muted ? "the unit tells of a mute that has ended" : "";
 }

@@ -7,6 +7,7 @@
 #include "platform/base/BoundedQueue.h"
 #include "platform/base/Time.h"
 
+#include <atomic>
 #include <span>
 
 namespace EngineLayer
@@ -26,6 +27,9 @@ public:
     bool acceptMessage(const Kernel::SystemMessage& message) override;
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
     void onStop() override { stopTimer(); }
+
+    /** By the power key that was pressed last. Any thread. */
+    bool isPoweredOn() const { return powerOn; }
 
     void handleKey(int origin, int value) override;
     /** EngineApi::keyName. */
@@ -76,7 +80,7 @@ private:
     int lastKey = 0;
     int favourite = 1; ///< 1 to 16, the one that keys act on
     bool returnOnNextKey = false;
-    bool powerOn = true;
+    std::atomic<bool> powerOn { true };
     DeviceId deviceId {};
     bool shortFrameReported = false;
     AutoTestCommands autoTest { *this };
