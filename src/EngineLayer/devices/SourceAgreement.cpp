@@ -13,6 +13,7 @@ SourceAgreement::Request SourceAgreement::mcuRequests(McuSource source)
         return Request::repeated;
     }
     pending = source;
+    isPendingOfMcu = true;
     agreed = firstRequestSeen;
     if (firstRequestSeen)
         return Request::schedule;
@@ -33,6 +34,7 @@ std::optional<McuSource> SourceAgreement::takeLost()
     if (!std::exchange(wasLost, isLost) || !isLost)
         return {};
     pending = current;
+    isPendingOfMcu = false;
     agreed = false;
     return current;
 }
@@ -43,13 +45,16 @@ SourceAgreement::Report SourceAgreement::unitSwitchedTo(McuSource source)
     if (agreed)
     {
         pending = source;
+        isPendingOfMcu = false;
         agreed = false;
         return Report::ask;
     }
     if (source != pending)
         return Report::nothing;
     agreed = true;
-    confirmed = source;
+    // A microcontroller that has not asked for it does not take it from this.
+    if (isPendingOfMcu)
+        confirmed = source;
     return Report::confirm;
 }
 

@@ -93,4 +93,14 @@ TEST(SourceAgreementTest, WhatTheMicrocontrollerHasMissedIsAskedForAgain)
     agreement.mcuConfirms(usb);
     EXPECT_FALSE(agreement.takeLost().has_value());
     EXPECT_EQ(agreement.unitSwitchedTo(fm), Report::ask);
+
+    // Nobody answers, and the unit comes back to what it had asked for: that is no answer of the microcontroller's.
+    EXPECT_EQ(agreement.unitSwitchedTo(usb), Report::nothing);
+    EXPECT_EQ(agreement.unitSwitchedTo(fm), Report::confirm);
+    EXPECT_FALSE(agreement.takeLost().has_value());
+    EXPECT_EQ(agreement.takeLost(), fm);
+    EXPECT_EQ(agreement.mcuRequests(usb), SourceAgreement::Request::first);
+    EXPECT_EQ(agreement.unitSwitchedTo(usb), Report::confirm);
+    EXPECT_FALSE(agreement.takeLost().has_value());
+    EXPECT_FALSE(agreement.takeLost().has_value()) << "the microcontroller's own wish is confirmed to it";
 }
