@@ -157,11 +157,12 @@ void ViewManager::handleNextPage(int page)
         nextPage = page;
         logPage("Set NextShowPage : ", page);
     }
-    else if (page != nextPage)
+    else
     {
-        thirdPage = page;
+        // The latest wish counts, also when it is for the page that is on its way.
+        thirdPage = page == nextPage ? NUM_OF_PAGES : page;
         thirdPageRequested = false;
-        logPage("Set ThirdShowPage : ", page);
+        logPage("Set ThirdShowPage : ", thirdPage);
     }
     if (showState == kNormal && isInFront(nextPage))
         nextPage = NUM_OF_PAGES;
@@ -243,8 +244,8 @@ void ViewManager::handleReportTopPage(int page)
 {
     reportPage = page;
     startTimer(reportTimer, reportTimeoutMs);
-    // A program has nothing to confirm for a page that it has hidden meanwhile.
-    if (page != currentPage || currentPageState == kAppHiding)
+    // A program has nothing to confirm for a page that it has hidden meanwhile, or that went with its last process.
+    if (page != currentPage || currentPageState != kAppShow)
         confirmReport(page);
 }
 

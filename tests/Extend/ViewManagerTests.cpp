@@ -218,6 +218,21 @@ TEST_F(ViewManagerTest, APageWantedWhileTheNewOneComesFollowsIt)
     }
 }
 
+/** While FM hides for USB, setup is wanted and then USB again: nobody may bring setup back. */
+TEST_F(ViewManagerTest, APageThatIsOnItsWayAndWantedAgainIsTheLastWish)
+{
+    bringToFront(mbFM);
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    setNext(mbSetup);
+    asksFor(mbSetup);
+    setNext(mbUSBAudio);
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+    EXPECT_THAT(takeSent(), ElementsAre(hide(mbFM), show(mbUSBAudio), covered(mbFM)));
+    EXPECT_FALSE(isPageChanging());
+}
+
 /**
     The navigation program answers nothing: its window is shown and hidden directly, and found under any of its titles.
 */
@@ -349,6 +364,13 @@ TEST_F(ViewManagerTest, APageThatIsHiddenNeedsNoConfirmation)
     run();
     expectConfirmed();
     says(RMSG_PAGE_SHOW_READY, mbAuxin2);
+    reportTopPage(mbRearAV2);
+    run();
+    expectConfirmed();
+
+    // Its program dies in front.
+    bringToFront(mbRearAV2);
+    view.onAppConnectState(appTypeOfPage(mbRearAV2), kDisconnect);
     reportTopPage(mbRearAV2);
     run();
     expectConfirmed();
