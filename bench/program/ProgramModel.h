@@ -64,6 +64,7 @@ public:
     /** Empty when it was done, else what is wrong with it. */
     std::string order(const juce::StringArray& words) { return profile->onOrder(words); }
 
+    bool isSilent() const { return silent; }
     int getShownPage() const { return shownPage; }
     int getSource() const override { return source; }
 

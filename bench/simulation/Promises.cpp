@@ -2,7 +2,6 @@
 
 #include "EngineApi/Programs.h"
 #include "EngineApi/SystemState.h"
-#include "kernel/SystemEngine.h"
 
 #include <algorithm>
 #include <array>
@@ -14,10 +13,9 @@ namespace Simulation
 namespace
 {
 
-constexpr const char* groupNames[] { "GeneralHighGroup", "SystemGroup", "GeneralNormalGroup", "GeneralLowGroup" };
-
-constexpr std::array subjects { programPromises, pagePromises, sourcePromises,  soundPromises, storePromises,
-                                remotePromises,  mutePromises, networkPromises, barPromises };
+constexpr std::array subjects { programPromises, pagePromises,    sourcePromises, soundPromises,
+                                storePromises,   remotePromises,  mutePromises,   networkPromises,
+                                barPromises,     requestPromises, linkPromises,   timerPromises };
 
 } // namespace
 
@@ -35,9 +33,8 @@ const std::vector<Promise>& promises()
 
 bool isAtRest(const SimulatedUnit& unit)
 {
-    const auto& engine = *Kernel::SystemEngine::getInstance();
     return !EngineApi::isSystemBusy() && !EngineApi::isPageChanging() && unit.programs.areIdle() &&
-           std::ranges::none_of(groupNames, [&](const char* name) { return engine.findGroup(name)->hasMessages(); });
+           std::ranges::none_of(taskGroups(), [](const auto* group) { return group->hasMessages(); });
 }
 
 } // namespace Simulation

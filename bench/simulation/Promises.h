@@ -9,6 +9,9 @@
 namespace Simulation
 {
 
+/** At rest nothing has happened by itself for so long. */
+constexpr std::chrono::seconds quietTime { 1 };
+
 /** What has been since the unit was at rest before. */
 struct Since
 {
@@ -23,20 +26,25 @@ struct Promise
     /** Empty while it is kept, else what is wrong. */
     std::string (*check)(SimulatedUnit& unit, const Since& since);
     bool atRestOnly; ///< else after every step
+    /** Before the unit begins, for what has to be seen while it happens; null for nothing. */
+    void (*watch)(SimulatedUnit& unit) = nullptr;
 };
 
 const std::vector<Promise>& promises();
 
 // By their subject, each in a file of promises/.
 std::span<const Promise> barPromises();
+std::span<const Promise> linkPromises();
 std::span<const Promise> mutePromises();
 std::span<const Promise> networkPromises();
 std::span<const Promise> pagePromises();
 std::span<const Promise> programPromises();
 std::span<const Promise> remotePromises();
+std::span<const Promise> requestPromises();
 std::span<const Promise> soundPromises();
 std::span<const Promise> sourcePromises();
 std::span<const Promise> storePromises();
+std::span<const Promise> timerPromises();
 
 /** Nothing more will happen by itself. */
 bool isAtRest(const SimulatedUnit& unit);

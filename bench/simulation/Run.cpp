@@ -13,7 +13,6 @@ using namespace std::chrono_literals;
 /** Longer than anything that the engine waits for, one after the other. */
 constexpr auto mostUnrest = 60s;
 constexpr auto leastRest = 11s; ///< the bar with the favourites stays for 10
-constexpr auto quietTime = 1s;
 constexpr auto restStep = 100ms;
 
 class Life
@@ -25,6 +24,9 @@ public:
         , begin(unit.scheduler.now())
     {
         since.begin = unit.journal.end();
+        for (const auto& promise : promises())
+            if (promise.watch != nullptr)
+                promise.watch(unit);
     }
 
     Outcome live(Clock::duration length)

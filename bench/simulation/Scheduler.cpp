@@ -150,7 +150,7 @@ void Scheduler::startTimer(Platform::MultiTimer& owner, int id, int intervalMs)
     stopTimer(owner, id);
     intervalMs = std::max(1, intervalMs);
     timers.push_back(std::make_unique<TimerState>(
-        TimerState { &owner, id, intervalMs, time + std::chrono::milliseconds(intervalMs) }));
+        TimerState { &owner, id, intervalMs, time + std::chrono::milliseconds(intervalMs), ++timerStarts }));
 }
 
 void Scheduler::stopTimer(const Platform::MultiTimer& owner, int id)
@@ -180,9 +180,26 @@ void Scheduler::expire(TimerState& timer)
             if (auto* still = findTimer(*owner, id); still != nullptr && still == state)
             {
                 still->posted = false;
+                ++still->expiries;
                 owner->timerCallback(id);
             }
         });
+}
+
+std::vector<Scheduler::RunningTimer> Scheduler::runningTimers() const
+{
+    std::vector<RunningTimer> each;
+    for (const auto& timer : timers)
+        each.push_back({ timer->owner, timer->id, timer->intervalMs, timer->due, timer->start, timer->expiries });
+    return each;
+}
+
+std::optional<Scheduler::RunningTimer> Scheduler::timer(const Platform::MultiTimer& owner, int id) const
+{
+    const auto* found = findTimer(owner, id);
+    if (found == nullptr)
+        return {};
+    return RunningTimer { found->owner, found->id, found->intervalMs, found->due, found->start, found->expiries };
 }
 
 bool Scheduler::canRun(const Fiber& fiber) const

@@ -79,6 +79,18 @@ public:
     void stopTimers(const Platform::MultiTimer& owner);
     /** 0 for one that does not run. */
     int timerInterval(const Platform::MultiTimer& owner, int id) const;
+    struct RunningTimer
+    {
+        const Platform::MultiTimer* owner;
+        int id;
+        int intervalMs;
+        Clock::time_point due;
+        std::uint64_t start; ///< its number among the starts of all timers
+        int expiries;        ///< handled on the message thread since the start
+    };
+    /** Empty for one that does not run. */
+    std::optional<RunningTimer> timer(const Platform::MultiTimer& owner, int id) const;
+    std::vector<RunningTimer> runningTimers() const;
 
     // What is outside of the engine.
 
@@ -109,6 +121,8 @@ private:
         int id;
         int intervalMs;
         Clock::time_point due;
+        std::uint64_t start;
+        int expiries = 0;
         bool posted = false; ///< its expiry waits for the message thread
     };
     using TimerKey = std::pair<const Platform::MultiTimer*, int>;
@@ -119,6 +133,7 @@ private:
     Fiber* running = nullptr;
     std::unique_ptr<Lane> messages;
     std::vector<std::unique_ptr<TimerState>> timers;
+    std::uint64_t timerStarts = 0;
     std::vector<Source> sources;                                           ///< all added before the first step
     std::vector<std::variant<Fiber*, TimerState*, const Source*>> choices; ///< of the step under way
     std::uint64_t stepsDone = 0;

@@ -38,8 +38,10 @@ SimulatedSerial::SimulatedSerial(std::string portName, Devices& devicesToUse)
     SerialPortDouble::onWrite(name,
                               [this](const juce::MemoryBlock& bytes)
                               {
-                                  const auto* first = static_cast<const std::uint8_t*>(bytes.getData());
-                                  toDevice.insert(toDevice.end(), first, first + bytes.getSize());
+                                  const std::span written(static_cast<const std::uint8_t*>(bytes.getData()),
+                                                          bytes.getSize());
+                                  listener(true, written);
+                                  toDevice.insert(toDevice.end(), written.begin(), written.end());
                               });
     Scheduler::get().addSource({ [this] { return due(); }, [this] { run(); } });
 }
@@ -96,7 +98,12 @@ void SimulatedSerial::run()
         devices.turn([&] { received(bytes); });
     }
     else
-        reader.post([this, bytes] { SerialPortDouble::receive(name, bytes.data(), static_cast<int>(bytes.size())); });
+        reader.post(
+            [this, bytes]
+            {
+                listener(false, bytes);
+                SerialPortDouble::receive(name, bytes.data(), static_cast<int>(bytes.size()));
+            });
 }
 
 namespace

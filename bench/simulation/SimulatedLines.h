@@ -40,11 +40,15 @@ public:
     bool write(std::span<const std::uint8_t> bytes) override;
     void setReading(bool on) override { reading = on; }
     void flush() override;
+    /** True for what the engine writes, false for what reaches it. */
+    using Listener = std::function<void(bool fromUnit, std::span<const std::uint8_t> bytes)>;
+    void onTraffic(Listener newListener) { listener = std::move(newListener); }
 
 private:
     const std::string name;
     Devices& devices;
     Lane reader;
+    Listener listener = [](bool, std::span<const std::uint8_t>) {};
     bool opened = false, reading = true;
     std::vector<std::uint8_t> toDevice, toUnit;
 

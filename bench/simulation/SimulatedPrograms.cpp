@@ -75,10 +75,12 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
             const auto message = outbox.front().second;
             outbox.pop_front();
             owner.channel.post(
-                [type = appType, message]
+                [type = appType, message, &lookout = owner.lookout]
                 {
-                    if (IPCMsg::MessageHelper::isPresent(type))
-                        IpcDouble::injectMessage(type, message.what, message.arg1, message.arg2, message.bundle);
+                    if (!IPCMsg::MessageHelper::isPresent(type))
+                        return;
+                    lookout.spoken.tell(type, message);
+                    IpcDouble::injectMessage(type, message.what, message.arg1, message.arg2, message.bundle);
                 });
         }
         else if (here && !inbox.empty() && inbox.front().first <= now)
@@ -110,7 +112,8 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
     const int pid;
     const Clock::time_point ready;
     BenchProgram::ProgramModel model;
-    bool here = false, connected = false, hangs = false;
+    bool here = false, hangs = false;
+    std::optional<Clock::time_point> connected;
     std::optional<Clock::time_point> givesUp;
     std::deque<std::pair<Clock::time_point, IpcDouble::Posted>> inbox, outbox;
 
@@ -129,7 +132,7 @@ private:
     void report(const char* event, const juce::String& detail) override
     {
         if (std::string_view(event) == "connected")
-            connected = true;
+            connected = Clock::now();
         owner.journal.add(stream(), (event + (detail.isEmpty() ? "" : " " + detail)).toStdString());
     }
     void reportPage(const char* event, int page) override
@@ -147,8 +150,9 @@ private:
     std::string stream() const { return std::string("program ") + Pubhead::appTypeName(appType); }
 };
 
-SimulatedPrograms::SimulatedPrograms(Bench::Journal& journalToUse)
+SimulatedPrograms::SimulatedPrograms(Bench::Journal& journalToUse, const Lookout& lookoutToTell)
     : journal(journalToUse)
+    , lookout(lookoutToTell)
 {
     ProcessDouble::onLaunch([this](const ProcessDouble::Launch& launch) { begin(launch); });
     ProcessDouble::onEnd([this] { someEnded = true; });
@@ -183,7 +187,20 @@ BenchProgram::ProgramModel* SimulatedPrograms::find(int appType)
 bool SimulatedPrograms::isConnected(int appType) const
 {
     const auto* program = findProgram(appType);
-    return program != nullptr && program->connected;
+    return program != nullptr && program->connected.has_value();
+}
+
+SimulatedPrograms::Health SimulatedPrograms::health(int appType) const
+{
+    Health health;
+    if (const auto found = gone.find(appType); found != gone.end())
+        health.gone = found->second;
+    if (const auto* program = findProgram(appType))
+    {
+        health.connected = program->connected;
+        health.answers = program->connected && !program->hangs && !program->model.isSilent();
+    }
+    return health;
 }
 
 std::vector<int> SimulatedPrograms::running() const
@@ -251,6 +268,7 @@ std::vector<int> SimulatedPrograms::runningTwice() const
 void SimulatedPrograms::hear(const IpcDouble::Posted& posted)
 {
     IpcDouble::takePosted(); // nobody else wants it
+    lookout.posted.tell(posted);
     for (const auto& program : programs)
         if (program->here && (posted.appType == program->appType || posted.appType == toAll))
             program->hear(posted);
@@ -304,6 +322,7 @@ void SimulatedPrograms::removeEnded()
             continue;
         }
         journal.add(std::string("program ") + Pubhead::appTypeName(program.appType), "gone");
+        gone[program.appType] = Clock::now();
         channel.post(
             [type = program.appType, pid = program.pid]
             {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/program/ProgramModel.h"
+#include "bench/simulation/Lookout.h"
 #include "bench/simulation/Scheduler.h"
 #include "bench/unit/Journal.h"
 #include "doubles/IpcDouble.h"
@@ -25,7 +26,7 @@ struct ProgramHabits
 class SimulatedPrograms
 {
 public:
-    explicit SimulatedPrograms(Bench::Journal& journalToUse);
+    SimulatedPrograms(Bench::Journal& journalToUse, const Lookout& lookoutToTell);
     ~SimulatedPrograms();
 
     ProgramHabits habits;
@@ -34,6 +35,14 @@ public:
     std::vector<int> running() const;
     BenchProgram::ProgramModel* find(int appType);
     bool isConnected(int appType) const;
+    /** What can be expected of a program. */
+    struct Health
+    {
+        bool answers = false;                          ///< it is connected, does not hang, and is not silent
+        std::optional<Clock::time_point> connected {}; ///< since then, when it is
+        std::optional<Clock::time_point> gone {};      ///< when its process, or the one before, has ended
+    };
+    Health health(int appType) const;
 
     // What is done to one; nothing for one that does not run.
     void crash(int appType);
@@ -52,7 +61,9 @@ private:
     struct Program;
 
     Bench::Journal& journal;
+    const Lookout& lookout;
     Lane channel { "ipc" };
+    std::map<int, Clock::time_point> gone;
     bool someEnded = false;                         ///< and is still among the programs
     std::vector<std::unique_ptr<Program>> programs; ///< one that has ended may lie before its successor
 

@@ -37,7 +37,7 @@ void makeSystemInformation(const std::string& folder)
     ::shm_unlink(name.c_str());
 }
 
-Bench::Journal* logJournal = nullptr;
+SimulatedUnit* logging = nullptr;
 std::string logFolder;
 
 /** The engine's log lines are events like any other. */
@@ -49,7 +49,8 @@ bool keepLine(const char* file, int, const char*, const char* format, va_list ar
     std::string line = text.data();
     for (std::size_t at = 0; (at = line.find(logFolder, at)) != std::string::npos;)
         line.replace(at, logFolder.size(), "UNIT");
-    logJournal->add(std::string("log ") + file, line);
+    logging->journal.add(std::string("log ") + file, line);
+    logging->lookout.lines.tell(file, line);
     return true;
 }
 
@@ -70,7 +71,9 @@ SimulatedUnit::SimulatedUnit(Scheduler& schedulerToUse, std::string folder, std:
         devices.add(*device);
     Platform::doubles::SystemDouble::followClock();
     makeSystemInformation(path);
-    logJournal = &journal;
+    logging = this;
+    mcuLine.onTraffic([this](bool fromUnit, std::span<const std::uint8_t> bytes)
+                      { lookout.link.tell(fromUnit, bytes); });
     logFolder = path;
     Platform::Logger::getInstance()->redirect(nullptr, keepLine, keepLine, keepLine);
     scheduler.addSource({ [this]
@@ -136,6 +139,7 @@ std::string SimulatedUnit::start()
                                                                        {});
             Bar::createBars();
             Factory::SystemFactory::getInstance()->build();
+            lookout.watchComponents();
             remoteTexts.emplace(*EngineApi::Provided<EngineApi::WiredRemote>::get());
             EngineApi::Provided<EngineApi::WiredRemote>::set(&*remoteTexts);
             Kernel::SystemEngine::getInstance()->start();

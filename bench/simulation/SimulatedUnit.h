@@ -37,6 +37,7 @@ public:
 
     Scheduler& scheduler;
     Bench::Journal journal;
+    Lookout lookout;
     Devices devices;
 
 private:
@@ -56,7 +57,7 @@ public:
     Bench::VideoDecoder videoDecoder { journal, i2c };
     Bench::GpioLines gpio { journal, gpioLines };
     Bench::Dsp dsp { journal, spi };
-    SimulatedPrograms programs { journal };
+    SimulatedPrograms programs { journal, lookout };
     std::optional<RemoteTexts> remoteTexts; ///< from the engine's start on
 
     /** Something that a person or the boat does to a device. */

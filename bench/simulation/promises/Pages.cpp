@@ -31,22 +31,78 @@ std::string frontAgrees(SimulatedUnit& unit, const Since&)
     return {};
 }
 
-/** The engine waits in vain only for a program that is not well. */
-std::string nobodyWaitedInVain(SimulatedUnit& unit, const Since& since)
+/** Longer than every wait of the view manager. */
+constexpr std::chrono::milliseconds longestWait { 1500 };
+/** What the engine and the program need besides, in which simulated time hardly passes. */
+constexpr std::chrono::milliseconds overhead { 50 };
+
+/** The waits of the view manager that nobody has ended, as its log tells, and whether the program could have. */
+class Waits
 {
-    if (since.hadFaults)
-        return {};
-    const auto inVain = unit.journal.find(since.begin, 1,
-                                          [](const Bench::Event& event) {
-                                              return event.stream == "log Extend/ViewManager" &&
-                                                     event.text.find(" does not ") != std::string::npos;
-                                          });
-    return inVain.empty() ? "" : inVain.front().text;
+public:
+    static Waits& get()
+    {
+        static Waits only;
+        return only;
+    }
+
+    void watch(SimulatedUnit& unit)
+    {
+        unit.lookout.lines.add(
+            [this, &programs = unit.programs](const std::string& part, const std::string& line)
+            {
+                const auto name = line.substr(0, line.find(" does not "));
+                if (part != "Extend/ViewManager" || name == line)
+                    return;
+                for (const auto& page : Bench::allPages())
+                    if (name == Pubhead::pageName(page.page) && couldAnswer(programs, page.appType) && broken.empty())
+                        broken = line;
+            });
+    }
+
+    /** After every step. */
+    std::string look(const SimulatedPrograms& programs)
+    {
+        for (const int appType : Bench::allApps())
+            if (!programs.health(appType).answers)
+                lastUnwell[appType] = Clock::now();
+        return broken;
+    }
+
+private:
+    std::map<int, Clock::time_point> lastUnwell; ///< of each program, as far as a step has found it so
+    std::string broken;
+
+    bool couldAnswer(const SimulatedPrograms& programs, int appType) const
+    {
+        const auto health = programs.health(appType);
+        if (!health.answers)
+            return false;
+        const auto now = Clock::now();
+        const auto isLong = [=](Clock::time_point since) { return now - since > longestWait + overhead; };
+        if (health.gone && !isLong(*health.gone))
+            return false;
+        // What it was told meanwhile it does one after the other, each within the time of a habit.
+        if (now - *health.connected < 2 * programs.habits.answer + overhead)
+            return false;
+        const auto unwell = lastUnwell.find(appType);
+        return unwell == lastUnwell.end() || unwell->second < *health.connected || isLong(unwell->second);
+    }
+};
+
+std::string nobodyWaitedInVain(SimulatedUnit& unit, const Since&)
+{
+    return Waits::get().look(unit.programs);
+}
+
+void watchWaits(SimulatedUnit& unit)
+{
+    Waits::get().watch(unit);
 }
 
 constexpr Promise all[] {
     { "what is in front agrees", frontAgrees, true },
-    { "nobody waited in vain", nobodyWaitedInVain, true },
+    { "nobody waited in vain", nobodyWaitedInVain, false, watchWaits },
 };
 
 } // namespace

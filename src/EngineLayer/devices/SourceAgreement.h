@@ -47,8 +47,8 @@ public:
 private:
     McuSource pending;
     bool isPendingOfMcu = false; ///< its wish, not the unit's
-    McuSource current;   ///< the unit's
-    McuSource confirmed; ///< the last one that both had
+    McuSource current;           ///< the unit's
+    McuSource confirmed;         ///< the last one that both had
     bool wasLost = false;
     bool agreed = true;
     bool firstRequestSeen = false;
