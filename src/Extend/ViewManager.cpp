@@ -37,6 +37,13 @@ bool sendToProgram(juce::int32 what, int page)
     return appType != AppUnknown && sendRemoteMessage(appType, what, page, 0);
 }
 
+/** Without its program a page is in front, but not on the screen. Not every page has a program that connects. */
+bool canShow(int page)
+{
+    const int appType = appTypeOfPage(page);
+    return page == mbNavi || appType == AppUnknown || isAppConnected(appType);
+}
+
 } // namespace
 
 ViewManager::ViewManager()
@@ -220,6 +227,9 @@ void ViewManager::handleHideReady(int page)
 void ViewManager::handleShowReady(int page)
 {
     logPage("ShowPageReady : ", page);
+    // A late answer, perhaps of a program that was not there yet when it was told.
+    if (showState == kNormal && page == currentPage)
+        currentPageState = kAppShow;
     if (showState != kShowing || page != nextPage)
         return;
     stopTimer(showTimer);
@@ -233,7 +243,7 @@ void ViewManager::handleShowReady(int page)
     }
     else
     {
-        currentPageState = kAppShow;
+        currentPageState = canShow(currentPage) ? kAppShow : kAppHidden;
         showState = kNormal;
     }
     resendShow = false;

@@ -233,6 +233,31 @@ TEST_F(ViewManagerTest, APageThatIsOnItsWayAndWantedAgainIsTheLastWish)
     EXPECT_FALSE(isPageChanging());
 }
 
+/** The program of the next page dies before it has shown it; its next process has to be told, and may answer late. */
+TEST_F(ViewManagerTest, APageWhoseProgramDiedOnTheWayIsShownByTheNextOne)
+{
+    bringToFront(mbFM);
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    monitor.setAppState(AppUSB, kDisconnect);
+    fire(view, Extend::ViewManager::showTimer);
+    EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+    takeSent();
+
+    connect(AppUSB);
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
+    monitor.setAppState(AppUSB, kDisconnect);
+    fire(view, Extend::ViewManager::showTimer);
+    connect(AppUSB);
+    says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+    setNext(mbFM);
+    asksFor(mbFM);
+    EXPECT_THAT(takeSent(), ElementsAre(hide(mbUSBAudio)));
+}
+
 /**
     The navigation program answers nothing: its window is shown and hidden directly, and found under any of its titles.
 */
