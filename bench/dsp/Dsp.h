@@ -35,7 +35,8 @@ public:
     std::string start();
 
     State state() const;
-    DspMemory memory() const { return chip.memory(); }
+    /** It changes with the next request. */
+    const DspMemory& memory() const { return chip.memory(); }
 
     /** Nothing can open the bus; connections that exist are cut. Empty on success, as when it can be opened again. */
     std::string refuseOpen(bool refuse);

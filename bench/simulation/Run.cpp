@@ -66,8 +66,12 @@ private:
     /** Lets the time pass, and looks after the promises of every step. */
     void pass(Clock::duration time)
     {
-        unit.scheduler.runUntil(unit.scheduler.now() + time);
-        check(false);
+        unit.scheduler.runUntil(unit.scheduler.now() + time,
+                                [this]
+                                {
+                                    check(false);
+                                    return outcome.broken.empty();
+                                });
     }
 
     void comeToRest()

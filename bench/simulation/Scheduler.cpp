@@ -262,13 +262,13 @@ std::optional<Clock::time_point> Scheduler::nextDue() const
     return next;
 }
 
-void Scheduler::runUntil(Clock::time_point end)
+void Scheduler::runUntil(Clock::time_point end, const std::function<bool()>& goesOn)
 {
     for (;;)
     {
         while (step())
-        {
-        }
+            if (!goesOn())
+                return;
         const auto next = nextDue();
         if (!next || *next > end)
             break;

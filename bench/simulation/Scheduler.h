@@ -106,8 +106,8 @@ public:
     bool step();
     /** Empty when only a call from outside can bring anything. */
     std::optional<Clock::time_point> nextDue() const;
-    /** Steps until nothing can be done before this time, which it then is. */
-    void runUntil(Clock::time_point end);
+    /** Steps until nothing can be done before this time, which it then is, or until `goesOn` says no after one. */
+    void runUntil(Clock::time_point end, const std::function<bool()>& goesOn);
     std::uint64_t steps() const { return stepsDone; }
 
     /** How often a fiber has run; one that has found nothing to do does not count. */

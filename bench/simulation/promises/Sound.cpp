@@ -27,6 +27,7 @@ using EngineApi::getSettingInt;
 
 constexpr int silent = -144; ///< dB
 constexpr int highestLift = 12;
+constexpr double oneStep = 1.0 / (1 << 21); ///< of a word, as a gain
 constexpr int userCurve = 4;
 
 int volumeOf(int zone)
@@ -55,9 +56,31 @@ int levelOf(int step, int coarseSteps)
     return step == 0 ? silent : -54 + std::min(step, coarseSteps) + step;
 }
 
-int speakerLevel(int step)
+// In dB, of a volume step.
+
+double speakerLevel(int step)
 {
     return levelOf(step, 10);
+}
+
+double lineLevel(int step)
+{
+    return levelOf(step, 8);
+}
+
+double levelOfA(int step)
+{
+    return speakerLevel(step) + 2.5;
+}
+
+double levelOfB(int step)
+{
+    return step == 0 ? silent : std::min(speakerLevel(step) + 5, highestLift * 1.0);
+}
+
+double gainOf(double decibels)
+{
+    return std::pow(10.0, decibels / 20);
 }
 
 const char* inputOf(int channel)
@@ -148,18 +171,16 @@ std::pair<int, int> zonesOfOutputs()
 /** In dB, by the names that the bench has for the words. */
 std::map<std::string, double> demandedGains()
 {
-    const auto lifted = [](int level, int lift)
-    { return level == silent ? silent : std::min(level + lift, highestLift); };
     const Fades fades;
     const int source = sourceLevelOf(audioChannel());
     const auto [zoneOfA, zoneOfB] = zonesOfOutputs();
     const bool subwoofer = isSubwooferOn();
     std::map<std::string, double> gains {
         { "speaker volume", speakerLevel(volumeOf(1)) },
-        { "line volume", levelOf(volumeOf(1), 8) },
-        { "output A", speakerLevel(volumeOf(zoneOfA)) + 2.5 },
-        { "output B", lifted(speakerLevel(volumeOf(zoneOfB)), 5) },
-        { "subwoofer level", lifted(subwooferDb(), 3) },
+        { "line volume", lineLevel(volumeOf(1)) },
+        { "output A", levelOfA(volumeOf(zoneOfA)) },
+        { "output B", levelOfB(volumeOf(zoneOfB)) },
+        { "subwoofer level", subwooferDb() == silent ? silent : std::min(subwooferDb() + 3, highestLift) },
         { "output A level", subwoofer ? subwooferDb() : 0 },
         { "output A left", subwoofer ? 4 : fades.left },
         { "output A right", subwoofer ? silent : fades.right },
@@ -278,13 +299,12 @@ std::string chipHasWhatIsSet(SimulatedUnit& unit, const Since&)
     checkBands(state.memory, words);
     const auto gains = demandedGains();
     const auto texts = demandedTexts();
-    constexpr double oneStep = 1.0 / (1 << 21);
     for (const auto& parameter : Bench::dspParameters())
     {
         const auto has = Bench::valueText(state.memory, parameter);
         if (const auto gain = gains.find(parameter.name); gain != gains.end())
         {
-            const auto demanded = std::pow(10.0, gain->second / 20);
+            const auto demanded = gainOf(gain->second);
             const auto word = state.memory.word(parameter.bank, parameter.address);
             words.check(parameter.name, std::abs(Bench::gainOfWord(word) - demanded) <= oneStep, has,
                         Bench::gainText(demanded));
@@ -297,7 +317,56 @@ std::string chipHasWhatIsSet(SimulatedUnit& unit, const Since&)
     return words.wrong();
 }
 
+/** The words that follow a volume. */
+struct VolumeWord
+{
+    const char* name;
+    std::size_t bank, address;
+    double (*level)(int step);
+};
+constexpr VolumeWord volumeWords[] { { "speaker volume", 1, 0x005, speakerLevel },
+                                     { "line volume", 0, 0x027, lineLevel },
+                                     { "output A", 1, 0x1B0, levelOfA },
+                                     { "output B", 1, 0x18E, levelOfB } };
+
+/**
+    After every step. Whatever the order of the writes: a word may have what its zone is to have, or was to have since the
+    chip last had all that was wanted. An output that changes its zone may have that of the louder one.
+*/
+std::string neverTooLoud(SimulatedUnit& unit, const Since&)
+{
+    // At first the chip has what its images say.
+    static bool wasReached = false;
+    static int mostOfMain = 0, most = 0;
+    const auto& memory = unit.dsp.memory();
+    if (!Bench::isRunning(memory))
+        return {};
+    mostOfMain = std::max(mostOfMain, volumeOf(1));
+    most = std::max({ most, volumeOf(1), volumeOf(2) });
+    const auto [zoneOfA, zoneOfB] = zonesOfOutputs();
+    const std::array wanted { volumeOf(1), volumeOf(1), volumeOf(zoneOfA), volumeOf(zoneOfB) };
+    const std::array allowed { mostOfMain, mostOfMain, most, most };
+    bool isReached = true;
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+    {
+        const auto& [name, bank, address, level] = volumeWords[i];
+        const auto gain = Bench::gainOfWord(memory.word(bank, address));
+        const auto highest = gainOf(level(allowed[i]));
+        if (wasReached && gain > highest + oneStep)
+            return name + (" has " + Bench::gainText(gain)) + ", at most " + Bench::gainText(highest) + " was wanted";
+        isReached = isReached && std::abs(gain - gainOf(level(wanted[i]))) <= oneStep;
+    }
+    if (isReached)
+    {
+        wasReached = true;
+        mostOfMain = volumeOf(1);
+        most = std::max(mostOfMain, volumeOf(2));
+    }
+    return {};
+}
+
 constexpr Promise all[] {
+    { "the unit is never louder than was wanted", neverTooLoud, false },
     { "the chip has what is set", chipHasWhatIsSet, true },
 };
 

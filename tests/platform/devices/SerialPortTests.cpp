@@ -26,6 +26,8 @@ public:
             calledWhileForbidden = true;
     }
 
+    void onDeviceBack() override { ++timesBack; }
+
     bool waitForBytes(size_t length)
     {
         return eventually([&] { return take(false).size() >= length; });
@@ -37,6 +39,7 @@ public:
         return remove ? std::exchange(bytes, {}) : bytes;
     }
 
+    std::atomic<int> timesBack { 0 };
     std::atomic<bool> forbidden { false };
     std::atomic<bool> calledWhileForbidden { false };
 
@@ -205,6 +208,7 @@ TEST(SerialPortTest, ADeviceThatVanishesIsOpenedAgainWhenItReturns)
     EXPECT_TRUE(eventually([&] { return log.count("lost") == 1; }));
     EXPECT_TRUE(port.isOpen());
     EXPECT_EQ(port.write("x", 1), 0);
+    EXPECT_EQ(receiver.timesBack, 0);
 
     auto second = std::make_unique<Terminal>();
     link.deleteFile();
@@ -213,6 +217,7 @@ TEST(SerialPortTest, ADeviceThatVanishesIsOpenedAgainWhenItReturns)
     second->send("after");
     EXPECT_TRUE(receiver.waitForBytes(5));
     EXPECT_EQ(receiver.take(), "after");
+    EXPECT_EQ(receiver.timesBack, 1);
     EXPECT_EQ(port.write("reply", 5), 5);
     EXPECT_EQ(second->receive(5), "reply");
     EXPECT_EQ(log.take().size(), 1u);
