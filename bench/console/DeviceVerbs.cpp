@@ -142,6 +142,8 @@ Verbs deviceVerbs()
         { "picture NAME", "The screen as NAME.png in the folder of --pictures; left out without it.", takePicture },
         { "engine start|stop|restart|kill", "The engine's process; its programs go on without it for a while.",
           onUnit(controlEngine) },
+        { "power cut", "Everything loses its power at once, programs and bus too, and has it back.",
+          onUnit([](Unit& unit, auto&) { return unit.cutPower(); }) },
         { "bus start|stop|restart", "The message bus of the engine and its programs.", onUnit(controlBus) },
     };
 }

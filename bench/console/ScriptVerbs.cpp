@@ -110,13 +110,17 @@ Outcome say(Console& console, const Arguments& given)
     return {};
 }
 
+Outcome wait(Console& console, const Arguments& given)
+{
+    auto& journal = console.unit.journal;
+    journal.waitFor(journal.end(), Clock::now() + given.time(0), [](const Event&) { return false; });
+    return {};
+}
+
 Outcome pause(Console& console, const Arguments& given)
 {
     // For the eye only: nothing that a script checks may rest on it, so without an onlooker it is left out.
-    auto& journal = console.unit.journal;
-    if (console.watched)
-        journal.waitFor(journal.end(), Clock::now() + given.time(0), [](const Event&) { return false; });
-    return {};
+    return console.watched ? wait(console, given) : Outcome {};
 }
 
 Outcome ifDisplay(Console& console, const Arguments& given)
@@ -169,6 +173,7 @@ Verbs scriptVerbs()
         { "switches COUNT within TIME", "The same with another limit.", switchPages },
         { "say [TEXT...]", "A headline.", say },
         { "pause TIME", "Gives the eye time. Left out when nobody watches.", pause },
+        { "wait TIME", "Lets so much time pass: what happens at which time is known in simulated time only.", wait },
         { "if-display WORD...", "Leaves the rest of the line out when nothing is drawn.", ifDisplay },
         { "help [WORD]", "This, or what begins with this word.", help },
         { "quit", "Ends the unit and leaves.", [](Console&, auto&) -> Outcome { return { Outcome::leave }; } },

@@ -38,6 +38,14 @@ void Mcu::unitRestarts()
     current.deviceStatus.reset();
 }
 
+void Mcu::reset()
+{
+    journal.add("mcu link", "reset");
+    unitRestarts();
+    sequence = 0;
+    requestSource(current.lastMemory);
+}
+
 void Mcu::requestSource(Source source)
 {
     if (!(current.agreed && current.source == source)) // the unit does not answer what it already does

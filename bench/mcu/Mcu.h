@@ -91,6 +91,8 @@ public:
     /** Hears and says nothing for this long; 0 ends it. */
     void silence(Milliseconds duration);
     void clearFaults();
+    /** Starts anew by itself, as after a dip of its supply, and asks for the source that it remembers. */
+    void reset();
 
     struct State
     {

@@ -57,6 +57,7 @@ public:
 
     // What the bench orders.
     void setSilent(bool on) { silent = on; }
+    bool isSilent() const { return silent; }
     void send(int what, int arg1, int arg2 = 0, Platform::Bundle::Ptr bundle = nullptr) override;
     void changeSetting(int setting, int value) override;
     void changeSetting(int setting, const juce::String& value) override;
@@ -64,7 +65,6 @@ public:
     /** Empty when it was done, else what is wrong with it. */
     std::string order(const juce::StringArray& words) { return profile->onOrder(words); }
 
-    bool isSilent() const { return silent; }
     int getShownPage() const { return shownPage; }
     int getSource() const override { return source; }
 

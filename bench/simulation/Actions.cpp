@@ -1,11 +1,11 @@
 #include "bench/network/NetworkDecode.h"
+#include "bench/simulation/Hand.h"
 #include "bench/simulation/World.h"
 #include "bench/text/Names.h"
+#include "bench/unit/Settings.h"
 #include "platform/channel/RemoteMessageIds.h"
-#include "platform/settings/SetupIndex.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace Simulation
 {
@@ -13,8 +13,7 @@ namespace Simulation
 namespace
 {
 
-using namespace std::chrono_literals;
-using Platform::RMSG_APP_EVENT;
+using Lines = std::vector<std::string>;
 
 template <typename Range>
 const auto& oneOf(const Range& range, Chance& chance)
@@ -22,261 +21,274 @@ const auto& oneOf(const Range& range, Chance& chance)
     return *(std::begin(range) + static_cast<std::ptrdiff_t>(chance.below(std::size(range))));
 }
 
-std::string key(SimulatedUnit& unit, Chance& chance)
+std::string between(Chance& chance, int lowest, int highest)
+{
+    return std::to_string(chance.between(lowest, highest));
+}
+
+std::string timeUpTo(Chance& chance, int lowest, int highest)
+{
+    return between(chance, lowest, highest) + "ms";
+}
+
+const Lines& keys()
 {
     // The reset to the factory's values is a way out of every world.
-    static const std::vector<std::string> names = []
+    static const auto names = []
     {
         auto all = Bench::keyNames();
         std::erase(all, "playpause-long");
         return all;
     }();
-    const auto& name = oneOf(names, chance);
-    constexpr int atPanel = 0;
-    unit.panel.pressKey(*Bench::findKey(name), atPanel);
-    return name;
+    return names;
 }
 
-std::string source(SimulatedUnit& unit, Chance& chance)
+std::string key(const SimulatedUnit&, Chance& chance)
 {
-    static const std::vector<std::string> names = Bench::sourceNames();
-    const auto found = Bench::findSource(std::vector { oneOf(names, chance) });
-    unit.mcu.requestSource(*found);
-    return Bench::sourceName(*found);
+    return "mcu key " + oneOf(keys(), chance);
 }
 
-/** A touch on a page of the main menu. */
-std::string menu(SimulatedUnit& unit, Chance& chance)
+std::string holdKey(const SimulatedUnit&, Chance& chance)
 {
-    auto* program = unit.programs.find(Pubhead::AppMainMenu);
-    if (program == nullptr)
-        return "not there";
-    const auto& page = oneOf(Bench::allPages(), chance);
-    program->choosePage(page.page);
-    return Pubhead::pageName(page.page);
+    return "mcu hold " + oneOf(keys(), chance) + " " + timeUpTo(chance, 200, 3000);
 }
 
-std::string networkVolume(SimulatedUnit& unit, Chance& chance)
+std::string source(const SimulatedUnit&, Chance& chance)
 {
-    const auto zone = static_cast<std::uint8_t>(chance.between(1, 2));
-    const auto percent = static_cast<std::uint8_t>(chance.between(0, 100));
-    unit.networkDisplay.setVolume(zone, percent);
-    return std::to_string(percent);
+    static const auto names = Bench::sourceNames();
+    return "mcu source " + oneOf(names, chance);
 }
 
-std::string networkTone(SimulatedUnit& unit, Chance& chance)
+std::string menu(const SimulatedUnit&, Chance& chance)
 {
-    const auto& field = oneOf(Bench::toneFields, chance);
-    const auto value = static_cast<std::int8_t>(chance.between(-7, 7));
-    unit.networkDisplay.setTone(1, field, value);
-    return std::string(field.name) + " " + std::to_string(value);
+    return std::string("menu ") + Pubhead::pageName(oneOf(Bench::allPages(), chance).page);
 }
 
-std::string networkMute(SimulatedUnit& unit, Chance& chance)
+std::string networkVolume(const SimulatedUnit&, Chance& chance)
 {
-    unit.networkDisplay.toggleMute(static_cast<std::uint8_t>(chance.between(1, 2)));
-    return {};
+    const auto zone = between(chance, 1, 2);
+    return "mfd volume " + zone + " " + between(chance, 0, 100);
 }
 
-std::string remoteKey(SimulatedUnit& unit, Chance& chance)
+std::string networkTone(const SimulatedUnit&, Chance& chance)
 {
-    const auto& pressed = oneOf(Bench::WiredRemote::keys(), chance);
-    unit.remote.press(pressed.byte);
-    return pressed.name;
+    const std::string tone = oneOf(Bench::toneFields, chance).name;
+    return "mfd tone " + tone + " " + between(chance, -7, 7);
 }
 
-BenchProgram::ProgramModel* anyProgram(SimulatedUnit& unit, Chance& chance, int& appType)
+std::string networkMute(const SimulatedUnit&, Chance& chance)
+{
+    return "mfd mute " + between(chance, 1, 2);
+}
+
+std::string remoteKey(const SimulatedUnit&, Chance& chance)
+{
+    return std::string("remote ") + oneOf(Bench::WiredRemote::keys(), chance).name;
+}
+
+std::string setting(const SimulatedUnit&, Chance& chance)
+{
+    const auto& info = oneOf(Bench::allSettings(), chance);
+    const int value = chance.between(info.lowest, info.highest);
+    return std::string("set ") + info.name + " " +
+           (info.isText ? info.values[static_cast<std::size_t>(value)] : std::to_string(value));
+}
+
+std::string lights(const SimulatedUnit& unit, Chance&)
+{
+    return unit.supply.state().lights ? "lights off" : "lights on";
+}
+
+std::string dimmer(const SimulatedUnit&, Chance& chance)
+{
+    return "panel dimmer " + between(chance, 0, 11);
+}
+
+std::string camera(const SimulatedUnit& unit, Chance&)
+{
+    return unit.supply.state().trigger ? "panel trigger off" : "panel trigger on";
+}
+
+std::string lowBattery(const SimulatedUnit& unit, Chance&)
+{
+    constexpr double low = 10.2;
+    return unit.supply.state().volts > low ? "battery 10.2" : "battery 12.6";
+}
+
+std::string favourite(const SimulatedUnit&, Chance& chance)
+{
+    return chance.happens(500) ? "mcu key favorites" : "mcu key enter";
+}
+
+std::string standby(const SimulatedUnit&, Chance& chance)
+{
+    constexpr int standbyEvent = 8;
+    return "program menu send " + std::to_string(Platform::RMSG_APP_EVENT) + " " + std::to_string(standbyEvent) + " " +
+           between(chance, 0, 1);
+}
+
+std::string phone(const SimulatedUnit&, Chance& chance)
+{
+    return oneOf(Lines { "bt connect", "bt disconnect", "bt call", "bt hang-up" }, chance);
+}
+
+std::string iPod(const SimulatedUnit&, Chance& chance)
+{
+    return oneOf(Lines { "ipod connect analog", "ipod connect digital", "ipod disconnect" }, chance);
+}
+
+std::string satellite(const SimulatedUnit&, Chance& chance)
+{
+    return oneOf(Lines { "satellite in", "satellite out" }, chance);
+}
+
+std::string usb(const SimulatedUnit&, Chance& chance)
+{
+    const std::string way = chance.happens(500) ? "in " : "out ";
+    return "usb " + way + between(chance, 1, 2);
+}
+
+std::string testEquipment(const SimulatedUnit&, Chance& chance)
+{
+    return chance.happens(500) ? "autotest enter" : "autotest volume " + between(chance, 0, 24);
+}
+
+/** Of a program that runs, as nothing can be done to another one. */
+std::string toProgram(const SimulatedUnit& unit, Chance& chance, const char* what)
 {
     const auto running = unit.programs.running();
-    if (running.empty())
-        return nullptr;
-    appType = oneOf(running, chance);
-    return unit.programs.find(appType);
+    return running.empty() ? "" : std::string("program ") + Pubhead::appTypeName(oneOf(running, chance)) + " " + what;
 }
 
-std::string setting(SimulatedUnit& unit, Chance& chance)
+std::string crash(const SimulatedUnit& unit, Chance& chance)
 {
-    struct Choice
-    {
-        int setting, lowest, highest;
-    };
-    static constexpr Choice choices[] {
-        { Platform::faderSetting, 0, 12 },     { Platform::balanceSetting, 0, 12 },
-        { Platform::bassSetting, 0, 12 },      { Platform::trebleSetting, 0, 12 },
-        { Platform::middleSetting, 0, 12 },    { Platform::subwooferLevelSetting, 0, 12 },
-        { Platform::subwooferSetting, 0, 1 },  { Platform::zone2OnSetting, 0, 1 },
-        { Platform::dimmerModeSetting, 0, 2 }, { Platform::sourceLevelSetting, 0, 12 },
-        { Platform::bluetoothSetting, 0, 1 },  { Platform::presetSetting, 0, 4 },
-    };
-    int appType = 0;
-    auto* program = anyProgram(unit, chance, appType);
-    if (program == nullptr)
-        return "no program";
-    const auto& choice = oneOf(choices, chance);
-    const int value = chance.between(choice.lowest, choice.highest);
-    program->changeSetting(choice.setting, value);
-    return std::to_string(choice.setting) + " = " + std::to_string(value);
+    return toProgram(unit, chance, "crash");
 }
 
-std::string lights(SimulatedUnit& unit, Chance&)
+std::string quit(const SimulatedUnit& unit, Chance& chance)
 {
-    unit.supply.setLights(!unit.supply.state().lights);
-    return {};
+    return toProgram(unit, chance, "exit");
 }
 
-std::string camera(SimulatedUnit& unit, Chance&)
+std::string hang(const SimulatedUnit& unit, Chance& chance)
 {
-    unit.supply.setTrigger(!unit.supply.state().trigger);
-    return {};
+    return toProgram(unit, chance, "hang");
 }
 
-std::string lowBattery(SimulatedUnit& unit, Chance&)
+std::string silent(const SimulatedUnit& unit, Chance& chance)
 {
-    constexpr double low = 10.2, well = 12.6;
-    unit.supply.setVolts(unit.supply.state().volts > low ? low : well);
-    return {};
+    return toProgram(unit, chance, "silent");
 }
 
-std::string favourite(SimulatedUnit& unit, Chance& chance)
+std::string loseFrames(const SimulatedUnit&, Chance& chance)
 {
-    const bool opens = chance.happens(500);
-    unit.panel.pressKey(*Bench::findKey(opens ? "favorites" : "enter"), 0);
-    return {};
+    return "mcu drop " + between(chance, 1, 4);
 }
 
-std::string standby(SimulatedUnit& unit, Chance& chance)
+std::string damageFrames(const SimulatedUnit&, Chance& chance)
 {
-    auto* program = unit.programs.find(Pubhead::AppMainMenu);
-    if (program == nullptr)
-        return "not there";
-    constexpr int standbyEvent = 8;
-    const int on = chance.between(0, 1);
-    program->send(RMSG_APP_EVENT, standbyEvent, on);
-    return on != 0 ? "left" : "entered";
+    return "mcu corrupt " + between(chance, 1, 4);
 }
 
-std::string toProgram(SimulatedUnit& unit, Chance& chance, void (SimulatedPrograms::*what)(int))
+std::string repeatFrames(const SimulatedUnit&, Chance& chance)
 {
-    int appType = 0;
-    if (anyProgram(unit, chance, appType) == nullptr)
-        return "no program";
-    (unit.programs.*what)(appType);
-    return Pubhead::appTypeName(appType);
+    return "mcu repeat " + between(chance, 1, 4);
 }
 
-std::string crash(SimulatedUnit& unit, Chance& chance)
+std::string withholdAcks(const SimulatedUnit&, Chance& chance)
 {
-    return toProgram(unit, chance, &SimulatedPrograms::crash);
+    return "mcu no-ack " + between(chance, 1, 4);
 }
 
-std::string quit(SimulatedUnit& unit, Chance& chance)
+std::string silentMcu(const SimulatedUnit&, Chance& chance)
 {
-    return toProgram(unit, chance, &SimulatedPrograms::quit);
+    return "mcu silent " + timeUpTo(chance, 50, 3000);
 }
 
-std::string hang(SimulatedUnit& unit, Chance& chance)
+std::string slowMcu(const SimulatedUnit&, Chance& chance)
 {
-    return toProgram(unit, chance, &SimulatedPrograms::hang);
+    return "mcu delay " + timeUpTo(chance, 1, 150);
 }
 
-std::string silent(SimulatedUnit& unit, Chance& chance)
+std::string resetMcu(const SimulatedUnit&, Chance&)
 {
-    return toProgram(unit, chance, &SimulatedPrograms::silence);
+    return "mcu reset";
 }
 
-Bench::Mcu::FaultyFrames someFrames(Chance& chance)
+std::string dspFails(const SimulatedUnit&, Chance& chance)
 {
-    return { .left = chance.between(1, 4) };
+    return "dsp fail transfer " + between(chance, 1, 20);
 }
 
-std::string loseFrames(SimulatedUnit& unit, Chance& chance)
+std::string slowBus(const SimulatedUnit&, Chance& chance)
 {
-    unit.mcu.dropNext(someFrames(chance));
-    return {};
+    return oneOf(Lines { "i2c slow ", "dsp fail slow ", "gpio slow " }, chance) + timeUpTo(chance, 10, 500);
 }
 
-std::string damageFrames(SimulatedUnit& unit, Chance& chance)
+std::string busFails(const SimulatedUnit&, Chance&)
 {
-    unit.mcu.corruptNext(someFrames(chance));
-    return {};
+    return "i2c fail";
 }
 
-std::string repeatFrames(SimulatedUnit& unit, Chance& chance)
+std::string remotePulled(const SimulatedUnit& unit, Chance&)
 {
-    unit.mcu.repeatNext(someFrames(chance));
-    return {};
+    return unit.remote.isPlugged() ? "remote unplug" : "remote plug";
 }
 
-std::string withholdAcks(SimulatedUnit& unit, Chance& chance)
+std::string bus(const SimulatedUnit&, Chance& chance)
 {
-    unit.mcu.withholdAcks(someFrames(chance));
-    return {};
+    return chance.happens(500) ? "bus stop" : "bus start";
 }
 
-std::string silentMcu(SimulatedUnit& unit, Chance& chance)
+std::string powerOff(const SimulatedUnit&, Chance&)
 {
-    unit.mcu.silence(std::chrono::milliseconds(chance.between(50, 3000)));
-    return {};
+    return "mcu power-off";
 }
 
-std::string dspFails(SimulatedUnit& unit, Chance& chance)
+std::string cutPower(const SimulatedUnit&, Chance&)
 {
-    unit.dsp.failTransfers(chance.between(1, 20));
-    return {};
-}
-
-std::string slowBus(SimulatedUnit& unit, Chance& chance)
-{
-    unit.videoDecoder.slowBy(std::chrono::milliseconds(chance.between(10, 2000)));
-    unit.dsp.slowBy(std::chrono::milliseconds(chance.between(0, 50)));
-    return {};
-}
-
-std::string remotePulled(SimulatedUnit& unit, Chance&)
-{
-    if (unit.remote.isPlugged())
-        unit.remote.unplug();
-    else
-        unit.remote.plug();
-    return {};
-}
-
-std::string usb(SimulatedUnit& unit, Chance& chance)
-{
-    const auto folder = unit.mountPoint(chance.between(1, 2));
-    std::error_code error;
-    if (!std::filesystem::remove(folder, error))
-        std::filesystem::create_directories(folder, error);
-    return {};
+    return powerCut;
 }
 
 constexpr Action actions[] {
-    { "key", key, false },
-    { "source", source, false },
-    { "menu", menu, false },
-    { "network-volume", networkVolume, false },
-    { "network-tone", networkTone, false },
-    { "network-mute", networkMute, false },
-    { "remote-key", remoteKey, false },
-    { "setting", setting, false },
-    { "lights", lights, false },
-    { "camera", camera, false },
-    { "low-battery", lowBattery, false },
-    { "favourite", favourite, false },
-    { "standby", standby, false },
-    { "usb", usb, false },
-    { "crash", crash, true },
-    { "quit", quit, true },
-    { "hang", hang, true },
-    { "silent", silent, true },
-    { "lose-frames", loseFrames, true },
-    { "damage-frames", damageFrames, true },
-    { "repeat-frames", repeatFrames, true },
-    { "withhold-acks", withholdAcks, true },
-    { "silent-mcu", silentMcu, true },
-    { "dsp-fails", dspFails, true },
-    { "slow-bus", slowBus, true },
-    { "remote-pulled", remotePulled, true },
+    { "key", key },
+    { "hold-key", holdKey },
+    { "source", source },
+    { "menu", menu },
+    { "network-volume", networkVolume },
+    { "network-tone", networkTone },
+    { "network-mute", networkMute },
+    { "remote-key", remoteKey },
+    { "setting", setting },
+    { "lights", lights },
+    { "dimmer", dimmer },
+    { "camera", camera },
+    { "low-battery", lowBattery },
+    { "favourite", favourite },
+    { "standby", standby },
+    { "phone", phone },
+    { "ipod", iPod },
+    { "satellite", satellite },
+    { "usb", usb },
+    { "test-equipment", testEquipment },
+    { "crash", crash },
+    { "quit", quit },
+    { "hang", hang },
+    { "silent", silent },
+    { "lose-frames", loseFrames },
+    { "damage-frames", damageFrames },
+    { "repeat-frames", repeatFrames },
+    { "withhold-acks", withholdAcks },
+    { "silent-mcu", silentMcu },
+    { "slow-mcu", slowMcu },
+    { "reset-mcu", resetMcu },
+    { "dsp-fails", dspFails },
+    { "slow-bus", slowBus },
+    { "bus-fails", busFails },
+    { "remote-pulled", remotePulled },
+    { "bus", bus },
+    { "power-off", powerOff },
+    { "power-cut", cutPower },
 };
 
 } // namespace
@@ -287,18 +299,24 @@ const Action* findAction(const std::string& name)
     return found == std::end(actions) ? nullptr : found;
 }
 
-void endFaults(SimulatedUnit& unit)
+std::vector<std::string> endsOfFaults(SimulatedUnit& unit)
 {
-    unit.mcu.clearFaults();
-    unit.dsp.clearFaults();
-    unit.dsp.slowBy(0ms);
-    unit.videoDecoder.slowBy(0ms);
-    unit.supply.setTrigger(false);
-    constexpr double well = 12.6;
-    unit.supply.setVolts(well);
+    Lines lines { "bus start", "mcu well", "dsp fail well", "i2c well", "gpio well", "autotest leave", "bt hang-up" };
+    if (unit.supply.state().trigger)
+        lines.emplace_back("panel trigger off");
+    if (unit.supply.state().volts < Bench::PowerSupply::State().volts)
+        lines.emplace_back("battery 12.6");
     if (!unit.remote.isPlugged())
-        unit.remote.plug();
-    unit.programs.endFaults();
+        lines.emplace_back("remote plug");
+    for (const int appType : unit.programs.running())
+    {
+        const auto program = std::string("program ") + Pubhead::appTypeName(appType);
+        if (unit.programs.isHung(appType))
+            lines.push_back(program + " wake");
+        if (unit.programs.find(appType)->isSilent())
+            lines.push_back(program + " silent off");
+    }
+    return lines;
 }
 
 } // namespace Simulation

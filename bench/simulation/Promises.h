@@ -16,7 +16,8 @@ constexpr std::chrono::seconds quietTime { 1 };
 struct Since
 {
     Bench::Place begin;
-    bool hadFaults = false; ///< so that the engine may have waited for what did not come
+    bool hadFaults = false;                         ///< so that the engine may have waited for what did not come
+    std::optional<Clock::time_point> powerOffAt {}; ///< when the microcontroller has asked for it
 };
 
 /** Something that always holds. */
@@ -38,6 +39,7 @@ std::span<const Promise> linkPromises();
 std::span<const Promise> mutePromises();
 std::span<const Promise> networkPromises();
 std::span<const Promise> pagePromises();
+std::span<const Promise> powerOffPromises();
 std::span<const Promise> programPromises();
 std::span<const Promise> remotePromises();
 std::span<const Promise> requestPromises();

@@ -212,6 +212,8 @@ void Scheduler::resume(Fiber& fiber)
 {
     fiber.state = Fiber::State::ready;
     running = &fiber;
+    if (resumeObserver)
+        resumeObserver(fiber.name);
     fiber.context = std::move(fiber.context).resume();
     running = nullptr;
     if (!std::exchange(discounted, false))
@@ -260,6 +262,23 @@ std::optional<Clock::time_point> Scheduler::nextDue() const
     for (const auto& source : sources)
         consider(source.due());
     return next;
+}
+
+void Scheduler::runSteps(int count, const std::function<bool()>& goesOn)
+{
+    while (count > 0)
+    {
+        if (step())
+        {
+            --count;
+            if (!goesOn())
+                return;
+        }
+        else if (const auto next = nextDue())
+            time = std::max(time, *next);
+        else
+            break;
+    }
 }
 
 void Scheduler::runUntil(Clock::time_point end, const std::function<bool()>& goesOn)

@@ -108,11 +108,15 @@ public:
     std::optional<Clock::time_point> nextDue() const;
     /** Steps until nothing can be done before this time, which it then is, or until `goesOn` says no after one. */
     void runUntil(Clock::time_point end, const std::function<bool()>& goesOn);
+    /** So many steps, unless nothing is left to do; time goes on as they need it. */
+    void runSteps(int count, const std::function<bool()>& goesOn);
     std::uint64_t steps() const { return stepsDone; }
 
     /** How often a fiber has run; one that has found nothing to do does not count. */
     std::uint64_t activity() const { return activityCount; }
     void discountActivity() { discounted = true; }
+    /** Told of each fiber that is about to run, by its name. */
+    void onResume(std::function<void(const std::string&)> observer) { resumeObserver = std::move(observer); }
 
 private:
     struct TimerState
@@ -139,6 +143,7 @@ private:
     std::uint64_t stepsDone = 0;
     std::uint64_t activityCount = 0;
     bool discounted = false;
+    std::function<void(const std::string&)> resumeObserver;
 
     TimerState* findTimer(const Platform::MultiTimer& owner, int id) const;
     bool canRun(const Fiber& fiber) const;

@@ -50,7 +50,7 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
             if (each && (!next || *each < *next))
                 next = each;
         };
-        if (!here)
+        if (!here && owner.bus)
             consider(ready);
         if (!inbox.empty())
             consider(inbox.front().first);
@@ -63,7 +63,7 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
     void run()
     {
         const auto now = Clock::now();
-        if (!here && ready <= now)
+        if (!here && owner.bus && ready <= now)
         {
             here = true;
             owner.channel.post([type = appType, process = pid] { IpcDouble::setPresent(type, true, process); });
@@ -98,6 +98,17 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
             quit();
     }
 
+    void leaveBus()
+    {
+        if (!std::exchange(here, false))
+            return;
+        owner.channel.post([type = appType] { IpcDouble::setPresent(type, false); });
+        inbox.clear();
+        outbox.clear();
+        connected.reset();
+        model.engineIsPresent(false);
+    }
+
     void hear(const IpcDouble::Posted& message)
     {
         // On the channel nothing overtakes what was posted before.
@@ -120,6 +131,8 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
 private:
     void post(int what, int arg1, int arg2, Bundle::Ptr bundle) override
     {
+        if (!here)
+            return; // nobody carries it
         const auto last = outbox.empty() ? Clock::now() : outbox.back().first;
         const int times = 1 + (Scheduler::get().getChance().happens(owner.habits.answersTwice) ? 1 : 0);
         for (int i = 0; i < times; ++i)
@@ -178,6 +191,18 @@ SimulatedPrograms::Program* SimulatedPrograms::findProgram(int appType) const
     return found == programs.end() ? nullptr : found->get();
 }
 
+BenchProgram::ProgramModel* SimulatedPrograms::findCarrier(int appType)
+{
+    if (isConnected(appType))
+        return find(appType);
+    const auto shows = [](const auto& program) { return program->model.getShownPage() != Pubhead::NUM_OF_PAGES; };
+    for (const bool inFront : { true, false })
+        for (const auto& program : programs)
+            if (program->connected && shows(program) == inFront)
+                return &program->model;
+    return nullptr;
+}
+
 BenchProgram::ProgramModel* SimulatedPrograms::find(int appType)
 {
     auto* program = findProgram(appType);
@@ -201,6 +226,12 @@ SimulatedPrograms::Health SimulatedPrograms::health(int appType) const
         health.answers = program->connected && !program->hangs && !program->model.isSilent();
     }
     return health;
+}
+
+bool SimulatedPrograms::isHung(int appType) const
+{
+    const auto* program = findProgram(appType);
+    return program != nullptr && program->hangs;
 }
 
 std::vector<int> SimulatedPrograms::running() const
@@ -230,19 +261,20 @@ void SimulatedPrograms::hang(int appType)
         program->hangs = true;
 }
 
-void SimulatedPrograms::silence(int appType)
+void SimulatedPrograms::wakeUp(int appType)
 {
     if (auto* program = findProgram(appType))
-        program->model.setSilent(true);
+        program->hangs = false;
 }
 
-void SimulatedPrograms::endFaults()
+void SimulatedPrograms::setBus(bool on)
 {
-    for (const auto& program : programs)
-    {
-        program->hangs = false;
-        program->model.setSilent(false);
-    }
+    if (on == std::exchange(bus, on))
+        return;
+    journal.add("bus", on ? "running" : "stopped");
+    if (!on)
+        for (const auto& program : programs)
+            program->leaveBus();
 }
 
 bool SimulatedPrograms::areIdle() const

@@ -43,14 +43,18 @@ public:
         std::optional<Clock::time_point> gone {};      ///< when its process, or the one before, has ended
     };
     Health health(int appType) const;
+    bool isHung(int appType) const;
+    /** The program if it is connected, else the one in front or any, which can ask in its place; null for none. */
+    BenchProgram::ProgramModel* findCarrier(int appType);
 
     // What is done to one; nothing for one that does not run.
     void crash(int appType);
     void quit(int appType);
     void hang(int appType);
-    void silence(int appType);
-    /** Who hangs goes on, who is silent speaks. */
-    void endFaults();
+    void wakeUp(int appType);
+
+    /** Without the bus nobody hears anybody, and what was on its way is lost. */
+    void setBus(bool on);
 
     /** Nothing is on its way to or from any of them. */
     bool areIdle() const;
@@ -64,6 +68,7 @@ private:
     const Lookout& lookout;
     Lane channel { "ipc" };
     std::map<int, Clock::time_point> gone;
+    bool bus = true;
     bool someEnded = false;                         ///< and is still among the programs
     std::vector<std::unique_ptr<Program>> programs; ///< one that has ended may lie before its successor
 

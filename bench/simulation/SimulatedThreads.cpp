@@ -189,6 +189,32 @@ bool Condition::waitUntil(Lock& lock, Clock::time_point deadline, const Predicat
     return isSo();
 }
 
+struct Mutex::Backend
+{
+    bool held = false;
+    Waiting waiting;
+};
+
+Mutex::Mutex()
+    : backend(std::make_unique<Backend>())
+{
+}
+
+Mutex::~Mutex() = default;
+
+void Mutex::lock()
+{
+    while (backend->held)
+        backend->waiting.wait({});
+    backend->held = true;
+}
+
+void Mutex::unlock()
+{
+    backend->held = false;
+    backend->waiting.wakeFirst();
+}
+
 bool lookFor(const std::atomic<bool>& flag)
 {
     letOthersRun();

@@ -69,6 +69,8 @@ SimulatedUnit::SimulatedUnit(Scheduler& schedulerToUse, std::string folder, std:
 {
     for (Bench::Device* device : std::initializer_list<Bench::Device*> { &mcu, &remote, &videoDecoder, &gpio, &dsp })
         devices.add(*device);
+    mcu.addListener([this](const Bench::Mcu::Frame& frame)
+                    { readyForPowerOff += frame.fromUnit && frame.command == Bench::Mcu::powerOff ? 1 : 0; });
     Platform::doubles::SystemDouble::followClock();
     makeSystemInformation(path);
     logging = this;
@@ -116,7 +118,7 @@ std::string SimulatedUnit::writeConfiguration() const
     return name;
 }
 
-std::string SimulatedUnit::start()
+std::string SimulatedUnit::startDevices()
 {
     if (auto error = Platform::Configuration::load(writeConfiguration()); !error.empty())
         return error;
@@ -131,6 +133,11 @@ std::string SimulatedUnit::start()
             mcu.unitRestarts();
             panel.unitRestarts();
         });
+    return {};
+}
+
+void SimulatedUnit::startEngine()
+{
     scheduler.messageThread().post(
         [this]
         {
@@ -144,7 +151,6 @@ std::string SimulatedUnit::start()
             EngineApi::Provided<EngineApi::WiredRemote>::set(&*remoteTexts);
             Kernel::SystemEngine::getInstance()->start();
         });
-    return {};
 }
 
 void SimulatedUnit::dispatchFrameworkMessages()

@@ -11,13 +11,12 @@ namespace Simulation
 struct Action
 {
     const char* name;
-    /** What it did, for the journal. */
-    std::string (*run)(SimulatedUnit& unit, Chance& chance);
-    bool isFault; ///< the engine may then have to wait for what does not come
+    /** What is done, as a line for `carryOut`; empty for nothing. */
+    std::string (*choose)(const SimulatedUnit& unit, Chance& chance);
 };
 const Action* findAction(const std::string& name);
-/** Ends every fault that an action has begun. */
-void endFaults(SimulatedUnit& unit);
+/** The lines that end every fault. */
+std::vector<std::string> endsOfFaults(SimulatedUnit& unit);
 
 /** What happens, and how often: a text of lines, each `NAME NUMBERS` or `WEIGHT ACTION`. */
 struct World

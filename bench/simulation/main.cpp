@@ -1,81 +1,96 @@
 // A whole unit in simulated time: one thread, one seed.
-#include "bench/simulation/Run.h"
+#include "bench/simulation/Shrink.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <juce_events/juce_events.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace
 {
 
 using namespace Simulation;
 namespace fs = std::filesystem;
+using Seconds = std::chrono::duration<double>;
 
 struct Choices
 {
     std::vector<std::string> worlds;
+    std::string scenario;
     std::uint64_t seed = 1;
     int runs = 1;
     double minutes = 30;
-    bool showJournal = false;
-    int lastEvents = 40;
+    bool untilFailure = false, shrinks = false;
+    Report report { .lastEvents = 40 };
 };
 
-fs::path resources()
+/** Empty on success, else what is wrong. */
+template <typename Read>
+std::string readFile(const fs::path& file, Read&& read)
 {
-    return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / "resources";
+    std::ifstream text(file);
+    const auto error = text ? read(text) : std::string("there is no such file");
+    return error.empty() ? "" : file.string() + ": " + error;
 }
 
-void print(const Bench::Event& event, Clock::time_point begin)
+std::string readWorld(const std::string& name, World& world)
 {
-    const auto at = std::chrono::duration<double>(event.at - begin).count();
-    std::printf("%12.6f  %s: %s\n", at, event.stream.c_str(), event.text.c_str());
+    const auto file = fs::exists(name) ? fs::path(name) : fs::path(resources()) / "worlds" / (name + ".world");
+    world.name = file.stem().string();
+    return readFile(file, [&](auto& text) { return world.read(text); });
 }
 
-/** The exit status of the process of one run. */
-int run(const Choices& choices, const World& world, std::uint64_t seed, int result)
+void printBroken(const World& world, std::uint64_t seed, const Result& result)
 {
-    auto folder = (fs::temp_directory_path() / "headunit-simulation-XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr)
-        return 2;
-    // What the engine prints is for its own standard output.
-    if (const int nowhere = ::open("/dev/null", O_WRONLY); nowhere >= 0)
-        ::dup2(nowhere, STDERR_FILENO);
-    // None of them is taken down: the process ends with the run.
-    auto& scheduler = *new Scheduler(seed);
-    new juce::ScopedJuceInitialiser_GUI;
-    auto& unit = *new SimulatedUnit(scheduler, folder, resources().string());
-    unit.programs.habits = world.habits;
-    const auto begin = scheduler.now();
-    Outcome outcome;
-    outcome.broken = unit.start();
-    if (outcome.broken.empty())
-        outcome = live(unit, world,
-                       std::chrono::duration_cast<Clock::duration>(
-                           std::chrono::duration<double, std::ratio<60>>(choices.minutes)));
-    const auto all = [](const auto&) { return true; };
-    if (choices.showJournal || !outcome.broken.empty())
-        for (const auto& event : unit.journal.find(
-                 {}, choices.showJournal ? Bench::Journal::capacity : static_cast<std::size_t>(choices.lastEvents),
-                 all))
-            print(event, begin);
-    if (!outcome.broken.empty())
-        std::printf("✗ %s, seed %llu, step %llu, %.6f s: %s\n", world.name.c_str(),
-                    static_cast<unsigned long long>(seed), static_cast<unsigned long long>(outcome.steps),
-                    std::chrono::duration<double>(outcome.simulated).count(), outcome.broken.c_str());
+    std::printf("✗ %s, seed %llu, life %d, step %llu, %.6f s: %s\n", world.name.c_str(),
+                static_cast<unsigned long long>(seed), result.lives, static_cast<unsigned long long>(result.steps),
+                result.inLife.count(), result.broken.c_str());
     std::fflush(stdout);
-    const double simulated = std::chrono::duration<double>(outcome.simulated).count();
-    [[maybe_unused]] const auto written = ::write(result, &simulated, sizeof simulated);
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
-    return outcome.broken.empty() ? 0 : 1;
+}
+
+void printShort(const World& world, std::uint64_t seed, const Result& result)
+{
+    const auto found = shrink(world, seed, result);
+    if (!found)
+    {
+        std::printf("Done again as a plan, it breaks no promise.\n");
+        return;
+    }
+    std::printf("# headunit-bench simulate --world %s --seed %llu --scenario THIS-FILE\n# %s\n%s", world.name.c_str(),
+                static_cast<unsigned long long>(found->seed), found->result.broken.c_str(),
+                scenarioOf(found->plan).c_str());
+    std::fflush(stdout);
+}
+
+/** How many runs broke a promise. */
+int runAll(const Choices& choices, const World& world, const Plan* plan, std::uint64_t firstSeed)
+{
+    Seconds simulated {};
+    int broken = 0;
+    const auto wall = std::chrono::steady_clock::now();
+    const auto length =
+        std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double, std::ratio<60>>(choices.minutes));
+    for (int i = 0; i < choices.runs; ++i)
+    {
+        const auto seed = firstSeed + static_cast<std::uint64_t>(i);
+        const auto result =
+            plan != nullptr ? run(world, seed, *plan, choices.report) : run(world, seed, length, choices.report);
+        simulated += result.simulated;
+        if (result.broken.empty())
+            continue;
+        ++broken;
+        printBroken(world, seed, result);
+        if (choices.shrinks)
+            printShort(world, seed, result);
+    }
+    const Seconds took = std::chrono::steady_clock::now() - wall;
+    std::printf("%s %-8s seeds %llu to %llu, %.1f simulated hours in %.1f s, %.0f times real time%s\n",
+                broken == 0 ? "✓" : "✗", world.name.c_str(), static_cast<unsigned long long>(firstSeed),
+                static_cast<unsigned long long>(firstSeed) + static_cast<unsigned long long>(choices.runs) - 1,
+                simulated.count() / 3600, took.count(), simulated / took,
+                broken == 0 ? "" : (", " + std::to_string(broken) + " broken").c_str());
+    std::fflush(stdout);
+    return broken;
 }
 
 } // namespace
@@ -87,61 +102,44 @@ int main(int argc, char** argv)
                    "headunit-bench simulate" };
     app.add_option("--world", choices.worlds,
                    "What happens: a file, or one of calm, hurried, storm; all three without");
+    app.add_option("--scenario", choices.scenario,
+                   "Do what this file says instead; of the world, only how its programs are");
     app.add_option("--seed", choices.seed, "The first one")->capture_default_str();
-    app.add_option("--runs", choices.runs, "So many, each with the next seed")->capture_default_str();
-    app.add_option("--minutes", choices.minutes, "Simulated time of a run")->capture_default_str();
-    app.add_flag("--journal", choices.showJournal, "Print everything that happened");
+    app.add_option("--runs", choices.runs, "So many, each with the next seed")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--minutes", choices.minutes, "Simulated time of a run")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_flag("--until-failure", choices.untilFailure, "Go on with the next seeds until a promise breaks");
+    app.add_flag("--shrink", choices.shrinks, "Find a short scenario that breaks the same promise, and print it");
+    app.add_flag("--journal", choices.report.whole, "Print everything that happened");
+    app.add_option("--trace", choices.report.trace,
+                   "Write the last life of the last run for a trace viewer (Perfetto)");
     CLI11_PARSE(app, argc, argv);
     if (choices.worlds.empty())
         choices.worlds = { "calm", "hurried", "storm" };
 
-    int failed = 0;
-    for (const auto& name : choices.worlds)
+    std::vector<World> worlds(choices.worlds.size());
+    Plan plan;
+    std::string error;
+    for (std::size_t i = 0; i < worlds.size() && error.empty(); ++i)
+        error = readWorld(choices.worlds[i], worlds[i]);
+    if (error.empty() && !choices.scenario.empty())
+        error = readFile(choices.scenario, [&](auto& text) { return readScenario(text, plan); });
+    if (!error.empty())
     {
-        World world;
-        const auto file = fs::exists(name) ? fs::path(name) : resources() / "worlds" / (name + ".world");
-        world.name = file.stem().string();
-        std::ifstream text(file);
-        if (const auto error = text ? world.read(text) : "there is no such file"; !error.empty())
-        {
-            std::cerr << file.string() << ": " << error << "\n";
-            return 2;
-        }
-        double simulated = 0;
-        int broken = 0;
-        const auto wall = std::chrono::steady_clock::now();
-        for (int i = 0; i < choices.runs; ++i)
-        {
-            int pipe[2];
-            if (::pipe(pipe) != 0)
-                return 2;
-            std::fflush(stdout);
-            const auto child = ::fork();
-            if (child == 0)
-                ::_exit(run(choices, world, choices.seed + static_cast<std::uint64_t>(i), pipe[1]));
-            ::close(pipe[1]);
-            if (child < 0)
-            {
-                std::cerr << "no process for a run: " << std::strerror(errno) << "\n";
-                return 2;
-            }
-            double lived = 0;
-            if (::read(pipe[0], &lived, sizeof lived) == sizeof lived)
-                simulated += lived;
-            ::close(pipe[0]);
-            int status = 0;
-            ::waitpid(child, &status, 0);
-            if (!WIFEXITED(status))
-                std::printf("✗ %s, seed %llu: ended by signal %d\n", world.name.c_str(),
-                            static_cast<unsigned long long>(choices.seed + static_cast<std::uint64_t>(i)),
-                            WTERMSIG(status));
-            broken += status == 0 ? 0 : 1;
-        }
-        const auto took = std::chrono::duration<double>(std::chrono::steady_clock::now() - wall).count();
-        std::printf("%s %-8s %d runs, %.1f simulated hours in %.1f s, %.0f times real time%s\n",
-                    broken == 0 ? "✓" : "✗", world.name.c_str(), choices.runs, simulated / 3600, took, simulated / took,
-                    broken == 0 ? "" : (", " + std::to_string(broken) + " broken").c_str());
-        failed += broken;
+        std::cerr << error << "\n";
+        return 2;
     }
-    return failed == 0 ? 0 : 1;
+
+    int broken = 0;
+    auto seed = choices.seed;
+    do
+    {
+        for (const auto& world : worlds)
+            broken += runAll(choices, world, choices.scenario.empty() ? nullptr : &plan, seed);
+        seed += static_cast<std::uint64_t>(choices.runs);
+    } while (choices.untilFailure && broken == 0);
+    return broken == 0 ? 0 : 1;
 }

@@ -168,6 +168,15 @@ std::string Unit::startEngine()
                           path + "/engine.out" });
 }
 
+std::string Unit::cutPower()
+{
+    engine.kill();
+    engine.endPrograms();
+    bus.stop();
+    auto error = bus.start(path);
+    return error.empty() ? startEngine() : error;
+}
+
 void Unit::stop()
 {
     engine.stop();

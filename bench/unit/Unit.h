@@ -52,6 +52,8 @@ public:
     std::string start();
     /** Starts the engine as after switching the unit on. */
     std::string startEngine();
+    /** Engine, programs and bus end at once and start again; what they have stored is there. Empty on success. */
+    std::string cutPower();
     void stop();
 
     const std::string& folder() const { return path; }

@@ -93,6 +93,23 @@ private:
     std::unique_ptr<Backend> backend;
 };
 
+/** Guards something whose user may wait for a device meanwhile, which a `std::mutex` must not. Any thread. */
+class Mutex
+{
+public:
+    Mutex();
+    ~Mutex();
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+
+    void lock();
+    void unlock();
+
+private:
+    struct Backend;
+    std::unique_ptr<Backend> backend;
+};
+
 /**
     Looks for the flag for a few microseconds, which are spent here and not given to others: on a busy machine they would
     come back many milliseconds later. What it says at last.

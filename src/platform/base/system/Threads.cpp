@@ -122,6 +122,27 @@ bool Condition::waitUntil(Lock& lock, Clock::time_point deadline, const Predicat
     return backend->wait_until(lock, deadline, isSo);
 }
 
+struct Mutex::Backend : std::mutex
+{
+};
+
+Mutex::Mutex()
+    : backend(std::make_unique<Backend>())
+{
+}
+
+Mutex::~Mutex() = default;
+
+void Mutex::lock()
+{
+    backend->lock();
+}
+
+void Mutex::unlock()
+{
+    backend->unlock();
+}
+
 bool lookFor(const std::atomic<bool>& flag)
 {
     constexpr std::chrono::microseconds lookTime { 5 };

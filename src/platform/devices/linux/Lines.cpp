@@ -1,5 +1,6 @@
 #include "platform/devices/Lines.h"
 
+#include "platform/base/Threads.h"
 #include "platform/config/Configuration.h"
 #include "platform/devices/LineDevices.h"
 #include "platform/devices/linux/FailureLog.h"
@@ -43,7 +44,7 @@ public:
     template <typename Operation>
     bool use(int line, Operation operation)
     {
-        const std::lock_guard guard(lock);
+        const std::scoped_lock guard(lock);
         const auto& configuration = Configuration::get();
         if (chip == nullptr || path != configuration.gpio)
         {
@@ -56,7 +57,7 @@ public:
     }
 
 private:
-    std::mutex lock;
+    Mutex lock;
     juce::String path;
     std::unique_ptr<GpioChip> chip;
     FailureLog failures { Log("platform/Lines", "GpioFunc") };
