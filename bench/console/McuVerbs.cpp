@@ -58,7 +58,7 @@ Verbs mcuVerbs()
         { "mcu power-off", "Switches the unit off.", on(&Unit::mcu, &Mcu::requestPowerOff) },
         { "mcu silent TIME", "Hears and says nothing.",
           on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.silence(given.time(0)); }) },
-        { "mcu reset", "It starts anew, and asks for the source that it remembers.", on(&Unit::mcu, &Mcu::reset) },
+        { "mcu reset", "It starts anew: what was on its way is lost.", on(&Unit::mcu, &Mcu::reset) },
         { "mcu delay TIME", "Whatever it says leaves so much later.",
           on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.delayBy(given.time(0)); }) },
         { "mcu drop [AMOUNT] [FRAME]", "Its next frame is lost, or so many, or of one kind.",

@@ -41,9 +41,15 @@ void Mcu::unitRestarts()
 void Mcu::reset()
 {
     journal.add("mcu link", "reset");
-    unitRestarts();
+    reader.reset();
+    queue.clear();
+    delayed.clear();
+    inFlight.reset();
+    lastReceived.reset();
+    current.wanted.reset();
+    current.source = current.lastMemory;
+    current.agreed = true;
     sequence = 0;
-    requestSource(current.lastMemory);
 }
 
 void Mcu::requestSource(Source source)

@@ -91,7 +91,10 @@ public:
     /** Hears and says nothing for this long; 0 ends it. */
     void silence(Milliseconds duration);
     void clearFaults();
-    /** Starts anew by itself, as after a dip of its supply, and asks for the source that it remembers. */
+    /**
+        Starts anew by itself, as after a dip of its supply: its numbering begins anew, what was on its way is lost, and
+        it goes on with the source that it remembers.
+    */
     void reset();
 
     struct State
