@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 /** Longer than anything that the engine waits for, one after the other. */
 constexpr auto mostUnrest = 60s;
-constexpr auto leastRest = 11s; ///< the bar with the favourites stays for 10
+constexpr auto leastRest = 14s; ///< the bar with the favourites stays for 10, after a key held for 3
 constexpr auto restStep = 100ms;
 /** After it the microcontroller cuts the power of a unit that has not said that it is ready. */
 constexpr auto longestPowerOff = 20s;

@@ -83,7 +83,7 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
                     IpcDouble::injectMessage(type, message.what, message.arg1, message.arg2, message.bundle);
                 });
         }
-        else if (here && !inbox.empty() && inbox.front().first <= now)
+        else if (!inbox.empty() && inbox.front().first <= now)
         {
             const auto message = inbox.front().second;
             inbox.pop_front();
@@ -103,8 +103,7 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
         if (!std::exchange(here, false))
             return;
         owner.channel.post([type = appType] { IpcDouble::setPresent(type, false); });
-        inbox.clear();
-        outbox.clear();
+        outbox.clear(); // what it was told has reached it
         connected.reset();
         model.engineIsPresent(false);
     }

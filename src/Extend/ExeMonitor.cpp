@@ -143,7 +143,18 @@ void ExeMonitor::onStop()
 bool ExeMonitor::launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle,
                            bool background)
 {
+    const juce::ScopedLock launching(launchLock);
+    if (!background)
+        wantedPage = page;
     return launch({ appType, page, path, std::move(bundle), background });
+}
+
+void ExeMonitor::forgetLaunch(int appType, int page)
+{
+    const juce::ScopedLock launching(launchLock);
+    std::erase_if(launchQueue, [=](const auto& request) { return request.appType == appType && request.page == page; });
+    if (launchQueue.empty())
+        stopTimer(closingTimer);
 }
 
 bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)
@@ -151,6 +162,7 @@ bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path
     const juce::ScopedLock launching(launchLock);
     if (getAppState(appType) != kConnected || mustWait(appType))
         return launchApp(appType, page, path, std::move(bundle), false);
+    wantedPage = page;
     setNextPage(page);
     sendCommandLine(appType, bundle);
     return true;
@@ -179,7 +191,6 @@ bool ExeMonitor::mustWait(int appType) const
 bool ExeMonitor::launch(const LaunchRequest& request)
 {
     const int appType = request.appType;
-    const juce::ScopedLock launching(launchLock);
     if (mustWait(appType))
     {
         launchQueue.push_back(request);
@@ -192,8 +203,9 @@ bool ExeMonitor::launch(const LaunchRequest& request)
     if (isNew && !createProgram(request))
         return false;
     // Before the program is told: the view manager forgets a page that is asked for before it knows it. A new process
-    // has its command line, and its hello waits for the end of the launch.
-    if (!request.background)
+    // has its command line, and its hello waits for the end of the launch. A launch that has waited may find another
+    // page wanted instead.
+    if (!request.background && request.page == wantedPage)
         setNextPage(request.page);
     if (state == kStarting || isTakenOver)
         postCommandLine(appType, request.bundle);
@@ -471,6 +483,11 @@ using Extend::ExeMonitor;
 bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background)
 {
     return ExeMonitor::getInstance()->launchApp(appType, page, path, std::move(bundle), background);
+}
+
+void forgetLaunch(int appType, int page)
+{
+    ExeMonitor::getInstance()->forgetLaunch(appType, page);
 }
 
 bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)

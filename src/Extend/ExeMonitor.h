@@ -27,6 +27,8 @@ public:
 
     bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background);
     bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle);
+    /** A launch of the page that still waits for the end of the program's last process is no longer wanted. */
+    void forgetLaunch(int appType, int page);
     /** Ends its process by force. */
     void terminateApp(int appType);
     /** Tells a program to quit; it counts as closing from before it hears of it until its process has ended. */
@@ -63,6 +65,7 @@ private:
 
     ExeMonitor();
 
+    /** Under `launchLock`. */
     bool launch(const LaunchRequest& request);
     /** Whether it is closing, or its process has ended and the news is on its way: what it is told now is lost. */
     bool isEnding(int appType) const;
@@ -86,7 +89,9 @@ private:
 
     /** One launch at a time; held while a process is made, so that nothing of it is handled half-way. Taken first. */
     juce::CriticalSection launchLock;
-    std::vector<LaunchRequest> launchQueue; ///< guarded by `launchLock`
+    // Guarded by `launchLock`.
+    std::vector<LaunchRequest> launchQueue;
+    int wantedPage = Pubhead::NUM_OF_PAGES; ///< the last one that was to come to the front
     /** Guards everything up to the monitor, and its table. */
     juce::CriticalSection lock;
     std::map<int, int> appStates;

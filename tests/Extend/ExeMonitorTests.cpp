@@ -204,6 +204,30 @@ TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
     EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
 }
 
+/** What became of a launch that waited: another page is wanted in front by now, or the page itself was left. */
+TEST_F(ExeMonitorTest, ALaunchThatHasWaitedDoesNotTakeTheFrontOfALaterPage)
+{
+    const int first = startRadio();
+    monitor.setAppState(AppRadio, kClosing);
+    EXPECT_FALSE(launchRadio());
+    monitor.launchApp(AppUSB, mbUSBAudio, "/programs/usb", nullptr, false);
+    run();
+    takePosted();
+    ProcessDouble::takeLaunches();
+    ProcessDouble::end(first);
+    awaitState(AppRadio, kStarting);
+    EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u) << "its music is still wanted";
+    expectNothingPosted();
+
+    monitor.setAppState(AppUSB, kClosing);
+    EXPECT_FALSE(monitor.launchApp(AppUSB, mbUSBAudio, "/programs/usb", nullptr, false));
+    monitor.forgetLaunch(AppUSB, mbUSBAudio);
+    EXPECT_FALSE(monitor.isTimerRunning(Extend::ExeMonitor::closingTimer));
+    monitor.setAppState(AppUSB, kDisconnect);
+    run();
+    EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
+}
+
 /**
     Five cycles without an answer are borne, each further one stops the heartbeat to the microcontroller. A frozen program
     is named once, until it has answered again.
