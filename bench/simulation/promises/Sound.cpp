@@ -278,14 +278,14 @@ void checkBands(const Bench::DspMemory& memory, Kept& words)
     const auto curves = possibleCurves();
     for (std::size_t number = 0; number < Bench::dspGroupCount; ++number)
     {
-        // A band of the user's curve reaches the third also when the subwoofer keeps it flat otherwise.
         const bool flat = number == third && isSubwooferOn();
-        if (flat && getSettingInt(Platform::presetSetting) == userCurve)
-            continue;
         const auto group = Bench::groupOf(memory, number);
         for (std::size_t band = 0; band < Bench::dspBandCount; ++band)
         {
             const int hz = Bench::dspBands[band].hz;
+            // A band of the user's curve reaches the third also when the subwoofer keeps it flat otherwise.
+            if (flat && curves.front().contains(hz))
+                continue;
             // What the programs play is lifted at the bottom and lowered at the top.
             const bool isLifted = number != third && audioChannel() == Dsp::eAudioWince;
             const int lift = !isLifted ? 0 : hz == 20 ? 1 : hz == 10000 ? -1 : 0;
