@@ -379,7 +379,12 @@ void ExeMonitor::handleTimer(int timerId)
 void ExeMonitor::handleHello(int appType)
 {
     if (!monitor.isProcessRunning(appType))
-        monitor.watchProcess(appType, findRunningProgram(appType).process);
+    {
+        const auto running = findRunningProgram(appType);
+        if (!running.found) // Its process has ended since it spoke.
+            return;
+        monitor.watchProcess(appType, running.process);
+    }
     acknowledgeHello(appType);
     setAppState(appType, kConnected);
 }
