@@ -84,11 +84,12 @@ struct RunningProgram
 /** Past the queue of the channel, so that the answer goes out before everything that waits for the program there. */
 void acknowledgeHello(int appType)
 {
-    const auto answer = Platform::RemoteMessage::obtain();
+    auto answer = Platform::RemoteMessage::obtain();
     answer->what = RMSG_APP_HELLO_ACK;
     answer->arg1 = appType;
     if (!MessageHelper::postMessage(appType, answer))
         sendRemoteMessage(appType, answer);
+    Platform::RemoteMessage::recycle(std::move(answer));
 }
 
 /** The foreign navigation program is known by its window, every other by the owner of its name on the bus. */
@@ -281,11 +282,11 @@ void ExeMonitor::closeApp(int appType)
         setAppState(appType, kClosing);
     }
     // Past the queue of the channel, which takes nothing for a program that is closing.
-    const auto stop = Platform::RemoteMessage::obtain();
+    auto stop = Platform::RemoteMessage::obtain();
     stop->what = RMSG_SOURCE_STOP;
     stop->arg1 = stop->arg2 = 0;
     const bool told = LowLayer::RemotecommDev::getInstance()->postToApp(appType, stop);
-    Platform::RemoteMessage::recycle(stop);
+    Platform::RemoteMessage::recycle(std::move(stop));
     if (!told) // It would be left closing.
         terminateApp(appType);
 }

@@ -13,7 +13,7 @@ using Messages = std::vector<SystemMessage::Ptr>;
 /** Never destroyed: messages are recycled until the last thread is gone. */
 Platform::Pool<SystemMessage>& sharedPool()
 {
-    static auto& only = *new Platform::Pool<SystemMessage>(MessagePool::capacity);
+    static auto& only = *new Platform::Pool<SystemMessage>("messages", MessagePool::capacity);
     return only;
 }
 

@@ -27,8 +27,9 @@ void BytePool::recycle()
         owner->spare.give(*this);
 }
 
-BytePoolStore::BytePoolStore(int sizeOfBuffers)
-    : bufferSize(sizeOfBuffers)
+BytePoolStore::BytePoolStore(const char* name, int sizeOfBuffers)
+    : spare(name)
+    , bufferSize(sizeOfBuffers)
 {
 }
 

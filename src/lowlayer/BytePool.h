@@ -42,7 +42,8 @@ private:
 class BytePoolStore
 {
 public:
-    explicit BytePoolStore(int sizeOfBuffers);
+    /** The name is a literal. */
+    BytePoolStore(const char* name, int sizeOfBuffers);
 
     /** The buffer that came back last, with its old content, or a new one of length 0. */
     BytePool::Ptr obtain();

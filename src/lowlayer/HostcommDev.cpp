@@ -35,7 +35,7 @@ HostcommDev::~HostcommDev()
 void HostcommDev::initialize()
 {
     if (store == nullptr)
-        store = std::make_unique<BytePoolStore>(pieceLength);
+        store = std::make_unique<BytePoolStore>("received pieces", pieceLength);
     if (port == nullptr)
     {
         port = std::make_unique<Platform::SerialPort>(*this);

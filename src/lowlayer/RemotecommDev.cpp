@@ -31,6 +31,7 @@ public:
         ++*count;
     }
     ~CountedMessage() override { --*count; }
+    void giveBack() override {} // counted as long as it is there
 
 private:
     const Count count;

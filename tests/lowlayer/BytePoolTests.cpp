@@ -1,5 +1,6 @@
 #include "lowlayer/BytePool.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -7,7 +8,7 @@ using namespace LowLayer;
 
 TEST(BytePoolTest, ABufferThatSomebodyHoldsStaysOut)
 {
-    BytePoolStore store(32);
+    BytePoolStore store("test", 32);
     auto held = store.obtain();
     const auto second = held;
     held->recycle();
@@ -17,13 +18,17 @@ TEST(BytePoolTest, ABufferThatSomebodyHoldsStaysOut)
     alone->recycle();
     EXPECT_EQ(store.obtain(), alone);
     EXPECT_NE(store.obtain(), alone) << "recycled twice, pooled once";
+    alone->recycle();
+    const auto listed = Platform::ListedPool::all();
+    EXPECT_TRUE(std::ranges::any_of(listed, [](const auto& pool)
+                                    { return std::string(pool.name) == "test" && pool.spare == 1; }));
     BytePool::Ptr free = new BytePool(8, nullptr);
     free->recycle();
 }
 
 TEST(BytePoolTest, AssignGrowsToWhatItIsGivenAndNeverReadsMore)
 {
-    BytePoolStore store(4);
+    BytePoolStore store("test", 4);
     auto buffer = store.obtain();
     EXPECT_EQ(buffer->length(), 0);
     const auto after = [&buffer](const char* source, int length)

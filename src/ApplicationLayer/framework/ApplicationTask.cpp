@@ -1,6 +1,8 @@
 #include "ApplicationLayer/framework/ApplicationTask.h"
 
 #include "EngineApi/Pages.h"
+#include "kernel/MessageIds.h"
+#include "platform/channel/RemoteMessage.h"
 
 namespace ApplicationLayer
 {
@@ -35,6 +37,9 @@ void ApplicationTask::dispatchMessage(const Kernel::SystemMessage& message)
         handleOwnMessage(message);
     else if (const auto handler = findHandler(message.handlerIndex))
         handler->handleMessage(message);
+    if (message.id == Kernel::MSG_APP_REMOTE)
+        if (auto* remote = Kernel::payloadAs<Platform::RemoteMessage>(message.payload))
+            remote->giveBack();
 }
 
 void ApplicationTask::handleOwnMessage(const Kernel::SystemMessage&) {}

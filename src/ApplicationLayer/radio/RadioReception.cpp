@@ -34,8 +34,9 @@ void RadioApplication::fromTuner(int command, const Kernel::Payload& payload)
                            " is not understood: " + Platform::hexPairs(data.data(), static_cast<int>(data.size())));
         std::visit([this](const auto& each) { take(each); }, report);
     }
-    LowLayer::recycleBytes(payload);
     bodies.flush();
+    // Last of all: whoever takes the buffer has to be its only holder soon.
+    LowLayer::recycleBytes(payload);
 }
 
 void RadioApplication::take(const FrequencyReport& report)

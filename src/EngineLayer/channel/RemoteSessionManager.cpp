@@ -70,14 +70,35 @@ bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& mess
         return false;
     const bool isStarting = getAppState(appType) == kStarting;
     const juce::ScopedLock guard(lock);
-    if (registeredApps.count(appType) != 0)
-        return RemotecommDev::getInstance()->postToApp(appType, message);
-    if (isPointlessLater(*message))
+    const bool isRegistered = registeredApps.count(appType) != 0;
+    if (!isRegistered && isPointlessLater(*message))
         return false;
-    if (auto& queue = pendingMessages[appType]; queue.push({ message, isStarting }))
+    ++counts.accepted;
+    if (isRegistered)
+        return post(appType, message);
+    auto& queue = pendingMessages[appType];
+    const auto droppedBefore = queue.getDropped();
+    if (queue.push({ message, isStarting }))
         logger().error("%d messages wait for %s: the oldest go", static_cast<int>(maxPending),
                        Pubhead::appTypeName(appType));
+    counts.dropped += queue.getDropped() - droppedBefore;
     return false;
+}
+
+bool RemoteSessionManager::post(int appType, const RemoteMessage::Ptr& message)
+{
+    const bool posted = RemotecommDev::getInstance()->postToApp(appType, message);
+    ++(posted ? counts.posted : counts.dropped);
+    return posted;
+}
+
+RemoteSessionManager::Counts RemoteSessionManager::getCounts() const
+{
+    const juce::ScopedLock guard(lock);
+    auto all = counts;
+    for (const auto& [appType, queue] : pendingMessages)
+        all.waiting += queue.getSize();
+    return all;
 }
 
 void RemoteSessionManager::addMsgFilter(juce::int32 what, RemoteMsgFilterInterface* filter)
@@ -155,7 +176,7 @@ void RemoteSessionManager::registerApp(int appType)
         for (auto& waiting = pendingMessages[appType]; !waiting.isEmpty(); waiting.pop())
         {
             auto& message = waiting.front().message;
-            RemotecommDev::getInstance()->postToApp(appType, message);
+            post(appType, message);
             RemoteMessage::recycle(std::move(message));
         }
     }
@@ -181,7 +202,22 @@ void RemoteSessionManager::dropPending(int appType)
 {
     const bool isStarting = getAppState(appType) == kStarting;
     const juce::ScopedLock guard(lock);
-    pendingMessages[appType].eraseIf([=](const Waiting& each) { return !isStarting || !each.isForStarted; });
+    std::vector<RemoteMessage::Ptr> dropped;
+    pendingMessages[appType].eraseIf(
+        [&](const Waiting& each)
+        {
+            const bool stays = isStarting && each.isForStarted;
+            if (!stays)
+                dropped.push_back(each.message);
+            return !stays;
+        });
+    if (dropped.empty())
+        return;
+    counts.dropped += dropped.size();
+    logger().info("%d messages that waited for %s go with its process", static_cast<int>(dropped.size()),
+                  Pubhead::appTypeName(appType));
+    for (auto& message : dropped)
+        RemoteMessage::recycle(std::move(message));
 }
 
 void RemoteSessionManager::onAppConnectState(int appType, int state)

@@ -27,6 +27,15 @@ public:
         4096 wait for a program, the newest.
     */
     bool sendToApp(int appType, const Platform::RemoteMessage::Ptr& message);
+    /** Messages for programs since the start. What was accepted has gone out, was dropped, or waits. */
+    struct Counts
+    {
+        std::uint64_t accepted = 0;
+        std::uint64_t posted = 0;
+        std::uint64_t dropped = 0; ///< its program could not be reached, has ended, or too many waited
+        std::uint64_t waiting = 0;
+    };
+    Counts getCounts() const;
     void addMsgFilter(juce::int32 what, EngineApi::RemoteMsgFilterInterface* filter);
     bool isAppRegistered(int appType) const;
     /** Ascending. */
@@ -51,12 +60,14 @@ private:
         a process that has been started meanwhile go on waiting.
     */
     void dropPending(int appType);
+    bool post(int appType, const Platform::RemoteMessage::Ptr& message);
     void receive(int appType, Platform::RemoteMessage& message);
     static void postToPageOf(int appType, juce::int32 id, Kernel::Payload payload = nullptr);
 
     /** Held while messages are posted, which keeps their order; never while somebody else's code runs. */
     mutable juce::CriticalSection lock;
     std::set<int> registeredApps;
+    Counts counts; ///< but for those that wait
     struct Waiting
     {
         Platform::RemoteMessage::Ptr message;

@@ -24,7 +24,7 @@ namespace
 /** Never destroyed: frames come back until the last thread is gone. */
 Platform::Pool<HostDataFormat>& pool()
 {
-    static auto& only = *new Platform::Pool<HostDataFormat>;
+    static auto& only = *new Platform::Pool<HostDataFormat>("frames");
     return only;
 }
 

@@ -244,7 +244,6 @@ void HostSessionManager::sendFailed(int sequence)
 
 void HostSessionManager::releaseInFlight()
 {
-    HostDataFormat::releaseFrame(*inFlight->frame);
     inFlight = nullptr;
     waitingForAcknowledgement = false;
 }

@@ -91,7 +91,7 @@ private:
     int previousSequence;
     bool waitingForAcknowledgement = false;
     HostFrameParser parser;
-    LowLayer::BytePoolStore frameBuffers { HostFrame::maxLength };
+    LowLayer::BytePoolStore frameBuffers { "received frames", HostFrame::maxLength };
     bool synchronised = false;
     std::atomic<int> refusedSends { 0 };
     std::atomic<bool> lossLogged { false }; ///< until nothing waits

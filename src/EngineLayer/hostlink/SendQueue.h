@@ -8,7 +8,7 @@
 namespace EngineLayer
 {
 
-/** One frame that waits or is in flight. */
+/** One frame that waits or is in flight; it goes back to its pool with it. */
 struct SendItem : public juce::ReferenceCountedObject
 {
     using Ptr = juce::ReferenceCountedObjectPtr<SendItem>;
@@ -18,6 +18,7 @@ struct SendItem : public juce::ReferenceCountedObject
         , subject(subjectOfFrame)
     {
     }
+    ~SendItem() override { HostDataFormat::releaseFrame(*frame); }
 
     HostDataFormat::Ptr frame;
     int subject;

@@ -11,16 +11,50 @@
 namespace Platform
 {
 
+/** How many objects a pool has. */
+struct PoolSize
+{
+    const char* name;
+    std::size_t spare;
+    std::size_t capacity; ///< what comes back beyond it is not kept
+};
+
+/** A pool among all of the process. */
+class ListedPool
+{
+public:
+    /**
+        What each has to spare, in the order in which they were made. When nothing is under way none has fewer than the
+        time before, or some have not come back. Any thread.
+    */
+    static std::vector<PoolSize> all();
+
+    std::size_t size() const { return held.load(std::memory_order_relaxed); }
+
+protected:
+    /** The name is a literal. */
+    ListedPool(const char* poolName, std::size_t mostSpare);
+    ~ListedPool();
+    ListedPool(const ListedPool&) = delete;
+    ListedPool& operator=(const ListedPool&) = delete;
+
+    const std::size_t capacity;
+    std::atomic<std::size_t> held { 0 }; ///< for those who look without the lock
+
+private:
+    const char* const name;
+};
+
 /** Spare objects of one kind, for use again; the one that came back last is the warmest in the cache. Any thread. */
 template <typename T>
-class Pool
+class Pool : public ListedPool
 {
 public:
     using Ptr = juce::ReferenceCountedObjectPtr<T>;
 
     /** What comes back to a full pool is not kept. */
-    explicit Pool(std::size_t capacityToUse = std::numeric_limits<std::size_t>::max())
-        : capacity(capacityToUse)
+    explicit Pool(const char* poolName, std::size_t capacityToUse = std::numeric_limits<std::size_t>::max())
+        : ListedPool(poolName, capacityToUse)
     {
     }
 
@@ -57,8 +91,6 @@ public:
         moveLast(from, spare, std::min(most, capacity - spare.size()));
     }
 
-    std::size_t size() const { return held.load(std::memory_order_relaxed); }
-
     void clear()
     {
         const std::lock_guard guard(lock);
@@ -67,10 +99,8 @@ public:
     }
 
 private:
-    const std::size_t capacity;
     std::mutex lock;
     std::vector<Ptr> spare;
-    std::atomic<std::size_t> held { 0 }; ///< for those who look without the lock
 
     void count() { held.store(spare.size(), std::memory_order_relaxed); }
 

@@ -12,7 +12,7 @@ constexpr std::size_t mostSpare = 50;
 
 Pool<RemoteMessage>& pool()
 {
-    static Pool<RemoteMessage> only(mostSpare);
+    static Pool<RemoteMessage> only("channel messages", mostSpare);
     return only;
 }
 
@@ -27,11 +27,17 @@ RemoteMessage::Ptr RemoteMessage::obtain()
 
 void RemoteMessage::recycle(Ptr message)
 {
-    if (message == nullptr || message->getReferenceCount() > 1)
+    if (message != nullptr)
+        message->giveBack();
+}
+
+void RemoteMessage::giveBack()
+{
+    if (getReferenceCount() > 1)
         return;
-    message->what = message->arg1 = message->arg2 = message->appType = 0;
-    message->bundle = nullptr;
-    pool().give(*message);
+    what = arg1 = arg2 = appType = 0;
+    bundle = nullptr;
+    pool().give(*this);
 }
 
 } // namespace Platform

@@ -24,6 +24,8 @@ public:
         Back to the pool (at most 50 are kept) when the reference handed over (`std::move`) is the last one. Any thread.
     */
     static void recycle(Ptr message);
+    /** The same for the one reference that somebody else holds. */
+    virtual void giveBack();
 };
 
 /** Receiver of the channel's traffic. Every call comes from the channel's delivery thread. */

@@ -2,6 +2,7 @@
 
 #include "EngineLayer/system/SystemInfo.h"
 #include "lowlayer/RemotecommDev.h"
+#include "platform/base/Pool.h"
 #include "platform/settings/SysInfo.h"
 #include "platform/settings/SysInfoItems.h"
 #include "support/ErrorLog.h"
@@ -52,6 +53,14 @@ protected:
 
 using PageMessage = std::pair<juce::int32, juce::int32>;
 
+std::size_t sparePoolObjects(std::string_view pool)
+{
+    for (const auto& each : Platform::ListedPool::all())
+        if (each.name == pool)
+            return each.spare;
+    return 0;
+}
+
 struct Filter : RemoteMsgFilterInterface
 {
     void onFilterMessage(const RemoteMessage& message) override
@@ -86,6 +95,37 @@ TEST_F(RemoteSessionTest, KeepsMessagesUntilTheProgramRegisters)
     EXPECT_TRUE(sendCommandLine(AppRadio, AppCommandLine::genCmdSourceExit(mbFM, mbUSBAudio)));
     EXPECT_THAT(takeSent(),
                 ElementsAre(Sent { AppRadio, RMSG_SOURCE_STOP, 4 }, Sent { AppRadio, RMSG_COMMAND_LINE, 0 }));
+}
+
+/** Whatever becomes of a message, it is counted, and what does not go out goes back to the pool. */
+TEST_F(RemoteSessionTest, CountsWhatItAccepts)
+{
+    const auto before = session().getCounts();
+    const auto expect = [&](std::uint64_t accepted, std::uint64_t posted, std::uint64_t dropped, std::uint64_t waiting)
+    {
+        const auto now = session().getCounts();
+        EXPECT_EQ(now.accepted - before.accepted, accepted);
+        EXPECT_EQ(now.posted - before.posted, posted);
+        EXPECT_EQ(now.dropped - before.dropped, dropped);
+        EXPECT_EQ(now.waiting - before.waiting, waiting);
+    };
+    sendRemoteMessage(AppRadio, RMSG_KEY, 1, 0);
+    sendRemoteMessage(AppRadio, RMSG_KEY, 2, 0);
+    sendRemoteMessage(AppRadio, RMSG_SOURCE_STOP, 2, 0);
+    expect(2, 0, 0, 2);
+    const auto spare = sparePoolObjects("channel messages");
+    state(AppRadio, kDisconnect);
+    expect(2, 0, 2, 0);
+    EXPECT_EQ(sparePoolObjects("channel messages"), spare + 2);
+
+    IpcDouble::setAllPresent(true);
+    sendRemoteMessage(AppRadio, RMSG_KEY, 3, 0);
+    state(AppRadio, kConnected);
+    sendRemoteMessage(AppRadio, RMSG_KEY, 4, 0);
+    IpcDouble::setAllPresent(false);
+    state(AppRadio, kConnected);
+    sendRemoteMessage(AppRadio, RMSG_KEY, 5, 0);
+    expect(5, 2, 3, 0);
 }
 
 TEST_F(RemoteSessionTest, FollowsTheProgramsStates)
