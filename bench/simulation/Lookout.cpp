@@ -44,7 +44,8 @@ std::vector<Kernel::TaskGroup*> taskGroups()
     const auto& engine = *Kernel::SystemEngine::getInstance();
     std::vector<Kernel::TaskGroup*> groups;
     for (const auto* name : groupNames)
-        groups.push_back(engine.findGroup(name));
+        if (auto* group = engine.findGroup(name))
+            groups.push_back(group);
     return groups;
 }
 

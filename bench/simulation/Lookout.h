@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bench/simulation/Allocations.h"
 #include "doubles/IpcDouble.h"
 #include "kernel/TaskGroup.h"
 
@@ -19,6 +20,7 @@ public:
     void add(std::function<void(What...)> listener) { all.push_back(std::move(listener)); }
     void tell(What... what) const
     {
+        const BenchPart part;
         for (const auto& listener : all)
             listener(what...);
     }
@@ -45,7 +47,7 @@ struct Lookout
     void watchComponents();
 };
 
-/** All of the engine. */
+/** All of the engine; none before it is built. */
 std::vector<Kernel::TaskGroup*> taskGroups();
 
 } // namespace Simulation

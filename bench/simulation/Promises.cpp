@@ -13,9 +13,9 @@ namespace Simulation
 namespace
 {
 
-constexpr std::array subjects { programPromises, pagePromises,  sourcePromises,  soundPromises, storePromises,
-                                remotePromises,  mutePromises,  networkPromises, barPromises,   requestPromises,
-                                linkPromises,    timerPromises, powerOffPromises };
+constexpr std::array subjects { programPromises, pagePromises,  sourcePromises,   soundPromises, storePromises,
+                                remotePromises,  mutePromises,  networkPromises,  barPromises,   requestPromises,
+                                linkPromises,    timerPromises, powerOffPromises, poolPromises,  channelPromises };
 
 } // namespace
 

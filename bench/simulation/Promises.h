@@ -35,10 +35,12 @@ const std::vector<Promise>& promises();
 
 // By their subject, each in a file of promises/.
 std::span<const Promise> barPromises();
+std::span<const Promise> channelPromises();
 std::span<const Promise> linkPromises();
 std::span<const Promise> mutePromises();
 std::span<const Promise> networkPromises();
 std::span<const Promise> pagePromises();
+std::span<const Promise> poolPromises();
 std::span<const Promise> powerOffPromises();
 std::span<const Promise> programPromises();
 std::span<const Promise> remotePromises();

@@ -1,5 +1,7 @@
 #include "bench/simulation/Scheduler.h"
 
+#include "bench/simulation/Allocations.h"
+
 #include <algorithm>
 #include <boost/context/fiber.hpp>
 #include <boost/context/protected_fixedsize_stack.hpp>
@@ -24,6 +26,7 @@ struct Fiber
     std::optional<Clock::time_point> deadline; ///< of a wait
     bool woken = false;                        ///< how the last wait ended
     std::vector<Fiber*> awaiting;              ///< its end
+    int benchParts = 0;                        ///< that it is in
     boost::context::fiber context;             ///< where it goes on
     boost::context::fiber outside;             ///< where the scheduler goes on when it waits
 };
@@ -80,6 +83,7 @@ Scheduler& Scheduler::get()
 
 Fiber* Scheduler::start(std::string name, std::function<void()> body)
 {
+    const BenchPart part;
     auto fiber = std::make_unique<Fiber>();
     auto* started = fiber.get();
     started->name = std::move(name);
@@ -147,6 +151,7 @@ Scheduler::TimerState* Scheduler::findTimer(const Platform::MultiTimer& owner, i
 
 void Scheduler::startTimer(Platform::MultiTimer& owner, int id, int intervalMs)
 {
+    const BenchPart part;
     stopTimer(owner, id);
     intervalMs = std::max(1, intervalMs);
     timers.push_back(std::make_unique<TimerState>(
@@ -214,7 +219,9 @@ void Scheduler::resume(Fiber& fiber)
     running = &fiber;
     if (resumeObserver)
         resumeObserver(fiber.name);
+    const int outside = exchangeBenchParts(fiber.benchParts);
     fiber.context = std::move(fiber.context).resume();
+    fiber.benchParts = exchangeBenchParts(outside);
     running = nullptr;
     if (!std::exchange(discounted, false))
         ++activityCount;

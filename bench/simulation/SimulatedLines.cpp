@@ -1,5 +1,7 @@
 #include "bench/simulation/SimulatedLines.h"
 
+#include "bench/simulation/Allocations.h"
+
 #include "doubles/SerialPortDouble.h"
 
 #include <algorithm>
@@ -38,6 +40,7 @@ SimulatedSerial::SimulatedSerial(std::string portName, Devices& devicesToUse)
     SerialPortDouble::onWrite(name,
                               [this](const juce::MemoryBlock& bytes)
                               {
+                                  const BenchPart part;
                                   const std::span written(static_cast<const std::uint8_t*>(bytes.getData()),
                                                           bytes.getSize());
                                   listener(true, written);
@@ -171,6 +174,7 @@ void SimulatedPackets::drop(int connection)
 
 int SimulatedPackets::connect()
 {
+    const BenchPart part;
     if (!opened)
         return 0;
     connections[++lastConnection] = {};
@@ -180,12 +184,14 @@ int SimulatedPackets::connect()
 
 void SimulatedPackets::disconnect(int connection)
 {
+    const BenchPart part;
     if (connections.erase(connection) > 0)
         devices.turn([&] { closed(connection); });
 }
 
 std::optional<std::vector<std::uint8_t>> SimulatedPackets::exchange(int connection, Packet request, int limitMs)
 {
+    const BenchPart part;
     auto& scheduler = Scheduler::get();
     const auto deadline = scheduler.now() + std::chrono::milliseconds(limitMs);
     const auto mine = connections.find(connection);

@@ -87,12 +87,13 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
         {
             const auto message = inbox.front().second;
             inbox.pop_front();
-            const auto carried = RemoteMessage::obtain();
+            auto carried = RemoteMessage::obtain();
             carried->what = message.what;
             carried->arg1 = message.arg1;
             carried->arg2 = message.arg2;
             carried->bundle = message.bundle;
             model.handle(*carried);
+            RemoteMessage::recycle(std::move(carried));
         }
         else if (givesUp && *givesUp <= now)
             quit();
@@ -222,7 +223,7 @@ SimulatedPrograms::Health SimulatedPrograms::health(int appType) const
     if (const auto* program = findProgram(appType))
     {
         health.connected = program->connected;
-        health.answers = program->connected && !program->hangs && !program->model.isSilent();
+        health.answers = bus && program->connected && !program->hangs && !program->model.isSilent();
     }
     return health;
 }
@@ -298,7 +299,9 @@ std::vector<int> SimulatedPrograms::runningTwice() const
 
 void SimulatedPrograms::hear(const IpcDouble::Posted& posted)
 {
+    const BenchPart part;
     IpcDouble::takePosted(); // nobody else wants it
+    IpcDouble::takeNamedBroadcasts();
     lookout.posted.tell(posted);
     for (const auto& program : programs)
         if (program->here && (posted.appType == program->appType || posted.appType == toAll))
@@ -331,6 +334,7 @@ void SimulatedPrograms::run()
 
 void SimulatedPrograms::begin(const ProcessDouble::Launch& launch)
 {
+    const BenchPart part;
     const int appType = appTypeOfPath(launch.path);
     const int option = launch.arguments.indexOf(commandLineOption);
     const auto line = option >= 0 ? launch.arguments[option + 1] : juce::String();
@@ -362,6 +366,7 @@ void SimulatedPrograms::removeEnded()
             });
         it = programs.erase(it);
     }
+    ProcessDouble::forgetEnded();
 }
 
 } // namespace Simulation

@@ -38,7 +38,7 @@ public:
     /** What can be expected of a program. */
     struct Health
     {
-        bool answers = false;                          ///< it is connected, does not hang, and is not silent
+        bool answers = false; ///< it is connected, does not hang, is not silent, and the bus is there
         std::optional<Clock::time_point> connected {}; ///< since then, when it is
         std::optional<Clock::time_point> gone {};      ///< when its process, or the one before, has ended
     };

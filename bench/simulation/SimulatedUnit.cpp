@@ -43,6 +43,7 @@ std::string logFolder;
 /** The engine's log lines are events like any other. */
 bool keepLine(const char* file, int, const char*, const char* format, va_list arguments)
 {
+    const BenchPart part;
     std::array<char, 1024> text {};
     std::vsnprintf(text.data(), text.size(), format, arguments);
     // The folder has another name in every run, and the journal is the same.

@@ -101,7 +101,7 @@ int main(int argc, char** argv)
     CLI::App app { "The head unit in simulated time: one thread, and a seed that decides every order.",
                    "headunit-bench simulate" };
     app.add_option("--world", choices.worlds,
-                   "What happens: a file, or one of calm, hurried, storm; all three without");
+                   "What happens: a file, or one of calm, hurried, storm, voyage; all of them without");
     app.add_option("--scenario", choices.scenario,
                    "Do what this file says instead; of the world, only how its programs are");
     app.add_option("--seed", choices.seed, "The first one")->capture_default_str();
@@ -118,7 +118,7 @@ int main(int argc, char** argv)
                    "Write the last life of the last run for a trace viewer (Perfetto)");
     CLI11_PARSE(app, argc, argv);
     if (choices.worlds.empty())
-        choices.worlds = { "calm", "hurried", "storm" };
+        choices.worlds = { "calm", "hurried", "storm", "voyage" };
 
     std::vector<World> worlds(choices.worlds.size());
     Plan plan;

@@ -228,6 +228,13 @@ void ProcessDouble::end(int pid, int exitCode)
         found->second->end(exitCode);
 }
 
+void ProcessDouble::forgetEnded()
+{
+    const std::lock_guard guard(lock);
+    std::erase_if(table.processes, [](const auto& each) { return !each.second->running; });
+    table.terminated.clear();
+}
+
 bool ProcessDouble::isRunning(int pid)
 {
     const std::lock_guard guard(lock);

@@ -37,6 +37,8 @@ struct ProcessDouble
     /** Ends a process, which wakes who waits for it. */
     static void end(int pid, int exitCode = 0);
     static bool isRunning(int pid);
+    /** Handles to processes that have ended still answer; nothing else is left of them. */
+    static void forgetEnded();
 
     /** Processes that were ended by force since the last call, in order. They end at once. */
     static std::vector<int> takeTerminated();
