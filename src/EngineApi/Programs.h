@@ -10,8 +10,6 @@ namespace EngineApi
 bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background);
 /** A connected program is asked for the page and given the command line, any other is launched. */
 bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle);
-/** The page is left before its program, which still ends, could be launched for it. */
-void forgetLaunch(int appType, int page);
 /** Ends its process by force. */
 void terminateApp(int appType);
 /** Tells it to quit. */

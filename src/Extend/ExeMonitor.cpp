@@ -150,14 +150,6 @@ bool ExeMonitor::launchApp(int appType, int page, const juce::String& path, Plat
     return launch({ appType, page, path, std::move(bundle), background });
 }
 
-void ExeMonitor::forgetLaunch(int appType, int page)
-{
-    const juce::ScopedLock launching(launchLock);
-    std::erase_if(launchQueue, [=](const auto& request) { return request.appType == appType && request.page == page; });
-    if (launchQueue.empty())
-        stopTimer(closingTimer);
-}
-
 bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)
 {
     const juce::ScopedLock launching(launchLock);
@@ -489,11 +481,6 @@ using Extend::ExeMonitor;
 bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background)
 {
     return ExeMonitor::getInstance()->launchApp(appType, page, path, std::move(bundle), background);
-}
-
-void forgetLaunch(int appType, int page)
-{
-    ExeMonitor::getInstance()->forgetLaunch(appType, page);
 }
 
 bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)

@@ -27,8 +27,6 @@ public:
 
     bool launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle, bool background);
     bool showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle);
-    /** A launch of the page that still waits for the end of the program's last process is no longer wanted. */
-    void forgetLaunch(int appType, int page);
     /** Ends its process by force. */
     void terminateApp(int appType);
     /** Tells a program to quit; it counts as closing from before it hears of it until its process has ended. */

@@ -204,7 +204,7 @@ TEST_F(ExeMonitorTest, RunsALaunchBehindAClosingProgramOnce)
     EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
 }
 
-/** What became of a launch that waited: another page is wanted in front by now, or the page itself was left. */
+/** Meanwhile another page is wanted in front. */
 TEST_F(ExeMonitorTest, ALaunchThatHasWaitedDoesNotTakeTheFrontOfALaterPage)
 {
     const int first = startRadio();
@@ -218,14 +218,6 @@ TEST_F(ExeMonitorTest, ALaunchThatHasWaitedDoesNotTakeTheFrontOfALaterPage)
     awaitState(AppRadio, kStarting);
     EXPECT_EQ(ProcessDouble::takeLaunches().size(), 1u) << "its music is still wanted";
     expectNothingPosted();
-
-    monitor.setAppState(AppUSB, kClosing);
-    EXPECT_FALSE(monitor.launchApp(AppUSB, mbUSBAudio, "/programs/usb", nullptr, false));
-    monitor.forgetLaunch(AppUSB, mbUSBAudio);
-    EXPECT_FALSE(monitor.isTimerRunning(Extend::ExeMonitor::closingTimer));
-    monitor.setAppState(AppUSB, kDisconnect);
-    run();
-    EXPECT_TRUE(ProcessDouble::takeLaunches().empty());
 }
 
 /**

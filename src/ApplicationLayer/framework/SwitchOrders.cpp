@@ -46,7 +46,6 @@ void AppHandler::carryOut(const AppStateSwitch& order)
         break;
     case SwitchType::ToStop:
         setRunState(PageRunState::stopped, {});
-        forgetLaunch(config.appType, config.page);
         if (order.commandLine != nullptr)
             sendCommandLine(*order.commandLine);
         break;
