@@ -173,7 +173,7 @@ Verbs scriptVerbs()
         { "switches COUNT within TIME", "The same with another limit.", switchPages },
         { "say [TEXT...]", "A headline.", say },
         { "pause TIME", "Gives the eye time. Left out when nobody watches.", pause },
-        { "wait TIME", "Lets so much time pass: what happens at which time is known in simulated time only.", wait },
+        { "wait TIME", "Lets so much time pass.", wait },
         { "if-display WORD...", "Leaves the rest of the line out when nothing is drawn.", ifDisplay },
         { "help [WORD]", "This, or what begins with this word.", help },
         { "quit", "Ends the unit and leaves.", [](Console&, auto&) -> Outcome { return { Outcome::leave }; } },

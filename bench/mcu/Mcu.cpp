@@ -25,15 +25,10 @@ Mcu::Mcu(Journal& journalToUse, SerialLine& lineToUse)
 void Mcu::unitRestarts()
 {
     line.flush();
-    reader.reset();
     ownSeries.clear();
-    queue.clear();
-    delayed.clear();
-    inFlight.reset();
-    lastReceived.reset();
+    forgetTraffic();
     lastHeartbeat.reset();
     current.source.reset();
-    current.wanted.reset();
     current.agreed = current.muted = current.readyForPowerOff = false;
     current.deviceStatus.reset();
 }
@@ -41,15 +36,20 @@ void Mcu::unitRestarts()
 void Mcu::reset()
 {
     journal.add("mcu link", "reset");
+    forgetTraffic();
+    current.source = current.lastMemory;
+    current.agreed = true;
+    sequence = 0;
+}
+
+void Mcu::forgetTraffic()
+{
     reader.reset();
     queue.clear();
     delayed.clear();
     inFlight.reset();
     lastReceived.reset();
     current.wanted.reset();
-    current.source = current.lastMemory;
-    current.agreed = true;
-    sequence = 0;
 }
 
 void Mcu::requestSource(Source source)

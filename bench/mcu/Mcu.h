@@ -149,6 +149,8 @@ private:
     std::deque<std::pair<Clock::time_point, Bytes>> delayed;
     std::uint8_t sequence = 0;
 
+    /** What is on its way is lost. */
+    void forgetTraffic();
     void take(std::span<const std::uint8_t> bytes);
     void doDue() override;
     void runDeadlines();

@@ -16,7 +16,7 @@ namespace
 using Lines = std::vector<std::string>;
 
 template <typename Range>
-const auto& oneOf(const Range& range, Chance& chance)
+auto oneOf(const Range& range, Chance& chance)
 {
     return *(std::begin(range) + static_cast<std::ptrdiff_t>(chance.below(std::size(range))));
 }
@@ -43,22 +43,6 @@ const Lines& keys()
     return names;
 }
 
-std::string key(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu key " + oneOf(keys(), chance);
-}
-
-std::string holdKey(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu hold " + oneOf(keys(), chance) + " " + timeUpTo(chance, 200, 3000);
-}
-
-std::string source(const SimulatedUnit&, Chance& chance)
-{
-    static const auto names = Bench::sourceNames();
-    return "mcu source " + oneOf(names, chance);
-}
-
 std::string menu(const SimulatedUnit&, Chance& chance)
 {
     return std::string("menu ") + Pubhead::pageName(oneOf(Bench::allPages(), chance).page);
@@ -76,16 +60,6 @@ std::string networkTone(const SimulatedUnit&, Chance& chance)
     return "mfd tone " + tone + " " + between(chance, -7, 7);
 }
 
-std::string networkMute(const SimulatedUnit&, Chance& chance)
-{
-    return "mfd mute " + between(chance, 1, 2);
-}
-
-std::string remoteKey(const SimulatedUnit&, Chance& chance)
-{
-    return std::string("remote ") + oneOf(Bench::WiredRemote::keys(), chance).name;
-}
-
 std::string setting(const SimulatedUnit&, Chance& chance)
 {
     const auto& info = oneOf(Bench::allSettings(), chance);
@@ -94,30 +68,10 @@ std::string setting(const SimulatedUnit&, Chance& chance)
            (info.isText ? info.values[static_cast<std::size_t>(value)] : std::to_string(value));
 }
 
-std::string lights(const SimulatedUnit& unit, Chance&)
-{
-    return unit.supply.state().lights ? "lights off" : "lights on";
-}
-
-std::string dimmer(const SimulatedUnit&, Chance& chance)
-{
-    return "panel dimmer " + between(chance, 0, 11);
-}
-
-std::string camera(const SimulatedUnit& unit, Chance&)
-{
-    return unit.supply.state().trigger ? "panel trigger off" : "panel trigger on";
-}
-
 std::string lowBattery(const SimulatedUnit& unit, Chance&)
 {
     constexpr double low = 10.2;
     return unit.supply.state().volts > low ? "battery 10.2" : "battery 12.6";
-}
-
-std::string favourite(const SimulatedUnit&, Chance& chance)
-{
-    return chance.happens(500) ? "mcu key favorites" : "mcu key enter";
 }
 
 std::string standby(const SimulatedUnit&, Chance& chance)
@@ -127,30 +81,15 @@ std::string standby(const SimulatedUnit&, Chance& chance)
            between(chance, 0, 1);
 }
 
-std::string phone(const SimulatedUnit&, Chance& chance)
-{
-    return oneOf(Lines { "bt connect", "bt disconnect", "bt call", "bt hang-up" }, chance);
-}
-
-std::string iPod(const SimulatedUnit&, Chance& chance)
-{
-    return oneOf(Lines { "ipod connect analog", "ipod connect digital", "ipod disconnect" }, chance);
-}
-
-std::string satellite(const SimulatedUnit&, Chance& chance)
-{
-    return oneOf(Lines { "satellite in", "satellite out" }, chance);
-}
-
 std::string usb(const SimulatedUnit&, Chance& chance)
 {
     const std::string way = chance.happens(500) ? "in " : "out ";
     return "usb " + way + between(chance, 1, 2);
 }
 
-std::string testEquipment(const SimulatedUnit&, Chance& chance)
+std::string slowBus(const SimulatedUnit&, Chance& chance)
 {
-    return chance.happens(500) ? "autotest enter" : "autotest volume " + between(chance, 0, 24);
+    return oneOf(Lines { "i2c slow ", "dsp fail slow ", "gpio slow " }, chance) + timeUpTo(chance, 10, 500);
 }
 
 /** Of a program that runs, as nothing can be done to another one. */
@@ -160,135 +99,68 @@ std::string toProgram(const SimulatedUnit& unit, Chance& chance, const char* wha
     return running.empty() ? "" : std::string("program ") + Pubhead::appTypeName(oneOf(running, chance)) + " " + what;
 }
 
-std::string crash(const SimulatedUnit& unit, Chance& chance)
-{
-    return toProgram(unit, chance, "crash");
-}
-
-std::string quit(const SimulatedUnit& unit, Chance& chance)
-{
-    return toProgram(unit, chance, "exit");
-}
-
-std::string hang(const SimulatedUnit& unit, Chance& chance)
-{
-    return toProgram(unit, chance, "hang");
-}
-
-std::string silent(const SimulatedUnit& unit, Chance& chance)
-{
-    return toProgram(unit, chance, "silent");
-}
-
-std::string loseFrames(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu drop " + between(chance, 1, 4);
-}
-
-std::string damageFrames(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu corrupt " + between(chance, 1, 4);
-}
-
-std::string repeatFrames(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu repeat " + between(chance, 1, 4);
-}
-
-std::string withholdAcks(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu no-ack " + between(chance, 1, 4);
-}
-
-std::string silentMcu(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu silent " + timeUpTo(chance, 50, 3000);
-}
-
-std::string slowMcu(const SimulatedUnit&, Chance& chance)
-{
-    return "mcu delay " + timeUpTo(chance, 1, 150);
-}
-
-std::string resetMcu(const SimulatedUnit&, Chance&)
-{
-    return "mcu reset";
-}
-
-std::string dspFails(const SimulatedUnit&, Chance& chance)
-{
-    return "dsp fail transfer " + between(chance, 1, 20);
-}
-
-std::string slowBus(const SimulatedUnit&, Chance& chance)
-{
-    return oneOf(Lines { "i2c slow ", "dsp fail slow ", "gpio slow " }, chance) + timeUpTo(chance, 10, 500);
-}
-
-std::string busFails(const SimulatedUnit&, Chance&)
-{
-    return "i2c fail";
-}
-
-std::string remotePulled(const SimulatedUnit& unit, Chance&)
-{
-    return unit.remote.isPlugged() ? "remote unplug" : "remote plug";
-}
-
-std::string bus(const SimulatedUnit&, Chance& chance)
-{
-    return chance.happens(500) ? "bus stop" : "bus start";
-}
-
-std::string powerOff(const SimulatedUnit&, Chance&)
-{
-    return "mcu power-off";
-}
-
-std::string cutPower(const SimulatedUnit&, Chance&)
-{
-    return powerCut;
-}
-
-constexpr Action actions[] {
-    { "key", key },
-    { "hold-key", holdKey },
-    { "source", source },
+const Action actions[] {
+    { "key", [](auto&, auto& chance) { return "mcu key " + oneOf(keys(), chance); } },
+    { "hold-key",
+      [](auto&, auto& chance) { return "mcu hold " + oneOf(keys(), chance) + " " + timeUpTo(chance, 200, 3000); } },
+    { "source", [](auto&, auto& chance) { return "mcu source " + oneOf(Bench::sourceNames(), chance); } },
     { "menu", menu },
     { "network-volume", networkVolume },
     { "network-tone", networkTone },
-    { "network-mute", networkMute },
-    { "remote-key", remoteKey },
+    { "network-mute", [](auto&, auto& chance) { return "mfd mute " + between(chance, 1, 2); } },
+    { "remote-key",
+      [](auto&, auto& chance) { return std::string("remote ") + oneOf(Bench::WiredRemote::keys(), chance).name; } },
     { "setting", setting },
-    { "lights", lights },
-    { "dimmer", dimmer },
-    { "camera", camera },
+    { "lights",
+      [](auto& unit, auto&) { return std::string(unit.supply.state().lights ? "lights off" : "lights on"); } },
+    { "dimmer", [](auto&, auto& chance) { return "panel dimmer " + between(chance, 0, 11); } },
+    { "camera", [](auto& unit, auto&)
+      { return std::string(unit.supply.state().trigger ? "panel trigger off" : "panel trigger on"); } },
     { "low-battery", lowBattery },
-    { "favourite", favourite },
+    { "favourite",
+      [](auto&, auto& chance) {
+          return oneOf(Lines { "mcu key favorites", "mcu key enter" }, chance);
+      } },
     { "standby", standby },
-    { "phone", phone },
-    { "ipod", iPod },
-    { "satellite", satellite },
+    { "phone",
+      [](auto&, auto& chance) {
+          return oneOf(Lines { "bt connect", "bt disconnect", "bt call", "bt hang-up" }, chance);
+      } },
+    { "ipod",
+      [](auto&, auto& chance) {
+          return oneOf(Lines { "ipod connect analog", "ipod connect digital", "ipod disconnect" }, chance);
+      } },
+    { "satellite",
+      [](auto&, auto& chance) {
+          return oneOf(Lines { "satellite in", "satellite out" }, chance);
+      } },
     { "usb", usb },
-    { "test-equipment", testEquipment },
-    { "crash", crash },
-    { "quit", quit },
-    { "hang", hang },
-    { "silent", silent },
-    { "lose-frames", loseFrames },
-    { "damage-frames", damageFrames },
-    { "repeat-frames", repeatFrames },
-    { "withhold-acks", withholdAcks },
-    { "silent-mcu", silentMcu },
-    { "slow-mcu", slowMcu },
-    { "reset-mcu", resetMcu },
-    { "dsp-fails", dspFails },
+    { "test-equipment",
+      [](auto&, auto& chance) {
+          return oneOf(Lines { "autotest enter", "autotest volume " + between(chance, 0, 24) }, chance);
+      } },
+    { "crash", [](auto& unit, auto& chance) { return toProgram(unit, chance, "crash"); } },
+    { "quit", [](auto& unit, auto& chance) { return toProgram(unit, chance, "exit"); } },
+    { "hang", [](auto& unit, auto& chance) { return toProgram(unit, chance, "hang"); } },
+    { "silent", [](auto& unit, auto& chance) { return toProgram(unit, chance, "silent"); } },
+    { "lose-frames", [](auto&, auto& chance) { return "mcu drop " + between(chance, 1, 4); } },
+    { "damage-frames", [](auto&, auto& chance) { return "mcu corrupt " + between(chance, 1, 4); } },
+    { "repeat-frames", [](auto&, auto& chance) { return "mcu repeat " + between(chance, 1, 4); } },
+    { "withhold-acks", [](auto&, auto& chance) { return "mcu no-ack " + between(chance, 1, 4); } },
+    { "silent-mcu", [](auto&, auto& chance) { return "mcu silent " + timeUpTo(chance, 50, 3000); } },
+    { "slow-mcu", [](auto&, auto& chance) { return "mcu delay " + timeUpTo(chance, 1, 150); } },
+    { "reset-mcu", [](auto&, auto&) { return std::string("mcu reset"); } },
+    { "dsp-fails", [](auto&, auto& chance) { return "dsp fail transfer " + between(chance, 1, 20); } },
     { "slow-bus", slowBus },
-    { "bus-fails", busFails },
-    { "remote-pulled", remotePulled },
-    { "bus", bus },
-    { "power-off", powerOff },
-    { "power-cut", cutPower },
+    { "bus-fails", [](auto&, auto&) { return std::string("i2c fail"); } },
+    { "remote-pulled",
+      [](auto& unit, auto&) { return std::string(unit.remote.isPlugged() ? "remote unplug" : "remote plug"); } },
+    { "bus",
+      [](auto&, auto& chance) {
+          return oneOf(Lines { "bus stop", "bus start" }, chance);
+      } },
+    { "power-off", [](auto&, auto&) { return std::string(powerOff); } },
+    { "power-cut", [](auto&, auto&) { return std::string(powerCut); } },
 };
 
 } // namespace

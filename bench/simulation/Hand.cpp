@@ -20,7 +20,6 @@ struct Row
 {
     const char* line; ///< the console's pattern
     void (*run)(SimulatedUnit& unit, const Arguments& given);
-    bool isFault = false;
 };
 
 std::uint8_t keyOf(const std::string& name)
@@ -115,27 +114,27 @@ constexpr Row rows[] {
     { "mcu source SOURCE [NUMBER]", [](auto& unit, auto& given) { unit.mcu.requestSource(given.source(0)); } },
     { "mcu status", [](auto& unit, auto&) { unit.mcu.requestDeviceStatus(); } },
     { "mcu power-off", [](auto& unit, auto&) { unit.mcu.requestPowerOff(); } },
-    { "mcu drop [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::dropNext>, true },
-    { "mcu corrupt [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::corruptNext>, true },
-    { "mcu repeat [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::repeatNext>, true },
-    { "mcu no-ack [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::withholdAcks>, true },
-    { "mcu silent TIME", [](auto& unit, auto& given) { unit.mcu.silence(given.time(0)); }, true },
-    { "mcu delay TIME", [](auto& unit, auto& given) { unit.mcu.delayBy(given.time(0)); }, true },
-    { "mcu reset", [](auto& unit, auto&) { unit.mcu.reset(); }, true },
+    { "mcu drop [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::dropNext> },
+    { "mcu corrupt [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::corruptNext> },
+    { "mcu repeat [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::repeatNext> },
+    { "mcu no-ack [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::withholdAcks> },
+    { "mcu silent TIME", [](auto& unit, auto& given) { unit.mcu.silence(given.time(0)); } },
+    { "mcu delay TIME", [](auto& unit, auto& given) { unit.mcu.delayBy(given.time(0)); } },
+    { "mcu reset", [](auto& unit, auto&) { unit.mcu.reset(); } },
     { "mcu well", [](auto& unit, auto&) { unit.mcu.clearFaults(); } },
     { "battery VOLTS", [](auto& unit, auto& given) { unit.supply.setVolts(given.decimal(0)); } },
     { "lights on|off", [](auto& unit, auto& given) { unit.supply.setLights(given[0] == "on"); } },
     { "panel trigger on|off", [](auto& unit, auto& given) { unit.supply.setTrigger(given[0] == "on"); } },
     { "panel dimmer BRIGHTNESS", [](auto& unit, auto& given) { unit.panel.setDimmer(given.number(0)); } },
     { "camera on|off", [](auto& unit, auto& given) { unit.videoDecoder.setSignal(given[0] == "on"); } },
-    { "i2c slow TIME", [](auto& unit, auto& given) { unit.videoDecoder.slowBy(given.time(0)); }, true },
-    { "i2c fail", [](auto& unit, auto&) { unit.videoDecoder.setFailing(true); }, true },
+    { "i2c slow TIME", [](auto& unit, auto& given) { unit.videoDecoder.slowBy(given.time(0)); } },
+    { "i2c fail", [](auto& unit, auto&) { unit.videoDecoder.setFailing(true); } },
     { "i2c well", [](auto& unit, auto&) { unit.videoDecoder.setFailing(false), unit.videoDecoder.slowBy(0ms); } },
-    { "gpio slow TIME", [](auto& unit, auto& given) { unit.gpio.slowBy(given.time(0)); }, true },
+    { "gpio slow TIME", [](auto& unit, auto& given) { unit.gpio.slowBy(given.time(0)); } },
     { "gpio well", [](auto& unit, auto&) { unit.gpio.slowBy(0ms); } },
-    { "dsp fail transfer [COUNT]", [](auto& unit, auto& given) { unit.dsp.failTransfers(given.number(0, 1)); }, true },
-    { "dsp fail slow TIME", [](auto& unit, auto& given) { unit.dsp.slowBy(given.time(0)); }, true },
-    { "dsp fail gone", [](auto& unit, auto&) { unit.dsp.setGone(true); }, true },
+    { "dsp fail transfer [COUNT]", [](auto& unit, auto& given) { unit.dsp.failTransfers(given.number(0, 1)); } },
+    { "dsp fail slow TIME", [](auto& unit, auto& given) { unit.dsp.slowBy(given.time(0)); } },
+    { "dsp fail gone", [](auto& unit, auto&) { unit.dsp.setGone(true); } },
     { "dsp fail well", [](auto& unit, auto&) { unit.dsp.clearFaults(); } },
     { "mfd volume ZONE PERCENT",
       [](auto& unit, auto& given) { unit.networkDisplay.setVolume(given.byte(0), given.byte(1)); } },
@@ -145,7 +144,7 @@ constexpr Row rows[] {
     { "mfd tone TONE LEVEL [ZONE]", setTone },
     { "remote REMOTE-KEY",
       [](auto& unit, auto& given) { unit.remote.press(Bench::WiredRemote::findKey(given[0]).value_or(0)); } },
-    { "remote unplug", [](auto& unit, auto&) { unit.remote.unplug(); }, true },
+    { "remote unplug", [](auto& unit, auto&) { unit.remote.unplug(); } },
     { "remote plug",
       [](auto& unit, auto&)
       {
@@ -162,60 +161,45 @@ constexpr Row rows[] {
     { "ipod connect [analog|digital]", tell<Pubhead::AppiPod> },
     { "ipod disconnect", tell<Pubhead::AppiPod> },
     { "satellite in|out", tell<Pubhead::AppSirius> },
-    { "autotest enter", [](auto& unit, auto&) { unit.testEquipment.enterTestMode(); }, true },
+    { "autotest enter", [](auto& unit, auto&) { unit.testEquipment.enterTestMode(); } },
     { "autotest leave", [](auto& unit, auto&) { unit.testEquipment.leaveTestMode(); } },
-    { "autotest volume NUMBER", [](auto& unit, auto& given) { unit.testEquipment.setVolume(given.byte(0)); }, true },
-    { "program PROGRAM crash", toProgram<&SimulatedPrograms::crash>, true },
-    { "program PROGRAM exit", toProgram<&SimulatedPrograms::quit>, true },
-    { "program PROGRAM hang", toProgram<&SimulatedPrograms::hang>, true },
+    { "autotest volume NUMBER", [](auto& unit, auto& given) { unit.testEquipment.setVolume(given.byte(0)); } },
+    { "program PROGRAM crash", toProgram<&SimulatedPrograms::crash> },
+    { "program PROGRAM exit", toProgram<&SimulatedPrograms::quit> },
+    { "program PROGRAM hang", toProgram<&SimulatedPrograms::hang> },
     { "program PROGRAM wake", toProgram<&SimulatedPrograms::wakeUp> },
-    { "program PROGRAM silent [off]", silence, true },
+    { "program PROGRAM silent [off]", silence },
     { "program PROGRAM send MESSAGE [PARAMETER] [PARAMETER]", sendFromProgram },
-    { "bus start|stop|restart", setBus, true },
+    { "bus start|stop|restart", setBus },
     { "power cut", [](auto&, auto&) {} }, // whoever runs the unit looks after it
 };
 
-/** What the line says, as the console reads it; null when it cannot be done here. */
-struct Understood
+/** The console's own. */
+const Bench::Verbs& verbs()
 {
-    const Row* row = nullptr;
-    Arguments given { {}, {} };
-    std::string error;
-};
-
-Understood understand(const std::string& line)
-{
-    static const auto verbs = []
+    static const auto all = []
     {
-        Bench::Verbs all;
+        Bench::Verbs each;
         for (const auto& group : Bench::allVerbs())
-            all.insert(all.end(), group.verbs.begin(), group.verbs.end());
-        return all;
+            each.insert(each.end(), group.verbs.begin(), group.verbs.end());
+        return each;
     }();
-    static const Bench::Grammar grammar(verbs);
-    const auto choice = grammar.choose(Bench::parseLine(line).words);
-    if (!choice.arguments)
-        return { .error = choice.error.empty() ? "'" + line + "' means nothing" : choice.error };
-    const auto* row = std::ranges::find(rows, verbs[choice.pattern].line, &Row::line);
-    if (row == std::end(rows))
-        return { .error = "'" + line + "' cannot be done in simulated time" };
-    return { .row = row, .given = *choice.arguments, .error = {} };
+    return all;
 }
 
 } // namespace
 
 std::string carryOut(SimulatedUnit& unit, const std::string& line)
 {
-    const auto [row, given, error] = understand(line);
-    if (row != nullptr)
-        unit.act([&, run = row->run, &words = given] { run(unit, words); });
-    return error;
-}
-
-bool isFault(const std::string& line)
-{
-    const auto [row, given, error] = understand(line);
-    return row != nullptr && row->isFault && given.line().back() != "off" && given.line().back() != "start";
+    static const Bench::Grammar grammar(verbs());
+    const auto choice = grammar.choose(Bench::parseLine(line).words);
+    if (!choice.arguments)
+        return choice.error.empty() ? "'" + line + "' means nothing" : choice.error;
+    const auto* row = std::ranges::find(rows, verbs()[choice.pattern].line, &Row::line);
+    if (row == std::end(rows))
+        return "'" + line + "' cannot be done in simulated time";
+    unit.act([&] { row->run(unit, *choice.arguments); });
+    return {};
 }
 
 } // namespace Simulation

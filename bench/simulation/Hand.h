@@ -12,9 +12,6 @@ namespace Simulation
 */
 std::string carryOut(SimulatedUnit& unit, const std::string& line);
 
-/** Whether the engine may then have to wait for what does not come. */
-bool isFault(const std::string& line);
-
 /** Nothing of the unit lives on; done by whoever runs it. */
 constexpr const char* powerCut = "power cut";
 constexpr const char* powerOff = "mcu power-off";

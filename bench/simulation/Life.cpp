@@ -50,7 +50,6 @@ public:
         unit.journal.add("action", deed.line);
         if (const auto error = carryOut(unit, deed.line); !error.empty())
             outcome.broken = error;
-        since.hadFaults = since.hadFaults || isFault(deed.line);
         if (deed.line == powerOff && !since.powerOffAt)
             since.powerOffAt = unit.scheduler.now();
         outcome.cut = deed.line == powerCut;

@@ -16,7 +16,6 @@ constexpr std::chrono::seconds quietTime { 1 };
 struct Since
 {
     Bench::Place begin;
-    bool hadFaults = false;                         ///< so that the engine may have waited for what did not come
     std::optional<Clock::time_point> powerOffAt {}; ///< when the microcontroller has asked for it
 };
 
@@ -32,6 +31,20 @@ struct Promise
 };
 
 const std::vector<Promise>& promises();
+
+/** What a promise keeps in mind from one step to the next; one for each kind, as there is one unit for a process. */
+template <typename Kind>
+Kind& only()
+{
+    static Kind instance;
+    return instance;
+}
+/** The `watch` of a promise whose kind has one. */
+template <typename Kind>
+void watchWith(SimulatedUnit& unit)
+{
+    only<Kind>().watch(unit);
+}
 
 // By their subject, each in a file of promises/.
 std::span<const Promise> barPromises();

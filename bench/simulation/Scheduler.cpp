@@ -154,8 +154,8 @@ void Scheduler::startTimer(Platform::MultiTimer& owner, int id, int intervalMs)
     const BenchPart part;
     stopTimer(owner, id);
     intervalMs = std::max(1, intervalMs);
-    timers.push_back(std::make_unique<TimerState>(
-        TimerState { &owner, id, intervalMs, time + std::chrono::milliseconds(intervalMs), ++timerStarts }));
+    const RunningTimer timer { &owner, id, intervalMs, time + std::chrono::milliseconds(intervalMs), ++timerStarts };
+    timers.push_back(std::make_unique<TimerState>(TimerState { timer }));
 }
 
 void Scheduler::stopTimer(const Platform::MultiTimer& owner, int id)
@@ -195,16 +195,14 @@ std::vector<Scheduler::RunningTimer> Scheduler::runningTimers() const
 {
     std::vector<RunningTimer> each;
     for (const auto& timer : timers)
-        each.push_back({ timer->owner, timer->id, timer->intervalMs, timer->due, timer->start, timer->expiries });
+        each.push_back(*timer);
     return each;
 }
 
 std::optional<Scheduler::RunningTimer> Scheduler::timer(const Platform::MultiTimer& owner, int id) const
 {
     const auto* found = findTimer(owner, id);
-    if (found == nullptr)
-        return {};
-    return RunningTimer { found->owner, found->id, found->intervalMs, found->due, found->start, found->expiries };
+    return found == nullptr ? std::nullopt : std::optional<RunningTimer>(*found);
 }
 
 bool Scheduler::canRun(const Fiber& fiber) const

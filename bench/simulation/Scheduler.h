@@ -81,12 +81,12 @@ public:
     int timerInterval(const Platform::MultiTimer& owner, int id) const;
     struct RunningTimer
     {
-        const Platform::MultiTimer* owner;
+        Platform::MultiTimer* owner;
         int id;
         int intervalMs;
         Clock::time_point due;
         std::uint64_t start; ///< its number among the starts of all timers
-        int expiries;        ///< handled on the message thread since the start
+        int expiries = 0;    ///< handled on the message thread since the start
     };
     /** Empty for one that does not run. */
     std::optional<RunningTimer> timer(const Platform::MultiTimer& owner, int id) const;
@@ -119,17 +119,10 @@ public:
     void onResume(std::function<void(const std::string&)> observer) { resumeObserver = std::move(observer); }
 
 private:
-    struct TimerState
+    struct TimerState : RunningTimer
     {
-        Platform::MultiTimer* owner;
-        int id;
-        int intervalMs;
-        Clock::time_point due;
-        std::uint64_t start;
-        int expiries = 0;
         bool posted = false; ///< its expiry waits for the message thread
     };
-    using TimerKey = std::pair<const Platform::MultiTimer*, int>;
 
     Chance chance;
     Clock::time_point time { std::chrono::hours(1) };

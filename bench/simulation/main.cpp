@@ -135,11 +135,19 @@ int main(int argc, char** argv)
 
     int broken = 0;
     auto seed = choices.seed;
-    do
+    try
     {
-        for (const auto& world : worlds)
-            broken += runAll(choices, world, choices.scenario.empty() ? nullptr : &plan, seed);
-        seed += static_cast<std::uint64_t>(choices.runs);
-    } while (choices.untilFailure && broken == 0);
+        do
+        {
+            for (const auto& world : worlds)
+                broken += runAll(choices, world, choices.scenario.empty() ? nullptr : &plan, seed);
+            seed += static_cast<std::uint64_t>(choices.runs);
+        } while (choices.untilFailure && broken == 0);
+    }
+    catch (const std::system_error& failure) // no folder, no process
+    {
+        std::cerr << failure.what() << "\n";
+        return 2;
+    }
     return broken == 0 ? 0 : 1;
 }

@@ -35,12 +35,6 @@ bool goesPastTheQueue(const Posted& message)
 class Channel
 {
 public:
-    static Channel& get()
-    {
-        static Channel only;
-        return only;
-    }
-
     void watch(SimulatedUnit& unit)
     {
         unit.lookout.posted.add([this](const Posted& message) { posted += goesPastTheQueue(message) ? 0 : 1; });
@@ -108,26 +102,21 @@ private:
 
 std::string inOrder(SimulatedUnit&, const Since&)
 {
-    return Channel::get().wrong();
+    return only<Channel>().wrong();
 }
 
 std::string allHeard(SimulatedUnit&, const Since&)
 {
-    return Channel::get().unheard();
+    return only<Channel>().unheard();
 }
 
 std::string allDelivered(SimulatedUnit&, const Since&)
 {
-    return Channel::get().lost();
-}
-
-void watch(SimulatedUnit& unit)
-{
-    Channel::get().watch(unit);
+    return only<Channel>().lost();
 }
 
 constexpr Promise all[] {
-    { "what a program says is heard in order", inOrder, false, watch },
+    { "what a program says is heard in order", inOrder, false, watchWith<Channel> },
     { "what a program says is heard", allHeard, true },
     { "what is said to a program reaches it or is counted", allDelivered, true },
 };

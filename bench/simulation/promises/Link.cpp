@@ -26,12 +26,6 @@ std::string nameOf(const McuFrame& frame)
 class Link
 {
 public:
-    static Link& get()
-    {
-        static Link only;
-        return only;
-    }
-
     void watch(SimulatedUnit& unit)
     {
         unit.lookout.link.add(
@@ -154,21 +148,16 @@ private:
 
 std::string inOrder(SimulatedUnit&, const Since&)
 {
-    return Link::get().wrong();
+    return only<Link>().wrong();
 }
 
 std::string nothingLeftOver(SimulatedUnit&, const Since&)
 {
-    return Link::get().leftOver();
-}
-
-void watch(SimulatedUnit& unit)
-{
-    Link::get().watch(unit);
+    return only<Link>().leftOver();
 }
 
 constexpr Promise all[] {
-    { "one frame after the other, each until it is acknowledged", inOrder, false, watch },
+    { "one frame after the other, each until it is acknowledged", inOrder, false, watchWith<Link> },
     { "every frame is acknowledged or given up", nothingLeftOver, true },
 };
 

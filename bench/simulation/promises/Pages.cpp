@@ -40,12 +40,6 @@ constexpr std::chrono::milliseconds overhead { 50 };
 class Waits
 {
 public:
-    static Waits& get()
-    {
-        static Waits only;
-        return only;
-    }
-
     void watch(SimulatedUnit& unit)
     {
         unit.lookout.lines.add(
@@ -92,17 +86,12 @@ private:
 
 std::string nobodyWaitedInVain(SimulatedUnit& unit, const Since&)
 {
-    return Waits::get().look(unit.programs);
-}
-
-void watchWaits(SimulatedUnit& unit)
-{
-    Waits::get().watch(unit);
+    return only<Waits>().look(unit.programs);
 }
 
 constexpr Promise all[] {
     { "what is in front agrees", frontAgrees, true },
-    { "nobody waited in vain", nobodyWaitedInVain, false, watchWaits },
+    { "nobody waited in vain", nobodyWaitedInVain, false, watchWith<Waits> },
 };
 
 } // namespace

@@ -22,12 +22,6 @@ constexpr auto longestSwitch = 3100ms;
 class Requests
 {
 public:
-    static Requests& get()
-    {
-        static Requests only;
-        return only;
-    }
-
     void watch(SimulatedUnit& unit)
     {
         unit.lookout.messages.add([this](Kernel::SystemTask&, const Kernel::SystemMessage& message)
@@ -114,21 +108,16 @@ private:
 
 std::string answeredOnce(SimulatedUnit&, const Since&)
 {
-    return Requests::get().wrong();
+    return only<Requests>().wrong();
 }
 
 std::string allAnswered(SimulatedUnit&, const Since&)
 {
-    return Requests::get().unanswered();
-}
-
-void watch(SimulatedUnit& unit)
-{
-    Requests::get().watch(unit);
+    return only<Requests>().unanswered();
 }
 
 constexpr Promise all[] {
-    { "a request has one answer, and a switch its time", answeredOnce, false, watch },
+    { "a request has one answer, and a switch its time", answeredOnce, false, watchWith<Requests> },
     { "every request is answered", allAnswered, true },
 };
 

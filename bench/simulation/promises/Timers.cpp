@@ -48,12 +48,6 @@ MultiTimer* timersOf(Kernel::SystemTask& component, const Kernel::SystemMessage&
 class Expiries
 {
 public:
-    static Expiries& get()
-    {
-        static Expiries only;
-        return only;
-    }
-
     void watch(SimulatedUnit& unit)
     {
         unit.lookout.messages.add(
@@ -90,7 +84,7 @@ private:
 
 std::string noneIsStale(SimulatedUnit&, const Since&)
 {
-    return Expiries::get().wrong();
+    return only<Expiries>().wrong();
 }
 
 struct Lasting
@@ -128,13 +122,8 @@ std::string onlyLastingOnes(SimulatedUnit& unit, const Since&)
     return {};
 }
 
-void watch(SimulatedUnit& unit)
-{
-    Expiries::get().watch(unit);
-}
-
 constexpr Promise all[] {
-    { "no timer that was stopped is heard of", noneIsStale, false, watch },
+    { "no timer that was stopped is heard of", noneIsStale, false, watchWith<Expiries> },
     { "at rest only the timers run that always do", onlyLastingOnes, true },
 };
 

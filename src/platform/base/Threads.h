@@ -93,7 +93,10 @@ private:
     std::unique_ptr<Backend> backend;
 };
 
-/** Guards something whose user may wait for a device meanwhile, which a `std::mutex` must not. Any thread. */
+/**
+    For what is used while its thread may wait for a device: in simulated time others go on meanwhile, which a
+    `std::mutex` would not know. Any thread.
+*/
 class Mutex
 {
 public:
