@@ -111,6 +111,7 @@ struct Choices
         auto* own =
             app.add_flag("--own-display", ownDisplay, "Draw on a display of the unit's own, which nobody looks at");
         app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there")->excludes(own);
+        app.add_option("--record", unit.recording, "Let the engine record, for headunit-bench replay");
         app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
         app.add_option("--engine", unit.engine, "The engine's program")->capture_default_str();
         app.add_option("--program", unit.program, "The program that stands for every source program")
@@ -123,11 +124,10 @@ struct Choices
 };
 
 /** The other program, which has the engine in it. */
-int simulate(char** arguments)
+int become(const char* name, char** arguments)
 {
     const auto program =
-        (std::filesystem::path(Unit::Options::besideThisProgram().engine).parent_path() / "headunit-simulation")
-            .string();
+        (std::filesystem::path(Unit::Options::besideThisProgram().engine).parent_path() / name).string();
     ::execv(program.c_str(), arguments);
     std::cerr << program << ": " << std::strerror(errno) << "\n";
     return 2;
@@ -170,11 +170,14 @@ int converseAtTerminal(Console& commands, const Unit& unit, const Choices& choic
 
 int main(int argc, char** argv)
 {
-    if (argc > 1 && std::string_view(argv[1]) == "simulate")
-        return simulate(argv + 1);
+    for (const auto& [word, program] :
+         { std::pair("simulate", "headunit-simulation"), std::pair("replay", "headunit-replay") })
+        if (argc > 1 && std::string_view(argv[1]) == word)
+            return become(program, argv + 1);
     Choices choices;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
-    app.footer("headunit-bench simulate --help tells of the same unit in simulated time.");
+    app.footer("headunit-bench simulate --help tells of the same unit in simulated time, "
+               "headunit-bench replay --help of recordings.");
     choices.offerTo(app);
     CLI11_PARSE(app, argc, argv);
     if (choices.printVerbs)

@@ -15,6 +15,9 @@ namespace
 
 Scheduler* only = nullptr;
 
+/** In bytes, as the system keeps it. */
+constexpr std::size_t longestName = 15;
+
 } // namespace
 
 struct Fiber
@@ -40,6 +43,11 @@ void Lane::post(std::function<void()> piece)
 {
     work.push_back(std::move(piece));
     Scheduler::get().wake(fiber);
+}
+
+bool Lane::isCurrent() const
+{
+    return Scheduler::get().current() == fiber;
 }
 
 void Lane::run()
@@ -106,6 +114,14 @@ Fiber* Scheduler::start(std::string name, std::function<void()> body)
 bool Scheduler::hasEnded(const Fiber* fiber) const
 {
     return fiber == nullptr || fiber->state == Fiber::State::ended;
+}
+
+Fiber* Scheduler::find(std::string_view name) const
+{
+    const auto found =
+        std::find_if(fibers.rbegin(), fibers.rend(),
+                     [name](const auto& fiber) { return std::string_view(fiber->name).substr(0, longestName) == name; });
+    return found == fibers.rend() ? nullptr : found->get();
 }
 
 bool Scheduler::wait(std::optional<Clock::time_point> deadline)

@@ -26,6 +26,9 @@ public:
     explicit Lane(std::string name);
     void post(std::function<void()> piece);
     bool isIdle() const { return !busy && work.empty(); }
+    /** Whether its own work calls. */
+    bool isCurrent() const;
+    Fiber* getFiber() const { return fiber; }
 
 private:
     std::deque<std::function<void()>> work;
@@ -60,6 +63,8 @@ public:
     /** Null outside of all fibers. */
     Fiber* current() const { return running; }
     bool hasEnded(const Fiber* fiber) const;
+    /** The one that was started last by this name, of which the first 15 bytes count; null for none. */
+    Fiber* find(std::string_view name) const;
     /** The current fiber waits until it is woken. False when the time was over before. */
     bool wait(std::optional<Clock::time_point> deadline);
     /** The same for the end of another one. */

@@ -1,5 +1,6 @@
 #include "bench/simulation/Scheduler.h"
 #include "platform/base/Threads.h"
+#include "platform/record/Recorder.h"
 
 #include <algorithm>
 
@@ -112,6 +113,43 @@ Thread::Id Thread::currentId()
     return Scheduler::get().current();
 }
 
+struct Mutex::Backend
+{
+    Simulation::Fiber* owner = nullptr;
+    int depth = 0;
+    Waiting waiting;
+};
+
+Mutex::Mutex(Guards)
+    : backend(std::make_unique<Backend>())
+{
+}
+
+Mutex::~Mutex() = default;
+
+void Mutex::lock() const
+{
+    auto* self = Scheduler::get().current();
+    if (backend->depth > 0 && backend->owner == self)
+    {
+        ++backend->depth;
+        return;
+    }
+    // In a replay not before it was its turn.
+    recordStep(Step::locked);
+    // Who looks from outside does not wait: the threads stand still.
+    while (backend->depth > 0 && self != nullptr)
+        backend->waiting.wait({});
+    backend->owner = self;
+    ++backend->depth;
+}
+
+void Mutex::unlock() const
+{
+    if (--backend->depth == 0)
+        backend->waiting.wakeFirst();
+}
+
 struct Event::Backend
 {
     bool kept = false;
@@ -142,6 +180,13 @@ void Event::reset()
 
 bool Event::wait(int limitMs)
 {
+    // In a replay it is known how the wait ended.
+    if (limitMs >= 0 && Recorder::active() != nullptr)
+    {
+        const bool woken = recorded(Step::waitEnd, [] { return false; });
+        backend->up = backend->up && (backend->kept || !woken);
+        return woken;
+    }
     const auto deadline = deadlineOf(limitMs);
     while (!backend->up)
         if ((deadline && Clock::now() >= *deadline) || (!backend->waiting.wait(deadline) && !backend->up))
@@ -187,32 +232,6 @@ bool Condition::waitUntil(Lock& lock, Clock::time_point deadline, const Predicat
         lock.lock();
     }
     return isSo();
-}
-
-struct Mutex::Backend
-{
-    bool held = false;
-    Waiting waiting;
-};
-
-Mutex::Mutex()
-    : backend(std::make_unique<Backend>())
-{
-}
-
-Mutex::~Mutex() = default;
-
-void Mutex::lock()
-{
-    while (backend->held)
-        backend->waiting.wait({});
-    backend->held = true;
-}
-
-void Mutex::unlock()
-{
-    backend->held = false;
-    backend->waiting.wakeFirst();
 }
 
 bool lookFor(const std::atomic<bool>& flag)

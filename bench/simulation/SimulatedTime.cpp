@@ -1,4 +1,5 @@
 #include "bench/simulation/Scheduler.h"
+#include "platform/base/Threads.h"
 #include "platform/base/Time.h"
 
 namespace Platform
@@ -9,6 +10,11 @@ using Simulation::Scheduler;
 Clock::time_point Clock::now()
 {
     return Scheduler::get().now();
+}
+
+bool hasCome(Clock::time_point time)
+{
+    return Clock::now() >= time;
 }
 
 std::chrono::milliseconds timeOfDay()
@@ -55,6 +61,16 @@ bool MultiTimer::isTimerRunning(int timerId) const
 int MultiTimer::getTimerInterval(int timerId) const
 {
     return Scheduler::get().timerInterval(*this, timerId);
+}
+
+bool isMessageThread()
+{
+    return Scheduler::get().messageThread().isCurrent();
+}
+
+void callOnMessageThread(std::function<void()> call)
+{
+    Scheduler::get().messageThread().post(std::move(call));
 }
 
 } // namespace Platform

@@ -23,7 +23,7 @@ std::string Engine::start(const Options& options)
     const auto begin = none ? 0 : static_cast<std::streamoff>(size); // runs before are in the same file
     journal.add("engine", "started");
     const auto error = child.start(
-        { options.program, { "--config", options.configuration }, options.environment, options.outputFile, {} },
+        { options.program, options.arguments, options.environment, options.outputFile, {} },
         [this, begin, file = options.outputFile](int status)
         {
             journal.add("engine", describeStatus(status));

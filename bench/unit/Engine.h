@@ -21,7 +21,7 @@ public:
     struct Options
     {
         std::string program;
-        std::string configuration;
+        std::vector<std::string> arguments;
         std::map<std::string, std::string> environment;
         std::string outputFile; ///< standard output and error
     };

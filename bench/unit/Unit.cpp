@@ -156,8 +156,13 @@ std::string Unit::startEngine()
         return error;
     mcu->unitRestarts();
     panel->unitRestarts();
+    std::vector<std::string> arguments { "--config", path + "/engine.toml" };
+    ++runs;
+    if (!options.recording.empty())
+        arguments.insert(arguments.end(),
+                         { "--record", options.recording + (runs > 1 ? "-" + std::to_string(runs) : "") });
     return engine.start({ options.engine,
-                          path + "/engine.toml",
+                          arguments,
                           { { "DBUS_SESSION_BUS_ADDRESS", bus.address() },
                             // Without a name the toolkit would try the machine's first display.
                             { "DISPLAY", displayName.empty() ? "none" : displayName },

@@ -39,6 +39,7 @@ public:
         std::string program; ///< the program that stands for every source program
         std::string logLibrary;
         std::string resources;
+        std::string recording {}; ///< of the engine; its second run is recorded as "...-2", and so on; "" for none
         bool keepFolder = false;
         Display display = Display::ofEnvironment;
         /** Everything beside the running program: its folder, ../lib and ../resources. */
@@ -85,6 +86,7 @@ private:
     std::string path;
     std::string displayName;
     bool systemDebug = false;
+    int runs = 0; ///< of the engine
 
 public:
     Journal journal;

@@ -144,7 +144,7 @@ void ExeMonitor::onStop()
 bool ExeMonitor::launchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle,
                            bool background)
 {
-    const juce::ScopedLock launching(launchLock);
+    const std::lock_guard launching(launchLock);
     if (!background)
         wantedPage = page;
     return launch({ appType, page, path, std::move(bundle), background });
@@ -152,7 +152,7 @@ bool ExeMonitor::launchApp(int appType, int page, const juce::String& path, Plat
 
 bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path, Platform::Bundle::Ptr bundle)
 {
-    const juce::ScopedLock launching(launchLock);
+    const std::lock_guard launching(launchLock);
     if (getAppState(appType) != kConnected || mustWait(appType))
         return launchApp(appType, page, path, std::move(bundle), false);
     wantedPage = page;
@@ -163,7 +163,7 @@ bool ExeMonitor::showOrLaunchApp(int appType, int page, const juce::String& path
 
 bool ExeMonitor::isEnding(int appType) const
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     const auto state = getAppState(appType);
     if (state == kClosing || state == kDisconnect)
         return state == kClosing;
@@ -252,7 +252,7 @@ void ExeMonitor::terminateApp(int appType)
 {
     Platform::ProcessHandle process;
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         if (getAppState(appType) != kDisconnect)
             process = monitor.getProcess(appType);
     }
@@ -265,9 +265,9 @@ void ExeMonitor::terminateApp(int appType)
 void ExeMonitor::closeApp(int appType)
 {
     // A launch that has found the program connected sends it its command line before the program is told to end.
-    const juce::ScopedLock launching(launchLock);
+    const std::lock_guard launching(launchLock);
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         if (getAppState(appType) == kDisconnect)
             return;
         // Before the program is told: one that ends at once would be left closing for ever.
@@ -285,7 +285,7 @@ void ExeMonitor::closeApp(int appType)
 
 void ExeMonitor::setAppState(int appType, int state)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     auto& stored = appStates.try_emplace(appType, kDisconnect).first->second;
     if (stored == state)
         return;
@@ -299,7 +299,7 @@ void ExeMonitor::setAppState(int appType, int state)
 
 int ExeMonitor::getAppState(int appType) const
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     const auto found = appStates.find(appType);
     return found == appStates.end() ? kDisconnect : found->second;
 }
@@ -322,7 +322,7 @@ void ExeMonitor::onFilterMessage(const Platform::RemoteMessage& message)
     if (message.what == RMSG_APP_HELLO)
     {
         // A program may speak before its launch is recorded: kStarting comes first all the same.
-        const juce::ScopedLock launching(launchLock);
+        const std::lock_guard launching(launchLock);
         Kernel::postSystemMessage(Kernel::exeMonitorId, msgHello, appType, message.arg2);
     }
     else if (message.what == RMSG_HEARTBEAT_REPLY)
@@ -385,7 +385,7 @@ void ExeMonitor::handleHello(int appType)
 void ExeMonitor::handleHeartbeatReply(int appType)
 {
     namedSilent.erase(appType);
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     heartbeatPending.erase(appType);
 }
 
@@ -410,7 +410,7 @@ void ExeMonitor::handleProcessEnd(int appType)
 void ExeMonitor::runQueuedLaunches(int appType)
 {
     // Held to the end, so that a launch that comes meanwhile does not overtake those that waited.
-    const juce::ScopedLock launching(launchLock);
+    const std::lock_guard launching(launchLock);
     if (launchQueue.empty())
         return;
     // Out of the queue first: a launch that has to wait again goes back into it.
@@ -428,7 +428,7 @@ void ExeMonitor::runHeartbeatCycle()
 {
     std::set<int> silentApps;
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         silentApps.swap(heartbeatPending);
         for (const auto& [appType, state] : appStates)
             if (state == kConnected)
@@ -459,7 +459,7 @@ void ExeMonitor::judgeHeartbeat(const std::set<int>& silentApps)
 
 void ExeMonitor::endClosingApps()
 {
-    const juce::ScopedLock launching(launchLock);
+    const std::lock_guard launching(launchLock);
     std::set<int> awaited;
     for (const auto& request : launchQueue)
         awaited.insert(request.appType);

@@ -5,6 +5,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
+#include "platform/base/Threads.h"
 
 #include <set>
 
@@ -86,15 +87,15 @@ private:
     void endClosingApps();
 
     /** One launch at a time; held while a process is made, so that nothing of it is handled half-way. Taken first. */
-    juce::CriticalSection launchLock;
+    Platform::Mutex launchLock;
     // Guarded by `launchLock`.
     std::vector<LaunchRequest> launchQueue;
     int wantedPage = Pubhead::NUM_OF_PAGES; ///< the last one that was to come to the front
     /** Guards everything up to the monitor, and its table. */
-    juce::CriticalSection lock;
+    Platform::Mutex lock;
     std::map<int, int> appStates;
     std::set<int> heartbeatPending;
-    juce::Array<EngineApi::AppConnectStateInterface*, juce::CriticalSection> connectListeners;
+    juce::Array<EngineApi::AppConnectStateInterface*, Platform::Mutex> connectListeners;
     MonitorThread monitor;
 
     // The component's thread only.

@@ -14,7 +14,7 @@ constexpr int failedWaitDelayMs = 20;
 
 } // namespace
 
-MonitorThread::MonitorThread(juce::CriticalSection& statesLock, std::function<void(int)> endHandler)
+MonitorThread::MonitorThread(Platform::Mutex& statesLock, std::function<void(int)> endHandler)
     : Platform::Thread("MonitorThread")
     , lock(statesLock)
     , onEnded(std::move(endHandler))
@@ -31,7 +31,7 @@ void MonitorThread::watchProcess(int appType, Platform::ProcessHandle process)
     if (process == nullptr)
         return;
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         watched[appType] = std::move(process);
     }
     waiter.wake();
@@ -45,7 +45,7 @@ bool MonitorThread::isProcessRunning(int appType) const
 
 Platform::ProcessHandle MonitorThread::getProcess(int appType) const
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     const auto found = watched.find(appType);
     return found == watched.end() ? nullptr : found->second;
 }
@@ -66,7 +66,7 @@ void MonitorThread::run()
         std::vector<int> appTypes;
         std::vector<Platform::ProcessHandle> processes;
         {
-            const juce::ScopedLock guard(lock);
+            const std::lock_guard guard(lock);
             for (const auto& [appType, process] : watched)
             {
                 appTypes.push_back(appType);
@@ -83,7 +83,7 @@ void MonitorThread::run()
 
 void MonitorThread::handleEnd(int appType, const Platform::ProcessHandle& process)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     const auto found = watched.find(appType);
     if (found == watched.end() || found->second != process)
         return; // Another process of the program has taken its place.

@@ -17,7 +17,7 @@ class MonitorThread : public Platform::Thread
 {
 public:
     /** `endHandler` runs on this thread and under the lock, when the process is out of the table already. */
-    MonitorThread(juce::CriticalSection& statesLock, std::function<void(int appType)> endHandler);
+    MonitorThread(Platform::Mutex& statesLock, std::function<void(int appType)> endHandler);
     ~MonitorThread() override;
 
     /** Replaces the program's earlier process; null changes nothing. Any thread. */
@@ -34,7 +34,7 @@ private:
     void run() override;
     void handleEnd(int appType, const Platform::ProcessHandle& process);
 
-    juce::CriticalSection& lock;
+    Platform::Mutex& lock;
     const std::function<void(int)> onEnded;
     std::map<int, Platform::ProcessHandle> watched;
     Platform::ProcessWaiter waiter;

@@ -5,9 +5,8 @@
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
 #include "platform/base/Pubhead.h"
+#include "platform/base/Shared.h"
 #include "platform/screen/Window.h"
-
-#include <atomic>
 
 namespace Extend
 {
@@ -77,8 +76,8 @@ private:
     void logPage(const char* label, int page) const;
     void logCurrentPage() const;
 
-    std::atomic<int> currentPage { Pubhead::NUM_OF_PAGES };
-    std::atomic<ShowState> showState { kNormal };
+    Platform::Shared<int> currentPage { Pubhead::NUM_OF_PAGES };
+    Platform::Shared<ShowState> showState { kNormal };
 
     // The component's thread only.
     int nextPage = Pubhead::NUM_OF_PAGES;

@@ -2,6 +2,7 @@
 
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
+#include "platform/record/Recorder.h"
 
 namespace Bar
 {
@@ -21,7 +22,7 @@ BarWindow::BarWindow(const juce::String& name, const juce::String& layoutFile)
     window.enableNoDrawBkg(true);
     fitControls();
     Platform::setOverlayCallback(*this, this);
-    if (window.getLayout() != nullptr && Platform::UIHelper::hasDisplay())
+    if (window.getLayout() != nullptr && Platform::recorded(Platform::Step::hasDisplay, Platform::UIHelper::hasDisplay))
         addToDesktop();
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "kernel/SystemMessage.h"
+#include "platform/base/Shared.h"
+#include "platform/base/Threads.h"
 #include "platform/screen/CVXWindow.h"
 #include "platform/screen/FloatViewInterface.h"
 #include "platform/screen/Layout.h"
 #include "platform/screen/OverlayCallback.h"
 #include "platform/screen/OverlayPeer.h"
-
-#include <atomic>
 
 namespace Bar
 {
@@ -49,47 +49,26 @@ private:
 
     Platform::CVXWindow window;
     juce::Point<int> place; ///< of the layout on the screen
-    std::atomic<bool> shown { false };
+    Platform::Shared<bool> shown { false };
 };
 
-/** Brings a message to a bar on the message thread, unless the bar has been deleted meanwhile. */
+/**
+    False on the message thread, where the bar handles the message itself; from any other thread it is brought there,
+    unless the bar is deleted meanwhile.
+*/
 template <typename BarType>
-class BarCallbackMessage : public juce::CallbackMessage
+bool passOn(const juce::Component::SafePointer<BarType>& bar, juce::int32 id, juce::int32 arg1, juce::int32 arg2,
+            const Kernel::Payload& payload)
 {
-public:
-    BarCallbackMessage(const juce::Component::SafePointer<BarType>& receiver, juce::int32 messageId, juce::int32 first,
-                       juce::int32 second, Kernel::Payload content)
-        : bar(receiver)
-        , id(messageId)
-        , arg1(first)
-        , arg2(second)
-        , payload(std::move(content))
-    {
-    }
-
-    /** False on the message thread, where the bar handles the message itself; on any other thread it is posted. */
-    static bool passOn(const juce::Component::SafePointer<BarType>& receiver, juce::int32 messageId, juce::int32 first,
-                       juce::int32 second, const Kernel::Payload& content)
-    {
-        if (juce::MessageManager::existsAndIsCurrentThread())
-            return false;
-        // Refused only while the message loop ends, when nothing is to be seen any more.
-        (new BarCallbackMessage(receiver, messageId, first, second, content))->post();
-        return true;
-    }
-
-    void messageCallback() override
-    {
-        if (bar != nullptr)
-            bar->postMessage(id, arg1, arg2, payload);
-    }
-
-private:
-    const juce::Component::SafePointer<BarType> bar;
-    const juce::int32 id;
-    const juce::int32 arg1;
-    const juce::int32 arg2;
-    const Kernel::Payload payload;
-};
+    if (Platform::isMessageThread())
+        return false;
+    Platform::callOnMessageThread(
+        [=]
+        {
+            if (bar != nullptr)
+                bar->postMessage(id, arg1, arg2, payload);
+        });
+    return true;
+}
 
 } // namespace Bar

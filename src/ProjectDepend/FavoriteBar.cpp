@@ -49,7 +49,7 @@ FavoriteBar::FavoriteBar()
 
 void FavoriteBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
 {
-    if (CallbackMessage::passOn(self, id, arg1, arg2, payload))
+    if (passOn(self, id, arg1, arg2, payload))
         return;
     switch (id)
     {
@@ -123,9 +123,9 @@ void FavoriteBar::showAlert(bool visible)
 
 void FavoriteBar::refresh()
 {
-    if (!juce::MessageManager::existsAndIsCurrentThread())
+    if (!Platform::isMessageThread())
     {
-        juce::MessageManager::callAsync(
+        Platform::callOnMessageThread(
             [bar = self]
             {
                 if (bar != nullptr)

@@ -3,6 +3,7 @@
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
 #include "ProjectDepend/FavouriteList.h"
+#include "platform/base/Shared.h"
 #include "platform/base/Time.h"
 #include "platform/screen/CVXButton.h"
 #include "platform/screen/CVXStatic.h"
@@ -18,7 +19,6 @@ namespace Bar
 class FavoriteBar : public EngineApi::FavoriteBar, public BarWindow, public Platform::MultiTimer
 {
 public:
-    using CallbackMessage = BarCallbackMessage<FavoriteBar>;
     static constexpr int showTimer = 0;
     static constexpr int alertTimer = 1;
 
@@ -58,9 +58,9 @@ private:
     std::array<Platform::CVXButton*, Platform::favouriteCount> favoriteButtons {};
 
     FavouriteList favourites;
-    std::atomic<juce::uint16> storedFavourites { 0 }; ///< of `favourites`, for other threads
-    std::atomic<int> currentIndex { 1 };
-    std::atomic<int> favoriteCount { 1 };
+    Platform::Shared<juce::uint16> storedFavourites { 0 }; ///< of `favourites`, for other threads
+    Platform::Shared<int> currentIndex { 1 };
+    Platform::Shared<int> favoriteCount { 1 };
     int showDuration = 0; ///< ms; set by each selection
     const juce::Component::SafePointer<FavoriteBar> self { this };
 };

@@ -41,7 +41,7 @@ LowBatteryAlertBar::~LowBatteryAlertBar()
 
 void LowBatteryAlertBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
 {
-    if (CallbackMessage::passOn(self, id, arg1, arg2, payload))
+    if (passOn(self, id, arg1, arg2, payload))
         return;
     if (id != Kernel::MSG_LOW_BATTERY_ALERT)
         return;

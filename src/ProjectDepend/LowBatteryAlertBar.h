@@ -2,6 +2,7 @@
 
 #include "EngineApi/Bars.h"
 #include "ProjectDepend/BarWindow.h"
+#include "platform/base/Shared.h"
 #include "platform/base/Threads.h"
 
 namespace Bar
@@ -11,8 +12,6 @@ namespace Bar
 class LowBatteryAlertBar : public EngineApi::LowBatteryBar, public BarWindow
 {
 public:
-    using CallbackMessage = BarCallbackMessage<LowBatteryAlertBar>;
-
     LowBatteryAlertBar();
     ~LowBatteryAlertBar() override;
 
@@ -34,7 +33,7 @@ private:
         bool silence();
 
     private:
-        std::atomic<bool> isWanted { false };
+        Platform::Shared<bool> isWanted { false };
         Platform::Event silent { true };
     };
 

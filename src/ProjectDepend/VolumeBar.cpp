@@ -51,7 +51,7 @@ VolumeBar::VolumeBar()
 
 void VolumeBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, Kernel::Payload payload)
 {
-    if (CallbackMessage::passOn(self, id, arg1, arg2, payload))
+    if (passOn(self, id, arg1, arg2, payload))
         return;
     if (id == Kernel::MSG_VOLUME_SHOW)
         showVolume(arg1, arg2);
@@ -61,7 +61,7 @@ void VolumeBar::postMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, 
 
 void VolumeBar::updateImages(int)
 {
-    juce::MessageManager::callAsync(
+    Platform::callOnMessageThread(
         [bar = self]
         {
             if (bar != nullptr)

@@ -13,8 +13,6 @@ namespace Bar
 class VolumeBar : public EngineApi::VolumeBar, public BarWindow, public Platform::Timer
 {
 public:
-    using CallbackMessage = BarCallbackMessage<VolumeBar>;
-
     VolumeBar();
 
     /** MSG_VOLUME_SHOW and MSG_BAR_CLOSE; others are ignored. Any thread. */

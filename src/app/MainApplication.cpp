@@ -3,12 +3,12 @@
 #include "EngineLayer/autotest/CATestSessionManager.h"
 #include "ProjectDepend/Bars.h"
 #include "dsp/DSPSettingHelperImpl.h"
-#include "factory/SystemFactory.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/base/Threads.h"
 #include "platform/config/Resources.h"
+#include "platform/record/Recorder.h"
 #include "platform/settings/SetupStore.h"
 #include "platform/sound/Sound.h"
 
@@ -16,9 +16,6 @@
 
 namespace
 {
-
-constexpr int cameraTimer = 1;
-constexpr int cameraPollMs = 100;
 
 void writeDriverSetting()
 {
@@ -44,34 +41,15 @@ MainApplication::~MainApplication()
 void MainApplication::initialise(const juce::String&)
 {
     Platform::AppConfig::loadFont();
-    for (const auto* pack : { "CommonRes.spp", "MainRes.spp" })
-        Platform::CVXResPathManager::getInstance()->addResPath(Platform::AppConfig::getResourcePath() + pack, {});
     juce::MessageManager::getInstance()->registerBroadcastListener(this);
-    if (cameraControl.isSystemControl())
-        startTimer(cameraTimer, cameraPollMs);
-    else
-        startEngine();
+    engineStart.begin();
     mainWindow.setVisible(false);
-}
-
-void MainApplication::startEngine()
-{
-    Bar::createBars();
-    Factory::SystemFactory::getInstance()->build();
-    Kernel::SystemEngine::getInstance()->start();
-    cameraControl.retrieveControl();
-}
-
-void MainApplication::timerCallback(int timerId)
-{
-    if (timerId != cameraTimer || cameraControl.isSystemControl())
-        return;
-    startEngine();
-    stopTimer(cameraTimer);
 }
 
 void MainApplication::shutdown()
 {
+    if (auto* recorder = Platform::Recorder::active())
+        recorder->finish();
     juce::MessageManager::getInstance()->deregisterBroadcastListener(this);
     Kernel::SystemEngine::getInstance()->stop();
     // Its thread belongs to no group, and sends through what is released now.

@@ -1,15 +1,13 @@
 #pragma once
 
+#include "app/EngineStart.h"
 #include "app/MainWindow.h"
 #include "app/TerminationSignal.h"
-#include "platform/base/Time.h"
-#include "platform/config/Configuration.h"
 
 /**
-    The application object: prepares the process, builds the engine once the camera leaves the screen, and takes it
-    down.
+    The application object: prepares the process, starts the engine, and takes it down.
 */
-class MainApplication : public juce::JUCEApplication, public Platform::MultiTimer, public juce::ActionListener
+class MainApplication : public juce::JUCEApplication, public juce::ActionListener
 {
 public:
     MainApplication();
@@ -23,14 +21,11 @@ public:
     void shutdown() override;
     void anotherInstanceStarted(const juce::String&) override {}
 
-    void timerCallback(int timerId) override;
     /** "showWindow" and "hideWindow", exactly; any other text is ignored. */
     void actionListenerCallback(const juce::String& message) override;
 
 private:
-    void startEngine();
-
     TerminationSignal terminationSignal;
     MainWindow mainWindow;
-    Platform::CameraControl cameraControl;
+    EngineStart engineStart;
 };

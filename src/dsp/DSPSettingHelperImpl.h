@@ -2,12 +2,13 @@
 
 #include "dsp/DSPSettingHelper.h"
 #include "kernel/Singleton.h"
+#include "platform/base/Shared.h"
+#include "platform/base/Threads.h"
 #include "platform/base/Time.h"
 #include "platform/config/CVXIniReadWrite.h"
 
 #include <array>
 #include <juce_events/juce_events.h>
-#include <mutex>
 
 namespace Dsp
 {
@@ -78,8 +79,8 @@ private:
     void timerCallback() override;
 
     Platform::CVXIniReadWrite file;
-    std::array<std::atomic<int>, numOfVolumes> volumes {};
-    std::recursive_mutex listenerLock; ///< recursive: a listener may cause another notice
+    std::array<Platform::Shared<int>, numOfVolumes> volumes {};
+    Platform::Mutex listenerLock; ///< recursive: a listener may cause another notice
     CDSPStateListener* listener = nullptr;
 };
 

@@ -3,6 +3,7 @@
 #include "platform/base/Logger.h"
 #include "platform/base/Threads.h"
 #include "platform/devices/Lines.h"
+#include "platform/record/Recorder.h"
 
 #include <algorithm>
 #include <utility>
@@ -74,6 +75,7 @@ DeviceWorker::~DeviceWorker()
 void DeviceWorker::post(int key, Job job)
 {
     {
+        const Platform::RecordedSection section(Platform::Step::jobPosted, thread->getThreadName(), key);
         const std::lock_guard guard(lock);
         if (stopping)
             return;
@@ -86,15 +88,21 @@ void DeviceWorker::post(int key, Job job)
 
 bool DeviceWorker::doNext()
 {
-    Job job;
+    std::pair<int, Job> next;
     {
         const std::lock_guard guard(lock);
         if (jobs.empty())
             return false;
-        job = std::move(jobs.front().second);
+    }
+    {
+        const Platform::RecordedSection section(Platform::Step::jobBegun);
+        const std::lock_guard guard(lock);
+        if (jobs.empty())
+            return false;
+        next = std::move(jobs.front());
         jobs.pop_front();
     }
-    job();
+    next.second();
     return true;
 }
 

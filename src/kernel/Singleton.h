@@ -1,5 +1,9 @@
 #pragma once
 
+#include "platform/base/Threads.h"
+
+#include "platform/base/Threads.h"
+
 #include <atomic>
 #include <juce_events/juce_events.h>
 #include <mutex>
@@ -41,7 +45,7 @@ protected:
 
 private:
     static inline std::atomic<T*> instance { nullptr };
-    static inline std::recursive_mutex lock;
+    static inline Platform::Mutex lock;
 };
 
 } // namespace Kernel

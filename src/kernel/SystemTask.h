@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kernel/SystemMessage.h"
+#include "platform/base/Shared.h"
 #include "platform/base/Threads.h"
 
 #include <atomic>
@@ -88,7 +89,7 @@ protected:
     bool waitForWakeUp(int milliseconds) { return wakeUp.wait(milliseconds); }
 
 private:
-    std::atomic<bool> stop { true };
+    Platform::Shared<bool> stop { true };
     std::atomic<bool> idle { false };
     Platform::Event wakeUp;
 };

@@ -4,6 +4,7 @@
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/base/Threads.h"
+#include "platform/record/Recorder.h"
 
 #include <chrono>
 #include <iterator>
@@ -116,6 +117,9 @@ void TaskGroup::post(SystemMessage::Ptr& message, bool urgent)
     if (stopping)
         return;
     {
+        using Platform::Step;
+        const Platform::RecordedSection section(Step::posted, message->receiver, message->id, message->arg1,
+                                                message->arg2);
         const std::lock_guard guard(inbox.lock);
         (urgent ? inbox.urgentQueue : inbox.normalQueue).push_back(std::move(message));
         inbox.filled.store(true, std::memory_order_relaxed);
@@ -148,6 +152,7 @@ void TaskGroup::takeOver()
     };
     if (!inbox.filled.load(std::memory_order_relaxed))
         return;
+    const Platform::RecordedSection section(Platform::Step::takenOver);
     const std::lock_guard guard(inbox.lock);
     moveAll(inbox.urgentQueue, pending.begin());
     moveAll(inbox.normalQueue, pending.end());
@@ -185,7 +190,10 @@ int TaskGroup::runPass()
             continue;
         }
         if (receiver != nullptr)
+        {
+            Platform::recordStep(Platform::Step::begun, message->receiver, message->id);
             receiver->dispatchMessage(*message);
+        }
         MessagePool::recycle(message);
         Platform::letOthersRun();
     }

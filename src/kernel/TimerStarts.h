@@ -2,6 +2,7 @@
 
 #include "kernel/MessageIds.h"
 #include "kernel/SystemMessage.h"
+#include "platform/base/Threads.h"
 
 #include <map>
 #include <mutex>
@@ -45,7 +46,7 @@ public:
     }
 
 private:
-    mutable std::mutex lock;
+    Platform::Mutex lock;
     std::map<int, juce::int32> running;
     juce::int32 last = none;
 };

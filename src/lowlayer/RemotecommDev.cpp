@@ -4,6 +4,7 @@
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Pubhead.h"
+#include "platform/base/Threads.h"
 #include "platform/channel/RemoteMessageIds.h"
 
 namespace LowLayer
@@ -46,7 +47,7 @@ RemotecommDev::RemotecommDev()
 
 void RemotecommDev::setClient(ClientCallBack* newClient)
 {
-    const juce::ScopedLock guard(clientLock);
+    const std::lock_guard guard(clientLock);
     client = newClient;
 }
 
@@ -60,7 +61,7 @@ bool RemotecommDev::postToApp(int appType, const Platform::RemoteMessage::Ptr& m
 
 void RemotecommDev::tellClient(RemoteDataKind kind, int appType, juce::ReferenceCountedObject* data)
 {
-    const juce::ScopedLock guard(clientLock);
+    const std::lock_guard guard(clientLock);
     if (client != nullptr)
         client->onData(kind, appType, data);
 }
@@ -81,7 +82,7 @@ void RemotecommDev::onPresence(int appType, bool present)
 void RemotecommDev::onBroadcast(const juce::String& text)
 {
     // The list of listeners is the message thread's.
-    juce::MessageManager::callAsync([text] { juce::MessageManager::getInstance()->deliverBroadcastMessage(text); });
+    Platform::callOnMessageThread([text] { juce::MessageManager::getInstance()->deliverBroadcastMessage(text); });
 }
 
 bool RemotecommDev::isBusy() const

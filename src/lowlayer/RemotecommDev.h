@@ -2,6 +2,7 @@
 
 #include "kernel/Singleton.h"
 #include "lowlayer/ClientCallBack.h"
+#include "platform/base/Threads.h"
 #include "platform/channel/Ipc.h"
 
 #include <atomic>
@@ -40,7 +41,7 @@ private:
     using Count = std::shared_ptr<std::atomic<int>>;
     const Count unhandled = std::make_shared<std::atomic<int>>(0);
 
-    juce::CriticalSection clientLock;
+    Platform::Mutex clientLock;
     ClientCallBack* client = nullptr;
     Platform::MsgSession session; ///< last: it ends before what its calls use
 };

@@ -39,7 +39,7 @@ AppHandler::~AppHandler() = default;
 
 PageRunState AppHandler::getRunState() const
 {
-    const juce::ScopedLock guard(runStateLock);
+    const std::lock_guard guard(runStateLock);
     return runState;
 }
 

@@ -2,6 +2,7 @@
 
 #include "EngineApi/PageHandler.h"
 #include "kernel/SystemTimer.h"
+#include "platform/base/Threads.h"
 #include "platform/channel/Ipc.h"
 
 namespace ApplicationLayer
@@ -87,7 +88,7 @@ private:
 
     std::uint64_t refusedSettings = 0;
 
-    mutable juce::CriticalSection runStateLock;
+    Platform::Mutex runStateLock;
     EngineApi::PageRunState runState;
 
     ApplicationTask* owner = nullptr;

@@ -111,7 +111,7 @@ void AppHandler::sendCommandLine(const AppCommandLine& commandLine)
 
 void AppHandler::setRunState(int reportedStep, const PageStates& states)
 {
-    const juce::ScopedLock guard(runStateLock);
+    const std::lock_guard guard(runStateLock);
     runState = { reportedStep, states };
 }
 

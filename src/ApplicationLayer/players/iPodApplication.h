@@ -4,8 +4,8 @@
 #include "EngineApi/DeviceStatus.h"
 #include "EngineApi/Remote.h"
 #include "EngineApi/Settings.h"
+#include "platform/base/Shared.h"
 
-#include <atomic>
 #include <memory>
 
 namespace ApplicationLayer
@@ -14,8 +14,8 @@ namespace ApplicationLayer
 /** How the iPod is connected, as its program said last. Any thread. */
 struct iPodConnection
 {
-    std::atomic<bool> connected { false };
-    std::atomic<bool> analogAudio { false }; ///< its sound comes through AUX 2
+    Platform::Shared<bool> connected { false };
+    Platform::Shared<bool> analogAudio { false }; ///< its sound comes through AUX 2
 };
 
 /** A page whose sound channel depends on how the iPod is connected. */

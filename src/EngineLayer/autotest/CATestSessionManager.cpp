@@ -29,7 +29,7 @@ CATestSessionManager::~CATestSessionManager()
 
 void CATestSessionManager::start()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (isThreadRunning())
         return;
     readyToSend = true;
@@ -55,7 +55,7 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
                        AutoTestFrame::longestMessage);
     const auto* bytes = static_cast<const std::uint8_t*>(message.getData());
 
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (queue.size() >= maxWaitingMessages)
     {
         ++refusedMessages;
@@ -69,14 +69,14 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
 
 void CATestSessionManager::clearBuffer()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     queue.clear();
     queueFull = false;
 }
 
 void CATestSessionManager::setPeerState(bool ready, int state)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     readyToSend = ready;
     peerState = state;
     notify();
@@ -94,7 +94,7 @@ void CATestSessionManager::run()
 
 void CATestSessionManager::sendNext()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (!readyToSend)
         return;
     switch (peerState)

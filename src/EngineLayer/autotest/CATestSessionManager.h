@@ -49,7 +49,7 @@ private:
     void sendNext();
     void sendCurrent();
 
-    juce::CriticalSection lock; ///< guards everything below
+    Platform::Mutex lock; ///< guards everything below
     bool readyToSend = true;
     int peerState = acknowledged;
     std::deque<AutoTestFrame::Bytes> queue; ///< messages

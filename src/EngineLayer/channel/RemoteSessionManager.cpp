@@ -69,7 +69,7 @@ bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& mess
     if (message == nullptr || !isValid(appType))
         return false;
     const bool isStarting = getAppState(appType) == kStarting;
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     const bool isRegistered = registeredApps.count(appType) != 0;
     if (!isRegistered && isPointlessLater(*message))
         return false;
@@ -94,7 +94,7 @@ bool RemoteSessionManager::post(int appType, const RemoteMessage::Ptr& message)
 
 RemoteSessionManager::Counts RemoteSessionManager::getCounts() const
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     auto all = counts;
     for (const auto& [appType, queue] : pendingMessages)
         all.waiting += queue.getSize();
@@ -103,19 +103,19 @@ RemoteSessionManager::Counts RemoteSessionManager::getCounts() const
 
 void RemoteSessionManager::addMsgFilter(juce::int32 what, RemoteMsgFilterInterface* filter)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     msgFilters[what] = filter;
 }
 
 bool RemoteSessionManager::isAppRegistered(int appType) const
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     return registeredApps.count(appType) != 0;
 }
 
 std::vector<int> RemoteSessionManager::getRegisteredApps() const
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     return { registeredApps.begin(), registeredApps.end() };
 }
 
@@ -158,7 +158,7 @@ void RemoteSessionManager::receive(int appType, RemoteMessage& message)
     }
     RemoteMsgFilterInterface* filter = nullptr;
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         if (const auto found = msgFilters.find(message.what); found != msgFilters.end())
             filter = found->second;
     }
@@ -171,7 +171,7 @@ void RemoteSessionManager::receive(int appType, RemoteMessage& message)
 void RemoteSessionManager::registerApp(int appType)
 {
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         registeredApps.insert(appType);
         for (auto& waiting = pendingMessages[appType]; !waiting.isEmpty(); waiting.pop())
         {
@@ -192,7 +192,7 @@ void RemoteSessionManager::unregisterApp(int appType)
 void RemoteSessionManager::stopPosting(int appType)
 {
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         registeredApps.erase(appType);
     }
     dropPending(appType);
@@ -201,7 +201,7 @@ void RemoteSessionManager::stopPosting(int appType)
 void RemoteSessionManager::dropPending(int appType)
 {
     const bool isStarting = getAppState(appType) == kStarting;
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     std::vector<RemoteMessage::Ptr> dropped;
     pendingMessages[appType].eraseIf(
         [&](const Waiting& each)

@@ -5,6 +5,7 @@
 #include "kernel/SystemTask.h"
 #include "lowlayer/ClientCallBack.h"
 #include "platform/base/BoundedQueue.h"
+#include "platform/base/Threads.h"
 
 #include <map>
 #include <set>
@@ -65,7 +66,7 @@ private:
     static void postToPageOf(int appType, juce::int32 id, Kernel::Payload payload = nullptr);
 
     /** Held while messages are posted, which keeps their order; never while somebody else's code runs. */
-    mutable juce::CriticalSection lock;
+    Platform::Mutex lock;
     std::set<int> registeredApps;
     Counts counts; ///< but for those that wait
     struct Waiting

@@ -474,7 +474,7 @@ void DeviceStatusManager::sendDeviceStatus()
 void DeviceStatusManager::setLowBatteryAlert(bool on)
 {
     // One change at a time, so that the bar and the sound end as the last caller wanted.
-    const juce::ScopedLock guard(alertLock);
+    const std::lock_guard guard(alertLock);
     if (lowBatteryAlert.exchange(on) == on)
         return;
     if (auto* bar = Provided<EngineApi::LowBatteryBar>::get())

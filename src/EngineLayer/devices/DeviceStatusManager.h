@@ -9,8 +9,9 @@
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
 #include "platform/base/ListenerList.h"
+#include "platform/base/Shared.h"
+#include "platform/base/Threads.h"
 
-#include <atomic>
 #include <cstdint>
 
 namespace LowLayer
@@ -123,16 +124,16 @@ private:
     void sendDeviceStatus();
 
     bool waitingLastMemory = false;
-    std::atomic<int> startPage;
+    Platform::Shared<int> startPage;
     DeviceTable devices;
     bool cameraVideoSignal = false;
     bool standbyRefused = false; ///< an unknown value is named once
     bool cameraPollPending = false;
     SourceAgreement agreement;
     int audioChannel = Dsp::eAudioAVOff; ///< what the DSP was told last
-    std::atomic<bool> lowBatteryAlert { false };
-    juce::CriticalSection alertLock;
-    std::atomic<bool> testMode { false };
+    Platform::Shared<bool> lowBatteryAlert { false };
+    Platform::Mutex alertLock;
+    Platform::Shared<bool> testMode { false };
     bool factoryResetActive = false;
     const StartConditions conditions {};
     const juce::uint32 discWord = discAudioBit | discVideoBit;

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/base/Shared.h"
+
 #include <array>
-#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -45,7 +46,7 @@ private:
     Snapshot snapshot() const;
     bool wasReported(int kind) const;
 
-    std::array<std::atomic<bool>, size> present {};
+    std::array<Platform::Shared<bool>, size> present {};
     Snapshot reported {};
 };
 

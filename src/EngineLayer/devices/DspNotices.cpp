@@ -6,9 +6,8 @@
 #include "EngineApi/WiredRemote.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "platform/base/Shared.h"
 #include "platform/settings/SetupIndex.h"
-
-#include <atomic>
 
 namespace EngineLayer
 {
@@ -28,7 +27,7 @@ constexpr int muteColumn = 11;
 constexpr int remoteTextMs = 2000;
 constexpr int cancelRestore = -1;
 
-std::atomic<bool> muteAnnounced { false };
+Platform::Shared<bool> muteAnnounced { false };
 
 void tellVolumeBar(int zone, int value)
 {

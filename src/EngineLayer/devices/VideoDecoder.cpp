@@ -62,7 +62,7 @@ void VideoDecoder::initialise()
 
 bool VideoDecoder::hasSignal()
 {
-    if (Clock::now() < leftAloneUntil)
+    if (!Platform::hasCome(leftAloneUntil))
         return false;
     Platform::I2CDevice device;
     std::uint8_t status = 0;

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "kernel/SystemTask.h"
-
-#include <atomic>
+#include "platform/base/Shared.h"
 
 namespace EngineLayer
 {
@@ -49,7 +48,7 @@ private:
     /** False when the frame is to be given up. */
     bool tick(int sequence);
 
-    std::atomic<int> watched { nothing };
+    Platform::Shared<int> watched { nothing };
     int retriesLeft = 0;
     int ticksLeft = 0;
 };

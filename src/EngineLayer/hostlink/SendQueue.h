@@ -1,9 +1,9 @@
 #pragma once
 
 #include "EngineLayer/hostlink/HostDataFormat.h"
+#include "platform/base/Threads.h"
 
 #include <deque>
-#include <mutex>
 
 namespace EngineLayer
 {
@@ -53,7 +53,7 @@ public:
     void clear();
 
 private:
-    std::mutex lock;
+    Platform::Mutex lock;
     std::deque<SendItem::Ptr> normal;
     std::deque<SendItem::Ptr> urgent;
     int overtaken = 0; ///< urgent frames that went before a normal one that waits

@@ -20,6 +20,7 @@
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/config/Configuration.h"
+#include "platform/record/Recorder.h"
 #include "platform/settings/SetupIndex.h"
 
 #include <algorithm>
@@ -150,7 +151,8 @@ void KeyManager::takeTurn(KeyQueue& queue, juce::int32 turn)
 
 bool KeyManager::isRepeat(int value) const
 {
-    return value == lastKey && Platform::getTickCount() - lastKeyTime < repeatMs;
+    const auto isSoon = [this] { return Platform::getTickCount() - lastKeyTime < repeatMs; };
+    return value == lastKey && Platform::recorded(Platform::Step::timeCome, isSoon);
 }
 
 void KeyManager::handleKey(int origin, int value)

@@ -5,9 +5,9 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "platform/base/BoundedQueue.h"
+#include "platform/base/Shared.h"
 #include "platform/base/Time.h"
 
-#include <atomic>
 #include <span>
 
 namespace EngineLayer
@@ -80,7 +80,7 @@ private:
     int lastKey = 0;
     int favourite = 1; ///< 1 to 16, the one that keys act on
     bool returnOnNextKey = false;
-    std::atomic<bool> powerOn { true };
+    Platform::Shared<bool> powerOn { true };
     DeviceId deviceId {};
     bool shortFrameReported = false;
     AutoTestCommands autoTest { *this };

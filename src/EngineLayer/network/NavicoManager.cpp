@@ -14,6 +14,7 @@
 #include "lowlayer/BytePool.h"
 #include "platform/base/CommandLine.h"
 #include "platform/base/Logger.h"
+#include "platform/base/Threads.h"
 #include "platform/base/Utf8.h"
 #include "platform/config/Configuration.h"
 #include "platform/marine/PGNPacket.h"
@@ -181,7 +182,7 @@ void NavicoManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 
     case Kernel::MSG_SYS_TIMER:
         stopTimer(arg1);
         if (auto* application = juce::JUCEApplicationBase::getInstance(); application != nullptr && arg1 == quitTimer)
-            juce::MessageManager::callAsync([application] { application->systemRequestedQuit(); });
+            Platform::callOnMessageThread([application] { application->systemRequestedQuit(); });
         return;
     case Kernel::MSG_HOST_EVENT:
         handleHostEvent(arg1, LowLayer::bytesOf(payload));

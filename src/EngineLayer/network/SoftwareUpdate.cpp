@@ -4,6 +4,7 @@
 #include "platform/base/Process.h"
 #include "platform/config/Configuration.h"
 #include "platform/marine/PGNPacket.h"
+#include "platform/record/Recorder.h"
 
 #include <algorithm>
 #include <array>
@@ -67,7 +68,8 @@ bool startUpdateProgram(const juce::String& arguments)
     for (const auto* medium : media)
     {
         const auto program = Platform::Configuration::get().mediaRoot + medium + "/" + updateProgram;
-        if (!juce::File(program).existsAsFile())
+        const auto isThere = [&] { return juce::File(program).existsAsFile(); };
+        if (!Platform::recorded(Platform::Step::updateIsThere, isThere, program))
             continue;
         logger().info("update: " + program + " " + arguments);
         if (Platform::createProcess(program, juce::StringArray::fromTokens(arguments, " ", "")) != nullptr)

@@ -4,9 +4,9 @@
 #include "EngineLayer/schedule/Scheduler.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTimer.h"
+#include "platform/base/Threads.h"
 
 #include <map>
-#include <mutex>
 #include <set>
 
 namespace EngineLayer
@@ -66,7 +66,7 @@ private:
     void closeIdlePrograms();
     std::set<int> findIdlePrograms() const;
 
-    mutable std::mutex lock;
+    Platform::Mutex lock;
     std::map<int, EngineApi::PageHandler::Ptr> handlers;
     std::map<int, int> pageOfAppType;
     Snapshot snapshot;

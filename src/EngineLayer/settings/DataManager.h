@@ -5,6 +5,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "platform/base/ListenerList.h"
+#include "platform/base/Shared.h"
 
 namespace EngineLayer
 {
@@ -49,8 +50,8 @@ private:
     void reset();
 
     WaitingChanges changes { "listeners" };
-    std::atomic<bool> fullReset { false };
-    std::atomic<bool> resetInProgress { false };
+    Platform::Shared<bool> fullReset { false };
+    Platform::Shared<bool> resetInProgress { false };
 };
 
 } // namespace EngineLayer

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/base/Threads.h"
+
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <set>
 #include <utility>
 
@@ -32,7 +33,7 @@ public:
 
 private:
     const char* receiver;
-    mutable std::mutex lock;
+    Platform::Mutex lock;
     std::map<std::pair<int, int>, int> waiting; ///< by index and origin
     std::set<int> mentioned;
     std::uint64_t leftOut = 0;

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "EngineLayer/system/SchedulingState.h"
-
-#include <atomic>
+#include "platform/base/Shared.h"
 
 namespace EngineLayer
 {
@@ -39,7 +38,7 @@ private:
     /** Queued requests wait until the next one comes in. */
     void onIdle() override {}
 
-    std::atomic<int> returnPage { Pubhead::NUM_OF_PAGES };
+    Platform::Shared<int> returnPage { Pubhead::NUM_OF_PAGES };
 };
 
 /** Audio and video are off while the system keeps running, ready to resume. */

@@ -4,6 +4,7 @@
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
 #include "kernel/SystemTimer.h"
+#include "platform/base/Shared.h"
 #include "platform/base/Threads.h"
 
 #include <deque>
@@ -62,13 +63,13 @@ private:
 
     std::map<int, SystemState::Ptr> states;
     SystemState::Ptr current;
-    std::atomic<int> previousState { EngineApi::kBooting };
+    Platform::Shared<int> previousState { EngineApi::kBooting };
     std::deque<EngineApi::RequestInfo> requests;
     int refusedRequests = 0; ///< for lack of room
     std::deque<int> pendingStates;
 
-    std::atomic<int> publishedState { EngineApi::kPowerOff };
-    std::atomic<int> publishedSubState { EngineApi::kIdle };
+    Platform::Shared<int> publishedState { EngineApi::kPowerOff };
+    Platform::Shared<int> publishedSubState { EngineApi::kIdle };
     std::atomic<Platform::Thread::Id> ownThread { nullptr };
 };
 

@@ -80,7 +80,7 @@ void TLX70Dev::onStop()
 
 void TLX70Dev::onRelease()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     port.reset();
 }
 
@@ -96,7 +96,7 @@ bool TLX70Dev::writeBytes(const void* data, int n)
 
 bool TLX70Dev::send(const Protocol::Bytes& command)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (command.empty() || port == nullptr || !port->isOpen())
         return false;
     if (isReachable())
@@ -108,7 +108,7 @@ bool TLX70Dev::send(const Protocol::Bytes& command)
 
 bool TLX70Dev::isReachable() const
 {
-    return port->isConnected() && Clock::now() >= leftAloneUntil;
+    return port->isConnected() && Platform::hasCome(leftAloneUntil);
 }
 
 void TLX70Dev::noteUnsent()
@@ -138,7 +138,7 @@ void TLX70Dev::sendWaiting()
 
 std::optional<Protocol::Bytes> TLX70Dev::takeNext()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (waiting.empty() || worker.isStopping())
         return std::nullopt;
     auto command = std::move(waiting.front());
@@ -149,7 +149,7 @@ std::optional<Protocol::Bytes> TLX70Dev::takeNext()
 bool TLX70Dev::transmit(const Protocol::Bytes& command)
 {
     {
-        const juce::ScopedLock guard(lock);
+        const std::lock_guard guard(lock);
         if (!isReachable())
         {
             noteUnsent();
@@ -167,7 +167,7 @@ bool TLX70Dev::transmit(const Protocol::Bytes& command)
     if (taken)
         return true;
     const auto end = Clock::now();
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     leftAloneUntil = end + restAfterFailure * (end - begin);
     noteUnsent();
     return false;
@@ -175,7 +175,7 @@ bool TLX70Dev::transmit(const Protocol::Bytes& command)
 
 void TLX70Dev::wasSent(const Protocol::Bytes& command)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (command == Protocol::encodeStartBrightness(startBrightness))
         ++startBrightnessSent;
     // The refresh ends with this one. A temporary text is not cut short: its end restores the lines.
@@ -210,7 +210,7 @@ bool TLX70Dev::showText(int row, int column, const juce::String& text, bool temp
     const Line line { row, column, text };
     if (text.isEmpty() || !accepts(line))
         return false;
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (!temporary)
     {
         (row == secondRow ? storedLine2 : storedLine1) = line;
@@ -224,7 +224,7 @@ bool TLX70Dev::showLasting(int row, int column, const juce::String& text)
     const Line line { row, column, text };
     if (!accepts(line))
         return false;
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     lastingText = line;
     return showKept(line);
 }
@@ -236,7 +236,7 @@ void TLX70Dev::clearRow(int row)
 
 void TLX70Dev::clearDisplay(bool forgetStored)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (forgetStored)
     {
         storedLine1 = {};
@@ -252,7 +252,7 @@ void TLX70Dev::setDimmer(int level)
         logger().error("no dimmer level %d, the highest is %d", level, Protocol::highestLevel);
         return;
     }
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     dimmerLevel = level;
     send(Protocol::encodeDimmerA(level));
     send(Protocol::encodeDimmerB(level));
@@ -273,7 +273,7 @@ bool TLX70Dev::isRestorePending()
 
 bool TLX70Dev::restore()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     stopTimer(restoreTimer);
     bool shown = send(Protocol::encodeClearDisplay());
     shown = showKept(storedLine1) && shown;
@@ -295,7 +295,7 @@ void TLX70Dev::timerCallback(int timerId)
 
 void TLX70Dev::refresh()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (startBrightnessSent < startBrightnessSends)
         send(Protocol::encodeStartBrightness(startBrightness));
     if (send(Protocol::encodeDimmerA(dimmerLevel)))
@@ -305,7 +305,7 @@ void TLX70Dev::refresh()
 void TLX70Dev::endTemporaryText()
 {
     stopTimer(restoreTimer);
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     // Before the lock was had, another temporary text may have begun.
     if (!isRestorePending())
         restore();
@@ -325,7 +325,7 @@ void TLX70Dev::onReceive(const void* data, int length)
 
 void TLX70Dev::onDeviceBack()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     isBlank = true;
 }
 

@@ -5,6 +5,7 @@
 #include "kernel/DeviceWorker.h"
 #include "kernel/Singleton.h"
 #include "kernel/SystemTask.h"
+#include "platform/base/Threads.h"
 #include "platform/base/Time.h"
 #include "platform/devices/SerialPort.h"
 
@@ -97,7 +98,7 @@ private:
     bool transmit(const WiredRemoteProtocol::Bytes& command);
     void wasSent(const WiredRemoteProtocol::Bytes& command);
 
-    juce::CriticalSection lock; ///< guards everything below but the port's own calls
+    Platform::Mutex lock; ///< guards everything below but the port's own calls
     std::unique_ptr<Platform::SerialPort> port;
     std::deque<WiredRemoteProtocol::Bytes> waiting;
     int dimmerLevel = WiredRemoteProtocol::highestLevel;

@@ -99,7 +99,7 @@ ak7738Operator& chip()
 
 void ak7738ACOperator::init(DSPSettingHelper& settingHelper)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper != nullptr)
         return;
     helper = &settingHelper;
@@ -128,7 +128,7 @@ void ak7738ACOperator::writeMute(bool muted)
 
 void ak7738ACOperator::toggleMute(bool notify)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     mute = !mute;
@@ -139,13 +139,13 @@ void ak7738ACOperator::toggleMute(bool notify)
 
 bool ak7738ACOperator::isMute()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     return mute;
 }
 
 void ak7738ACOperator::setCurrentZone(int zone)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     currentZone = zone;
 }
 
@@ -156,7 +156,7 @@ int ak7738ACOperator::volumeUp(int steps, int zone)
 
 int ak7738ACOperator::volumeUp(int steps)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     return volumeStep(steps, currentZone);
 }
 
@@ -167,13 +167,13 @@ int ak7738ACOperator::volumeDown(int steps, int zone)
 
 int ak7738ACOperator::volumeDown(int steps)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     return volumeStep(-steps, currentZone);
 }
 
 int ak7738ACOperator::setVolume(int volume, int zone)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (zone == 0)
         return 0;
     if (helper == nullptr || zone < 0 || zone > 2)
@@ -184,7 +184,7 @@ int ak7738ACOperator::setVolume(int volume, int zone)
 
 int ak7738ACOperator::volumeStep(int delta, int zone)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return -1;
     const int limited = std::clamp(delta, -loudest, loudest);
@@ -263,7 +263,7 @@ void ak7738ACOperator::applyZoneOutputs()
 
 void ak7738ACOperator::zone2OnChanged()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     zone2On = helper->isZone2On();
@@ -272,7 +272,7 @@ void ak7738ACOperator::zone2OnChanged()
 
 void ak7738ACOperator::zone2OutputModeChanged()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     zone2OutputMode = helper->getZone2OutputMode();
@@ -281,7 +281,7 @@ void ak7738ACOperator::zone2OutputModeChanged()
 
 void ak7738ACOperator::zone2VolumeModeChanged()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     zone2FollowsSteps = helper->getZone2VolumeMode() == 0;
@@ -290,7 +290,7 @@ void ak7738ACOperator::zone2VolumeModeChanged()
 
 void ak7738ACOperator::setSubwooferDirect(bool on)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     subwooferDirect = on;
     if (helper != nullptr)
         applyZoneOutputs();
@@ -300,7 +300,7 @@ void ak7738ACOperator::setSubwooferDirect(bool on)
 
 void ak7738ACOperator::setSource(int parameter, int audioChannel)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (parameter == inputParameter && audioChannel == channel)
         return;
     inputParameter = parameter;
@@ -311,7 +311,7 @@ void ak7738ACOperator::setSource(int parameter, int audioChannel)
 
 void ak7738ACOperator::changeSource(int audioChannel)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     channel = audioChannel;
     if (helper == nullptr)
         return;
@@ -323,7 +323,7 @@ void ak7738ACOperator::changeSource(int audioChannel)
 
 void ak7738ACOperator::timerCallback(int timerId)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     stopTimer(timerId);
     if (timerId == compensationTimer)
     {
@@ -358,7 +358,7 @@ void ak7738ACOperator::selectInput(int inputCode)
 
 void ak7738ACOperator::applySourceLevel()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     constexpr std::array auxLevels { -6, -4, -2, 0, 2, 4, 6 };
@@ -403,7 +403,7 @@ void ak7738ACOperator::applySourceLevel()
 
 void ak7738ACOperator::setAlert(bool on)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (alertActive == on)
         return;
     alertActive = on;
@@ -414,7 +414,7 @@ void ak7738ACOperator::setAlert(bool on)
 
 void ak7738ACOperator::setChannelGains(int gain1, int gain2, int gain3, int gain4)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     channelGains = { gain1, gain2, gain3, gain4 };
 }
 

@@ -2,6 +2,7 @@
 
 #include "dsp/AudioChannel.h"
 #include "dsp/AudioServices.h"
+#include "platform/base/Threads.h"
 #include "platform/base/Time.h"
 
 #include <array>
@@ -55,7 +56,7 @@ private:
     void selectInput(int inputCode);
     int zoneVolume(int zone);
 
-    juce::CriticalSection lock;
+    Platform::Mutex lock;
     DSPSettingHelper* helper = nullptr;
     bool zone2On = false;
     bool zone2FollowsSteps = false;

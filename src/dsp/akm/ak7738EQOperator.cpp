@@ -63,7 +63,7 @@ int at(const std::array<int, size>& table, int index)
 
 void ak7738EQOperator::init(DSPSettingHelper& settingHelper, ACService& audioControl)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     helper = &settingHelper;
     audio = &audioControl;
     applyPreset();
@@ -107,7 +107,7 @@ void ak7738EQOperator::writeUserBand(std::size_t band)
 
 bool ak7738EQOperator::applyPreset()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     Curve gains {};
     if (helper == nullptr || !presetGains(gains))
         return true;
@@ -119,7 +119,7 @@ bool ak7738EQOperator::applyPreset()
 
 void ak7738EQOperator::setDmeState(bool on)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (dmeOn == on)
         return;
     Platform::debugPrint("set usb DME state = %d \n", on ? 1 : 0);
@@ -132,7 +132,7 @@ void ak7738EQOperator::setDmeState(bool on)
 
 void ak7738EQOperator::setCustomBand(int band, int stored)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr || helper->getEqPreset() != userCurve || band < 0 || band >= numOfUserBands)
         return;
     baseGains[static_cast<std::size_t>(band)] = std::clamp(stored, 0, 2 * gainMiddle) - gainMiddle;
@@ -142,7 +142,7 @@ void ak7738EQOperator::setCustomBand(int band, int stored)
 void ak7738EQOperator::setSwitch(int which, bool on)
 {
     const auto word = toBytes(on ? 0x000000 : 0x100000);
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     if (which != 0)
@@ -170,7 +170,7 @@ int ak7738EQOperator::applyFader()
 
 void ak7738EQOperator::applyBalanceFader()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return adjustSpeakers();
     const int fader = helper->getFader();
@@ -209,7 +209,7 @@ void ak7738EQOperator::adjustSpeakers()
 
 void ak7738EQOperator::setSubwooferLevel(int index)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     const int decibels = at(subwooferLevels, index);
@@ -220,7 +220,7 @@ void ak7738EQOperator::setSubwooferLevel(int index)
 
 void ak7738EQOperator::setHighPass(int index)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return;
     chip().setFrontHighPass(index);
@@ -230,7 +230,7 @@ void ak7738EQOperator::setHighPass(int index)
 
 bool ak7738EQOperator::updateSubwoofer()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (helper == nullptr)
         return true;
     subwooferOn = helper->isSubwooferOn();

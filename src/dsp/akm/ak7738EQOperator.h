@@ -2,6 +2,7 @@
 
 #include "dsp/AudioServices.h"
 #include "dsp/akm/FilterMap.h"
+#include "platform/base/Threads.h"
 
 #include <juce_core/juce_core.h>
 
@@ -31,7 +32,7 @@ private:
     void writeUserBand(std::size_t band);
     bool presetGains(std::array<int, numOfUserBands>& gains) const;
 
-    juce::CriticalSection lock;
+    Platform::Mutex lock;
     DSPSettingHelper* helper = nullptr;
     ACService* audio = nullptr;
     bool dmeOn = false;

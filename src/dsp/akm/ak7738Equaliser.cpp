@@ -30,7 +30,7 @@ constexpr std::array<std::size_t, 4> crosswise { 2, 3, 0, 1 };
 void ak7738Operator::writeBand(const EqBand& band, int gainDb, bool groups1And2, bool group3)
 {
     const auto words = designBiquad(FilterType::peaking, band.precision, band.frequency, eqQ, gainDb);
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     if (groups1And2)
     {
         writeCoefficients(band.group1, words.bytes(), Bank::one);
@@ -53,14 +53,14 @@ void ak7738Operator::setGeqBand(int userBand, int gainDb, bool includeGroup3)
     const int index = bandOfUserBand[static_cast<std::size_t>(userBand)];
     const int gain = std::min(gainDb, highestEqGain);
     Platform::debugPrint("Audio Set GEQ band = %d , nGain = %d ,nIndex = %d\n", userBand, gain, index);
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     writeBand(eqBands[static_cast<std::size_t>(index)], gain, true, includeGroup3);
     bandGains[static_cast<std::size_t>(index)] = gain;
 }
 
 void ak7738Operator::syncGroup3(bool flat)
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     for (std::size_t band = 0; band < eqBands.size(); ++band)
     {
         if (!flat)
@@ -116,7 +116,7 @@ void ak7738Operator::setSubwooferLowPass(bool on)
 void ak7738Operator::setChannelGains(const std::array<int, 4>& gains, Bank bank)
 {
     const auto& addresses = bank == Bank::one ? channelAddressesBank1 : channelAddressesBank0;
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     for (std::size_t channel = 0; channel < gains.size(); ++channel)
         writeGain(addresses[channel], std::max(gains[bank == Bank::one ? crosswise[channel] : channel], silence), bank);
 }

@@ -140,7 +140,7 @@ void ak7738Operator::writeGain(std::uint16_t address, double decibels, Bank bank
 
 void ak7738Operator::boot()
 {
-    const juce::ScopedLock guard(lock);
+    const std::lock_guard guard(lock);
     worker.post(bootKey,
                 [this]
                 {

@@ -5,6 +5,7 @@
 #include "dsp/akm/FixedPoint.h"
 #include "kernel/DeviceWorker.h"
 #include "kernel/Singleton.h"
+#include "platform/base/Threads.h"
 
 #include <vector>
 
@@ -61,7 +62,7 @@ private:
     void writeFixedFilter(std::uint16_t address, FilterType type, int frequency, Bank bank);
 
     /** Over the gains of the bands, and recursive. */
-    juce::CriticalSection lock;
+    Platform::Mutex lock;
     std::array<int, numOfEqBands> bandGains {};
     bool unverified = false;               ///< said so in the log, and nothing was verified since; the thread "DSP"
     Kernel::DeviceWorker worker { "DSP" }; ///< last: its thread ends before what it uses

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Threads.h"
+
 #include <juce_core/juce_core.h>
 
 namespace Platform
@@ -23,7 +25,7 @@ public:
     template <typename Call>
     void call(Call&& tell)
     {
-        const juce::ScopedLock guard(listeners.getLock());
+        const std::lock_guard guard(listeners.getLock());
         const auto current = listeners;
         for (auto* listener : current)
             if (listeners.contains(listener))
@@ -31,7 +33,7 @@ public:
     }
 
 private:
-    juce::Array<Listener*, juce::CriticalSection> listeners;
+    juce::Array<Listener*, Mutex> listeners;
 };
 
 } // namespace Platform

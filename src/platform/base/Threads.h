@@ -52,6 +52,36 @@ private:
     std::unique_ptr<Backend> backend;
 };
 
+/**
+    A lock that one thread has, which may take it several times, and wait for a device or call others meanwhile. Any
+    thread.
+*/
+class Mutex
+{
+public:
+    enum class Guards {
+        engine, ///< its order is a step of a recording
+        outside ///< a back end, of which every use is a step already
+    };
+
+    explicit Mutex(Guards guarded = Guards::engine);
+    ~Mutex();
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+
+    void lock() const;
+    void unlock() const;
+
+    // The framework's names, for its lists.
+    using ScopedLockType = juce::GenericScopedLock<Mutex>;
+    void enter() const { lock(); }
+    void exit() const { unlock(); }
+
+private:
+    struct Backend;
+    std::unique_ptr<Backend> backend;
+};
+
 /** A flag that threads wait for. A wait that it ends lowers it, unless it is kept up. Any thread. */
 class Event
 {
@@ -94,26 +124,6 @@ private:
 };
 
 /**
-    For what is used while its thread may wait for a device: in simulated time others go on meanwhile, which a
-    `std::mutex` would not know. Any thread.
-*/
-class Mutex
-{
-public:
-    Mutex();
-    ~Mutex();
-    Mutex(const Mutex&) = delete;
-    Mutex& operator=(const Mutex&) = delete;
-
-    void lock();
-    void unlock();
-
-private:
-    struct Backend;
-    std::unique_ptr<Backend> backend;
-};
-
-/**
     Looks for the flag for a few microseconds, which are spent here and not given to others: on a busy machine they would
     come back many milliseconds later. What it says at last.
 */
@@ -121,6 +131,11 @@ bool lookFor(const std::atomic<bool>& flag);
 
 /** Here a simulated time lets other threads go on first, perhaps; a unit's own does nothing. */
 void letOthersRun();
+
+/** Whether the caller is on the one that handles timers and windows. */
+bool isMessageThread();
+/** There it is called later, in the order of these calls; never once the message loop has ended. Any thread. */
+void callOnMessageThread(std::function<void()> call);
 
 /**
     The first thing that a thread does which is not a `Thread`: the system knows it by this name from here on, and an

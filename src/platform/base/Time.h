@@ -22,6 +22,9 @@ struct Clock
     static time_point now();
 };
 
+/** Whether it is this time, or later. Any thread. */
+bool hasCome(Clock::time_point time);
+
 /** Since the beginning of 1970, which may be set back. Any thread. */
 std::chrono::milliseconds timeOfDay();
 

@@ -1,5 +1,6 @@
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
+#include "platform/record/Recorder.h"
 
 namespace Platform
 {
@@ -22,7 +23,9 @@ juce::String fileNameOf(const juce::String& path)
 
 bool isMountPointPresent(const juce::String& name)
 {
-    return juce::File(Configuration::get().mediaRoot).getChildFile(name).isDirectory();
+    return recorded(
+        Step::storage, [&] { return juce::File(Configuration::get().mediaRoot).getChildFile(name).isDirectory(); },
+        name);
 }
 
 constexpr int maxHardDisks = 8;
@@ -108,7 +111,7 @@ bool ExternalDeviceState::isHardDiskPresent(int index)
 
 bool CameraControl::isSystemControl() const
 {
-    return juce::File(Configuration::get().cameraHoldFile).exists();
+    return recorded(Step::cameraHolds, [] { return juce::File(Configuration::get().cameraHoldFile).exists(); });
 }
 
 void CameraControl::retrieveControl()

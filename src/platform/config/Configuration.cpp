@@ -248,13 +248,17 @@ juce::String readOsVersion()
 std::string Configuration::load(const juce::String& path)
 {
     const auto file = juce::File::getCurrentWorkingDirectory().getChildFile(path);
-    if (!file.existsAsFile())
-        return path.toStdString() + ": there is no such file";
+    return file.existsAsFile() ? loadText(path, file.loadFileAsString())
+                               : path.toStdString() + ": there is no such file";
+}
 
+std::string Configuration::loadText(const juce::String& path, const juce::String& text)
+{
+    const auto file = juce::File::getCurrentWorkingDirectory().getChildFile(path);
     Configuration loaded;
     try
     {
-        const auto content = toml::parse_file(file.getFullPathName().toStdString());
+        const auto content = toml::parse(text.toStdString(), file.getFullPathName().toStdString());
         auto found = takeAll(path, file.getParentDirectory(), content, loaded);
         if (!found.empty())
             return found;

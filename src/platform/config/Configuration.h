@@ -43,6 +43,8 @@ struct Configuration
         without '/' is searched as the system's loader does.
     */
     static std::string load(const juce::String& path);
+    /** The same for what stands in a file of this path, which need not be there. */
+    static std::string loadText(const juce::String& path, const juce::String& text);
 
     /** The process-wide configuration: written at start (and by tests) only, read from any thread. */
     static Configuration& get();

@@ -1,5 +1,7 @@
 #include "platform/screen/OverlayCallback.h"
 
+#include "platform/base/Threads.h"
+#include "platform/record/Recorder.h"
 #include "platform/screen/Overlay.h"
 
 namespace Platform
@@ -33,8 +35,12 @@ public:
         if (entries.empty())
             watch.reset();
         else if (watch == nullptr)
-            watch = watchTouches([](WindowHandle touched)
-                                 { juce::MessageManager::callAsync([touched] { get().deliver(touched); }); });
+            watch = watchTouches(
+                [](WindowHandle touched)
+                {
+                    recordStep(Step::touch, touched);
+                    callOnMessageThread([touched] { get().deliver(touched); });
+                });
     }
 
 private:
@@ -49,9 +55,14 @@ private:
         // A callback may take entries away.
         const auto current = entries;
         for (const auto& each : current)
-            if (isRegistered(each) && each.window->isVisible() &&
-                (touched == noWindow || touched != nativeWindow(*each.window)))
+            if (isRegistered(each) && each.window->isVisible() && isBeside(touched, *each.window))
                 each.callback->touchedOutside();
+    }
+
+    static bool isBeside(WindowHandle touched, const juce::Component& window)
+    {
+        return recorded(
+            Step::touchIsBeside, [&] { return touched == noWindow || touched != nativeWindow(window); }, touched);
     }
 
     bool isRegistered(const Entry& entry) const

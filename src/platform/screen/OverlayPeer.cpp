@@ -1,6 +1,8 @@
 #include "platform/screen/OverlayPeer.h"
 
+#include "platform/base/Threads.h"
 #include "platform/base/Time.h"
+#include "platform/record/Recorder.h"
 
 #include <cstdlib>
 
@@ -24,9 +26,11 @@ void keepFrameworkOffDisplay()
 OverlayPeer::OverlayPeer(juce::Component& shownComponent, int windowStyle)
     : juce::ComponentPeer(shownComponent, windowStyle)
     , window(makeOverlayWindow(
-          [shown = juce::Component::SafePointer<juce::Component>(&shownComponent)](juce::Point<int> position, bool down)
+          [shown = juce::Component::SafePointer<juce::Component>(&shownComponent),
+           name = shownComponent.getName()](juce::Point<int> position, bool down)
           {
-              juce::MessageManager::callAsync(
+              recordStep(Step::pointer, name, position.x, position.y, down);
+              callOnMessageThread(
                   [shown, position, down]
                   {
                       if (shown != nullptr)

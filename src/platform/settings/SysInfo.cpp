@@ -2,6 +2,7 @@
 
 #include "platform/base/Descriptor.h"
 #include "platform/base/Logger.h"
+#include "platform/record/Recorder.h"
 
 #include <array>
 #include <atomic>
@@ -231,7 +232,9 @@ void VX_SetSysInfo(int index, juce::int32 value)
 
 juce::int32 VX_GetSysInfo(int index)
 {
-    return isValid(index) ? table().get(index) : 0;
+    return isValid(index) ? recorded(
+                                Step::systemValue, [=] { return table().get(index); }, index)
+                          : 0;
 }
 
 void VX_ReleaseSysInfo()

@@ -2,6 +2,7 @@
 
 #include "platform/base/Logger.h"
 #include "platform/base/WakeUp.h"
+#include "platform/record/Recorder.h"
 
 #include <algorithm>
 #include <charconv>
@@ -101,6 +102,12 @@ public:
 
     bool isRunning() const override
     {
+        return recorded(
+            Step::isRunning, [this] { return runs(); }, pid);
+    }
+
+    bool runs() const
+    {
         pollfd ended { pidfd.get(), POLLIN, 0 };
         if (poll(&ended, 1, 0) == 0)
             return true;
@@ -111,6 +118,7 @@ public:
 
     void terminate() override
     {
+        recordStep(Step::kill, pid, true);
         if (pidfd_send_signal(pidfd.get(), SIGKILL, nullptr, 0) < 0 && errno != ESRCH)
             logFailure(logger(), "cannot end process " + juce::String(pid), errno);
     }
@@ -202,7 +210,10 @@ int parentOf(int pid)
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+namespace
+{
+
+ProcessHandle startProcess(const juce::String& path, const juce::StringArray& arguments)
 {
     Orphans::collect();
 
@@ -251,15 +262,25 @@ ProcessHandle createProcess(const juce::String& path, const juce::StringArray& a
     return std::make_shared<LinuxProcess>(pid, std::move(pidfd), true);
 }
 
+} // namespace
+
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+{
+    auto process = startProcess(path, arguments);
+    constexpr int none = -1;
+    recordStep(Step::launch, path, arguments.joinIntoString("\n"), process != nullptr ? process->getPid() : none);
+    return process;
+}
+
 ProcessHandle openProcess(int pid)
 {
-    if (pid <= 0)
-        return nullptr;
-    Descriptor pidfd { pidfd_open(pid, 0) };
-    if (!pidfd)
-        return nullptr;
-    auto process = std::make_shared<LinuxProcess>(pid, std::move(pidfd), false);
-    return process->isRunning() ? process : nullptr;
+    std::shared_ptr<LinuxProcess> process;
+    if (Descriptor pidfd { pid > 0 ? pidfd_open(pid, 0) : -1 })
+        process = std::make_shared<LinuxProcess>(pid, std::move(pidfd), false);
+    if (process != nullptr && !process->runs())
+        process.reset();
+    recordStep(Step::findProcess, pid, process != nullptr);
+    return process;
 }
 
 bool isSameOrDescendant(int pid, int ancestor)
@@ -303,11 +324,14 @@ int ProcessWaiter::wait(const std::vector<ProcessHandle>& processes)
     if (waiting.front().revents != 0)
     {
         backend->wakeUp.clear();
+        recordStep(Step::processEnd, woken);
         return woken;
     }
     const auto ended =
         std::find_if(waiting.begin() + 1, waiting.end(), [](const pollfd& each) { return each.revents != 0; });
-    return static_cast<int>(ended - waiting.begin()) - 1;
+    const auto index = static_cast<int>(ended - waiting.begin()) - 1;
+    recordStep(Step::processEnd, processes[static_cast<std::size_t>(index)]->getPid());
+    return index;
 }
 
 void ProcessWaiter::wake()

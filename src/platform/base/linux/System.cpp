@@ -2,6 +2,7 @@
 
 #include "platform/base/Time.h"
 #include "platform/config/Configuration.h"
+#include "platform/record/Recorder.h"
 
 #include <algorithm>
 #include <atomic>
@@ -111,10 +112,12 @@ bool requestRealtimePriority()
 std::optional<juce::uint32> getUniqueId()
 {
     constexpr int digits = 8;
-    const auto id = juce::File("/etc/machine-id").loadFileAsString().substring(0, digits);
-    if (id.length() != digits || !id.containsOnly("0123456789abcdefABCDEF"))
-        return {};
-    return static_cast<juce::uint32>(id.getHexValue64());
+    const auto text = juce::File("/etc/machine-id").loadFileAsString().substring(0, digits);
+    std::optional<juce::uint32> id;
+    if (text.length() == digits && text.containsOnly("0123456789abcdefABCDEF"))
+        id = static_cast<juce::uint32>(text.getHexValue64());
+    recordStep(Step::uniqueId, id ? juce::int64 { *id } : -1);
+    return id;
 }
 
 juce::uint32 getTickCount()

@@ -1,6 +1,9 @@
 #include "platform/base/Threads.h"
 
+#include "platform/record/Recorder.h"
+
 #include <condition_variable>
+#include <juce_events/juce_events.h>
 
 namespace Platform
 {
@@ -54,9 +57,21 @@ void Thread::notify()
     backend->notify();
 }
 
+namespace
+{
+
+/** What ends a wait with a limit depends on how fast others are. */
+template <typename Wait>
+bool waited(int limitMs, Wait&& wait)
+{
+    return limitMs < 0 ? wait() : recorded(Step::waitEnd, wait);
+}
+
+} // namespace
+
 bool Thread::wait(int limitMs)
 {
-    return backend->wait(limitMs);
+    return waited(limitMs, [&] { return backend->wait(limitMs); });
 }
 
 bool Thread::waitForThreadToExit(int limitMs) const
@@ -67,6 +82,34 @@ bool Thread::waitForThreadToExit(int limitMs) const
 Thread::Id Thread::currentId()
 {
     return juce::Thread::getCurrentThreadId();
+}
+
+struct Mutex::Backend
+{
+    std::recursive_mutex mutex;
+    int depth = 0; ///< of the thread that has it
+    bool isStep = true;
+};
+
+Mutex::Mutex(Guards guarded)
+    : backend(std::make_unique<Backend>())
+{
+    backend->isStep = guarded == Guards::engine;
+}
+
+Mutex::~Mutex() = default;
+
+void Mutex::lock() const
+{
+    backend->mutex.lock();
+    if (backend->depth++ == 0 && backend->isStep)
+        recordStep(Step::locked);
+}
+
+void Mutex::unlock() const
+{
+    --backend->depth;
+    backend->mutex.unlock();
 }
 
 struct Event::Backend : juce::WaitableEvent
@@ -93,7 +136,7 @@ void Event::reset()
 
 bool Event::wait(int limitMs)
 {
-    return backend->wait(limitMs);
+    return waited(limitMs, [&] { return backend->wait(limitMs); });
 }
 
 struct Condition::Backend : std::condition_variable
@@ -122,27 +165,6 @@ bool Condition::waitUntil(Lock& lock, Clock::time_point deadline, const Predicat
     return backend->wait_until(lock, deadline, isSo);
 }
 
-struct Mutex::Backend : std::mutex
-{
-};
-
-Mutex::Mutex()
-    : backend(std::make_unique<Backend>())
-{
-}
-
-Mutex::~Mutex() = default;
-
-void Mutex::lock()
-{
-    backend->lock();
-}
-
-void Mutex::unlock()
-{
-    backend->unlock();
-}
-
 bool lookFor(const std::atomic<bool>& flag)
 {
     constexpr std::chrono::microseconds lookTime { 5 };
@@ -159,5 +181,21 @@ bool lookFor(const std::atomic<bool>& flag)
 }
 
 void letOthersRun() {}
+
+bool isMessageThread()
+{
+    return juce::MessageManager::existsAndIsCurrentThread();
+}
+
+void callOnMessageThread(std::function<void()> call)
+{
+    const RecordedSection section(Step::callPosted);
+    juce::MessageManager::callAsync(
+        [call = std::move(call)]
+        {
+            recordStep(Step::callBegun);
+            call();
+        });
+}
 
 } // namespace Platform

@@ -1,5 +1,8 @@
 #include "platform/base/Time.h"
 
+#include "platform/record/Recorder.h"
+
+#include <atomic>
 #include <juce_events/juce_events.h>
 #include <thread>
 
@@ -9,6 +12,11 @@ namespace Platform
 Clock::time_point Clock::now()
 {
     return std::chrono::steady_clock::now();
+}
+
+bool hasCome(Clock::time_point time)
+{
+    return recorded(Step::timeCome, [=] { return Clock::now() >= time; });
 }
 
 std::chrono::milliseconds timeOfDay()
@@ -27,9 +35,14 @@ struct MultiTimer::Backend : juce::MultiTimer
         : owner(timerOwner)
     {
     }
-    void timerCallback(int timerId) override { owner.timerCallback(timerId); }
+    void timerCallback(int timerId) override
+    {
+        recordStep(Step::timer, number, timerId);
+        owner.timerCallback(timerId);
+    }
 
     Platform::MultiTimer& owner;
+    std::int64_t number = 0; ///< in a recording; of one that has been started
 };
 
 MultiTimer::MultiTimer()
@@ -41,6 +54,10 @@ MultiTimer::~MultiTimer() = default;
 
 void MultiTimer::startTimer(int timerId, int intervalMs)
 {
+    static std::atomic<std::int64_t> lastNumber { 0 };
+    if (backend->number == 0)
+        backend->number = ++lastNumber;
+    recordStep(Step::timerStart, timerId, intervalMs, backend->number);
     backend->startTimer(timerId, intervalMs);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/channel/Ipc.h"
 
 #include "platform/channel/linux/IpcChannel.h"
+#include "platform/record/Recorder.h"
 
 namespace Platform
 {
@@ -34,27 +35,34 @@ void MessageHelper::config(int selfIndex, const char* (*nameOf)(int))
 
 bool MessageHelper::postMessage(int appType, const RemoteMessage::Ptr& message)
 {
-    return message != nullptr && IpcChannel::get().post(appType, message);
+    return message != nullptr && recorded(
+                                     Step::post, [&] { return IpcChannel::get().post(appType, message); }, appType,
+                                     message->what, message->arg1, message->arg2, message->bundle);
 }
 
 bool MessageHelper::broadcastMessage(const RemoteMessage::Ptr& message)
 {
-    return message != nullptr && IpcChannel::get().broadcast(*message);
+    return message != nullptr && recorded(
+                                     Step::postToAll, [&] { return IpcChannel::get().broadcast(*message); },
+                                     message->what, message->arg1, message->arg2, message->bundle);
 }
 
 bool MessageHelper::sendBroadcast(const juce::String& action, const Bundle::Ptr& bundle)
 {
-    return IpcChannel::get().broadcastNamed(action, bundle);
+    return recorded(
+        Step::postNamed, [&] { return IpcChannel::get().broadcastNamed(action, bundle); }, action, bundle);
 }
 
 bool MessageHelper::isPresent(int appType)
 {
-    return IpcChannel::get().isPresent(appType);
+    return recorded(
+        Step::isPresent, [&] { return IpcChannel::get().isPresent(appType); }, appType);
 }
 
 int MessageHelper::ownerProcess(int appType)
 {
-    return IpcChannel::get().ownerProcess(appType);
+    return recorded(
+        Step::ownerOf, [&] { return IpcChannel::get().ownerProcess(appType); }, appType);
 }
 
 void MessageHelper::expectProcess(int appType, int pid)

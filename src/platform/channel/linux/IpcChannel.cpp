@@ -3,6 +3,7 @@
 #include "platform/base/Logger.h"
 #include "platform/base/Threads.h"
 #include "platform/config/Configuration.h"
+#include "platform/record/Recorder.h"
 #include "platform/screen/Window.h"
 
 #include <algorithm>
@@ -199,9 +200,21 @@ void IpcChannel::deliverOne(IpcEvent& event)
     {
         IMsgProc& target;
 
-        void operator()(RemoteMessage::Ptr& message) const { target.onRemoteMessage(std::move(message)); }
-        void operator()(const IpcPresence& presence) const { target.onPresence(presence.appType, presence.present); }
-        void operator()(const juce::String& text) const { target.onBroadcast(text); }
+        void operator()(RemoteMessage::Ptr& message) const
+        {
+            recordStep(Step::message, message->appType, message->what, message->arg1, message->arg2, message->bundle);
+            target.onRemoteMessage(std::move(message));
+        }
+        void operator()(const IpcPresence& presence) const
+        {
+            recordStep(Step::presence, presence.appType, presence.present);
+            target.onPresence(presence.appType, presence.present);
+        }
+        void operator()(const juce::String& text) const
+        {
+            recordStep(Step::broadcast, text);
+            target.onBroadcast(text);
+        }
     };
     std::visit(Visitor { *receiver }, event);
 }
@@ -218,6 +231,7 @@ void IpcChannel::deliverWindowMessages()
             next = windowMessages.front();
             windowMessages.pop();
         }
+        recordStep(Step::windowMessage, next.message, next.wParam, next.lParam);
         receiver->onWindowMessage(next.message, next.wParam, next.lParam);
     }
 }

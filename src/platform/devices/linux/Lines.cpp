@@ -5,6 +5,7 @@
 #include "platform/devices/LineDevices.h"
 #include "platform/devices/linux/FailureLog.h"
 #include "platform/devices/socket/SocketDevice.h"
+#include "platform/record/Recorder.h"
 
 #include <map>
 #include <mutex>
@@ -57,11 +58,16 @@ public:
     }
 
 private:
-    Mutex lock;
+    Mutex lock { Mutex::Guards::outside };
     juce::String path;
     std::unique_ptr<GpioChip> chip;
     FailureLog failures { Log("platform/Lines", "GpioFunc") };
 };
+
+juce::String nameOf(int address)
+{
+    return "I2C address 0x" + juce::String::toHexString(address);
+}
 
 /** A camera is asked every second: a bus or device that is not there is reported once. */
 struct I2cFailures
@@ -79,13 +85,16 @@ struct I2cFailures
 
 bool GpioFunc::setPinFunc(int line, int function)
 {
-    return GpioLines::get().use(line, [function](GpioChip& chip, int chipLine)
-                                { return chip.setFunction(chipLine, function); });
+    const auto operation = [function](GpioChip& chip, int chipLine) { return chip.setFunction(chipLine, function); };
+    return recorded(
+        Step::lineFunction, [&] { return GpioLines::get().use(line, operation); }, line, function);
 }
 
 bool GpioFunc::writePin(int line, int level)
 {
-    return GpioLines::get().use(line, [level](GpioChip& chip, int chipLine) { return chip.write(chipLine, level); });
+    const auto operation = [level](GpioChip& chip, int chipLine) { return chip.write(chipLine, level); };
+    return recorded(
+        Step::lineLevel, [&] { return GpioLines::get().use(line, operation); }, line, level);
 }
 
 void endDeviceWaits()
@@ -111,8 +120,9 @@ bool I2CDevice::open(const juce::String& bus, int timeoutMs)
     juce::String error = "there is no such bus";
     if (bus == i2cBus1)
         backend->bus = busOf(Configuration::get().i2c1, timeoutMs, error);
-    return I2cFailures::check(I2cFailures::bus, bus,
-                              backend->bus != nullptr ? juce::Result::ok() : juce::Result::fail(error));
+    const auto result = backend->bus != nullptr ? juce::Result::ok() : juce::Result::fail(error);
+    return recorded(
+        Step::i2cOpen, [&] { return I2cFailures::check(I2cFailures::bus, bus, result); }, bus);
 }
 
 void I2CDevice::close()
@@ -122,14 +132,22 @@ void I2CDevice::close()
 
 bool I2CDevice::writeRegister(int address, int registerNumber, std::uint8_t value)
 {
-    return backend->bus != nullptr && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
-                                                         backend->bus->write(address, registerNumber, value));
+    const auto write = [&]
+    { return I2cFailures::check(address, nameOf(address), backend->bus->write(address, registerNumber, value)); };
+    return backend->bus != nullptr && recorded(Step::i2cWrite, write, address, registerNumber, value);
 }
 
 bool I2CDevice::readRegister(int address, int registerNumber, std::uint8_t& value)
 {
-    return backend->bus != nullptr && I2cFailures::check(address, "I2C address 0x" + juce::String::toHexString(address),
-                                                         backend->bus->read(address, registerNumber, value));
+    if (backend->bus == nullptr)
+        return false;
+    constexpr int none = -1;
+    const auto read = [&]
+    {
+        const auto result = backend->bus->read(address, registerNumber, value);
+        return I2cFailures::check(address, nameOf(address), result) ? value : none;
+    };
+    return recorded(Step::i2cRead, read, address, registerNumber) != none;
 }
 
 } // namespace Platform

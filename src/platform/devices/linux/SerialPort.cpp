@@ -10,6 +10,7 @@
 #include "platform/base/Threads.h"
 #include "platform/base/WakeUp.h"
 #include "platform/config/Configuration.h"
+#include "platform/record/Recorder.h"
 
 #include <array>
 #include <asio/io_context.hpp>
@@ -71,6 +72,7 @@ struct SerialPort::Backend
 
     std::atomic<bool> opened { false };
     std::atomic<bool> connected { false };
+    juce::String portName; ///< as it was opened
 
 private:
     enum class Wait { ready, closing, timeout };
@@ -99,6 +101,7 @@ private:
 bool SerialPort::Backend::open(const juce::String& name, int baudRate, bool awaitDevice)
 {
     close();
+    portName = name;
     device = deviceOf(name);
     baud = baudRate;
     const auto result = openPort();
@@ -197,6 +200,7 @@ bool SerialPort::Backend::receiveUntilLost()
         {
             retry = shortestRetry;
             lossReported = false;
+            recordStep(Step::portBytes, portName, std::string_view(buffer.data(), static_cast<std::size_t>(count)));
             receiver.onReceive(buffer.data(), static_cast<int>(count));
             continue;
         }
@@ -271,12 +275,16 @@ SerialPort::~SerialPort()
 
 bool SerialPort::open(const juce::String& name, int baudRate, bool awaitDevice)
 {
-    return backend->open(name, baudRate, awaitDevice);
+    return recorded(
+        Step::portOpen, [&] { return backend->open(name, baudRate, awaitDevice); }, name, baudRate, awaitDevice);
 }
 
 void SerialPort::close()
 {
+    if (!backend->opened)
+        return;
     backend->close();
+    recordStep(Step::portClose, backend->portName, true);
 }
 
 bool SerialPort::isOpen() const
@@ -286,12 +294,16 @@ bool SerialPort::isOpen() const
 
 bool SerialPort::isConnected() const
 {
-    return backend->connected;
+    return recorded(
+        Step::portConnected, [&] { return backend->connected.load(); }, backend->portName);
 }
 
 int SerialPort::write(const void* data, int length)
 {
-    return backend->write(static_cast<const char*>(data), length);
+    const auto* bytes = static_cast<const char*>(data);
+    return recorded(
+        Step::portWrite, [&] { return backend->write(bytes, length); }, backend->portName,
+        std::string_view(bytes, static_cast<std::size_t>(std::max(0, length))));
 }
 
 } // namespace Platform

@@ -1,6 +1,7 @@
 #include "platform/screen/Window.h"
 
 #include "platform/base/Utf8.h"
+#include "platform/record/Recorder.h"
 #include "platform/screen/linux/XDisplay.h"
 
 #include <algorithm>
@@ -105,9 +106,7 @@ xcb_void_cookie_t sendMessage(const XConnection& x, xcb_window_t window, std::ar
     return xcb_send_event_checked(x.get(), 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
 }
 
-} // namespace
-
-WindowHandle findWindow(const juce::String& title)
+WindowHandle searchWindow(const juce::String& title)
 {
     const auto x = XDisplay::connection();
     if (x == nullptr || title.isEmpty())
@@ -122,7 +121,7 @@ WindowHandle findWindow(const juce::String& title)
     return found;
 }
 
-bool isWindow(WindowHandle window)
+bool isThere(WindowHandle window)
 {
     const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
@@ -132,7 +131,7 @@ bool isWindow(WindowHandle window)
     return x->finish() && reply != nullptr;
 }
 
-int windowProcess(WindowHandle window)
+int processOf(WindowHandle window)
 {
     const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
@@ -143,7 +142,7 @@ int windowProcess(WindowHandle window)
     return x->finish() && known ? static_cast<int>(pid) : -1;
 }
 
-bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t wParam, std::int32_t lParam)
+bool send(WindowHandle window, std::int32_t message, std::int32_t wParam, std::int32_t lParam)
 {
     const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
@@ -160,7 +159,7 @@ bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t w
     return x->finish();
 }
 
-void showWindow(WindowHandle window, bool visible)
+void map(WindowHandle window, bool visible)
 {
     const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
@@ -169,7 +168,7 @@ void showWindow(WindowHandle window, bool visible)
     x->finish();
 }
 
-void setForegroundWindow(WindowHandle window)
+void raise(WindowHandle window)
 {
     const auto x = XDisplay::connection();
     if (x == nullptr || window == noWindow)
@@ -184,6 +183,44 @@ void setForegroundWindow(WindowHandle window)
         x->check(xcb_map_window_checked(x->get(), window));
     }
     x->finish();
+}
+
+} // namespace
+
+WindowHandle findWindow(const juce::String& title)
+{
+    return recorded(
+        Step::findWindow, [&] { return searchWindow(title); }, title);
+}
+
+bool isWindow(WindowHandle window)
+{
+    return recorded(
+        Step::isWindow, [=] { return isThere(window); }, window);
+}
+
+int windowProcess(WindowHandle window)
+{
+    return recorded(
+        Step::windowProcess, [=] { return processOf(window); }, window);
+}
+
+bool postWindowMessage(WindowHandle window, std::int32_t message, std::int32_t wParam, std::int32_t lParam)
+{
+    return recorded(
+        Step::postToWindow, [=] { return send(window, message, wParam, lParam); }, window, message, wParam, lParam);
+}
+
+void showWindow(WindowHandle window, bool visible)
+{
+    recordStep(Step::showWindow, window, visible, true);
+    map(window, visible);
+}
+
+void setForegroundWindow(WindowHandle window)
+{
+    recordStep(Step::raiseWindow, window, true);
+    raise(window);
 }
 
 } // namespace Platform

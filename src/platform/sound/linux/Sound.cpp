@@ -4,6 +4,7 @@
 #include "platform/base/System.h"
 #include "platform/base/Threads.h"
 #include "platform/devices/linux/FailureLog.h"
+#include "platform/record/Recorder.h"
 
 #include <array>
 #include <juce_audio_devices/juce_audio_devices.h>
@@ -148,9 +149,7 @@ struct Loudspeaker
     FailureLog failures { logger };
 };
 
-} // namespace
-
-bool PlaySound(const juce::String& file)
+bool play(const juce::String& file)
 {
     auto& speaker = Loudspeaker::get();
     const std::lock_guard guard(speaker.lock);
@@ -171,6 +170,14 @@ bool PlaySound(const juce::String& file)
         return false;
     speaker.output = std::move(output);
     return true;
+}
+
+} // namespace
+
+bool PlaySound(const juce::String& file)
+{
+    return recorded(
+        Step::sound, [&] { return play(file); }, file);
 }
 
 void releaseSound()

@@ -1,0 +1,227 @@
+// A recording of the engine, played to the engine again, or printed.
+#include "app/EngineStart.h"
+#include "bench/replay/Follower.h"
+#include "platform/base/Logger.h"
+#include "platform/config/Configuration.h"
+#include "platform/screen/OverlayPeer.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <juce_gui_basics/juce_gui_basics.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using namespace Replay;
+using Platform::Record;
+using Platform::Step;
+
+constexpr int unusable = 2;
+constexpr int millionth = 1'000'000;
+
+void print(const RecordingFiles& files, const Record& record)
+{
+    std::printf("%5lld.%06lld  %-15s %s\n", static_cast<long long>(record.time / millionth),
+                static_cast<long long>(record.time % millionth), files.threadName(record).c_str(),
+                Platform::describe(record).c_str());
+}
+
+/** A folder for the files that the engine finds at its start, removed at the end. */
+class UnitFolder
+{
+public:
+    UnitFolder()
+    {
+        path = (fs::temp_directory_path() / "headunit-replay-XXXXXX").string();
+        if (::mkdtemp(path.data()) == nullptr)
+            path.clear();
+        // Other programs of this machine have a table of their own.
+        ::setenv("HEADUNIT_SYSINFO", table.c_str(), 1);
+    }
+    ~UnitFolder()
+    {
+        ::shm_unlink(table.c_str());
+        std::error_code ignored;
+        if (!path.empty())
+            fs::remove_all(path, ignored);
+    }
+    UnitFolder(const UnitFolder&) = delete;
+    UnitFolder& operator=(const UnitFolder&) = delete;
+
+    /** Empty on success. */
+    std::string fill(const RecordingFiles& files)
+    {
+        if (path.empty())
+            return std::string("no folder for the replay: ") + std::strerror(errno);
+        for (const auto* folder : { "system", "application", "registry" })
+            fs::create_directory(path + "/" + folder);
+        for (const auto& record : files.records)
+            if (record.step == Step::configuration)
+            {
+                if (auto error = configure(record); !error.empty())
+                    return error;
+            }
+            else if (record.step == Step::file)
+            {
+                if (auto error = unpack(record); !error.empty())
+                    return error;
+            }
+        return {};
+    }
+
+private:
+    std::string path;
+    const std::string table = "/headunit-replay-" + std::to_string(::getpid());
+
+    std::string configure(const Record& record)
+    {
+        Platform::FieldReader reader(record.fields);
+        const std::string name(reader.bytes()), text(reader.bytes()), system(reader.bytes());
+        if (auto error = Platform::Configuration::loadText(name, text); !error.empty())
+            return error;
+        auto& unit = Platform::Configuration::get();
+        const juce::String here = path + "/";
+        unit.osVersion = system;
+        unit.systemPath = here + "system/";
+        unit.applicationPath = here + "application/";
+        unit.registryPath = here + "registry/";
+        unit.cameraHoldFile = here + "camera-hold";
+        unit.resourcePath = (fs::read_symlink("/proc/self/exe").parent_path().parent_path() / "resources/").string();
+        unit.display = "none";
+        return {};
+    }
+
+    std::string unpack(const Record& record) const
+    {
+        Platform::FieldReader reader(record.fields);
+        const std::string folder(reader.bytes()), name(reader.bytes());
+        const auto offset = reader.number();
+        const auto bytes = reader.bytes();
+        const auto target = (fs::path(path) / folder / name).lexically_normal();
+        // A damaged or foreign recording writes nothing elsewhere.
+        if (!target.string().starts_with(path + "/") || !reader.good())
+            return "a file of the recording has no usable name: " + name;
+        fs::create_directories(target.parent_path());
+        std::ofstream file(target, std::ios::binary | (offset == 0 ? std::ios::trunc : std::ios::app));
+        return file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()))
+                   ? ""
+                   : target.string() + ": cannot be written";
+    }
+};
+
+/** The engine looks for it before it asks it to quit, which ends the recording. */
+class Application : public juce::JUCEApplication
+{
+    const juce::String getApplicationName() override { return "headunit-replay"; }
+    const juce::String getApplicationVersion() override { return {}; }
+    void initialise(const juce::String&) override {}
+    void shutdown() override {}
+};
+
+bool keepNothing(const char*, int, const char*, const char*, va_list)
+{
+    return true;
+}
+
+bool printLine(const char* file, int, const char*, const char* format, va_list arguments)
+{
+    std::printf("%14s %s: ", "log", file);
+    std::vprintf(format, arguments);
+    std::printf("\n");
+    return true;
+}
+
+void tellDifference(const RecordingFiles& files, const Follower& follower, int before)
+{
+    const auto at = follower.done();
+    for (auto index = at - std::min(at, static_cast<std::size_t>(before)); index < at; ++index)
+        print(files, files.records[index]);
+    const auto& record = files.records[at];
+    std::printf("✗ step %zu, %.6f s, thread %s\n  recorded: %s\n  now:      %s\n", at,
+                static_cast<double>(record.time) / millionth, files.threadName(record).c_str(),
+                Platform::describe(record).c_str(), follower.difference().c_str());
+}
+
+/** The exit status. */
+int replay(const RecordingFiles& files, bool withLog, int before)
+{
+    UnitFolder folder;
+    if (const auto error = folder.fill(files); !error.empty())
+    {
+        std::cerr << error << "\n";
+        return unusable;
+    }
+    const auto entry = withLog ? printLine : keepNothing;
+    Platform::Logger::getInstance()->redirect(entry, entry, entry, entry);
+    // What the engine prints is for its own standard error.
+    if (const int nowhere = ::open("/dev/null", O_WRONLY); nowhere >= 0)
+        ::dup2(nowhere, STDERR_FILENO);
+    // None of them is taken down: the process ends with the replay.
+    constexpr std::uint64_t anySeed = 1;
+    auto& scheduler = *new Scheduler(anySeed);
+    auto& follower = *new Follower(scheduler, files);
+    new juce::ScopedJuceInitialiser_GUI;
+    Platform::keepFrameworkOffDisplay();
+    new Application;
+    auto& start = *new EngineStart;
+    const auto wall = std::chrono::steady_clock::now();
+    scheduler.messageThread().post([&start] { start.begin(); });
+    follower.follow();
+    const auto took = std::chrono::duration<double>(std::chrono::steady_clock::now() - wall).count();
+    if (!follower.difference().empty())
+    {
+        tellDifference(files, follower, before);
+        return 1;
+    }
+    const auto done = follower.done();
+    const auto seconds = done == 0 ? 0 : static_cast<double>(files.records[done - 1].time) / millionth;
+    std::printf("✓ %zu steps of %.1f s, as recorded by version %s; replayed in %.2f s, %.0f times real time\n", done,
+                seconds, files.engine.c_str(), took, seconds / took);
+    if (files.gap < files.records.size())
+        std::printf("  What follows cannot be replayed: something is missing before it.\n");
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::string file;
+    bool show = false, withLog = false;
+    int before = 20;
+    CLI::App app { "Plays a recording of the engine to the engine: the first step that is not as it was is named.",
+                   "headunit-bench replay" };
+    app.add_option("file", file, "What headunit-engine --record has written; FILE.1 and so on lie beside it")
+        ->required();
+    app.add_flag("--show", show, "Print the recording instead");
+    app.add_flag("--log", withLog, "Print what the engine logs");
+    app.add_option("--before", before, "So many steps before a difference are printed")
+        ->capture_default_str()
+        ->check(CLI::NonNegativeNumber);
+    CLI11_PARSE(app, argc, argv);
+
+    RecordingFiles files;
+    if (const auto error = files.load(file); !error.empty())
+    {
+        std::cerr << error << "\n";
+        return unusable;
+    }
+    int status = 0;
+    if (show)
+        for (const auto& record : files.records)
+            print(files, record);
+    else
+        status = replay(files, withLog, before);
+    for (const auto& note : files.notes)
+        std::printf("  %s\n", note.c_str());
+    std::fflush(stdout);
+    ::_exit(status);
+}
