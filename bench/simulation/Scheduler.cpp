@@ -118,9 +118,9 @@ bool Scheduler::hasEnded(const Fiber* fiber) const
 
 Fiber* Scheduler::find(std::string_view name) const
 {
-    const auto found =
-        std::find_if(fibers.rbegin(), fibers.rend(),
-                     [name](const auto& fiber) { return std::string_view(fiber->name).substr(0, longestName) == name; });
+    const auto found = std::find_if(fibers.rbegin(), fibers.rend(),
+                                    [name](const auto& fiber)
+                                    { return std::string_view(fiber->name).substr(0, longestName) == name; });
     return found == fibers.rend() ? nullptr : found->get();
 }
 

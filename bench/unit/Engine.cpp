@@ -22,14 +22,13 @@ std::string Engine::start(const Options& options)
     const auto size = std::filesystem::file_size(options.outputFile, none);
     const auto begin = none ? 0 : static_cast<std::streamoff>(size); // runs before are in the same file
     journal.add("engine", "started");
-    const auto error = child.start(
-        { options.program, options.arguments, options.environment, options.outputFile, {} },
-        [this, begin, file = options.outputFile](int status)
-        {
-            journal.add("engine", describeStatus(status));
-            if (!asked)
-                tellLastWords(file, begin);
-        });
+    const auto error = child.start({ options.program, options.arguments, options.environment, options.outputFile, {} },
+                                   [this, begin, file = options.outputFile](int status)
+                                   {
+                                       journal.add("engine", describeStatus(status));
+                                       if (!asked)
+                                           tellLastWords(file, begin);
+                                   });
     if (!error.empty())
         journal.add("engine", "not started: " + error);
     return error;

@@ -7,9 +7,8 @@
 #include "platform/base/CommandLine.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Pubhead.h"
+#include "platform/base/Shared.h"
 #include "platform/screen/Window.h"
-
-#include <atomic>
 
 using namespace EngineApi;
 using LowLayer::RemotecommDev;
@@ -262,7 +261,7 @@ EngineLayer::RemoteSessionManager& manager()
 /** The navigation program is a foreign one: it is reached through its window. */
 bool postToNavigation(juce::int32 arg1, juce::int32 arg2)
 {
-    static std::atomic<Platform::WindowHandle> cached { Platform::noWindow };
+    static Platform::Shared<Platform::WindowHandle> cached { Platform::noWindow };
     auto window = cached.load();
     if (!Platform::isWindow(window))
     {
