@@ -111,10 +111,13 @@ void Follower::call(const Record& record)
     switch (record.step)
     {
     case Step::portBytes:
+    case Step::portBack:
     {
         const auto found = reached.ports.find(std::string(reader.bytes()));
         if (found == reached.ports.end())
             return differ("the port is not open");
+        if (record.step == Step::portBack)
+            return found->second->onDeviceBack();
         const auto bytes = reader.bytes();
         return found->second->onReceive(bytes.data(), static_cast<int>(bytes.size()));
     }

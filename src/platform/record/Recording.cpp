@@ -98,6 +98,7 @@ std::vector<StepInfo> makeSteps()
         makeInfo(Step::timer, "timer", input, "timer id"),
         makeInfo(Step::touch, "touch", input, "window"),
         makeInfo(Step::pointer, "pointer", input, "window$ x y down"),
+        makeInfo(Step::portBack, "port back", input, "port$"),
         makeInfo(Step::portOpen, "port open", deed, "port$ baud await ok"),
         makeInfo(Step::portClose, "port close", deed, "port$ ok"),
         makeInfo(Step::portWrite, "port write", deed, "port$ bytes* count"),

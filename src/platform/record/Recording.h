@@ -36,6 +36,7 @@ enum class Step : std::uint8_t {
     timer,
     touch,
     pointer,
+    portBack,
     // What the engine does or asks; the answer comes last.
     portOpen = 48,
     portClose,

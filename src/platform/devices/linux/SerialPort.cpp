@@ -224,6 +224,7 @@ bool SerialPort::Backend::reopen()
         if (openPort().failed())
             continue;
         logger().info(device + " is open now");
+        recordStep(Step::portBack, portName);
         receiver.onDeviceBack();
         return true;
     }
