@@ -2,8 +2,6 @@
 
 #include "platform/base/Threads.h"
 
-#include "platform/base/Threads.h"
-
 #include <atomic>
 #include <juce_events/juce_events.h>
 #include <mutex>
