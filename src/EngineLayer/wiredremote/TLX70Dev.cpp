@@ -156,17 +156,18 @@ bool TLX70Dev::transmit(const Protocol::Bytes& command)
             return false;
         }
     }
-    const auto begin = Clock::now();
     const int size = static_cast<int>(command.size());
     logTraffic(lineSend, "send: ", command.data(), size);
     Platform::drive(Platform::remoteTransmitLine, true);
     Platform::sleepFor(switchingTime);
+    // Of the remote alone: a line that is slow to drive is none of its doing.
+    const auto begin = Clock::now();
     const bool taken = port->write(command.data(), size) == size;
+    const auto end = Clock::now();
     Platform::sleepFor(switchingTime);
     Platform::drive(Platform::remoteTransmitLine, false);
     if (taken)
         return true;
-    const auto end = Clock::now();
     const std::lock_guard guard(lock);
     leftAloneUntil = end + restAfterFailure * (end - begin);
     noteUnsent();
