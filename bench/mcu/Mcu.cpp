@@ -174,8 +174,13 @@ void Mcu::onAck(const McuFrame& frame)
         return;
     const auto told = std::exchange(inFlight, {})->frame;
     // Before it knows of the agreement, the unit would not ask for another source.
-    if (told.command == sourceReport && told.data.size() >= 2 && !current.wanted)
-        agreeOn({ told.data[0], told.data[1] });
+    if (told.command != sourceReport || told.data.size() < 2)
+        return;
+    const Source source { told.data[0], told.data[1] };
+    if (current.wanted) // since then; the unit may not follow
+        take(source);
+    else
+        agreeOn(source);
 }
 
 void Mcu::onFrame(const McuFrame& frame)
@@ -215,6 +220,7 @@ void Mcu::act(const McuFrame& frame)
         if (source)
         {
             current.wanted.reset();
+            current.lastMemory = *source; // what it tells outlives its own reset
             send({ sourceReport, frame.data });
         }
         break;
@@ -257,14 +263,19 @@ void Mcu::tell(bool fromUnit, const McuFrame& frame) const
         listener(told);
 }
 
-void Mcu::agreeOn(Source source)
+void Mcu::take(Source source)
 {
     current.source = source;
     current.lastMemory = source;
-    current.wanted.reset();
-    current.agreed = true;
     sourceListener(source);
     journal.add("mcu source", sourceName(source));
+}
+
+void Mcu::agreeOn(Source source)
+{
+    take(source);
+    current.wanted.reset();
+    current.agreed = true;
     journal.add("mcu agreed", sourceName(source));
 }
 

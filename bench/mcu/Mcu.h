@@ -159,6 +159,7 @@ private:
     void act(const McuFrame& frame);
     void tell(bool fromUnit, const McuFrame& frame) const;
     void askForSource(Source source);
+    void take(Source source);
     void agreeOn(Source source);
     void storeDeviceId(const Bytes& id);
     void sendNext();

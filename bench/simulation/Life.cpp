@@ -84,7 +84,7 @@ public:
     bool isOff() const
     {
         return goesOff() &&
-               (unit.timesReadyForPowerOff() > 0 || unit.scheduler.now() - *since.powerOffAt > longestPowerOff);
+               (unit.mcu.state().readyForPowerOff || unit.scheduler.now() - *since.powerOffAt > longestPowerOff);
     }
 
     Outcome end()

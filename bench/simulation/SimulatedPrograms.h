@@ -55,6 +55,7 @@ public:
 
     /** Without the bus nobody hears anybody, and what was on its way is lost. */
     void setBus(bool on);
+    bool hasBus() const { return bus; }
 
     /** Nothing is on its way to or from any of them. */
     bool areIdle() const;

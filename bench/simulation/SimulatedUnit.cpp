@@ -70,8 +70,6 @@ SimulatedUnit::SimulatedUnit(Scheduler& schedulerToUse, std::string folder, std:
 {
     for (Bench::Device* device : std::initializer_list<Bench::Device*> { &mcu, &remote, &videoDecoder, &gpio, &dsp })
         devices.add(*device);
-    mcu.addListener([this](const Bench::Mcu::Frame& frame)
-                    { readyForPowerOff += frame.fromUnit && frame.command == Bench::Mcu::powerOff ? 1 : 0; });
     Platform::doubles::SystemDouble::followClock();
     makeSystemInformation(path);
     logging = this;

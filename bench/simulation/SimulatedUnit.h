@@ -30,8 +30,6 @@ public:
     /** What is around the engine begins. Empty on success, else what is wrong with the configuration. */
     std::string startDevices();
     void startEngine();
-    /** Of this life of the unit. */
-    int timesReadyForPowerOff() const { return readyForPowerOff; }
     /** Of USB storage 1 to 8, which is there when the folder is. */
     std::string mountPoint(int number) const
     {
@@ -46,7 +44,6 @@ public:
 private:
     const std::string path, resourcePath;
     std::uint64_t seenActivity = 0;
-    int readyForPowerOff = 0;
     SimulatedSerial mcuLine, remoteLine;
     SimulatedPackets i2c, gpioLines, spi;
 

@@ -57,6 +57,8 @@ public:
     /** After every step. */
     std::string look(const SimulatedPrograms& programs)
     {
+        if (!programs.hasBus())
+            lastBusless = Clock::now();
         for (const int appType : Bench::allApps())
             if (!programs.health(appType).answers)
                 lastUnwell[appType] = Clock::now();
@@ -64,6 +66,7 @@ public:
     }
 
 private:
+    std::optional<Clock::time_point> lastBusless;
     std::map<int, Clock::time_point> lastUnwell; ///< of each program, as far as a step has found it so
     std::string broken;
 
@@ -75,6 +78,9 @@ private:
         const auto now = Clock::now();
         const auto isLong = [=](Clock::time_point since) { return now - since > longestWait + overhead; };
         if (health.gone && !isLong(*health.gone))
+            return false;
+        // What it was told or has answered went with the bus.
+        if (lastBusless && !isLong(*lastBusless))
             return false;
         // What it was told meanwhile it does one after the other, each within the time of a habit.
         if (now - *health.connected < 2 * programs.habits.answer + overhead)

@@ -1,4 +1,7 @@
+#include "bench/mcu/Mcu.h"
 #include "bench/simulation/Promises.h"
+
+#include <set>
 
 namespace Simulation
 {
@@ -20,20 +23,45 @@ bool linkFailed(const SimulatedUnit& unit, const Since& since)
                 .empty();
 }
 
+/** The frames that say it; one that comes again has its old number. */
+class Readies
+{
+public:
+    void watch(SimulatedUnit& unit)
+    {
+        unit.lookout.link.add(
+            [this](bool fromUnit, std::span<const std::uint8_t> bytes)
+            {
+                if (fromUnit)
+                    sent.push(bytes,
+                              [this](const Bench::McuFrame& frame)
+                              {
+                                  if (frame.command == Bench::Mcu::powerOff)
+                                      numbers.insert(frame.sequence);
+                              });
+            });
+    }
+
+    std::size_t count() const { return numbers.size(); }
+
+private:
+    Bench::McuFrameReader sent;
+    std::set<int> numbers;
+};
+
 std::string oneReady(SimulatedUnit& unit, const Since& since)
 {
-    const int times = unit.timesReadyForPowerOff();
-    if (times > 1)
+    if (const auto times = only<Readies>().count(); times > 1)
         return "the unit said it " + std::to_string(times) + " times";
-    if (times == 1 && !since.powerOffAt)
+    const bool isReady = unit.mcu.state().readyForPowerOff;
+    if (isReady && !since.powerOffAt)
         return "nobody had asked for it";
-    if (times == 0 && since.powerOffAt && unit.scheduler.now() - *since.powerOffAt > longest &&
-        !linkFailed(unit, since))
+    if (!isReady && since.powerOffAt && unit.scheduler.now() - *since.powerOffAt > longest && !linkFailed(unit, since))
         return "it has not come";
     return {};
 }
 
-constexpr Promise all[] { { "power-off ends with one ready", oneReady, false } };
+constexpr Promise all[] { { "power-off ends with one ready", oneReady, false, watchWith<Readies> } };
 
 } // namespace
 
