@@ -9,28 +9,6 @@ namespace Simulation
 namespace
 {
 
-/** What the scheduler, the view manager and the programs say is in front. */
-std::string frontAgrees(SimulatedUnit& unit, const Since&)
-{
-    const int wanted = EngineApi::getFrontShow();
-    const int shown = EngineApi::getCurrentPage();
-    // A program that has died, or whose hello was lost, has its next chance when somebody asks for its page.
-    if (!unit.programs.isConnected(EngineApi::appTypeOfPage(wanted)))
-        return {};
-    if (wanted != shown)
-        return std::string(Pubhead::pageName(wanted)) + " is to be in front, the view manager has " +
-               Pubhead::pageName(shown);
-    for (const int appType : unit.programs.running())
-    {
-        const int page = unit.programs.find(appType)->getShownPage();
-        const bool inFront = EngineApi::appTypeOfPage(shown) == appType;
-        if (page != (inFront ? shown : static_cast<int>(Pubhead::NUM_OF_PAGES)))
-            return std::string(Pubhead::appTypeName(appType)) + " shows " + Pubhead::pageName(page) + ", in front is " +
-                   Pubhead::pageName(shown);
-    }
-    return {};
-}
-
 /** Longer than every wait of the view manager. */
 constexpr std::chrono::milliseconds longestWait { 1500 };
 /** What the engine and the program need besides, in which simulated time hardly passes. */
@@ -46,13 +24,19 @@ public:
             [this, &programs = unit.programs](const std::string& part, const std::string& line)
             {
                 const auto name = line.substr(0, line.find(" does not "));
-                if (part != "Extend/ViewManager" || name == line)
+                if (part != "Extend/ViewManager")
+                    return;
+                if (line.starts_with("Set NextShowPage"))
+                    lostWithBus.reset();
+                if (name == line)
                     return;
                 for (const auto& page : Bench::allPages())
-                    if (name == Pubhead::pageName(page.page) && couldAnswer(programs, page.appType) && broken.empty())
-                        broken = line;
+                    if (name == Pubhead::pageName(page.page))
+                        onWait(line, page, programs);
             });
     }
+
+    bool wasLostWithBus(int page) const { return lostWithBus == page; }
 
     /** After every step. */
     std::string look(const SimulatedPrograms& programs)
@@ -68,27 +52,56 @@ public:
 private:
     std::optional<Clock::time_point> lastBusless;
     std::map<int, Clock::time_point> lastUnwell; ///< of each program, as far as a step has found it so
+    std::optional<int> lostWithBus; ///< the page whose order to be shown it was
     std::string broken;
+
+    void onWait(const std::string& line, const Bench::PageInfo& page, const SimulatedPrograms& programs)
+    {
+        // What it was told or has answered went with the bus.
+        if (lastBusless && !isLong(*lastBusless))
+            lostWithBus = page.page;
+        else if (couldAnswer(programs, page.appType) && broken.empty())
+            broken = line;
+    }
+
+    static bool isLong(Clock::time_point since) { return Clock::now() - since > longestWait + overhead; }
 
     bool couldAnswer(const SimulatedPrograms& programs, int appType) const
     {
         const auto health = programs.health(appType);
         if (!health.answers)
             return false;
-        const auto now = Clock::now();
-        const auto isLong = [=](Clock::time_point since) { return now - since > longestWait + overhead; };
         if (health.gone && !isLong(*health.gone))
             return false;
-        // What it was told or has answered went with the bus.
-        if (lastBusless && !isLong(*lastBusless))
-            return false;
         // What it was told meanwhile it does one after the other, each within the time of a habit.
-        if (now - *health.connected < 2 * programs.habits.answer + overhead)
+        if (Clock::now() - *health.connected < 2 * programs.habits.answer + overhead)
             return false;
         const auto unwell = lastUnwell.find(appType);
         return unwell == lastUnwell.end() || unwell->second < *health.connected || isLong(unwell->second);
     }
 };
+
+/** What the scheduler, the view manager and the programs say is in front. */
+std::string frontAgrees(SimulatedUnit& unit, const Since&)
+{
+    const int wanted = EngineApi::getFrontShow();
+    const int shown = EngineApi::getCurrentPage();
+    // A program that has died, or whose hello or order was lost, has its next chance when somebody asks for its page.
+    if (!unit.programs.isConnected(EngineApi::appTypeOfPage(wanted)) || only<Waits>().wasLostWithBus(wanted))
+        return {};
+    if (wanted != shown)
+        return std::string(Pubhead::pageName(wanted)) + " is to be in front, the view manager has " +
+               Pubhead::pageName(shown);
+    for (const int appType : unit.programs.running())
+    {
+        const int page = unit.programs.find(appType)->getShownPage();
+        const bool inFront = EngineApi::appTypeOfPage(shown) == appType;
+        if (page != (inFront ? shown : static_cast<int>(Pubhead::NUM_OF_PAGES)))
+            return std::string(Pubhead::appTypeName(appType)) + " shows " + Pubhead::pageName(page) + ", in front is " +
+                   Pubhead::pageName(shown);
+    }
+    return {};
+}
 
 std::string nobodyWaitedInVain(SimulatedUnit& unit, const Since&)
 {

@@ -47,6 +47,7 @@ SourceAgreement::Report SourceAgreement::unitSwitchedTo(McuSource source)
         pending = source;
         isPendingOfMcu = false;
         agreed = false;
+        confirmed = {}; // it may follow, and its answer be lost
         return Report::ask;
     }
     if (source != pending)
