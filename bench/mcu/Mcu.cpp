@@ -174,13 +174,8 @@ void Mcu::onAck(const McuFrame& frame)
         return;
     const auto told = std::exchange(inFlight, {})->frame;
     // Before it knows of the agreement, the unit would not ask for another source.
-    if (told.command != sourceReport || told.data.size() < 2)
-        return;
-    const Source source { told.data[0], told.data[1] };
-    if (current.wanted) // since then; the unit may not follow
-        take(source);
-    else
-        agreeOn(source);
+    if (told.command == sourceReport && told.data.size() >= 2 && !current.wanted)
+        agreed({ told.data[0], told.data[1] });
 }
 
 void Mcu::onFrame(const McuFrame& frame)
@@ -220,13 +215,16 @@ void Mcu::act(const McuFrame& frame)
         if (source)
         {
             current.wanted.reset();
-            current.lastMemory = *source; // what it tells outlives its own reset
+            take(*source);
             send({ sourceReport, frame.data });
         }
         break;
     case sourceReport:
         if (source && (source == current.wanted || source == current.source))
-            agreeOn(*source);
+        {
+            take(*source);
+            agreed(*source);
+        }
         else if (source)
             journal.add("mcu link", "confirmed " + sourceName(*source) + ", which was not asked for");
         break;
@@ -271,9 +269,8 @@ void Mcu::take(Source source)
     journal.add("mcu source", sourceName(source));
 }
 
-void Mcu::agreeOn(Source source)
+void Mcu::agreed(Source source)
 {
-    take(source);
     current.wanted.reset();
     current.agreed = true;
     journal.add("mcu agreed", sourceName(source));

@@ -11,7 +11,7 @@ namespace Bench
     the unit for the source after a start, follows the unit's own source changes, and can be made to misbehave. What is
     connected to it (panel, supply, tuner, the boat's network) listens to what travels, and speaks through it.
 
-    Journal streams: "mcu source" (a source that both sides agree on), "mcu agreed" (the same, as an agreement), "mcu
+    Journal streams: "mcu source" (the one it has), "mcu agreed" (the same, when both sides have it), "mcu
     ready-for-power-off", "mcu device-id" (as set by the unit), "mcu link" (silent, back, faults, frames given up),
     "frame NAME" (each frame received), "sent NAME" (each transmission of a frame).
 */
@@ -99,7 +99,7 @@ public:
 
     struct State
     {
-        std::optional<Source> source; ///< agreed by both sides
+        std::optional<Source> source; ///< since it has one
         std::optional<Source> wanted; ///< asked for, not yet reached
         Source lastMemory;
         bool agreed = false;
@@ -160,7 +160,7 @@ private:
     void tell(bool fromUnit, const McuFrame& frame) const;
     void askForSource(Source source);
     void take(Source source);
-    void agreeOn(Source source);
+    void agreed(Source source);
     void storeDeviceId(const Bytes& id);
     void sendNext();
     void transmitInFlight();

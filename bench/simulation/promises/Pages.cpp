@@ -52,7 +52,7 @@ public:
 private:
     std::optional<Clock::time_point> lastBusless;
     std::map<int, Clock::time_point> lastUnwell; ///< of each program, as far as a step has found it so
-    std::optional<int> lostWithBus; ///< the page whose order to be shown it was
+    std::optional<int> lostWithBus;              ///< the page whose order to be shown it was
     std::string broken;
 
     void onWait(const std::string& line, const Bench::PageInfo& page, const SimulatedPrograms& programs)
