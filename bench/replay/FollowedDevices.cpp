@@ -175,7 +175,8 @@ bool SpiDevice::read(std::span<const std::uint8_t> prefix, std::span<std::uint8_
 {
     if (!isOpen())
         return false;
-    const auto bytes = Follower::get().answerBytes(Step::spiRead, Fields(prefix, buffer.size()));
+    const auto bytes = recorded(
+        Step::spiRead, [] { return std::string(); }, prefix, buffer.size());
     if (bytes.size() == buffer.size())
         std::copy(bytes.begin(), bytes.end(), buffer.begin());
     return bytes.size() == buffer.size();

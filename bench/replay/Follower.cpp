@@ -236,7 +236,7 @@ std::int64_t Follower::answer(Step step, Fields& asked, std::int64_t)
     return FieldReader(meet(step, asked.bytes(), true)).number();
 }
 
-std::string Follower::answerBytes(Step step, const Fields& asked)
+std::string Follower::answer(Step step, Fields& asked, std::string)
 {
     return std::string(FieldReader(meet(step, asked.bytes(), true)).bytes());
 }

@@ -55,9 +55,8 @@ public:
     void enter(Platform::Step step, const Platform::Fields& fields) override;
     void leave() override {}
     std::int64_t answer(Platform::Step step, Platform::Fields& asked, std::int64_t own) override;
+    std::string answer(Platform::Step step, Platform::Fields& asked, std::string own) override;
     void finish() override {}
-    /** An answer that is no number. */
-    std::string answerBytes(Platform::Step step, const Platform::Fields& asked);
     /** Ends when the time has passed, or when the thread was further already. */
     void sleep(Platform::Clock::duration time);
     /** Ends the replay here. */

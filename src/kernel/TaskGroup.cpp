@@ -150,7 +150,8 @@ void TaskGroup::takeOver()
             pending.insert(where, std::make_move_iterator(queue.begin()), std::make_move_iterator(queue.end()));
         queue.clear();
     };
-    if (!inbox.filled.load(std::memory_order_relaxed))
+    // Beside one that waits for its turn it matters whether another was there: then every look is a step.
+    if (pending.empty() && !inbox.filled.load(std::memory_order_relaxed))
         return;
     const Platform::RecordedSection section(Platform::Step::takenOver);
     const std::lock_guard guard(inbox.lock);

@@ -278,14 +278,6 @@ void RecordWriter::enter(Step step, const Fields& fields)
     append(step, threadNumber(), fields.bytes());
 }
 
-std::int64_t RecordWriter::answer(Step step, Fields& asked, std::int64_t own)
-{
-    asked.put(own);
-    enter(step, asked);
-    leave();
-    return own;
-}
-
 void RecordWriter::finish()
 {
     const std::lock_guard guard(lock);

@@ -38,7 +38,8 @@ public:
 
     void enter(Step step, const Fields& fields) override;
     void leave() override { lock.unlock(); }
-    std::int64_t answer(Step step, Fields& asked, std::int64_t own) override;
+    std::int64_t answer(Step step, Fields& asked, std::int64_t own) override { return answerWith(step, asked, own); }
+    std::string answer(Step step, Fields& asked, std::string own) override { return answerWith(step, asked, std::move(own)); }
 
     void finish() override;
 
@@ -47,6 +48,15 @@ public:
 
 private:
     explicit RecordWriter(const Options& chosen);
+
+    template <typename Answer>
+    Answer answerWith(Step step, Fields& asked, Answer own)
+    {
+        asked.put(own);
+        enter(step, asked);
+        leave();
+        return own;
+    }
 
     // Under the lock of the steps.
     int threadNumber();

@@ -27,6 +27,8 @@ public:
     virtual void leave() = 0;
     /** A step with an answer: the fields of what is asked, and what the outside answers here. What counts as its answer. */
     virtual std::int64_t answer(Step step, Fields& asked, std::int64_t own) = 0;
+    /** The same for bytes. */
+    virtual std::string answer(Step step, Fields& asked, std::string own) = 0;
     /** The engine is told to end: what follows is no step any more. */
     virtual void finish() = 0;
 
@@ -63,7 +65,7 @@ void recordStep(Step step, const Values&... values)
     const RecordedSection section(step, values...);
 }
 
-/** What the call answers, a number or a truth; `values` are what it asks. */
+/** What the call answers, a number, a truth or a std::string of bytes; `values` are what it asks. */
 template <typename Call, typename... Values>
 auto recorded(Step step, Call&& call, const Values&... values)
 {
@@ -72,7 +74,10 @@ auto recorded(Step step, Call&& call, const Values&... values)
     if (recorder == nullptr)
         return own;
     Fields asked(values...);
-    return static_cast<decltype(own)>(recorder->answer(step, asked, static_cast<std::int64_t>(own)));
+    if constexpr (std::is_same_v<decltype(own), std::string>)
+        return recorder->answer(step, asked, std::move(own));
+    else
+        return static_cast<decltype(own)>(recorder->answer(step, asked, static_cast<std::int64_t>(own)));
 }
 
 } // namespace Platform

@@ -76,6 +76,9 @@ enum class Step : std::uint8_t {
     uniqueId,
     hasDisplay,
     touchIsBeside,
+    setting,
+    setSetting,
+    setSystemValue,
     // In which order the engine's threads went on.
     waitEnd = 128,
     posted,

@@ -2,6 +2,7 @@
 
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
+#include "platform/record/Recorder.h"
 #include "platform/settings/SetupEnvironment.h"
 #include "platform/settings/SetupWriter.h"
 
@@ -37,7 +38,8 @@ std::string readShared(int index)
 
 std::string readValue(int index)
 {
-    return readsOnly ? readShared(index) : SetupWriter::get().read(index);
+    return recorded(
+        Step::setting, [=] { return readsOnly ? readShared(index) : SetupWriter::get().read(index); }, index);
 }
 
 /** False, and logged, in a process that only reads settings. */
@@ -50,10 +52,11 @@ bool mayWrite(const std::string& what)
 
 bool writeValue(int index, const std::string& value)
 {
-    if (!mayWrite("setting " + std::to_string(index)))
-        return false;
-    SetupWriter::get().set(index, value);
-    return true;
+    const bool may = mayWrite("setting " + std::to_string(index));
+    if (may)
+        SetupWriter::get().set(index, value);
+    recordStep(Step::setSetting, index, value, may);
+    return may;
 }
 
 } // namespace

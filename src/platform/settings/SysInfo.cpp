@@ -224,10 +224,13 @@ bool isValid(int index)
 
 void VX_SetSysInfo(int index, juce::int32 value)
 {
-    if (isValid(index))
-        table().set(index, value);
-    else
+    if (!isValid(index))
+    {
         logger().error("there is no index %d", index);
+        return;
+    }
+    table().set(index, value);
+    recordStep(Step::setSystemValue, index, value, true);
 }
 
 juce::int32 VX_GetSysInfo(int index)
