@@ -84,10 +84,12 @@ int runAll(const Choices& choices, const World& world, const Plan* plan, std::ui
             printShort(world, seed, result);
     }
     const Seconds took = std::chrono::steady_clock::now() - wall;
-    std::printf("%s %-8s seeds %llu to %llu, %.1f simulated hours in %.1f s, %.0f times real time%s\n",
+    const std::chrono::hh_mm_ss clock(std::chrono::round<std::chrono::seconds>(simulated));
+    std::printf("%s %-8s seeds %llu to %llu, %d:%02d:%02d simulated in %.1f s, %.0f times real time%s\n",
                 broken == 0 ? "✓" : "✗", world.name.c_str(), static_cast<unsigned long long>(firstSeed),
                 static_cast<unsigned long long>(firstSeed) + static_cast<unsigned long long>(choices.runs) - 1,
-                simulated.count() / 3600, took.count(), simulated / took,
+                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()), took.count(), simulated / took,
                 broken == 0 ? "" : (", " + std::to_string(broken) + " broken").c_str());
     std::fflush(stdout);
     return broken;
