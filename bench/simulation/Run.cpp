@@ -81,6 +81,7 @@ void write(int pipe, const json& message)
     new juce::ScopedJuceInitialiser_GUI;
     auto& unit = *new SimulatedUnit(scheduler, folder, resources());
     unit.programs.habits = world.habits;
+    scheduler.load = world.load;
     const auto begin = scheduler.now();
     const auto trace = report.trace.empty() ? nullptr : std::make_unique<Trace>(scheduler);
     Outcome outcome;

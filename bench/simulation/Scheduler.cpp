@@ -27,12 +27,28 @@ struct Fiber
     std::string name;
     State state = State::ready;
     std::optional<Clock::time_point> deadline; ///< of a wait
+    Clock::time_point nextTurn;                ///< not before
     bool woken = false;                        ///< how the last wait ended
     std::vector<Fiber*> awaiting;              ///< its end
     int benchParts = 0;                        ///< that it is in
     boost::context::fiber context;             ///< where it goes on
     boost::context::fiber outside;             ///< where the scheduler goes on when it waits
 };
+
+namespace
+{
+
+/** Empty when it waits for another one, or has ended. */
+std::optional<Clock::time_point> dueOf(const Fiber& fiber)
+{
+    if (fiber.state == Fiber::State::ready)
+        return fiber.nextTurn;
+    if (fiber.state == Fiber::State::waiting && fiber.deadline)
+        return std::max(*fiber.deadline, fiber.nextTurn);
+    return {};
+}
+
+} // namespace
 
 Lane::Lane(std::string name)
     : fiber(Scheduler::get().start(std::move(name), [this] { run(); }))
@@ -221,12 +237,6 @@ std::optional<Scheduler::RunningTimer> Scheduler::timer(const Platform::MultiTim
     return found == nullptr ? std::nullopt : std::optional<RunningTimer>(*found);
 }
 
-bool Scheduler::canRun(const Fiber& fiber) const
-{
-    return fiber.state == Fiber::State::ready ||
-           (fiber.state == Fiber::State::waiting && fiber.deadline && *fiber.deadline <= time);
-}
-
 void Scheduler::resume(Fiber& fiber)
 {
     fiber.state = Fiber::State::ready;
@@ -237,6 +247,9 @@ void Scheduler::resume(Fiber& fiber)
     fiber.context = std::move(fiber.context).resume();
     fiber.benchParts = exchangeBenchParts(outside);
     running = nullptr;
+    if (load.delayedTurns > 0 && chance.happens(load.delayedTurns))
+        fiber.nextTurn =
+            time + std::chrono::milliseconds(chance.between(1, static_cast<int>(load.longestDelay.count())));
     if (!std::exchange(discounted, false))
         ++activityCount;
 }
@@ -245,7 +258,7 @@ bool Scheduler::step()
 {
     choices.clear();
     for (const auto& fiber : fibers)
-        if (canRun(*fiber))
+        if (const auto due = dueOf(*fiber); due && *due <= time)
             choices.emplace_back(fiber.get());
     for (const auto& timer : timers)
         if (!timer->posted && timer->due <= time)
@@ -275,8 +288,7 @@ std::optional<Clock::time_point> Scheduler::nextDue() const
             next = due;
     };
     for (const auto& fiber : fibers)
-        if (fiber->state == Fiber::State::waiting)
-            consider(fiber->deadline);
+        consider(dueOf(*fiber));
     for (const auto& timer : timers)
         if (!timer->posted)
             consider(timer->due);

@@ -53,6 +53,14 @@ public:
     /** The one that exists. */
     static Scheduler& get();
 
+    /** A processor that has others to do: after so many of a thousand turns a thread has its next one up to so much later. */
+    struct Load
+    {
+        int delayedTurns = 0;
+        std::chrono::milliseconds longestDelay { 1 };
+    };
+    Load load;
+
     Clock::time_point now() const { return time; }
     Chance& getChance() { return chance; }
 
@@ -144,7 +152,6 @@ private:
     std::function<void(const std::string&)> resumeObserver;
 
     TimerState* findTimer(const Platform::MultiTimer& owner, int id) const;
-    bool canRun(const Fiber& fiber) const;
     void resume(Fiber& fiber);
     void expire(TimerState& timer);
 };

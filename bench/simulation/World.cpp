@@ -26,11 +26,15 @@ std::string World::read(std::istream& text)
             continue;
         }
         int first = 0, second = 0;
-        if (!(words >> first) || first < 0 || (word == "pace" && (!(words >> second) || second < first)))
+        const bool isPair = word == "pace" || word == "busy";
+        if (!(words >> first) || first < 0 || (isPair && !(words >> second)) || (word == "pace" && second < first) ||
+            (word == "busy" && second < 1))
             return wrong("a number is missing");
         const std::chrono::milliseconds time { first };
         if (word == "pace")
             shortestPause = time, longestPause = std::chrono::milliseconds(second);
+        else if (word == "busy")
+            load = { first, std::chrono::milliseconds(second) };
         else if (word == "rest-every")
             actionsToRest = first;
         else if (word == "start")

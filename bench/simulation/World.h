@@ -25,6 +25,7 @@ struct World
     std::chrono::milliseconds shortestPause { 0 }, longestPause { 1000 };
     int actionsToRest = 30; ///< then everything is put right and comes to rest
     ProgramHabits habits;
+    Scheduler::Load load;
     std::vector<std::pair<int, const Action*>> actions; ///< with their weights
 
     /** Empty on success, else what is wrong with it. */
