@@ -174,6 +174,20 @@ void Scheduler::letOthersRun()
     fiber->outside = std::move(fiber->outside).resume();
 }
 
+bool Scheduler::putOff(Fiber& fiber)
+{
+    if (load.delays == 0 || !chance.happens(load.delays))
+        return false;
+    fiber.nextTurn = time + std::chrono::milliseconds(chance.between(1, static_cast<int>(load.longestDelay.count())));
+    return true;
+}
+
+void Scheduler::passOccasion()
+{
+    if (running != nullptr && putOff(*running))
+        letOthersRun();
+}
+
 Scheduler::TimerState* Scheduler::findTimer(const Platform::MultiTimer& owner, int id) const
 {
     const auto found =
@@ -247,9 +261,7 @@ void Scheduler::resume(Fiber& fiber)
     fiber.context = std::move(fiber.context).resume();
     fiber.benchParts = exchangeBenchParts(outside);
     running = nullptr;
-    if (load.delayedTurns > 0 && chance.happens(load.delayedTurns))
-        fiber.nextTurn =
-            time + std::chrono::milliseconds(chance.between(1, static_cast<int>(load.longestDelay.count())));
+    putOff(fiber);
     if (!std::exchange(discounted, false))
         ++activityCount;
 }

@@ -53,10 +53,13 @@ public:
     /** The one that exists. */
     static Scheduler& get();
 
-    /** A processor that has others to do: after so many of a thousand turns a thread has its next one up to so much later. */
+    /**
+        A processor that has others to do: at so many of a thousand occasions a thread goes on up to so much later. They
+        are the ends of its turns and the locks that it takes.
+    */
     struct Load
     {
-        int delayedTurns = 0;
+        int delays = 0;
         std::chrono::milliseconds longestDelay { 1 };
     };
     Load load;
@@ -81,6 +84,8 @@ public:
     void wake(Fiber* fiber);
     /** Others may go on first. Nothing outside of all fibers. */
     void letOthersRun();
+    /** An occasion for the load, without which it is none. Nothing outside of all fibers. */
+    void passOccasion();
 
     /** Timers expire on it. */
     Lane& messageThread() { return *messages; }
@@ -153,6 +158,8 @@ private:
 
     TimerState* findTimer(const Platform::MultiTimer& owner, int id) const;
     void resume(Fiber& fiber);
+    /** Whether it is put off. */
+    bool putOff(Fiber& fiber);
     void expire(TimerState& timer);
 };
 

@@ -137,6 +137,7 @@ void Mutex::lock() const
     }
     // In a replay not before it was its turn.
     recordStep(Step::locked);
+    Scheduler::get().passOccasion();
     // Who looks from outside does not wait: the threads stand still.
     while (backend->depth > 0 && self != nullptr)
         backend->waiting.wait({});
