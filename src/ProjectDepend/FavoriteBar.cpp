@@ -98,12 +98,12 @@ void FavoriteBar::select(int favourite, bool overCamera)
     showVoltage(Platform::VX_GetSysInfo(Platform::sysInfoVoltage) * Platform::voltsPerStep);
     setVisibleIf(voltageText, Platform::VX_GetSysInfo(Platform::sysInfoVoltageShown) != 0);
     currentIndex = favourite;
-    refresh();
     setVisibleIf(groupOne, favourite < firstOfGroupTwo);
     setVisibleIf(groupTwo, favourite >= firstOfGroupTwo);
     showAlert(false);
     showDuration = overCamera ? showOverCameraMs : showMs;
     show(0);
+    refresh();
 }
 
 void FavoriteBar::showVoltage(double volts)
@@ -135,7 +135,9 @@ void FavoriteBar::refresh()
     }
     readFavourites();
     drawFavourites();
-    tellRemote();
+    // What comes from another thread may find that the bar has gone, and with it its text on the remote.
+    if (isShown())
+        tellRemote();
 }
 
 void FavoriteBar::readFavourites()

@@ -228,6 +228,12 @@ TEST_F(FavoriteBarTest, OtherThreadsAskAtOnceAndAreHeardOnTheMessageThread)
     turning = false;
     engine.join();
 
+    // The bar has gone when this refresh comes, and so has its text.
+    std::thread([this] { say(MSG_FAVOURITES_HIDE), bar->refresh(); }).join();
+    pump();
+    EXPECT_EQ(remote.calls.back(), "restore");
+    remote.calls.resize(9);
+
     std::thread([this] { select(4), bar->refresh(); }).join();
     bar.reset();
     pump(); // What was on the way to the bar is lost with it.
