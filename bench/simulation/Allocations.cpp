@@ -72,6 +72,11 @@ BenchPart::~BenchPart()
     --benchParts;
 }
 
+bool isBenchPart()
+{
+    return benchParts > 0;
+}
+
 int exchangeBenchParts(int depth)
 {
     return std::exchange(benchParts, depth);

@@ -23,7 +23,9 @@ public:
     BenchPart& operator=(const BenchPart&) = delete;
 };
 
-/** Depth of bench parts of whoever runs; the scheduler exchanges it with its fibers. Outside of all fibers is the bench. */
+/** Whether one lives on the fiber that runs. Outside of all fibers is the bench. */
+bool isBenchPart();
+/** Depth of bench parts of whoever runs; the scheduler exchanges it with its fibers. */
 int exchangeBenchParts(int depth);
 
 } // namespace Simulation

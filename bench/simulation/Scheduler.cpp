@@ -184,7 +184,7 @@ bool Scheduler::putOff(Fiber& fiber)
 
 void Scheduler::passOccasion()
 {
-    if (running != nullptr && putOff(*running))
+    if (running != nullptr && !isBenchPart() && !messages->isCurrent() && putOff(*running))
         letOthersRun();
 }
 

@@ -84,7 +84,10 @@ public:
     void wake(Fiber* fiber);
     /** Others may go on first. Nothing outside of all fibers. */
     void letOthersRun();
-    /** An occasion for the load, without which it is none. Nothing outside of all fibers. */
+    /**
+        An occasion for the load, without which it is none. Nothing outside of all fibers, in what the bench does on one,
+        and on the message thread: what is between an expiry and its callback is the framework's.
+    */
     void passOccasion();
 
     /** Timers expire on it. */
