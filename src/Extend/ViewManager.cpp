@@ -191,6 +191,9 @@ void ViewManager::handleRequestShow(int page)
                 sendToProgram(RMSG_PAGE_SHOW, page);
             return;
         }
+        // It was in front before its program was there to show it.
+        if (page == currentPage && nextPage == NUM_OF_PAGES)
+            nextPage = page;
         if (page == nextPage)
         {
             if (currentPageState == kAppShow)

@@ -256,6 +256,19 @@ TEST_F(ViewManagerTest, APageWhoseProgramDiedOnTheWayIsShownByTheNextOne)
     setNext(mbFM);
     asksFor(mbFM);
     EXPECT_THAT(takeSent(), ElementsAre(hide(mbUSBAudio)));
+    says(RMSG_PAGE_HIDE_READY, mbUSBAudio);
+    says(RMSG_PAGE_SHOW_READY, mbFM);
+
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    setNext(mbUSBAudio); // on its way
+    monitor.setAppState(AppUSB, kDisconnect);
+    fire(view, Extend::ViewManager::showTimer);
+    connect(AppUSB);
+    takeSent();
+    asksFor(mbUSBAudio);
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio))) << "of the page in front its program asks last";
 }
 
 /**
