@@ -114,6 +114,7 @@ public:
         std::deque<std::string> recent; ///< the last frames in both directions, oldest first
     };
     State state() const;
+    bool isUnitReadyForPowerOff() const { return current.readyForPowerOff; }
 
     static constexpr Milliseconds resendAfter { 200 };
     static constexpr int transmissions = 3;

@@ -84,7 +84,7 @@ public:
     bool isOff() const
     {
         return goesOff() &&
-               (unit.mcu.state().readyForPowerOff || unit.scheduler.now() - *since.powerOffAt > longestPowerOff);
+               (unit.mcu.isUnitReadyForPowerOff() || unit.scheduler.now() - *since.powerOffAt > longestPowerOff);
     }
 
     Outcome end()

@@ -191,12 +191,16 @@ int findApp(const std::string& name)
     return info != nullptr ? info->appType : static_cast<int>(AppUnknown);
 }
 
-std::vector<int> allApps()
+const std::set<int>& allApps()
 {
-    std::set<int> types;
-    for (const auto& info : pageTable)
-        types.insert(info.appType);
-    return { types.begin(), types.end() };
+    static const auto types = []
+    {
+        std::set<int> found;
+        for (const auto& info : pageTable)
+            found.insert(info.appType);
+        return found;
+    }();
+    return types;
 }
 
 std::vector<std::string> appNames()

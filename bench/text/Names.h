@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -36,7 +37,7 @@ std::vector<std::string> pageNames();
 /** By the program's name (AppRadio), a short form (radio) or one of its pages; AppUnknown when there is none. */
 int findApp(const std::string& name);
 /** Every application type that has a page, in the order of the types. */
-std::vector<int> allApps();
+const std::set<int>& allApps();
 std::vector<std::string> appNames();
 
 /** A source as the microcontroller names it: type and number. */

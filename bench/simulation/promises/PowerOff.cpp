@@ -53,7 +53,7 @@ std::string oneReady(SimulatedUnit& unit, const Since& since)
 {
     if (const auto times = only<Readies>().count(); times > 1)
         return "the unit said it " + std::to_string(times) + " times";
-    const bool isReady = unit.mcu.state().readyForPowerOff;
+    const bool isReady = unit.mcu.isUnitReadyForPowerOff();
     if (isReady && !since.powerOffAt)
         return "nobody had asked for it";
     if (!isReady && since.powerOffAt && unit.scheduler.now() - *since.powerOffAt > longest && !linkFailed(unit, since))
