@@ -1,8 +1,10 @@
 #include "bench/simulation/Scheduler.h"
 
 #include "bench/simulation/Allocations.h"
+#include "bench/simulation/FiberStack.h"
 
 #include <algorithm>
+#include <boost/context/detail/exception.hpp>
 #include <boost/context/fiber.hpp>
 #include <boost/context/protected_fixedsize_stack.hpp>
 #include <cassert>
@@ -14,6 +16,8 @@ namespace
 {
 
 Scheduler* only = nullptr;
+/** The process's own, on which the scheduler runs. */
+FiberStack ownStack;
 
 /** In bytes, as the system keeps it. */
 constexpr std::size_t longestName = 15;
@@ -31,8 +35,22 @@ struct Fiber
     bool woken = false;                        ///< how the last wait ended
     std::vector<Fiber*> awaiting;              ///< its end
     int benchParts = 0;                        ///< that it is in
-    boost::context::fiber context;             ///< where it goes on
-    boost::context::fiber outside;             ///< where the scheduler goes on when it waits
+    FiberStack stack;
+    boost::context::fiber context; ///< where it goes on
+    boost::context::fiber outside; ///< where the scheduler goes on when it waits
+
+    /** Goes on when the scheduler resumes it, or is unwound. */
+    void leave()
+    {
+        struct Away
+        {
+            FiberStack& stack;
+            ~Away() { stack.arriveFrom(ownStack); }
+        };
+        stack.leaveFor(ownStack);
+        const Away away { stack };
+        outside = std::move(outside).resume();
+    }
 };
 
 namespace
@@ -96,6 +114,13 @@ Scheduler::Scheduler(std::uint64_t seed)
 Scheduler::~Scheduler()
 {
     // What a fiber holds on its stack is unwound.
+    for (auto& fiber : fibers)
+        if (fiber->outside) // it has begun, and has not ended
+        {
+            ownStack.leaveFor(fiber->stack);
+            fiber->context = {};
+            ownStack.arriveFrom(fiber->stack);
+        }
     fibers.clear();
     only = nullptr;
 }
@@ -113,18 +138,37 @@ Fiber* Scheduler::start(std::string name, std::function<void()> body)
     started->name = std::move(name);
     // As large as a thread's needs to be here; what overflows it is a fault at once.
     constexpr std::size_t stackSize = 512 * 1024;
-    started->context = boost::context::fiber(std::allocator_arg, boost::context::protected_fixedsize_stack(stackSize),
+    boost::context::protected_fixedsize_stack allocator(stackSize);
+    const auto memory = allocator.allocate();
+    started->stack = { static_cast<const char*>(memory.sp) - memory.size, memory.size };
+    const boost::context::preallocated place(memory.sp, memory.size, memory);
+    started->context = boost::context::fiber(std::allocator_arg, place, allocator,
                                              [this, started, body = std::move(body)](boost::context::fiber&& from)
                                              {
+                                                 started->stack.arriveFrom(ownStack);
                                                  started->outside = std::move(from);
-                                                 body();
-                                                 started->state = Fiber::State::ended;
-                                                 for (auto* other : started->awaiting)
-                                                     wake(other);
+                                                 run(*started, body);
+                                                 started->stack.leaveFor(ownStack, true);
                                                  return std::move(started->outside);
                                              });
     fibers.push_back(std::move(fiber));
     return started;
+}
+
+void Scheduler::run(Fiber& fiber, const std::function<void()>& body)
+{
+    try
+    {
+        body();
+    }
+    catch (const boost::context::detail::forced_unwind&)
+    {
+        fiber.stack.leaveFor(ownStack, true);
+        throw;
+    }
+    fiber.state = Fiber::State::ended;
+    for (auto* other : fiber.awaiting)
+        wake(other);
 }
 
 bool Scheduler::hasEnded(const Fiber* fiber) const
@@ -147,7 +191,7 @@ bool Scheduler::wait(std::optional<Clock::time_point> deadline)
     fiber->state = Fiber::State::waiting;
     fiber->deadline = deadline;
     fiber->woken = false;
-    fiber->outside = std::move(fiber->outside).resume();
+    fiber->leave();
     return fiber->woken;
 }
 
@@ -168,10 +212,8 @@ void Scheduler::wake(Fiber* fiber)
 
 void Scheduler::letOthersRun()
 {
-    auto* fiber = running;
-    if (fiber == nullptr)
-        return;
-    fiber->outside = std::move(fiber->outside).resume();
+    if (auto* fiber = running)
+        fiber->leave();
 }
 
 bool Scheduler::putOff(Fiber& fiber)
@@ -258,7 +300,9 @@ void Scheduler::resume(Fiber& fiber)
     if (resumeObserver)
         resumeObserver(fiber.name);
     const int outside = exchangeBenchParts(fiber.benchParts);
+    ownStack.leaveFor(fiber.stack);
     fiber.context = std::move(fiber.context).resume();
+    ownStack.arriveFrom(fiber.stack);
     fiber.benchParts = exchangeBenchParts(outside);
     running = nullptr;
     putOff(fiber);

@@ -160,6 +160,8 @@ private:
     std::function<void(const std::string&)> resumeObserver;
 
     TimerState* findTimer(const Platform::MultiTimer& owner, int id) const;
+    bool canRun(const Fiber& fiber) const;
+    void run(Fiber& fiber, const std::function<void()>& body);
     void resume(Fiber& fiber);
     /** Whether it is put off. */
     bool putOff(Fiber& fiber);
