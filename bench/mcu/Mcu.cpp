@@ -36,6 +36,7 @@ void Mcu::unitRestarts()
 void Mcu::reset()
 {
     journal.add("mcu link", "reset");
+    current.givenUp += static_cast<unsigned>(queue.size()) + (inFlight ? 1 : 0);
     forgetTraffic();
     current.source = current.lastMemory;
     current.agreed = true;

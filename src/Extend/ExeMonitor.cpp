@@ -379,7 +379,10 @@ void ExeMonitor::handleHello(int appType)
         monitor.watchProcess(appType, running.process);
     }
     acknowledgeHello(appType);
-    setAppState(appType, kConnected);
+    const std::lock_guard guard(lock);
+    // The process may have ended meanwhile, and must not be taken for connected after that.
+    if (monitor.getProcess(appType) != nullptr)
+        setAppState(appType, kConnected);
 }
 
 void ExeMonitor::handleHeartbeatReply(int appType)

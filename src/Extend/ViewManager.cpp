@@ -177,6 +177,13 @@ void ViewManager::handleNextPage(int page)
         startTimer(requestTimer, nextPage == mbNavi ? atOnceMs : requestDelayMs);
 }
 
+void ViewManager::awaitRequest()
+{
+    // The wait may have ended while the page before this one was on its way.
+    if (nextPage != NUM_OF_PAGES && !isTimerRunning(requestTimer))
+        startTimer(requestTimer, requestDelayMs);
+}
+
 void ViewManager::handleRequestShow(int page)
 {
     logPage("RequestShow : ", page);
@@ -221,6 +228,7 @@ void ViewManager::handleHideReady(int page)
         if (!thirdPageRequested)
         {
             showState = kNormal;
+            awaitRequest();
             return;
         }
     }
@@ -248,6 +256,7 @@ void ViewManager::handleShowReady(int page)
     {
         currentPageState = canShow(currentPage) ? kAppShow : kAppHidden;
         showState = kNormal;
+        awaitRequest();
     }
     resendShow = false;
     logCurrentPage();

@@ -64,6 +64,7 @@ private:
     void handleTopShown(int page);
 
     bool isInFront(int page) const { return page == currentPage && currentPageState == kAppShow; }
+    void awaitRequest();
     void showNextPage();
     void hidePage(int page);
     void coverCurrentPage();

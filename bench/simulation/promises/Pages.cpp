@@ -24,10 +24,18 @@ public:
             [this, &programs = unit.programs](const std::string& part, const std::string& line)
             {
                 const auto name = line.substr(0, line.find(" does not "));
+                if (constexpr std::string_view unsent = "postMessage error! dest: ";
+                    line.starts_with(unsent) && !programs.hasBus())
+                    lostWithBus = Bench::findApp(line.substr(unsent.size()));
                 if (part != "Extend/ViewManager")
                     return;
-                if (line.starts_with("Set NextShowPage"))
-                    lostWithBus.reset();
+                if (const std::string next = "Set NextShowPage : "; line.starts_with(next) && lostWithBus)
+                {
+                    const auto wanted = line.substr(next.size(), line.find(" |") - next.size());
+                    for (const auto& page : Bench::allPages())
+                        if (wanted == Pubhead::pageName(page.page) && page.appType != *lostWithBus)
+                            lostWithBus.reset();
+                }
                 if (name == line)
                     return;
                 for (const auto& page : Bench::allPages())
@@ -36,7 +44,7 @@ public:
             });
     }
 
-    bool wasLostWithBus(int page) const { return lostWithBus == page; }
+    bool wasLostWithBus(int appType) const { return lostWithBus == appType; }
 
     /** After every step. */
     std::string look(const SimulatedPrograms& programs)
@@ -52,14 +60,14 @@ public:
 private:
     std::optional<Clock::time_point> lastBusless;
     std::map<int, Clock::time_point> lastUnwell; ///< of each program, as far as a step has found it so
-    std::optional<int> lostWithBus;              ///< the page whose order to be shown it was
+    std::optional<int> lostWithBus;              ///< the program that its order did not reach
     std::string broken;
 
     void onWait(const std::string& line, const Bench::PageInfo& page, const SimulatedPrograms& programs)
     {
         // What it was told or has answered went with the bus.
         if (lastBusless && !isLong(*lastBusless))
-            lostWithBus = page.page;
+            lostWithBus = page.appType;
         else if (couldAnswer(programs, page.appType) && broken.empty())
             broken = line;
     }
@@ -87,7 +95,8 @@ std::string frontAgrees(SimulatedUnit& unit, const Since&)
     const int wanted = EngineApi::getFrontShow();
     const int shown = EngineApi::getCurrentPage();
     // A program that has died, or whose hello or order was lost, has its next chance when somebody asks for its page.
-    if (!unit.programs.isConnected(EngineApi::appTypeOfPage(wanted)) || only<Waits>().wasLostWithBus(wanted))
+    const int appOfWanted = EngineApi::appTypeOfPage(wanted);
+    if (!unit.programs.isConnected(appOfWanted) || only<Waits>().wasLostWithBus(appOfWanted))
         return {};
     if (wanted != shown)
         return std::string(Pubhead::pageName(wanted)) + " is to be in front, the view manager has " +

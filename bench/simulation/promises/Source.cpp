@@ -9,11 +9,17 @@ namespace Simulation
 namespace
 {
 
+constexpr std::chrono::seconds longestHeartbeat { 4 };
+
 std::string sourceAgrees(SimulatedUnit& unit, const Since&)
 {
     const int page = EngineApi::getNormalSource();
     const auto [type, number] = Factory::ScheduleFactroy::getInstance()->mcuSourceForPage(page);
-    const auto told = unit.mcu.state().source;
+    const auto mcu = unit.mcu.state();
+    // A unit whose programs stay silent stops its heartbeat, and would be restarted.
+    if (mcu.sinceHeartbeat > longestHeartbeat)
+        return {};
+    const auto told = mcu.source;
     const Bench::Source own { type, number };
     if (told && *told == own)
         return {};
