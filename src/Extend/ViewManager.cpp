@@ -37,11 +37,15 @@ bool sendToProgram(juce::int32 what, int page)
     return appType != AppUnknown && sendRemoteMessage(appType, what, page, 0);
 }
 
+bool isShownByProgram(int page)
+{
+    return page != mbNavi && appTypeOfPage(page) != AppUnknown;
+}
+
 /** Without its program a page is in front, but not on the screen. Not every page has a program that connects. */
 bool canShow(int page)
 {
-    const int appType = appTypeOfPage(page);
-    return page == mbNavi || appType == AppUnknown || isAppConnected(appType);
+    return !isShownByProgram(page) || isAppConnected(appTypeOfPage(page));
 }
 
 } // namespace
@@ -145,7 +149,10 @@ void ViewManager::handleTimer(int timerId)
         return handleRequestShow(nextPage);
     case showTimer:
         logSilence(nextPage, " does not answer its show");
-        return handleShowReady(nextPage);
+        handleShowReady(nextPage);
+        if (showState == kNormal && !answerCouldCome && isShownByProgram(currentPage)) // It was not told.
+            currentPageState = kAppHidden;
+        return;
     case hideTimer:
         logSilence(currentPage, " does not answer its hide");
         return handleHideReady(currentPage);

@@ -163,6 +163,19 @@ TEST_F(ViewManagerTest, GoesOnWithoutAnswers)
     EXPECT_EQ(view.getTimerInterval(Extend::ViewManager::showTimer), 1);
     fire(view, Extend::ViewManager::showTimer);
     EXPECT_EQ(getCurrentPage(), mbSetup);
+    Platform::IpcDouble::setPresent(AppSetup, true);
+    takeSent();
+    asksFor(mbSetup);
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbSetup))) << "the order had not gone out";
+    says(RMSG_PAGE_SHOW_READY, mbSetup);
+
+    setNext(mbFM);
+    asksFor(mbFM);
+    says(RMSG_PAGE_HIDE_READY, mbSetup);
+    setNext(mbSetup);
+    fire(view, Extend::ViewManager::requestTimer);
+    fire(view, Extend::ViewManager::showTimer);
+    EXPECT_TRUE(view.isTimerRunning(Extend::ViewManager::requestTimer)) << "its wait ended while another page came";
 }
 
 /** While FM hides for USB, setup is wanted: USB is never shown. */
