@@ -22,7 +22,7 @@ struct Header
 };
 constexpr std::size_t leastHeader = std::max(sizeof(Header), alignof(std::max_align_t));
 
-void* allocate(std::size_t size, std::size_t alignment)
+[[maybe_unused]] void* allocate(std::size_t size, std::size_t alignment)
 {
     const auto front = std::max(leastHeader, alignment);
     const auto all = (front + size + alignment - 1) / alignment * alignment;
@@ -40,7 +40,7 @@ void* allocate(std::size_t size, std::size_t alignment)
     return memory;
 }
 
-void release(void* memory, std::size_t alignment) noexcept
+[[maybe_unused]] void release(void* memory, std::size_t alignment) noexcept
 {
     if (memory == nullptr)
         return;
@@ -53,7 +53,7 @@ void release(void* memory, std::size_t alignment) noexcept
     std::free(static_cast<std::byte*>(memory) - std::max(leastHeader, alignment));
 }
 
-constexpr std::size_t normally = alignof(std::max_align_t);
+[[maybe_unused]] constexpr std::size_t normally = alignof(std::max_align_t);
 
 } // namespace
 
@@ -84,7 +84,9 @@ int exchangeBenchParts(int depth)
 
 } // namespace Simulation
 
-// The language's own, in their forms that the others call.
+// The language's own, in their forms that the others call. The address sanitizer brings all of them, and looks after the
+// memory better than a count.
+#if !defined(__SANITIZE_ADDRESS__)
 
 void* operator new(std::size_t size)
 {
@@ -115,3 +117,5 @@ void operator delete(void* memory, std::size_t, std::align_val_t alignment) noex
 {
     Simulation::release(memory, static_cast<std::size_t>(alignment));
 }
+
+#endif
