@@ -25,6 +25,8 @@ public:
     void stopTimer(int timerId);
 
     void timerCallback(int timerId) override;
+    /** Posts the expiry now, whether its time has come or not. */
+    void expire(int timerId);
 
 private:
     const ComponentId owner;

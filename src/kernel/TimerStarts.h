@@ -3,6 +3,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemMessage.h"
 #include "platform/base/Threads.h"
+#include "platform/base/Time.h"
 
 #include <map>
 #include <mutex>
@@ -19,10 +20,10 @@ class TimerStarts : public juce::ReferenceCountedObject
 public:
     static constexpr juce::int32 none = 0;
 
-    void begin(int timerId)
+    void begin(int timerId, int intervalMs)
     {
         const std::lock_guard guard(lock);
-        running[timerId] = ++last;
+        running[timerId] = { ++last, Platform::Clock::now() + std::chrono::milliseconds(intervalMs) / 2 };
     }
     void end(int timerId)
     {
@@ -33,7 +34,14 @@ public:
     {
         const std::lock_guard guard(lock);
         const auto found = running.find(timerId);
-        return found == running.end() ? none : found->second;
+        return found == running.end() ? none : found->second.number;
+    }
+    /** Whether what expires now is the start before this one. */
+    bool isTooEarly(int timerId) const
+    {
+        const std::lock_guard guard(lock);
+        const auto found = running.find(timerId);
+        return found != running.end() && !Platform::hasCome(found->second.earliest);
     }
 
     /** True for an expiry of a timer that has been stopped or started anew since. */
@@ -47,7 +55,12 @@ public:
 
 private:
     Platform::Mutex lock;
-    std::map<int, juce::int32> running;
+    struct Start
+    {
+        juce::int32 number;
+        Platform::Clock::time_point earliest;
+    };
+    std::map<int, Start> running;
     juce::int32 last = none;
 };
 

@@ -22,7 +22,7 @@ TEST_F(IdleDimmerTest, DimsWhenIdleAndBrightensWithAKey)
     send(IdleDimmer::componentId, Kernel::MSG_SYS_START);
     ASSERT_TRUE(dimmer.isTimerRunning(IdleDimmer::idleTimer));
 
-    dimmer.timerCallback(IdleDimmer::idleTimer);
+    dimmer.expire(IdleDimmer::idleTimer);
     run();
     EXPECT_LT(dimmer.getLevel(), 15);
     EXPECT_FALSE(dimmer.isTimerRunning(IdleDimmer::idleTimer));

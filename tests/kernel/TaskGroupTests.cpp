@@ -53,7 +53,7 @@ TEST_F(TaskGroupTest, AnExpiryCountsOnlyForTheStartThatItBelongsTo)
         add(owner, 1);
         SystemTimer timers(1);
         timers.startTimer(timer, farOffMs);
-        timers.timerCallback(timer);
+        timers.expire(timer);
         owner->deferred = deferred;
         if (deferred != 0)
             step();
@@ -74,9 +74,17 @@ TEST_F(TaskGroupTest, AnExpiryCountsOnlyForTheStartThatItBelongsTo)
                   [](SystemTimer& timers)
                   {
                       timers.stopTimer(timer);
-                      timers.timerCallback(timer);
+                      timers.expire(timer);
+                      timers.startTimer(timer, farOffMs);
+                      timers.expire(timer);
+                  }),
+              once);
+    EXPECT_EQ(handled(
+                  [](SystemTimer& timers)
+                  {
                       timers.startTimer(timer, farOffMs);
                       timers.timerCallback(timer);
                   }),
-              once);
+              never)
+        << "the start before has expired while this one began";
 }

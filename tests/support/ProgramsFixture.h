@@ -112,7 +112,7 @@ protected:
     void fire(Kernel::SystemTimer& owner, int timerId)
     {
         ASSERT_TRUE(owner.isTimerRunning(timerId));
-        owner.timerCallback(timerId);
+        owner.expire(timerId);
         run();
     }
 

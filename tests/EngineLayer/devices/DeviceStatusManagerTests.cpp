@@ -50,7 +50,7 @@ protected:
     void toManager(juce::int32 id, juce::int32 arg1 = 0) { send(Kernel::deviceStatusManagerId, id, arg1); }
     void fireTimer(int timer)
     {
-        manager.timerCallback(timer);
+        manager.expire(timer);
         run();
     }
 

@@ -25,7 +25,7 @@ protected:
     }
     void fireBackgroundCheck()
     {
-        applications.timerCallback(ApplicationManager::backgroundTimer);
+        applications.expire(ApplicationManager::backgroundTimer);
         run();
     }
     bool isCheckRunning() const { return applications.isTimerRunning(ApplicationManager::backgroundTimer); }

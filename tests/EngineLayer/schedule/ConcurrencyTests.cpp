@@ -69,7 +69,7 @@ TEST_F(ManagerConcurrencyTest, QueriesAndRequestsFromEveryThread)
         {
             while (!over)
             {
-                applications.timerCallback(ApplicationManager::backgroundTimer);
+                applications.expire(ApplicationManager::backgroundTimer);
                 std::this_thread::yield();
             }
         });

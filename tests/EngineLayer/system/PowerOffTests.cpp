@@ -29,7 +29,7 @@ protected:
     void confirm(int page) { send(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF_CONFIRM, page); }
     void fireTimeOut()
     {
-        states.timerCallback(SystemStateManager::timerId);
+        states.expire(SystemStateManager::timerId);
         run();
     }
 };

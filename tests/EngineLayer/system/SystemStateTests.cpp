@@ -22,7 +22,7 @@ protected:
     void fireTimeOut()
     {
         ASSERT_TRUE(states.isTimerRunning(SystemStateManager::timerId));
-        states.timerCallback(SystemStateManager::timerId);
+        states.expire(SystemStateManager::timerId);
         run();
     }
     void unlock() { send(Kernel::systemStateManagerId, Kernel::MSG_SYS_ANTITHEFT_EXIT, 1); }
