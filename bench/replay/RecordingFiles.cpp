@@ -55,6 +55,8 @@ std::string RecordingFiles::load(const std::string& file)
             noteGap(error);
         expected = number + 1;
     }
+    if (gap == none && records.back().step != Step::end)
+        note("the recording ends before the engine has ended: it was killed, or the rest was not written any more");
     gap = std::min(gap, records.size());
     return {};
 }
@@ -106,6 +108,11 @@ void RecordingFiles::take(Record record)
 void RecordingFiles::noteGap(const std::string& what)
 {
     gap = std::min(gap, records.size());
+    note(what);
+}
+
+void RecordingFiles::note(const std::string& what)
+{
     const auto seconds = records.empty() ? 0.0 : static_cast<double>(records.back().time) / 1e6;
     std::array<char, 32> at {};
     std::snprintf(at.data(), at.size(), "%.6f s: ", seconds);

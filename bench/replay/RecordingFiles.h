@@ -28,6 +28,7 @@ private:
     std::string loadOne(const std::string& path, int expectedNumber);
     void take(Platform::Record record);
     void noteGap(const std::string& what);
+    void note(const std::string& what);
 
     std::uint64_t identity = 0;
 };

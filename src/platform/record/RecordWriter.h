@@ -39,7 +39,10 @@ public:
     void enter(Step step, const Fields& fields) override;
     void leave() override { lock.unlock(); }
     std::int64_t answer(Step step, Fields& asked, std::int64_t own) override { return answerWith(step, asked, own); }
-    std::string answer(Step step, Fields& asked, std::string own) override { return answerWith(step, asked, std::move(own)); }
+    std::string answer(Step step, Fields& asked, std::string own) override
+    {
+        return answerWith(step, asked, std::move(own));
+    }
 
     void finish() override;
 

@@ -48,14 +48,21 @@ protected:
 TEST_F(RecordingFilesTest, FilesThatFollowEachOtherAreOneRecording)
 {
     write(1, 5, one);
-    write(2, 5, one);
+    write(2, 5, { one.front(), { Step::end, 0, 21, {} } });
     RecordingFiles files;
     ASSERT_EQ(files.load(path(0)), "");
-    EXPECT_EQ(files.records.size(), 4U);
-    EXPECT_EQ(files.gap, 4U);
+    EXPECT_EQ(files.records.size(), 5U);
+    EXPECT_EQ(files.gap, 5U);
     EXPECT_THAT(files.notes, testing::IsEmpty());
     EXPECT_EQ(files.engine, "1.2.3");
-    EXPECT_EQ(files.threadName(files.records.back()), "message");
+    EXPECT_EQ(files.threadName(files.records[3]), "message");
+
+    // The engine was killed between two records: that is no gap, but it is said.
+    fs::remove(path(2));
+    RecordingFiles killed;
+    ASSERT_EQ(killed.load(path(0)), "");
+    EXPECT_EQ(killed.gap, 3U);
+    EXPECT_THAT(killed.notes, testing::ElementsAre(testing::HasSubstr("before the engine has ended")));
 }
 
 TEST_F(RecordingFilesTest, WhatIsMissingIsSaidAndNothingBehindItIsFollowed)

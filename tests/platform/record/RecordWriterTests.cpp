@@ -103,6 +103,9 @@ TEST_F(RecordWriterTest, ARecordingBeginsWithWhatTheStartDependsOnAndHasTheSteps
     other.join();
     EXPECT_TRUE(recorded(
         Step::isPresent, [] { return true; }, 7));
+    EXPECT_EQ(recorded(
+                  Step::setting, [] { return std::string("s1"); }, 24),
+              "s1");
     Mutex mutex;
     {
         // Taken twice by the same thread: it had its turn already.
@@ -115,14 +118,15 @@ TEST_F(RecordWriterTest, ARecordingBeginsWithWhatTheStartDependsOnAndHasTheSteps
     writer.reset();
 
     const auto texts = textsOf(file(0));
-    const std::vector<std::string> last(texts.end() - 5, texts.end());
+    const std::vector<std::string> last(texts.end() - 6, texts.end());
     EXPECT_THAT(last, testing::ElementsAre("thread number=2 name=other", "port bytes port=port bytes=61 62 63",
-                                           "is present program=7 yes=1", "locked", "end"));
+                                           "is present program=7 yes=1", "setting index=24 value=73 31", "locked",
+                                           "end"));
     EXPECT_THAT(texts, testing::Contains(testing::StartsWith("begin engine=1.2.3")));
     EXPECT_THAT(texts, testing::Contains(testing::HasSubstr("text=[unit]")));
     EXPECT_THAT(texts, testing::Contains(testing::StartsWith("file folder=system name=VX_Volume.ini offset=0")));
     EXPECT_THAT(texts, testing::Not(testing::Contains(testing::HasSubstr("lock.mdb"))));
-    EXPECT_EQ(recordsOf(file(0)).end()[-4].thread, 2);
+    EXPECT_EQ(recordsOf(file(0)).end()[-5].thread, 2);
     EXPECT_EQ(recordsOf(file(0)).end()[-3].thread, 1);
 }
 
