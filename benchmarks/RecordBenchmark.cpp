@@ -1,10 +1,13 @@
-// What a step costs while nothing is recorded, and while it is.
+// What a step and a lock cost while nothing is recorded, and while it is.
+#include "platform/base/Threads.h"
 #include "platform/record/RecordWriter.h"
 
+#include <array>
 #include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 
 namespace
 {
@@ -12,44 +15,88 @@ namespace
 namespace fs = std::filesystem;
 using Platform::Step;
 
-void steps(benchmark::State& state)
+/** Records as long as it lives. */
+class Recording
 {
-    int argument = 0;
-    for (auto unused : state)
-        Platform::recordStep(Step::posted, 30, 33'554'440, ++argument, 0);
-}
+public:
+    Recording()
+    {
+        if (::mkdtemp(folder.data()) == nullptr)
+            return;
+        constexpr std::uint64_t limit = 64 * 1024 * 1024;
+        std::ofstream(folder + "/engine.toml") << "[unit]\n";
+        writer = Platform::RecordWriter::open({ folder + "/recording", folder + "/engine.toml", "", limit }, error);
+        Platform::Recorder::setActive(writer.get());
+    }
+    ~Recording()
+    {
+        Platform::Recorder::setActive(nullptr);
+        writer.reset();
+        fs::remove_all(folder);
+    }
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
 
+    std::string error = "no folder";
+
+private:
+    std::string folder = (fs::temp_directory_path() / "headunit-record-XXXXXX").string();
+    std::unique_ptr<Platform::RecordWriter> writer;
+};
+
+template <auto work>
 void unrecorded(benchmark::State& state)
 {
-    steps(state);
+    for (auto unused : state)
+        work();
 }
-BENCHMARK(unrecorded)->Name("Record/off");
 
+template <auto work>
 void recorded(benchmark::State& state)
 {
-    auto folder = (fs::temp_directory_path() / "headunit-record-XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr)
-        return state.SkipWithError("no folder");
-    constexpr std::uint64_t limit = 64 * 1024 * 1024;
-    std::ofstream(folder + "/engine.toml") << "[unit]\n";
-    std::string error;
-    auto writer = Platform::RecordWriter::open({ folder + "/recording", folder + "/engine.toml", "", limit }, error);
-    if (writer == nullptr)
-        return state.SkipWithError(error.c_str());
-    Platform::Recorder::setActive(writer.get());
-    steps(state);
-    Platform::Recorder::setActive(nullptr);
-    writer.reset();
-    fs::remove_all(folder);
+    const Recording recording;
+    if (!recording.error.empty())
+        return state.SkipWithError(recording.error.c_str());
+    for (auto unused : state)
+        work();
 }
-BENCHMARK(recorded)->Name("Record/on")->Iterations(100'000);
+
+void postMessage()
+{
+    static int argument = 0;
+    Platform::recordStep(Step::posted, 30, 33'554'440, ++argument, 0);
+}
+
+/** As a display sends it. */
+void receiveFrame()
+{
+    static const std::array<std::uint8_t, 64> frame {};
+    Platform::recordStep(Step::portBytes, "/dev/ttyS1", std::span(frame));
+}
+
+template <typename Lock>
+void takeLock()
+{
+    static Lock lock;
+    const std::lock_guard guard(lock);
+    benchmark::ClobberMemory();
+}
 
 /** The least that a step with its time needs. */
-void clock(benchmark::State& state)
+void lookAtClock()
 {
-    for (auto unused : state)
-        benchmark::DoNotOptimize(Platform::Clock::now());
+    benchmark::DoNotOptimize(Platform::Clock::now());
 }
-BENCHMARK(clock)->Name("Record/clock");
+
+// Fewer than wait for the disk, so that none is lost.
+constexpr int mostWaiting = 40'000;
+
+BENCHMARK(unrecorded<postMessage>)->Name("Record/off");
+BENCHMARK(recorded<postMessage>)->Name("Record/on")->Iterations(mostWaiting);
+BENCHMARK(recorded<receiveFrame>)->Name("Record/onFrame")->Iterations(mostWaiting);
+BENCHMARK(unrecorded<lookAtClock>)->Name("Record/clock");
+BENCHMARK(unrecorded<takeLock<std::recursive_mutex>>)->Name("Lock/recursive");
+BENCHMARK(unrecorded<takeLock<Platform::Mutex>>)->Name("Lock/off");
+BENCHMARK(recorded<takeLock<Platform::Mutex>>)->Name("Lock/on")->Iterations(mostWaiting);
 
 } // namespace
