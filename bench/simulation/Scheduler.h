@@ -55,7 +55,7 @@ public:
 
     /**
         A processor that has others to do: at so many of a thousand occasions a thread goes on up to so much later. They
-        are the ends of its turns and the locks that it takes.
+        are the ends of its turns, and the locks that it takes and gives back.
     */
     struct Load
     {

@@ -147,8 +147,10 @@ void Mutex::lock() const
 
 void Mutex::unlock() const
 {
-    if (--backend->depth == 0)
-        backend->waiting.wakeFirst();
+    if (--backend->depth > 0)
+        return;
+    backend->waiting.wakeFirst();
+    Scheduler::get().passOccasion();
 }
 
 struct Event::Backend
