@@ -134,9 +134,10 @@ void announceZone2Volume()
     if (remote == nullptr)
         return;
     remote->clearRow(remoteRow);
-    remote->restoreAfter(remoteTextMs);
     remote->showText(remoteRow, remoteColumn,
                      getSettingString(Platform::zone2NameSetting) + " Vol. " + juce::String(volume), true);
+    // Last of all: whoever ends it meanwhile would leave the text there.
+    remote->restoreAfter(remoteTextMs);
 }
 
 } // namespace

@@ -50,11 +50,12 @@ void announceVolume(int zone, int volume, bool show)
     auto* remote = Provided<EngineApi::WiredRemote>::get();
     if (!show || remote == nullptr)
         return;
-    remote->clearRow(remoteRow);
-    remote->restoreAfter(remoteTextMs);
     const auto zoneText =
         zone == firstZone ? juce::String("Zone1") : EngineApi::getSettingString(Platform::zone2NameSetting);
+    remote->clearRow(remoteRow);
     remote->showText(remoteRow, volumeColumn, zoneText + " Vol." + juce::String(volume), true);
+    // Last of all: whoever ends it meanwhile would leave the text there.
+    remote->restoreAfter(remoteTextMs);
 }
 
 void announceMute(bool mute)

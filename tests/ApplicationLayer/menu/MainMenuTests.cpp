@@ -112,7 +112,7 @@ TEST_F(MainMenuTest, ShowsTheVolumeOfZone2)
     Dsp::DSPSettingHelperImpl::getInstance()->setVolume(17, true);
     command(12, 6);
     EXPECT_THAT(volumeBar.messages, ElementsAre(std::array { static_cast<int>(Kernel::MSG_VOLUME_SHOW), 2, 17 }));
-    EXPECT_THAT(remote.calls, ElementsAre("clear row 1", "restore after 2000", "text 1 1 Stern Vol. 17 temporary"));
+    EXPECT_THAT(remote.calls, ElementsAre("clear row 1", "text 1 1 Stern Vol. 17 temporary", "restore after 2000"));
     setSettingInt(Platform::zone2OnSetting, 0, false, AppUnknown);
     command(12, 6);
     EXPECT_EQ(volumeBar.messages.size(), 1u);
