@@ -119,9 +119,9 @@ TEST_F(RecordWriterTest, ARecordingBeginsWithWhatTheStartDependsOnAndHasTheSteps
 
     const auto texts = textsOf(file(0));
     const std::vector<std::string> last(texts.end() - 6, texts.end());
-    EXPECT_THAT(last, testing::ElementsAre("thread number=2 name=other", "port bytes port=port bytes=61 62 63",
-                                           "is present program=7 yes=1", "setting index=24 value=73 31", "locked",
-                                           "end"));
+    EXPECT_THAT(last,
+                testing::ElementsAre("thread number=2 name=other", "port bytes port=port bytes=61 62 63",
+                                     "is present program=7 yes=1", "setting index=24 value=73 31", "locked", "end"));
     EXPECT_THAT(texts, testing::Contains(testing::StartsWith("begin engine=1.2.3")));
     EXPECT_THAT(texts, testing::Contains(testing::HasSubstr("text=[unit]")));
     EXPECT_THAT(texts, testing::Contains(testing::StartsWith("file folder=system name=VX_Volume.ini offset=0")));
