@@ -148,7 +148,7 @@ const Action actions[] {
     { "repeat-frames", [](auto&, auto& chance) { return "mcu repeat " + between(chance, 1, 4); } },
     { "withhold-acks", [](auto&, auto& chance) { return "mcu no-ack " + between(chance, 1, 4); } },
     { "silent-mcu", [](auto&, auto& chance) { return "mcu silent " + timeUpTo(chance, 50, 3000); } },
-    { "slow-mcu", [](auto&, auto& chance) { return "mcu delay " + timeUpTo(chance, 1, 150); } },
+    { "slow-mcu", [](auto&, auto& chance) { return "mcu delay " + timeUpTo(chance, 1, 350); } },
     { "reset-mcu", [](auto&, auto&) { return std::string("mcu reset"); } },
     { "dsp-fails", [](auto&, auto& chance) { return "dsp fail transfer " + between(chance, 1, 20); } },
     { "slow-bus", slowBus },

@@ -1,3 +1,4 @@
+#include "EngineApi/Programs.h"
 #include "bench/simulation/Promises.h"
 #include "bench/text/Names.h"
 
@@ -13,8 +14,18 @@ std::string runsOnce(SimulatedUnit& unit, const Since&)
     return twice.empty() ? "" : std::string(Pubhead::appTypeName(twice.front())) + " runs twice";
 }
 
+std::string connectedAreKnown(SimulatedUnit& unit, const Since&)
+{
+    for (const int appType : Bench::allApps())
+        if (const bool known = EngineApi::isAppConnected(appType); known != unit.programs.isConnected(appType))
+            return std::string(Pubhead::appTypeName(appType)) +
+                   (known ? " counts as connected" : " is connected, and does not count as such");
+    return {};
+}
+
 constexpr Promise all[] {
     { "a program runs once", runsOnce, false },
+    { "the engine knows which programs are connected", connectedAreKnown, true },
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "EngineApi/ScheduleRecords.h"
 #include "EngineApi/SystemState.h"
 #include "EngineLayer/system/SystemState.h"
+#include "EngineLayer/system/SystemStateManager.h"
 #include "bench/simulation/Promises.h"
 #include "bench/text/Names.h"
 #include "kernel/MessageIds.h"
@@ -80,6 +81,12 @@ private:
         case EngineLayer::stateSwitch:
             switchBegin = Clock::now();
             break;
+        case Kernel::MSG_SYS_TIMER:
+            // Every page reports at once, or when the view manager has no longer waited for it.
+            if (message.arg1 == EngineLayer::SystemStateManager::timerId &&
+                EngineApi::getSystemSubState() == EngineApi::kSwitch)
+                breaks(std::string("the switch of ") + Pubhead::pageName(switchPage) + " is given up");
+            break;
         default:
             break;
         }
@@ -92,17 +99,23 @@ private:
             return;
         if (status == EngineApi::scheduleFailed && page != switchPage && told.failures > 0)
             --told.failures;
-        else if (++told.answers > told.requests && broken.empty())
-            broken = std::string(Pubhead::pageName(page)) + " was answered (" + std::to_string(status) +
-                     ") more often than it has asked";
+        else if (++told.answers > told.requests)
+            breaks(std::string(Pubhead::pageName(page)) + " was answered (" + std::to_string(status) +
+                   ") more often than it has asked");
+    }
+
+    void breaks(const std::string& what)
+    {
+        if (broken.empty())
+            broken = what;
     }
 
     void checkSwitch()
     {
         if (EngineApi::getSystemSubState() != EngineApi::kSwitch)
             switchBegin.reset();
-        else if (switchBegin && Clock::now() - *switchBegin > longestSwitch && broken.empty())
-            broken = std::string("the switch of ") + Pubhead::pageName(switchPage) + " does not end";
+        else if (switchBegin && Clock::now() - *switchBegin > longestSwitch)
+            breaks(std::string("the switch of ") + Pubhead::pageName(switchPage) + " does not end");
     }
 };
 
