@@ -85,8 +85,10 @@ private:
         const auto* remote = message.id == Kernel::MSG_APP_REMOTE
                                  ? Kernel::payloadAs<Platform::RemoteMessage>(message.payload)
                                  : nullptr;
-        // Messages to the engine's window come by another way.
-        if (remote == nullptr || typeid(*remote) != typeid(Platform::RemoteMessage))
+        // Messages to the engine's window come by another way. What a component would take goes to the page while the
+        // component has not begun; the program says it again then.
+        if (remote == nullptr || std::ranges::find(toComponents, remote->what) != toComponents.end() ||
+            typeid(*remote) != typeid(Platform::RemoteMessage))
             return;
         auto& expected = spoken[remote->appType];
         const auto isIt = [&](const Posted& each)

@@ -79,8 +79,15 @@ bool AppHandler::change(const AppStateSwitch& order, const PageStates& current)
     {
         const bool needed =
             config.appType != AppNavi || !isAppConnected(AppNavi) || current.showState != order.states.showState;
-        if (config.page != mbThirdPart && needed)
-            showOrLaunchApp(config.appType, config.page, appProgram.path, formatted(order.commandLine));
+        if (config.page == mbThirdPart || !needed)
+            return false;
+        auto commandLine = order.commandLine;
+        if (commandLine == nullptr && !isAppConnected(config.appType)) // A new process does not know its page.
+        {
+            commandLine = AppCommandLine::genCmdPageShow(config.page, false);
+            decorateCommandLine(order.switchType, current, order.states, *commandLine);
+        }
+        showOrLaunchApp(config.appType, config.page, appProgram.path, formatted(commandLine));
         return false;
     }
     if (order.commandLine == nullptr)
