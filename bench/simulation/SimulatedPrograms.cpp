@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr int toAll = -1;
+constexpr int bySegmentationFault = 139;
 constexpr const char* commandLineOption = "--command-line";
 constexpr std::chrono::seconds slowStart { 3 };
 constexpr std::chrono::milliseconds engineAwayLimit { 10'000 };
@@ -57,13 +58,16 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
         if (!outbox.empty())
             consider(outbox.front().first);
         consider(givesUp);
+        consider(dies);
         return next;
     }
 
     void run()
     {
         const auto now = Clock::now();
-        if (!here && owner.bus && ready <= now)
+        if (dies && *dies <= now)
+            ProcessDouble::end(pid, bySegmentationFault);
+        else if (!here && owner.bus && ready <= now)
         {
             here = true;
             owner.channel.post([type = appType, process = pid] { IpcDouble::setPresent(type, true, process); });
@@ -74,6 +78,8 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
         {
             const auto message = outbox.front().second;
             outbox.pop_front();
+            if (message.what == RMSG_APP_HELLO && Scheduler::get().getChance().happens(owner.habits.failedStarts))
+                dies = now + owner.upTo(owner.habits.answer);
             owner.channel.post(
                 [type = appType, message, &lookout = owner.lookout]
                 {
@@ -125,7 +131,7 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
     BenchProgram::ProgramModel model;
     bool here = false, hangs = false;
     std::optional<Clock::time_point> connected;
-    std::optional<Clock::time_point> givesUp;
+    std::optional<Clock::time_point> givesUp, dies;
     std::deque<std::pair<Clock::time_point, IpcDouble::Posted>> inbox, outbox;
 
 private:
@@ -244,7 +250,6 @@ std::vector<int> SimulatedPrograms::running() const
 
 void SimulatedPrograms::crash(int appType)
 {
-    constexpr int bySegmentationFault = 139;
     if (const auto* program = findProgram(appType))
         ProcessDouble::end(program->pid, bySegmentationFault);
 }

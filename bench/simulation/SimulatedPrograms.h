@@ -16,6 +16,7 @@ struct ProgramHabits
     std::chrono::milliseconds start { 40 };
     std::chrono::milliseconds answer { 3 };
     int slowStarts = 0;   ///< of a thousand starts
+    int failedStarts = 0; ///< of a thousand, as soon as they have said hello
     int answersTwice = 0; ///< of a thousand answers
 };
 

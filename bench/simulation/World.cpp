@@ -43,6 +43,8 @@ std::string World::read(std::istream& text)
             habits.answer = time;
         else if (word == "slow-start")
             habits.slowStarts = first;
+        else if (word == "failed-start")
+            habits.failedStarts = first;
         else if (word == "answers-twice")
             habits.answersTwice = first;
         else

@@ -371,17 +371,19 @@ void ExeMonitor::handleTimer(int timerId)
 
 void ExeMonitor::handleHello(int appType)
 {
-    if (!monitor.isProcessRunning(appType))
+    auto process = monitor.getProcess(appType);
+    if (process == nullptr || !process->isRunning())
     {
         const auto running = findRunningProgram(appType);
         if (!running.found) // Its process has ended since it spoke.
             return;
-        monitor.watchProcess(appType, running.process);
+        process = running.process;
+        monitor.watchProcess(appType, process);
     }
     acknowledgeHello(appType);
+    // Its end may have been told meanwhile: nobody would take this back.
     const std::lock_guard guard(lock);
-    // The process may have ended meanwhile, and must not be taken for connected after that.
-    if (monitor.getProcess(appType) != nullptr)
+    if (monitor.getProcess(appType) == process)
         setAppState(appType, kConnected);
 }
 

@@ -37,12 +37,6 @@ void MonitorThread::watchProcess(int appType, Platform::ProcessHandle process)
     waiter.wake();
 }
 
-bool MonitorThread::isProcessRunning(int appType) const
-{
-    const auto process = getProcess(appType);
-    return process != nullptr && process->isRunning();
-}
-
 Platform::ProcessHandle MonitorThread::getProcess(int appType) const
 {
     const std::lock_guard guard(lock);

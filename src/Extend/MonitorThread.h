@@ -22,8 +22,6 @@ public:
 
     /** Replaces the program's earlier process; null changes nothing. Any thread. */
     void watchProcess(int appType, Platform::ProcessHandle process);
-    /** Any thread. */
-    bool isProcessRunning(int appType) const;
     /** The process that is watched for the program, or null. Any thread. */
     Platform::ProcessHandle getProcess(int appType) const;
 

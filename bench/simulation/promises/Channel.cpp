@@ -23,6 +23,11 @@ constexpr std::array toComponents { Platform::RMSG_PAGE_REQUEST_SHOW, Platform::
                                     Platform::RMSG_PAGE_HIDE_READY,   Platform::RMSG_PAGE_TOP_SHOWN,
                                     Platform::RMSG_APP_HELLO,         Platform::RMSG_HEARTBEAT_REPLY };
 
+bool isForComponent(int what)
+{
+    return std::ranges::find(toComponents, what) != toComponents.end();
+}
+
 /** The executable monitor posts these past the queue. */
 bool goesPastTheQueue(const Posted& message)
 {
@@ -74,9 +79,7 @@ private:
 
     void onSpoken(int appType, const Posted& message)
     {
-        const bool isForPage = std::ranges::find(toComponents, message.what) == toComponents.end() &&
-                               EngineApi::getHandler(EngineApi::getPageOfAppType(appType)) != nullptr;
-        if (isForPage)
+        if (!isForComponent(message.what) && EngineApi::getHandler(EngineApi::getPageOfAppType(appType)) != nullptr)
             spoken[appType].push_back(message);
     }
 
@@ -85,10 +88,8 @@ private:
         const auto* remote = message.id == Kernel::MSG_APP_REMOTE
                                  ? Kernel::payloadAs<Platform::RemoteMessage>(message.payload)
                                  : nullptr;
-        // Messages to the engine's window come by another way. What a component would take goes to the page while the
-        // component has not begun; the program says it again then.
-        if (remote == nullptr || std::ranges::find(toComponents, remote->what) != toComponents.end() ||
-            typeid(*remote) != typeid(Platform::RemoteMessage))
+        // Messages to the engine's window come by another way, and a page ignores what comes before its component listens.
+        if (remote == nullptr || typeid(*remote) != typeid(Platform::RemoteMessage) || isForComponent(remote->what))
             return;
         auto& expected = spoken[remote->appType];
         const auto isIt = [&](const Posted& each)
