@@ -58,16 +58,13 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
         if (!outbox.empty())
             consider(outbox.front().first);
         consider(givesUp);
-        consider(dies);
         return next;
     }
 
     void run()
     {
         const auto now = Clock::now();
-        if (dies && *dies <= now)
-            ProcessDouble::end(pid, bySegmentationFault);
-        else if (!here && owner.bus && ready <= now)
+        if (!here && owner.bus && ready <= now)
         {
             here = true;
             owner.channel.post([type = appType, process = pid] { IpcDouble::setPresent(type, true, process); });
@@ -78,8 +75,6 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
         {
             const auto message = outbox.front().second;
             outbox.pop_front();
-            if (message.what == RMSG_APP_HELLO && Scheduler::get().getChance().happens(owner.habits.failedStarts))
-                dies = now + owner.upTo(owner.habits.answer);
             owner.channel.post(
                 [type = appType, message, &lookout = owner.lookout]
                 {
@@ -88,6 +83,8 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
                     lookout.spoken.tell(type, message);
                     IpcDouble::injectMessage(type, message.what, message.arg1, message.arg2, message.bundle);
                 });
+            if (message.what == RMSG_APP_HELLO && Scheduler::get().getChance().happens(owner.habits.failedStarts))
+                ProcessDouble::end(pid, bySegmentationFault);
         }
         else if (!inbox.empty() && inbox.front().first <= now)
         {
@@ -131,7 +128,7 @@ struct SimulatedPrograms::Program : private BenchProgram::Outside
     BenchProgram::ProgramModel model;
     bool here = false, hangs = false;
     std::optional<Clock::time_point> connected;
-    std::optional<Clock::time_point> givesUp, dies;
+    std::optional<Clock::time_point> givesUp;
     std::deque<std::pair<Clock::time_point, IpcDouble::Posted>> inbox, outbox;
 
 private:
