@@ -1,5 +1,6 @@
 #include "platform/record/Recording.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 using namespace Platform;
@@ -11,6 +12,11 @@ void require(bool condition)
 {
     if (!condition)
         std::abort();
+}
+
+bool isOneLine(const std::string& text)
+{
+    return !text.empty() && std::ranges::none_of(text, [](char each) { return each >= 0 && each < ' '; });
 }
 
 } // namespace
@@ -31,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(record->asked().size() + record->answer().size() <= record->fields.size());
     }
     for (const auto& info : allSteps())
-        require(!describe(info.step, bytes).empty());
+        require(isOneLine(describe(info.step, bytes)));
 
     error.clear();
     if (const auto bundle = bundleOf(bytes, error); error.empty())

@@ -92,12 +92,12 @@ void RecordingFiles::take(Record record)
         if (number < 1 || number > mostThreads)
             return;
         threads.resize(std::max(threads.size(), static_cast<std::size_t>(number)));
-        threads[static_cast<std::size_t>(number) - 1] = reader.bytes();
+        threads[static_cast<std::size_t>(number) - 1] = printable(reader.bytes());
         return;
     }
     if (record.step == Step::begin)
     {
-        engine = reader.bytes();
+        engine = printable(reader.bytes());
         timeOfDay = reader.number();
     }
     if (record.step == Step::lost)

@@ -6,6 +6,7 @@
 #include "platform/screen/OverlayPeer.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -26,12 +27,30 @@ using Platform::Step;
 
 constexpr int unusable = 2;
 constexpr int millionth = 1'000'000;
+/** Of a step that is listed, in bytes. */
+constexpr std::size_t longestField = 60;
 
 void print(const RecordingFiles& files, const Record& record)
 {
     std::printf("%5lld.%06lld  %-15s %s\n", static_cast<long long>(record.time / millionth),
                 static_cast<long long>(record.time % millionth), files.threadName(record).c_str(),
-                Platform::describe(record).c_str());
+                Platform::describe(record, longestField).c_str());
+}
+
+/** As far as it can be seen where it differs, which is at this byte. */
+std::string excerpt(const std::string& text, std::size_t place)
+{
+    constexpr std::size_t longest = 400, before = 200;
+    if (text.size() <= longest)
+        return text;
+    const auto isInside = [&](std::size_t index) { return index < text.size() && (text[index] & 0xC0) == 0x80; };
+    std::size_t begin = place > before ? place - before : 0;
+    for (; isInside(begin); ++begin)
+        ;
+    auto end = std::min(text.size(), begin + longest);
+    for (; isInside(end); ++end)
+        ;
+    return (begin > 0 ? "... " : "") + text.substr(begin, end - begin) + (end < text.size() ? " ..." : "");
 }
 
 /** A folder for the files that the engine finds at its start, removed at the end. */
@@ -145,9 +164,12 @@ void tellDifference(const RecordingFiles& files, const Follower& follower, int b
     for (auto index = at - std::min(at, static_cast<std::size_t>(before)); index < at; ++index)
         print(files, files.records[index]);
     const auto& record = files.records[at];
+    const auto recorded = Platform::describe(record);
+    const auto& now = follower.difference();
+    const auto place = static_cast<std::size_t>(std::ranges::mismatch(recorded, now).in1 - recorded.begin());
     std::printf("✗ step %zu, %.6f s, thread %s\n  recorded: %s\n  now:      %s\n", at,
                 static_cast<double>(record.time) / millionth, files.threadName(record).c_str(),
-                Platform::describe(record).c_str(), follower.difference().c_str());
+                excerpt(recorded, place).c_str(), excerpt(now, place).c_str());
 }
 
 /** The exit status. */

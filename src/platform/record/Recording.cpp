@@ -1,5 +1,7 @@
 #include "platform/record/Recording.h"
 
+#include "platform/base/Utf8.h"
+
 #include <algorithm>
 #include <array>
 #include <zlib.h>
@@ -250,27 +252,33 @@ std::optional<std::size_t> lastFieldOf(Step step, std::string_view fields)
     return reader.good() && reader.atEnd() ? std::optional(begin) : std::nullopt;
 }
 
-std::string hexOf(std::string_view bytes)
+void appendHex(std::string& text, std::uint8_t byte)
 {
-    constexpr std::size_t most = 48;
     constexpr const char* digits = "0123456789ABCDEF";
     constexpr unsigned nibble = 4, nibbleMask = 0xF;
-    std::string text;
-    for (const char each : bytes.substr(0, most))
-    {
-        const auto byte = static_cast<std::uint8_t>(each);
-        text += text.empty() ? "" : " ";
-        text += digits[byte >> nibble];
-        text += digits[byte & nibbleMask];
-    }
-    return bytes.size() > most ? text + " ... (" + std::to_string(bytes.size()) + " bytes)" : text;
+    text += digits[byte >> nibble];
+    text += digits[byte & nibbleMask];
 }
 
-/** Of more than one line only the first. */
-std::string textOf(std::string_view text)
+std::string hexOf(std::string_view bytes)
 {
-    const auto line = text.substr(0, text.find('\n'));
-    return std::string(line) + (line.size() < text.size() ? " ..." : "");
+    std::string text;
+    for (const char each : bytes)
+    {
+        text += text.empty() ? "" : " ";
+        appendHex(text, static_cast<std::uint8_t>(each));
+    }
+    return text;
+}
+
+std::string describeField(StepField::Kind kind, FieldReader& reader, std::size_t longest)
+{
+    if (kind == StepField::Kind::number)
+        return std::to_string(reader.number());
+    const auto bytes = reader.bytes();
+    const auto shown = bytes.substr(0, longest);
+    const auto text = kind == StepField::Kind::text ? printable(shown) : hexOf(shown);
+    return bytes.size() > longest ? text + " ... (" + std::to_string(bytes.size()) + " bytes)" : text;
 }
 
 } // namespace
@@ -358,7 +366,31 @@ std::string_view Record::answer() const
     return begin ? std::string_view(fields).substr(*begin) : std::string_view();
 }
 
-std::string describe(Step step, std::string_view fields)
+std::string printable(std::string_view bytes)
+{
+    constexpr std::uint8_t firstPrintable = 0x20, erase = 0x7F;
+    // Of the controls of two bytes, and the first printable one after them.
+    constexpr std::uint8_t leadOfLateControls = 0xC2, afterLateControls = 0xA0;
+    const auto valid = textOfUtf8(bytes).toStdString();
+    const auto byteAt = [&](std::size_t index) { return static_cast<std::uint8_t>(valid[index]); };
+    std::string text;
+    for (std::size_t index = 0; index < valid.size(); ++index)
+    {
+        const bool isLate = byteAt(index) == leadOfLateControls && byteAt(index + 1) < afterLateControls;
+        if (isLate)
+            ++index;
+        if (isLate || byteAt(index) < firstPrintable || byteAt(index) == erase)
+        {
+            text += "\\x";
+            appendHex(text, byteAt(index));
+        }
+        else
+            text += valid[index];
+    }
+    return text;
+}
+
+std::string describe(Step step, std::string_view fields, std::size_t longest)
 {
     const auto* info = infoOf(step);
     if (info == nullptr)
@@ -370,18 +402,14 @@ std::string describe(Step step, std::string_view fields)
         // An answer may be missing where only what was asked is told.
         if (reader.atEnd())
             break;
-        text += " " + std::string(field.name) + "=";
-        if (field.kind == StepField::Kind::number)
-            text += std::to_string(reader.number());
-        else
-            text += field.kind == StepField::Kind::text ? textOf(reader.bytes()) : hexOf(reader.bytes());
+        text += " " + std::string(field.name) + "=" + describeField(field.kind, reader, longest);
     }
     return text;
 }
 
-std::string describe(const Record& record)
+std::string describe(const Record& record, std::size_t longest)
 {
-    return describe(record.step, record.fields);
+    return describe(record.step, record.fields, longest);
 }
 
 std::string encodeHeader(const RecordingHeader& header)

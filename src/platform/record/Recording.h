@@ -195,9 +195,11 @@ struct Record
     std::string_view answer() const;
 };
 
-/** "port bytes port=/dev/ttyS1 bytes=FF 55 02", for people. */
-std::string describe(const Record& record);
-std::string describe(Step step, std::string_view fields);
+/** "port bytes port=/dev/ttyS1 bytes=FF 55 02", for people. Of a text or bytes only so many bytes. */
+std::string describe(const Record& record, std::size_t longest = std::string::npos);
+std::string describe(Step step, std::string_view fields, std::size_t longest = std::string::npos);
+/** On one line, and harmless to a terminal: controls become "\x0A", what is no UTF-8 U+FFFD. */
+std::string printable(std::string_view text);
 
 // The file: a header, and records.
 

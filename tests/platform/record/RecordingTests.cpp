@@ -157,6 +157,15 @@ TEST(RecordingTest, TheDocumentHasTheNumberAndTheFieldsOfEveryStep)
     }
 }
 
+TEST(RecordingTest, AStepIsOneLineThatHarmsNoTerminal)
+{
+    const auto text = describe(Step::broadcast, Fields("Z\xC3\xBCrich\n\x1B[2J\xC2\x9B\xFF").bytes());
+    EXPECT_EQ(text, "broadcast text=Z\xC3\xBCrich\\x0A\\x1B[2J\\x9B\xEF\xBF\xBD");
+    const std::string block(100, '\x01');
+    EXPECT_THAT(describe(Step::spiWrite, Fields(block, true).bytes()), testing::EndsWith("01 01 01 ok=1"));
+    EXPECT_EQ(describe(Step::spiWrite, Fields(block, true).bytes(), 2), "spi write bytes=01 01 ... (100 bytes) ok=1");
+}
+
 TEST(RecordingTest, WhatIsAskedAndWhatIsAnsweredAreToldApart)
 {
     const Record write { Step::portWrite, 1, 0, Fields("port", "bytes", 5).bytes() };
