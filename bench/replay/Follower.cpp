@@ -21,10 +21,11 @@ juce::String juceText(std::string_view text)
 
 } // namespace
 
-Follower::Follower(Scheduler& schedulerToUse, const RecordingFiles& filesToFollow)
+Follower::Follower(Scheduler& schedulerToUse, const RecordingFiles& filesToFollow, std::atomic<std::size_t>& place)
     : scheduler(schedulerToUse)
     , files(filesToFollow)
     , begin(schedulerToUse.now())
+    , next(place)
 {
     assert(only == nullptr);
     only = this;

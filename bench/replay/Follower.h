@@ -8,6 +8,7 @@
 #include "platform/record/Recorder.h"
 #include "platform/screen/Overlay.h"
 
+#include <atomic>
 #include <map>
 #include <set>
 
@@ -37,7 +38,8 @@ struct Reached
 class Follower : public Platform::Recorder
 {
 public:
-    Follower(Scheduler& schedulerToUse, const RecordingFiles& filesToFollow);
+    /** `place` tells how many records were followed, and outlives the process of the engine when it is shared. */
+    Follower(Scheduler& schedulerToUse, const RecordingFiles& filesToFollow, std::atomic<std::size_t>& place);
 
     /** The one that exists. */
     static Follower& get();
@@ -46,8 +48,6 @@ public:
     void follow();
     /** Empty when there was none. */
     const std::string& difference() const { return different; }
-    /** How many records were followed. */
-    std::size_t done() const { return next; }
 
     // The engine's side, on a fiber.
 
@@ -77,7 +77,7 @@ private:
     Scheduler& scheduler;
     const RecordingFiles& files;
     const Platform::Clock::time_point begin;
-    std::size_t next = 0;
+    std::atomic<std::size_t>& next;
     std::string different;
     std::map<Fiber*, Meeting> meetings; ///< of the threads that have come to a step
     std::set<Fiber*> sleepers;

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -15,6 +16,7 @@
 #include <iostream>
 #include <juce_gui_basics/juce_gui_basics.h>
 #include <sys/mman.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace
@@ -158,29 +160,29 @@ bool printLine(const char* file, int, const char*, const char* format, va_list a
     return true;
 }
 
-void tellDifference(const RecordingFiles& files, const Follower& follower, int before)
+void printBefore(const RecordingFiles& files, std::size_t at, int before)
 {
-    const auto at = follower.done();
     for (auto index = at - std::min(at, static_cast<std::size_t>(before)); index < at; ++index)
         print(files, files.records[index]);
+}
+
+double secondsAt(const RecordingFiles& files, std::size_t index)
+{
+    return static_cast<double>(files.records[index].time) / millionth;
+}
+
+void tellDifference(const RecordingFiles& files, std::size_t at, const std::string& now)
+{
     const auto& record = files.records[at];
     const auto recorded = Platform::describe(record);
-    const auto& now = follower.difference();
     const auto place = static_cast<std::size_t>(std::ranges::mismatch(recorded, now).in1 - recorded.begin());
-    std::printf("✗ step %zu, %.6f s, thread %s\n  recorded: %s\n  now:      %s\n", at,
-                static_cast<double>(record.time) / millionth, files.threadName(record).c_str(),
-                excerpt(recorded, place).c_str(), excerpt(now, place).c_str());
+    std::printf("✗ step %zu, %.6f s, thread %s\n  recorded: %s\n  now:      %s\n", at, secondsAt(files, at),
+                files.threadName(record).c_str(), excerpt(recorded, place).c_str(), excerpt(now, place).c_str());
 }
 
 /** The exit status. */
-int replay(const RecordingFiles& files, bool withLog, int before)
+int replay(const RecordingFiles& files, std::atomic<std::size_t>& place, bool withLog, int before)
 {
-    UnitFolder folder;
-    if (const auto error = folder.fill(files); !error.empty())
-    {
-        std::cerr << error << "\n";
-        return unusable;
-    }
     const auto entry = withLog ? printLine : keepNothing;
     Platform::Logger::getInstance()->redirect(entry, entry, entry, entry);
     // What the engine prints is for its own standard error.
@@ -189,7 +191,7 @@ int replay(const RecordingFiles& files, bool withLog, int before)
     // None of them is taken down: the process ends with the replay.
     constexpr std::uint64_t anySeed = 1;
     auto& scheduler = *new Scheduler(anySeed);
-    auto& follower = *new Follower(scheduler, files);
+    auto& follower = *new Follower(scheduler, files, place);
     new juce::ScopedJuceInitialiser_GUI;
     Platform::keepFrameworkOffDisplay();
     new Application;
@@ -200,16 +202,52 @@ int replay(const RecordingFiles& files, bool withLog, int before)
     const auto took = std::chrono::duration<double>(std::chrono::steady_clock::now() - wall).count();
     if (!follower.difference().empty())
     {
-        tellDifference(files, follower, before);
+        printBefore(files, place, before);
+        tellDifference(files, place, follower.difference());
         return 1;
     }
-    const auto done = follower.done();
-    const auto seconds = done == 0 ? 0 : static_cast<double>(files.records[done - 1].time) / millionth;
+    const std::size_t done = place;
+    const auto seconds = done == 0 ? 0 : secondsAt(files, done - 1);
     std::printf("✓ %zu steps of %.1f s, as recorded by version %s; replayed in %.2f s, %.0f times real time\n", done,
                 seconds, files.engine.c_str(), took, seconds / took);
     if (files.gap < files.records.size())
         std::printf("  What follows cannot be replayed: something is missing before it.\n");
     return 0;
+}
+
+/** The same in a process of its own, so that a fault of the engine ends only that, and its place is told. */
+int replayApart(const RecordingFiles& files, bool withLog, int before)
+{
+    UnitFolder folder;
+    if (const auto error = folder.fill(files); !error.empty())
+    {
+        std::cerr << error << "\n";
+        return unusable;
+    }
+    using Place = std::atomic<std::size_t>;
+    auto* memory = ::mmap(nullptr, sizeof(Place), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    auto* place = memory == MAP_FAILED ? nullptr : new (memory) Place(0);
+    std::fflush(stdout);
+    const auto child = place == nullptr ? -1 : ::fork();
+    if (child == 0)
+    {
+        const int status = replay(files, *place, withLog, before);
+        std::fflush(stdout);
+        ::_exit(status);
+    }
+    int status = 0;
+    if (child < 0 || ::waitpid(child, &status, 0) < 0)
+    {
+        std::cerr << "no process for the replay: " << std::strerror(errno) << "\n";
+        return unusable;
+    }
+    if (WIFEXITED(status))
+        return WEXITSTATUS(status);
+    const std::size_t at = *place;
+    printBefore(files, at, before);
+    std::printf("✗ before step %zu, %.6f s: the engine ends by a fault: %s\n", at,
+                at == 0 ? 0 : secondsAt(files, at - 1), ::strsignal(WTERMSIG(status)));
+    return 1;
 }
 
 } // namespace
@@ -241,7 +279,7 @@ int main(int argc, char** argv)
         for (const auto& record : files.records)
             print(files, record);
     else
-        status = replay(files, withLog, before);
+        status = replayApart(files, withLog, before);
     for (const auto& note : files.notes)
         std::printf("  %s\n", note.c_str());
     std::fflush(stdout);
