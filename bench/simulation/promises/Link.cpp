@@ -102,7 +102,8 @@ private:
     {
         if (frame != inFlight->frame)
             return breaks(nameOf(frame) + " has the number of " + nameOf(inFlight->frame));
-        if (inFlight->acknowledged && *inFlight->acknowledged < Clock::now())
+        // One that has just come may still wait for its thread.
+        if (inFlight->acknowledged && *inFlight->acknowledged + moreOrLess < Clock::now())
             return breaks(nameOf(frame) + " is sent again, although it was acknowledged");
         if (inFlight->times == transmissions)
             return breaks(nameOf(frame) + " is sent too often");
