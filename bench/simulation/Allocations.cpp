@@ -14,47 +14,6 @@ namespace
 int benchParts = 1;
 Allocations engine;
 
-/** In front of each block, and as long as its alignment asks for. */
-struct Header
-{
-    std::size_t size;
-    bool isEngine;
-};
-constexpr std::size_t leastHeader = std::max(sizeof(Header), alignof(std::max_align_t));
-
-[[maybe_unused]] void* allocate(std::size_t size, std::size_t alignment)
-{
-    const auto front = std::max(leastHeader, alignment);
-    const auto all = (front + size + alignment - 1) / alignment * alignment;
-    auto* block = static_cast<std::byte*>(std::aligned_alloc(alignment, all));
-    if (block == nullptr)
-        throw std::bad_alloc();
-    auto* memory = block + front;
-    const bool isEngine = benchParts == 0;
-    new (memory - sizeof(Header)) Header { size, isEngine };
-    if (isEngine)
-    {
-        engine.bytes += static_cast<std::int64_t>(size);
-        ++engine.blocks;
-    }
-    return memory;
-}
-
-[[maybe_unused]] void release(void* memory, std::size_t alignment) noexcept
-{
-    if (memory == nullptr)
-        return;
-    const auto* header = static_cast<Header*>(memory) - 1;
-    if (header->isEngine)
-    {
-        engine.bytes -= static_cast<std::int64_t>(header->size);
-        --engine.blocks;
-    }
-    std::free(static_cast<std::byte*>(memory) - std::max(leastHeader, alignment));
-}
-
-[[maybe_unused]] constexpr std::size_t normally = alignof(std::max_align_t);
-
 } // namespace
 
 Allocations engineAllocations()
@@ -87,6 +46,57 @@ int exchangeBenchParts(int depth)
 // The language's own, in their forms that the others call. The address sanitizer brings all of them, and looks after the
 // memory better than a count.
 #if !defined(__SANITIZE_ADDRESS__)
+
+namespace Simulation
+{
+
+namespace
+{
+
+/** In front of each block, and as long as its alignment asks for. */
+struct Header
+{
+    std::size_t size;
+    bool isEngine;
+};
+constexpr std::size_t leastHeader = std::max(sizeof(Header), alignof(std::max_align_t));
+
+void* allocate(std::size_t size, std::size_t alignment)
+{
+    const auto front = std::max(leastHeader, alignment);
+    const auto all = (front + size + alignment - 1) / alignment * alignment;
+    auto* block = static_cast<std::byte*>(std::aligned_alloc(alignment, all));
+    if (block == nullptr)
+        throw std::bad_alloc();
+    auto* memory = block + front;
+    const bool isEngine = benchParts == 0;
+    new (memory - sizeof(Header)) Header { size, isEngine };
+    if (isEngine)
+    {
+        engine.bytes += static_cast<std::int64_t>(size);
+        ++engine.blocks;
+    }
+    return memory;
+}
+
+void release(void* memory, std::size_t alignment) noexcept
+{
+    if (memory == nullptr)
+        return;
+    const auto* header = static_cast<Header*>(memory) - 1;
+    if (header->isEngine)
+    {
+        engine.bytes -= static_cast<std::int64_t>(header->size);
+        --engine.blocks;
+    }
+    std::free(static_cast<std::byte*>(memory) - std::max(leastHeader, alignment));
+}
+
+constexpr std::size_t normally = alignof(std::max_align_t);
+
+} // namespace
+
+} // namespace Simulation
 
 void* operator new(std::size_t size)
 {

@@ -130,7 +130,8 @@ Mutex::~Mutex() = default;
 void Mutex::lock() const
 {
     auto* self = Scheduler::get().current();
-    if (backend->depth > 0 && backend->owner == self)
+    // Who looks from outside does not wait: the threads stand still, and the one that has it keeps it.
+    if (backend->depth > 0 && (backend->owner == self || self == nullptr))
     {
         ++backend->depth;
         return;
@@ -138,8 +139,7 @@ void Mutex::lock() const
     // In a replay not before it was its turn.
     recordStep(Step::locked);
     Scheduler::get().passOccasion();
-    // Who looks from outside does not wait: the threads stand still.
-    while (backend->depth > 0 && self != nullptr)
+    while (backend->depth > 0)
         backend->waiting.wait({});
     backend->owner = self;
     ++backend->depth;

@@ -20,28 +20,8 @@ class Waits
 public:
     void watch(SimulatedUnit& unit)
     {
-        unit.lookout.lines.add(
-            [this, &programs = unit.programs](const std::string& part, const std::string& line)
-            {
-                const auto name = line.substr(0, line.find(" does not "));
-                if (constexpr std::string_view unsent = "postMessage error! dest: ";
-                    line.starts_with(unsent) && !programs.hasBus())
-                    lostWithBus = Bench::findApp(line.substr(unsent.size()));
-                if (part != "Extend/ViewManager")
-                    return;
-                if (const std::string next = "Set NextShowPage : "; line.starts_with(next) && lostWithBus)
-                {
-                    const auto wanted = line.substr(next.size(), line.find(" |") - next.size());
-                    for (const auto& page : Bench::allPages())
-                        if (wanted == Pubhead::pageName(page.page) && page.appType != *lostWithBus)
-                            lostWithBus.reset();
-                }
-                if (name == line)
-                    return;
-                for (const auto& page : Bench::allPages())
-                    if (name == Pubhead::pageName(page.page))
-                        onWait(line, page, programs);
-            });
+        unit.lookout.lines.add([this, &programs = unit.programs](const std::string& part, const std::string& line)
+                               { onLine(part, line, programs); });
     }
 
     bool wasLostWithBus(int appType) const { return lostWithBus == appType; }
@@ -62,6 +42,28 @@ private:
     std::map<int, Clock::time_point> lastUnwell; ///< of each program, as far as a step has found it so
     std::optional<int> lostWithBus;              ///< the program that its order did not reach
     std::string broken;
+
+    void onLine(const std::string& part, const std::string& line, const SimulatedPrograms& programs)
+    {
+        constexpr std::string_view unsent = "postMessage error! dest: ", next = "Set NextShowPage : ";
+        if (line.starts_with(unsent) && !programs.hasBus())
+            lostWithBus = Bench::findApp(line.substr(unsent.size()));
+        if (part != "Extend/ViewManager")
+            return;
+        if (line.starts_with(next))
+            onWish(line.substr(next.size(), line.find(" |") - next.size()));
+        else if (const auto end = line.find(" does not "); end != std::string::npos)
+            if (const auto* page = pageOf(line.substr(0, end)))
+                onWait(line, *page, programs);
+    }
+
+    static const Bench::PageInfo* pageOf(const std::string& name) { return Bench::pageInfo(Bench::findPage(name)); }
+
+    void onWish(const std::string& name)
+    {
+        if (const auto* page = pageOf(name); page != nullptr && page->appType != lostWithBus)
+            lostWithBus.reset();
+    }
 
     void onWait(const std::string& line, const Bench::PageInfo& page, const SimulatedPrograms& programs)
     {
