@@ -72,7 +72,14 @@ void ViewManager::onRelease()
 
 void ViewManager::onAppConnectState(int appType, int state)
 {
-    if (showState == kNormal && state == kDisconnect && appTypeOfPage(currentPage) == appType)
+    if (state != kDisconnect)
+        return;
+    // What ended does not answer any more; the next process of a page that it was about to show asks anew.
+    if (showState == kHiding && appTypeOfPage(currentPage) == appType)
+        handleHideReady(currentPage);
+    else if (showState == kShowing && appTypeOfPage(nextPage) == appType)
+        handleShowReady(nextPage);
+    if (showState == kNormal && appTypeOfPage(currentPage) == appType)
         currentPageState = kAppHidden;
 }
 
@@ -247,7 +254,7 @@ void ViewManager::handleShowReady(int page)
     logPage("ShowPageReady : ", page);
     // A late answer, perhaps of a program that was not there yet when it was told.
     if (showState == kNormal && page == currentPage)
-        currentPageState = kAppShow;
+        currentPageState = canShow(page) ? kAppShow : kAppHidden;
     if (showState != kShowing || page != nextPage)
         return;
     stopTimer(showTimer);

@@ -254,8 +254,9 @@ TEST_F(ViewManagerTest, APageWhoseProgramDiedOnTheWayIsShownByTheNextOne)
     asksFor(mbUSBAudio);
     says(RMSG_PAGE_HIDE_READY, mbFM);
     monitor.setAppState(AppUSB, kDisconnect);
-    fire(view, Extend::ViewManager::showTimer);
+    run();
     EXPECT_EQ(getCurrentPage(), mbUSBAudio);
+    EXPECT_FALSE(isPageChanging()) << "what ended does not answer any more";
     takeSent();
 
     connect(AppUSB);
@@ -263,7 +264,7 @@ TEST_F(ViewManagerTest, APageWhoseProgramDiedOnTheWayIsShownByTheNextOne)
     asksFor(mbUSBAudio);
     EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
     monitor.setAppState(AppUSB, kDisconnect);
-    fire(view, Extend::ViewManager::showTimer);
+    run();
     connect(AppUSB);
     says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
     setNext(mbFM);
@@ -277,7 +278,7 @@ TEST_F(ViewManagerTest, APageWhoseProgramDiedOnTheWayIsShownByTheNextOne)
     says(RMSG_PAGE_HIDE_READY, mbFM);
     setNext(mbUSBAudio); // on its way
     monitor.setAppState(AppUSB, kDisconnect);
-    fire(view, Extend::ViewManager::showTimer);
+    run();
     connect(AppUSB);
     takeSent();
     asksFor(mbUSBAudio);
@@ -314,6 +315,18 @@ TEST_F(ViewManagerTest, ShowsAndHidesTheNavigationWindowItself)
         EXPECT_EQ(getCurrentPage(), mbUSBAudio);
         WindowDouble::remove(window);
     }
+}
+
+/** The old page's program dies while it hides it: the change does not wait for its answer. */
+TEST_F(ViewManagerTest, APageWhoseProgramDiesWhileItHidesItIsGone)
+{
+    bringToFront(mbFM);
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    takeSent();
+    monitor.setAppState(AppRadio, kDisconnect);
+    run();
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
 }
 
 /** The program in front dies: nobody has to hide, and even its own page can come back. */

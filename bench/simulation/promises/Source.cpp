@@ -23,6 +23,9 @@ std::string sourceAgrees(SimulatedUnit& unit, const Since&)
     const Bench::Source own { type, number };
     if (told && *told == own)
         return {};
+    // The start source did not get through: neither has one, until somebody chooses.
+    if (!told && page == Pubhead::NUM_OF_PAGES && mcu.givenUp > 0)
+        return {};
     return std::string(Pubhead::pageName(page)) + " plays, the microcontroller has " +
            (told ? Bench::sourceName(*told) : "none") + " instead of " + Bench::sourceName(own);
 }
