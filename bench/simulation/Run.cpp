@@ -8,7 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <juce_events/juce_events.h>
+#include <juce_gui_basics/juce_gui_basics.h>
 #include <nlohmann/json.hpp>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,6 +67,19 @@ void write(int pipe, const json& message)
     }
 }
 
+/** What the toolkit asks the machine for once takes longer than a short life: all lives begin with the answers. */
+void askMachine()
+{
+    static bool asked = false;
+    if (std::exchange(asked, true))
+        return;
+    // A display would bring in events of the machine's time. Without a name the toolkit would try its first one.
+    ::setenv("DISPLAY", "none", 1);
+    juce::MessageManager::getInstance();
+    juce::Desktop::getInstance();
+    juce::MessageManager::deleteInstance(); // each life has its own
+}
+
 /** The process of one life. */
 [[noreturn]] void liveHere(const std::string& folder, std::uint64_t seed, const World& world,
                            const Happenings& happenings, const Report& report, int pipe)
@@ -74,8 +87,6 @@ void write(int pipe, const json& message)
     // What the engine prints is for its own standard output.
     if (const int nowhere = ::open("/dev/null", O_WRONLY); nowhere >= 0)
         ::dup2(nowhere, STDERR_FILENO);
-    // A display would bring in events of the machine's time. Without a name the toolkit would try its first one.
-    ::setenv("DISPLAY", "none", 1);
     // None of them is taken down: the process ends with the life.
     auto& scheduler = *new Scheduler(seed);
     new juce::ScopedJuceInitialiser_GUI;
@@ -121,6 +132,7 @@ void write(int pipe, const json& message)
 bool live(Result& result, const std::string& folder, std::uint64_t seed, const World& world,
           const Happenings& happenings, const Report& report)
 {
+    askMachine();
     int ends[2];
     std::fflush(stdout);
     if (::pipe(ends) != 0)

@@ -226,9 +226,23 @@ SimulatedPrograms::Health SimulatedPrograms::health(int appType) const
     if (const auto* program = findProgram(appType))
     {
         health.connected = program->connected;
-        health.answers = bus && program->connected && !program->hangs && !program->model.isSilent();
+        health.answers = program->connected && answers(*program);
     }
     return health;
+}
+
+bool SimulatedPrograms::answers(const Program& program) const
+{
+    return bus && !program.hangs && !program.model.isSilent();
+}
+
+std::vector<int> SimulatedPrograms::unwell() const
+{
+    std::vector<int> types;
+    for (const auto& program : programs)
+        if (program->connected && !answers(*program))
+            types.push_back(program->appType);
+    return types;
 }
 
 bool SimulatedPrograms::isHung(int appType) const
@@ -286,17 +300,14 @@ bool SimulatedPrograms::areIdle() const
                                { return program->here && program->inbox.empty() && program->outbox.empty(); });
 }
 
-std::vector<int> SimulatedPrograms::runningTwice() const
+std::optional<int> SimulatedPrograms::runningTwice() const
 {
-    std::map<int, int> count;
-    for (const auto& program : programs)
-        if (ProcessDouble::isRunning(program->pid))
-            ++count[program->appType];
-    std::vector<int> twice;
-    for (const auto& [appType, processes] : count)
-        if (processes > 1)
-            twice.push_back(appType);
-    return twice;
+    for (auto one = programs.begin(); one != programs.end(); ++one)
+        for (auto other = programs.begin(); other != one; ++other)
+            if ((*one)->appType == (*other)->appType && ProcessDouble::isRunning((*one)->pid) &&
+                ProcessDouble::isRunning((*other)->pid))
+                return (*one)->appType;
+    return {};
 }
 
 void SimulatedPrograms::hear(const IpcDouble::Posted& posted)

@@ -44,6 +44,8 @@ public:
         std::optional<Clock::time_point> gone {};      ///< when its process, or the one before, has ended
     };
     Health health(int appType) const;
+    /** Those that are connected, and do not answer. */
+    std::vector<int> unwell() const;
     bool isHung(int appType) const;
     /** The program if it is connected, else the one in front or any, which can ask in its place; null for none. */
     BenchProgram::ProgramModel* findCarrier(int appType);
@@ -60,12 +62,13 @@ public:
 
     /** Nothing is on its way to or from any of them. */
     bool areIdle() const;
-    /** Programs of which two processes run; there is to be none. */
-    std::vector<int> runningTwice() const;
+    /** A program of which two processes run; there is to be none. */
+    std::optional<int> runningTwice() const;
 
 private:
     struct Program;
 
+    bool answers(const Program& program) const;
     Bench::Journal& journal;
     const Lookout& lookout;
     Lane channel { "ipc" };

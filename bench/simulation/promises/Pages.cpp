@@ -31,9 +31,8 @@ public:
     {
         if (!programs.hasBus())
             lastBusless = Clock::now();
-        for (const int appType : Bench::allApps())
-            if (!programs.health(appType).answers)
-                lastUnwell[appType] = Clock::now();
+        for (const int appType : programs.unwell())
+            lastUnwell[appType] = Clock::now();
         return broken;
     }
 

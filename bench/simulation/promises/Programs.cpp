@@ -11,7 +11,7 @@ namespace
 std::string runsOnce(SimulatedUnit& unit, const Since&)
 {
     const auto twice = unit.programs.runningTwice();
-    return twice.empty() ? "" : std::string(Pubhead::appTypeName(twice.front())) + " runs twice";
+    return !twice ? "" : std::string(Pubhead::appTypeName(*twice)) + " runs twice";
 }
 
 std::string connectedAreKnown(SimulatedUnit& unit, const Since&)

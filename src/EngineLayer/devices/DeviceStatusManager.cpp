@@ -340,7 +340,9 @@ void DeviceStatusManager::mcuPowersOff()
         remote->restoreAfter(0); // nothing comes back on it
         remote->clearDisplay(true);
     }
-    startTimer(powerOffTimer, powerOffMs);
+    // Who asks again does not get it later.
+    if (!isTimerRunning(powerOffTimer))
+        startTimer(powerOffTimer, powerOffMs);
     EngineApi::sendRemoteMessage(Pubhead::AppSirius, EngineApi::RMSG_SXM_FAVOURITE, siriusPowerOff, 0);
 }
 

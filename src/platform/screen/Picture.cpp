@@ -3,6 +3,7 @@
 #include "platform/config/Resources.h"
 
 #include <set>
+#include <utility>
 
 namespace Platform
 {
@@ -36,31 +37,36 @@ void Picture::setName(const juce::String& newName)
 void Picture::reload()
 {
     image = {};
-    if (name.isEmpty())
-        return;
+    isDecoded = name.isEmpty();
+    if (!isDecoded && !CVXResPathManager::getInstance()->contains(name))
+    {
+        reportOnce(logger(), "no picture " + name);
+        isDecoded = true;
+    }
+}
+
+const juce::Image& Picture::decoded() const
+{
+    if (std::exchange(isDecoded, true))
+        return image;
     // The bars change their pictures with every step of the volume: what was decoded lately is at hand.
     const auto content = CVXResPathManager::getInstance()->checksumOf(name);
     const auto key = static_cast<juce::int64>(content) << 32 ^ name.hashCode();
     image = juce::ImageCache::getFromHashCode(key);
     if (content != 0 && image.isValid())
-        return;
+        return image;
     const auto stream = CVXResPathManager::getInstance()->open(name);
-    if (stream == nullptr)
-    {
-        if (!CVXResPathManager::getInstance()->contains(name))
-            reportOnce(logger(), "no picture " + name);
-        return;
-    }
-    image = juce::PNGImageFormat().decodeImage(*stream);
+    image = stream == nullptr ? juce::Image() : juce::PNGImageFormat().decodeImage(*stream);
     if (image.isValid())
         juce::ImageCache::addImageToCache(image, key);
     else
         reportOnce(logger(), "the picture " + name + " is damaged");
+    return image;
 }
 
 void Picture::paint(juce::Graphics& graphics, juce::Rectangle<int> area) const
 {
-    if (image.isValid())
+    if (isLoaded())
         graphics.drawImage(image, area.toFloat(), juce::RectanglePlacement::stretchToFit);
 }
 
