@@ -183,9 +183,10 @@ void ak7738EQOperator::applyBalanceFader()
     for (const int gain : gains)
         values << " " << gain;
     logger().info("Set Balance Fader:" + values);
+    // A source that is restored meanwhile takes these, or is overtaken by them.
+    audio->setChannelGains(gains[0], gains[1], gains[2], gains[3]);
     chip().setChannelGains(gains, Bank::zero);
     chip().setChannelGains(gains, Bank::one);
-    audio->setChannelGains(gains[0], gains[1], gains[2], gains[3]);
     adjustSpeakers();
 }
 
