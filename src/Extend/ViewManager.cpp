@@ -231,6 +231,9 @@ void ViewManager::handleRequestShow(int page)
 void ViewManager::handleHideReady(int page)
 {
     logPage("HidingPageReady : ", page);
+    // A late answer: of all that a program was told meanwhile it did this last.
+    if (showState == kNormal && page == currentPage)
+        currentPageState = kAppHidden;
     if (showState != kHiding || page != currentPage)
         return;
     currentPageState = kAppHiding;

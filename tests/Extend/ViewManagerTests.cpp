@@ -317,6 +317,27 @@ TEST_F(ViewManagerTest, ShowsAndHidesTheNavigationWindowItself)
     }
 }
 
+/** A program that has hung does one after the other what it was told, the show and the hide after it. */
+TEST_F(ViewManagerTest, ALateHideIsTheLastThingThatAProgramHasDone)
+{
+    bringToFront(mbFM);
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    setNext(mbSetup);
+    asksFor(mbSetup);
+    fire(view, Extend::ViewManager::showTimer);
+    setNext(mbAM);
+    fire(view, Extend::ViewManager::hideTimer);
+    ASSERT_FALSE(isPageChanging());
+    takeSent();
+    says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+    says(RMSG_PAGE_HIDE_READY, mbUSBAudio);
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
+}
+
 /** The old page's program dies while it hides it: the change does not wait for its answer. */
 TEST_F(ViewManagerTest, APageWhoseProgramDiesWhileItHidesItIsGone)
 {
