@@ -81,8 +81,10 @@ int iPodSourceHandler::getAudioChannel() const
 void iPodSourceHandler::decorateCommandLine(SwitchType, const PageStates&, const PageStates&,
                                             Platform::AppCommandLine& commandLine)
 {
-    if (commandLine.isSourceExit())
-        connection->connected = false;
+    if (!commandLine.isSourceExit())
+        return;
+    connection->connected = false;
+    audioChannelChanged();
 }
 
 ReariPodHandler::ReariPodHandler()

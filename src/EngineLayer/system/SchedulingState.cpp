@@ -108,7 +108,11 @@ void SchedulingState::runSchedule(const RequestInfo& request)
         refuse(request.page);
         return;
     }
-    switchAction = ApplicationManager::getInstance()->schedule(request);
+    auto decided = request;
+    // It ran when it was asked for, and has been stopped while the request waited.
+    if (request.action == AppAction::ToShow && !handler->isRunning())
+        decided.action = AppAction::ToRun;
+    switchAction = ApplicationManager::getInstance()->schedule(decided);
     if (!switchAction->hasAction())
     {
         switchAction = nullptr;
