@@ -89,6 +89,8 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
     { Kernel::postSystemMessage(Kernel::viewManagerId, id, message.arg1, message.arg2); };
     switch (message.what)
     {
+    case RMSG_APP_HELLO:
+        return Kernel::postSystemMessage(Kernel::viewManagerId, msgProgramThere, message.appType, 0);
     case RMSG_PAGE_REQUEST_SHOW:
         return postToSelf(msgRequestShow);
     case RMSG_PAGE_SHOW_READY:
@@ -122,6 +124,8 @@ void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, c
         return handleReportTopPage(arg1);
     case msgTopShown:
         return handleTopShown(arg1);
+    case msgProgramThere:
+        return handleProgramThere(arg1);
     default:
         return;
     }
@@ -130,7 +134,8 @@ void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, c
 void ViewManager::handleStart()
 {
     addConnectListener(this);
-    for (const auto what : { RMSG_PAGE_REQUEST_SHOW, RMSG_PAGE_HIDE_READY, RMSG_PAGE_SHOW_READY, RMSG_PAGE_TOP_SHOWN })
+    for (const auto what :
+         { RMSG_APP_HELLO, RMSG_PAGE_REQUEST_SHOW, RMSG_PAGE_HIDE_READY, RMSG_PAGE_SHOW_READY, RMSG_PAGE_TOP_SHOWN })
         addRemoteMsgFilter(what, this);
 }
 
@@ -293,6 +298,14 @@ void ViewManager::handleTopShown(int page)
     if (page == reportPage)
         resendShow = page == currentPage && showState == kNormal;
     confirmReport(page);
+}
+
+void ViewManager::handleProgramThere(int appType)
+{
+    // It was away with the bus, and the order to show its page with it.
+    if (showState == kNormal && nextPage == NUM_OF_PAGES && currentPageState != kAppShow &&
+        appTypeOfPage(currentPage) == appType)
+        handleRequestShow(currentPage);
 }
 
 void ViewManager::confirmReport(int page)

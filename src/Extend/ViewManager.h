@@ -46,7 +46,8 @@ private:
         msgHideReady = 3,
         msgShowReady = 4,
         msgReportTopPage = 5,
-        msgTopShown = 6
+        msgTopShown = 6,
+        msgProgramThere = 7 // arg1 the program
     };
 
     enum ShowState { kNormal, kHiding, kShowing };
@@ -62,6 +63,7 @@ private:
     void handleShowReady(int page);
     void handleReportTopPage(int page);
     void handleTopShown(int page);
+    void handleProgramThere(int appType);
 
     bool isInFront(int page) const { return page == currentPage && currentPageState == kAppShow; }
     void awaitRequest();

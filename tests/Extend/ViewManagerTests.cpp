@@ -338,6 +338,24 @@ TEST_F(ViewManagerTest, ALateHideIsTheLastThingThatAProgramHasDone)
     EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
 }
 
+/** The bus has gone with the order to show the page; the program is the same, and says hello again. */
+TEST_F(ViewManagerTest, AProgramThatComesBackToTheBusIsToldToShowItsPage)
+{
+    bringToFront(mbFM);
+    setNext(mbUSBAudio);
+    asksFor(mbUSBAudio);
+    Platform::IpcDouble::setPresent(AppUSB, false);
+    says(RMSG_PAGE_HIDE_READY, mbFM);
+    fire(view, Extend::ViewManager::showTimer);
+    Platform::IpcDouble::setPresent(AppUSB, true);
+    takeSent();
+    says(RMSG_APP_HELLO, mbUSBAudio);
+    EXPECT_THAT(takeSent(), Contains(show(mbUSBAudio)));
+    says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
+    says(RMSG_APP_HELLO, mbUSBAudio);
+    EXPECT_THAT(takeSent(), Not(Contains(show(mbUSBAudio))));
+}
+
 /** The old page's program dies while it hides it: the change does not wait for its answer. */
 TEST_F(ViewManagerTest, APageWhoseProgramDiesWhileItHidesItIsGone)
 {

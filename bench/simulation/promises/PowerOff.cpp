@@ -23,7 +23,7 @@ bool linkFailed(const SimulatedUnit& unit, const Since& since)
                 .empty();
 }
 
-/** The frames that say it; one that comes again has its old number. */
+/** The frames that say it; one that comes again has its old number. And when the unit began to listen. */
 class Readies
 {
 public:
@@ -38,15 +38,20 @@ public:
                               {
                                   if (frame.command == Bench::Mcu::powerOff)
                                       numbers.insert(frame.sequence);
+                                  else if (frame.command == Bench::Mcu::lastMemory && !listens)
+                                      listens = Clock::now();
                               });
             });
     }
 
     std::size_t count() const { return numbers.size(); }
+    /** What the microcontroller says before the unit has asked for its last memory, nobody hears. */
+    bool wasHeard(Clock::time_point time) const { return listens && *listens < time; }
 
 private:
     Bench::McuFrameReader sent;
     std::set<int> numbers;
+    std::optional<Clock::time_point> listens;
 };
 
 std::string oneReady(SimulatedUnit& unit, const Since& since)
@@ -56,7 +61,8 @@ std::string oneReady(SimulatedUnit& unit, const Since& since)
     const bool isReady = unit.mcu.isUnitReadyForPowerOff();
     if (isReady && !since.powerOffAt)
         return "nobody had asked for it";
-    if (!isReady && since.powerOffAt && unit.scheduler.now() - *since.powerOffAt > longest && !linkFailed(unit, since))
+    if (!isReady && since.powerOffAt && only<Readies>().wasHeard(*since.powerOffAt) &&
+        unit.scheduler.now() - *since.powerOffAt > longest && !linkFailed(unit, since))
         return "it has not come";
     return {};
 }

@@ -309,6 +309,8 @@ std::string chipHasWhatIsSet(SimulatedUnit& unit, const Since&)
     const auto state = unit.dsp.state();
     words.begin(state.refused);
     words.check("the chip", Bench::isRunning(state.memory), "at rest", "running");
+    if (!Bench::isRunning(state.memory)) // its start has failed, and nothing else reaches it
+        return words.wrong();
     checkInputs(state.memory, words);
     checkBands(state.memory, words);
     const auto gains = demandedGains();
