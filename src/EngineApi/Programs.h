@@ -23,6 +23,8 @@ void removeConnectListener(AppConnectStateInterface* listener);
 void setNextPage(int page);
 /** The page in front gets a new command line: its order is reported when the program confirms it, or after 400 ms. */
 void reportTopPage(int page);
+/** A program is there, perhaps again: it is told to show the page in front, if that is one of its own. */
+void programSaidHello(int appType);
 /** The page in front as far as the programs have confirmed it. */
 int getCurrentPage();
 /** True while one page goes and another comes. */

@@ -382,9 +382,12 @@ void ExeMonitor::handleHello(int appType)
     }
     acknowledgeHello(appType);
     // Its end may have been told meanwhile: nobody would take this back.
-    const std::lock_guard guard(lock);
-    if (monitor.getProcess(appType) == process)
-        setAppState(appType, kConnected);
+    {
+        const std::lock_guard guard(lock);
+        if (monitor.getProcess(appType) == process)
+            setAppState(appType, kConnected);
+    }
+    programSaidHello(appType);
 }
 
 void ExeMonitor::handleHeartbeatReply(int appType)

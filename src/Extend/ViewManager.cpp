@@ -65,6 +65,11 @@ void ViewManager::reportTopPage(int page)
     Kernel::postSystemMessage(Kernel::viewManagerId, msgReportTopPage, page, 0);
 }
 
+void ViewManager::programSaidHello(int appType)
+{
+    Kernel::postSystemMessage(Kernel::viewManagerId, msgProgramThere, appType, 0);
+}
+
 void ViewManager::onRelease()
 {
     removeConnectListener(this);
@@ -89,8 +94,6 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
     { Kernel::postSystemMessage(Kernel::viewManagerId, id, message.arg1, message.arg2); };
     switch (message.what)
     {
-    case RMSG_APP_HELLO:
-        return Kernel::postSystemMessage(Kernel::viewManagerId, msgProgramThere, message.appType, 0);
     case RMSG_PAGE_REQUEST_SHOW:
         return postToSelf(msgRequestShow);
     case RMSG_PAGE_SHOW_READY:
@@ -134,8 +137,7 @@ void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, c
 void ViewManager::handleStart()
 {
     addConnectListener(this);
-    for (const auto what :
-         { RMSG_APP_HELLO, RMSG_PAGE_REQUEST_SHOW, RMSG_PAGE_HIDE_READY, RMSG_PAGE_SHOW_READY, RMSG_PAGE_TOP_SHOWN })
+    for (const auto what : { RMSG_PAGE_REQUEST_SHOW, RMSG_PAGE_HIDE_READY, RMSG_PAGE_SHOW_READY, RMSG_PAGE_TOP_SHOWN })
         addRemoteMsgFilter(what, this);
 }
 
@@ -398,6 +400,11 @@ using Extend::ViewManager;
 void setNextPage(int page)
 {
     ViewManager::getInstance()->setNextPage(page);
+}
+
+void programSaidHello(int appType)
+{
+    ViewManager::getInstance()->programSaidHello(appType);
 }
 
 void reportTopPage(int page)

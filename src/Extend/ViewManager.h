@@ -28,6 +28,7 @@ public:
     /** Any thread. */
     void setNextPage(int page);
     void reportTopPage(int page);
+    void programSaidHello(int appType);
     int getCurrentPage() const { return currentPage; }
     bool isChanging() const { return showState != kNormal; }
 
