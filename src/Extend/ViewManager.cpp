@@ -42,10 +42,14 @@ bool isShownByProgram(int page)
     return page != mbNavi && appTypeOfPage(page) != AppUnknown;
 }
 
-/** Without its program a page is in front, but not on the screen. Not every page has a program that connects. */
-bool canShow(int page)
+/**
+    Without its program a page is in front, but not on the screen. Not every page has a program that connects; one that
+    answers may be a moment ahead of its registration.
+*/
+bool canShow(int page, bool answered)
 {
-    return !isShownByProgram(page) || isAppConnected(appTypeOfPage(page));
+    const int appType = appTypeOfPage(page);
+    return !isShownByProgram(page) || (answered ? getAppState(appType) != kDisconnect : isAppConnected(appType));
 }
 
 } // namespace
@@ -83,7 +87,7 @@ void ViewManager::onAppConnectState(int appType, int state)
     if (showState == kHiding && appTypeOfPage(currentPage) == appType)
         handleHideReady(currentPage);
     else if (showState == kShowing && appTypeOfPage(nextPage) == appType)
-        handleShowReady(nextPage);
+        handleShowReady(nextPage, false);
     if (showState == kNormal && appTypeOfPage(currentPage) == appType)
         currentPageState = kAppHidden;
 }
@@ -122,7 +126,7 @@ void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, c
     case msgHideReady:
         return handleHideReady(arg1);
     case msgShowReady:
-        return handleShowReady(arg1);
+        return handleShowReady(arg1, true);
     case msgReportTopPage:
         return handleReportTopPage(arg1);
     case msgTopShown:
@@ -163,7 +167,7 @@ void ViewManager::handleTimer(int timerId)
         return handleRequestShow(nextPage);
     case showTimer:
         logSilence(nextPage, " does not answer its show");
-        handleShowReady(nextPage);
+        handleShowReady(nextPage, false);
         if (showState == kNormal && !answerCouldCome && isShownByProgram(currentPage)) // It was not told.
             currentPageState = kAppHidden;
         return;
@@ -259,12 +263,12 @@ void ViewManager::handleHideReady(int page)
     showNextPage();
 }
 
-void ViewManager::handleShowReady(int page)
+void ViewManager::handleShowReady(int page, bool answered)
 {
     logPage("ShowPageReady : ", page);
     // A late answer, perhaps of a program that was not there yet when it was told.
     if (showState == kNormal && page == currentPage)
-        currentPageState = canShow(page) ? kAppShow : kAppHidden;
+        currentPageState = canShow(page, answered) ? kAppShow : kAppHidden;
     if (showState != kShowing || page != nextPage)
         return;
     stopTimer(showTimer);
@@ -278,7 +282,7 @@ void ViewManager::handleShowReady(int page)
     }
     else
     {
-        currentPageState = canShow(currentPage) ? kAppShow : kAppHidden;
+        currentPageState = canShow(currentPage, answered) ? kAppShow : kAppHidden;
         showState = kNormal;
         awaitRequest();
     }

@@ -61,7 +61,7 @@ private:
     void handleNextPage(int page);
     void handleRequestShow(int page);
     void handleHideReady(int page);
-    void handleShowReady(int page);
+    void handleShowReady(int page, bool answered);
     void handleReportTopPage(int page);
     void handleTopShown(int page);
     void handleProgramThere(int appType);
