@@ -58,8 +58,10 @@ bool holdsNothing(const Platform::Bundle::Ptr& bundle)
 
 void sendCommandLine(int appType, const Platform::Bundle::Ptr& bundle)
 {
-    if (!holdsNothing(bundle))
-        sendRemoteMessage(appType, RMSG_COMMAND_LINE, 0, 0, bundle);
+    if (holdsNothing(bundle))
+        return;
+    Kernel::Cause::current().reached(Kernel::Cause::order);
+    sendRemoteMessage(appType, RMSG_COMMAND_LINE, 0, 0, bundle);
 }
 
 /** The command line as JSON, "" for none. */

@@ -126,6 +126,8 @@ void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, c
     case msgHideReady:
         return handleHideReady(arg1);
     case msgShowReady:
+        if (showState == kShowing && arg1 == nextPage && arg1 == wish.page)
+            wish.cause.reached(Kernel::Cause::page);
         return handleShowReady(arg1, true);
     case msgReportTopPage:
         return handleReportTopPage(arg1);
@@ -184,6 +186,7 @@ void ViewManager::handleTimer(int timerId)
 
 void ViewManager::handleNextPage(int page)
 {
+    wish = { page, Kernel::Cause::current() };
     if (showState == kNormal)
     {
         nextPage = page;

@@ -88,6 +88,12 @@ private:
     int thirdPage = Pubhead::NUM_OF_PAGES; ///< asked for while one page goes and another comes; the latest counts
     bool thirdPageRequested = false;       ///< by its program itself
     PageState currentPageState = kAppHidden;
+    struct Wish
+    {
+        int page = Pubhead::NUM_OF_PAGES;
+        Kernel::Cause cause;
+    };
+    Wish wish; ///< the last one
     int reportPage = Pubhead::NUM_OF_PAGES; ///< the page whose report is waited for
     bool resendShow = false;                ///< the current page is told to show again on its next request
     Platform::WindowHandle navigationWindow = Platform::noWindow;

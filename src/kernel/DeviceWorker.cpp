@@ -80,15 +80,15 @@ void DeviceWorker::post(int key, Job job)
         if (stopping)
             return;
         if (jobs.size() >= patience)
-            std::erase_if(jobs, [key](const auto& waiting) { return waiting.first == key; });
-        jobs.emplace_back(key, std::move(job));
+            std::erase_if(jobs, [key](const auto& waiting) { return waiting.key == key; });
+        jobs.push_back({ key, std::move(job), Cause::current() });
     }
     thread->notify();
 }
 
 bool DeviceWorker::doNext()
 {
-    std::pair<int, Job> next;
+    Waiting next;
     {
         const std::lock_guard guard(lock);
         if (jobs.empty())
@@ -101,8 +101,16 @@ bool DeviceWorker::doNext()
             return false;
         next = std::move(jobs.front());
         jobs.pop_front();
+        busy = true;
+        since = Platform::Clock::now();
     }
-    next.second();
+    {
+        const CauseScope cause(next.cause);
+        next.job();
+    }
+    const std::lock_guard guard(lock);
+    busy = false;
+    since = Platform::Clock::now();
     return true;
 }
 
@@ -150,6 +158,18 @@ void DeviceWorker::stopAll()
     Platform::endDeviceWaits();
     for (auto* worker : workers.all)
         worker->waitForStop();
+}
+
+std::vector<DeviceWorker::Status> DeviceWorker::getStatus()
+{
+    const std::lock_guard guard(Workers::get().lock);
+    std::vector<Status> all;
+    for (auto* worker : Workers::get().all)
+    {
+        const std::lock_guard workerGuard(worker->lock);
+        all.push_back({ worker->thread->getThreadName(), worker->jobs.size(), worker->busy, worker->since });
+    }
+    return all;
 }
 
 bool DeviceWorker::drainAll()

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "kernel/Cause.h"
+
 #include <deque>
 #include <functional>
 #include <juce_core/juce_core.h>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace Kernel
 {
@@ -20,6 +23,14 @@ class DeviceWorker
 {
 public:
     using Job = std::function<void()>;
+
+    struct Status
+    {
+        juce::String name;
+        std::size_t waiting = 0;
+        bool busy = false;
+        Platform::Clock::time_point since; ///< when the job under way began, or the last one ended
+    };
 
     explicit DeviceWorker(const juce::String& name);
     /** Waits for a job that is under way. */
@@ -42,6 +53,8 @@ public:
         Message thread.
     */
     static void stopAll();
+    /** Any thread; it waits for no device. */
+    static std::vector<Status> getStatus();
     /** For tests: carries out the waiting jobs on the caller's thread. False when there was none. */
     static bool drainAll();
 
@@ -57,7 +70,15 @@ private:
     void waitForStop();
 
     std::mutex lock;
-    std::deque<std::pair<int, Job>> jobs;
+    struct Waiting
+    {
+        int key;
+        Job job;
+        Cause cause;
+    };
+    std::deque<Waiting> jobs;
+    bool busy = false;
+    Platform::Clock::time_point since;
     std::atomic<bool> stopping { false };
     std::unique_ptr<WorkerThread> thread;
 };

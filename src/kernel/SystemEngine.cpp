@@ -102,6 +102,14 @@ std::size_t SystemEngine::countQueued(ComponentId receiver) const
     return group != nullptr ? group->countQueued() : 0;
 }
 
+std::vector<GroupStatus> SystemEngine::getGroupStatus() const
+{
+    std::vector<GroupStatus> all;
+    for (const auto& group : groups)
+        all.push_back(group->getStatus());
+    return all;
+}
+
 void SystemEngine::broadcastMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2)
 {
     for (const auto& [receiver, component] : components)
@@ -120,6 +128,7 @@ SystemMessage::Ptr filledMessage(ComponentId receiver, juce::int32 id, juce::int
     message->arg2 = arg2;
     message->receiver = receiver;
     message->payload = std::move(payload);
+    message->cause = Cause::current();
     return message;
 }
 

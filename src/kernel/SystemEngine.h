@@ -50,6 +50,8 @@ public:
         on, so that a flood does not fill the memory. Any thread.
     */
     std::size_t countQueued(ComponentId receiver) const;
+    /** Of all groups, in the order of their creation. Any thread, while the engine runs. */
+    std::vector<GroupStatus> getGroupStatus() const;
     /** To every component in ascending id order, on the normal queue. Any thread. */
     void broadcastMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
 

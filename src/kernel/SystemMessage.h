@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kernel/Cause.h"
 #include "kernel/ComponentIds.h"
 
 #include <juce_core/juce_core.h>
@@ -23,6 +24,7 @@ public:
     juce::int32 handlerIndex = -1;
     /** Receivers recover the type by a checked cast and ignore what they do not expect. */
     Payload payload;
+    Cause cause; ///< of what its poster did
 };
 
 /**

@@ -193,14 +193,31 @@ int TaskGroup::runPass()
         if (receiver != nullptr)
         {
             Platform::recordStep(Platform::Step::begun, message->receiver, message->id);
-            receiver->dispatchMessage(*message);
+            handle(*receiver, *message);
         }
         MessagePool::recycle(message);
         Platform::letOthersRun();
     }
     const auto at = [this](std::size_t offset) { return pending.begin() + static_cast<std::ptrdiff_t>(offset); };
     pending.erase(at(deferred), at(index));
+    doing.deferred.store(deferred, std::memory_order_relaxed);
     return static_cast<int>(deferred);
+}
+
+void TaskGroup::handle(SystemTask& receiver, const SystemMessage& message)
+{
+    constexpr auto relaxed = std::memory_order_relaxed;
+    doing.message.store(message.id, relaxed);
+    doing.since.store(Platform::Clock::now(), relaxed);
+    doing.receiver.store(message.receiver, relaxed);
+    const CauseScope cause(message.cause);
+    receiver.dispatchMessage(message);
+    doing.receiver.store(noComponent, relaxed);
+}
+
+GroupStatus TaskGroup::getStatus() const
+{
+    return { name, doing.receiver, doing.message, doing.since, countQueued(), doing.deferred };
 }
 
 bool TaskGroup::hasMessages() const

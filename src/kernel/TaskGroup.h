@@ -10,6 +10,17 @@
 namespace Kernel
 {
 
+/** What a group's thread does. */
+struct GroupStatus
+{
+    juce::String name;
+    ComponentId receiver = noComponent; ///< whose handler runs; none while it waits
+    juce::int32 message = 0;            ///< which it handles
+    Platform::Clock::time_point since;  ///< when the handler began, or the last one ended
+    std::size_t queued = 0;             ///< messages that it has not taken over yet
+    std::size_t deferred = 0;           ///< those that wait until their receiver accepts them
+};
+
 /** A set of components and the one thread that runs all their handlers. */
 class TaskGroup : public juce::ReferenceCountedObject
 {
@@ -55,11 +66,14 @@ public:
     bool hasMessages() const;
     /** Messages that the thread has not taken over yet. Any thread. */
     std::size_t countQueued() const;
+    /** Any thread; it does not wait for the group's. */
+    GroupStatus getStatus() const;
 
 private:
     class MessageThread;
 
     void run();
+    void handle(SystemTask& receiver, const SystemMessage& message);
     void takeOver();
     void waitForMessages();
 
@@ -70,6 +84,15 @@ private:
     std::map<ComponentId, SystemTask::Ptr> components;
     // Vectors keep their memory, so that steady traffic does not allocate.
     std::vector<SystemMessage::Ptr> pending;
+    /** What the thread does, for those who look on: one writer, who need not wait for the others to see it. */
+    struct Doing
+    {
+        std::atomic<ComponentId> receiver { noComponent };
+        std::atomic<juce::int32> message { 0 };
+        std::atomic<Platform::Clock::time_point> since {};
+        std::atomic<std::size_t> deferred { 0 };
+    };
+    Doing doing;
     std::atomic<bool> stopping { false };
     Platform::Event wakeUp;
 

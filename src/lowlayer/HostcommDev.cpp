@@ -85,6 +85,7 @@ void HostcommDev::onReceive(const void* data, int length)
 {
     if (data == nullptr)
         return;
+    const Kernel::CauseScope cause({ Kernel::Cause::bytes, Platform::Clock::now() });
     logTraffic(lineReceive, "recv: ", data, length);
     if (!hasRoomFor(length))
         return;

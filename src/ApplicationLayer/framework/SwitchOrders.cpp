@@ -113,6 +113,7 @@ bool AppHandler::hideWhenInFront(const AppCommandLine& commandLine, const PageSt
 
 void AppHandler::sendCommandLine(const AppCommandLine& commandLine)
 {
+    Kernel::Cause::current().reached(Kernel::Cause::order);
     sendRemoteMessage(config.appType, RMSG_COMMAND_LINE, 0, 0, RemoteObjFormat::formatCommandLine(commandLine));
 }
 

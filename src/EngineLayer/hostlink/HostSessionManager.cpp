@@ -35,6 +35,21 @@ constexpr const char* monitorGroup = "MonitorSendThread";
 constexpr int monitorPriority = 5;
 constexpr int noSequence = 65535; ///< matches no sequence byte
 
+Kernel::Cause::Kind causeOf(int command)
+{
+    switch (command)
+    {
+    case EngineApi::EVENT_KEY:
+        return Kernel::Cause::key;
+    case EngineApi::EVENT_SRC_SWITCH:
+        return Kernel::Cause::sourceSwitch;
+    case EngineApi::EVENT_PGN_SEND_CAN: // the same number in both directions
+        return Kernel::Cause::command;
+    default:
+        return Kernel::Cause::none;
+    }
+}
+
 } // namespace
 
 HostSessionManager::HostSessionManager()
@@ -179,6 +194,7 @@ void HostSessionManager::sendNext()
     inFlight->frame->setSequence(sequenceCounter);
     waitingForAcknowledgement = true;
     transmit(*inFlight->frame);
+    inFlight->cause.reached(Kernel::Cause::answer);
     monitor->watch(sequenceCounter);
 }
 
@@ -302,6 +318,7 @@ void HostSessionManager::acknowledge(int sequence)
 void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 {
     const int command = HostFrame::command(frame);
+    Kernel::Cause::is(causeOf(command));
     if (Platform::CorvaneConfig::isSystemDebug())
         logger(lineReceiveCommand).info("Host Recv cmd: " + juce::String(EngineApi::hostCommand(command).receivedName));
     noteIfUnknown(command);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EngineLayer/hostlink/HostDataFormat.h"
+#include "kernel/Cause.h"
 #include "platform/base/Threads.h"
 
 #include <deque>
@@ -22,6 +23,7 @@ struct SendItem : public juce::ReferenceCountedObject
 
     HostDataFormat::Ptr frame;
     int subject;
+    const Kernel::Cause cause = Kernel::Cause::current();
 };
 
 /**

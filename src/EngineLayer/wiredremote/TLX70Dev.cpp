@@ -319,6 +319,7 @@ void TLX70Dev::onReceive(const void* data, int length)
     if (data == nullptr)
         return;
     logTraffic(lineReceive, "recv: ", data, length);
+    const Kernel::CauseScope cause({ Kernel::Cause::key, Platform::Clock::now() });
     if (const auto key = Protocol::decodeKey(data, length))
         Kernel::postSystemMessage(Kernel::keyManagerId, Kernel::MSG_WIRED_REMOTE_KEY, EngineApi::originWiredRemote,
                                   *key);

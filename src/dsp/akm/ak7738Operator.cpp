@@ -130,6 +130,7 @@ void ak7738Operator::writeCoefficients(std::uint16_t address, std::span<const st
                 {
                     writeBlock(kept);
                     writeBlock(std::array<std::uint8_t, 3> { bank == Bank::one ? takeOverBank1 : takeOverBank0, 0, 0 });
+                    Kernel::Cause::current().reached(Kernel::Cause::sound);
                 });
 }
 

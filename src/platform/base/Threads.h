@@ -69,6 +69,7 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
+    /** Throws for an observer that would wait too long. */
     void lock() const;
     void unlock() const;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/record/Observer.h"
 #include "platform/record/Recording.h"
 
 #include <atomic>
@@ -17,8 +18,12 @@ class Recorder
 public:
     virtual ~Recorder() = default;
 
-    /** Null when nothing is recorded. */
-    static Recorder* active() { return current.load(std::memory_order_acquire); }
+    /** Null when nothing is recorded, and for an observer. */
+    static Recorder* active()
+    {
+        auto* recorder = current.load(std::memory_order_acquire);
+        return recorder != nullptr && !Observer::isHere() ? recorder : nullptr;
+    }
     /** Before any other thread runs, or after all have ended. */
     static void setActive(Recorder* recorder) { current.store(recorder, std::memory_order_release); }
 

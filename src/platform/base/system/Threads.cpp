@@ -99,9 +99,29 @@ Mutex::Mutex(Guards guarded)
 
 Mutex::~Mutex() = default;
 
+namespace
+{
+
+void lockOrThrow(std::recursive_mutex& mutex)
+{
+    constexpr std::chrono::milliseconds patience { 250 }, pause { 1 };
+    const auto end = Clock::now() + patience;
+    while (!mutex.try_lock())
+    {
+        if (Clock::now() > end)
+            throw Observer::Busy();
+        sleepFor(pause);
+    }
+}
+
+} // namespace
+
 void Mutex::lock() const
 {
-    backend->mutex.lock();
+    if (Observer::isHere())
+        lockOrThrow(backend->mutex);
+    else
+        backend->mutex.lock();
     if (backend->depth++ == 0 && backend->isStep)
         recordStep(Step::locked);
 }
