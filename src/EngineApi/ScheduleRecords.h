@@ -14,12 +14,13 @@ struct RequestInfo
     std::int32_t page = Pubhead::NUM_OF_PAGES;
     AppAction action = AppAction::None;
     bool autoSwitch = false; ///< raised by the system rather than by the user
+    std::uint32_t number {}; ///< under which it is remembered; 0 for none
 
     /** The second argument of MSG_SCHEDULE_REQUEST: action in the low 16 bits, auto-switch in bits 16 to 23. */
     std::int32_t toArgument() const { return static_cast<std::int32_t>(action) | (autoSwitch ? 1 : 0) << 16; }
     static RequestInfo fromArguments(std::int32_t page, std::int32_t argument)
     {
-        return { page, static_cast<AppAction>(argument & 0xffff), (argument & 0xff0000) != 0 };
+        return { page, static_cast<AppAction>(argument & 0xffff), (argument & 0xff0000) != 0, 0 };
     }
 };
 

@@ -1,9 +1,23 @@
 #include "kernel/Names.h"
 
+#include "kernel/Actor.h"
 #include "kernel/MessageIds.h"
+#include "platform/base/Pubhead.h"
 
 namespace Kernel
 {
+
+thread_local constinit Actor Actor::own;
+
+juce::String Actor::name() const
+{
+    if (component == noComponent)
+        return "the system";
+    const auto name = componentName(component);
+    return juce::isPositiveAndBelow(page, static_cast<int>(Pubhead::NUM_OF_PAGES))
+               ? name + " (" + Pubhead::pageName(page) + ")"
+               : name;
+}
 
 juce::String componentName(ComponentId id)
 {

@@ -129,6 +129,7 @@ SystemMessage::Ptr filledMessage(ComponentId receiver, juce::int32 id, juce::int
     message->receiver = receiver;
     message->payload = std::move(payload);
     message->cause = Cause::current();
+    message->poster = Actor::current();
     return message;
 }
 

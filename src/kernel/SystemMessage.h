@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kernel/Actor.h"
 #include "kernel/Cause.h"
 #include "kernel/ComponentIds.h"
 
@@ -24,7 +25,8 @@ public:
     juce::int32 handlerIndex = -1;
     /** Receivers recover the type by a checked cast and ignore what they do not expect. */
     Payload payload;
-    Cause cause; ///< of what its poster did
+    Cause cause;  ///< of what its poster did
+    Actor poster; ///< in whose handler it was posted
 };
 
 /**

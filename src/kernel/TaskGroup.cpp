@@ -211,7 +211,9 @@ void TaskGroup::handle(SystemTask& receiver, const SystemMessage& message)
     doing.since.store(Platform::Clock::now(), relaxed);
     doing.receiver.store(message.receiver, relaxed);
     const CauseScope cause(message.cause);
+    Actor::own = { message.receiver, message.handlerIndex };
     receiver.dispatchMessage(message);
+    Actor::own = {};
     doing.receiver.store(noComponent, relaxed);
 }
 

@@ -50,6 +50,7 @@ void ScheduleState::build(const ScheduleInput& input)
     nextFront.clear();
     showStack.clear();
     currentRear = nextRear = nullptr;
+    verdicts.clear();
     lastSourceChanged = normalSourceChanged = rearChanged = frontShowChanged = false;
 
     request = copyOf(input.find(input.request.page));
@@ -63,7 +64,9 @@ void ScheduleState::build(const ScheduleInput& input)
         if (record == nullptr)
             continue;
         currentFront.push_back(copyOf(record));
-        if (page != request->page && !(displacesSources && record->isNormalSource))
+        if (displacesSources && record->isNormalSource && page != request->page)
+            verdicts.push_back({ Verdict::Rule::displaced, page, request->page });
+        else if (page != request->page)
             nextFront.push_back(copyOf(record));
     }
     if (const auto rear = input.find(input.rearPage))
@@ -72,6 +75,8 @@ void ScheduleState::build(const ScheduleInput& input)
         // The rear zone has room for one: a rear request displaces what is there.
         if (!request->isRear)
             nextRear = copyOf(rear);
+        else if (rear->page != request->page)
+            verdicts.push_back({ Verdict::Rule::displaced, rear->page, request->page });
     }
     stackShownPages(input.request.action);
     rememberSources(input);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EngineApi/ScheduleRecords.h"
+#include "EngineLayer/schedule/Verdict.h"
 
 #include <map>
 
@@ -54,6 +55,7 @@ struct ScheduleState
     std::int32_t frontShowPage = Pubhead::NUM_OF_PAGES;
 
     Orders stopList, changeList, runList;
+    std::vector<Verdict> verdicts;
 
     /** Prepares the tables for the request of the input. */
     void build(const ScheduleInput& input);

@@ -61,7 +61,10 @@ SwitchAction::Ptr Scheduler::schedule(const ScheduleInput& input)
     }
     {
         const LevelBoost boost(*state.request, action);
-        resolve(action, showAllowed(input));
+        const bool toFront = showAllowed(input);
+        if (raises(action) && !toFront)
+            state.verdicts.push_back({ Verdict::Rule::notRaised, input.request.page, input.frontShow });
+        resolve(action, toFront);
         dropIdlePages();
         if (action == EngineApi::AppAction::ToStop)
             startDefaultSource(input);
@@ -73,7 +76,7 @@ SwitchAction::Ptr Scheduler::schedule(const ScheduleInput& input)
 bool Scheduler::showAllowed(const ScheduleInput& input)
 {
     using namespace Pubhead;
-    const auto& [page, action, autoSwitch] = input.request;
+    const auto& [page, action, autoSwitch, number] = input.request;
     if (!autoSwitch)
         return true;
     const auto handler = input.find(page);
@@ -180,6 +183,7 @@ void Scheduler::startDefaultSource(const ScheduleInput& input)
     started->states = { last + 1, EngineApi::PageStates::playing, EngineApi::PageStates::held,
                         EngineApi::PageStates::notHeld };
     front.push_back(started);
+    state.verdicts.push_back({ Verdict::Rule::startedInstead, started->page, state.request->page });
 }
 
 void Scheduler::rememberFrontPage()

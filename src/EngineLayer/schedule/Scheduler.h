@@ -42,6 +42,7 @@ private:
     void rememberFrontPage();
 
     // SchedulerResolution.cpp: who gets the screen, the sound, and the channels.
+    void judge(Verdict::Rule rule, const EngineApi::ScheduleInfo& page, const EngineApi::ScheduleInfo& other);
     void resolveShow(EngineApi::ScheduleInfo& page);
     void releaseShow(EngineApi::ScheduleInfo& page);
     void resolveVideo(EngineApi::ScheduleInfo& page, bool rear);

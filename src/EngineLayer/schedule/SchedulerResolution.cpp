@@ -24,20 +24,25 @@ void applyVideoRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& othe
     other.states.videoState = EngineApi::PageStates::notHeld;
 }
 
-void applyPlayRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
+/** Which rule decided about `page`. */
+Verdict::Rule applyPlayRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
 {
     auto& own = page.states.playState;
     auto& theirs = other.states.playState;
     const bool wins = other.playLevel < page.playLevel;
     if (wins ? page.playLevel >= firstMixing && page.playLevel <= lastMixing : other.playLevel == alwaysMixes)
+    {
         own = theirs = EngineApi::PageStates::mixed;
-    else if (wins)
+        return Verdict::Rule::mixes;
+    }
+    if (wins)
     {
         own = EngineApi::PageStates::playing;
         theirs = EngineApi::PageStates::stopped;
+        return Verdict::Rule::silences;
     }
-    else
-        own = EngineApi::PageStates::stopped;
+    own = EngineApi::PageStates::stopped;
+    return Verdict::Rule::outplayed;
 }
 
 void applyAudioRule(EngineApi::ScheduleInfo& page, EngineApi::ScheduleInfo& other)
@@ -68,17 +73,27 @@ bool contend(EngineApi::ScheduleInfo& page, const ScheduleState::List& front, bo
 
 } // namespace
 
+void Scheduler::judge(Verdict::Rule rule, const EngineApi::ScheduleInfo& page, const EngineApi::ScheduleInfo& other)
+{
+    using Rule = Verdict::Rule;
+    const bool ofScreen = rule == Rule::onTop || rule == Rule::behind || rule == Rule::uncovered;
+    state.verdicts.push_back({ rule, page.page, other.page, ofScreen ? page.showLevel : page.playLevel,
+                               ofScreen ? other.showLevel : other.playLevel });
+}
+
 void Scheduler::resolveShow(EngineApi::ScheduleInfo& page)
 {
     auto& own = page.states.showState;
     if (page.showLevel == noCompetition)
     {
+        state.verdicts.push_back({ Verdict::Rule::neverShown, page.page });
         if (own != notShown)
             releaseShow(page);
         return;
     }
     own = notShown;
     auto* best = state.showStack.empty() ? &page : state.showStack.front().get();
+    const auto& before = *best;
     // Only the page that is overtaken moves down: it may share its new number with the next until the stack is
     // renumbered.
     for (const auto& other : state.showStack)
@@ -92,6 +107,7 @@ void Scheduler::resolveShow(EngineApi::ScheduleInfo& page)
             best = other.get();
     }
     best->states.showState = 1;
+    judge(best == &page ? Verdict::Rule::onTop : Verdict::Rule::behind, page, best == &page ? before : *best);
 }
 
 void Scheduler::releaseShow(EngineApi::ScheduleInfo& page)
@@ -107,6 +123,7 @@ void Scheduler::releaseShow(EngineApi::ScheduleInfo& page)
         {
             const EngineApi::ScheduleInfo::Ptr raised = new EngineApi::ScheduleInfo(**next);
             raised->states.showState = 1;
+            judge(Verdict::Rule::uncovered, *raised, page);
             front.erase(next);
             resolveVideo(*raised, false);
             front.push_back(raised);
@@ -131,6 +148,7 @@ void Scheduler::resolvePlay(EngineApi::ScheduleInfo& page, bool rear)
 {
     if (page.playLevel == noCompetition)
     {
+        state.verdicts.push_back({ Verdict::Rule::neverPlays, page.page });
         if (page.states.playState != EngineApi::PageStates::stopped)
             releasePlay(page);
         return;
@@ -138,8 +156,17 @@ void Scheduler::resolvePlay(EngineApi::ScheduleInfo& page, bool rear)
     page.states.playState = EngineApi::PageStates::stopped;
     const auto plays = [](const EngineApi::PageStates& states)
     { return states.playState != EngineApi::PageStates::stopped; };
-    if (!contend(page, state.nextFront, rear, plays, applyPlayRule))
-        page.states.playState = EngineApi::PageStates::playing;
+    const auto decide = [this](EngineApi::ScheduleInfo& asking, EngineApi::ScheduleInfo& other)
+    {
+        const auto rule = applyPlayRule(asking, other);
+        judge(rule, asking, other);
+        if (rule == Verdict::Rule::silences)
+            judge(Verdict::Rule::silencedBy, other, asking);
+    };
+    if (contend(page, state.nextFront, rear, plays, decide))
+        return;
+    page.states.playState = EngineApi::PageStates::playing;
+    judge(Verdict::Rule::plays, page, page);
 }
 
 void Scheduler::releasePlay(EngineApi::ScheduleInfo& page)
@@ -155,7 +182,10 @@ void Scheduler::releasePlay(EngineApi::ScheduleInfo& page)
             heir->states.playState = EngineApi::PageStates::playing;
             front.erase(next);
             resolveAudio(*heir, false);
-            front.push_back(heir->states.audioState == EngineApi::PageStates::held ? heir : silent);
+            const bool isHeir = heir->states.audioState == EngineApi::PageStates::held;
+            front.push_back(isHeir ? heir : silent);
+            if (isHeir)
+                judge(Verdict::Rule::heir, *heir, page);
         }
     }
     else if (page.states.playState == EngineApi::PageStates::mixed)

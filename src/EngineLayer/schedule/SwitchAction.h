@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EngineLayer/schedule/Verdict.h"
 #include "EngineApi/ScheduleRecords.h"
 
 namespace EngineLayer
@@ -18,6 +19,7 @@ public:
     Orders orders;
     EngineApi::AppResourceSwitch::Ptr resourceSwitch; ///< the channel change of the schedule, or null
     std::int32_t requestPage = Pubhead::NUM_OF_PAGES; ///< receives the result
+    std::vector<Verdict> verdicts;                    ///< which rules have decided, in their order
 
     bool hasAction() const { return !orders.empty() || resourceSwitch != nullptr; }
 

@@ -57,6 +57,7 @@ SwitchAction::Ptr Scheduler::buildSwitchAction(int requestPage, bool deviceFlag)
 
     SwitchAction::Ptr action = new SwitchAction();
     action->requestPage = requestPage;
+    action->verdicts = state.verdicts;
     for (const auto* list : { &state.stopList, &state.changeList, &state.runList })
         action->orders.insert(action->orders.end(), list->begin(), list->end());
     return action;

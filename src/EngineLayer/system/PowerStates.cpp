@@ -27,6 +27,7 @@ void SystemStatePowerOff::onEnter(int)
 {
     // A switch that was cut short must not be taken for the programs' time-out.
     manager.stopTimeOut();
+    manager.requestLog().cut();
 }
 
 void SystemStatePowerOff::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)

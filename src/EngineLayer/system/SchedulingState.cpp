@@ -29,8 +29,12 @@ void SchedulingState::handleMessage(juce::int32 id, juce::int32 arg1, juce::int3
     switch (id)
     {
     case Kernel::MSG_SCHEDULE_REQUEST:
-        onRequest(RequestInfo::fromArguments(arg1, arg2));
+    {
+        auto request = RequestInfo::fromArguments(arg1, arg2);
+        request.number = manager.requestNumber();
+        onRequest(request);
         break;
+    }
     case Kernel::MSG_SYS_ANTITHEFT_EXIT:
         onAntitheftExit(arg1);
         break;
@@ -66,7 +70,12 @@ void SchedulingState::onRequest(const RequestInfo& request)
     else if (subState == kIdle)
         onIdleRequest(request);
     else if (manager.queueRequest(request))
+    {
+        log().wait(request.number);
         manager.sendResult(request.page, scheduleQueued);
+    }
+    else
+        log().finish(request.number, RequestRecord::Status::refused, RequestReason::queueFull);
 }
 
 void SchedulingState::onIdleRequest(const RequestInfo& request)
@@ -77,11 +86,15 @@ void SchedulingState::onIdleRequest(const RequestInfo& request)
     {
         taken = *oldest;
         manager.queueRequest(request);
+        log().wait(request.number);
     }
     if (taken.page != request.page)
         manager.sendResult(taken.page, scheduleQueued);
     if (getHandler(taken.page) == nullptr)
+    {
+        log().finish(taken.number, RequestRecord::Status::failed, RequestReason::noHandler);
         manager.sendResult(taken.page, scheduleFailed);
+    }
     else
         beginSchedule(taken);
 }
@@ -96,6 +109,8 @@ void SchedulingState::takeOldestRequest()
 
 void SchedulingState::beginSchedule(const RequestInfo& request)
 {
+    takenNumber = request.number;
+    log().schedule(takenNumber);
     manager.postToSelf(stateSchedule, request.page, request.toArgument());
     manager.switchState(getState(), kSchedule);
 }
@@ -104,33 +119,32 @@ void SchedulingState::runSchedule(const RequestInfo& request)
 {
     const auto handler = getHandler(request.page);
     if (handler == nullptr || (request.action == AppAction::ToStop && !handler->isRunning()))
-    {
-        refuse(request.page);
-        return;
-    }
+        return refuse(request.page, handler == nullptr ? RequestReason::noHandler : RequestReason::notRunning);
     auto decided = request;
     // It ran when it was asked for, and has been stopped while the request waited.
     if (request.action == AppAction::ToShow && !handler->isRunning())
         decided.action = AppAction::ToRun;
     switchAction = ApplicationManager::getInstance()->schedule(decided);
+    log().decide(takenNumber, *switchAction);
     if (!switchAction->hasAction())
     {
         switchAction = nullptr;
-        refuse(request.page);
-        return;
+        return refuse(request.page, RequestReason::nothingToDo);
     }
     manager.postToSelf(stateSwitch, 0, 0);
     manager.switchState(getState(), kSwitch);
 }
 
-void SchedulingState::refuse(int page)
+void SchedulingState::refuse(int page, RequestReason reason)
 {
+    log().finish(takenNumber, RequestRecord::Status::refused, reason);
     manager.sendResult(page, scheduleRefused);
     manager.switchState(getState(), kIdle);
 }
 
 void SchedulingState::startSwitch()
 {
+    log().order(takenNumber);
     manager.startTimeOut(switchTimeOutMs);
     sendOrders();
 }
@@ -155,19 +169,22 @@ void SchedulingState::onReport(int page, bool ok)
 void SchedulingState::finishSwitch()
 {
     ApplicationManager::getInstance()->postSwitchUpdate();
-    sendOutcome();
+    sendOutcome(RequestReason::ordersRefused);
     endSwitch();
 }
 
 void SchedulingState::onTimeOut()
 {
-    sendOutcome();
+    sendOutcome(RequestReason::timeOut);
     endSwitch();
 }
 
-void SchedulingState::sendOutcome()
+void SchedulingState::sendOutcome(RequestReason reasonOfFailure)
 {
-    if (switchAction->allSent() && switchAction->allFinished() && switchAction->allSucceeded())
+    const bool succeeded = switchAction->allSent() && switchAction->allFinished() && switchAction->allSucceeded();
+    log().finish(takenNumber, succeeded ? RequestRecord::Status::done : RequestRecord::Status::failed,
+                 succeeded ? RequestReason::none : reasonOfFailure, switchAction.get());
+    if (succeeded)
     {
         manager.sendResult(switchAction->requestPage, scheduleDone);
         return;

@@ -30,14 +30,17 @@ protected:
 private:
     void onRequest(const EngineApi::RequestInfo& request);
     void runSchedule(const EngineApi::RequestInfo& request);
-    void refuse(int page);
+    void refuse(int page, RequestReason reason);
     void startSwitch();
     void sendOrders();
     void onReport(int page, bool ok);
     void finishSwitch();
     void onTimeOut();
-    void sendOutcome();
+    void sendOutcome(RequestReason reasonOfFailure);
     void endSwitch();
+    RequestLog& log() { return manager.requestLog(); }
+
+    std::uint32_t takenNumber = 0; ///< of the request that is scheduled or switched
 };
 
 } // namespace EngineLayer

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EngineApi/SystemState.h"
+#include "EngineLayer/schedule/RequestLog.h"
 #include "EngineLayer/schedule/SwitchAction.h"
 #include "kernel/SystemMessage.h"
 
@@ -30,6 +31,9 @@ public:
     virtual bool queueRequest(const EngineApi::RequestInfo& request) = 0;
     virtual std::optional<EngineApi::RequestInfo> takeRequest() = 0;
     virtual void sendResult(int page, EngineApi::ScheduleStatus status) = 0;
+    virtual RequestLog& requestLog() = 0;
+    /** The number of the request that is handled now. */
+    virtual std::uint32_t requestNumber() const = 0;
     /** There is one time-out, for a switch or for the power-off; these never run together. */
     virtual void startTimeOut(int milliseconds) = 0;
     virtual void stopTimeOut() = 0;

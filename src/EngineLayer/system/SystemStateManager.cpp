@@ -64,6 +64,7 @@ void SystemStateManager::onRelease()
 void SystemStateManager::dispatchMessage(const Kernel::SystemMessage& message)
 {
     ownThread = Platform::Thread::currentId();
+    asker = message.poster;
     ComponentTask::dispatchMessage(message);
 }
 
@@ -74,6 +75,9 @@ void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
     {
     case Kernel::MSG_SYS_INIT:
         switchState(kBooting, kIdle);
+        break;
+    case Kernel::MSG_SCHEDULE_REQUEST:
+        takeRequest(arg1, arg2, payload);
         break;
     case stateTakePending:
         takePendingState();
@@ -95,6 +99,13 @@ void SystemStateManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::i
         toCurrentState(id, arg1, arg2, payload);
         break;
     }
+}
+
+void SystemStateManager::takeRequest(juce::int32 page, juce::int32 argument, const Kernel::Payload& payload)
+{
+    handledRequest = requestsMade.add(RequestInfo::fromArguments(page, argument), asker, getState());
+    toCurrentState(Kernel::MSG_SCHEDULE_REQUEST, page, argument, payload);
+    requestsMade.settle(handledRequest);
 }
 
 void SystemStateManager::toCurrentState(juce::int32 id, juce::int32 arg1, juce::int32 arg2,

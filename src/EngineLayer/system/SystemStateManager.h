@@ -37,6 +37,7 @@ public:
     int getState() const { return publishedState; }
     int getSubState() const { return publishedSubState; }
     int getPreviousState() const { return previousState; }
+    std::vector<RequestRecord> getRequests() const { return requestsMade.all(); }
     int getISRReturnPage() const;
     /** On the manager's own thread at once; from any other thread it is posted. */
     void requestSwitch(int state, int subState);
@@ -46,6 +47,8 @@ public:
     bool queueRequest(const EngineApi::RequestInfo& request) override;
     std::optional<EngineApi::RequestInfo> takeRequest() override;
     void sendResult(int page, EngineApi::ScheduleStatus status) override;
+    RequestLog& requestLog() override { return requestsMade; }
+    std::uint32_t requestNumber() const override { return handledRequest; }
     void startTimeOut(int milliseconds) override { startTimer(timerId, milliseconds); }
     void stopTimeOut() override { stopTimer(timerId); }
 
@@ -53,6 +56,7 @@ private:
     friend class Kernel::Singleton<SystemStateManager>;
     SystemStateManager();
 
+    void takeRequest(juce::int32 page, juce::int32 argument, const Kernel::Payload& payload);
     void toCurrentState(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload);
     void addState(SystemState::Ptr state);
     void changeState(int state, int subState);
@@ -65,6 +69,9 @@ private:
     SystemState::Ptr current;
     Platform::Shared<int> previousState { EngineApi::kBooting };
     std::deque<EngineApi::RequestInfo> requests;
+    RequestLog requestsMade;
+    std::uint32_t handledRequest = 0;
+    Kernel::Actor asker; ///< of the message that is handled
     int refusedRequests = 0; ///< for lack of room
     std::deque<int> pendingStates;
 
