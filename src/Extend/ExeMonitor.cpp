@@ -293,6 +293,10 @@ void ExeMonitor::setAppState(int appType, int state)
         return;
     logger().info(appText(appType) + " | State: " + stateName(state));
     stored = state;
+    auto& life = lives[appType];
+    life.since = Platform::Clock::now();
+    life.starts += state == kStarting ? 1 : 0;
+    life.ends += state == kDisconnect ? 1 : 0;
     if (state == kDisconnect)
         heartbeatPending.erase(appType);
     // Under the lock, so that the changes are told in the order in which they happened.
@@ -397,6 +401,21 @@ void ExeMonitor::handleHeartbeatReply(int appType)
     namedSilent.erase(appType);
     const std::lock_guard guard(lock);
     heartbeatPending.erase(appType);
+    lives[appType].lastHeartbeat = Platform::Clock::now();
+}
+
+std::map<int, ExeMonitor::Status> ExeMonitor::getStatus() const
+{
+    const std::lock_guard guard(lock);
+    auto all = lives;
+    for (auto& [appType, status] : all)
+    {
+        status.state = getAppState(appType);
+        if (const auto process = monitor.getProcess(appType); process != nullptr && process->isRunning())
+            status.process = process->getPid();
+        status.isSilent = heartbeatPending.contains(appType) && status.state == kConnected;
+    }
+    return all;
 }
 
 void ExeMonitor::handleStateChange(int appType, int state)

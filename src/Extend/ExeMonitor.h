@@ -34,6 +34,19 @@ public:
     void closeApp(int appType);
     void setAppState(int appType, int state);
     int getAppState(int appType) const;
+
+    struct Status
+    {
+        int state = 0; ///< EngineApi's application states
+        int process = 0; ///< 0 for none
+        Platform::Clock::time_point since;                            ///< of the state
+        std::optional<Platform::Clock::time_point> lastHeartbeat {}; ///< its last answer
+        bool isSilent = false;                                        ///< it has not answered the last one
+        unsigned starts = 0, ends = 0;                                ///< of its processes
+    };
+    /** Of every program that was there once. Any thread. */
+    std::map<int, Status> getStatus() const;
+
     void addConnectListener(EngineApi::AppConnectStateInterface* listener);
     /** Returns at once; a call that is under way on the monitor's group thread is not waited for. */
     void removeConnectListener(EngineApi::AppConnectStateInterface* listener);
@@ -94,6 +107,7 @@ private:
     /** Guards everything up to the monitor, and its table. */
     Platform::Mutex lock;
     std::map<int, int> appStates;
+    std::map<int, Status> lives; ///< without what the others say
     std::set<int> heartbeatPending;
     juce::Array<EngineApi::AppConnectStateInterface*, Platform::Mutex> connectListeners;
     MonitorThread monitor;

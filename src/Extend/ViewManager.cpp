@@ -113,6 +113,13 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
 
 void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
 {
+    handle(id, arg1);
+    const auto small = [](int page) { return static_cast<std::int8_t>(page); };
+    view = { small(currentPage), small(nextPage), small(thirdPage), showState, currentPageState == kAppShow };
+}
+
+void ViewManager::handle(juce::int32 id, juce::int32 arg1)
+{
     switch (id)
     {
     case Kernel::MSG_SYS_START:

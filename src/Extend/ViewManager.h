@@ -23,6 +23,7 @@ class ViewManager : public Kernel::ComponentTask,
                     public Kernel::Singleton<ViewManager>
 {
 public:
+    enum ShowState : std::int8_t { kNormal, kHiding, kShowing };
     enum Timer : int { requestTimer = 1, showTimer = 2, hideTimer = 3, reportTimer = 4 };
 
     /** Any thread. */
@@ -31,6 +32,15 @@ public:
     void programSaidHello(int appType);
     int getCurrentPage() const { return currentPage; }
     bool isChanging() const { return showState != kNormal; }
+
+    /** What is under way; without the others' waiting for it. Any thread. */
+    struct alignas(8) View
+    {
+        std::int8_t current = Pubhead::NUM_OF_PAGES, next = Pubhead::NUM_OF_PAGES, third = Pubhead::NUM_OF_PAGES;
+        std::int8_t showState = kNormal;
+        bool isShown = false; ///< the current page
+    };
+    View getView() const { return view; }
 
     void onRelease() override;
     void handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload& payload) override;
@@ -51,11 +61,11 @@ private:
         msgProgramThere = 7 // arg1 the program
     };
 
-    enum ShowState { kNormal, kHiding, kShowing };
     enum PageState { kAppShow, kAppHiding, kAppHidden };
 
     ViewManager();
 
+    void handle(juce::int32 id, juce::int32 arg1);
     void handleStart();
     void handleTimer(int timerId);
     void handleNextPage(int page);
@@ -82,6 +92,8 @@ private:
 
     Platform::Shared<int> currentPage { Pubhead::NUM_OF_PAGES };
     Platform::Shared<ShowState> showState { kNormal };
+
+    std::atomic<View> view {}; ///< a copy for those who look on
 
     // The component's thread only.
     int nextPage = Pubhead::NUM_OF_PAGES;

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "kernel/Actor.h"
+#include "platform/base/Time.h"
+
 #include <cstdint>
+#include <string>
 
 namespace Dsp
 {
@@ -101,6 +105,21 @@ public:
     virtual void setDmeState(bool on) = 0;
 };
 
+/** What the DSP is told, and how it takes it. */
+struct DspStatus
+{
+    bool isBooted = false; ///< what it needs for that was sent
+    bool isMuted = false, isAlerting = false;
+    bool changesSource = false; ///< muted until the new source is there
+    Kernel::Actor muter;        ///< who has muted or unmuted it last
+    int channel = 0;            ///< of the source, `eAudio*`
+    int input = 0;              ///< code of the input that is selected; 0 before the first
+    std::uint64_t blocks = 0;   ///< that it has confirmed
+    std::uint64_t failures = 0;
+    std::string lastFailure; ///< "" for none
+    Platform::Clock::time_point lastFailureAt;
+};
+
 /** Owner of the two. Reached through EngineApi::Provided<ChipManager>. */
 class ChipManager
 {
@@ -110,6 +129,8 @@ public:
     virtual bool init(DSPSettingHelper& helper) = 0;
     virtual EQService& getEQService() = 0;
     virtual ACService& getACService() = 0;
+    /** Any thread; it waits for no bus. */
+    virtual DspStatus getStatus() const { return {}; }
 };
 
 } // namespace Dsp

@@ -6,6 +6,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/HostcommDev.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
 
@@ -30,6 +31,11 @@ enum LogLine {
     lineHardwareFail = 406,
     lineReceiveCommand = 468
 };
+
+Platform::Counter givenUpFrames { "link.frames-given-up", "frames that the microcontroller never acknowledged" };
+Platform::Counter refusedFrames { "link.frames-refused", "frames that are too long, or found too many waiting" };
+Platform::Counter droppedFrames { "link.frames-dropped", "received frames whose component does not keep up" };
+Platform::Counter damagedFrames { "link.frames-damaged", "received frames with a wrong checksum" };
 
 constexpr const char* monitorGroup = "MonitorSendThread";
 constexpr int monitorPriority = 5;
@@ -150,6 +156,7 @@ HostDataFormat::Ptr HostSessionManager::blockFrame(int command, const void* data
     if (n < 0 || n > HostFrame::maxDataLength)
     {
         ++refusedSends;
+        ++refusedFrames;
         logger().error("%s not sent: %d data bytes, a frame carries %d", EngineApi::hostCommand(command).sentName, n,
                        HostFrame::maxDataLength);
         return nullptr;
@@ -172,6 +179,7 @@ void HostSessionManager::queue(HostDataFormat::Ptr frame)
 void HostSessionManager::noteLoss(const SendItem& lost, int limit)
 {
     ++refusedSends;
+    ++refusedFrames;
     if (!lossLogged.exchange(true))
         logger().error("%d frames wait, %s and what follows is not sent", limit,
                        EngineApi::hostCommand(lost.frame->commandOf()).sentName);
@@ -193,6 +201,8 @@ void HostSessionManager::sendNext()
     ++sequenceCounter;
     inFlight->frame->setSequence(sequenceCounter);
     waitingForAcknowledgement = true;
+    ++sent;
+    sentAt = Platform::Clock::now();
     transmit(*inFlight->frame);
     inFlight->cause.reached(Kernel::Cause::answer);
     monitor->watch(sequenceCounter);
@@ -223,6 +233,8 @@ void HostSessionManager::acknowledged(int sequence, int value)
     logger(lineAcknowledged).error("MCU received ACK arg1: %d, arg2: %d", sequence, value);
     if (!waitingForAcknowledgement || sequence != sequenceCounter || inFlight == nullptr)
         return;
+    roundTripTimes.add(
+        std::chrono::duration_cast<Platform::Histogram::Duration>(Platform::Clock::now() - sentAt));
     releaseInFlight();
     monitor->stopWatching();
     sendNext();
@@ -237,6 +249,7 @@ void HostSessionManager::resend(int sequence)
     {
         logger(lineResend)
             .error("MCU ReSend ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
+        ++resent;
         transmit(*inFlight->frame);
         return;
     }
@@ -250,6 +263,7 @@ void HostSessionManager::sendFailed(int sequence)
         return;
     if (inFlight != nullptr)
     {
+        ++givenUpFrames;
         logger(lineSendError)
             .error("MCU Send Error ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         releaseInFlight();
@@ -275,14 +289,20 @@ void HostSessionManager::onData(int kind, int length, juce::ReferenceCountedObje
 
 void HostSessionManager::onAcknowledgement(int sequence, int value)
 {
+    lastReceived = Platform::Clock::now();
     Kernel::postSystemMessage(Kernel::hostSessionManagerId, msgAcknowledged, sequence, value);
 }
 
 void HostSessionManager::onFrame(const std::uint8_t* frame, int length)
 {
     const int sequence = frame[HostFrame::sequenceAt];
+    lastReceived = Platform::Clock::now();
     if (sequence == lastSequence || sequence == previousSequence)
+    {
+        ++repeated;
         return;
+    }
+    ++received;
     previousSequence = std::exchange(lastSequence, sequence);
     auto buffer = frameBuffers.obtain();
     buffer->assign(frame, length);
@@ -291,6 +311,8 @@ void HostSessionManager::onFrame(const std::uint8_t* frame, int length)
 
 void HostSessionManager::onChecksumError()
 {
+    ++damaged;
+    ++damagedFrames;
     logger().error("MCU Recv CheckSum Error");
 }
 
@@ -356,10 +378,16 @@ bool HostSessionManager::hasRoom(Kernel::ComponentId receiver, int command)
     if (waiting < maxWaitingEvents)
         return true;
     ++droppedEvents;
+    ++droppedFrames;
     if (overrun.insert(receiver).second)
         logger().error("%d messages wait for component %d, %s and what follows is dropped", static_cast<int>(waiting),
                        receiver, EngineApi::hostCommand(command).receivedName);
     return false;
+}
+
+HostSessionManager::Status HostSessionManager::getStatus() const
+{
+    return { sent, received, resent, givenUpFrames.get(), damaged, repeated, sendQueue.size(), lastReceived };
 }
 
 } // namespace EngineLayer

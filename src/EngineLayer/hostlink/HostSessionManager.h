@@ -51,6 +51,18 @@ public:
     */
     void sendDataUrgent(int command, const void* data, int n, int subject = EngineApi::noSubject);
 
+    struct Status
+    {
+        std::uint64_t sent = 0, received = 0; ///< frames; one that comes or goes again does not count again
+        std::uint64_t resent = 0, givenUp = 0, damaged = 0, repeated = 0;
+        std::size_t waiting = 0;
+        Platform::Clock::time_point lastReceived; ///< also an acknowledgement; the clock's beginning for never
+    };
+    /** Any thread. */
+    Status getStatus() const;
+    /** From a frame's first writing to its acknowledgement. */
+    const Platform::Histogram& roundTrips() const { return roundTripTimes; }
+
     /** Frames that were not sent: oversize, or with too many frames waiting. Any thread. */
     int getRefusedSends() const { return refusedSends; }
     /** Received frames that were dropped because their receiver does not keep up. Any thread. */
@@ -93,6 +105,10 @@ private:
     HostFrameParser parser;
     LowLayer::BytePoolStore frameBuffers { "received frames", HostFrame::maxLength };
     bool synchronised = false;
+    std::atomic<std::uint64_t> sent { 0 }, received { 0 }, resent { 0 }, damaged { 0 }, repeated { 0 };
+    std::atomic<Platform::Clock::time_point> lastReceived {};
+    Platform::Histogram roundTripTimes;
+    Platform::Clock::time_point sentAt; ///< of the frame in flight, the first time
     std::atomic<int> refusedSends { 0 };
     std::atomic<bool> lossLogged { false }; ///< until nothing waits
     std::atomic<int> droppedEvents { 0 };

@@ -69,4 +69,10 @@ void SendQueue::clear()
     urgent.clear();
 }
 
+std::size_t SendQueue::size() const
+{
+    const std::lock_guard guard(lock);
+    return normal.size() + urgent.size();
+}
+
 } // namespace EngineLayer

@@ -53,6 +53,7 @@ public:
     /** The next to go; null when none waits. */
     SendItem::Ptr takeNext();
     void clear();
+    std::size_t size() const;
 
 private:
     Platform::Mutex lock;

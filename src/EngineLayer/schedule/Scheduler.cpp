@@ -76,8 +76,9 @@ SwitchAction::Ptr Scheduler::schedule(const ScheduleInput& input)
 bool Scheduler::showAllowed(const ScheduleInput& input)
 {
     using namespace Pubhead;
-    const auto& [page, action, autoSwitch, number] = input.request;
-    if (!autoSwitch)
+    const int page = input.request.page;
+    const auto action = input.request.action;
+    if (!input.request.autoSwitch)
         return true;
     const auto handler = input.find(page);
     const bool raisesSource = handler != nullptr && raises(action) && handler->isNormalSource;

@@ -312,6 +312,12 @@ void TLX70Dev::endTemporaryText()
         restore();
 }
 
+TLX70Dev::Status TLX70Dev::getStatus() const
+{
+    const std::lock_guard guard(lock);
+    return { isReachable(), storedLine1.text, storedLine2.text, dimmerLevel, waiting.size() };
+}
+
 // Receiving.
 
 void TLX70Dev::onReceive(const void* data, int length)

@@ -62,6 +62,16 @@ public:
     bool isRestorePending() override;
     bool restore() override;
 
+    struct Status
+    {
+        bool isThere = false;
+        juce::String line1, line2; ///< as they are kept
+        int dimmer = 0;            ///< 0 to 15
+        std::size_t waiting = 0;   ///< commands
+    };
+    /** Any thread; it does not wait for the remote. */
+    Status getStatus() const;
+
     /** Port reader thread. */
     void onReceive(const void* data, int length) override;
     void onDeviceBack() override;

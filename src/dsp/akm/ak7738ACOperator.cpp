@@ -132,6 +132,7 @@ void ak7738ACOperator::toggleMute(bool notify)
     if (helper == nullptr)
         return;
     mute = !mute;
+    muter = Kernel::Actor::current();
     writeMute(mute);
     if (notify)
         helper->notifyMute(mute);
@@ -141,6 +142,20 @@ bool ak7738ACOperator::isMute()
 {
     const std::lock_guard guard(lock);
     return mute;
+}
+
+DspStatus ak7738ACOperator::getStatus() const
+{
+    const std::lock_guard guard(lock);
+    DspStatus status;
+    status.isBooted = helper != nullptr;
+    status.isMuted = mute;
+    status.isAlerting = alertActive;
+    status.changesSource = isTimerRunning(restoreTimer);
+    status.muter = muter;
+    status.channel = channel;
+    status.input = selectedInput;
+    return status;
 }
 
 void ak7738ACOperator::setCurrentZone(int zone)

@@ -39,6 +39,9 @@ public:
     void setSubwooferDirect(bool on) override;
     void setChannelGains(int gain1, int gain2, int gain3, int gain4) override;
 
+    /** What of it is the audio control's. */
+    DspStatus getStatus() const;
+
     static constexpr int restoreTimer = 1;
     static constexpr int restoreMs = 1000;
     static constexpr int compensationTimer = 2;
@@ -66,6 +69,7 @@ private:
     int selectedInput = 0; ///< none since the boot
     int currentZone = 1;
     bool mute = false;
+    Kernel::Actor muter;
     bool alertActive = false;
     bool subwooferDirect = false;
     std::array<int, 4> channelGains {};

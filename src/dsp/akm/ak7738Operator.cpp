@@ -2,6 +2,7 @@
 #include "dsp/akm/ak7738Operator.h"
 
 #include "dsp/akm/SPI.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Time.h"
 #include "platform/config/Configuration.h"
@@ -42,6 +43,8 @@ constexpr int bank0Keys = 0x10000;
 constexpr int bank1Keys = 0x20000;
 constexpr int registerKeys = 0x30000;
 
+Platform::Counter lostBlocks { "dsp.blocks-lost", "blocks that the DSP did not get or did not confirm" };
+
 int checksum(std::span<const std::uint8_t> block)
 {
     boost::crc_xmodem_t crc;
@@ -77,20 +80,44 @@ juce::MemoryBlock loadImage(const Image& image)
 void ak7738Operator::writeBlock(std::span<const std::uint8_t> block)
 {
     SPI port;
-    if (worker.isStopping() || !port.open(bus))
+    if (worker.isStopping())
         return;
+    if (!port.open(bus))
+        return noteFailure("its bus cannot be opened");
     bool verified = false;
     for (int attempt = 0; attempt < attempts && !verified; ++attempt)
     {
         std::array<std::uint8_t, 2> answer {};
         if (!port.write(block) || !port.read(answer, readChecksum))
-            return;
+            return noteFailure("a transfer on its bus has failed");
         verified = (answer[0] << 8 | answer[1]) == checksum(block);
     }
     if (!verified && !std::exchange(unverified, true))
         logger().error("the DSP does not confirm what is written to it");
     else if (verified)
         unverified = false;
+    if (!verified)
+        return noteFailure("it does not confirm what is written to it");
+    const std::lock_guard guard(healthLock);
+    ++health.blocks;
+}
+
+void ak7738Operator::noteFailure(const char* what)
+{
+    ++lostBlocks;
+    const std::lock_guard guard(healthLock);
+    ++health.failures;
+    health.lastFailure = what;
+    health.lastFailureAt = Platform::Clock::now();
+}
+
+void ak7738Operator::addTo(DspStatus& status) const
+{
+    const std::lock_guard guard(healthLock);
+    status.blocks = health.blocks;
+    status.failures = health.failures;
+    status.lastFailure = health.lastFailure;
+    status.lastFailureAt = health.lastFailureAt;
 }
 
 void ak7738Operator::setRegisters(std::span<const RegisterValue> registers)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dsp/AudioServices.h"
 #include "dsp/akm/BootTable.h"
 #include "dsp/akm/FilterMap.h"
 #include "dsp/akm/FixedPoint.h"
@@ -28,6 +29,9 @@ public:
     /** Start-up line, registers, images, flat equaliser. It takes the chip some hundred milliseconds. */
     void boot();
 
+    /** What of the status is the chip's. Any thread. */
+    void addTo(DspStatus& status) const;
+
     /** Words into the running DSP, and the order to take them over; no other block comes in between. */
     void writeCoefficients(std::uint16_t address, std::span<const std::uint8_t> words, Bank bank);
     /** One gain word of a level in dB. */
@@ -55,6 +59,7 @@ private:
 
     using Block = std::vector<std::uint8_t>;
 
+    void noteFailure(const char* what);
     void setRegisters(std::span<const RegisterValue> registers);
     void loadImages();
     void flattenEqualiser();
@@ -64,6 +69,14 @@ private:
     /** Over the gains of the bands, and recursive. */
     Platform::Mutex lock;
     std::array<int, numOfEqBands> bandGains {};
+    struct Health
+    {
+        std::uint64_t blocks = 0, failures = 0;
+        const char* lastFailure = "";
+        Platform::Clock::time_point lastFailureAt;
+    };
+    mutable std::mutex healthLock;
+    Health health;
     bool unverified = false;               ///< said so in the log, and nothing was verified since; the thread "DSP"
     Kernel::DeviceWorker worker { "DSP" }; ///< last: its thread ends before what it uses
 };

@@ -2,6 +2,7 @@
 
 #include "dsp/akm/ak7738ACOperator.h"
 #include "dsp/akm/ak7738EQOperator.h"
+#include "dsp/akm/ak7738Operator.h"
 #include "kernel/Singleton.h"
 
 namespace Dsp
@@ -19,6 +20,12 @@ public:
     }
     EQService& getEQService() override { return equaliser; }
     ACService& getACService() override { return audioControl; }
+    DspStatus getStatus() const override
+    {
+        auto status = audioControl.getStatus();
+        ak7738Operator::getInstance()->addTo(status);
+        return status;
+    }
 
 private:
     ak7738ACOperator audioControl;
