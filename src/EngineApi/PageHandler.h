@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EngineApi/ScheduleRecords.h"
+#include "platform/base/Time.h"
 #include "kernel/SystemMessage.h"
 
 namespace EngineApi
@@ -13,6 +14,7 @@ struct PageRunState
 
     int reportedStep = stopped; ///< running after a run or change order, stopped after a stop order
     PageStates states {};
+    Platform::Clock::time_point since {}; ///< when the order was carried out
 };
 
 /** A page as the managers see it, implemented by its handler in an application task. Any thread may call all of it. */

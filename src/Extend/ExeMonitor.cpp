@@ -4,6 +4,7 @@
 #include "kernel/SystemEngine.h"
 #include "lowlayer/RemotecommDev.h"
 #include "platform/base/CommandLine.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Pubhead.h"
 #include "platform/screen/Window.h"
@@ -27,24 +28,7 @@ constexpr int toleratedFailedHeartbeats = 5;
 constexpr int anyProcess = -1;
 constexpr const char* commandLineOption = "--command-line";
 
-const char* stateName(int state)
-{
-    switch (state)
-    {
-    case kDisconnect:
-        return "kDisconnect";
-    case kStarting:
-        return "kStarting";
-    case kConnected:
-        return "kConnected";
-    case kDead:
-        return "kDead";
-    case kClosing:
-        return "kClosing";
-    default:
-        return "";
-    }
-}
+Platform::Counter failedStarts { "programs.starts-failed", "programs that could not be started" };
 
 juce::String appText(int appType)
 {
@@ -222,10 +206,17 @@ bool ExeMonitor::takeOver(int appType)
 bool ExeMonitor::createProgram(const LaunchRequest& request)
 {
     const int appType = request.appType;
+    const auto refuse = [&](const juce::String& why)
+    {
+        logger().error(appText(appType) + " | " + why);
+        ++failedStarts;
+        const std::lock_guard guard(lock);
+        lives[appType].problem = why;
+        return false;
+    };
     if (request.path.isEmpty())
     {
-        logger().error(appText(appType) + " | no program for page " + Pubhead::pageName(request.page));
-        return false;
+        return refuse("no program for page " + juce::String(Pubhead::pageName(request.page)));
     }
     juce::StringArray arguments;
     if (appType != Pubhead::AppNavi)
@@ -234,8 +225,7 @@ bool ExeMonitor::createProgram(const LaunchRequest& request)
     const auto process = Platform::createProcess(request.path, arguments);
     if (process == nullptr)
     {
-        logger().error(appText(appType) + " | cannot be started: " + request.path);
-        return false;
+        return refuse("cannot be started: " + request.path);
     }
     MessageHelper::expectProcess(appType, process->getPid());
     // The state first: a process that has ended already takes it back as soon as it is watched.
@@ -291,11 +281,13 @@ void ExeMonitor::setAppState(int appType, int state)
     auto& stored = appStates.try_emplace(appType, kDisconnect).first->second;
     if (stored == state)
         return;
-    logger().info(appText(appType) + " | State: " + stateName(state));
+    logger().info(appText(appType) + " | State: " + appStateName(state));
     stored = state;
     auto& life = lives[appType];
     life.since = Platform::Clock::now();
     life.starts += state == kStarting ? 1 : 0;
+    if (state != kDisconnect)
+        life.problem.clear();
     life.ends += state == kDisconnect ? 1 : 0;
     if (state == kDisconnect)
         heartbeatPending.erase(appType);

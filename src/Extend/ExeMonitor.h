@@ -37,12 +37,13 @@ public:
 
     struct Status
     {
-        int state = 0; ///< EngineApi's application states
-        int process = 0; ///< 0 for none
-        Platform::Clock::time_point since;                            ///< of the state
+        int state = EngineApi::kDisconnect;
+        int process = 0;                                             ///< 0 for none
+        Platform::Clock::time_point since;                           ///< of the state
         std::optional<Platform::Clock::time_point> lastHeartbeat {}; ///< its last answer
-        bool isSilent = false;                                        ///< it has not answered the last one
-        unsigned starts = 0, ends = 0;                                ///< of its processes
+        bool isSilent = false;                                       ///< it has not answered the last one
+        unsigned starts = 0, ends = 0;                               ///< of its processes
+        juce::String problem {}; ///< why it could not be started the last time; "" for no reason
     };
     /** Of every program that was there once. Any thread. */
     std::map<int, Status> getStatus() const;

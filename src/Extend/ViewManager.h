@@ -105,7 +105,7 @@ private:
         int page = Pubhead::NUM_OF_PAGES;
         Kernel::Cause cause;
     };
-    Wish wish; ///< the last one
+    Wish wish;                              ///< the last one
     int reportPage = Pubhead::NUM_OF_PAGES; ///< the page whose report is waited for
     bool resendShow = false;                ///< the current page is told to show again on its next request
     Platform::WindowHandle navigationWindow = Platform::noWindow;

@@ -120,7 +120,7 @@ void AppHandler::sendCommandLine(const AppCommandLine& commandLine)
 void AppHandler::setRunState(int reportedStep, const PageStates& states)
 {
     const std::lock_guard guard(runStateLock);
-    runState = { reportedStep, states };
+    runState = { reportedStep, states, Platform::Clock::now() };
 }
 
 void AppHandler::report() const

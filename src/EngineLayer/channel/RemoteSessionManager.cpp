@@ -100,6 +100,15 @@ RemoteSessionManager::Counts RemoteSessionManager::getCounts() const
     return all;
 }
 
+std::size_t RemoteSessionManager::countWaiting(std::optional<int> appType) const
+{
+    const std::lock_guard guard(lock);
+    std::size_t sum = 0;
+    for (const auto& [type, queue] : pendingMessages)
+        sum += !appType || type == *appType ? queue.getSize() : 0;
+    return sum;
+}
+
 void RemoteSessionManager::addMsgFilter(juce::int32 what, RemoteMsgFilterInterface* filter)
 {
     const std::lock_guard guard(lock);

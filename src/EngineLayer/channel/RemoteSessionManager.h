@@ -8,6 +8,7 @@
 #include "platform/base/Threads.h"
 
 #include <map>
+#include <optional>
 #include <set>
 
 namespace EngineLayer
@@ -37,6 +38,8 @@ public:
         std::uint64_t waiting = 0;
     };
     Counts getCounts() const;
+    /** Messages that wait until the program has started; of all programs without one. Any thread. */
+    std::size_t countWaiting(std::optional<int> appType = {}) const;
     void addMsgFilter(juce::int32 what, EngineApi::RemoteMsgFilterInterface* filter);
     bool isAppRegistered(int appType) const;
     /** Ascending. */

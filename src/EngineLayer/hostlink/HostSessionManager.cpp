@@ -233,8 +233,7 @@ void HostSessionManager::acknowledged(int sequence, int value)
     logger(lineAcknowledged).error("MCU received ACK arg1: %d, arg2: %d", sequence, value);
     if (!waitingForAcknowledgement || sequence != sequenceCounter || inFlight == nullptr)
         return;
-    roundTripTimes.add(
-        std::chrono::duration_cast<Platform::Histogram::Duration>(Platform::Clock::now() - sentAt));
+    roundTripTimes.add(std::chrono::duration_cast<Platform::Histogram::Duration>(Platform::Clock::now() - sentAt));
     releaseInFlight();
     monitor->stopWatching();
     sendNext();

@@ -57,6 +57,14 @@ public:
         std::uint64_t resent = 0, givenUp = 0, damaged = 0, repeated = 0;
         std::size_t waiting = 0;
         Platform::Clock::time_point lastReceived; ///< also an acknowledgement; the clock's beginning for never
+
+        /** The unit's heartbeat, which comes every three seconds, is acknowledged. */
+        bool isConnected() const
+        {
+            constexpr std::chrono::seconds longestSilence { 7 };
+            return lastReceived != Platform::Clock::time_point() &&
+                   Platform::Clock::now() - lastReceived < longestSilence;
+        }
     };
     /** Any thread. */
     Status getStatus() const;

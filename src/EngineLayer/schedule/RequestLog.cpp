@@ -14,8 +14,8 @@ void noteOrders(RequestRecord& record, const SwitchAction& action)
 {
     record.orders.clear();
     for (const auto& order : action.orders)
-        record.orders.push_back({ order->page, order->switchType,
-                                  order->progress == EngineApi::OrderProgress::finished, order->succeeded });
+        record.orders.push_back({ order->page, order->switchType, order->progress == EngineApi::OrderProgress::finished,
+                                  order->succeeded });
 }
 
 } // namespace

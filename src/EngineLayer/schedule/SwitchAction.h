@@ -1,7 +1,7 @@
 #pragma once
 
-#include "EngineLayer/schedule/Verdict.h"
 #include "EngineApi/ScheduleRecords.h"
+#include "EngineLayer/schedule/Verdict.h"
 
 namespace EngineLayer
 {
