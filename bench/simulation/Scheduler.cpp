@@ -176,6 +176,11 @@ bool Scheduler::hasEnded(const Fiber* fiber) const
     return fiber == nullptr || fiber->state == Fiber::State::ended;
 }
 
+std::string Scheduler::currentName() const
+{
+    return running == nullptr ? "outside" : running->name;
+}
+
 Fiber* Scheduler::find(std::string_view name) const
 {
     const auto found = std::find_if(fibers.rbegin(), fibers.rend(),

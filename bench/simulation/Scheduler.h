@@ -73,6 +73,8 @@ public:
     Fiber* start(std::string name, std::function<void()> body);
     /** Null outside of all fibers. */
     Fiber* current() const { return running; }
+    /** "outside" there. */
+    std::string currentName() const;
     bool hasEnded(const Fiber* fiber) const;
     /** The one that was started last by this name, of which the first 15 bytes count; null for none. */
     Fiber* find(std::string_view name) const;

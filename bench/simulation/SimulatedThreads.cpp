@@ -113,6 +113,11 @@ Thread::Id Thread::currentId()
     return Scheduler::get().current();
 }
 
+juce::String Thread::currentName()
+{
+    return isMessageThread() ? "message thread" : juce::String(Scheduler::get().currentName());
+}
+
 struct Mutex::Backend
 {
     Simulation::Fiber* owner = nullptr;

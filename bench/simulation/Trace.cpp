@@ -1,7 +1,9 @@
 #include "bench/simulation/Trace.h"
 
-#include <fstream>
-#include <nlohmann/json.hpp>
+#include "diagnostics/TraceEvents.h"
+
+#include <fcntl.h>
+#include <system_error>
 
 namespace Simulation
 {
@@ -9,41 +11,8 @@ namespace Simulation
 namespace
 {
 
-using nlohmann::json;
-using Microseconds = std::chrono::duration<double, std::micro>;
-
-constexpr std::size_t mostSlices = 200'000;
-constexpr int threadTracks = 1, eventTracks = 2;
-constexpr double stepLength = 0.001; ///< microseconds
-
-json nameOf(const char* what, int process, int thread, const std::string& name)
-{
-    return { { "ph", "M" }, { "name", what }, { "pid", process }, { "tid", thread }, { "args", { { "name", name } } } };
-}
-
-/** Numbers of tracks, in the order in which they are first needed. */
-class Tracks
-{
-public:
-    Tracks(int processToUse, json& eventsToName)
-        : process(processToUse)
-        , events(eventsToName)
-    {
-    }
-
-    int operator[](const std::string& name)
-    {
-        const auto [found, isNew] = numbers.emplace(name, static_cast<int>(numbers.size()) + 1);
-        if (isNew)
-            events.push_back(nameOf("thread_name", process, found->second, name));
-        return found->second;
-    }
-
-private:
-    const int process;
-    json& events;
-    std::map<std::string, int> numbers;
-};
+constexpr std::size_t mostSlices = 200'000, mostEvents = 100'000;
+constexpr std::chrono::nanoseconds stepLength { 1 };
 
 } // namespace
 
@@ -51,47 +20,50 @@ Trace::Trace(Scheduler& schedulerToWatch)
     : scheduler(schedulerToWatch)
     , begin(scheduler.now())
 {
-    scheduler.onResume(
-        [this](const std::string& thread)
-        {
-            slices.push_back({ thread, scheduler.now(), scheduler.steps() });
-            if (slices.size() > mostSlices)
-                slices.pop_front();
-        });
+    Kernel::Trace::begin();
+    scheduler.onResume([this](const std::string& thread) { note(thread); });
 }
 
-std::string Trace::write(const std::string& file, const Bench::Journal& journal) const
+void Trace::note(const std::string& thread)
 {
-    json events = json::array();
-    events.push_back(nameOf("process_name", threadTracks, 0, "threads of the engine"));
-    events.push_back(nameOf("process_name", eventTracks, 0, "what happened"));
-    Tracks threads(threadTracks, events), streams(eventTracks, events);
+    slices.push_back({ thread, scheduler.now(), scheduler.steps() });
+    if (slices.size() > mostSlices)
+        slices.pop_front();
+    taken.clear();
+    Kernel::Trace::take(taken);
+    events.insert(events.end(), taken.begin(), taken.end());
+    if (events.size() > mostEvents)
+        events.erase(events.begin(), events.end() - mostEvents);
+}
+
+std::string Trace::write(const std::string& name, const Bench::Journal& journal) const
+{
+    constexpr mode_t readable = 0644;
+    const Platform::Descriptor descriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, readable));
+    if (!descriptor)
+        return name + ": " + std::generic_category().message(errno);
+    Diagnostics::TraceFile file(descriptor.get());
     Clock::time_point instant;
     std::uint64_t firstStep = 0;
-    for (const auto& slice : slices)
+    for (const auto& [thread, at, step] : slices)
     {
-        if (slice.at != std::exchange(instant, slice.at))
-            firstStep = slice.step;
-        const auto offset = static_cast<double>(slice.step - firstStep) * stepLength;
-        events.push_back({ { "ph", "X" },
-                           { "name", slice.thread },
-                           { "pid", threadTracks },
-                           { "tid", threads[slice.thread] },
-                           { "ts", Microseconds(slice.at - begin).count() + offset },
-                           { "dur", stepLength },
-                           { "args", { { "step", slice.step } } } });
+        if (at != std::exchange(instant, at))
+            firstStep = step;
+        const auto offset = static_cast<std::int64_t>(step - firstStep) * stepLength;
+        file.add({ file.track("steps of the threads", thread),
+                   thread,
+                   at - begin + offset,
+                   stepLength,
+                   { { "step", step } } });
     }
     for (const auto& event : journal.find({}, Bench::Journal::capacity, [](const auto&) { return true; }))
-        events.push_back({ { "ph", "i" },
-                           { "s", "t" },
-                           { "name", event.text },
-                           { "pid", eventTracks },
-                           { "tid", streams[event.stream] },
-                           { "ts", Microseconds(event.at - begin).count() } });
-    std::ofstream text(file, std::ios::trunc);
-    text << json { { "displayTimeUnit", "ns" }, { "traceEvents", std::move(events) } }.dump(
-        -1, ' ', false, json::error_handler_t::replace);
-    return text.flush() ? "" : file + ": cannot be written";
+        file.add({ file.track("what happened", event.stream), event.text, event.at - begin });
+    Diagnostics::TraceEvents story(file, begin);
+    for (const auto& event : events)
+        story.add(event);
+    story.finish(scheduler.now());
+    file.finish({ { "steps", scheduler.steps() } });
+    return file.getFailure();
 }
 
 } // namespace Simulation

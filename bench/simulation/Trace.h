@@ -2,13 +2,14 @@
 
 #include "bench/simulation/Scheduler.h"
 #include "bench/unit/Journal.h"
+#include "kernel/Trace.h"
 
 namespace Simulation
 {
 
 /**
-    Which thread of the engine ran when, and what happened meanwhile, in the trace event format (JSON) that the Perfetto
-    viewer opens. A step takes no simulated time; here each takes a nanosecond, so that their order is seen.
+    Which thread of the engine ran when, what it did, and what happened meanwhile, for the Perfetto viewer. A step takes
+    no simulated time; on the tracks of the steps each takes a nanosecond, so that their order is seen.
 */
 class Trace
 {
@@ -27,7 +28,11 @@ private:
     };
     Scheduler& scheduler;
     const Clock::time_point begin;
-    std::deque<Slice> slices; ///< the last ones
+    std::deque<Slice> slices;                ///< the last ones
+    std::deque<Kernel::Trace::Event> events; ///< of the engine, the last ones
+    std::vector<Kernel::Trace::Event> taken;
+
+    void note(const std::string& thread);
 };
 
 } // namespace Simulation

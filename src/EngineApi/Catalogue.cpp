@@ -1,5 +1,7 @@
 #include "EngineApi/Catalogue.h"
 
+#include "EngineApi/Remote.h"
+
 #include <algorithm>
 
 namespace EngineApi
@@ -27,6 +29,9 @@ static_assert(actionNames.size() == static_cast<std::size_t>(AppAction::ToStop) 
 
 constexpr std::array switchTypeNames { "Unknown", "ToRun", "ToStop", "ToChange", "ToShowTopLevel" };
 static_assert(switchTypeNames.size() == static_cast<std::size_t>(SwitchType::ToShowTopLevel) + 1);
+
+constexpr std::array programStateNames { "kDisconnect", "kStarting", "kConnected", "kDead", "kClosing" };
+static_assert(programStateNames.size() == kClosing + 1);
 
 /** What kind of page it is; only these combinations exist. */
 enum class Kind { screen, sourceScreen, normalSource, rear };
@@ -130,6 +135,11 @@ const char* actionName(int action)
 const char* switchTypeName(int type)
 {
     return nameIn(switchTypeNames, type);
+}
+
+const char* programStateName(int state)
+{
+    return nameIn(programStateNames, state);
 }
 
 const PageScheduleConfig* pageScheduleConfig(int page)

@@ -51,6 +51,7 @@ const char* sourceName(int source);
 const char* videoChannelName(int channel);
 const char* actionName(int action);
 const char* switchTypeName(int type);
+const char* programStateName(int state);
 
 /** The four states of a page in one schedule. */
 struct PageStates

@@ -19,25 +19,6 @@ enum ProgramState : int {
     kDead = 3,       ///< defined, never entered
     kClosing = 4     ///< told to quit, its process has not ended yet
 };
-inline const char* appStateName(int state)
-{
-    switch (state)
-    {
-    case kDisconnect:
-        return "kDisconnect";
-    case kStarting:
-        return "kStarting";
-    case kConnected:
-        return "kConnected";
-    case kDead:
-        return "kDead";
-    case kClosing:
-        return "kClosing";
-    default:
-        return "";
-    }
-}
-
 class AppConnectStateInterface
 {
 public:

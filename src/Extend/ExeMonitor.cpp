@@ -1,7 +1,9 @@
 #include "Extend/ExeMonitor.h"
 
+#include "EngineApi/Catalogue.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "kernel/Trace.h"
 #include "lowlayer/RemotecommDev.h"
 #include "platform/base/CommandLine.h"
 #include "platform/base/Counter.h"
@@ -73,6 +75,7 @@ void acknowledgeHello(int appType)
     auto answer = Platform::RemoteMessage::obtain();
     answer->what = RMSG_APP_HELLO_ACK;
     answer->arg1 = appType;
+    const Kernel::TraceScope scope(Kernel::Trace::Kind::remoteSent, appType, answer->what, answer->arg1, 0, true);
     if (!MessageHelper::postMessage(appType, answer))
         sendRemoteMessage(appType, answer);
     Platform::RemoteMessage::recycle(std::move(answer));
@@ -281,7 +284,7 @@ void ExeMonitor::setAppState(int appType, int state)
     auto& stored = appStates.try_emplace(appType, kDisconnect).first->second;
     if (stored == state)
         return;
-    logger().info(appText(appType) + " | State: " + appStateName(state));
+    logger().info(appText(appType) + " | State: " + programStateName(state));
     stored = state;
     auto& life = lives[appType];
     life.since = Platform::Clock::now();
@@ -289,6 +292,7 @@ void ExeMonitor::setAppState(int appType, int state)
     if (state != kDisconnect)
         life.problem.clear();
     life.ends += state == kDisconnect ? 1 : 0;
+    Kernel::Trace::note(Kernel::Trace::Kind::programState, appType, state);
     if (state == kDisconnect)
         heartbeatPending.erase(appType);
     // Under the lock, so that the changes are told in the order in which they happened.

@@ -3,6 +3,7 @@
 #include "EngineApi/Pages.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "kernel/Trace.h"
 #include "platform/base/Logger.h"
 
 namespace Extend
@@ -10,6 +11,7 @@ namespace Extend
 
 using namespace EngineApi;
 using namespace Pubhead;
+using Kernel::Trace;
 
 namespace
 {
@@ -34,6 +36,7 @@ constexpr const char* pageStateNames[] = { "kAppShow", "kAppHiding", "kAppHidden
 bool sendToProgram(juce::int32 what, int page)
 {
     const int appType = appTypeOfPage(page);
+    Trace::note(Trace::Kind::viewTold, what, page);
     return appType != AppUnknown && sendRemoteMessage(appType, what, page, 0);
 }
 
@@ -95,7 +98,10 @@ void ViewManager::onAppConnectState(int appType, int state)
 void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
 {
     const auto postToSelf = [&](PrivateMessage id)
-    { Kernel::postSystemMessage(Kernel::viewManagerId, id, message.arg1, message.arg2); };
+    {
+        Trace::note(Trace::Kind::viewAnswered, message.what, message.arg1);
+        Kernel::postSystemMessage(Kernel::viewManagerId, id, message.arg1, message.arg2);
+    };
     switch (message.what)
     {
     case RMSG_PAGE_REQUEST_SHOW:
@@ -265,8 +271,7 @@ void ViewManager::handleHideReady(int page)
         nextPage = std::exchange(thirdPage, NUM_OF_PAGES);
         if (!thirdPageRequested)
         {
-            showState = kNormal;
-            awaitRequest();
+            settle();
             return;
         }
     }
@@ -293,8 +298,7 @@ void ViewManager::handleShowReady(int page, bool answered)
     else
     {
         currentPageState = canShow(currentPage, answered) ? kAppShow : kAppHidden;
-        showState = kNormal;
-        awaitRequest();
+        settle();
     }
     resendShow = false;
     logCurrentPage();
@@ -333,9 +337,17 @@ void ViewManager::confirmReport(int page)
     Kernel::postSystemMessage(Kernel::systemStateManagerId, Kernel::MSG_SWITCH_REPORT, page, succeeded);
 }
 
+void ViewManager::settle()
+{
+    showState = kNormal;
+    Trace::note(Trace::Kind::pageSettled, currentPage.load());
+    awaitRequest();
+}
+
 void ViewManager::showNextPage()
 {
     showState = kShowing;
+    Trace::note(Trace::Kind::pageShowing, nextPage);
     if (nextPage == mbNavi)
     {
         showNavigationWindow(true);
@@ -348,6 +360,7 @@ void ViewManager::showNextPage()
 void ViewManager::hidePage(int page)
 {
     showState = kHiding;
+    Trace::note(Trace::Kind::pageHiding, page);
     if (page == mbNavi)
         startTimer(hideTimer, atOnceMs);
     else

@@ -78,6 +78,8 @@ private:
 
     bool isInFront(int page) const { return page == currentPage && currentPageState == kAppShow; }
     void awaitRequest();
+    /** The view waits for nobody any more. */
+    void settle();
     void showNextPage();
     void hidePage(int page);
     void coverCurrentPage();

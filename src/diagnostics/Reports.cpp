@@ -180,7 +180,7 @@ Json programs()
             continue;
         const auto status = life == lives.end() ? ExeMonitor::Status() : life->second;
         Json record { { "program", Pubhead::appTypeName(appType) },
-                      { "state", appStateName(status.state) },
+                      { "state", programStateName(status.state) },
                       { "process", status.process },
                       { "path", text(Platform::AppConfig::getAppPath(page)) },
                       { "onBus", Platform::IPCMsg::MessageHelper::isPresent(appType) } };

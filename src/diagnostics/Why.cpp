@@ -144,7 +144,7 @@ void addFacts(Explanation& answer, int page, const Requests& requests)
     const auto handler = getHandler(page);
     const auto run = handler->getRunState();
     answer.facts.push_back("Its program " + std::string(Pubhead::appTypeName(handler->getAppType())) + ": " +
-                           appStateName(lifeOf(handler->getAppType()).state) + ".");
+                           programStateName(lifeOf(handler->getAppType()).state) + ".");
     answer.facts.push_back(run.reportedStep == PageRunState::stopped
                                ? pageText(page) + " does not run."
                                : pageText(page) + " runs, place " + std::to_string(run.states.showState) +

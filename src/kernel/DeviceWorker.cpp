@@ -81,7 +81,7 @@ void DeviceWorker::post(int key, Job job)
             return;
         if (jobs.size() >= patience)
             std::erase_if(jobs, [key](const auto& waiting) { return waiting.key == key; });
-        jobs.push_back({ key, std::move(job), Cause::current() });
+        jobs.push_back({ key, std::move(job), Cause::current(), Trace::here() });
     }
     thread->notify();
 }
@@ -108,6 +108,7 @@ bool DeviceWorker::doNext()
         const CauseScope cause(next.cause);
         next.job();
     }
+    Trace::span(next.origin, since, Trace::Kind::job, next.key);
     const std::lock_guard guard(lock);
     busy = false;
     since = Platform::Clock::now();

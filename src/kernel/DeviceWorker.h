@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kernel/Cause.h"
+#include "kernel/Trace.h"
 
 #include <deque>
 #include <functional>
@@ -75,6 +76,7 @@ private:
         int key;
         Job job;
         Cause cause;
+        Trace::Origin origin;
     };
     std::deque<Waiting> jobs;
     bool busy = false;

@@ -3,6 +3,7 @@
 #include "kernel/Actor.h"
 #include "kernel/Cause.h"
 #include "kernel/ComponentIds.h"
+#include "kernel/Trace.h"
 
 #include <juce_core/juce_core.h>
 
@@ -25,8 +26,9 @@ public:
     juce::int32 handlerIndex = -1;
     /** Receivers recover the type by a checked cast and ignore what they do not expect. */
     Payload payload;
-    Cause cause;  ///< of what its poster did
-    Actor poster; ///< in whose handler it was posted
+    Cause cause;          ///< of what its poster did
+    Actor poster;         ///< in whose handler it was posted
+    Trace::Origin origin; ///< when it was posted, in a trace; what it was before when there is none
 };
 
 /**

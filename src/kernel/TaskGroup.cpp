@@ -116,6 +116,8 @@ void TaskGroup::post(SystemMessage::Ptr& message, bool urgent)
 {
     if (stopping)
         return;
+    if (Trace::isOn())
+        message->origin = Trace::here();
     {
         using Platform::Step;
         const Platform::RecordedSection section(Step::posted, message->receiver, message->id, message->arg1,
@@ -207,14 +209,17 @@ int TaskGroup::runPass()
 void TaskGroup::handle(SystemTask& receiver, const SystemMessage& message)
 {
     constexpr auto relaxed = std::memory_order_relaxed;
+    const auto begin = Platform::Clock::now();
     doing.message.store(message.id, relaxed);
-    doing.since.store(Platform::Clock::now(), relaxed);
+    doing.since.store(begin, relaxed);
     doing.receiver.store(message.receiver, relaxed);
     const CauseScope cause(message.cause);
     Actor::own = { message.receiver, message.handlerIndex };
     receiver.dispatchMessage(message);
     Actor::own = {};
     doing.receiver.store(noComponent, relaxed);
+    Trace::span(message.origin, begin, Trace::Kind::message, message.receiver, message.id, message.arg1, message.arg2,
+                message.handlerIndex);
 }
 
 GroupStatus TaskGroup::getStatus() const

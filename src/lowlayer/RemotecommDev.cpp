@@ -2,6 +2,7 @@
 
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "kernel/Trace.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Pubhead.h"
 #include "platform/base/Threads.h"
@@ -53,8 +54,13 @@ void RemotecommDev::setClient(ClientCallBack* newClient)
 
 bool RemotecommDev::postToApp(int appType, const Platform::RemoteMessage::Ptr& message)
 {
+    using Kernel::Trace;
+    Kernel::TraceScope scope(Trace::Kind::remoteSent, appType, message->what, message->arg1, message->arg2, false);
     if (Platform::IPCMsg::MessageHelper::postMessage(appType, message))
+    {
+        scope.set(4, true);
         return true;
+    }
     logger().error("postMessage error! dest: %s", Pubhead::appTypeName(appType));
     return false;
 }

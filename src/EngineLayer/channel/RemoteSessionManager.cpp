@@ -3,6 +3,7 @@
 #include "EngineApi/Pages.h"
 #include "EngineApi/Programs.h"
 #include "kernel/MessageIds.h"
+#include "kernel/Trace.h"
 #include "lowlayer/RemotecommDev.h"
 #include "platform/base/CommandLine.h"
 #include "platform/base/Logger.h"
@@ -164,6 +165,8 @@ void RemoteSessionManager::receive(int appType, RemoteMessage& message)
         logger().error("MSG_REMOTE_MSG_REV AppType error");
         return;
     }
+    const Kernel::TraceScope scope(Kernel::Trace::Kind::remoteReceived, appType, message.what, message.arg1,
+                                   message.arg2);
     RemoteMsgFilterInterface* filter = nullptr;
     {
         const std::lock_guard guard(lock);
@@ -309,6 +312,7 @@ void broadcastRemoteMessage(juce::int32 what, juce::int32 arg1, juce::int32 arg2
     message->what = what;
     message->arg1 = arg1;
     message->arg2 = arg2;
+    const Kernel::TraceScope scope(Kernel::Trace::Kind::remoteSent, Pubhead::AppUnknown, what, arg1, arg2, true);
     MessageHelper::broadcastMessage(message);
     RemoteMessage::recycle(std::move(message));
 }

@@ -5,6 +5,7 @@
 #include "factory/MsgSpecialHandler.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "kernel/Trace.h"
 #include "lowlayer/HostcommDev.h"
 #include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
@@ -16,6 +17,8 @@
 
 namespace EngineLayer
 {
+
+using Kernel::Trace;
 
 namespace
 {
@@ -204,6 +207,8 @@ void HostSessionManager::sendNext()
     ++sent;
     sentAt = Platform::Clock::now();
     transmit(*inFlight->frame);
+    Trace::noteFrom(inFlight->origin, Trace::Kind::frameSent, inFlight->frame->commandOf(), sequenceCounter,
+                    inFlight->frame->getFrameLength());
     inFlight->cause.reached(Kernel::Cause::answer);
     monitor->watch(sequenceCounter);
 }
@@ -213,6 +218,7 @@ void HostSessionManager::sendNow(const Kernel::Payload& payload)
     if (auto* frame = Kernel::payloadAs<HostDataFormat>(payload))
     {
         transmit(*frame);
+        Trace::note(Trace::Kind::confirmationSent, frame->getBytes()[HostFrame::sequenceAt]);
         HostDataFormat::releaseFrame(*frame);
     }
 }
@@ -234,6 +240,7 @@ void HostSessionManager::acknowledged(int sequence, int value)
     if (!waitingForAcknowledgement || sequence != sequenceCounter || inFlight == nullptr)
         return;
     roundTripTimes.add(std::chrono::duration_cast<Platform::Histogram::Duration>(Platform::Clock::now() - sentAt));
+    Trace::note(Trace::Kind::frameAcknowledged, sequence);
     releaseInFlight();
     monitor->stopWatching();
     sendNext();
@@ -250,6 +257,7 @@ void HostSessionManager::resend(int sequence)
             .error("MCU ReSend ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
         ++resent;
         transmit(*inFlight->frame);
+        Trace::note(Trace::Kind::frameResent, inFlight->frame->commandOf(), sequence);
         return;
     }
     waitingForAcknowledgement = false;
@@ -265,6 +273,7 @@ void HostSessionManager::sendFailed(int sequence)
         ++givenUpFrames;
         logger(lineSendError)
             .error("MCU Send Error ID! " + juce::String(EngineApi::hostCommand(inFlight->frame->commandOf()).sentName));
+        Trace::note(Trace::Kind::frameGivenUp, inFlight->frame->commandOf(), sequence);
         releaseInFlight();
     }
     waitingForAcknowledgement = false;
@@ -340,6 +349,7 @@ void HostSessionManager::dispatch(const std::uint8_t* frame, int length)
 {
     const int command = HostFrame::command(frame);
     Kernel::Cause::is(causeOf(command));
+    Trace::note(Trace::Kind::frameReceived, command, frame[HostFrame::sequenceAt], length);
     if (Platform::CorvaneConfig::isSystemDebug())
         logger(lineReceiveCommand).info("Host Recv cmd: " + juce::String(EngineApi::hostCommand(command).receivedName));
     noteIfUnknown(command);

@@ -2,6 +2,7 @@
 
 #include "EngineLayer/hostlink/HostDataFormat.h"
 #include "kernel/Cause.h"
+#include "kernel/Trace.h"
 #include "platform/base/Threads.h"
 
 #include <deque>
@@ -24,6 +25,7 @@ struct SendItem : public juce::ReferenceCountedObject
     HostDataFormat::Ptr frame;
     int subject;
     const Kernel::Cause cause = Kernel::Cause::current();
+    const Kernel::Trace::Origin origin = Kernel::Trace::here();
 };
 
 /**

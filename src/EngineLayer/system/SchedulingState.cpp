@@ -3,10 +3,12 @@
 #include "EngineApi/Pages.h"
 #include "EngineLayer/schedule/ApplicationManager.h"
 #include "kernel/MessageIds.h"
+#include "kernel/Trace.h"
 
 #include <algorithm>
 
 using namespace EngineApi;
+using Kernel::Trace;
 
 namespace EngineLayer
 {
@@ -111,6 +113,7 @@ void SchedulingState::beginSchedule(const RequestInfo& request)
 {
     takenNumber = request.number;
     log().schedule(takenNumber);
+    Trace::note(Trace::Kind::switchBegun, request.page, request.action, request.autoSwitch);
     manager.postToSelf(stateSchedule, request.page, request.toArgument());
     manager.switchState(getState(), kSchedule);
 }
@@ -138,6 +141,7 @@ void SchedulingState::runSchedule(const RequestInfo& request)
 void SchedulingState::refuse(int page, RequestReason reason)
 {
     log().finish(takenNumber, RequestRecord::Status::refused, reason);
+    Trace::note(Trace::Kind::switchEnded, page, scheduleRefused);
     manager.sendResult(page, scheduleRefused);
     manager.switchState(getState(), kIdle);
 }
@@ -152,7 +156,10 @@ void SchedulingState::startSwitch()
 void SchedulingState::sendOrders()
 {
     for (const auto& order : switchAction->sendNext())
+    {
+        Trace::note(Trace::Kind::orderSent, order->page, order->switchType);
         postSwitchOrder(order->page, order);
+    }
 }
 
 void SchedulingState::onReport(int page, bool ok)
@@ -160,6 +167,7 @@ void SchedulingState::onReport(int page, bool ok)
     // A late report of an earlier switch must not send the runs ahead of the stops.
     const bool awaited = isAwaited(*switchAction, page);
     switchAction->markPage(page, ok);
+    Trace::note(Trace::Kind::orderReported, page, ok);
     if (awaited && !switchAction->allSent())
         sendOrders();
     if (switchAction->allSent() && switchAction->allFinished())
@@ -184,6 +192,7 @@ void SchedulingState::sendOutcome(RequestReason reasonOfFailure)
     const bool succeeded = switchAction->allSent() && switchAction->allFinished() && switchAction->allSucceeded();
     log().finish(takenNumber, succeeded ? RequestRecord::Status::done : RequestRecord::Status::failed,
                  succeeded ? RequestReason::none : reasonOfFailure, switchAction.get());
+    Trace::note(Trace::Kind::switchEnded, switchAction->requestPage, succeeded ? scheduleDone : scheduleFailed);
     if (succeeded)
     {
         manager.sendResult(switchAction->requestPage, scheduleDone);

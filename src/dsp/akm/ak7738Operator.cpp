@@ -2,6 +2,7 @@
 #include "dsp/akm/ak7738Operator.h"
 
 #include "dsp/akm/SPI.h"
+#include "kernel/Trace.h"
 #include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Time.h"
@@ -45,6 +46,15 @@ constexpr int registerKeys = 0x30000;
 
 Platform::Counter lostBlocks { "dsp.blocks-lost", "blocks that the DSP did not get or did not confirm" };
 
+/** Its first three bytes: what it is and where it goes. */
+std::int32_t headOf(std::span<const std::uint8_t> block)
+{
+    std::int32_t head = 0;
+    for (std::size_t i = 0; i < 3; ++i)
+        head = head << 8 | (i < block.size() ? block[i] : 0);
+    return head;
+}
+
 int checksum(std::span<const std::uint8_t> block)
 {
     boost::crc_xmodem_t crc;
@@ -84,13 +94,16 @@ void ak7738Operator::writeBlock(std::span<const std::uint8_t> block)
         return;
     if (!port.open(bus))
         return noteFailure("its bus cannot be opened");
+    Kernel::TraceScope scope(Kernel::Trace::Kind::block, headOf(block), block.size());
     bool verified = false;
     for (int attempt = 0; attempt < attempts && !verified; ++attempt)
     {
+        scope.set(2, attempt + 1);
         std::array<std::uint8_t, 2> answer {};
         if (!port.write(block) || !port.read(answer, readChecksum))
             return noteFailure("a transfer on its bus has failed");
         verified = (answer[0] << 8 | answer[1]) == checksum(block);
+        scope.set(3, verified);
     }
     if (!verified && !std::exchange(unverified, true))
         logger().error("the DSP does not confirm what is written to it");

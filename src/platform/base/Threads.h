@@ -45,6 +45,8 @@ public:
 
     /** Of the calling thread; no two that run have the same. */
     static Id currentId();
+    /** As the system knows the calling thread, also one that is no `Thread`; "message thread" for that one. */
+    static juce::String currentName();
 
 private:
     struct Backend;

@@ -67,4 +67,7 @@ enum RemoteMessageId : juce::int32 {
     RMSG_DAB_FAVOURITE = 48684       ///< -> as RMSG_FAVOURITE
 };
 
+/** "RMSG_APP_EVENT"; "RMSG 7" for a number that nobody has named. Any thread. */
+juce::String remoteMessageName(juce::int32 what);
+
 } // namespace Platform

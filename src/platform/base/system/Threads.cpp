@@ -2,8 +2,10 @@
 
 #include "platform/record/Recorder.h"
 
+#include <array>
 #include <condition_variable>
 #include <juce_events/juce_events.h>
+#include <pthread.h>
 
 namespace Platform
 {
@@ -82,6 +84,15 @@ bool Thread::waitForThreadToExit(int limitMs) const
 Thread::Id Thread::currentId()
 {
     return juce::Thread::getCurrentThreadId();
+}
+
+juce::String Thread::currentName()
+{
+    if (isMessageThread())
+        return "message thread";
+    std::array<char, 16> text {};
+    pthread_getname_np(pthread_self(), text.data(), text.size());
+    return text.data();
 }
 
 struct Mutex::Backend
