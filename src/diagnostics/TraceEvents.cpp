@@ -19,6 +19,14 @@ namespace
 
 using Arguments = TraceFile::Arguments;
 
+constexpr const char* threads = "threads";
+
+/** The outcome of what has none at the end of the trace. */
+Arguments underWay()
+{
+    return { { "outcome", "under way" } };
+}
+
 std::string pageName(int page)
 {
     return Pubhead::pageName(page);
@@ -227,10 +235,17 @@ void TraceEvents::addLoss(std::uint64_t count, Time now)
     file.add({ file.track("trace", "lost"), std::to_string(count) + " events lost", since(now) });
 }
 
+void TraceEvents::addUnderWay(const juce::String& thread, const juce::String& name, Time begin, Time now)
+{
+    if (begin < now)
+        file.add({ file.track(threads, thread.toStdString()), name.toStdString(), since(begin),
+                   since(now) - since(begin), underWay() });
+}
+
 void TraceEvents::finish(Time now)
 {
     while (!open.empty())
-        end(open.begin()->first, now, { { "outcome", "under way" } });
+        end(open.begin()->first, now, underWay());
 }
 
 std::chrono::nanoseconds TraceEvents::since(Time time) const
@@ -244,7 +259,7 @@ int TraceEvents::threadTrack(Kernel::Trace::Thread thread)
         threadTracks.resize(thread + 1u);
     auto& track = threadTracks[thread];
     if (track == 0)
-        track = file.track("threads", Kernel::Trace::threadName(thread).toStdString());
+        track = file.track(threads, Kernel::Trace::threadName(thread).toStdString());
     return track;
 }
 

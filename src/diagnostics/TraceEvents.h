@@ -24,7 +24,9 @@ public:
     void add(const Kernel::Trace::Event& event);
     /** So many have found no room until now. */
     void addLoss(std::uint64_t count, Time now);
-    /** Ends what is under way. */
+    /** A handler or a job that runs on this thread. */
+    void addUnderWay(const juce::String& thread, const juce::String& name, Time begin, Time now);
+    /** Ends what lasts. */
     void finish(Time now);
 
 private:

@@ -1,5 +1,9 @@
 #include "diagnostics/TraceSession.h"
 
+#include "kernel/DeviceWorker.h"
+#include "kernel/Names.h"
+#include "kernel/SystemEngine.h"
+
 namespace Diagnostics
 {
 
@@ -56,9 +60,10 @@ TraceSession::Summary TraceSession::stop()
 {
     if (!isOn())
         return {};
+    const auto now = Clock::now();
     Trace::end();
     write();
-    const auto now = Clock::now();
+    addUnderWay(now);
     story->finish(now);
     summary.length = std::chrono::duration_cast<std::chrono::milliseconds>(now - beginning);
     file->finish({ { "events", summary.events }, { "lost", summary.lost }, { "ms", summary.length.count() } });
@@ -66,6 +71,20 @@ TraceSession::Summary TraceSession::stop()
     story.reset();
     file.reset();
     return summary;
+}
+
+void TraceSession::addUnderWay(TraceEvents::Time now)
+{
+    // One that hangs is the one that is looked for.
+    if (const auto* engine = Kernel::SystemEngine::getExisting())
+        for (const auto& group : engine->getGroupStatus())
+            if (group.receiver != Kernel::noComponent)
+                story->addUnderWay(group.thread,
+                                   Kernel::componentName(group.receiver) + ": " + Kernel::messageName(group.message),
+                                   group.since, now);
+    for (const auto& worker : Kernel::DeviceWorker::getStatus())
+        if (worker.busy)
+            story->addUnderWay(worker.name, "job", worker.since, now);
 }
 
 } // namespace Diagnostics

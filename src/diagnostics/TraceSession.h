@@ -38,6 +38,7 @@ public:
 
 private:
     void write();
+    void addUnderWay(TraceEvents::Time now);
 
     std::unique_ptr<TraceFile> file;
     std::unique_ptr<TraceEvents> story;

@@ -224,7 +224,7 @@ void TaskGroup::handle(SystemTask& receiver, const SystemMessage& message)
 
 GroupStatus TaskGroup::getStatus() const
 {
-    return { name, doing.receiver, doing.message, doing.since, countQueued(), doing.deferred };
+    return { name, thread->getThreadName(), doing.receiver, doing.message, doing.since, countQueued(), doing.deferred };
 }
 
 bool TaskGroup::hasMessages() const

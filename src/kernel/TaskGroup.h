@@ -14,6 +14,7 @@ namespace Kernel
 struct GroupStatus
 {
     juce::String name;
+    juce::String thread;                ///< the name of its thread
     ComponentId receiver = noComponent; ///< whose handler runs; none while it waits
     juce::int32 message = 0;            ///< which it handles
     Platform::Clock::time_point since;  ///< when the handler began, or the last one ended

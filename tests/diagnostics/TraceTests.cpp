@@ -141,6 +141,47 @@ TEST_F(TraceSessionTest, WhatLastsHasItsOutcome)
     EXPECT_EQ(document.cause(document.slices("mbFM")[0]), Platform::Thread::currentName().toStdString() + ": ToRun");
 }
 
+namespace
+{
+
+/** Its handler takes until the test lets it go. */
+class Hanging : public ComponentTask
+{
+public:
+    void handleMessage(juce::int32 id, juce::int32, juce::int32, const Payload&) override
+    {
+        if (id != MSG_APP_KEY)
+            return;
+        entered.signal();
+        released.wait();
+    }
+    Platform::Event entered, released { true };
+};
+
+} // namespace
+
+/** A handler that hangs: it has not ended when the trace does, and is what somebody looks for. */
+TEST_F(TraceSessionTest, ShowsWhatHangs)
+{
+    auto* hanging = new Hanging;
+    add(hanging, keyManagerId);
+    engine().start();
+    DeviceWorker worker("Slow");
+    ASSERT_EQ(begin(), "");
+    postSystemMessage(keyManagerId, MSG_APP_KEY, 0, 0);
+    hanging->entered.wait();
+    worker.post(7, [&] { hanging->entered.signal(), hanging->released.wait(); });
+    hanging->entered.wait();
+    session.stop();
+    hanging->released.signal();
+    const TraceDocument document(path);
+    ASSERT_FALSE(document.slices("Tested").empty());
+    const auto last = document.slices("Tested").back();
+    EXPECT_EQ(last.at("name"), "KeyManager: MSG_APP_KEY");
+    EXPECT_EQ(last.at("args").at("outcome"), "under way");
+    EXPECT_EQ(document.names("Slow"), Names { "job" });
+}
+
 /** Whoever looks at the file while the trace goes on, or after the engine has died, has a whole document. */
 TEST_F(TraceSessionTest, IsWholeAtEveryTimeAndSaysWhatIsMissing)
 {
