@@ -1,6 +1,6 @@
 #include "bench/console/Console.h"
 
-#include "bench/console/Columns.h"
+#include "ctl/Table.h"
 
 #include <ostream>
 #include <thread>
@@ -25,8 +25,7 @@ void Console::moveFinger()
 
 void Console::row(const std::string& label, const std::string& value) const
 {
-    constexpr int labelWidth = 16;
-    output << "  " << style.dim(padded(label + " ", labelWidth)) << value << "\n";
+    output << Ctl::labelled(style, label, value);
 }
 
 } // namespace Bench

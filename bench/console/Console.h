@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bench/console/Expect.h"
-#include "bench/console/Style.h"
+#include "ctl/Style.h"
 #include "bench/console/Transcript.h"
 #include "bench/unit/Unit.h"
 

@@ -1,5 +1,5 @@
 // The audio DSP.
-#include "bench/console/Columns.h"
+#include "ctl/Columns.h"
 #include "bench/console/Verb.h"
 #include "bench/dsp/DspModel.h"
 #include "bench/dsp/DspPlayer.h"

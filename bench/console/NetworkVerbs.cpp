@@ -1,5 +1,5 @@
 // The boat's network: the display, and the messages as lines.
-#include "bench/console/Columns.h"
+#include "ctl/Columns.h"
 #include "bench/console/Verb.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // What the bench tells about the unit.
-#include "bench/console/Columns.h"
+#include "ctl/Columns.h"
 #include "bench/console/Verb.h"
 #include "bench/console/Watch.h"
 

@@ -1,7 +1,7 @@
 // The live view: the whole unit at a glance.
 #include "bench/console/Watch.h"
 
-#include "bench/console/Columns.h"
+#include "ctl/Columns.h"
 #include "bench/dsp/DspModel.h"
 
 namespace Bench

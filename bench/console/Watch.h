@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/console/Style.h"
+#include "ctl/Style.h"
 #include "bench/unit/Unit.h"
 
 namespace Bench

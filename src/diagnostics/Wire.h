@@ -19,6 +19,8 @@ constexpr const char* interfaceName = "com.corvane.Diagnostics";
 constexpr const char* objectPath = "/com/corvane/Diagnostics";
 /** Of the interface. What is added does not change it; what is taken away or becomes something else does. */
 constexpr std::uint32_t version = 1;
+constexpr const char* unknownError = "com.corvane.Diagnostics.Error.Unknown";
+constexpr const char* failedError = "com.corvane.Diagnostics.Error.Failed";
 
 /** The types of an answer: of one thing, and of several. */
 constexpr const char* recordType = "a{sv}";

@@ -6,7 +6,7 @@
 #include <string>
 
 /** Text in columns of a terminal. */
-namespace Bench
+namespace Ctl
 {
 
 /** Characters of a UTF-8 text; all of ours are one column wide. */
@@ -30,4 +30,4 @@ inline std::string fixed(double value, int decimals)
     return text.str();
 }
 
-} // namespace Bench
+} // namespace Ctl
