@@ -1,15 +1,17 @@
 #pragma once
 
 #include "bench/console/Expect.h"
-#include "ctl/Style.h"
 #include "bench/console/Transcript.h"
 #include "bench/unit/Unit.h"
+#include "ctl/Style.h"
 
 #include <functional>
 #include <iosfwd>
 
 namespace Bench
 {
+
+using Ctl::Style;
 
 /** What the commands of one person or one script share. One thread. */
 class Console

@@ -82,6 +82,7 @@ Outcome pressRemote(Console& console, const Arguments& given)
 
 Outcome showRemote(Console& console, const Arguments&)
 {
+    showReport(console, "remote");
     auto& remote = console.unit.remote;
     const auto& style = console.style;
     const auto display = remote->display();
@@ -135,7 +136,7 @@ Verbs deviceVerbs()
         { "remote plug", "Puts it back.", onUnit([](Unit& unit, auto&) { return unit.remote->plug(); }) },
         { "remote stall [off]", "Takes no bytes of the unit while it lasts.",
           onUnit([](Unit& unit, auto& given) { unit.remote->stall(!given.has(0)); }) },
-        { "remote [show]", "Its display.", showRemote },
+        { "remote [show]", "What the engine wants it to show, and its display.", showRemote },
         { "touch X Y", "A finger on the screen, 0 0 at its top left.",
           onUnit([](Unit& unit, auto& given)
                  { return touchScreen(unit.display(), given.number(0), given.number(1)); }) },

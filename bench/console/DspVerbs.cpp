@@ -1,9 +1,9 @@
 // The audio DSP.
-#include "ctl/Columns.h"
 #include "bench/console/Verb.h"
 #include "bench/dsp/DspModel.h"
 #include "bench/dsp/DspPlayer.h"
 #include "bench/dsp/DspPlot.h"
+#include "ctl/Columns.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +11,10 @@
 
 namespace Bench
 {
+
+using Ctl::fixed;
+using Ctl::padded;
+using Ctl::widthOf;
 
 namespace
 {
@@ -61,7 +65,8 @@ Outcome showState(Console& console, const Arguments&)
     const auto& counters = state.counters;
     const auto value = [&](const char* name) { return valueOf(memory, name); };
 
-    output << style.bold("Audio DSP") << "\n";
+    showReport(console, "dsp");
+    output << style.bold("Its memory") << "\n";
     console.row("chip",
                 isRunning(memory) ? style.good("runs") : style.warning(state.awake ? "awake, does not run" : "asleep"));
     std::string images;
@@ -143,7 +148,7 @@ Outcome plot(Console& console, const Arguments& given)
 Verbs dspVerbs()
 {
     return {
-        { "dsp [state]", "What the words in its memory mean.", showState },
+        { "dsp [state]", "What the engine says of it, and what the words in its memory mean.", showState },
         { "dsp plot [FILE]", "What they do to sound, as a picture (PNG).", plot },
         { "dsp play FILE RESULT [OUTPUT...]",
           "Lets a WAV file through: one channel for each output, or those whose name begins with OUTPUT.", play },

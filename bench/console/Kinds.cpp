@@ -5,6 +5,7 @@
 #include "bench/remote/WiredRemote.h"
 #include "bench/unit/Settings.h"
 #include "bench/unit/Unit.h"
+#include "ctl/Trace.h"
 
 #include <algorithm>
 #include <charconv>
@@ -99,6 +100,8 @@ std::span<const Kind> allKinds()
         number("RATE", 1, McuSeries::mostPerSecond),
         { "REMOTE-KEY", "source, rotary-next ...", [](auto& word) { return WiredRemote::findKey(word).has_value(); },
           [] { return namesIn(WiredRemote::keys()); } },
+        number("REQUEST", 1, std::numeric_limits<int>::max()),
+        number("SECONDS", 1, Ctl::longestTraceSeconds),
         { "SECTION", "mcu, devices or a PROGRAM",
           [](auto& word) { return word == "mcu" || word == "devices" || isProgram(word); }, sectionNames },
         { "SETTING", "a name (eq-preset) or a number", [](auto& word) { return findSetting(word).has_value(); },

@@ -1,12 +1,14 @@
 // The boat's network: the display, and the messages as lines.
-#include "ctl/Columns.h"
 #include "bench/console/Verb.h"
+#include "ctl/Columns.h"
 
 #include <algorithm>
 #include <ostream>
 
 namespace Bench
 {
+
+using Ctl::padded;
 
 namespace
 {

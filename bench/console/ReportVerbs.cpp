@@ -1,12 +1,15 @@
 // What the bench tells about the unit.
-#include "ctl/Columns.h"
 #include "bench/console/Verb.h"
 #include "bench/console/Watch.h"
+#include "ctl/Columns.h"
+#include "ctl/Table.h"
 
 #include <ostream>
 
 namespace Bench
 {
+
+using Ctl::fixed;
 
 using namespace Pubhead;
 
@@ -42,14 +45,11 @@ Outcome showState(Console& console, const Arguments&)
     auto& output = console.output;
     const auto& style = console.style;
     const auto mcu = unit.mcu->state();
-    output << style.bold("Unit") << "\n";
+    showReport(console, "state");
+    output << style.bold("Bench") << "\n";
     console.row("engine", unit.engine.isRunning()
                               ? style.good("runs") + style.dim("  pid " + std::to_string(unit.engine.pid()))
                               : style.bad("off"));
-    const auto front = unit.programs.pageInFront();
-    console.row("in front", front == NUM_OF_PAGES
-                                ? "no page"
-                                : std::string(pageInfo(front)->title) + style.dim("  ") + pageName(front));
     std::string usb;
     for (int number = 1; number <= Unit::usbCount; ++number)
         if (unit.isUsbPlugged(number))
@@ -88,29 +88,33 @@ Outcome showState(Console& console, const Arguments&)
 
 Outcome showPages(Console& console, const Arguments&)
 {
-    auto& unit = console.unit;
-    auto& output = console.output;
-    const auto& style = console.style;
-    const auto running = unit.programs.running();
-    const auto front = unit.programs.pageInFront();
-    constexpr int page = 14, title = 18, program = 14, pid = 9;
-    output << style.dim("  " + padded("page", page) + padded("", title) + padded("program", program) +
-                        padded("pid", pid) + "state")
-           << "\n";
-    for (const auto& info : allPages())
+    showReport(console, "pages");
+    const auto front = console.unit.programs.pageInFront();
+    console.row("on the screen", front == NUM_OF_PAGES ? "no page of the programs"
+                                                       : std::string(pageInfo(front)->title) +
+                                                             console.style.dim("  " + std::string(pageName(front))));
+    return {};
+}
+
+Outcome showPrograms(Console& console, const Arguments&)
+{
+    showReport(console, "programs");
+    const auto front = console.unit.programs.pageInFront();
+    Ctl::Table table({ { "" }, { "program" }, { "pid", Ctl::Table::right }, { "engine" }, { "fault" }, { "plays" } });
+    for (const auto& [appType, program] : console.unit.programs.running())
     {
-        const auto found = running.find(info.appType);
-        const bool runs = found != running.end();
-        const bool inFront = info.page == front;
-        std::string remark = !runs ? style.dim("-") : found->second.connected ? "connected" : style.warning("starting");
-        if (runs && !found->second.fault.empty())
-            remark += style.warning("  " + found->second.fault);
-        const auto name = padded(pageName(info.page), page) + padded(info.title, title);
-        output << (inFront ? style.good("▸ ") : "  ") << (inFront ? style.bold(name) : name)
-               << padded(appTypeName(info.appType), program)
-               << padded(runs ? std::to_string(found->second.pid) : "", pid) << remark
-               << (inFront ? style.good("  in front") : "") << "\n";
+        const auto* plays = pageInfo(program.source);
+        const bool inFront = front != NUM_OF_PAGES && pageInfo(front)->appType == appType;
+        table.add(
+            { { inFront ? "▸" : "", &Style::good },
+              { appTypeName(appType), inFront ? &Style::bold : nullptr },
+              { std::to_string(program.pid) },
+              { program.connected ? "connected" : "unknown to it", program.connected ? nullptr : &Style::warning },
+              { program.fault, &Style::warning },
+              { plays != nullptr ? plays->title : "" } });
     }
+    console.output << console.style.bold("Bench") << "\n"
+                   << (table.isEmpty() ? console.style.dim("  no program runs") + "\n" : table.text(console.style));
     return {};
 }
 
@@ -183,8 +187,11 @@ Outcome watch(Console& console, const Arguments& given)
 Verbs reportVerbs()
 {
     return {
-        { "state", "What the bench knows: engine, source, agreement, heartbeat, last frames.", showState },
-        { "pages", "Every page with its program, and which one is in front.", showPages },
+        { "state",
+          "What the engine says of the unit, and what the bench knows: source, agreement, heartbeat, last frames.",
+          showState },
+        { "pages", "What the engine says of every page, and which one the programs show.", showPages },
+        { "programs", "What the engine says of the programs, and what they do.", showPrograms },
         { "events [COUNT]", "What happened last, on all devices.", showEvents },
         { "trail", "The frames and messages since the last headline.", showTrail },
         { "watch [TIME]", "The whole unit at a glance, drawn again and again until a key is pressed; once in a script.",

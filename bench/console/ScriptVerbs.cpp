@@ -12,12 +12,6 @@ namespace Bench
 namespace
 {
 
-Outcome met(Console& console, const std::string& what, const std::string& remark = {})
-{
-    console.output << "  " << console.style.good("✓") << " " << what << console.style.dim(remark) << "\n";
-    return {};
-}
-
 Outcome expect(Console& console, const Arguments& given)
 {
     auto words = given.words(0);
@@ -29,11 +23,10 @@ Outcome expect(Console& console, const Arguments& given)
         return failed(parsed.error);
     const auto start = Clock::now();
     const auto instead = console.expectations.wait(parsed.expectation, limit);
-    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
     if (!instead.empty())
         return failed("not seen within " + std::to_string(limit.count()) + " ms: " + parsed.expectation.description +
                       "\n" + instead);
-    return met(console, parsed.expectation.description, "  " + std::to_string(took) + " ms");
+    return met(console, parsed.expectation.description, start);
 }
 
 Outcome expectAbsence(Console& console, const Arguments& given)
@@ -143,6 +136,18 @@ Outcome help(Console& console, const Arguments& given)
 }
 
 } // namespace
+
+Outcome met(Console& console, const std::string& what, std::optional<Clock::time_point> start)
+{
+    console.output << "  " << console.style.good("✓") << " " << what;
+    if (start)
+        console.output << console.style.dim(
+            "  " +
+            std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - *start).count()) +
+            " ms");
+    console.output << "\n";
+    return {};
+}
 
 Verbs scriptVerbs()
 {

@@ -131,15 +131,6 @@ void showLive(Unit& unit, const Style& style, std::optional<std::chrono::millise
 
 } // namespace
 
-Style styleOfOutput()
-{
-    const auto* noColour = std::getenv("NO_COLOR");
-    const auto* terminal = std::getenv("TERM");
-    const bool wanted = noColour == nullptr || *noColour == 0;
-    const bool able = terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
-    return Style(wanted && able && ::isatty(STDOUT_FILENO) == 1);
-}
-
 void converse(Console& console)
 {
     auto& unit = console.unit;

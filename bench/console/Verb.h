@@ -39,10 +39,15 @@ Verbs testEquipmentVerbs();
 Verbs programVerbs();
 Verbs dspVerbs();
 Verbs reportVerbs();
+Verbs diagnosticsVerbs();
 Verbs scriptVerbs();
 
 /** The run of `switches`, which has a file of its own, too. */
 Outcome switchPages(Console& console, const Arguments& given);
+/** What the engine says of itself under this name, or that it cannot be asked. */
+void showReport(Console& console, const std::string& name);
+/** Writes what was expected and has come, and how long that took from `start` on. */
+Outcome met(Console& console, const std::string& what, std::optional<Clock::time_point> start = {});
 
 /** All verbs, in the order of the help. */
 struct VerbGroup

@@ -52,6 +52,7 @@ std::span<const VerbGroup> allVerbs()
         { "The factory's test equipment", testEquipmentVerbs() },
         { "The audio DSP", dspVerbs() },
         { "Looking", reportVerbs() },
+        { "The engine about itself", diagnosticsVerbs() },
         { "Scenarios", scriptVerbs() },
     };
     return groups;

@@ -1,11 +1,14 @@
 // The live view: the whole unit at a glance.
 #include "bench/console/Watch.h"
 
-#include "ctl/Columns.h"
 #include "bench/dsp/DspModel.h"
+#include "ctl/Columns.h"
 
 namespace Bench
 {
+
+using Ctl::padded;
+using Ctl::widthOf;
 
 using namespace Pubhead;
 

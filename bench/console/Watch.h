@@ -1,10 +1,12 @@
 #pragma once
 
-#include "ctl/Style.h"
 #include "bench/unit/Unit.h"
+#include "ctl/Style.h"
 
 namespace Bench
 {
+
+using Ctl::Style;
 
 /** The whole unit at a glance: one line of text each, 80 columns wide. */
 std::vector<std::string> composeWatch(Unit& unit, const Style& style);

@@ -136,7 +136,7 @@ int become(const char* name, char** arguments)
 /** The exit status. */
 int playScript(Console& commands, Unit& unit, const Choices& choices)
 {
-    const auto style = styleOfOutput();
+    const auto style = Style::ofOutput();
     std::ifstream file(choices.script);
     const auto name = std::filesystem::path(choices.script).filename().string();
     bool succeeded = runScript(commands, file, name);
@@ -156,7 +156,8 @@ int playScript(Console& commands, Unit& unit, const Choices& choices)
 
 int converseAtTerminal(Console& commands, const Unit& unit, const Choices& choices)
 {
-    std::cout << styleOfOutput().dim("Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.")
+    std::cout << Style::ofOutput().dim(
+                     "Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.")
               << "\n";
     // The first prompt tells of a unit that has come up, when it does so at once.
     constexpr std::chrono::seconds usualStart { 3 };
@@ -202,7 +203,7 @@ int main(int argc, char** argv)
     }
 
     Interruption::block();
-    const auto style = styleOfOutput();
+    const auto style = Style::ofOutput();
     Unit unit(choices.unit);
     const Interruption interruption(unit.journal);
     auto error = unit.start();
