@@ -75,7 +75,7 @@ Client::Client(std::string busAddress)
 {
 }
 
-std::string Client::connect()
+Answer Client::connect()
 {
     if (bus != nullptr && sd_bus_is_open(bus.get()) > 0)
         return {};
@@ -95,12 +95,13 @@ std::string Client::connect()
     if (result >= 0)
         return {};
     bus.reset();
-    return result == -ENOMEDIUM ? "the environment names none" : std::strerror(-result);
+    const auto* reason = result == -ENOMEDIUM ? "the environment names none" : std::strerror(-result);
+    return absence("there is no connection to ", std::string(": ") + reason);
 }
 
-Answer Client::absence(const std::string& reason) const
+Answer Client::absence(const std::string& before, const std::string& behind) const
 {
-    return { Answer::absent, {}, reason + (address.empty() ? "the session bus" : "the bus at " + address) };
+    return { Answer::absent, {}, before + (address.empty() ? "the session bus" : "the bus at " + address) + behind };
 }
 
 Answer Client::explain(const sd_bus_error& error, const char* method)
@@ -139,8 +140,8 @@ Platform::SdBusMessage Client::newCall(const char* method) const
 
 Answer Client::ask(const char* method, const std::vector<std::string>& parameters)
 {
-    if (const auto error = connect(); !error.empty())
-        return absence(error + ": ");
+    if (auto connected = connect(); connected.kind != Answer::done)
+        return connected;
     const auto request = newCall(method);
     int result = request != nullptr ? 0 : -ENOMEM;
     for (const auto& parameter : parameters)
@@ -184,8 +185,8 @@ Answer Client::checkVersion()
 /** An engine that ends is noticed by its name, which the bus then takes away. */
 Answer Client::trace(int descriptor, std::uint32_t seconds, const std::function<bool()>& isInterrupted)
 {
-    if (const auto error = connect(); !error.empty())
-        return absence(error + ": ");
+    if (auto connected = connect(); connected.kind != Answer::done)
+        return connected;
     Trace trace;
     const auto request = newCall("StartTrace");
     int result = request != nullptr ? sd_bus_message_append(request.get(), "hu", descriptor, seconds) : -ENOMEM;

@@ -50,9 +50,10 @@ private:
     Platform::SdBus bus;
     std::string answerer;
 
-    /** Empty when the bus is there. */
-    std::string connect();
-    Answer absence(const std::string& reason) const;
+    /** Done when the bus is there. */
+    Answer connect();
+    /** A sentence with the bus in the middle. */
+    Answer absence(const std::string& before, const std::string& behind = {}) const;
     /** What a call that did not succeed means. */
     Answer explain(const sd_bus_error& error, const char* method);
     /** Done when the engine that answers has the interface of this client. */

@@ -57,8 +57,7 @@ std::vector<Cell> pageRow(const Fields& page)
              { play == "stopped" ? "" : play, &Style::good },
              { held(page) },
              { zone == "front" ? "" : zone },
-             { page["showLevel"], look },
-             { page["playLevel"], look },
+             { page["showLevel"] + "/" + page["playLevel"], look },
              { page["audioChannel"], look },
              { page.time("changedForMs"), &Style::dim } };
 }
@@ -159,8 +158,7 @@ std::string pagesText(const Json& answer, const Style& style)
                            { "sound" },
                            { "holds" },
                            { "zone" },
-                           { "show", right },
-                           { "play", right },
+                           { "levels", right },
                            { "channel" },
                            { "since", right } }),
                    pageRow);

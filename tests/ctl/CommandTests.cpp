@@ -31,13 +31,7 @@ protected:
         int status = -1;
     };
 
-    Command()
-    {
-        std::filesystem::create_directory(folder);
-        const auto canned = Json::parse(contentOf(HEADUNIT_SOURCE_DIR "/tests/ctl/answers.json"));
-        for (const auto& [method, answer] : canned.items())
-            engine->answer(method, answer);
-    }
+    Command() { std::filesystem::create_directory(folder); }
     ~Command() override { std::filesystem::remove_all(folder); }
 
     /** Starts it with these words, which are separated by blanks. */
@@ -72,8 +66,9 @@ protected:
 
     const std::string folder = juce::File::createTempFile("ctl").getFullPathName().toStdString();
     const std::string output = folder + "/output";
+    const Json canned = Json::parse(contentOf(HEADUNIT_SOURCE_DIR "/tests/ctl/answers.json"));
     TestBus bus;
-    std::unique_ptr<FakeEngine> engine = std::make_unique<FakeEngine>(bus);
+    std::unique_ptr<FakeEngine> engine = std::make_unique<FakeEngine>(bus, canned);
     Bench::Child child;
 
 private:
@@ -100,7 +95,6 @@ TEST_F(Command, PrintsWhatTheEngineAnswers)
 
 TEST_F(Command, PrintsTheSameAsJson)
 {
-    const auto canned = Json::parse(contentOf(HEADUNIT_SOURCE_DIR "/tests/ctl/answers.json"));
     for (const auto& [words, method] :
          { std::pair("--json state", "State"), std::pair("pages --json", "Pages"),
            std::pair("counters --all --json", "Counters"), std::pair("why silent --json", "Why") })
@@ -138,9 +132,10 @@ TEST_F(Command, SaysWhatIsWrongInOneLine)
         { "latency", "headunit-ctl: the engine is of another version, it has no Latency\n", 2 },
         { "link", "headunit-ctl: the bus does not allow to ask the engine: not for you\n", 1 },
         { "remote", "headunit-ctl: the engine does not answer\n", 1 },
-        { "state --bus unix:path=/nowhere/bus", "headunit-ctl: nobody answers on the bus at unix:path=/nowhere/bus\n",
+        { "state --bus unix:path=/nowhere/bus",
+          "headunit-ctl: there is no connection to the bus at unix:path=/nowhere/bus: No such file or directory\n", 3 },
+        { "state --bus nonsense", "headunit-ctl: there is no connection to the bus at nonsense: Connection refused\n",
           3 },
-        { "state --bus nonsense", "headunit-ctl: nobody answers on the bus at nonsense\n", 3 },
     };
     for (const auto& [words, text, status] : cases)
     {
@@ -154,8 +149,7 @@ TEST_F(Command, SaysWhatIsWrongInOneLine)
     engine.reset();
     EXPECT_EQ(run("state").text, "headunit-ctl: no engine runs on the bus at " + bus.address().toStdString() + "\n");
     EXPECT_EQ(run("state").status, 3);
-    engine = std::make_unique<FakeEngine>(bus, Wire::version + 1);
-    engine->answer("State", { { "front", "mbFM" } });
+    engine = std::make_unique<FakeEngine>(bus, canned, Wire::version + 1);
     EXPECT_THAT(run("state").text, HasSubstr("answers in version 2, and this headunit-ctl reads 1"));
 }
 
@@ -181,7 +175,8 @@ TEST_F(Command, FindsTheBus)
         run("--config " + file + " state", { { "HEADUNIT_BUS", "" }, { "DBUS_SESSION_BUS_ADDRESS", address } }).status,
         0)
         << "the session's";
-    EXPECT_EQ(withFile("").text, "headunit-ctl: nobody answers on the session bus\n");
+    EXPECT_EQ(withFile("").text,
+              "headunit-ctl: there is no connection to the session bus: the environment names none\n");
 }
 
 /** A text of a program must not take the terminal over, nor an answer of another form end the command. */
@@ -254,7 +249,7 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
 {
     start("watch");
     ASSERT_TRUE(says("the engine runs"));
-    auto state = Json::parse(contentOf(HEADUNIT_SOURCE_DIR "/tests/ctl/answers.json"))["State"];
+    auto state = canned["State"];
     state["front"] = "mbEQ";
     state["runningForMs"] = 193000;
     engine->answer("State", state);
@@ -262,10 +257,10 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
 
     engine.reset();
     ASSERT_TRUE(says("no engine runs"));
-    engine = std::make_unique<FakeEngine>(bus);
-    engine->answer("State", { { "front", "mbMainMenu" }, { "muted", true } });
-    engine->answer("Pages", { { { "page", "mbFM" }, { "play", "stopped" } }, { { "busy", "the view manager" } } });
-    engine->answer("Programs", Json::array());
+    engine = std::make_unique<FakeEngine>(
+        bus, Json({ { "State", { { "front", "mbMainMenu" }, { "muted", true } } },
+                    { "Pages", { { { "page", "mbFM" }, { "play", "stopped" } }, { { "busy", "the view manager" } } } },
+                    { "Programs", Json::array() } }));
     ASSERT_TRUE(says("playing → stopped"));
     child.signal(SIGTERM);
     const auto [text, status] = finish();

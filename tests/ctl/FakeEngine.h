@@ -16,9 +16,13 @@ class FakeEngine
 public:
     using Json = Diagnostics::Json;
 
-    explicit FakeEngine(const TestBus& target, std::uint32_t versionToTell = Diagnostics::Wire::version)
+    /** Its answers by method. */
+    explicit FakeEngine(const TestBus& target, const Json& canned = Json::object(),
+                        std::uint32_t versionToTell = Diagnostics::Wire::version)
         : version(versionToTell)
     {
+        for (const auto& [method, value] : canned.items())
+            answer(method, value);
         sd_bus* raw = nullptr;
         BusPeer::check(sd_bus_new(&raw));
         bus.reset(raw);
