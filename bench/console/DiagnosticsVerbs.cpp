@@ -109,16 +109,18 @@ void showReport(Console& console, const std::string& name)
 
 Verbs diagnosticsVerbs()
 {
-    Verbs verbs;
+    Verbs verbs, expectations;
     for (const auto& each : Ctl::questions())
     {
         const auto line =
             std::string("why ") + each.words + (each.parameter != nullptr ? std::string(" ") + each.parameter : "");
         verbs.push_back(
             { line, each.help, [&each](Console& console, auto& given) { return why(console, each, given); } });
-        verbs.push_back({ "expect " + line + " TEXT...", "Waits until the answer's sentence has this text in it.",
-                          [&each](Console& console, auto& given) { return expectReason(console, each, given); } });
+        expectations.push_back({ "expect " + line + " TEXT...", "Asks until the answer's sentence has this text in it.",
+                                 [&each](Console& console, auto& given)
+                                 { return expectReason(console, each, given); } });
     }
+    std::ranges::move(expectations, std::back_inserter(verbs));
     for (const auto& each : Ctl::reports())
     {
         const bool isCounters = each.text == Ctl::countersText;

@@ -41,7 +41,7 @@ protected:
         std::istringstream each(words);
         for (std::string word; each >> word;)
             arguments.push_back(word);
-        environment.try_emplace("HEADUNIT_BUS", bus.address().toStdString());
+        environment.try_emplace("HEADUNIT_BUS", address);
         const auto ended = [this](int status) { exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1; };
         std::filesystem::remove(output);
         ASSERT_EQ(child.start({ HEADUNIT_BUILD_DIR "/bin/headunit-ctl", arguments, environment, output, {} }, ended),
@@ -68,7 +68,8 @@ protected:
     const std::string output = folder + "/output";
     const Json canned = Json::parse(contentOf(HEADUNIT_SOURCE_DIR "/tests/ctl/answers.json"));
     TestBus bus;
-    std::unique_ptr<FakeEngine> engine = std::make_unique<FakeEngine>(bus, canned);
+    const std::string address = bus.address().toStdString();
+    std::unique_ptr<FakeEngine> engine = std::make_unique<FakeEngine>(address, canned);
     Bench::Child child;
 
 private:
@@ -147,16 +148,15 @@ TEST_F(Command, SaysWhatIsWrongInOneLine)
         EXPECT_GT(run(words).status, 100) << words;
 
     engine.reset();
-    EXPECT_EQ(run("state").text, "headunit-ctl: no engine runs on the bus at " + bus.address().toStdString() + "\n");
+    EXPECT_EQ(run("state").text, "headunit-ctl: no engine runs on the bus at " + address + "\n");
     EXPECT_EQ(run("state").status, 3);
-    engine = std::make_unique<FakeEngine>(bus, canned, Wire::version + 1);
+    engine = std::make_unique<FakeEngine>(address, canned, Wire::version + 1);
     EXPECT_THAT(run("state").text, HasSubstr("answers in version 2, and this headunit-ctl reads 1"));
 }
 
 TEST_F(Command, FindsTheBus)
 {
     const auto file = folder + "/engine.toml";
-    const auto address = bus.address().toStdString();
     const auto write = [&](const std::string& text) { std::ofstream(file) << text; };
     const auto withFile = [&](const std::string& environment) {
         return run("--config " + file + " state", { { "HEADUNIT_BUS", environment } });
@@ -258,9 +258,10 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
     engine.reset();
     ASSERT_TRUE(says("no engine runs"));
     engine = std::make_unique<FakeEngine>(
-        bus, Json({ { "State", { { "front", "mbMainMenu" }, { "muted", true } } },
-                    { "Pages", { { { "page", "mbFM" }, { "play", "stopped" } }, { { "busy", "the view manager" } } } },
-                    { "Programs", Json::array() } }));
+        address,
+        Json({ { "State", { { "front", "mbMainMenu" }, { "muted", true } } },
+               { "Pages", { { { "page", "mbFM" }, { "play", "stopped" } }, { { "busy", "the view manager" } } } },
+               { "Programs", Json::array() } }));
     ASSERT_TRUE(says("playing → stopped"));
     child.signal(SIGTERM);
     const auto [text, status] = finish();

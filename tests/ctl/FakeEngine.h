@@ -17,7 +17,7 @@ public:
     using Json = Diagnostics::Json;
 
     /** Its answers by method. */
-    explicit FakeEngine(const TestBus& target, const Json& canned = Json::object(),
+    explicit FakeEngine(const std::string& busAddress, const Json& canned = Json::object(),
                         std::uint32_t versionToTell = Diagnostics::Wire::version)
         : version(versionToTell)
     {
@@ -26,7 +26,7 @@ public:
         sd_bus* raw = nullptr;
         BusPeer::check(sd_bus_new(&raw));
         bus.reset(raw);
-        BusPeer::check(sd_bus_set_address(raw, target.address().toRawUTF8()));
+        BusPeer::check(sd_bus_set_address(raw, busAddress.c_str()));
         BusPeer::check(sd_bus_set_bus_client(raw, 1));
         BusPeer::check(sd_bus_start(raw));
         BusPeer::check(sd_bus_add_object(raw, nullptr, Diagnostics::Wire::objectPath, take, this));

@@ -47,11 +47,11 @@ std::string completionsOf(const std::string& line, const std::string& address)
 TEST(Completion, OffersWhatTheEngineHas)
 {
     const TestBus bus;
-    FakeEngine engine(bus);
+    const auto address = bus.address().toStdString();
+    FakeEngine engine(address);
     engine.answer("Pages", { { { "page", "mbFM" }, { "show", 1 } }, { { "show", 2 }, { "page", "mbNew" } } });
     engine.answer("Programs", { { { "program", "AppNew" } } });
     engine.answer("Settings", { { { "index", 1 }, { "name", "eq-preset" }, { "value", "x" } } });
-    const auto address = bus.address().toStdString();
     const std::pair<std::string, const char*> cases[] = {
         { "headunit-ctl why page ", "fm mbFM mbNew new " },
         { "headunit-ctl --json why source mb", "mbFM mbNew " },
