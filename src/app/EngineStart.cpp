@@ -13,8 +13,9 @@ constexpr int cameraPollMs = 100;
 
 } // namespace
 
-void EngineStart::begin()
+void EngineStart::begin(std::function<void()> whenStarted)
 {
+    started = std::move(whenStarted);
     for (const auto* pack : { "CommonRes.spp", "MainRes.spp" })
         Platform::CVXResPathManager::getInstance()->addResPath(Platform::AppConfig::getResourcePath() + pack, {});
     if (cameraControl.isSystemControl())
@@ -37,4 +38,6 @@ void EngineStart::startEngine()
     Factory::SystemFactory::getInstance()->build();
     Kernel::SystemEngine::getInstance()->start();
     cameraControl.retrieveControl();
+    if (started)
+        started();
 }

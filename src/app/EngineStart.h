@@ -7,12 +7,14 @@
 class EngineStart : public Platform::MultiTimer
 {
 public:
-    void begin();
+    /** `whenStarted` is called once the engine runs. */
+    void begin(std::function<void()> whenStarted = {});
 
     void timerCallback(int timerId) override;
 
 private:
     void startEngine();
 
+    std::function<void()> started;
     Platform::CameraControl cameraControl;
 };

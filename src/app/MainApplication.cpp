@@ -42,12 +42,13 @@ void MainApplication::initialise(const juce::String&)
 {
     Platform::AppConfig::loadFont();
     juce::MessageManager::getInstance()->registerBroadcastListener(this);
-    engineStart.begin();
+    engineStart.begin([this] { diagnostics.start(); });
     mainWindow.setVisible(false);
 }
 
 void MainApplication::shutdown()
 {
+    diagnostics.stop();
     if (auto* recorder = Platform::Recorder::active())
         recorder->finish();
     juce::MessageManager::getInstance()->deregisterBroadcastListener(this);

@@ -3,6 +3,7 @@
 #include "app/EngineStart.h"
 #include "app/MainWindow.h"
 #include "app/TerminationSignal.h"
+#include "diagnostics/Service.h"
 
 /**
     The application object: prepares the process, starts the engine, and takes it down.
@@ -28,4 +29,5 @@ private:
     TerminationSignal terminationSignal;
     MainWindow mainWindow;
     EngineStart engineStart;
+    Diagnostics::Service diagnostics;
 };

@@ -57,8 +57,39 @@ void Logger::load(const juce::String& name)
     saveEntry = resolve<StoreEntry>(library, "VX_SaveLog");
 }
 
+bool Logger::setLevel(const std::string& level, const std::string& file)
+{
+    static const std::map<std::string, Level, std::less<>> byName {
+        { "error", error }, { "info", info }, { "debug", debug }, { "verbose", debug }
+    };
+    const auto found = byName.find(level);
+    const bool isDefault = level == "default";
+    if (found == byName.end() && !isDefault)
+        return false;
+    const std::lock_guard guard(levelLock);
+    if (!isDefault)
+        levels[file] = found->second;
+    else if (file.empty())
+        levels.clear();
+    else
+        levels.erase(file);
+    hasLevels = !levels.empty();
+    return true;
+}
+
+bool Logger::isWanted(Level level, const char* file) const
+{
+    const std::lock_guard guard(levelLock);
+    auto lowest = levels.find(std::string_view(file));
+    if (lowest == levels.end())
+        lowest = levels.find(std::string_view());
+    return lowest == levels.end() || level >= lowest->second;
+}
+
 bool Logger::write(Level level, const char* file, int line, const char* tag, const char* format, va_list arguments)
 {
+    if (hasLevels.load(std::memory_order_relaxed) && !isWanted(level, file))
+        return true;
     const Entry entry = entries[level];
     return entry != nullptr && entry(file, line, tag, format, arguments);
 }

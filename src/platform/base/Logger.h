@@ -4,6 +4,9 @@
 #include <atomic>
 #include <cstdarg>
 #include <juce_core/juce_core.h>
+#include <map>
+#include <mutex>
+#include <string>
 
 namespace Platform
 {
@@ -33,6 +36,13 @@ public:
     */
     void useStandardError();
 
+    /**
+        From now on nothing below "error", "info" or "debug" is written of the file ("Extend/ViewManager"), or of all files
+        for an empty name; "verbose" is "debug" here, and "default" takes what was set back. False, and no change, for
+        another level. Any thread.
+    */
+    bool setLevel(const std::string& level, const std::string& file);
+
     /** For tests, at any time: where each level's lines go instead of the library. Null makes a level silent. */
     void redirect(Entry toDebug, Entry toInfo, Entry toWarn, Entry toError);
 
@@ -41,7 +51,12 @@ private:
     void load(const juce::String& library);
 
     void* library = nullptr;
+    bool isWanted(Level level, const char* file) const;
+
     std::array<std::atomic<Entry>, 4> entries {}; ///< by level
+    std::atomic<bool> hasLevels { false };
+    mutable std::mutex levelLock;
+    std::map<std::string, Level, std::less<>> levels; ///< lowest ones by file, "" for all others
     StoreEntry readEntry = nullptr;
     StoreEntry saveEntry = nullptr;
     juce::String loadError; ///< of the library; empty when it is there

@@ -82,9 +82,23 @@ int CorvaneConfig::getMcuUartBandRate()
     return Configuration::get().mcuBaud;
 }
 
+namespace
+{
+
+enum class Override { none, off, on };
+std::atomic<Override> systemDebug { Override::none };
+
+} // namespace
+
 bool CorvaneConfig::isSystemDebug()
 {
-    return Configuration::get().systemDebug;
+    const auto instead = systemDebug.load(std::memory_order_relaxed);
+    return instead == Override::none ? Configuration::get().systemDebug : instead == Override::on;
+}
+
+void CorvaneConfig::overrideSystemDebug(std::optional<bool> on)
+{
+    systemDebug = !on ? Override::none : *on ? Override::on : Override::off;
 }
 
 bool CorvaneConfig::isUseSDAsUsb()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <juce_core/juce_core.h>
+#include <optional>
 #include <map>
 #include <string>
 #include <vector>
@@ -73,6 +74,8 @@ struct CorvaneConfig
     static juce::String getMcuUartName();
     static int getMcuUartBandRate();
     static bool isSystemDebug();
+    /** From now on in place of what is configured; nothing takes it back. Any thread. */
+    static void overrideSystemDebug(std::optional<bool> on);
     static bool isUseSDAsUsb();
 };
 

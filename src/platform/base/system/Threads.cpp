@@ -220,6 +220,11 @@ bool isMessageThread()
 
 void callOnMessageThread(std::function<void()> call)
 {
+    if (Observer::isHere()) // its own affair
+    {
+        juce::MessageManager::callAsync(std::move(call));
+        return;
+    }
     const RecordedSection section(Step::callPosted);
     juce::MessageManager::callAsync(
         [call = std::move(call)]

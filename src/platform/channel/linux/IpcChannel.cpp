@@ -40,17 +40,6 @@ std::string withoutIdentity(const std::string& address)
     return std::regex_replace(address, std::regex(",guid=[^,;]*|guid=[^,;]*,"), "");
 }
 
-std::string busAddress()
-{
-    if (const auto& configured = Configuration::get().ipcAddress; configured.isNotEmpty())
-        return configured.toStdString();
-    if (const char* session = std::getenv("DBUS_SESSION_BUS_ADDRESS"))
-        return session;
-    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"))
-        return std::string("unix:path=") + runtime + "/bus";
-    return {};
-}
-
 } // namespace
 
 /** Never destroyed: senders may be running until the process ends. */
@@ -152,7 +141,7 @@ void IpcChannel::tendLink()
 
 void IpcChannel::connect()
 {
-    const auto address = withoutIdentity(busAddress());
+    const auto address = withoutIdentity(IpcLink::busAddress());
     link = std::make_unique<IpcLink>(self, resolver, seats, events);
     if (const int result = address.empty() ? -ENOENT : link->start(address); result < 0)
         loseLink(("no message bus at \"" + address + "\"").c_str(), -result);

@@ -3,6 +3,7 @@
 #include "platform/base/Logger.h"
 #include "platform/base/Time.h"
 #include "platform/channel/linux/IpcWire.h"
+#include "platform/config/Configuration.h"
 
 #include <algorithm>
 #include <chrono>
@@ -58,6 +59,17 @@ IpcLink::IpcLink(int selfIndex, NameOf endpointName, IpcSeats& table, std::deque
         lookup.link = this;
         lookup.appType = appType;
     }
+}
+
+std::string IpcLink::busAddress()
+{
+    if (const auto& configured = Configuration::get().ipcAddress; configured.isNotEmpty())
+        return configured.toStdString();
+    if (const char* session = std::getenv("DBUS_SESSION_BUS_ADDRESS"))
+        return session;
+    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"))
+        return std::string("unix:path=") + runtime + "/bus";
+    return {};
 }
 
 int IpcLink::start(const std::string& address)

@@ -20,6 +20,8 @@ public:
     IpcLink(int selfIndex, NameOf endpointName, IpcSeats& table, std::deque<IpcEvent>& target);
 
     int start(const std::string& address);
+    /** The configured bus, else that of the session; "" for none. */
+    static std::string busAddress();
     /** Sends what waits and handles at most so many messages. */
     int process(int messages);
 

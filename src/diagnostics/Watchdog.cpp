@@ -1,0 +1,72 @@
+#include "diagnostics/Watchdog.h"
+
+#include "diagnostics/Text.h"
+#include "kernel/Names.h"
+#include "kernel/SystemEngine.h"
+#include "platform/base/Counter.h"
+#include "platform/base/Logger.h"
+#include "platform/base/Threads.h"
+
+#include <systemd/sd-daemon.h>
+
+namespace Diagnostics
+{
+
+namespace
+{
+
+constexpr Platform::Log logger { "diagnostics/Watchdog", "Watchdog" };
+
+Platform::Counter stuckHandlers { "engine.handlers-stuck", "handlers that took longer than the watchdog allows" };
+
+/** Without a service manager. */
+constexpr std::chrono::milliseconds ownLimit { 5000 };
+
+} // namespace
+
+Watchdog::Watchdog()
+    : limit(ownLimit)
+{
+    std::uint64_t microseconds = 0;
+    feeds = sd_watchdog_enabled(0, &microseconds) > 0;
+    if (feeds)
+        limit = std::chrono::milliseconds(microseconds / 2000);
+    sd_notify(0, "READY=1");
+}
+
+void Watchdog::askMessageThread()
+{
+    if (messageThread->awaited.exchange(true))
+        return;
+    messageThread->asked = Platform::Clock::now();
+    Platform::callOnMessageThread([answer = messageThread] { answer->awaited = false; });
+}
+
+std::string Watchdog::stuck() const
+{
+    const auto tooLong = [this](Platform::Clock::time_point since) { return Platform::Clock::now() - since > limit; };
+    for (const auto& group : Kernel::SystemEngine::getInstance()->getGroupStatus())
+        if (group.receiver != Kernel::noComponent && tooLong(group.since))
+            return text(group.name) + " is stuck in " + text(Kernel::componentName(group.receiver)) + " with " +
+                   text(Kernel::messageName(group.message));
+    if (messageThread->awaited && tooLong(messageThread->asked))
+        return "the message thread is stuck";
+    return {};
+}
+
+void Watchdog::look()
+{
+    const auto now = stuck();
+    if (now.empty() && feeds)
+        sd_notify(0, "WATCHDOG=1");
+    if (!now.empty() && now != named)
+    {
+        ++stuckHandlers;
+        logger().error("%s for more than %lld ms%s", now.c_str(), static_cast<long long>(limit.count()),
+                       feeds ? ": the watchdog is not fed any more" : "");
+    }
+    named = now;
+    askMessageThread();
+}
+
+} // namespace Diagnostics
