@@ -101,7 +101,9 @@ Answer Client::connect()
 
 Answer Client::absence(const std::string& before, const std::string& behind) const
 {
-    return { Answer::absent, {}, before + (address.empty() ? "the session bus" : "the bus at " + address) + behind };
+    // What tells one run of a bus from the next tells a person nothing.
+    const auto place = address.substr(0, address.find(",guid="));
+    return { Answer::absent, {}, before + (place.empty() ? "the session bus" : "the bus at " + place) + behind };
 }
 
 Answer Client::explain(const sd_bus_error& error, const char* method)
@@ -122,7 +124,7 @@ Answer Client::explain(const sd_bus_error& error, const char* method)
         return absence("nobody answers on ");
     }
     if (sd_bus_get_name_creds(bus.get(), Wire::busName, 0, nullptr) < 0)
-        return absence("no engine runs on ");
+        return absence("no engine answers on ");
     if (isAnyOf(error.name, { SD_BUS_ERROR_TIMEOUT, SD_BUS_ERROR_NO_REPLY }))
         return { Answer::failed, {}, "the engine does not answer" };
     return { Answer::failed, {}, message };
@@ -218,8 +220,6 @@ Answer Client::trace(int descriptor, std::uint32_t seconds, const std::function<
             return stopTrace(trace);
         if (result >= 0)
             result = sd_bus_wait(bus.get(), lookAround.count());
-        if (result == -EINTR)
-            result = 0;
     }
     Error error;
     sd_bus_error_set_errno(&error, result);

@@ -60,24 +60,23 @@ std::string choice(const Style& style, const Fields& answer, const char* key, co
     return !answer.has(key) ? "" : answer.is(key) ? style.good(whenTrue) : style.warning(whenFalse);
 }
 
-/** "on", or that it is muted and why. */
+/** "on", or why it is not heard. */
 std::string soundIn(const Style& style, const Fields& answer)
 {
-    if (!answer.has("muted"))
-        return {};
-    return answer.is("muted") ? style.warning("muted") + behind("  ", answer["muteReasons"]) : style.good("on");
+    const auto reasons = answer["muteReasons"];
+    if (!answer.has("muted") || !reasons.empty())
+        return style.warning(reasons);
+    return answer.is("muted") ? style.warning("muted") : style.good("on");
 }
 
 std::string stateText(const Json& answer, const Style& style)
 {
     const Fields state(answer);
     const auto front = state["front"], source = state["normalSource"];
-    const auto differing = [](const std::string& value, const std::string& usual)
-    { return value == usual ? std::string() : value; };
+    const auto last = state["lastSource"], shown = state["shown"];
     Block text(style, "Head unit " + state["version"], behind("runs for ", state.time("runningForMs")));
-    text.row("in front", style.bold(front),
-             style.warning(behind("the programs show ", differing(state["shown"], front))));
-    text.row("source", source, style.dim(behind("last ", differing(state["lastSource"], source))));
+    text.row("in front", style.bold(front), shown == front ? "" : style.warning(behind("the programs show ", shown)));
+    text.row("source", source, last == source || last == "none" ? "" : style.dim(behind("last ", last)));
     text.row("rear zone", state["rear"]);
     text.row("sound", soundIn(style, state));
     text.row("volume", state["volume1"], style.dim(behind("zone 2 ", state["volume2"])));
@@ -126,8 +125,8 @@ std::string dspText(const Json& answer, const Style& style)
     Block text(style, "Audio DSP");
     text.row("chip", choice(style, dsp, "booted", "runs", "does not run"));
     text.row("channel", dsp["channel"], style.dim(behind("input ", dsp["input"])));
-    text.row("sound", soundIn(style, dsp), dsp.is("alert") ? style.warning("an alert plays") : "");
-    text.row("words", dsp["words"]);
+    text.row("sound", soundIn(style, dsp));
+    text.row("writes", dsp["words"]);
     if (dsp.number("failures").value_or(0) > 0)
         text.row("failures", style.warning(dsp["failures"]),
                  behind("last: ", dsp["lastFailure"]) + style.dim(behind(", ", dsp.time("lastFailureForMs")) +

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <ctime>
 #include <ostream>
-#include <poll.h>
+#include <thread>
 
 namespace Ctl
 {
@@ -86,8 +86,7 @@ Answer Watch::run(const std::function<bool()>& isInterrupted)
     {
         if (auto answer = look(); answer.kind == Answer::unknown)
             return answer;
-        // A signal ends it early.
-        ::poll(nullptr, 0, static_cast<int>(pause.count()));
+        std::this_thread::sleep_for(pause);
     }
     return {};
 }

@@ -7,6 +7,8 @@
 #include "ctl/Why.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <iostream>
 
@@ -15,22 +17,23 @@ namespace
 
 using namespace Ctl;
 
-volatile std::sig_atomic_t interrupted = 0;
+constexpr std::array endings { SIGINT, SIGTERM, SIGHUP };
 
-/** From here on Ctrl-C and the like end only what is waited for. */
-void catchInterruptions()
+/** From here on Ctrl-C and the like wait until somebody looks, so that they break no call. */
+void holdInterruptions()
 {
-    struct sigaction action
-    {
-    };
-    action.sa_handler = [](int) { interrupted = 1; };
-    for (const auto number : { SIGINT, SIGTERM, SIGHUP })
-        ::sigaction(number, &action, nullptr);
+    sigset_t held;
+    ::sigemptyset(&held);
+    for (const auto number : endings)
+        ::sigaddset(&held, number);
+    ::sigprocmask(SIG_BLOCK, &held, nullptr);
 }
 
 bool isInterrupted()
 {
-    return interrupted != 0;
+    sigset_t waiting;
+    return ::sigpending(&waiting) == 0 &&
+           std::ranges::any_of(endings, [&](int number) { return ::sigismember(&waiting, number) == 1; });
 }
 
 /** What the command line says. */
@@ -95,7 +98,7 @@ Choices::Choices(CLI::App& app)
     auto* trace = offer(app, "trace", "Lets the engine write down what it does, for the Perfetto viewer.",
                         [this](Client& client)
                         {
-                            catchInterruptions();
+                            holdInterruptions();
                             return print(takeTrace(client, file, seconds, isInterrupted),
                                          [this](const Json& answer) { return traceText(answer, file, style); });
                         });
@@ -106,7 +109,7 @@ Choices::Choices(CLI::App& app)
     offer(app, "watch", "Tells what changes, line by line, until Ctrl-C.",
           [this](Client& client)
           {
-              catchInterruptions();
+              holdInterruptions();
               return Watch(client, std::cout, style, json).run(isInterrupted);
           });
 }

@@ -148,7 +148,7 @@ TEST_F(Command, SaysWhatIsWrongInOneLine)
         EXPECT_GT(run(words).status, 100) << words;
 
     engine.reset();
-    EXPECT_EQ(run("state").text, "headunit-ctl: no engine runs on the bus at " + address + "\n");
+    EXPECT_EQ(run("state").text, "headunit-ctl: no engine answers on the bus at " + address + "\n");
     EXPECT_EQ(run("state").status, 3);
     engine = std::make_unique<FakeEngine>(address, canned, Wire::version + 1);
     EXPECT_THAT(run("state").text, HasSubstr("answers in version 2, and this headunit-ctl reads 1"));
@@ -256,7 +256,7 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
     ASSERT_TRUE(says("mbFM → mbEQ"));
 
     engine.reset();
-    ASSERT_TRUE(says("no engine runs"));
+    ASSERT_TRUE(says("no engine answers"));
     engine = std::make_unique<FakeEngine>(
         address,
         Json({ { "State", { { "front", "mbMainMenu" }, { "muted", true } } },
@@ -267,9 +267,10 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
     const auto [text, status] = finish();
     EXPECT_EQ(status, 0);
     const auto* time = "[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}  ";
-    for (const auto* line : { "the engine runs", "unit            front           mbFM → mbEQ", "no engine runs on .*",
-                              "the engine was started anew", "unit            front           mbEQ → mbMainMenu",
-                              "mbFM            play            playing → stopped" })
+    for (const auto* line :
+         { "the engine runs", "unit            front           mbFM → mbEQ", "no engine answers on .*",
+           "the engine was started anew", "unit            front           mbEQ → mbMainMenu",
+           "mbFM            play            playing → stopped" })
         EXPECT_THAT(text, testing::ContainsRegex(std::string("(^|\n)") + time + line + "\n"));
     EXPECT_EQ(std::ranges::count(text, '\n'), 6) << text;
 }
@@ -277,7 +278,7 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
 TEST_F(Command, WatchesInJson)
 {
     start("watch --json");
-    ASSERT_TRUE(says("the engine runs"));
+    ASSERT_TRUE(eventually([this] { return !engine->called("Programs").is_null(); }));
     engine->answer("Programs", Json::array({ { { "program", "AppRadio" }, { "process", 0 } } }));
     ASSERT_TRUE(says("AppRadio"));
     child.signal(SIGINT);

@@ -76,7 +76,7 @@ TEST_F(ConsoleOfAnEngine, PutsItBeforeWhatTheDevicesKnow)
     for (const auto& [line, ofEngine, ofBench] : cases)
     {
         EXPECT_EQ(say(line), "") << line;
-        EXPECT_THAT(output.str(), HasSubstr("no engine runs")) << line;
+        EXPECT_THAT(output.str(), HasSubstr("no engine answers")) << line;
         EXPECT_THAT(output.str(), HasSubstr(ofBench)) << line;
     }
 }
@@ -92,7 +92,7 @@ TEST_F(ConsoleOfAnEngine, ExpectsASentence)
     std::jthread later([&] { engine->answer("Why", { { "sentence", "It is muted." } }); });
     EXPECT_EQ(say("expect why silent is muted"), "") << "waits for it";
     engine.reset();
-    EXPECT_THAT(say("expect why page fm \"x\" within 1ms"), HasSubstr("no engine runs"));
+    EXPECT_THAT(say("expect why page fm \"x\" within 1ms"), HasSubstr("no engine answers"));
     unit.journal.interrupt();
     EXPECT_EQ(say("expect why silent x"), "interrupted");
 }
