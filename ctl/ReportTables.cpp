@@ -52,7 +52,7 @@ std::vector<Cell> pageRow(const Fields& page)
     const Look look = isTop ? &Style::bold : page.is("running") ? nullptr : &Style::dim;
     return { { isTop ? "▸" : "", &Style::good },
              { page["page"], look },
-             { page["program"] + (page.is("running") ? "" : ", not running"), look },
+             { page["program"], look },
              { placeOf(page), look },
              { play == "stopped" ? "" : play, &Style::good },
              { held(page) },

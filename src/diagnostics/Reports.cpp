@@ -158,8 +158,9 @@ Json pages()
                            { "showLevel", config.showLevel },
                            { "playLevel", config.playLevel },
                            { "audioChannel", Dsp::audioChannelName(handler->getAudioChannel()) },
-                           { "source", config.isSourcePage },
-                           { "changedForMs", msSince(run.since) } } });
+                           { "source", config.isSourcePage } } });
+        if (run.since != Platform::Clock::time_point())
+            rows.back().json["changedForMs"] = msSince(run.since);
     }
     std::ranges::stable_sort(rows, {}, &Row::show);
     Json answer = Json::array();
@@ -344,6 +345,12 @@ Json groups()
         }
         record["forMs"] = group.since == Platform::Clock::time_point() ? 0 : msSince(group.since);
         record["queued"] = group.queued;
+        if (group.queued > 0)
+        {
+            record["next"] =
+                text(Kernel::messageName(group.nextMessage) + " for " + Kernel::componentName(group.nextReceiver));
+            record["queuedForMs"] = msSince(group.queuedSince);
+        }
         record["deferred"] = group.deferred;
         answer.push_back(record);
     }

@@ -1,7 +1,6 @@
 #include "diagnostics/Watchdog.h"
 
 #include "diagnostics/Text.h"
-#include "kernel/Names.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
@@ -44,13 +43,11 @@ void Watchdog::askMessageThread()
 
 std::string Watchdog::stuck() const
 {
-    const auto tooLong = [this](Platform::Clock::time_point since) { return Platform::Clock::now() - since > limit; };
     for (const auto& group : Kernel::SystemEngine::getInstance()->getGroupStatus())
-        if (group.receiver != Kernel::noComponent && tooLong(group.since))
-            return text(group.name) + " is stuck in " + text(Kernel::componentName(group.receiver)) + " with " +
-                   text(Kernel::messageName(group.message));
-    if (messageThread->awaited && tooLong(messageThread->asked))
-        return "the message thread is stuck";
+        if (group.isStuck(limit))
+            return text(group.name + " " + group.describe());
+    if (messageThread->awaited && Platform::Clock::now() - messageThread->asked > limit)
+        return "the message thread does not get on";
     return {};
 }
 

@@ -13,7 +13,6 @@
 #include "diagnostics/Text.h"
 #include "dsp/AudioServices.h"
 #include "dsp/DSPSettingHelperImpl.h"
-#include "kernel/Names.h"
 #include "kernel/SystemEngine.h"
 #include "platform/channel/Ipc.h"
 #include "platform/config/Configuration.h"
@@ -38,15 +37,15 @@ Requests lastRequests()
 }
 
 /** A group that has been busy with one message for so long is stuck. */
-constexpr std::int64_t longestHandlerMs = 1500;
+constexpr std::chrono::milliseconds longestHandler { 1500 };
 
 std::optional<std::string> stuckGroup()
 {
     for (const auto& group : Kernel::SystemEngine::getInstance()->getGroupStatus())
-        if (group.receiver != Kernel::noComponent && msSince(group.since) > longestHandlerMs)
-            return text(group.name) + " has been busy for " + durationText(msSince(group.since)) + " with " +
-                   text(Kernel::messageName(group.message)) + " of " + text(Kernel::componentName(group.receiver)) +
-                   "; " + std::to_string(group.queued) + " messages wait behind it";
+        if (group.isStuck(longestHandler))
+            return text(group.name + " " + group.describe()) + ", for " +
+                   durationText(msSince(group.receiver != Kernel::noComponent ? group.since : group.queuedSince)) +
+                   "; " + std::to_string(group.queued) + " messages wait";
     return {};
 }
 

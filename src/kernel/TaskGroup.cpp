@@ -1,5 +1,6 @@
 #include "kernel/TaskGroup.h"
 
+#include "kernel/Names.h"
 #include "kernel/TimerStarts.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
@@ -124,6 +125,8 @@ void TaskGroup::post(SystemMessage::Ptr& message, bool urgent)
                                                 message->arg2);
         const std::lock_guard guard(inbox.lock);
         (urgent ? inbox.urgentQueue : inbox.normalQueue).push_back(std::move(message));
+        if (!inbox.filled.load(std::memory_order_relaxed))
+            inbox.filledSince = Platform::Clock::now();
         inbox.filled.store(true, std::memory_order_relaxed);
     }
     if (inbox.waiting.load() && inbox.waiting.exchange(false))
@@ -224,7 +227,35 @@ void TaskGroup::handle(SystemTask& receiver, const SystemMessage& message)
 
 GroupStatus TaskGroup::getStatus() const
 {
-    return { name, thread->getThreadName(), doing.receiver, doing.message, doing.since, countQueued(), doing.deferred };
+    GroupStatus status;
+    status.name = name;
+    status.thread = thread->getThreadName();
+    status.receiver = doing.receiver;
+    status.message = doing.message;
+    status.since = doing.since;
+    status.deferred = doing.deferred;
+    const std::lock_guard guard(inbox.lock);
+    status.queued = inbox.urgentQueue.size() + inbox.normalQueue.size();
+    if (status.queued == 0)
+        return status;
+    const auto& next = inbox.urgentQueue.empty() ? *inbox.normalQueue.front() : *inbox.urgentQueue.front();
+    status.queuedSince = inbox.filledSince;
+    status.nextReceiver = next.receiver;
+    status.nextMessage = next.id;
+    return status;
+}
+
+bool GroupStatus::isStuck(Platform::Clock::duration limit) const
+{
+    const auto now = Platform::Clock::now();
+    return (receiver != noComponent && now - since > limit) || (queued > 0 && now - queuedSince > limit);
+}
+
+juce::String GroupStatus::describe() const
+{
+    if (receiver != noComponent)
+        return "is busy with " + messageName(message) + " of " + componentName(receiver);
+    return "does not take up " + messageName(nextMessage) + " for " + componentName(nextReceiver);
 }
 
 bool TaskGroup::hasMessages() const

@@ -14,12 +14,20 @@ namespace Kernel
 struct GroupStatus
 {
     juce::String name;
-    juce::String thread;                ///< the name of its thread
-    ComponentId receiver = noComponent; ///< whose handler runs; none while it waits
-    juce::int32 message = 0;            ///< which it handles
-    Platform::Clock::time_point since;  ///< when the handler began, or the last one ended
-    std::size_t queued = 0;             ///< messages that it has not taken over yet
-    std::size_t deferred = 0;           ///< those that wait until their receiver accepts them
+    juce::String thread;                     ///< the name of its thread
+    ComponentId receiver = noComponent;      ///< whose handler runs; none while it waits
+    juce::int32 message = 0;                 ///< which it handles
+    Platform::Clock::time_point since;       ///< when the handler began, or the last one ended
+    std::size_t queued = 0;                  ///< messages that it has not taken over yet
+    Platform::Clock::time_point queuedSince; ///< since when one of them waits
+    ComponentId nextReceiver = noComponent;  ///< of the one that waits longest, and what it is
+    juce::int32 nextMessage = 0;
+    std::size_t deferred = 0; ///< those that wait until their receiver accepts them
+
+    /** A handler, or a message that nobody takes up, has taken longer. */
+    bool isStuck(Platform::Clock::duration limit) const;
+    /** "is busy with MSG_APP_SWITCH of RadioApplication", or which message it does not take up. */
+    juce::String describe() const;
 };
 
 /** A set of components and the one thread that runs all their handlers. */
@@ -103,6 +111,7 @@ private:
         mutable std::mutex lock;
         std::atomic<bool> filled { false };  ///< a queue holds something; written under the lock
         std::atomic<bool> waiting { false }; ///< the thread sleeps or is about to; set under the lock
+        Platform::Clock::time_point filledSince;
         std::vector<SystemMessage::Ptr> normalQueue;
         std::vector<SystemMessage::Ptr> urgentQueue;
     };
