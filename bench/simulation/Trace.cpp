@@ -57,7 +57,8 @@ std::string Trace::write(const std::string& name, const Bench::Journal& journal)
                    { { "step", step } } });
     }
     for (const auto& event : journal.find({}, Bench::Journal::capacity, [](const auto&) { return true; }))
-        file.add({ file.track("what happened", event.stream), event.text, event.at - begin });
+        file.add({ file.track("what happened", event.stream), event.text.empty() ? event.stream : event.text,
+                   event.at - begin });
     Diagnostics::TraceEvents story(file, begin);
     for (const auto& event : events)
         story.add(event);

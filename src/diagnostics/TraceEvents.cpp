@@ -21,6 +21,8 @@ using Arguments = TraceFile::Arguments;
 
 constexpr const char* threads = "threads";
 
+constexpr auto received = &EngineApi::HostCommandEntry::receivedName;
+
 /** The outcome of what has none at the end of the trace. */
 Arguments underWay()
 {
@@ -37,6 +39,13 @@ std::string remoteName(int what)
     return Platform::remoteMessageName(what).toStdString();
 }
 
+/** "command 300" for one that nobody knows. */
+std::string commandName(int command, const char* EngineApi::HostCommandEntry::*direction)
+{
+    const std::string name = EngineApi::hostCommand(command).*direction;
+    return name.empty() ? "command " + std::to_string(command) : name;
+}
+
 /** A timer's expiry and a frame's content say more than the message that brings them. */
 std::string messageName(const Kernel::Trace::Numbers& numbers)
 {
@@ -44,7 +53,7 @@ std::string messageName(const Kernel::Trace::Numbers& numbers)
     if (id == Kernel::MSG_SYS_TIMER)
         return "timer " + std::to_string(arg1);
     const auto name = Kernel::messageName(id).toStdString();
-    return id == Kernel::MSG_HOST_EVENT ? name + " " + EngineApi::hostCommand(arg1).receivedName : name;
+    return id == Kernel::MSG_HOST_EVENT ? name + " " + commandName(arg1, received) : name;
 }
 
 std::string hexText(std::int32_t threeBytes)
@@ -78,7 +87,6 @@ void TraceEvents::add(const Event& event)
     if (event.end < beginning)
         return;
     const auto [first, second, third, fourth, fifth] = event.numbers;
-    const auto linkName = [&](int command) { return std::string(EngineApi::hostCommand(command).sentName); };
     switch (event.kind)
     {
     case Kind::message:
@@ -89,7 +97,8 @@ void TraceEvents::add(const Event& event)
         return addHandled(event, "", "block " + hexText(first),
                           { { "bytes", second }, { "attempts", third }, { "verified", fourth != 0 } });
     case Kind::frameSent:
-        return begin(event, linkTrack("sent"), linkName(first), { { "sequence", second }, { "bytes", third } });
+        return begin(event, linkTrack("sent"), commandName(first, &EngineApi::HostCommandEntry::sentName),
+                     { { "sequence", second }, { "bytes", third } });
     case Kind::frameResent:
         return addMark(event, linkTrack("sent"), "again", { { "sequence", second } });
     case Kind::frameAcknowledged:
@@ -97,7 +106,7 @@ void TraceEvents::add(const Event& event)
     case Kind::frameGivenUp:
         return end(linkTrack("sent"), event.begin, { { "outcome", "given up" } });
     case Kind::frameReceived:
-        return addReceived(event, linkTrack("received"), EngineApi::hostCommand(first).receivedName,
+        return addReceived(event, linkTrack("received"), commandName(first, received),
                            { { "sequence", second }, { "bytes", third } });
     case Kind::confirmationSent:
         return addMark(event, linkTrack("acknowledgements sent"), "acknowledgement", { { "sequence", first } });
