@@ -36,8 +36,10 @@ constexpr const char* pageStateNames[] = { "kAppShow", "kAppHiding", "kAppHidden
 bool sendToProgram(juce::int32 what, int page)
 {
     const int appType = appTypeOfPage(page);
+    if (appType == AppUnknown)
+        return false;
     Trace::note(Trace::Kind::viewTold, what, page);
-    return appType != AppUnknown && sendRemoteMessage(appType, what, page, 0);
+    return sendRemoteMessage(appType, what, page, 0);
 }
 
 bool isShownByProgram(int page)

@@ -203,9 +203,8 @@ void TraceEvents::addMark(const Event& event, int track, const std::string& name
 void TraceEvents::begin(const Event& event, int track, std::string name, Arguments arguments)
 {
     end(track, event.begin, Arguments::object());
-    Slice slice { track, std::move(name), since(event.begin), {}, std::move(arguments) };
-    lead(event.origin, slice.name, slice);
-    open.emplace(track, std::move(slice));
+    open.emplace(track,
+                 Phase { { track, std::move(name), since(event.begin), {}, std::move(arguments) }, event.origin });
 }
 
 void TraceEvents::end(int track, Time at, const Arguments& outcome)
@@ -213,7 +212,8 @@ void TraceEvents::end(int track, Time at, const Arguments& outcome)
     const auto found = open.find(track);
     if (found == open.end())
         return;
-    auto& slice = found->second;
+    auto& [slice, origin] = found->second;
+    lead(origin, slice.name, slice); // only now: both ends of the arrow are there, or none
     slice.duration = since(at) - slice.at;
     slice.arguments.update(outcome);
     file.add(slice);

@@ -36,6 +36,13 @@ private:
     using Slice = TraceFile::Slice;
     using Arguments = TraceFile::Arguments;
 
+    /** What a track is in; written when it is over. */
+    struct Phase
+    {
+        Slice slice;
+        Origin origin;
+    };
+
     // One for each kind of event that needs more than its names.
     void addMessage(const Event& event);
     void addJob(const Event& event);
@@ -61,7 +68,7 @@ private:
     TraceFile& file;
     const Time beginning;
     std::uint64_t arrows = 0;
-    std::unordered_map<int, Slice> open; ///< phases, by their tracks
+    std::unordered_map<int, Phase> open; ///< by their tracks
     std::vector<int> ordered;            ///< pages with orders of the switch under way
     std::vector<int> threadTracks;       ///< by the threads' numbers; 0 for one that was not seen
 };

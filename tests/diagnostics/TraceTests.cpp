@@ -186,6 +186,7 @@ TEST_F(TraceSessionTest, ShowsWhatHangs)
 TEST_F(TraceSessionTest, IsWholeAtEveryTimeAndSaysWhatIsMissing)
 {
     ASSERT_EQ(begin(), "");
+    Trace::note(Kind::programState, Pubhead::AppRadio, EngineApi::kStarting); // not over yet
     for (std::size_t count = 1; count < 4; ++count)
     {
         Trace::note(Kind::frameReceived, EngineApi::EVENT_KEY, 3, 10);
