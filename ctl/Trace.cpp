@@ -34,6 +34,7 @@ std::string traceText(const Json& answer, const std::string& file, const Style& 
     const auto lost = trace.number("lost").value_or(0);
     return style.bold(trace["events"] + " events") + " in " + trace.time("ms") + ", written to " + file +
            (lost > 0 ? style.warning("  " + trace["lost"] + " lost") : "") + "\n" +
+           (trace.has("failure") ? style.warning("It ended early: " + trace["failure"]) + "\n" : "") +
            style.dim("Open it in the Perfetto viewer, https://ui.perfetto.dev") + "\n";
 }
 
