@@ -3,7 +3,7 @@
 #include "diagnostics/Reports.h"
 #include "diagnostics/Why.h"
 #include "platform/base/Logger.h"
-#include "platform/channel/linux/IpcLink.h"
+#include "platform/channel/Ipc.h"
 #include "platform/config/Configuration.h"
 #include "platform/record/Observer.h"
 
@@ -140,7 +140,7 @@ bool Service::connect()
     int result = sd_bus_new(&raw);
     Platform::SdBus fresh(raw);
     if (result >= 0)
-        result = sd_bus_set_address(raw, Platform::IpcLink::busAddress().c_str());
+        result = sd_bus_set_address(raw, Platform::IPCMsg::MessageHelper::busAddress().c_str());
     if (result >= 0)
         result = sd_bus_set_bus_client(raw, 1);
     if (result >= 0)

@@ -1,5 +1,6 @@
 #include "kernel/DeviceWorker.h"
 
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Threads.h"
 #include "platform/devices/Lines.h"
@@ -16,6 +17,9 @@ namespace
 {
 
 constexpr Platform::Log logger { "kernel/DeviceWorker", "DeviceWorker" };
+
+Platform::Counter jobsSuperseded { "devices.jobs-superseded",
+                                   "jobs for a slow device that a newer one took the place of" };
 
 /** Longer than the kernel's drivers hold a call; simulated devices end theirs at once. */
 constexpr int stopTimeoutMs = 1500;
@@ -80,7 +84,7 @@ void DeviceWorker::post(int key, Job job)
         if (stopping)
             return;
         if (jobs.size() >= patience)
-            std::erase_if(jobs, [key](const auto& waiting) { return waiting.key == key; });
+            jobsSuperseded += std::erase_if(jobs, [key](const auto& waiting) { return waiting.key == key; });
         jobs.push_back({ key, std::move(job), Cause::current(), Trace::here() });
     }
     thread->notify();

@@ -2,11 +2,20 @@
 
 #include "kernel/DeviceWorker.h"
 #include "kernel/MessageIds.h"
+#include "platform/base/Counter.h"
 
 #include <algorithm>
 
 namespace Kernel
 {
+
+namespace
+{
+
+Platform::Counter messagesUndeliverable { "engine.messages-undeliverable",
+                                          "messages to a component that there is not" };
+
+} // namespace
 
 bool SystemEngine::createGroup(const juce::String& name, int priority)
 {
@@ -88,6 +97,8 @@ void SystemEngine::post(SystemMessage::Ptr& message, bool urgent)
         return;
     if (auto* group = groupOf(message->receiver))
         group->post(message, urgent);
+    else
+        ++messagesUndeliverable;
 }
 
 TaskGroup* SystemEngine::groupOf(ComponentId receiver) const

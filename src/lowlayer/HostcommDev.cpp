@@ -1,6 +1,7 @@
 #include "lowlayer/HostcommDev.h"
 
 #include "kernel/SystemEngine.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
 
@@ -14,6 +15,8 @@ namespace
 {
 
 constexpr Platform::Log logger { "lowlayer\\HostcommDev", "HostcommDev" };
+
+Platform::Counter bytesLost { "link.bytes-lost", "bytes of the microcontroller that found too many waiting" };
 
 /** Line numbers under which the log is read and filtered. */
 enum LogLine { lineSend = 103, lineReceive = 167 };
@@ -102,6 +105,7 @@ bool HostcommDev::hasRoomFor(int length)
     if (waiting < maxWaiting)
         return true;
     lostBytes += length;
+    bytesLost += static_cast<std::uint64_t>(length);
     if (!std::exchange(lossLogged, true))
         logger().error("%d messages wait, %d received bytes and what follows are lost", static_cast<int>(waiting),
                        length);

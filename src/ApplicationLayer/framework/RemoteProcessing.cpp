@@ -8,6 +8,7 @@
 #include "EngineApi/WiredRemote.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/settings/SetupValues.h"
 
@@ -22,6 +23,8 @@ namespace
 {
 
 constexpr Platform::Log logger { "ApplicationLayer/AppHandler", "AppHandler" };
+
+Platform::Counter settingsRefused { "settings.refused", "settings of programs that are unknown, or have another type" };
 
 /** arg1 of RMSG_APP_EVENT; the others are the application's. */
 enum AppEvent : juce::int32 { menuEvent = 4, menuPage = 5 };
@@ -123,6 +126,7 @@ void AppHandler::storeSetting(const RemoteMessage& remote)
 /** Counted, and said for the first one only: a program may send many. */
 void AppHandler::refuseSetting(int index, const char* why)
 {
+    ++settingsRefused;
     if (refusedSettings++ == 0)
         logger().error("%s sends setting %d, %s; such settings are dropped", appTypeName(config.appType), index, why);
 }

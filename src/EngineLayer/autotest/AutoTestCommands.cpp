@@ -12,6 +12,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/BytePool.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Utf8.h"
 #include "platform/settings/SetupIndex.h"
@@ -31,6 +32,9 @@ namespace
 {
 
 constexpr Platform::Log logger { "EngineLayer/AutoTestCommands", "ATestSession" };
+
+Platform::Counter commandsRefused { "autotest.commands-refused",
+                                    "commands of the test equipment that cannot be carried out" };
 
 /** Byte 4 of a frame. */
 enum Command : int {
@@ -114,6 +118,7 @@ std::optional<DeviceId> deviceIdOf(const juce::String& text)
 
 void logRefused(const char* what)
 {
+    ++commandsRefused;
     logger().error("command of the test equipment refused: %s", what);
 }
 

@@ -3,6 +3,7 @@
 #include "EngineApi/HostLink.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Provided.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 
 #include <algorithm>
@@ -14,6 +15,8 @@ namespace
 {
 
 constexpr Platform::Log logger { "EngineLayer/ATestSessionManger", "ATestSession" };
+
+Platform::Counter messagesRefused { "autotest.messages-refused", "messages to test equipment that does not keep up" };
 
 } // namespace
 
@@ -59,6 +62,7 @@ void CATestSessionManager::addMsgToBuffer(const juce::MemoryBlock& message)
     if (queue.size() >= maxWaitingMessages)
     {
         ++refusedMessages;
+        ++messagesRefused;
         if (!std::exchange(queueFull, true))
             logger().error("%d messages wait, what follows is not sent", maxWaitingMessages);
         return;

@@ -6,6 +6,7 @@
 #include "kernel/Trace.h"
 #include "lowlayer/RemotecommDev.h"
 #include "platform/base/CommandLine.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Pubhead.h"
 #include "platform/base/Shared.h"
@@ -23,6 +24,11 @@ namespace
 {
 
 constexpr Platform::Log logger { "EngineLayer/RemoteSessionManager", "RemoteSessionManager" };
+
+Platform::Counter messagesDropped {
+    "channel.messages-dropped",
+    "messages to programs that could not be reached, have ended, or for which too many waited"
+};
 
 bool isValid(int appType)
 {
@@ -81,14 +87,17 @@ bool RemoteSessionManager::sendToApp(int appType, const RemoteMessage::Ptr& mess
     if (queue.push({ message, isStarting }))
         logger().error("%d messages wait for %s: the oldest go", static_cast<int>(maxPending),
                        Pubhead::appTypeName(appType));
-    counts.dropped += queue.getDropped() - droppedBefore;
+    countDropped(queue.getDropped() - droppedBefore);
     return false;
 }
 
 bool RemoteSessionManager::post(int appType, const RemoteMessage::Ptr& message)
 {
     const bool posted = RemotecommDev::getInstance()->postToApp(appType, message);
-    ++(posted ? counts.posted : counts.dropped);
+    if (posted)
+        ++counts.posted;
+    else
+        countDropped(1);
     return posted;
 }
 
@@ -99,6 +108,12 @@ RemoteSessionManager::Counts RemoteSessionManager::getCounts() const
     for (const auto& [appType, queue] : pendingMessages)
         all.waiting += queue.getSize();
     return all;
+}
+
+void RemoteSessionManager::countDropped(std::uint64_t messages)
+{
+    counts.dropped += messages;
+    messagesDropped += messages;
 }
 
 std::size_t RemoteSessionManager::countWaiting(std::optional<int> appType) const
@@ -224,7 +239,7 @@ void RemoteSessionManager::dropPending(int appType)
         });
     if (dropped.empty())
         return;
-    counts.dropped += dropped.size();
+    countDropped(dropped.size());
     logger().info("%d messages that waited for %s go with its process", static_cast<int>(dropped.size()),
                   Pubhead::appTypeName(appType));
     for (auto& message : dropped)

@@ -71,6 +71,8 @@ private:
     /** Held while messages are posted, which keeps their order; never while somebody else's code runs. */
     Platform::Mutex lock;
     std::set<int> registeredApps;
+    void countDropped(std::uint64_t messages); // under the lock
+
     Counts counts; ///< but for those that wait
     struct Waiting
     {

@@ -1,6 +1,7 @@
 #include "EngineLayer/hostlink/HostFrameParser.h"
 
 #include "EngineLayer/hostlink/HostDataFormat.h"
+#include "platform/base/Counter.h"
 
 #include <cstring>
 
@@ -9,6 +10,8 @@ namespace EngineLayer
 
 namespace
 {
+
+Platform::Counter chunksLost { "link.chunks-lost", "pieces of the link that found no room behind a broken frame" };
 
 using namespace HostFrame;
 
@@ -45,6 +48,7 @@ void HostFrameParser::appendReceived(const void* bytes, int n, Sink& sink)
     if (n > capacity - count)
     {
         ++lost;
+        ++chunksLost;
         blocked = true;
         return;
     }

@@ -17,6 +17,7 @@
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "lowlayer/BytePool.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/config/Configuration.h"
@@ -34,6 +35,9 @@ namespace
 {
 
 constexpr Platform::Log logger { "EngineLayer/KeyManager", "KeyManager" };
+
+Platform::Counter keysDropped { "keys.dropped",
+                                "keys that came faster than they were acted on, and frames that carry no whole key" };
 
 constexpr juce::uint32 repeatMs = 60;
 constexpr int readBackMs = 300;
@@ -66,6 +70,12 @@ void toFavoriteBar(juce::int32 id, juce::int32 arg1 = 0, juce::int32 arg2 = 0)
 }
 
 } // namespace
+
+KeyManager::KeyManager()
+{
+    hostKeys.countLossesIn(keysDropped);
+    remoteKeys.countLossesIn(keysDropped);
+}
 
 juce::String KeyManager::getKeyName(int value)
 {
@@ -113,7 +123,7 @@ void KeyManager::hostEvent(int command, const Kernel::Payload& payload)
     case EVENT_KEY:
         if (bytes.size() >= 2)
             enqueue(hostKeys, { bytes[0], bytes[1] }, msgNextHostKey);
-        else if (!std::exchange(shortFrameReported, true))
+        else if (++keysDropped; !std::exchange(shortFrameReported, true))
             logger().error("a key of the MCU has fewer than 2 bytes; such keys are dropped");
         break;
     case EVENT_AUTOTEST_INFO:

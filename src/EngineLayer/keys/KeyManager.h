@@ -41,7 +41,7 @@ public:
 
 private:
     friend class Kernel::Singleton<KeyManager>;
-    KeyManager() = default;
+    KeyManager();
 
     // To itself: the next of the waiting keys has its turn.
     static constexpr juce::int32 msgNextHostKey = 1;

@@ -7,6 +7,7 @@
 #include "EngineLayer/system/RunStates.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 
 using namespace EngineApi;
@@ -18,6 +19,8 @@ namespace
 {
 
 constexpr Platform::Log logger { "EngineLayer/SystemStateManager", "SystemStateManager" };
+
+Platform::Counter requestsRefused { "requests.refused-full", "requests that found too many waiting" };
 
 bool leavesLock(int from, int to)
 {
@@ -220,6 +223,7 @@ bool SystemStateManager::queueRequest(const RequestInfo& request)
         requests.push_back(request);
         return true;
     }
+    ++requestsRefused;
     if (refusedRequests++ == 0)
         logger().error("too many requests wait, %s is refused", Pubhead::pageName(request.page));
     sendResult(request.page, scheduleRefused);

@@ -3,6 +3,7 @@
 #include "EngineApi/KeyCodes.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
 #include "platform/devices/UnitLines.h"
@@ -14,6 +15,8 @@ namespace EngineLayer
 
 namespace
 {
+
+Platform::Counter commandsUnsent { "remote.commands-unsent", "commands that the wired remote did not take" };
 
 namespace Protocol = WiredRemoteProtocol;
 
@@ -113,6 +116,7 @@ bool TLX70Dev::isReachable() const
 
 void TLX70Dev::noteUnsent()
 {
+    ++commandsUnsent;
     if (unsent++ == 0)
         logger().error("the remote takes no commands");
 }
@@ -123,7 +127,7 @@ void TLX70Dev::enqueue(Protocol::Bytes command)
     if (waiting.size() == mostWaiting)
     {
         waiting.pop_front();
-        ++unsent; // The restore makes it good.
+        ++unsent, ++commandsUnsent; // The restore makes it good.
     }
     waiting.push_back(std::move(command));
     worker.post(jobSend, [this] { sendWaiting(); });

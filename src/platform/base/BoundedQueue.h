@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Counter.h"
+
 #include <cstdint>
 #include <deque>
 #include <utility>
@@ -20,8 +22,13 @@ public:
             return false;
         items.pop_front();
         ++dropped;
+        if (lossCounter != nullptr)
+            ++*lossCounter;
         return !std::exchange(overflowing, true);
     }
+
+    /** What is lost is counted there, too. */
+    void countLossesIn(Counter& counter) { lossCounter = &counter; }
 
     bool isEmpty() const { return items.empty(); }
     std::size_t getSize() const { return items.size(); }
@@ -48,6 +55,7 @@ public:
 private:
     std::deque<Item> items;
     std::uint64_t dropped = 0;
+    Counter* lossCounter = nullptr;
     bool overflowing = false;
 };
 

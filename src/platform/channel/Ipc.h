@@ -39,6 +39,8 @@ struct MessageHelper
     /** Named broadcast ("com.corvane.SystemInfo") with a bundle. */
     static bool sendBroadcast(const juce::String& action, const Bundle::Ptr& bundle);
 
+    /** The configured bus, else that of the session; "" for none. */
+    static std::string busAddress();
     static bool isPresent(int appType);
     /** Process that owns the program's name, -1 when nobody does. */
     static int ownerProcess(int appType);

@@ -1,5 +1,6 @@
 #include "platform/settings/SetupStore.h"
 
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/config/Configuration.h"
 #include "platform/record/Recorder.h"
@@ -15,6 +16,8 @@ namespace
 {
 
 constexpr Log logger { "platform/SetupStore", "SetupStore" };
+
+Platform::Counter textsRefused { "settings.texts-refused", "texts that are too long to be stored" };
 
 std::atomic<bool> readsOnly { false };
 
@@ -81,6 +84,7 @@ bool VX_SetSetupValueString(int index, const juce::String& value)
     const auto text = value.toStdString();
     if (text.size() > longestSetupText)
     {
+        ++textsRefused;
         logger().error("setting %d: a text of %zu bytes is refused", index, text.size());
         return false;
     }

@@ -53,6 +53,11 @@ bool MessageHelper::sendBroadcast(const juce::String& action, const Bundle::Ptr&
         Step::postNamed, [&] { return IpcChannel::get().broadcastNamed(action, bundle); }, action, bundle);
 }
 
+std::string MessageHelper::busAddress()
+{
+    return IpcLink::busAddress();
+}
+
 bool MessageHelper::isPresent(int appType)
 {
     return recorded(

@@ -1,5 +1,6 @@
 #include "platform/channel/linux/IpcChannel.h"
 
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Threads.h"
 #include "platform/config/Configuration.h"
@@ -18,6 +19,13 @@ namespace Platform
 
 namespace
 {
+
+Platform::Counter messagesOverflowed {
+    "channel.messages-overflowed",
+    "messages to a program that takes none, or window messages, that others took the place of"
+};
+
+Platform::Counter messagesUnsent { "channel.messages-unsent", "messages that the bus did not take" };
 
 using namespace std::chrono_literals;
 
@@ -52,6 +60,9 @@ IpcChannel& IpcChannel::get()
 IpcChannel::IpcChannel()
     : wakeDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
+    windowMessages.countLossesIn(messagesOverflowed);
+    for (auto& waiting : outgoing)
+        waiting.countLossesIn(messagesOverflowed);
 }
 
 void IpcChannel::config(int selfIndex, IpcLink::NameOf nameOf)
@@ -313,7 +324,7 @@ bool IpcChannel::send(Send&& call)
     const int result = hasRoom() ? call() : -ENOBUFS;
     if (result < 0)
     {
-        if (++refusedSends; std::has_single_bit(static_cast<unsigned>(refusedSends)))
+        if (++refusedSends, ++messagesUnsent; std::has_single_bit(static_cast<unsigned>(refusedSends)))
             logger().error("message not sent: %s (%d so far)", std::strerror(-result), refusedSends);
         return false;
     }

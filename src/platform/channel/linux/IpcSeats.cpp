@@ -1,5 +1,6 @@
 #include "platform/channel/linux/IpcSeats.h"
 
+#include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Process.h"
 
@@ -13,6 +14,10 @@ namespace
 {
 
 constexpr Log logger { "platform/linux/IpcSeats", "MsgSession" };
+
+Platform::Counter messagesOfStrangers {
+    "channel.messages-of-strangers", "messages of connections that are no program, or not the one that was started"
+};
 
 } // namespace
 
@@ -159,6 +164,7 @@ bool IpcSeats::mayAct(const char* connection)
 void IpcSeats::drop(const char* connection, const char* reason)
 {
     ++dropped;
+    ++messagesOfStrangers;
     // Each doubling is enough to see that it goes on, without letting a stranger fill the log.
     if (std::has_single_bit(static_cast<unsigned>(dropped)))
         logger().error("message of connection %s dropped, %s (%d dropped so far)",
