@@ -112,7 +112,7 @@ void TraceFile::add(const Slice& slice)
 
 void TraceFile::flush()
 {
-    if (!failure.empty())
+    if (!failure.empty() || text.empty())
         return;
     auto ended = text + endWith({});
     ended.resize(text.size() + endLength, ' ');
