@@ -219,9 +219,10 @@ TEST_F(Command, EndsATrace)
     start("trace " + file + " 600");
     ASSERT_TRUE(eventually([this] { return engine->isTracing(); }));
     EXPECT_EQ(engine->called("StartTrace"), Json({ 600 }));
-    engine->endTrace({ { "events", 2345 }, { "lost", 12 }, { "ms", 10000 } });
+    engine->endTrace({ { "events", 2345 }, { "lost", 12 }, { "ms", 10000 }, { "failure", "disk full" } });
     const auto ended = finish();
-    EXPECT_THAT(ended.text, HasSubstr("2345 events in 10 s, written to " + file + "  12 lost\n"));
+    EXPECT_THAT(ended.text,
+                HasSubstr("2345 events in 10 s, written to " + file + "  12 lost\nIt ended early: disk full\n"));
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(contentOf(file), "[]");
 
