@@ -102,7 +102,7 @@ Answer Watch::look()
             return answer;
         if (answer.kind != Answer::done)
         {
-            if (std::exchange(trouble, answer.error) != answer.error)
+            if (std::exchange(last, answer.kind) != answer.kind)
                 tell("engine", answer.error);
             return {};
         }
@@ -117,7 +117,7 @@ Answer Watch::look()
 void Watch::noteEngine()
 {
     const auto before = std::exchange(engine, client.engine());
-    const bool wasAway = !std::exchange(trouble, {}).empty();
+    const bool wasAway = std::exchange(last, Answer::done) != Answer::done;
     if (before != engine)
         tell("engine", before.empty() ? "the engine runs" : "the engine was started anew");
     else if (wasAway)

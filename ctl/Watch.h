@@ -53,8 +53,8 @@ private:
     const Style& style;
     const bool json;
     LastTold told;
-    std::string engine;  ///< that has answered last
-    std::string trouble; ///< why there was no answer the last time
+    std::string engine;               ///< that has answered last
+    Answer::Kind last = Answer::done; ///< what came of the last question
 
     void tell(const Difference& difference);
     void tell(const std::string& kind, const std::string& text);
