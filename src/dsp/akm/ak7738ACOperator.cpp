@@ -148,7 +148,6 @@ DspStatus ak7738ACOperator::getStatus() const
 {
     const std::lock_guard guard(lock);
     DspStatus status;
-    status.isBooted = helper != nullptr;
     status.isMuted = mute;
     status.isAlerting = alertActive;
     status.changesSource = isTimerRunning(restoreTimer);

@@ -127,6 +127,7 @@ void ak7738Operator::noteFailure(const char* what)
 void ak7738Operator::addTo(DspStatus& status) const
 {
     const std::lock_guard guard(healthLock);
+    status.isBooted = health.isBooted;
     status.blocks = health.blocks;
     status.failures = health.failures;
     status.lastFailure = health.lastFailure;
@@ -196,6 +197,8 @@ void ak7738Operator::boot()
                     Platform::sleepFor(settleTime);
                     setRegisters(std::array { runRegister });
                     Platform::sleepFor(settleTime);
+                    const std::lock_guard healthGuard(healthLock);
+                    health.isBooted = true;
                 });
     flattenEqualiser();
 }

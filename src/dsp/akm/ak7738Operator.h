@@ -71,6 +71,7 @@ private:
     std::array<int, numOfEqBands> bandGains {};
     struct Health
     {
+        bool isBooted = false;
         std::uint64_t blocks = 0, failures = 0;
         const char* lastFailure = "";
         Platform::Clock::time_point lastFailureAt;
