@@ -1,8 +1,8 @@
 #pragma once
 
 #include "EngineApi/ScheduleRecords.h"
-#include "platform/base/Time.h"
 #include "kernel/SystemMessage.h"
+#include "platform/base/Time.h"
 
 namespace EngineApi
 {

@@ -114,7 +114,8 @@ Trace::Thread Trace::thisThread()
     const auto name = Platform::Thread::currentName();
     auto& threads = Threads::get();
     const std::lock_guard guard(threads.lock);
-    auto found = std::ranges::find_if(threads.all, [&](const auto& each) { return each.id == id && each.name == name; });
+    auto found =
+        std::ranges::find_if(threads.all, [&](const auto& each) { return each.id == id && each.name == name; });
     if (found == threads.all.end() && threads.all.size() < mostThreads)
         found = threads.all.insert(found, { id, threads.all.size() + 1 < mostThreads ? name : "other threads" });
     else if (found == threads.all.end())

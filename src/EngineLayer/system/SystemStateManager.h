@@ -71,7 +71,7 @@ private:
     std::deque<EngineApi::RequestInfo> requests;
     RequestLog requestsMade;
     std::uint32_t handledRequest = 0;
-    Kernel::Actor asker; ///< of the message that is handled
+    Kernel::Actor asker;     ///< of the message that is handled
     int refusedRequests = 0; ///< for lack of room
     std::deque<int> pendingStates;
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <juce_core/juce_core.h>
-#include <optional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
