@@ -17,7 +17,7 @@ struct GroupStatus
     juce::String thread;                     ///< the name of its thread
     ComponentId receiver = noComponent;      ///< whose handler runs; none while it waits
     juce::int32 message = 0;                 ///< which it handles
-    Platform::Clock::time_point since;       ///< when the handler began, or the last one ended
+    Platform::Clock::time_point since;       ///< when it began, or the last one did
     std::size_t queued = 0;                  ///< messages that it has not taken over yet
     Platform::Clock::time_point queuedSince; ///< since when one of them waits
     ComponentId nextReceiver = noComponent;  ///< of the one that waits longest, and what it is
