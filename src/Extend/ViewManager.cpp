@@ -95,6 +95,7 @@ void ViewManager::onAppConnectState(int appType, int state)
         handleShowReady(nextPage, false);
     if (showState == kNormal && appTypeOfPage(currentPage) == appType)
         currentPageState = kAppHidden;
+    publish();
 }
 
 void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
@@ -122,6 +123,11 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
 void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
 {
     handle(id, arg1);
+    publish();
+}
+
+void ViewManager::publish()
+{
     const auto small = [](int page) { return static_cast<std::int8_t>(page); };
     view = { small(currentPage), small(nextPage), small(thirdPage), showState, currentPageState == kAppShow };
 }

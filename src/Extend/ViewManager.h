@@ -66,6 +66,7 @@ private:
     ViewManager();
 
     void handle(juce::int32 id, juce::int32 arg1);
+    void publish();
     void handleStart();
     void handleTimer(int timerId);
     void handleNextPage(int page);
