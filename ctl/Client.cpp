@@ -22,7 +22,7 @@ constexpr std::chrono::microseconds lookAround = 100ms;
 struct Error : sd_bus_error
 {
     Error()
-        : sd_bus_error(SD_BUS_ERROR_NULL)
+        : sd_bus_error {}
     {
     }
     ~Error() { sd_bus_error_free(this); }
