@@ -19,8 +19,6 @@ namespace
 
 constexpr Platform::Log logger { "diagnostics/Service", "Diagnostics" };
 
-constexpr const char* unknownError = "com.corvane.Diagnostics.Error.Unknown";
-constexpr const char* failedError = "com.corvane.Diagnostics.Error.Failed";
 constexpr std::chrono::seconds retryPause { 1 };
 constexpr std::chrono::milliseconds tracePeriod { 100 };
 constexpr int callsPerPass = 16;
@@ -117,6 +115,7 @@ void Service::run()
         {
             logger().error("the bus of the diagnostics is away: %s", std::strerror(-result));
             bus.reset();
+            endTrace(); // whoever has started it is not there any more; on the next bus others have its name
             nextAttempt = Platform::Clock::now() + retryPause;
         }
         writeTrace();
@@ -153,7 +152,7 @@ bool Service::connect()
         result = sd_bus_match_signal_async(raw, nullptr, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                            "org.freedesktop.DBus", "NameOwnerChanged", onName, nullptr, this);
     if (result >= 0)
-        result = sd_bus_request_name_async(raw, nullptr, Wire::busName, 0, nullptr, nullptr);
+        result = sd_bus_request_name_async(raw, nullptr, Wire::busName, SD_BUS_NAME_QUEUE, onNamed, nullptr);
     if (result >= 0)
         bus = std::move(fresh);
     return result >= 0;
@@ -224,10 +223,7 @@ int Service::answer(sd_bus_message* call)
     else if (method == "StartTrace")
         startTrace(call);
     else if (method == "StopTrace")
-    {
-        content = jsonOf(trace.stop());
-        traceOwner.clear();
-    }
+        content = jsonOf(endTrace());
     sd_bus_message* raw = nullptr;
     int result = sd_bus_message_new_method_return(call, &raw);
     const Platform::SdBusMessage reply(raw);
@@ -260,22 +256,36 @@ void Service::startTrace(sd_bus_message* call)
     traceOwner = sender == nullptr ? "" : sender;
 }
 
+TraceSession::Summary Service::endTrace()
+{
+    traceOwner.clear();
+    return trace.stop();
+}
+
 int Service::onOwnerChanged(sd_bus_message* signal)
 {
     const char *changed = nullptr, *before = nullptr, *after = nullptr;
     if (sd_bus_message_read(signal, "sss", &changed, &before, &after) < 0)
         return 0;
     if (trace.isOn() && traceOwner == changed && *after == '\0')
-    {
-        trace.stop();
-        traceOwner.clear();
-    }
+        endTrace();
     return 0;
 }
 
 int Service::onName(sd_bus_message* signal, void* service, sd_bus_error*)
 {
     return static_cast<Service*>(service)->onOwnerChanged(signal);
+}
+
+int Service::onNamed(sd_bus_message* reply, void*, sd_bus_error*)
+{
+    constexpr std::uint32_t isQueued = 2; // DBUS_REQUEST_NAME_REPLY_IN_QUEUE
+    std::uint32_t result = 0;
+    if (const auto* error = sd_bus_message_get_error(reply); error != nullptr)
+        logger().error("the bus refuses the name %s: %s", Wire::busName, error->message);
+    else if (sd_bus_message_read(reply, "u", &result) >= 0 && result == isQueued)
+        logger().error("another process has the name %s: waiting for it", Wire::busName);
+    return 1;
 }
 
 int Service::onVersion(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*, sd_bus_error*)
@@ -291,15 +301,16 @@ int Service::onCall(sd_bus_message* call, void* service, sd_bus_error* error)
     }
     catch (const Unknown& unknown)
     {
-        return sd_bus_error_set(error, unknownError, unknown.what());
+        return sd_bus_error_set(error, Wire::unknownError, unknown.what());
     }
     catch (const Platform::Observer::Busy&)
     {
-        return sd_bus_error_set(error, failedError, "A thread of the engine keeps what was asked for: see groups.");
+        return sd_bus_error_set(error, Wire::failedError,
+                                "A thread of the engine keeps what was asked for: see groups.");
     }
     catch (const std::exception& failure)
     {
-        return sd_bus_error_set(error, failedError, failure.what());
+        return sd_bus_error_set(error, Wire::failedError, failure.what());
     }
 }
 

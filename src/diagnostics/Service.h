@@ -38,11 +38,13 @@ private:
     int answer(sd_bus_message* call);
     void setLog(sd_bus_message* call) const;
     void startTrace(sd_bus_message* call);
+    TraceSession::Summary endTrace();
     int onOwnerChanged(sd_bus_message* signal);
 
     static int onCall(sd_bus_message* call, void* service, sd_bus_error* error);
     static int onVersion(sd_bus* bus, const char* path, const char* interface, const char* property,
                          sd_bus_message* reply, void* service, sd_bus_error* error);
+    static int onNamed(sd_bus_message* reply, void* service, sd_bus_error* error);
     static int onName(sd_bus_message* signal, void* service, sd_bus_error* error);
     static const sd_bus_vtable vtable[];
 
