@@ -1,6 +1,7 @@
 #include "doubles/IpcDouble.h"
 
 #include "platform/base/Pubhead.h"
+#include "platform/config/Configuration.h"
 
 #include <algorithm>
 #include <map>
@@ -99,6 +100,11 @@ namespace IPCMsg
 {
 
 void MessageHelper::config(int, const char* (*)(int)) {}
+
+std::string MessageHelper::busAddress()
+{
+    return Configuration::get().ipcAddress.toStdString();
+}
 
 bool MessageHelper::postMessage(int appType, const RemoteMessage::Ptr& message)
 {
