@@ -236,9 +236,14 @@ void Service::setLog(sd_bus_message* call) const
 {
     const auto level = readText(call);
     const auto file = readText(call);
-    if (!Platform::Logger::getInstance()->setLevel(level, file))
+    using Change = Platform::Logger::LevelChange;
+    const auto change = Platform::Logger::getInstance()->setLevel(level, file);
+    if (change == Change::unknownLevel)
         throw Unknown("There is no level \"" + level + "\": error, info, debug, verbose or default.");
-    Platform::CorvaneConfig::overrideSystemDebug(level == "verbose" ? std::optional(true) : std::nullopt);
+    if (change == Change::tooManyFiles)
+        throw std::runtime_error("Too many files have levels of their own: take some back with default.");
+    if (file.empty())
+        Platform::CorvaneConfig::overrideSystemDebug(level == "verbose" ? std::optional(true) : std::nullopt);
 }
 
 void Service::startTrace(sd_bus_message* call)

@@ -248,7 +248,12 @@ TEST_F(ServiceTest, WhatItDoesNotKnowOrCannotDoHasTheNameOfItsErrorAndASentence)
     expectError(client.ask("Why", "ss", "program", "AppNothing"), Wire::unknownError, "AppNothing");
     expectError(client.ask("Settings", "s", "NoSuchSetting"), Wire::unknownError, "NoSuchSetting");
     expectError(client.ask("SetLog", "ss", "loud", ""), Wire::unknownError, "loud");
-    EXPECT_NE(startTrace(client, 0), "");
+    Client::Answer last;
+    for (std::size_t i = 0; i <= Platform::Logger::mostFiles; ++i)
+        last = client.ask("SetLog", "ss", "debug", ("file" + std::to_string(i)).c_str());
+    expectError(last, Wire::failedError, "Too many files");
+    EXPECT_EQ(client.ask("SetLog", "ss", "default", "").error, "");
+    EXPECT_EQ(startTrace(client, 0), Wire::unknownError);
     EXPECT_EQ(startTrace(client, 601), Wire::unknownError);
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);

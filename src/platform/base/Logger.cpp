@@ -57,7 +57,7 @@ void Logger::load(const juce::String& name)
     saveEntry = resolve<StoreEntry>(library, "VX_SaveLog");
 }
 
-bool Logger::setLevel(const std::string& level, const std::string& file)
+Logger::LevelChange Logger::setLevel(const std::string& level, const std::string& file)
 {
     static const std::map<std::string, Level, std::less<>> byName {
         { "error", error }, { "info", info }, { "debug", debug }, { "verbose", debug }
@@ -65,8 +65,10 @@ bool Logger::setLevel(const std::string& level, const std::string& file)
     const auto found = byName.find(level);
     const bool isDefault = level == "default";
     if (found == byName.end() && !isDefault)
-        return false;
+        return LevelChange::unknownLevel;
     const std::lock_guard guard(levelLock);
+    if (!isDefault && !file.empty() && !levels.contains(file) && levels.size() - levels.count("") >= mostFiles)
+        return LevelChange::tooManyFiles;
     if (!isDefault)
         levels[file] = found->second;
     else if (file.empty())
@@ -74,7 +76,7 @@ bool Logger::setLevel(const std::string& level, const std::string& file)
     else
         levels.erase(file);
     hasLevels = !levels.empty();
-    return true;
+    return LevelChange::done;
 }
 
 bool Logger::isWanted(Level level, const char* file) const

@@ -36,12 +36,19 @@ public:
     */
     void useStandardError();
 
+    enum class LevelChange {
+        done,
+        unknownLevel,
+        tooManyFiles ///< have levels of their own; "default" takes them back
+    };
+    static constexpr std::size_t mostFiles = 64;
+
     /**
         From now on nothing below "error", "info" or "debug" is written of the file ("Extend/ViewManager"), or of all files
-        for an empty name; "verbose" is "debug" here, and "default" takes what was set back. False, and no change, for
-        another level. Any thread.
+        for an empty name; "verbose" is "debug" here, and "default" takes what was set back. No change unless it is done.
+        Any thread.
     */
-    bool setLevel(const std::string& level, const std::string& file);
+    LevelChange setLevel(const std::string& level, const std::string& file);
 
     /** For tests, at any time: where each level's lines go instead of the library. Null makes a level silent. */
     void redirect(Entry toDebug, Entry toInfo, Entry toWarn, Entry toError);
