@@ -281,7 +281,8 @@ TEST_F(ServiceTest, AStuckEngineStillSaysWhatItIsStuckIn)
     EXPECT_TRUE(state.content.contains("front") && state.content.contains("waitingRequests")) << "all the rest";
     EXPECT_THAT(client.ask("Dsp").content.value("busy", Json()), Contains("the audio control"));
     const auto why = client.ask("Why", "ss", "silent", "");
-    EXPECT_TRUE(why.error == Wire::failedError || why.error.empty()) << why.error;
+    EXPECT_EQ(why.error, Wire::failedError);
+    EXPECT_THAT(why.sentence, HasSubstr("see groups"));
     const auto groups = client.ask("Groups").content;
     const auto tested = std::ranges::find_if(groups, [](const auto& each) { return each.at("group") == "Tested"; });
     ASSERT_NE(tested, groups.end());
