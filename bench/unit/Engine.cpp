@@ -69,8 +69,7 @@ std::string Engine::stall(const std::string& group, std::chrono::milliseconds ti
         return "the engine does not run";
     // The thread has the name of its group without this word.
     const auto thread = group.substr(0, group.rfind("Group"));
-    const auto error =
-        stalled.hold(pid(), thread, time, [this, group] { journal.add("engine", group + " goes on"); });
+    const auto error = stalled.hold(pid(), thread, time, [this, group] { journal.add("engine", group + " goes on"); });
     if (error.empty())
         journal.add("engine", group + " stands still");
     return error.empty() ? "" : group + ": " + error;

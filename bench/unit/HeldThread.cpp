@@ -82,8 +82,7 @@ std::string HeldThread::hold(pid_t process, const std::string& threadName, std::
             if (::waitpid(thread, &status, __WALL) != thread || !WIFSTOPPED(status))
                 return begun.set_value("the thread has ended");
             begun.set_value("");
-            if (standStill(thread, time, stop) &&
-                ::ptrace(PTRACE_DETACH, thread, nullptr, pendingSignal(status)) == 0)
+            if (standStill(thread, time, stop) && ::ptrace(PTRACE_DETACH, thread, nullptr, pendingSignal(status)) == 0)
                 released();
         });
     return begin.get();

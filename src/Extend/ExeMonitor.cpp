@@ -285,8 +285,9 @@ void ExeMonitor::setAppState(int appType, int state)
     if (stored == state)
         return;
     logger().info(appText(appType) + " | State: " + programStateName(state));
-    stored = state;
     auto& life = lives[appType];
+    life.wasClosed = stored == kClosing;
+    stored = state;
     life.since = Platform::Clock::now();
     life.starts += state == kStarting ? 1 : 0;
     if (state != kDisconnect)

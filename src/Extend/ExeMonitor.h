@@ -43,6 +43,7 @@ public:
         std::optional<Platform::Clock::time_point> lastHeartbeat {}; ///< its last answer
         bool isSilent = false;                                       ///< it has not answered the last one
         unsigned starts = 0, ends = 0;                               ///< of its processes
+        bool wasClosed = false;                                      ///< the last one ended as it was told to
         juce::String problem {}; ///< why it could not be started the last time; "" for no reason
     };
     /** Of every program that was there once. Any thread. */

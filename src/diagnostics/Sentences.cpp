@@ -50,7 +50,9 @@ std::string sentenceOf(const Verdict& verdict)
     case Rule::behind:
         return page + " stays behind " + other + " (" + levels("show", " under ") + ").";
     case Rule::notRaised:
-        return page + " was not brought to the front: what the unit itself asks for does not push " + other + " away.";
+        return page +
+               " was not brought to the front: nobody chose it, and what the unit asks for by itself does not push " +
+               other + " away.";
     case Rule::neverShown:
         return page + " takes no part in the screen.";
     case Rule::uncovered:
@@ -71,7 +73,7 @@ std::string sentenceOf(const Verdict& verdict)
     case Rule::heir:
         return page + " plays, as " + other + " has stopped.";
     case Rule::displaced:
-        return page + " had to go: " + other + " takes the one place that there is for a source in its zone.";
+        return page + " had to stop: a zone has one source at a time, and " + other + " took its place.";
     case Rule::startedInstead:
         return page + " was started, as nothing else would play when " + other + " stops.";
     }
@@ -89,13 +91,13 @@ std::string becauseOf(const RequestRecord& request)
     case RequestReason::waitsForSwitch:
         return "Another request is carried out first.";
     case RequestReason::queueFull:
-        return "Too many requests waited.";
+        return "Too many requests were waiting already.";
     case RequestReason::noHandler:
         return "Nothing in the engine serves " + page + ".";
     case RequestReason::notRunning:
         return page + " did not run, so there was nothing to stop.";
     case RequestReason::cutShort:
-        return "The unit goes off.";
+        return "The unit is switching off.";
     case RequestReason::timeOut:
     {
         const int missing = request.missingPage();

@@ -1,5 +1,6 @@
 #include "diagnostics/Why.h"
 
+#include "EngineApi/DeviceStatus.h"
 #include "EngineApi/Pages.h"
 #include "EngineApi/Programs.h"
 #include "EngineApi/Provided.h"
@@ -36,16 +37,17 @@ Requests lastRequests()
     return EngineLayer::SystemStateManager::getInstance()->getRequests();
 }
 
-/** A group that has been busy with one message for so long is stuck. */
+/** A group that has been busy with one message, or has left one waiting, for so long is stuck. */
 constexpr std::chrono::milliseconds longestHandler { 1500 };
 
+/** Which group is stuck, as a sentence. */
 std::optional<std::string> stuckGroup()
 {
     for (const auto& group : Kernel::SystemEngine::getInstance()->getGroupStatus())
         if (group.isStuck(longestHandler))
-            return text(group.name + " " + group.describe()) + ", for " +
+            return text(group.name + " " + group.describe()) + " (for " +
                    durationText(msSince(group.receiver != Kernel::noComponent ? group.since : group.queuedSince)) +
-                   "; " + std::to_string(group.queued) + " messages wait";
+                   ", messages that wait: " + std::to_string(group.queued) + ").";
     return {};
 }
 
@@ -55,12 +57,12 @@ std::string stateSentence()
     switch (getSystemState())
     {
     case kBooting:
-        return "The unit is starting: the microcontroller has not said yet what to begin with.";
+        return "The unit is starting: the microcontroller has not yet said which source to begin with.";
     case kAntitheft:
     case kLocked:
         return "The unit is locked: only mbAntitheft may run.";
     case kPowerOff:
-        return "The unit goes off.";
+        return "The unit is switching off.";
     case kISRMode:
         return "The unit is in kISRMode: audio and video are off until it is left.";
     case kDummyPowerOff:
@@ -85,17 +87,17 @@ std::string programSentence(int appType)
     switch (life.state)
     {
     case kStarting:
-        return name + " was started " + durationText(msSince(life.since)) + " ago and has not said hello.";
+        return name + " was started " + durationText(msSince(life.since)) + " ago and is not ready yet.";
     case kClosing:
-        return name + " was told to end " + durationText(msSince(life.since)) +
-               " ago, as nobody needed it, and still runs.";
+        return name + " was told to end " + durationText(msSince(life.since)) + " ago, and still runs.";
     case kDisconnect:
         if (life.problem.isNotEmpty())
             return name + " does not run: " + text(life.problem) + ".";
         if (life.starts == 0)
             return name + " does not run: nothing has started it.";
-        return name + " does not run: its process has ended " + durationText(msSince(life.since)) + " ago (" +
-               std::to_string(life.starts) + " starts, " + std::to_string(life.ends) + " ends).";
+        return name + " does not run: " +
+               (life.wasClosed ? "it was closed, as nobody needed it, " : "its process ended without being told to, ") +
+               durationText(msSince(life.since)) + " ago.";
     default:
         break;
     }
@@ -131,10 +133,65 @@ Decision lastDecision(const Requests& requests, int page, bool ofScreen)
     return {};
 }
 
+/** Nothing is told twice. */
+void add(Explanation& answer, const std::string& fact)
+{
+    if (fact != answer.sentence && std::ranges::find(answer.facts, fact) == answer.facts.end())
+        answer.facts.push_back(fact);
+}
+
 void addRequest(Explanation& answer, const RequestRecord* request)
 {
-    if (request != nullptr)
-        answer.facts.push_back("Last asked for by " + nameOf(*request) + ": " + becauseOf(*request));
+    if (request == nullptr)
+        return;
+    const auto because = becauseOf(*request);
+    const bool isTold = answer.sentence.ends_with(because);
+    add(answer, "Last asked for: " + nameOf(*request) + (isTold ? "." : ". " + because));
+}
+
+void addDecision(Explanation& answer, const Decision& decision)
+{
+    if (decision.verdict == nullptr)
+        return;
+    const auto sentence = sentenceOf(*decision.verdict);
+    add(answer, (sentence == answer.sentence ? "" : sentence + " ") + "Decided for " + nameOf(*decision.request) + ".");
+}
+
+/** Of the device that the page plays from, and that is not there; "" for none. */
+std::string missingDevice(int page)
+{
+    struct Row
+    {
+        int source, device;
+        const char* sentence;
+    };
+    constexpr Row rows[] { { SRC_USB, usbStorage, "no USB storage is plugged in." },
+                           { SRC_IPOD, iPodConnected, "no iPod is connected." },
+                           { SRC_BT_AUDIO, bluetoothConnected, "no phone is connected." } };
+    for (const auto& row : rows)
+        if (row.source == getSource(page) && !getDeviceState(row.device))
+            return row.sentence;
+    return {};
+}
+
+std::string frontText(int page)
+{
+    return page == Pubhead::NUM_OF_PAGES ? "no page" : pageText(page);
+}
+
+/** " runs, place 2 on the screen (1 is on top), not playing." */
+std::string placeText(const PageRunState& run)
+{
+    if (run.reportedStep == PageRunState::stopped)
+        return " does not run.";
+    const auto& states = run.states;
+    return " runs, " +
+           (states.showState == PageStates::notShown
+                ? std::string("not on the screen")
+                : "place " + std::to_string(states.showState) + " on the screen (1 is on top)") +
+           (states.playState == PageStates::playing ? ", playing."
+            : states.playState == PageStates::mixed ? ", playing with another."
+                                                    : ", not playing.");
 }
 
 void addFacts(Explanation& answer, int page, const Requests& requests)
@@ -142,19 +199,13 @@ void addFacts(Explanation& answer, int page, const Requests& requests)
     addRequest(answer, newestOf(requests, page));
     const auto handler = getHandler(page);
     const auto run = handler->getRunState();
-    answer.facts.push_back("Its program " + std::string(Pubhead::appTypeName(handler->getAppType())) + ": " +
-                           programStateName(lifeOf(handler->getAppType()).state) + ".");
-    answer.facts.push_back(run.reportedStep == PageRunState::stopped
-                               ? pageText(page) + " does not run."
-                               : pageText(page) + " runs, place " + std::to_string(run.states.showState) +
-                                     " on the screen (1 is on top, 125 is none), " +
-                                     (run.states.playState == PageStates::playing ? "playing."
-                                      : run.states.playState == PageStates::mixed ? "playing with another."
-                                                                                  : "not playing."));
-    answer.facts.push_back("The scheduler has " + pageText(getFrontShow()) + " in front and " +
-                           pageText(getNormalSource()) + " as source.");
+    add(answer, std::string("Its program ") + Pubhead::appTypeName(handler->getAppType()) + ": " +
+                    programStateName(lifeOf(handler->getAppType()).state) + ".");
+    add(answer, pageText(page) + placeText(run));
+    add(answer, "The engine has " + frontText(getFrontShow()) + " in front and " + frontText(getNormalSource()) +
+                    " as source.");
     if (const auto state = stateSentence(); !state.empty())
-        answer.facts.push_back(state);
+        add(answer, state);
 }
 
 /** The page is to be in front, and is not on the screen. */
@@ -185,8 +236,8 @@ std::string requestSentence(const RequestRecord* request)
         request->request.action == AppAction::ToHide)
         return {};
     if (!request->isOver())
-        return pageText(request->request.page) + " was asked for " + durationText(msSince(request->asked)) +
-               " ago, and waits. " + becauseOf(*request);
+        return pageText(request->request.page) + " was asked for " + durationText(msSince(request->asked)) + " ago. " +
+               becauseOf(*request);
     if (request->status == Status::refused || request->status == Status::failed)
         return "The last request for " + pageText(request->request.page) +
                (request->status == Status::refused ? " was refused. " : " has failed. ") + becauseOf(*request);
@@ -215,7 +266,7 @@ Explanation whyPage(int page)
         answer.sentence =
             pageText(page) + " is in front, and " + Pubhead::appTypeName(appTypeOfPage(page)) + " has shown it.";
     else if (stuck)
-        answer.sentence = pageText(page) + " waits for the engine: " + *stuck + ".";
+        answer.sentence = pageText(page) + " cannot come to the front now: " + *stuck;
     else if (const auto state = stateSentence(); !state.empty() && front != page)
         answer.sentence = state;
     else if (front == page)
@@ -226,13 +277,12 @@ Explanation whyPage(int page)
              decision.verdict->rule != Verdict::Rule::uncovered)
         answer.sentence = sentenceOf(*decision.verdict);
     else if (decision.verdict != nullptr || asked != nullptr)
-        answer.sentence = pageText(page) + " was in front before: " + pageText(front) + " is there now.";
+        answer.sentence = pageText(page) + " was in front before: " + frontText(front) + " is there now.";
     else
-        answer.sentence = "Nobody has asked for " + pageText(page) + " lately: " + pageText(front) + " is in front.";
-    if (decision.verdict != nullptr)
-        answer.facts.push_back(sentenceOf(*decision.verdict) + " Decided by " + nameOf(*decision.request) + ".");
-    if (const auto inFront = lastDecision(requests, front, true); front != page && inFront.verdict != nullptr)
-        answer.facts.push_back(sentenceOf(*inFront.verdict) + " Decided by " + nameOf(*inFront.request) + ".");
+        answer.sentence = "Nobody has asked for " + pageText(page) + " lately: " + frontText(front) + " is in front.";
+    addDecision(answer, decision);
+    if (front != page)
+        addDecision(answer, lastDecision(requests, front, true));
     addFacts(answer, page, requests);
     return answer;
 }
@@ -248,32 +298,52 @@ Explanation whySource(int page)
     const auto* asked = newestOf(requests, page);
     const auto stuck = stuckGroup();
     Explanation answer;
-    const auto program = programSentence(handler->getAppType());
+    const auto program = programSentence(handler->getAppType()), device = missingDevice(page);
     if (!handler->getConfig().isSourcePage)
         answer.sentence = pageText(page) + " is no source.";
-    else if (plays && program.empty())
-        answer.sentence = pageText(page) + " plays.";
     else if (plays)
-        answer.sentence = pageText(page) + " is to play, but " + program;
+        answer.sentence = pageText(page) + (!program.empty()  ? " is to play, but " + program
+                                            : !device.empty() ? " is the source, but " + device
+                                                              : " plays.");
     else if (stuck)
-        answer.sentence = pageText(page) + " waits for the engine: " + *stuck + ".";
+        answer.sentence = pageText(page) + " cannot play now: " + *stuck;
     else if (const auto state = stateSentence(); !state.empty())
         answer.sentence = state;
-    else if (!handler->isAvailable())
-        answer.sentence = pageText(page) +
-                          " is not there to play: what it plays from is not plugged in, not connected or switched off.";
+    else if (!device.empty())
+        answer.sentence = pageText(page) + " does not play: " + device;
     else if (const auto request = requestSentence(asked); !request.empty())
         answer.sentence = request;
     else if (decision.verdict != nullptr)
         answer.sentence = sentenceOf(*decision.verdict);
     else
         answer.sentence =
-            "Nobody has asked for " + pageText(page) + " lately: " + pageText(getNormalSource()) + " is the source.";
-    if (decision.verdict != nullptr)
-        answer.facts.push_back(sentenceOf(*decision.verdict) + " Decided by " + nameOf(*decision.request) + ".");
+            "Nobody has asked for " + pageText(page) + " lately: " + frontText(getNormalSource()) + " is the source.";
+    addDecision(answer, decision);
     addFacts(answer, page, requests);
     return answer;
 }
+
+namespace
+{
+
+/** Of what a person has done: "with a key (KeyManager)". */
+std::string wayOf(const Kernel::Actor& actor)
+{
+    const auto name = text(actor.name());
+    switch (actor.component)
+    {
+    case Kernel::keyManagerId:
+        return "with a key (" + name + ")";
+    case Kernel::navicoManagerId:
+        return "from the boat's network (" + name + ")";
+    case Kernel::mainMenuApplicationId:
+        return "in the main menu (" + name + ")";
+    default:
+        return "by " + name;
+    }
+}
+
+} // namespace
 
 Explanation whySilent()
 {
@@ -293,10 +363,15 @@ Explanation whySilent()
     if (!dsp.isBooted)
         because("The DSP was not started yet.");
     if (dsp.isMuted)
-        because("The sound is muted, by " + text(dsp.muter.name()) + ".");
-    if (source == Pubhead::NUM_OF_PAGES || source == Pubhead::mbAVOff)
-        because("No source is chosen: " + pageText(source) + " is the source.");
-    else if (const auto program = programSentence(appTypeOfPage(source)); !program.empty())
+        because("The sound was muted " + wayOf(dsp.muter) + ".");
+    if (source == Pubhead::NUM_OF_PAGES)
+        because("There is no source yet.");
+    else if (source == Pubhead::mbAVOff)
+        because("The source is mbAVOff, which plays nothing.");
+    else if (const auto device = missingDevice(source); !device.empty())
+        because(pageText(source) + " is the source, but " + device);
+    if (const auto program = programSentence(appTypeOfPage(source));
+        source != Pubhead::NUM_OF_PAGES && !program.empty())
         because(pageText(source) + " is the source, but " + program);
     if (volumes.getVolume(false) == 0)
         because("The volume of zone 1 is 0.");
@@ -308,7 +383,7 @@ Explanation whySilent()
         because("The DSP has missed " + std::to_string(dsp.failures) + " writes, the last " +
                 durationText(msSince(dsp.lastFailureAt)) + " ago: " + dsp.lastFailure + ".");
     if (const auto stuck = stuckGroup())
-        because(*stuck + ".");
+        because(*stuck);
     Explanation answer;
     answer.sentence = reasons.empty() ? "Nothing in the engine keeps the unit silent: " + pageText(source) +
                                             " plays at volume " + std::to_string(volumes.getVolume(false)) + "."
@@ -330,9 +405,9 @@ Explanation whyRequest(std::uint32_t number)
             continue;
         Explanation answer;
         answer.sentence = becauseOf(each);
-        answer.facts.push_back("It is " + nameOf(each) + ".");
+        add(answer, "It is " + nameOf(each) + ".");
         for (const auto& verdict : each.verdicts)
-            answer.facts.push_back(sentenceOf(verdict));
+            add(answer, sentenceOf(verdict));
         for (const auto& order : each.orders)
             answer.facts.push_back("Order " + std::string(switchTypeName(static_cast<int>(order.type))) + " to " +
                                    pageText(order.page) +
@@ -358,7 +433,8 @@ Explanation whyProgram(int appType)
     const auto path = text(Platform::AppConfig::getAppPath(page));
     answer.facts.push_back(path.empty() ? "No program is configured for " + pageText(page) + "."
                                         : "It is " + path + ".");
-    answer.facts.push_back(std::to_string(life.starts) + " starts, " + std::to_string(life.ends) + " ends.");
+    answer.facts.push_back("It was started " + std::to_string(life.starts) + " times and has ended " +
+                           std::to_string(life.ends) + " times.");
     if (life.lastHeartbeat)
         answer.facts.push_back("Its last heartbeat came " + durationText(msSince(*life.lastHeartbeat)) + " ago.");
     const auto requests = lastRequests();

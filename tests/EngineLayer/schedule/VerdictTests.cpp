@@ -15,9 +15,9 @@ namespace
 /** "silences mbFM mbAM 21 20": the rule, the page, the other one and their levels. */
 std::string text(const Verdict& verdict)
 {
-    constexpr std::array rules { "onTop",      "behind",    "notRaised", "neverShown", "uncovered",
-                                 "plays",      "silences",  "silencedBy", "outplayed", "mixes",
-                                 "neverPlays", "heir",      "displaced", "startedInstead" };
+    constexpr std::array rules { "onTop",      "behind",   "notRaised",  "neverShown",    "uncovered",
+                                 "plays",      "silences", "silencedBy", "outplayed",     "mixes",
+                                 "neverPlays", "heir",     "displaced",  "startedInstead" };
     std::string line = std::string(rules[static_cast<std::size_t>(verdict.rule)]) + " " + pageName(verdict.page);
     if (verdict.other != NUM_OF_PAGES && verdict.other != verdict.page)
         line += std::string(" ") + pageName(verdict.other);
