@@ -34,6 +34,17 @@ auto tell(int appType)
                   { return unit.programs.tell(appType, joined(std::span(given.line()).subspan(1))); });
 }
 
+std::string changeStart(Unit& unit, const Arguments& given)
+{
+    const auto appType = findApp(given[0]);
+    if (given[1] == "never")
+    {
+        unit.removeProgram(appType);
+        return {};
+    }
+    return unit.installProgram(appType, given[1] == "well" ? std::chrono::milliseconds() : given.time(1));
+}
+
 /** Shows or stops the page that is named, else the one that the program is named by, else its first. */
 std::string askForPage(Unit& unit, const Arguments& given)
 {
@@ -59,6 +70,8 @@ Verbs programVerbs()
           toProgram([](Programs& programs, int app, auto& given) { return programs.setSilent(app, !given.has(2)); }) },
         { "program PROGRAM slow TIME|off", "Answers so much later.",
           toProgram([](Programs& programs, int app, auto& given) { return programs.setSlow(app, given.time(2)); }) },
+        { "program PROGRAM start TIME|never|well", "It takes so long to start, or its file is missing, until well.",
+          onUnit(changeStart) },
         { "program PROGRAM send MESSAGE [PARAMETER] [PARAMETER]", "Sends a message to the engine.",
           toProgram([](Programs& programs, int app, auto& given)
                     { return programs.sendMessage(app, given.number(2), given.number(3), given.number(4)); }) },

@@ -107,12 +107,43 @@ std::string Unit::findDisplay()
 
 std::string Unit::linkPrograms() const
 {
-    // The name that a program is started by tells it which one it is.
-    std::error_code error;
     for (const auto appType : allApps())
-        if (fs::create_symlink(options.program, path + "/programs/" + Pubhead::appTypeName(appType), error); error)
-            return options.program + ": " + error.message();
+        if (auto error = installProgram(appType, {}); !error.empty())
+            return error;
     return {};
+}
+
+std::string Unit::programFile(int appType) const
+{
+    return path + "/programs/" + Pubhead::appTypeName(appType);
+}
+
+std::string Unit::installProgram(int appType, std::chrono::milliseconds delay) const
+{
+    removeProgram(appType);
+    const auto file = programFile(appType);
+    const auto late = path + "/programs/late/" + Pubhead::appTypeName(appType);
+    const bool isLate = delay.count() > 0;
+    std::error_code error;
+    fs::create_directories(fs::path(late).parent_path(), error);
+    fs::remove(late, error);
+    // The name that a program is started by tells it which one it is.
+    if (fs::create_symlink(options.program, isLate ? late : file, error); error)
+        return options.program + ": " + error.message();
+    if (!isLate)
+        return {};
+    const auto seconds = std::to_string(std::chrono::duration<double>(delay).count());
+    std::ofstream script(file);
+    script << "#!/bin/sh\nsleep " << seconds << "\nexec '" << late << "' \"$@\"\n";
+    if (!script.flush() || (fs::permissions(file, fs::perms::owner_all, error), error))
+        return file + ": cannot be written";
+    return {};
+}
+
+void Unit::removeProgram(int appType) const
+{
+    std::error_code isMissing;
+    fs::remove(programFile(appType), isMissing);
 }
 
 std::string Unit::writeConfiguration() const

@@ -73,6 +73,10 @@ public:
         stream "update": "started ARGUMENTS", and "the unit is down" when the engine that started it has ended.
     */
     bool putUpdate(int number, bool canStart);
+    /** A program takes so long to start from now on. Empty on success. */
+    std::string installProgram(int appType, std::chrono::milliseconds delay) const;
+    /** Its file is missing from now on; one that runs goes on. */
+    void removeProgram(int appType) const;
     /** The engine's traffic dumps; holds from its next start on. */
     void setSystemDebug(bool on) { systemDebug = on; }
     bool isSystemDebug() const { return systemDebug; }
@@ -120,6 +124,7 @@ private:
     std::string startDevices();
     std::string findDisplay();
     std::string linkPrograms() const;
+    std::string programFile(int appType) const;
     std::string writeConfiguration() const;
     std::string mountPoint(int number) const;
     std::string sysInfoName() const;
