@@ -42,7 +42,7 @@ std::string changeStart(Unit& unit, const Arguments& given)
         unit.removeProgram(appType);
         return {};
     }
-    return unit.installProgram(appType, given[1] == "well" ? std::chrono::milliseconds() : given.time(1));
+    return unit.installProgram(appType, given.time(1)); // none when it is well
 }
 
 /** Shows or stops the page that is named, else the one that the program is named by, else its first. */
