@@ -280,7 +280,8 @@ Explanation whyPage(int page)
         answer.sentence = pageText(page) + " was in front before: " + frontText(front) + " is there now.";
     else
         answer.sentence = "Nobody has asked for " + pageText(page) + " lately: " + frontText(front) + " is in front.";
-    addDecision(answer, decision);
+    if (decision.request != asked) // which tells it itself
+        addDecision(answer, decision);
     if (front != page)
         addDecision(answer, lastDecision(requests, front, true));
     addFacts(answer, page, requests);
@@ -318,7 +319,8 @@ Explanation whySource(int page)
     else
         answer.sentence =
             "Nobody has asked for " + pageText(page) + " lately: " + frontText(getNormalSource()) + " is the source.";
-    addDecision(answer, decision);
+    if (decision.request != asked)
+        addDecision(answer, decision);
     addFacts(answer, page, requests);
     return answer;
 }
