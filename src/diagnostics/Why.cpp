@@ -92,7 +92,7 @@ std::string programSentence(int appType)
         return name + " was told to end " + durationText(msSince(life.since)) + " ago, and still runs.";
     case kDisconnect:
         if (life.problem.isNotEmpty())
-            return name + " does not run: " + text(life.problem) + ".";
+            return name + " does not run (" + text(life.problem) + ").";
         if (life.starts == 0)
             return name + " does not run: nothing has started it.";
         return name + " does not run: " +
@@ -145,7 +145,7 @@ void addRequest(Explanation& answer, const RequestRecord* request)
     if (request == nullptr)
         return;
     const auto because = becauseOf(*request);
-    const bool isTold = answer.sentence.ends_with(because);
+    const bool isTold = answer.sentence.find(because) != std::string::npos;
     add(answer, "Last asked for: " + nameOf(*request) + (isTold ? "." : ". " + because));
 }
 
@@ -261,6 +261,7 @@ Explanation whyPage(int page)
     const int front = getFrontShow();
     const auto decision = lastDecision(requests, page, true);
     const auto* asked = newestOf(requests, page);
+    const auto request = requestSentence(asked);
     const auto stuck = stuckGroup();
     if (view.isShown && view.current == page && front == page)
         answer.sentence =
@@ -269,9 +270,9 @@ Explanation whyPage(int page)
         answer.sentence = pageText(page) + " cannot come to the front now: " + *stuck;
     else if (const auto state = stateSentence(); !state.empty() && front != page)
         answer.sentence = state;
-    else if (front == page)
+    else if (front == page && (asked == nullptr || !asked->isOver() || request.empty()))
         answer.sentence = notShownSentence(page);
-    else if (const auto request = requestSentence(asked); !request.empty())
+    else if (!request.empty())
         answer.sentence = request;
     else if (decision.verdict != nullptr && decision.verdict->rule != Verdict::Rule::onTop &&
              decision.verdict->rule != Verdict::Rule::uncovered)

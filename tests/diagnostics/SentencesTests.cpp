@@ -107,7 +107,7 @@ TEST_F(Sentences, ARequestIsExplainedByItsOrdersAndVerdicts)
     auto stopped = requestFor(mbFM, RequestReason::none);
     stopped.finished = Platform::Clock::now();
     EXPECT_EQ(becauseOf(stopped), "mbFM was stopped.");
-    EXPECT_THAT(nameOf(stopped), testing::StartsWith("request 12 (mbFM ToRun, by the system, "));
+    EXPECT_THAT(Diagnostics::nameOf(stopped), testing::StartsWith("request 12 (mbFM ToRun, by the system, "));
 }
 
 TEST_F(Sentences, TimesAreAsExactAsAPersonNeedsThem)
