@@ -101,10 +101,11 @@ std::string programSentence(int appType)
     default:
         break;
     }
+    const auto process = " (process " + std::to_string(life.process) + ")";
     if (!Platform::IPCMsg::MessageHelper::isPresent(appType))
-        return name + " runs (process " + std::to_string(life.process) + "), but its name is not on the bus.";
+        return name + process + " is not on the message bus.";
     if (life.isSilent)
-        return name + " runs (process " + std::to_string(life.process) + "), but does not answer the heartbeat.";
+        return name + process + " does not answer the heartbeat.";
     return {};
 }
 
@@ -263,7 +264,7 @@ Explanation whyPage(int page)
     const auto* asked = newestOf(requests, page);
     const auto request = requestSentence(asked);
     const auto stuck = stuckGroup();
-    if (view.isShown && view.current == page && front == page)
+    if (view.isShown && view.current == page && front == page && programSentence(appTypeOfPage(page)).empty())
         answer.sentence =
             pageText(page) + " is in front, and " + Pubhead::appTypeName(appTypeOfPage(page)) + " has shown it.";
     else if (stuck)
