@@ -73,7 +73,7 @@ TEST_F(RequestLogTest, AFailureNamesThePageThatIsMissing)
     request(mbAM, AppAction::ToRun);
     send(Kernel::systemStateManagerId, Kernel::MSG_POWER_OFF);
     EXPECT_TRUE(last().isOver());
-    EXPECT_THAT(becauseOf(last()), HasSubstr("goes off"));
+    EXPECT_THAT(becauseOf(last()), HasSubstr("switching off"));
 }
 
 TEST_F(RequestLogTest, KeepsTheLastSixtyFour)

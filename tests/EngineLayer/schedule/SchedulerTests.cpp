@@ -252,31 +252,3 @@ TEST(Scheduler, ASourceThatMayNotComeToTheFrontPlaysBehindIt)
     twice.run(mbBTAudio).run(mbSetup).bluetooth(false).run(mbSetup, true);
     EXPECT_THAT(twice.onTop(), ElementsAre(mbBTAudio, mbSetup));
 }
-
-/** What the scheduler decides, it gives reasons for: about whom, against whom, with which levels. */
-TEST(Scheduler, SaysWhichRuleHasDecided)
-{
-    using Rule = Verdict::Rule;
-    const auto has = [](const ScheduleUnit& unit, Rule rule, int page, int other)
-    {
-        return std::ranges::any_of(unit.remembered().verdicts, [&](const Verdict& each)
-                                   { return each.rule == rule && each.page == page && each.other == other; });
-    };
-    ScheduleUnit unit;
-    unit.run(mbFM);
-    EXPECT_TRUE(has(unit, Rule::plays, mbFM, mbFM));
-    unit.run(mbUSBAudio);
-    EXPECT_TRUE(has(unit, Rule::displaced, mbFM, mbUSBAudio));
-    unit.show(mbMainMenu);
-    EXPECT_TRUE(has(unit, Rule::onTop, mbMainMenu, mbUSBAudio));
-    unit.hide(mbMainMenu);
-    EXPECT_TRUE(has(unit, Rule::uncovered, mbUSBAudio, mbMainMenu));
-    EXPECT_FALSE(has(unit, Rule::onTop, mbMainMenu, mbUSBAudio)) << "only of the last schedule";
-    unit.run(mbRearAV1).run(mbReariPod);
-    EXPECT_TRUE(has(unit, Rule::displaced, mbRearAV1, mbReariPod));
-
-    ScheduleUnit levels;
-    levels.add(mixingPage(mbNavi, 45));
-    levels.run(mbFM).run(mbNavi);
-    EXPECT_TRUE(has(levels, Rule::mixes, mbNavi, mbFM));
-}
