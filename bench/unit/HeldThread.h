@@ -21,7 +21,8 @@ public:
 
     /**
         Returns when the thread stands still: empty, else what failed. Which one is told by the name that the system
-        shows, 15 bytes at most. Whatever was held before is released.
+        shows, 15 bytes at most. Whatever was held before is released. A process may be killed meanwhile unless the thread
+        is its first.
     */
     std::string hold(pid_t process, const std::string& threadName, std::chrono::milliseconds time, Released released);
     /** Returns when it goes on. Nothing when none is held. */
