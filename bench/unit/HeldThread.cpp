@@ -16,7 +16,7 @@ namespace Bench
 namespace
 {
 
-/** -1 when the process has no such thread. */
+/** Beside the first one; -1 when the process has no such thread. */
 pid_t findThread(pid_t process, const std::string& name)
 {
     constexpr std::size_t longest = 15;
@@ -24,9 +24,10 @@ pid_t findThread(pid_t process, const std::string& name)
     const auto tasks = "/proc/" + std::to_string(process) + "/task";
     for (const auto& task : std::filesystem::directory_iterator(tasks, none))
     {
+        const auto thread = static_cast<pid_t>(std::stoi(task.path().filename().string()));
         std::ifstream file(task.path() / "comm");
-        if (std::string each; std::getline(file, each) && each == name.substr(0, longest))
-            return static_cast<pid_t>(std::stoi(task.path().filename().string()));
+        if (std::string each; thread != process && std::getline(file, each) && each == name.substr(0, longest))
+            return thread;
     }
     return -1;
 }

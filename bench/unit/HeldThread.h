@@ -20,9 +20,9 @@ public:
     using Released = std::function<void()>;
 
     /**
-        Returns when the thread stands still: empty, else what failed. Which one is told by the name that the system
-        shows, 15 bytes at most. Whatever was held before is released. A process may be killed meanwhile unless the thread
-        is its first.
+        Returns when the thread stands still: empty, else what failed. It is found by the name that the system shows, 15
+        bytes at most, and never the first of its process: those that wait for the process would hear of its stop. What
+        was held before is released.
     */
     std::string hold(pid_t process, const std::string& threadName, std::chrono::milliseconds time, Released released);
     /** Returns when it goes on. Nothing when none is held. */
