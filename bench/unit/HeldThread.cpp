@@ -32,6 +32,23 @@ pid_t findThread(pid_t process, const std::string& name)
     return -1;
 }
 
+bool sleeps(pid_t process, pid_t thread)
+{
+    std::ifstream file("/proc/" + std::to_string(process) + "/task/" + std::to_string(thread) + "/stat");
+    std::string number, name, state;
+    file >> number >> name >> state;
+    return state == "S";
+}
+
+/** One that runs may have a lock that every other thread needs, the allocator's for example. */
+void waitUntilIdle(pid_t process, pid_t thread)
+{
+    constexpr std::chrono::milliseconds limit { 1000 }, pause { 1 };
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!sleeps(process, thread) && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(pause);
+}
+
 std::string refusal()
 {
     return std::string("the system does not let the bench hold a thread (ptrace): ") + std::strerror(errno);
@@ -70,6 +87,7 @@ std::string HeldThread::hold(pid_t process, const std::string& threadName, std::
     const auto thread = findThread(process, threadName);
     if (thread < 0)
         return "the process has no thread " + threadName;
+    waitUntilIdle(process, thread);
     std::promise<std::string> begun;
     auto begin = begun.get_future();
     // What belongs to a trace is asked of the system by the thread that began it.

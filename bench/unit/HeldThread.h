@@ -21,8 +21,8 @@ public:
 
     /**
         Returns when the thread stands still: empty, else what failed. It is found by the name that the system shows, 15
-        bytes at most, and never the first of its process: those that wait for the process would hear of its stop. What
-        was held before is released.
+        bytes at most, and never the first of its process: those that wait for the process would hear of its stop. It
+        is held as soon as it waits for something, after a second in any case. What was held before is released.
     */
     std::string hold(pid_t process, const std::string& threadName, std::chrono::milliseconds time, Released released);
     /** Returns when it goes on. Nothing when none is held. */
