@@ -13,23 +13,30 @@ constexpr int cameraPollMs = 100;
 
 } // namespace
 
-void EngineStart::begin(std::function<void()> whenStarted)
+void EngineStart::begin(Listener toldOf)
 {
-    started = std::move(whenStarted);
+    listener = std::move(toldOf);
     for (const auto* pack : { "CommonRes.spp", "MainRes.spp" })
         Platform::CVXResPathManager::getInstance()->addResPath(Platform::AppConfig::getResourcePath() + pack, {});
-    if (cameraControl.isSystemControl())
-        startTimer(cameraTimer, cameraPollMs);
-    else
+    if (!waitForCamera())
         startEngine();
 }
 
 void EngineStart::timerCallback(int timerId)
 {
-    if (timerId != cameraTimer || cameraControl.isSystemControl())
+    if (timerId != cameraTimer || waitForCamera())
         return;
     startEngine();
     stopTimer(cameraTimer);
+}
+
+bool EngineStart::waitForCamera()
+{
+    if (!cameraControl.isSystemControl())
+        return false;
+    listener.held();
+    startTimer(cameraTimer, cameraPollMs);
+    return true;
 }
 
 void EngineStart::startEngine()
@@ -38,6 +45,5 @@ void EngineStart::startEngine()
     Factory::SystemFactory::getInstance()->build();
     Kernel::SystemEngine::getInstance()->start();
     cameraControl.retrieveControl();
-    if (started)
-        started();
+    listener.started();
 }

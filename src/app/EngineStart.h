@@ -7,14 +7,20 @@
 class EngineStart : public Platform::MultiTimer
 {
 public:
-    /** `whenStarted` is called once the engine runs. */
-    void begin(std::function<void()> whenStarted = {});
+    struct Listener
+    {
+        std::function<void()> held = [] {};    ///< the camera has the screen: now and again
+        std::function<void()> started = [] {}; ///< the engine runs
+    };
+    void begin(Listener listener);
+    void begin() { begin(Listener()); }
 
     void timerCallback(int timerId) override;
 
 private:
+    bool waitForCamera();
     void startEngine();
 
-    std::function<void()> started;
+    Listener listener;
     Platform::CameraControl cameraControl;
 };

@@ -2,6 +2,7 @@
 
 #include "EngineLayer/autotest/CATestSessionManager.h"
 #include "ProjectDepend/Bars.h"
+#include "diagnostics/ServiceManager.h"
 #include "dsp/DSPSettingHelperImpl.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Logger.h"
@@ -13,6 +14,8 @@
 #include "platform/sound/Sound.h"
 
 #include <cstdlib>
+
+namespace ServiceManager = Diagnostics::ServiceManager;
 
 namespace
 {
@@ -42,12 +45,19 @@ void MainApplication::initialise(const juce::String&)
 {
     Platform::AppConfig::loadFont();
     juce::MessageManager::getInstance()->registerBroadcastListener(this);
-    engineStart.begin([this] { diagnostics.start(); });
+    engineStart.begin({ .held = [] { ServiceManager::reportAlive("The camera has the screen."); },
+                        .started =
+                            [this]
+                        {
+                            ServiceManager::reportAlive("The engine runs.");
+                            diagnostics.start();
+                        } });
     mainWindow.setVisible(false);
 }
 
 void MainApplication::shutdown()
 {
+    ServiceManager::reportStopping();
     diagnostics.stop();
     if (auto* recorder = Platform::Recorder::active())
         recorder->finish();

@@ -21,7 +21,7 @@ constexpr Platform::Log logger { "diagnostics/Service", "Diagnostics" };
 
 constexpr std::chrono::seconds retryPause { 1 };
 constexpr std::chrono::milliseconds tracePeriod { 100 };
-constexpr int callsPerPass = 16;
+constexpr int endLimitMs = 500; ///< longer than an observer waits for locks
 
 struct Plain
 {
@@ -103,14 +103,14 @@ void Service::stop()
         return;
     stopping = true;
     ::eventfd_write(wake.get(), 1);
-    Platform::awaitEnd(*this);
+    Platform::awaitEnd(*this, endLimitMs);
 }
 
 void Service::run()
 {
-    const Platform::Observer observer;
     while (!stopping)
     {
+        const Platform::Observer observer;
         if (const int result = handle(); result < 0)
         {
             logger().error("the bus of the diagnostics is away: %s", std::strerror(-result));
@@ -162,10 +162,7 @@ int Service::handle()
 {
     if (bus == nullptr && !connect())
         return 0;
-    for (int i = 0; i < callsPerPass; ++i)
-        if (const int result = sd_bus_process(bus.get(), nullptr); result <= 0)
-            return result;
-    return 0;
+    return sd_bus_process(bus.get(), nullptr); // one call; the next one is waited for no longer than it takes
 }
 
 void Service::wait()

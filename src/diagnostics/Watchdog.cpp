@@ -1,12 +1,11 @@
 #include "diagnostics/Watchdog.h"
 
+#include "diagnostics/ServiceManager.h"
 #include "diagnostics/Text.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/base/Threads.h"
-
-#include <systemd/sd-daemon.h>
 
 namespace Diagnostics
 {
@@ -26,11 +25,11 @@ constexpr std::chrono::milliseconds ownLimit { 5000 };
 Watchdog::Watchdog()
     : limit(ownLimit)
 {
-    std::uint64_t microseconds = 0;
-    feeds = sd_watchdog_enabled(0, &microseconds) > 0;
-    if (feeds)
-        limit = std::chrono::milliseconds(microseconds / 2000);
-    sd_notify(0, "READY=1");
+    if (const auto given = ServiceManager::watchdogLimit())
+    {
+        feeds = true;
+        limit = *given / 2;
+    }
 }
 
 void Watchdog::askMessageThread()
@@ -55,7 +54,7 @@ void Watchdog::look()
 {
     const auto now = stuck();
     if (now.empty() && feeds)
-        sd_notify(0, "WATCHDOG=1");
+        ServiceManager::feedWatchdog();
     if (!now.empty() && now != named)
     {
         ++stuckHandlers;

@@ -466,9 +466,7 @@ int findPage(const std::string& name)
         name, Pubhead::NUM_OF_PAGES, [](int page) { return Pubhead::pageName(page); }, "page");
 }
 
-} // namespace
-
-Explanation why(const std::string& subject, const std::string& name)
+Explanation explain(const std::string& subject, const std::string& name)
 {
     if (subject == "page")
         return whyPage(findPage(name));
@@ -482,6 +480,22 @@ Explanation why(const std::string& subject, const std::string& name)
         return whyProgram(find(
             name, Pubhead::AppUnknown, [](int type) { return Pubhead::appTypeName(type); }, "program"));
     throw Unknown("Nobody can say why about \"" + subject + "\": page, source, silent, request or program.");
+}
+
+} // namespace
+
+Explanation why(const std::string& subject, const std::string& name)
+{
+    try
+    {
+        return explain(subject, name);
+    }
+    catch (const Platform::Observer::Busy&)
+    {
+        if (const auto stuck = stuckGroup())
+            return { "A thread that does not get on keeps what the answer needs: " + *stuck, {} };
+        throw;
+    }
 }
 
 } // namespace Diagnostics

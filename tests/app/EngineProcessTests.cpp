@@ -1,4 +1,5 @@
 #include "bench/unit/Child.h"
+#include "bench/unit/HeldThread.h"
 #include "support/Eventually.h"
 #include "support/PacketServer.h"
 #include "support/Terminal.h"
@@ -110,6 +111,59 @@ private:
     juce::File output;
 };
 
+/** What the service manager hears; the processes of this one report to it while it lives. */
+class ServiceManager
+{
+public:
+    explicit ServiceManager(const juce::File& folder)
+        : path(folder.getChildFile("notify").getFullPathName().toStdString())
+    {
+        sockaddr_un address {};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+        EXPECT_EQ(bind(messages, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        setenv("NOTIFY_SOCKET", path.c_str(), 1);
+        setenv("WATCHDOG_USEC", "800000", 1);
+    }
+    ~ServiceManager()
+    {
+        unsetenv("NOTIFY_SOCKET");
+        unsetenv("WATCHDOG_USEC");
+        close(messages);
+    }
+
+    /** The next message; "" when none comes for so long. */
+    std::string hear(int milliseconds)
+    {
+        std::array<char, 256> message {};
+        pollfd waiting { messages, POLLIN, 0 };
+        if (poll(&waiting, 1, milliseconds) != 1)
+            return {};
+        return { message.data(),
+                 static_cast<std::size_t>(std::max<ssize_t>(read(messages, message.data(), message.size()), 0)) };
+    }
+
+    bool hears(const std::string& expected)
+    {
+        for (auto message = hear(limit); !message.empty(); message = hear(limit))
+            if (message == expected)
+                return true;
+        return false;
+    }
+
+    /** Until nothing comes for twice the watchdog's time. */
+    bool becomesSilent()
+    {
+        return eventually([this] { return hear(1600).empty(); });
+    }
+
+private:
+    static constexpr int limit = 60000;
+
+    const int messages = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const std::string path;
+};
+
 /** A display that takes connections and never says a word; DISPLAY names it while it lives. */
 class SilentDisplay
 {
@@ -189,6 +243,32 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
     EXPECT_EQ(folder.getChildFile("registry/Drivers/AppleAccessory/HardwareType").loadFileAsString(), "1\n");
     const auto outcome = terminate();
     EXPECT_EQ(outcome.status, "exit 0") << outcome.output;
+}
+
+/** The service manager's watchdog is fed while the camera has the screen, and later as long as every thread gets on. */
+TEST_F(EngineProcessTest, FeedsTheWatchdogUntilAThreadIsStuck)
+{
+    ServiceManager manager(folder);
+    const auto hold = folder.getChildFile("camera");
+    hold.create();
+    start({ "--config", writeConfiguration().getFullPathName() });
+    constexpr auto* waits = "READY=1\nWATCHDOG=1\nSTATUS=The camera has the screen.";
+    EXPECT_TRUE(manager.hears(waits));
+    EXPECT_TRUE(manager.hears(waits)) << "again";
+    hold.deleteFile();
+    EXPECT_TRUE(manager.hears("READY=1\nWATCHDOG=1\nSTATUS=The engine runs."));
+    EXPECT_TRUE(manager.hears("WATCHDOG=1"));
+
+    Bench::HeldThread held;
+    ASSERT_EQ(held.hold(engine->pid(), "System", std::chrono::seconds(60), [] {}), "");
+    terminal.send(std::string("\xA0\x55\x01\x08\x00\x01\x00\xFF", 8));
+    EXPECT_TRUE(manager.becomesSilent());
+    EXPECT_TRUE(eventually(
+        [&] { return folder.getChildFile("log").loadFileAsString().contains("SystemGroup does not take up "); }));
+    held.release();
+    EXPECT_TRUE(manager.hears("WATCHDOG=1"));
+    EXPECT_EQ(terminate().status, "exit 0");
+    EXPECT_TRUE(manager.hears("STOPPING=1"));
 }
 
 /** The audio DSP takes a block and never answers: neither a handler nor the exit waits for it. */

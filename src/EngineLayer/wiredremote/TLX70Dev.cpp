@@ -111,7 +111,7 @@ bool TLX70Dev::send(const Protocol::Bytes& command)
 
 bool TLX70Dev::isReachable() const
 {
-    return port->isConnected() && Platform::hasCome(leftAloneUntil);
+    return port != nullptr && port->isConnected() && Platform::hasCome(leftAloneUntil);
 }
 
 void TLX70Dev::noteUnsent()

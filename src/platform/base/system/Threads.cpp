@@ -115,11 +115,10 @@ namespace
 
 void lockOrThrow(std::recursive_mutex& mutex)
 {
-    constexpr std::chrono::milliseconds patience { 250 }, pause { 1 };
-    const auto end = Clock::now() + patience;
+    constexpr std::chrono::milliseconds pause { 1 };
     while (!mutex.try_lock())
     {
-        if (Clock::now() > end)
+        if (Observer::isImpatient())
             throw Observer::Busy();
         sleepFor(pause);
     }
