@@ -17,7 +17,6 @@ constexpr int bySegmentationFault = 139;
 constexpr const char* commandLineOption = "--command-line";
 constexpr std::chrono::seconds slowStart { 3 };
 constexpr std::chrono::milliseconds engineAwayLimit { 10'000 };
-constexpr std::chrono::milliseconds settingStored { 150 };
 
 int appTypeOfPath(const juce::String& path)
 {

@@ -147,7 +147,7 @@ TEST_F(SystemEngineTest, NothingIsTakenDownUnderAHandlerThatStillRuns)
     engine().release();
     EXPECT_NE(engine().findGroup("Tested"), nullptr);
     component->gate.signal();
-    EXPECT_TRUE(eventually([this] { return !engine().findGroup("Tested")->isRunning(); }));
+    EXPECT_TRUE(eventually([] { return !engine().findGroup("Tested")->isRunning(); }));
     EXPECT_TRUE(component->usable);
     engine().stop();
     EXPECT_TRUE(component->stopped);
