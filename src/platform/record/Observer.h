@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/base/Time.h"
-
 namespace Platform
 {
 
@@ -18,9 +16,9 @@ public:
 
     Observer()
     {
-        constexpr std::chrono::milliseconds patience { 250 };
+        constexpr int patience = 250;
         here = true;
-        until = Clock::now() + patience;
+        leftMs = patience;
     }
     ~Observer() { here = false; }
     Observer(const Observer&) = delete;
@@ -29,12 +27,16 @@ public:
     /** Whether the calling thread has one. */
     static bool isHere() { return here; }
 
-    /** Whether that of the calling thread has waited for long enough. */
-    static bool isImpatient() { return Clock::now() > until; }
+    /** Takes one of the milliseconds that the calling thread's may still wait; throws `Busy` when there is none. */
+    static void takeMillisecond()
+    {
+        if (leftMs-- <= 0)
+            throw Busy();
+    }
 
 private:
     static inline thread_local constinit bool here = false;
-    static inline thread_local constinit Clock::time_point until {};
+    static inline thread_local constinit int leftMs = 0;
 };
 
 } // namespace Platform

@@ -118,8 +118,7 @@ void lockOrThrow(std::recursive_mutex& mutex)
     constexpr std::chrono::milliseconds pause { 1 };
     while (!mutex.try_lock())
     {
-        if (Observer::isImpatient())
-            throw Observer::Busy();
+        Observer::takeMillisecond();
         sleepFor(pause);
     }
 }
