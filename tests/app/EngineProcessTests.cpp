@@ -259,6 +259,7 @@ TEST_F(EngineProcessTest, FeedsTheWatchdogUntilAThreadIsStuck)
     EXPECT_TRUE(manager.hears("READY=1\nWATCHDOG=1\nSTATUS=The engine runs."));
     EXPECT_TRUE(manager.hears("WATCHDOG=1"));
 
+    ASSERT_TRUE(eventually([&] { return threadNames().contains("System"); })) << "a thread names itself";
     Bench::HeldThread held;
     ASSERT_EQ(held.hold(engine->pid(), "System", std::chrono::seconds(60), [] {}), "");
     terminal.send(std::string("\xA0\x55\x01\x08\x00\x01\x00\xFF", 8));
