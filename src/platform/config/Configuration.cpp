@@ -155,6 +155,10 @@ constexpr Key keys[] = {
     { "bus.i2c1", takeBus<&Configuration::i2c1> },
     { "bus.gpio", takeBus<&Configuration::gpio> },
     { "ipc.address", takeText<&Configuration::ipcAddress> },
+    { "launch.socket", takePath<&Configuration::launchSocket> },
+    { "launch.user", takeText<&Configuration::launchUser> },
+    { "update.socket", takePath<&Configuration::updateSocket> },
+    { "update.keys", takeFolder<&Configuration::updateKeys> },
 };
 
 /** The tables whose keys are numbers or page names. The answer is as that of Take. */

@@ -34,6 +34,11 @@ struct Configuration
     juce::String gpio = "/dev/gpiochip0";
     std::map<int, int> gpioLines; ///< unit line -> chip line; a line that is not named is the same on both sides
     juce::String ipcAddress;      ///< D-Bus address; empty = the session bus
+    /** Socket of the service manager that starts each source program in a service of its own; empty = as a child. */
+    juce::String launchSocket;
+    juce::String launchUser;   ///< whose process a program started there is; empty = as the service manager has it
+    juce::String updateSocket; ///< the same for the update program
+    juce::String updateKeys;   ///< folder of the public keys that may sign it; empty = it needs no signature
     std::map<int, juce::String> programs;           ///< page -> path of its program
     std::map<int, juce::String> backgroundPrograms; ///< page -> path of its background program
 
