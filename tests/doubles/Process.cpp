@@ -100,13 +100,13 @@ private:
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProgramKind kind)
 {
     const std::lock_guard guard(lock);
     if (table.creationFails)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
-    const ProcessDouble::Launch launch { path, arguments, state->pid };
+    const ProcessDouble::Launch launch { path, arguments, state->pid, kind };
     if (table.observer)
         table.observer(launch);
     else

@@ -19,6 +19,7 @@ struct ProcessDouble
         juce::String path;
         juce::StringArray arguments;
         int pid;
+        ProgramKind kind;
     };
 
     /** Handles that exist still answer, as for ended processes. */
