@@ -285,6 +285,8 @@ Json dsp()
                        { "muteReasons", muteReasons() },
                        { "words", status.blocks },
                        { "failures", status.failures } };
+            if (!status.leftAlone.empty())
+                answer["leftAlone"] = status.leftAlone;
             if (!status.lastFailure.empty())
             {
                 answer["lastFailure"] = status.lastFailure;
