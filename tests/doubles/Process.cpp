@@ -49,6 +49,7 @@ struct Table
     std::function<void(const ProcessDouble::Launch&)> observer;
     std::vector<int> terminated;
     bool creationFails = false;
+    std::optional<ProcessUsage> usage;
     int failingWaits = 0;
 };
 
@@ -121,6 +122,13 @@ ProcessHandle openProcess(int pid)
     if (found == table.processes.end() || !found->second->running)
         return nullptr;
     return std::make_shared<ProcessInTable>(found->second);
+}
+
+std::optional<ProcessUsage> ProcessUsage::of(int pid, const std::filesystem::path&)
+{
+    const std::lock_guard guard(lock);
+    const auto found = table.processes.find(pid);
+    return found != table.processes.end() && found->second->running ? table.usage : std::nullopt;
 }
 
 bool isSameOrDescendant(int pid, int ancestor)
@@ -213,6 +221,12 @@ void ProcessDouble::failCreation(bool fails)
 {
     const std::lock_guard guard(lock);
     table.creationFails = fails;
+}
+
+void ProcessDouble::setUsage(std::optional<ProcessUsage> usage)
+{
+    const std::lock_guard guard(lock);
+    table.usage = usage;
 }
 
 int ProcessDouble::addProcess(int parentPid)

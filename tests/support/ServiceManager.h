@@ -15,6 +15,17 @@
 #include <thread>
 #include <vector>
 
+inline Platform::Descriptor listenAt(const juce::String& path)
+{
+    sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    path.copyToUTF8(address.sun_path, sizeof(address.sun_path));
+    Platform::Descriptor listener { socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0) };
+    EXPECT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    EXPECT_EQ(listen(listener.get(), 8), 0);
+    return listener;
+}
+
 /**
     A socket as the service manager has it: every connection gets a process of the program, with the connection as standard
     input, and is kept open until that process ends. Without a program connections are closed at once.
@@ -25,13 +36,8 @@ public:
     ServiceManager(const juce::String& path, std::vector<std::string> commandLine, std::vector<std::string> environment)
         : words(std::move(commandLine))
         , variables(std::move(environment))
+        , listener(listenAt(path))
     {
-        sockaddr_un address {};
-        address.sun_family = AF_UNIX;
-        path.copyToUTF8(address.sun_path, sizeof(address.sun_path));
-        listener.reset(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-        EXPECT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-        EXPECT_EQ(listen(listener.get(), 8), 0);
         EXPECT_EQ(pipe2(ending, O_CLOEXEC), 0);
         thread = std::thread([this] { serve(); });
     }

@@ -216,3 +216,29 @@ TEST_F(LaunchTest, ALauncherThatDoesNotAnswerIsAFailure)
     EXPECT_EQ(sleeper(), nullptr);
     EXPECT_EQ(log.count("cannot start /bin/sleep: "), 2) << "it went away";
 }
+
+/** It may come later, when nobody knows of it any more. */
+TEST_F(LaunchTest, AProgramThatDoesNotComeInTimeIsEnded)
+{
+    const auto path = std::exchange(Configuration::get().launchSocket, juce::String());
+    const auto slow = sleeper();
+    ASSERT_NE(slow, nullptr);
+    Configuration::get().launchSocket = path;
+    const auto listener = listenAt(path);
+    std::thread launcher(
+        [&]
+        {
+            const Descriptor connection { accept(listener.get(), nullptr, nullptr) };
+            LaunchPacket request;
+            EXPECT_EQ(request.receive(connection.get()), 0);
+            const Descriptor pidfd { pidfd_open(slow->getPid(), 0) };
+            EXPECT_EQ(
+                LaunchPacket::send(connection.get(), LaunchAnswer { .pid = slow->getPid() }.toText(), pidfd.get()), 0);
+            EXPECT_EQ(ProcessWaiter().wait({ slow }), 0);
+        });
+    ErrorLog log;
+    EXPECT_EQ(createProcess("/bin/sleep", { "60" }), nullptr);
+    EXPECT_EQ(log.count("cannot start /bin/sleep: Connection timed out"), 1);
+    launcher.join();
+    EXPECT_EQ(slow->getExitCode(), 137);
+}

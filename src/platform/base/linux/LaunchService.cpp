@@ -54,24 +54,44 @@ std::string connectTo(const juce::String& path, Descriptor& connection)
     return error == 0 ? "" : systemError(path.toStdString(), error);
 }
 
-/** The answer to one request that goes with a descriptor. */
-LaunchAnswer ask(const juce::String& socket, const LaunchRequest& request, int passed, Descriptor& received)
+struct Reply
 {
-    Descriptor connection;
-    if (auto problem = connectTo(socket, connection); !problem.empty())
-        return { .error = std::move(problem) };
-    if (const int error = LaunchPacket::send(connection.get(), request.toText(), passed); error != 0)
-        return { .error = systemError("the request to the launcher", error) };
+    LaunchAnswer answer {};
+    Descriptor passed {};
+    Descriptor connection {};
+};
+
+/** The answer to one request that goes with a descriptor. */
+Reply ask(const juce::String& socket, const LaunchRequest& request, int passed)
+{
+    Reply reply;
     LaunchPacket packet;
-    if (const int error = packet.receive(connection.get()); error != 0)
-        return { .error = systemError("the answer of the launcher", error) };
-    received = std::move(packet.passed);
-    return packet.text.empty() ? LaunchAnswer { .error = "the launcher has ended without an answer" }
-                               : LaunchAnswer::parse(packet.text);
+    auto& problem = reply.answer.error;
+    if (problem = connectTo(socket, reply.connection); !problem.empty())
+        return reply;
+    if (const int error = LaunchPacket::send(reply.connection.get(), request.toText(), passed); error != 0)
+        problem = systemError("the request to the launcher", error);
+    else if (const int failure = packet.receive(reply.connection.get()); failure != 0)
+        problem = systemError("the answer of the launcher", failure);
+    else if (packet.text.empty())
+        problem = "the launcher has ended without an answer";
+    else
+        reply.answer = LaunchAnswer::parse(packet.text);
+    reply.passed = std::move(packet.passed);
+    return reply;
 }
 
-/** What kept the process from becoming the program; 0 when the pipe has ended, so that it became it. */
-int outcomeOf(int report)
+/**
+    Waits until the service of a launch that failed is gone: the next one would be refused until then, or lose what
+    belongs to both.
+*/
+void awaitEnd(const Descriptor& connection)
+{
+    LaunchPacket().receive(connection.get());
+}
+
+/** What kept the process from becoming the program; empty when the pipe has ended, so that it became it. */
+std::string outcomeOf(int report, int pidfd)
 {
     constexpr auto limit = std::chrono::milliseconds(LaunchRequest::patience).count();
     pollfd waiting { report, POLLIN, 0 };
@@ -79,10 +99,13 @@ int outcomeOf(int report)
     while ((answer = poll(&waiting, 1, static_cast<int>(limit))) < 0 && errno == EINTR)
     {
     }
-    if (answer <= 0)
-        return answer < 0 ? errno : ETIMEDOUT;
-    int error = 0;
-    return ::read(report, &error, sizeof(error)) == sizeof(error) ? error : 0;
+    int error = answer < 0 ? errno : 0;
+    if (answer > 0)
+        return ::read(report, &error, sizeof(error)) == sizeof(error) ? std::generic_category().message(error) : "";
+    // It must not become the program any more.
+    const auto notEnded = LaunchService::end(pidfd);
+    return std::generic_category().message(answer < 0 ? error : ETIMEDOUT) +
+           (notEnded.empty() ? "" : " (it cannot be ended: " + notEnded + ")");
 }
 
 } // namespace
@@ -99,22 +122,16 @@ LaunchService::Started LaunchService::start(const juce::String& socket, const ju
     const Descriptor report { ends[0] };
     Descriptor launcherReport { ends[1] };
 
-    Started started;
-    auto answer = ask(socket, request, launcherReport.get(), started.pidfd);
+    auto reply = ask(socket, request, launcherReport.get());
     launcherReport.reset();
-    if (!answer.error.empty())
-        return { .error = std::move(answer.error) };
-    if (answer.pid == 0 || !started.pidfd)
-        return { .error = "the answer of the launcher names no process" };
-    started.pid = answer.pid;
-    if (const int error = outcomeOf(report.get()); error != 0)
-    {
-        started.error = std::generic_category().message(error);
-        if (error == ETIMEDOUT) // It must not become the program any more.
-            if (const auto problem = end(started.pidfd.get()); !problem.empty())
-                started.error += " (" + problem + ")";
-    }
-    return started;
+    auto& problem = reply.answer.error;
+    if (problem.empty() && (reply.answer.pid == 0 || !reply.passed))
+        problem = "the answer of the launcher names no process";
+    if (problem.empty())
+        problem = outcomeOf(report.get(), reply.passed.get());
+    if (!problem.empty())
+        awaitEnd(reply.connection);
+    return { reply.answer.pid, std::move(reply.passed), std::move(problem) };
 }
 
 std::string LaunchService::end(int pidfd)
@@ -125,9 +142,8 @@ std::string LaunchService::end(int pidfd)
     const auto& configuration = Configuration::get();
     if (error != EPERM || configuration.launchSocket.isEmpty())
         return std::generic_category().message(error);
-    Descriptor none;
     const LaunchRequest request { .user = configuration.launchUser.toStdString(), .ends = true };
-    return ask(configuration.launchSocket, request, pidfd, none).error;
+    return ask(configuration.launchSocket, request, pidfd).answer.error;
 }
 
 std::vector<std::string> LaunchService::environment()

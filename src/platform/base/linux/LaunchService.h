@@ -18,7 +18,8 @@ struct LaunchService
         Descriptor pidfd {};
         std::string error {}; ///< why it does not run; empty on success
     };
-    /** As the user, empty = as the launcher has it. Waits at most twice as long as `LaunchRequest::patience`. */
+    /** As the user, empty = as the launcher has it. Waits at most three times as long as `LaunchRequest::patience`, once for the service
+    manager, for the program, and for the end of what failed. */
     static Started start(const juce::String& socket, const juce::String& user, const juce::String& path,
                          const juce::StringArray& arguments);
     /** Ends a program of `launch.user`, which this process may have no right to. Empty on success, else why not. */
