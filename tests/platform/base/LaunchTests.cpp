@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <sys/syscall.h>
 // This header does not say by itself that its functions are C ones.
 extern "C"
 {
@@ -80,7 +81,7 @@ protected:
         return answer.text;
     }
 
-    ProcessHandle sleeper() { return createProcess("/bin/sleep", { "60" }); }
+    ProcessHandle sleeper() { return createProcess("/bin/sleep", { "600" }); }
 
     const Configuration before = Configuration::get();
     const juce::TemporaryFile place;
@@ -199,11 +200,26 @@ TEST_F(LaunchTest, OnlyProgramsOfTheUserAreEnded)
     EXPECT_EQ(ProcessWaiter().wait({ program }), 0);
     EXPECT_EQ(answerTo(request, pidfd.get()), LaunchAnswer { .ended = true }.toText()) << "as it has ended";
     EXPECT_THAT(answerTo(request, STDERR_FILENO), HasSubstr("cannot end it: Bad file descriptor"));
-    if (isRoot)
-    {
-        const Descriptor test { pidfd_open(getpid(), 0) };
-        EXPECT_THAT(answerTo(request, test.get()), HasSubstr("cannot end it: Operation not permitted"));
-    }
+    if (!isRoot)
+        return;
+    const Descriptor test { pidfd_open(getpid(), 0) };
+    EXPECT_THAT(answerTo(request, test.get()), HasSubstr("cannot end it: Operation not permitted"));
+
+    std::filesystem::permissions(folder + "/launch", std::filesystem::perms::all);
+    const auto other = sleeper();
+    ASSERT_NE(other, nullptr);
+    ErrorLog log;
+    std::thread engine(
+        [&]
+        {
+            constexpr int engineUid = 54320;
+            // The system call itself changes this thread's user alone.
+            EXPECT_EQ(syscall(SYS_setresuid, engineUid, engineUid, engineUid), 0);
+            other->terminate();
+        });
+    engine.join();
+    EXPECT_EQ(ProcessWaiter().wait({ other }), 0);
+    EXPECT_EQ(log.count(""), 0);
 }
 
 TEST_F(LaunchTest, ALauncherThatDoesNotAnswerIsAFailure)
