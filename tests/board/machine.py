@@ -46,8 +46,10 @@ def make_base(folder, packages):
     folder.parent.mkdir(parents=True, exist_ok=True)
     sources = must(["apt-get", "indextargets", "--format", "$(REPO_URI)", "Created-By: Packages"]).split()
     release = dict(line.split("=", 1) for line in pathlib.Path("/etc/os-release").read_text().splitlines() if "=" in line)
-    must(["debootstrap", "--variant=minbase", f"--include=systemd,systemd-sysv,udev,{','.join(packages)}",
-          release["VERSION_CODENAME"], str(folder), sources[0]])
+    must(["debootstrap", "--variant=minbase", "--include=systemd,systemd-sysv,udev", release["VERSION_CODENAME"], str(folder),
+          sources[0]])
+    must(["chroot", str(folder), "apt-get", "install", "-qq", "-y", "--no-install-recommends", *packages],
+         env={**os.environ, "DEBIAN_FRONTEND": "noninteractive"})
     (folder / "etc/hostname").write_text("board\n")
     done.write_text(wanted)
 
