@@ -136,7 +136,7 @@ Outcome play(Console& console, const Arguments& given)
 Outcome plot(Console& console, const Arguments& given)
 {
     auto& unit = console.unit;
-    const auto file = given.has(0) ? given[0] : unit.folder() + "/dsp.png";
+    const auto file = given.has(0) ? given[0] : unit.plotFile();
     if (auto error = plotDsp(unit.dsp->memory(), unit.resources() + "/fonts", file); !error.empty())
         return failed(error);
     console.output << console.style.dim("  Drawn: " + file) << "\n";

@@ -98,6 +98,7 @@ std::span<const ExpectLine> allExpectLines()
         { "log TEXT", "A line of the engine's log with this in it.", "log", part },
         { "engine started|ended|exit|signal|TEXT...",
           "The engine's process: started, ended, and of the bench's own engine how: exit 0, signal 9.", "engine" },
+        { "bus started|stopped", "The message bus.", "bus" },
         { "update TEXT...", "What an update program says: \"the unit is down\".", "update", part },
         { "gpio LINE 0|1", "The unit sets a line.", "", whole, findLine },
         { "dsp TEXT...", "The DSP: boot, \"source tuner\", \"mute on\", a gain.", "dsp", part },

@@ -189,9 +189,11 @@ int playScript(Console& commands, Unit& unit, const Choices& choices)
             std::cout << style.bad("✗ " + error) << "\n";
         }
     std::cout << "\n" << (succeeded ? style.good("✓ " + name + " passed.") : style.bad("✗ " + name + " failed."));
-    std::cout << style.dim(succeeded                 ? "  Drive it yourself: headunit-bench, then help."
-                           : choices.unit.keepFolder ? "  The engine's log: " + unit.logFile()
-                                                     : "  Run it again with --keep for the engine's log.")
+    const bool stays = choices.unit.keepFolder || choices.unit.attached;
+    std::cout << style.dim(succeeded                         ? "  Drive it yourself: headunit-bench, then help."
+                           : stays && unit.logFile().empty() ? ""
+                           : stays                           ? "  The engine's log: " + unit.logFile()
+                                                             : "  Run it again with --keep for the engine's log.")
               << std::endl;
     return succeeded ? 0 : 1;
 }

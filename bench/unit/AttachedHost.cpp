@@ -114,6 +114,8 @@ std::string AttachedHost::makeFolders(const Places& places)
             return error;
     if (auto error = made.folder(places.media); !error.empty())
         return error;
+    made.note(places.plot());
+    made.note(commandOutput());
     // The programs find the configuration of their unit beside the socket.
     const auto beside = fs::path(places.control).parent_path() / "engine.toml";
     if (auto error = made.link(fs::absolute(options.configuration), beside); !error.empty())
@@ -150,7 +152,7 @@ std::string AttachedHost::run(const std::string& option, const std::string& comm
     auto line = command;
     for (std::size_t at = 0; (at = line.find("{}", at)) != std::string::npos; at += what.size())
         line.replace(at, 2, what);
-    const auto said = folder + "/command.log";
+    const auto said = commandOutput();
     std::error_code none;
     fs::remove(said, none);
     std::promise<int> ended;
@@ -164,7 +166,6 @@ std::string AttachedHost::run(const std::string& option, const std::string& comm
     shell.end({});
     const auto how = hasEnded ? describeStatus(status.get()) : "does not end";
     const auto last = lastLine(said);
-    fs::remove(said, none);
     return how == "exit 0" ? "" : line + ": " + how + (last.empty() ? "" : ": " + last);
 }
 

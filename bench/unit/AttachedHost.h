@@ -37,6 +37,7 @@ private:
     MadeFiles made;
     EngineWatch watch;
 
+    std::string commandOutput() const { return folder + "/command.log"; }
     std::string makeFolders(const Places& places);
     std::string run(const std::string& option, const std::string& command, const std::string& what);
 };

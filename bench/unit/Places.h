@@ -20,6 +20,7 @@ struct Places
     std::map<int, std::string> programs; ///< by application type; the engine starts these
 
     std::string updateLog() const { return folder + "/update.log"; }
+    std::string plot() const { return folder + "/dsp.png"; } ///< of the DSP's filters
 
     /** Of a unit that has all of it in one folder; the resources are elsewhere. */
     static Places in(const std::string& folder, const std::string& resources);

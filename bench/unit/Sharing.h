@@ -25,6 +25,9 @@ public:
     /** In place of an old link. */
     std::string link(const std::filesystem::path& target, const std::filesystem::path& path);
 
+    /** What may be made there later. */
+    void note(const std::filesystem::path& path) { made.push_back(path); }
+
     /** Folders only when nothing is left in them. */
     void removeAll();
 

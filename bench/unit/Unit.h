@@ -47,6 +47,8 @@ public:
     const std::string& folder() const { return places.folder; }
     /** "" when nobody says where the engine writes it. */
     const std::string& logFile() const { return places.log; }
+    /** Where a plot of the DSP goes to, if nobody says. */
+    std::string plotFile() const { return places.plot(); }
     const std::string& resources() const { return places.resources; }
     /** The serial port of the link with the microcontroller. */
     const std::string& mcuPort() const { return places.mcuPort; }
