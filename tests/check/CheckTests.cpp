@@ -90,16 +90,16 @@ TEST_F(CheckTest, StandInsDoForASimulatedDspOnly)
 TEST_F(CheckTest, ProgramsAreThereAndCanBeExecuted)
 {
     const auto file = made("Radio");
-    configuration().programs = { { Pubhead::mbFM, file.getFullPathName() },
-                                 { Pubhead::mbAM, folder.getChildFile("none").getFullPathName() } };
+    configuration().programs = { { Pubhead::mbAM, file.getFullPathName() },
+                                 { Pubhead::mbFM, folder.getChildFile("none").getFullPathName() } };
     configuration().backgroundPrograms = { { Pubhead::mbMainMenu, file.getFullPathName() } };
-    EXPECT_THAT(programs(), ElementsAre(isRow("mbAM", State::missing, "no such file"),
-                                        isRow("mbFM", State::missing, "cannot be executed", "chmod +x"),
+    EXPECT_THAT(programs(), ElementsAre(isRow("mbFM", State::missing, "no such file"),
+                                        isRow("mbAM", State::missing, "cannot be executed", "chmod +x"),
                                         isRow("mbMainMenu in the background", State::missing, "cannot be executed"),
                                         isRow("pages without a program", State::note, "mbMainMenu mbSetup mbStandby",
                                               "[programs]")));
     file.setExecutePermission(true);
-    EXPECT_THAT(programs(), Contains(isRow("mbFM", State::ok, "Radio")));
+    EXPECT_THAT(programs(), Contains(isRow("mbAM", State::ok, "Radio")));
 }
 
 TEST_F(CheckTest, KeysOfUpdatesAreReadable)
