@@ -96,7 +96,7 @@ TEST_F(CheckTest, ProgramsAreThereAndCanBeExecuted)
     EXPECT_THAT(programs(), ElementsAre(isRow("mbFM", State::missing, "no such file"),
                                         isRow("mbAM", State::missing, "cannot be executed", "chmod +x"),
                                         isRow("mbMainMenu in the background", State::missing, "cannot be executed"),
-                                        isRow("pages without a program", State::note, "mbMainMenu mbSetup mbStandby",
+                                        isRow("pages without a program", State::note, "mbMainMenu mbSetup mbRearAV1",
                                               "[programs]")));
     file.setExecutePermission(true);
     EXPECT_THAT(programs(), Contains(isRow("mbAM", State::ok, "Radio")));
