@@ -14,6 +14,7 @@ endfunction()
 
 # headunit-engine
 install(TARGETS headunit-engine headunit-ctl COMPONENT engine)
+install(TARGETS headunit-launch RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT engine)
 install(TARGETS VX_Logcat DESTINATION lib/headunit COMPONENT engine)
 install(FILES ${package_files}/engine.toml DESTINATION ${CMAKE_INSTALL_FULL_SYSCONFDIR}/headunit COMPONENT engine)
 install(FILES ${package_files}/default DESTINATION ${CMAKE_INSTALL_FULL_SYSCONFDIR}/default RENAME headunit COMPONENT engine)

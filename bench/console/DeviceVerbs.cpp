@@ -32,22 +32,6 @@ void breakCameraBus(Unit& unit, bool fails, std::chrono::milliseconds delay)
     unit.videoDecoder->slowBy(delay);
 }
 
-std::string controlEngine(Unit& unit, const Arguments& given)
-{
-    if (given[0] == "kill")
-        unit.engine.kill();
-    else if (given[0] != "start")
-        unit.engine.stop();
-    return given[0] == "start" || given[0] == "restart" ? unit.startEngine() : "";
-}
-
-std::string controlBus(Unit& unit, const Arguments& given)
-{
-    if (given[0] != "start")
-        unit.bus.stop();
-    return given[0] != "stop" ? unit.bus.start(unit.folder()) : "";
-}
-
 Outcome showLines(Console& console, const Arguments&)
 {
     const auto& style = console.style;
@@ -99,7 +83,7 @@ Outcome takePicture(Console& console, const Arguments& given)
 {
     if (console.pictureFolder.empty())
         return {};
-    return outcomeOf(savePicture, console.unit.display(), console.pictureFolder + "/" + given[0] + ".png");
+    return outcomeOf(savePicture, console.unit.engine().display(), console.pictureFolder + "/" + given[0] + ".png");
 }
 
 } // namespace
@@ -139,16 +123,17 @@ Verbs deviceVerbs()
         { "remote [show]", "What the engine wants it to show, and its display.", showRemote },
         { "touch X Y", "A finger on the screen, 0 0 at its top left.",
           onUnit([](Unit& unit, auto& given)
-                 { return touchScreen(unit.display(), given.number(0), given.number(1)); }) },
+                 { return touchScreen(unit.engine().display(), given.number(0), given.number(1)); }) },
         { "picture NAME", "The screen as NAME.png in the folder of --pictures; left out without it.", takePicture },
         { "engine start|stop|restart|kill", "The engine's process; its programs go on without it for a while.",
-          onUnit(controlEngine) },
+          onUnit([](Unit& unit, auto& given) { return unit.engine().controlEngine(given[0]); }) },
         { "engine stall GROUP TIME", "One of its groups of tasks (SystemGroup) hangs for so long, all others go on.",
-          onUnit([](Unit& unit, auto& given) { return unit.engine.stall(given[0], given.time(1)); }) },
-        { "engine go", "Ends that.", onUnit([](Unit& unit, auto&) { unit.engine.goOn(); }) },
+          onUnit([](Unit& unit, auto& given) { return unit.engine().stall(given[0], given.time(1)); }) },
+        { "engine go", "Ends that.", onUnit([](Unit& unit, auto&) { unit.engine().goOn(); }) },
         { "power cut", "Everything loses its power at once, programs and bus too, and has it back.",
           onUnit([](Unit& unit, auto&) { return unit.cutPower(); }) },
-        { "bus start|stop|restart", "The message bus of the engine and its programs.", onUnit(controlBus) },
+        { "bus start|stop|restart", "The message bus of the engine and its programs.",
+          onUnit([](Unit& unit, auto& given) { return unit.engine().controlBus(given[0]); }) },
     };
 }
 

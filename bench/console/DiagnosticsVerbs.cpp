@@ -29,7 +29,7 @@ Outcome print(Console& console, const Ctl::Answer& answer, const std::function<s
 
 Outcome report(Console& console, const Ctl::Report& report, const Arguments& given)
 {
-    Ctl::Client client(console.unit.bus.address());
+    Ctl::Client client(console.unit.engine().busAddress());
     std::vector<std::string> parameters;
     if (report.parameter != nullptr)
         parameters.push_back(Ctl::fullName(client, report.parameter, given[0]));
@@ -54,7 +54,7 @@ std::string parameterOf(const Ctl::Question& question, const Arguments& given)
 
 Outcome why(Console& console, const Ctl::Question& question, const Arguments& given)
 {
-    Ctl::Client client(console.unit.bus.address());
+    Ctl::Client client(console.unit.engine().busAddress());
     return print(console, Ctl::askWhy(client, question, parameterOf(question, given)),
                  [&](const Ctl::Json& answer) { return Ctl::whyText(answer, console.style); });
 }
@@ -72,7 +72,7 @@ Outcome expectReason(Console& console, const Ctl::Question& question, const Argu
     const auto description =
         std::string("why ") + question.words + (parameter.empty() ? "" : " " + parameter) + " \"" + text + "\"";
     auto& journal = console.unit.journal;
-    Ctl::Client client(console.unit.bus.address());
+    Ctl::Client client(console.unit.engine().busAddress());
     const auto start = Clock::now();
     std::string said;
     while (!journal.isInterrupted())
@@ -90,7 +90,7 @@ Outcome expectReason(Console& console, const Ctl::Question& question, const Argu
 
 Outcome trace(Console& console, const Arguments& given)
 {
-    Ctl::Client client(console.unit.bus.address());
+    Ctl::Client client(console.unit.engine().busAddress());
     const auto seconds = static_cast<std::uint32_t>(given.number(1, Ctl::usualTraceSeconds));
     const auto isInterrupted = [&] { return console.unit.journal.isInterrupted(); };
     return print(console, Ctl::takeTrace(client, given[0], seconds, isInterrupted),

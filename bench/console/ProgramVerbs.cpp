@@ -38,11 +38,8 @@ std::string changeStart(Unit& unit, const Arguments& given)
 {
     const auto appType = findApp(given[0]);
     if (given[2] == "never")
-    {
-        unit.removeProgram(appType);
-        return {};
-    }
-    return unit.installProgram(appType, given.time(2)); // none when it is well
+        return unit.programFiles.remove(appType);
+    return unit.programFiles.install(appType, given.time(2)); // none when it is well
 }
 
 /** Shows or stops the page that is named, else the one that the program is named by, else its first. */

@@ -47,8 +47,8 @@ Outcome showState(Console& console, const Arguments&)
     const auto mcu = unit.mcu->state();
     showReport(console, "state");
     output << style.bold("Bench") << "\n";
-    console.row("engine", unit.engine.isRunning()
-                              ? style.good("runs") + style.dim("  pid " + std::to_string(unit.engine.pid()))
+    console.row("engine", unit.engine().isRunning()
+                              ? style.good("runs") + style.dim("  pid " + std::to_string(unit.engine().pid()))
                               : style.bad("off"));
     std::string usb;
     for (int number = 1; number <= Unit::usbCount; ++number)
@@ -158,6 +158,8 @@ Outcome showTrail(Console& console, const Arguments&)
 Outcome showLog(Console& console, const Arguments& given)
 {
     constexpr int usualTail = 20;
+    if (auto error = console.unit.whyUnseen("log"); !error.empty())
+        return failed(error);
     const auto count = static_cast<std::size_t>(given.number(1, usualTail));
     for (const auto& event : console.unit.journal.find({}, count, isIn("log")))
         console.output << event.text << "\n";
@@ -167,7 +169,8 @@ Outcome showLog(Console& console, const Arguments& given)
 
 Outcome setDumps(Console& console, const Arguments& given)
 {
-    console.unit.setSystemDebug(given[0] == "on");
+    if (auto error = console.unit.engine().setSystemDebug(given[0] == "on"); !error.empty())
+        return failed(error);
     console.output << console.style.dim("Holds from the engine's next start on: engine restart") << "\n";
     return {};
 }

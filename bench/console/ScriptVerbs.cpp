@@ -12,13 +12,22 @@ namespace Bench
 namespace
 {
 
+/** What can never come is an error, too. */
+ParsedExpectation parseFor(const Console& console, const Words& words)
+{
+    auto parsed = parseExpectation(words);
+    if (parsed.error.empty())
+        parsed.error = console.unit.whyUnseen(parsed.expectation.stream, parsed.expectation.text);
+    return parsed;
+}
+
 Outcome expect(Console& console, const Arguments& given)
 {
     auto words = given.words(0);
     auto limit = Expectations::defaultLimit;
     if (auto error = takeTime(words, "within", limit); !error.empty())
         return failed(error);
-    const auto parsed = parseExpectation(words);
+    const auto parsed = parseFor(console, words);
     if (!parsed.error.empty())
         return failed(parsed.error);
     const auto start = Clock::now();
@@ -37,8 +46,8 @@ Outcome expectAbsence(Console& console, const Arguments& given)
     if (auto error = takeTime(words, "within", limit); !error.empty())
         return failed(error);
     const auto until = std::ranges::find(words, "until");
-    const auto absent = parseExpectation({ words.begin(), until });
-    const auto end = hasEnd ? parseExpectation({ until + 1, words.end() }) : ParsedExpectation();
+    const auto absent = parseFor(console, { words.begin(), until });
+    const auto end = hasEnd ? parseFor(console, { until + 1, words.end() }) : ParsedExpectation();
     for (const auto& error : { absent.error, end.error })
         if (!error.empty())
             return failed(error);
@@ -67,7 +76,7 @@ Outcome expectOrder(Console& console, const Arguments& given)
     std::string all;
     for (const auto& word : words)
     {
-        auto parsed = parseExpectation(parseLine(word).words);
+        auto parsed = parseFor(console, parseLine(word).words);
         if (!parsed.error.empty())
             return failed(parsed.error);
         all += (all.empty() ? "" : ", then ") + parsed.expectation.description;
@@ -118,7 +127,7 @@ Outcome pause(Console& console, const Arguments& given)
 
 Outcome ifDisplay(Console& console, const Arguments& given)
 {
-    if (!console.unit.display().empty())
+    if (!console.unit.engine().display().empty())
         return runLine(console, given.words(0));
     console.output << console.style.dim("    left out without a display") << "\n";
     return {};

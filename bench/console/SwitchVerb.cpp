@@ -119,6 +119,8 @@ Outcome switchPages(Console& console, const Arguments& given)
     const auto limit = given.has(2) ? given.time(2) : usualLimit;
     const auto count = given.number(0);
     auto& unit = console.unit;
+    if (auto error = unit.whyUnseen("log"); !error.empty())
+        return failed(error);
     std::map<std::string, std::vector<Milliseconds>> times;
     auto inFront = shownText(unit.programs.pageInFront());
     std::string faults;

@@ -75,7 +75,7 @@ std::string promptState(Unit& unit, const Style& style)
                              : style.warning(mcu.wanted ? source + " → " + sourceName(*mcu.wanted) : source);
     text += style.dim(" · ") + (front == NUM_OF_PAGES ? style.dim("no page") : style.bold(pageName(front)));
     text += style.dim(" · " + std::to_string(running) + (running == 1 ? " program" : " programs"));
-    return unit.engine.isRunning() ? text : style.bad("engine off") + style.dim(" · ") + text;
+    return unit.engine().isRunning() ? text : style.bad("engine off") + style.dim(" · ") + text;
 }
 
 /** Reads keys while it lives as they are pressed, and hides the cursor. */

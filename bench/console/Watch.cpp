@@ -144,12 +144,13 @@ void addUnit(Composer& text, Unit& unit)
     const auto mcu = unit.mcu->state();
     const bool powered = unit.panel->state().powered;
     const auto shown = unit.remote->display();
-    const bool runs = unit.engine.isRunning();
+    const bool runs = unit.engine().isRunning();
     const auto frame = [](const std::string& inside) { return Cell { "│" + inside + "│" }; };
     const auto edge = [](const char* left, const char* right) { return Cell { left + repeated("─", 16) + right }; };
 
     text.rule("╭", "┬", "╮", "Head unit", unit.remote->isPlugged() ? "Wired remote" : "Wired remote, unplugged");
-    text.row("engine", { runs ? "pid " + std::to_string(unit.engine.pid()) : "off", runs ? &Style::good : &Style::bad },
+    text.row("engine",
+             { runs ? "pid " + std::to_string(unit.engine().pid()) : "off", runs ? &Style::good : &Style::bad },
              edge("┌", "┐"));
     text.row("page", { titleOf(front), &Style::bold }, frame(shown.line(0)));
     text.row("behind", { behind.empty() ? "nothing" : behind }, frame(shown.line(1)));

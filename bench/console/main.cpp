@@ -66,7 +66,8 @@ private:
 std::string checkTranscript(Unit& unit, const TranscriptSections& sections, const std::string& path)
 {
     // What is still on its way when the script ends belongs to the run.
-    unit.engine.stop();
+    if (auto error = unit.engine().controlEngine("stop"); !error.empty())
+        return error;
     unit.programs.stop();
     if (const auto forgotten = unit.journal.forgotten(); forgotten > 0)
         return "no transcript: of so long a run the first " + std::to_string(forgotten) + " events are forgotten";
@@ -82,17 +83,12 @@ std::string checkTranscript(Unit& unit, const TranscriptSections& sections, cons
     return difference.empty() ? "" : path + ", " + difference + "\n./test --bless keeps what is new";
 }
 
-std::string tourFile()
-{
-    const auto resources = std::filesystem::path(Unit::Options::besideThisProgram().resources);
-    return (resources / "bench" / "tour.scenario").string();
-}
-
 /** What the command line says. */
 struct Choices
 {
     Unit::Options unit = Unit::Options::besideThisProgram();
-    std::string script, transcript, pictures;
+    AttachedOptions attached;
+    std::string script, transcript, pictures, programFolder;
     bool tour = false, console = false, noEngine = false, printVerbs = false;
     bool ownDisplay = false, noDisplay = false;
 
@@ -107,21 +103,67 @@ struct Choices
         app.add_flag("--tour", tour,
                      "Show what the unit can do; also what happens without a terminal on standard input");
         app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
-        app.add_flag("--keep", unit.keepFolder, "Keep the unit's folder (configuration, settings, log)");
+        auto* keep = app.add_flag("--keep", unit.keepFolder, "Keep the unit's folder (configuration, settings, log)");
         auto* own =
             app.add_flag("--own-display", ownDisplay, "Draw on a display of the unit's own, which nobody looks at");
         app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there")->excludes(own);
-        app.add_option("--record", unit.recording, "Let the engine record, for headunit-bench replay");
-        app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
-        app.add_option("--engine", unit.engine, "The engine's program")->capture_default_str();
+        auto* recording =
+            app.add_option("--record", unit.recording, "Let the engine record, for headunit-bench replay");
+        auto* withoutEngine =
+            app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
+        auto* engine = app.add_option("--engine", unit.engine, "The engine's program")->capture_default_str();
         app.add_option("--program", unit.program, "The program that stands for every source program")
             ->capture_default_str();
-        app.add_option("--log-library", unit.logLibrary, "The log library that the engine loads")
-            ->capture_default_str();
+        auto* logLibrary = app.add_option("--log-library", unit.logLibrary, "The log library that the engine loads");
+        logLibrary->capture_default_str();
         app.add_option("--resources", unit.resources, "The engine's resource folder")->capture_default_str();
+        offerAttachment(app, { recording, withoutEngine, keep, engine, logLibrary, own });
         app.add_flag("--print-verbs", printVerbs, "Print the tables of the manual: what can be said, and expected");
     }
+
+private:
+    void offerAttachment(CLI::App& app, std::initializer_list<CLI::Option*> ofOwnEngine)
+    {
+        const auto* logFile = std::getenv("HEADUNIT_LOG_FILE");
+        attached.log = logFile != nullptr ? logFile : "";
+        auto* attach = app.add_option("--attach", attached.configuration,
+                                      "Stand around an engine that somebody else runs with this configuration");
+        attach->check(CLI::ExistingFile);
+        for (auto* each : ofOwnEngine)
+            attach->excludes(each);
+        app.add_option("--engine-log", attached.log, "Where that engine writes its log")
+            ->capture_default_str()
+            ->needs(attach);
+        app.add_option(
+               "--control", attached.control,
+               "The programs' socket, HEADUNIT_BENCH_CONTROL of that engine; 'control' beside bus.spi2 if not set")
+            ->needs(attach);
+        const std::string does = " do what is in place of {}: \"systemctl {} ";
+        app.add_option("--engine-command", attached.engineCommand,
+                       "Lets 'engine start|stop|restart'" + does + "headunit-engine\"")
+            ->needs(attach);
+        app.add_option("--bus-command", attached.busCommand, "Lets 'bus start|stop|restart'" + does + "headunit-bus\"")
+            ->needs(attach);
+        app.add_option("--install-programs", programFolder,
+                       "Make a folder of links to --program for that engine to start, and print its configuration's "
+                       "tables for them; no more");
+    }
 };
+
+/** The exit status. */
+int installPrograms(const Choices& choices)
+{
+    auto folder = std::filesystem::absolute(choices.programFolder).lexically_normal().string();
+    if (folder.ends_with('/'))
+        folder.pop_back();
+    if (const auto error = linkPrograms(choices.unit.program, folder); !error.empty())
+    {
+        std::cerr << error << "\n";
+        return 2;
+    }
+    std::cout << programTables(folder);
+    return 0;
+}
 
 /** The other program, which has the engine in it. */
 int become(const char* name, char** arguments)
@@ -186,16 +228,18 @@ int main(int argc, char** argv)
         std::cout << verbTables();
         return 0;
     }
+    if (!choices.programFolder.empty())
+        return installPrograms(choices);
+    if (!choices.attached.configuration.empty())
+        choices.unit.attached = choices.attached;
     if (choices.noDisplay || choices.ownDisplay)
-        choices.unit.display = choices.noDisplay ? Unit::Display::none : Unit::Display::own;
-    else
-        choices.unit.display = Unit::Display::ofEnvironment;
+        choices.unit.display = choices.noDisplay ? Display::none : Display::own;
 
     const bool atTerminal = ::isatty(STDIN_FILENO) == 1;
     const bool watched = ::isatty(STDOUT_FILENO) == 1;
     auto& script = choices.script;
     if (script.empty() && (choices.tour || (!atTerminal && !choices.console)))
-        script = tourFile();
+        script = choices.unit.resources + "/bench/tour.scenario";
     if (!script.empty() && !std::filesystem::exists(script))
     {
         std::cerr << script << ": there is no such file\n";
@@ -207,7 +251,7 @@ int main(int argc, char** argv)
     Unit unit(choices.unit);
     const Interruption interruption(unit.journal);
     auto error = unit.start();
-    if (error.empty() && !choices.noEngine)
+    if (error.empty() && !choices.noEngine && !choices.unit.attached)
         error = unit.startEngine();
     if (!error.empty())
     {

@@ -28,7 +28,9 @@ void readConfiguration(const std::filesystem::path& control, const std::filesyst
     std::error_code ignored;
     if (!control.empty() && std::filesystem::exists(ofUnit, ignored))
     {
-        if (const auto error = Platform::Configuration::load(ofUnit.string()); !error.empty())
+        // It may be a link to the real one, whose folder relative paths are taken from.
+        const auto real = std::filesystem::canonical(ofUnit, ignored);
+        if (const auto error = Platform::Configuration::load(real.string()); !error.empty())
             std::cerr << error << "\n";
         return;
     }

@@ -65,7 +65,8 @@ std::string Child::start(const Options& options, Ended ended)
     if (output < 0 || input < 0 || ::pipe2(failurePipe, O_CLOEXEC) != 0)
         return options.program + ": " + std::strerror(errno);
 
-    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    if (options.adopts)
+        ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const auto parent = ::getpid();
     const auto forked = ::fork();
     if (forked == 0)

@@ -16,7 +16,7 @@ namespace Bench
 
 /**
     A process that the bench starts. It ends with the bench, however that ends. What it starts itself stays in its
-    process group and, when it has ended, becomes a child of the bench. Any thread, one at a time for `start` and
+    process group and, when it has ended, becomes a child of the bench if that adopts it. Any thread, one at a time for `start` and
     `endOrphans`.
 */
 class Child
@@ -29,6 +29,7 @@ public:
         std::map<std::string, std::string> environment; ///< on top of this process's own
         std::string outputFile;                         ///< gets standard output and error
         std::vector<int> keptDescriptors;               ///< stay open in the child under the same numbers
+        bool adopts = true;
     };
 
     /** The wait status as waitpid gives it. Called on the child's watching thread. */

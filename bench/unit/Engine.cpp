@@ -25,6 +25,7 @@ std::string Engine::start(const Options& options)
     const auto error = child.start({ options.program, options.arguments, options.environment, options.outputFile, {} },
                                    [this, begin, file = options.outputFile](int status)
                                    {
+                                       journal.add("engine", "ended");
                                        journal.add("engine", describeStatus(status));
                                        if (!asked)
                                            tellLastWords(file, begin);
@@ -61,18 +62,6 @@ void Engine::kill()
     asked = true;
     child.signal(SIGKILL);
     child.end(std::chrono::seconds(1));
-}
-
-std::string Engine::stall(const std::string& group, std::chrono::milliseconds time)
-{
-    if (!isRunning())
-        return "the engine does not run";
-    // The thread has the name of its group without this word.
-    const auto thread = group.substr(0, group.rfind("Group"));
-    const auto error = stalled.hold(pid(), thread, time, [this, group] { journal.add("engine", group + " goes on"); });
-    if (error.empty())
-        journal.add("engine", group + " stands still");
-    return error.empty() ? "" : group + ": " + error;
 }
 
 } // namespace Bench

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "bench/unit/Child.h"
-#include "bench/unit/HeldThread.h"
 #include "bench/unit/Journal.h"
 
 #include <atomic>
@@ -11,9 +10,8 @@ namespace Bench
 {
 
 /**
-    The engine's process. Journal stream "engine": "started", then "exit 0" or "signal 9"; "SystemGroup stands still" and
-    "SystemGroup goes on" in between. What it wrote to its standard error before it ended without being asked goes to the
-    bench's own. Any thread.
+    The engine's process, a child of the bench. Journal stream "engine": "started", then "ended" and
+    "exit 0" or "signal 9". What it wrote to its standard error before it ended without being asked goes to the bench's own. Any thread.
 */
 class Engine
 {
@@ -32,12 +30,6 @@ public:
     /** Asks it to quit (SIGTERM), kills it after `limit`; returns when it has ended. */
     void stop(std::chrono::milliseconds limit = std::chrono::seconds(20));
     void kill();
-    /**
-        Holds the thread of this group of tasks for so long, or until `goOn`; one group at a time. Empty on success, else
-        what failed.
-    */
-    std::string stall(const std::string& group, std::chrono::milliseconds time);
-    void goOn() { stalled.release(); }
     /** Kills the programs that ended engines have left behind. The engine must not run. */
     void endPrograms() { child.endOrphans(); }
     bool isRunning() const { return child.isRunning(); }
@@ -47,7 +39,6 @@ private:
     Journal& journal;
     std::atomic<bool> asked { false }; ///< to end
     Child child;
-    HeldThread stalled; // goes before its process is killed
 
     static void tellLastWords(const std::string& outputFile, std::streamoff begin);
 };

@@ -20,7 +20,7 @@ LogFollower::LogFollower(Loop& loopToUse, Journal& journalToUse, std::string str
 {
 }
 
-std::string LogFollower::start(const std::string& path)
+std::string LogFollower::start(const std::string& path, bool onlyNew)
 {
     const Loop::Turn turn(loop);
     file = path;
@@ -38,6 +38,11 @@ std::string LogFollower::start(const std::string& path)
                                         }
                                         readNew();
                                     });
+    if (onlyNew)
+    {
+        descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+        ::lseek(descriptor, 0, SEEK_END); // nothing when there is no file yet
+    }
     readNew();
     return {};
 }

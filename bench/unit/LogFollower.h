@@ -14,8 +14,8 @@ public:
     LogFollower(const LogFollower&) = delete;
     LogFollower& operator=(const LogFollower&) = delete;
 
-    /** The file need not exist yet, its folder must. Empty on success, else what failed. */
-    std::string start(const std::string& path);
+    /** The file need not exist yet, its folder must; what is in it may be left out. Empty on success, else what failed. */
+    std::string start(const std::string& path, bool onlyNew = false);
     void stop();
 
 private:

@@ -1,7 +1,10 @@
 #include "bench/unit/PacketServer.h"
 
+#include "bench/unit/Sharing.h"
+
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -24,6 +27,8 @@ std::string PacketServer::open()
         ::bind(listener.descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
         ::listen(listener.descriptor, backlog) != 0)
         return path + ": " + std::strerror(errno);
+    if (auto error = shareWith(std::filesystem::path(path).parent_path(), path); !error.empty())
+        return error;
     listener.watch = std::make_unique<Watch>(loop, listener.descriptor, [this] { accept(); });
     return {};
 }

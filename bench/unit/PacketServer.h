@@ -19,7 +19,7 @@ public:
     PacketServer(const PacketServer&) = delete;
     PacketServer& operator=(const PacketServer&) = delete;
 
-    /** A socket left over there is replaced. Before `open`. */
+    /** A socket left over there is replaced. It is for the group of its folder. Before `open`. */
     void setPath(std::string pathToUse) { path = std::move(pathToUse); }
 
     std::string open() override;

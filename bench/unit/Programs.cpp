@@ -28,6 +28,13 @@ std::string programStream(int appType)
     return std::string("program ") + appTypeName(appType);
 }
 
+/** Nothing when the socket could not say which one it is: the system takes such numbers for many processes. */
+void killProcess(int pid)
+{
+    if (pid > 0)
+        ::kill(pid, SIGKILL);
+}
+
 } // namespace
 
 Programs::Programs(Loop& loopToUse, Journal& journalToUse)
@@ -57,9 +64,15 @@ void Programs::stop()
     for (const auto& [appType, program] : left)
         // The process number comes from the socket, and the connection is still there, so it is that very process.
         if (!journal.waitFor(from, deadline, isEvent(programStream(appType), "gone")) && running().contains(appType))
-            ::kill(program.pid, SIGKILL);
+            killProcess(program.pid);
     const Loop::Turn turn(loop);
     server.close();
+}
+
+void Programs::kill()
+{
+    for (const auto& [appType, program] : running())
+        killProcess(program.pid);
 }
 
 std::map<int, Programs::Program> Programs::running() const

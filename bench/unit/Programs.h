@@ -25,6 +25,9 @@ public:
     /** Ends the programs that are left, the hung ones too, and closes the socket. */
     void stop();
 
+    /** All at once, by force. */
+    void kill();
+
     struct Program
     {
         int connection = 0;

@@ -1,5 +1,7 @@
 #include "bench/unit/PseudoTerminal.h"
 
+#include "bench/unit/Sharing.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -31,7 +33,7 @@ std::string PseudoTerminal::open()
     std::error_code error;
     std::filesystem::remove(link, error);
     std::filesystem::create_symlink(name, link, error);
-    return error ? link + ": " + error.message() : std::string();
+    return error ? link + ": " + error.message() : shareWith(std::filesystem::path(link).parent_path(), name);
 }
 
 void PseudoTerminal::close()

@@ -17,7 +17,7 @@ public:
     PseudoTerminal(const PseudoTerminal&) = delete;
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
-    /** A symbolic link to the line while it is open. Before `open`. */
+    /** A symbolic link to the line while it is open, for the group of its folder. Before `open`. */
     void setLink(std::string path) { link = std::move(path); }
     /** The character device of the unit's end. */
     const std::string& path() const { return name; }

@@ -44,7 +44,7 @@ juce::String storedVolume(const Bench::Unit& unit)
 TEST(EngineShutdown, ManyRequestsInARowEndItCleanlyWithTheLastVolumeStored)
 {
     auto options = Bench::Unit::Options::besideThisProgram();
-    options.display = Bench::Unit::Display::none;
+    options.display = Bench::Display::none;
     Bench::Unit unit(options);
     ASSERT_EQ(unit.start(), "");
     std::unique_ptr<StoreLock> holder;
@@ -57,9 +57,9 @@ TEST(EngineShutdown, ManyRequestsInARowEndItCleanlyWithTheLastVolumeStored)
             ASSERT_TRUE(unit.journal.waitFor(from, Bench::Clock::now() + patience, ready).has_value());
         ASSERT_TRUE(setVolume(unit, percent));
         const auto asked = Bench::Clock::now();
-        for (int request = 0; request < 30 && unit.engine.isRunning(); ++request)
+        for (int request = 0; request < 30 && unit.engine().isRunning(); ++request)
         {
-            kill(unit.engine.pid(), SIGTERM);
+            kill(unit.engine().pid(), SIGTERM);
             std::this_thread::sleep_for(20ms);
         }
         EXPECT_TRUE(unit.journal.waitForLatest("engine", "exit 0", asked + patience));

@@ -2,7 +2,6 @@
 
 #include "bench/console/Verb.h"
 
-#include <filesystem>
 #include <gmock/gmock.h>
 #include <sstream>
 
@@ -19,11 +18,9 @@ class ConsoleOfAnEngine : public testing::Test
 protected:
     ConsoleOfAnEngine()
     {
-        std::filesystem::create_directory(folder);
-        EXPECT_EQ(unit.bus.start(folder), "");
-        engine = std::make_unique<FakeEngine>(unit.bus.address());
+        EXPECT_EQ(unit.start(), "");
+        engine = std::make_unique<FakeEngine>(unit.engine().busAddress());
     }
-    ~ConsoleOfAnEngine() override { std::filesystem::remove_all(folder); }
 
     std::string say(const std::string& line)
     {
@@ -31,7 +28,6 @@ protected:
         return runLine(console, line).error;
     }
 
-    const std::string folder = juce::File::createTempFile("console").getFullPathName().toStdString();
     Unit unit { Unit::Options::besideThisProgram() };
     std::ostringstream output;
     Console console { unit, Style(false), output, false };

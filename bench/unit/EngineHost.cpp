@@ -1,0 +1,26 @@
+#include "bench/unit/EngineHost.h"
+
+#include <cstdlib>
+
+namespace Bench
+{
+
+std::string EngineHost::stall(const std::string& group, std::chrono::milliseconds time)
+{
+    if (!isRunning())
+        return "the engine does not run";
+    // The thread has the name of its group without this word.
+    const auto thread = group.substr(0, group.rfind("Group"));
+    const auto error = stalled.hold(pid(), thread, time, [this, group] { journal.add("engine", group + " goes on"); });
+    if (error.empty())
+        journal.add("engine", group + " stands still");
+    return error.empty() ? "" : group + ": " + error;
+}
+
+std::string displayOfEnvironment(Display display)
+{
+    const char* given = display == Display::ofEnvironment ? std::getenv("DISPLAY") : nullptr;
+    return given != nullptr ? given : "";
+}
+
+} // namespace Bench

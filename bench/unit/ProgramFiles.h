@@ -1,0 +1,40 @@
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <string>
+
+namespace Bench
+{
+
+/** Makes the folder with a link to the bench's program for each source program. Empty on success, else what failed. */
+std::string linkPrograms(const std::string& program, const std::string& folder);
+/** The tables of a configuration that name the program of each page, with the programs in this folder. */
+std::string programTables(const std::string& folder);
+
+/**
+    The files that the engine starts as source programs, each a link to the bench's program, and how they are made worse.
+    A file that is no link stays as it is. One thread.
+*/
+class ProgramFiles
+{
+public:
+    /** `program` is for files that are missing; `files` by application type. */
+    void take(std::string program, std::map<int, std::string> files);
+
+    // Empty on success, else what failed.
+
+    /** The program takes so long to start from now on. */
+    std::string install(int appType, std::chrono::milliseconds delay);
+    /** Its file is missing from now on; one that runs goes on. */
+    std::string remove(int appType);
+    /** All as it was. */
+    void restore();
+
+private:
+    std::string fallback;
+    std::map<int, std::string> paths;
+    std::map<int, std::string> changed; ///< what their links pointed to
+};
+
+} // namespace Bench
