@@ -4,6 +4,7 @@
 #include "check/Errors.h"
 #include "check/Files.h"
 #include "check/Surroundings.h"
+#include "platform/base/Descriptor.h"
 #include "platform/base/System.h"
 #include "platform/base/Threads.h"
 #include "platform/screen/OverlayPeer.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <juce_events/juce_events.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -82,6 +84,27 @@ constexpr std::array subjects {
     Subject { "System", "sound card", soundCard },
     Subject { "System", "real-time priority", priority },
     Subject { "Programs", "programs", programs },
+};
+
+/** While it lives libraries do not write between the rows what they do not find. */
+class QuietStandardError
+{
+public:
+    QuietStandardError()
+        : kept(::dup(STDERR_FILENO))
+    {
+        const Platform::Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+        if (nowhere)
+            ::dup2(nowhere.get(), STDERR_FILENO);
+    }
+    ~QuietStandardError()
+    {
+        if (kept)
+            ::dup2(kept.get(), STDERR_FILENO);
+    }
+
+private:
+    const Platform::Descriptor kept;
 };
 
 std::string userName()
@@ -172,7 +195,11 @@ int run(const std::string& configurationFile)
     std::printf("Configuration %s is well formed. This is looked at as user %s%s.\n", configurationFile.c_str(),
                 userName().c_str(), ::geteuid() == 0 ? ", who may more than the service's user headunit" : "");
     std::fflush(stdout);
-    const auto groups = lookAtUnit();
+    const auto groups = []
+    {
+        const QuietStandardError quiet;
+        return lookAtUnit();
+    }();
     const int missing = countOf(groups, State::missing), notes = countOf(groups, State::note);
     std::printf("%s\n%s: %d missing, %d to note.\n", tableOf(groups, ::isatty(STDOUT_FILENO) == 1).c_str(),
                 missing == 0 ? "All that the unit needs is there" : "The unit lacks something", missing, notes);

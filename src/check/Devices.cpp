@@ -70,6 +70,15 @@ std::string howToOpen(const std::string& reason, const std::string& group, const
     return "enable it in the board's device tree, or let " + key + " name the right device";
 }
 
+std::string howToHave(const std::string& reason)
+{
+    if (reason.find("used by") != std::string::npos)
+        return "take the line from its user, or name another in [gpio_lines]";
+    if (reason.find("no such line") != std::string::npos)
+        return "name the line of the chip in [gpio_lines]";
+    return howToOpen(reason, "gpio", "bus.gpio");
+}
+
 const char* wiringOf(const Listener& listener)
 {
     if (listener.frames > 0)
@@ -160,18 +169,14 @@ Rows lines()
     Rows rows;
     for (const auto& [line, use] : Platform::unitLines)
     {
-        const auto result = Platform::GpioFunc::look(line);
-        const auto place = configuration.gpio.toStdString() + " line " + std::to_string(configuration.chipLine(line)) +
+        const auto reason = Platform::GpioFunc::look(line).getErrorMessage().toStdString();
+        const auto what = "line " + std::to_string(line);
+        const auto found = configuration.gpio.toStdString() + " line " + std::to_string(configuration.chipLine(line)) +
                            " (" + use + ")";
-        const auto reason = result.getErrorMessage().toStdString();
-        rows.push_back({ "line " + std::to_string(line), result.wasOk() ? State::ok : State::missing,
-                         place + (result.wasOk() ? "" : ": " + reason),
-                         result.wasOk() ? ""
-                         : reason.find("used by") != std::string::npos
-                             ? "take the line from its user, or name another in [gpio_lines]"
-                         : reason.find("no such line") != std::string::npos
-                             ? "name the line of the chip in [gpio_lines]"
-                             : howToOpen(reason, "gpio", "bus.gpio") });
+        if (reason.empty())
+            rows.push_back({ what, State::ok, found, {} });
+        else
+            rows.push_back({ what, State::missing, found + ": " + reason, howToHave(reason) });
     }
     for (const auto& problem : Platform::lineProblems())
         rows.push_back({ "gpio_lines", State::note, problem, "compare [gpio_lines] with the board's plan" });

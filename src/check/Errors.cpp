@@ -14,14 +14,15 @@ namespace
 {
 
 std::mutex lock;
-std::string last;
+std::string first;
 
 bool note(const char*, int, const char*, const char* format, va_list arguments)
 {
     std::array<char, 512> text {};
     std::vsnprintf(text.data(), text.size(), format, arguments);
     const std::lock_guard guard(lock);
-    last = text.data();
+    if (first.empty())
+        first = text.data();
     return true;
 }
 
@@ -35,7 +36,7 @@ void Errors::keep()
 std::string Errors::take(const std::string& otherwise)
 {
     const std::lock_guard guard(lock);
-    auto found = std::exchange(last, {});
+    auto found = std::exchange(first, {});
     return found.empty() ? otherwise : found;
 }
 

@@ -6,13 +6,13 @@ namespace Check
 {
 
 /**
-    The reasons that the devices' classes log. From `keep` on the process's log goes here and nowhere else: the last error
-    is what was found.
+    The reasons that the devices' classes log. From `keep` on the process's log goes here and nowhere else. The first error
+    is the reason, what follows are its consequences.
 */
 struct Errors
 {
     static void keep();
-    /** The last error since the last call, or `otherwise`. Any thread. */
+    /** The first error since the last call, or `otherwise`. Any thread. */
     static std::string take(const std::string& otherwise);
 };
 

@@ -3,6 +3,7 @@
 #include "EngineApi/Catalogue.h"
 #include "check/Errors.h"
 #include "dsp/akm/Images.h"
+#include "platform/base/SignedProgram.h"
 #include "platform/config/Configuration.h"
 #include "platform/config/Resources.h"
 #include "platform/settings/SetupValues.h"
@@ -174,12 +175,6 @@ Row pagesWithoutProgram()
     return { "pages without a program", State::note, names, "name their programs in [programs]: they cannot be shown" };
 }
 
-/** The head of a public key as files in the PEM form have it. */
-bool isPublicKey(const juce::File& file)
-{
-    return file.loadFileAsString().contains("-----BEGIN PUBLIC KEY-----");
-}
-
 } // namespace
 
 Rows folders()
@@ -230,18 +225,16 @@ Rows updateKeys()
     if (path.isEmpty())
         return { { "update keys", State::note, "none: every update program is started",
                    "let update.keys name a folder with the public keys of those who may update the unit" } };
-    const auto files = juce::File(path).findChildFiles(juce::File::findFiles, false, "*.pem");
-    Rows rows;
-    for (const auto& file : files)
-        if (!isPublicKey(file))
-            rows.push_back({ "update keys", State::missing, file.getFullPathName().toStdString() + ": no public key",
-                             "put a public key in the PEM form there, or remove the file" });
-    if (files.isEmpty())
-        return { { "update keys", State::missing, "no *.pem in " + path.toStdString() + ": no update is started",
-                   "put the public keys of those who may update the unit there" } };
-    if (rows.empty())
-        rows.push_back({ "update keys", State::ok, std::to_string(files.size()) + " in " + path.toStdString(), {} });
-    return rows;
+    const auto folder = path.toStdString();
+    std::string unusable;
+    const auto count = Platform::SignedProgram::countKeys(folder, unusable);
+    const auto others = unusable.empty() ? "" : "; not usable: " + unusable;
+    if (count == 0)
+        return { { "update keys", State::missing, "no key in " + folder + ": no update is started" + others,
+                   "put the public keys of those who may update the unit there, as *.pem" } };
+    return { { "update keys", unusable.empty() ? State::ok : State::note,
+               std::to_string(count) + " in " + folder + others,
+               unusable.empty() ? "" : "replace those by public keys in the PEM form, or remove them" } };
 }
 
 } // namespace Check

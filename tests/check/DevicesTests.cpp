@@ -127,7 +127,6 @@ TEST_F(DevicesTest, TheDspIsAskedWithoutChangingWhatItPlays)
     enum Control : std::uint8_t { write = 0x0C, read = 0x10 };
 
     Configuration::get().spi2 = "socket:" + path("spi");
-    EXPECT_THAT(dsp(), ElementsAre(isRow(State::missing, "No such file", "let bus.spi2 name the right device")));
     std::uint8_t status = 0, spoilt = 0;
     PacketServer chip(path("spi"),
                       [&](const Packet& request)
@@ -148,18 +147,21 @@ TEST_F(DevicesTest, TheDspIsAskedWithoutChangingWhatItPlays)
     EXPECT_THAT(dsp(), ElementsAre(isRow(State::note, "as before its start", "headunit-ctl dsp")));
     status = 5;
     EXPECT_THAT(dsp(), ElementsAre(isRow(State::missing, "the device answers 5", "1 MHz")));
+    Configuration::get().spi2 = "socket:" + path("none");
+    EXPECT_THAT(dsp(), ElementsAre(isRow(State::missing, "No such file", "let bus.spi2 name the right device")));
 }
 
 TEST_F(DevicesTest, TheVideoDecoderIsReadOnly)
 {
     Configuration::get().i2c1 = "socket:" + path("i2c");
-    EXPECT_THAT(videoDecoder(), ElementsAre(isRow(State::missing, "No such file", "let bus.i2c1 name")));
     Packet reply { 0, 0, 0, 0, 0x48 };
     PacketServer decoder(path("i2c"), [&](const Packet&) { return reply; });
     EXPECT_THAT(videoDecoder(), ElementsAre(isRow(State::ok, "answers", "")));
     reply = { 0xFF, 0xFF, 0xFF, 0xFF, 0 };
     EXPECT_THAT(videoDecoder(), ElementsAre(isRow(State::note, "I2C address 0x88", "check its wiring")));
     EXPECT_THAT(decoder.takeRequests(), Each(Packet { 0x88, 1, 1 }));
+    Configuration::get().i2c1 = "socket:" + path("none");
+    EXPECT_THAT(videoDecoder(), ElementsAre(isRow(State::missing, "No such file", "let bus.i2c1 name")));
 }
 
 TEST_F(DevicesTest, LinesAreLookedAtAndLeftAsTheyAre)

@@ -175,4 +175,9 @@ SignedProgram SignedProgram::open(const std::string& path, const std::string& ke
     return { std::move(content), {} };
 }
 
+std::size_t SignedProgram::countKeys(const std::string& keyFolder, std::string& unusable)
+{
+    return readKeys(keyFolder, unusable).size();
+}
+
 } // namespace Platform

@@ -23,6 +23,8 @@ struct SignedProgram
         that can be read every program is refused. The file need not be executable. Any thread.
     */
     static SignedProgram open(const std::string& path, const std::string& keyFolder);
+    /** Keys of the folder; the names of *.pem files that hold none, or why there is no folder, are added to `unusable`. */
+    static std::size_t countKeys(const std::string& keyFolder, std::string& unusable);
 };
 
 } // namespace Platform

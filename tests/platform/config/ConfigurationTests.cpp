@@ -108,17 +108,28 @@ TEST_F(ConfigurationTest, TheSampleStatesTheDefaults)
     const Configuration defaults;
     const auto texts = [](const Configuration& each)
     {
-        return juce::StringArray { each.systemPath,   each.resourcePath, each.applicationPath, each.profilePath,
-                                   each.registryPath, each.mediaRoot,    each.display,         each.cameraHoldFile,
-                                   each.logLibrary,   each.mcuPort,      each.wiredRemotePort, each.spi2,
-                                   each.i2c1,         each.gpio,         each.updateKeys }
+        return juce::StringArray { each.systemPath,
+                                   each.resourcePath,
+                                   each.applicationPath,
+                                   each.profilePath,
+                                   each.registryPath,
+                                   each.mediaRoot,
+                                   each.display,
+                                   each.cameraHoldFile,
+                                   each.mcuPort,
+                                   each.wiredRemotePort,
+                                   each.spi2,
+                                   each.i2c1,
+                                   each.gpio,
+                                   each.updateKeys }
             .joinIntoString("\n");
     };
     EXPECT_EQ(texts(loaded), texts(defaults));
     EXPECT_EQ(std::tie(loaded.systemDebug, loaded.sdAsUsb, loaded.screenWidth, loaded.screenHeight, loaded.mcuBaud),
               std::tie(defaults.systemDebug, defaults.sdAsUsb, defaults.screenWidth, defaults.screenHeight,
                        defaults.mcuBaud));
-    // Without a default; the services that are installed with the engine have these.
+    // What is installed with the engine.
+    EXPECT_EQ(loaded.logLibrary, "/usr/lib/headunit/libVX_Logcat.so");
     EXPECT_EQ(loaded.ipcAddress, "unix:path=/run/headunit/bus");
     EXPECT_EQ(loaded.launchSocket + loaded.launchUser, "/run/headunit/launchheadunit-program");
     EXPECT_EQ(loaded.updateSocket, "/run/headunit/update");
