@@ -1,5 +1,6 @@
 #include "ctl/ReportTables.h"
 
+#include "ctl/Columns.h"
 #include "ctl/Table.h"
 
 #include <algorithm>
@@ -63,6 +64,22 @@ std::vector<Cell> pageRow(const Fields& page)
              { page.time("changedForMs"), &Style::dim } };
 }
 
+/** In MiB, and of how many it may have. */
+Cell memoryOf(const Fields& program)
+{
+    constexpr double mebibyte = 1024 * 1024, scarce = 0.9;
+    const auto used = program.number("memoryBytes");
+    const auto limit = program.number("memoryLimitBytes");
+    if (!used)
+        return { "" };
+    auto text = fixed(static_cast<double>(*used) / mebibyte, 1);
+    if (!limit)
+        return { text };
+    const auto most = static_cast<double>(*limit);
+    return { text + "/" + fixed(most / mebibyte, 0),
+             static_cast<double>(*used) > scarce * most ? &Style::warning : nullptr };
+}
+
 std::vector<Cell> programRow(const Fields& program)
 {
     const bool runs = program.number("process").value_or(0) != 0;
@@ -73,6 +90,8 @@ std::vector<Cell> programRow(const Fields& program)
              { aboveZero(program, "process") },
              { isLost ? "not there" : "", &Style::warning },
              { program.time("heartbeatForMs") },
+             memoryOf(program),
+             { program.time("cpuMs") },
              { aboveZero(program, "starts") },
              { aboveZero(program, "ends") },
              { aboveZero(program, "waitingMessages"), &Style::warning },
@@ -175,6 +194,8 @@ std::string programsText(const Json& answer, const Style& style)
                            { "process", right },
                            { "bus" },
                            { "heartbeat", right },
+                           { "MiB", right },
+                           { "processor", right },
                            { "starts", right },
                            { "ends", right },
                            { "waiting", right },

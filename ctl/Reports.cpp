@@ -124,6 +124,8 @@ std::string dspText(const Json& answer, const Style& style)
     const Fields dsp(answer);
     Block text(style, "Audio DSP");
     text.row("chip", choice(style, dsp, "booted", "runs", "does not run"));
+    if (dsp.has("leftAlone"))
+        text.row("left alone", style.warning(dsp["leftAlone"]));
     text.row("channel", dsp["channel"], style.dim(behind("input ", dsp["input"])));
     text.row("sound", soundIn(style, dsp));
     text.row("writes", dsp["words"]);

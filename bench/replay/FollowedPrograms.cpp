@@ -36,7 +36,7 @@ private:
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProgramKind)
 {
     const int pid = recorded(Step::launch, zero, path, arguments.joinIntoString("\n"));
     return pid > 0 ? std::make_shared<FollowedProcess>(pid) : nullptr;

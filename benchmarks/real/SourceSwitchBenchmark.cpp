@@ -25,7 +25,7 @@ constexpr auto patience = std::chrono::seconds(10);
 void frameToOrder(benchmark::State& state)
 {
     auto options = Bench::Unit::Options::besideThisProgram();
-    options.display = Bench::Unit::Display::none;
+    options.display = Bench::Display::none;
     Bench::Unit unit(options);
     auto error = unit.start();
     if (error.empty())
@@ -88,8 +88,8 @@ void busRoundTrip(benchmark::State& state)
         state.SkipWithError(error.c_str());
         return;
     }
-    auto* caller = connect(unit.bus.address());
-    auto* callee = connect(unit.bus.address());
+    auto* caller = connect(unit.engine().busAddress());
+    auto* callee = connect(unit.engine().busAddress());
     const char* name = nullptr;
     if (caller == nullptr || callee == nullptr || sd_bus_get_unique_name(callee, &name) < 0)
     {

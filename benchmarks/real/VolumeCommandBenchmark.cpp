@@ -15,7 +15,7 @@ constexpr int pgnFromNetwork = 11;
 void volumeCommand(benchmark::State& state, const std::string& stream, const std::string& beginning)
 {
     auto options = Bench::Unit::Options::besideThisProgram();
-    options.display = Bench::Unit::Display::none;
+    options.display = Bench::Display::none;
     Bench::Unit unit(options);
     auto error = unit.start();
     if (error.empty())

@@ -16,7 +16,7 @@ constexpr int cameraPollMs = 100;
 void EngineStart::begin(Listener toldOf)
 {
     listener = std::move(toldOf);
-    for (const auto* pack : { "CommonRes.spp", "MainRes.spp" })
+    for (const auto* pack : Platform::resourcePacks)
         Platform::CVXResPathManager::getInstance()->addResPath(Platform::AppConfig::getResourcePath() + pack, {});
     if (!waitForCamera())
         startEngine();

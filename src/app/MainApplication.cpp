@@ -9,6 +9,7 @@
 #include "platform/base/System.h"
 #include "platform/base/Threads.h"
 #include "platform/config/Resources.h"
+#include "platform/devices/UnitLines.h"
 #include "platform/record/Recorder.h"
 #include "platform/settings/SetupStore.h"
 #include "platform/sound/Sound.h"
@@ -19,6 +20,8 @@ namespace ServiceManager = Diagnostics::ServiceManager;
 
 namespace
 {
+
+constexpr Platform::Log logger { "app/MainApplication", "MainApplication" };
 
 void writeDriverSetting()
 {
@@ -43,6 +46,8 @@ MainApplication::~MainApplication()
 
 void MainApplication::initialise(const juce::String&)
 {
+    for (const auto& problem : Platform::lineProblems())
+        logger().error("%s", problem.c_str());
     Platform::AppConfig::loadFont();
     juce::MessageManager::getInstance()->registerBroadcastListener(this);
     engineStart.begin({ .held = [] { ServiceManager::reportAlive("The camera has the screen."); },

@@ -1,5 +1,6 @@
 #include "app/MainApplication.h"
 
+#include "check/Check.h"
 #include "platform/base/Logger.h"
 #include "platform/base/System.h"
 #include "platform/record/RecordWriter.h"
@@ -43,12 +44,18 @@ int main(int argc, char** argv)
     CLI::App arguments { "The main process of the head unit.", "headunit-engine" };
     std::string configurationFile = "/etc/headunit/engine.toml";
     arguments.add_option("--config", configurationFile, "configuration file")->capture_default_str();
+    bool isChecked = false;
+    auto* check = arguments.add_flag(
+        "--check", isChecked,
+        "look whether all that the unit needs is there and works, print that and end: status 0 if so, 1 if not");
     arguments.set_version_flag("--version", std::string("headunit-engine ") + HEADUNIT_VERSION);
     Platform::RecordWriter::Options recording {
         .file = {}, .configuration = {}, .engine = HEADUNIT_VERSION, .limit = 64
     };
-    arguments.add_option("--record", recording.file,
-                         "record every step between the engine and its surroundings, in FILE, FILE.1 and so on");
+    arguments
+        .add_option("--record", recording.file,
+                    "record every step between the engine and its surroundings, in FILE, FILE.1 and so on")
+        ->excludes(check);
     arguments.add_option("--record-limit", recording.limit, "MiB of these files together, at least 1")
         ->capture_default_str()
         ->check(CLI::Range(1, 1024 * 1024))
@@ -60,6 +67,8 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "headunit-engine: %s\n", error.c_str());
         return badConfiguration;
     }
+    if (isChecked)
+        return Check::run(configurationFile);
     TerminationSignal::catchEarly();
     // The clock on the boat shows standard time. Other threads, which may read the environment, start with the
     // framework.

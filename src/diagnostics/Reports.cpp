@@ -21,6 +21,7 @@
 #include "kernel/Names.h"
 #include "kernel/SystemEngine.h"
 #include "platform/base/Counter.h"
+#include "platform/base/ProcessUsage.h"
 #include "platform/channel/Ipc.h"
 #include "platform/config/Configuration.h"
 #include "platform/record/Observer.h"
@@ -189,6 +190,13 @@ Json programs()
             record["stateForMs"] = msSince(status.since);
         if (status.lastHeartbeat)
             record["heartbeatForMs"] = msSince(*status.lastHeartbeat);
+        if (const auto usage = Platform::ProcessUsage::of(status.process))
+        {
+            record["memoryBytes"] = usage->memoryBytes;
+            if (usage->memoryLimitBytes)
+                record["memoryLimitBytes"] = *usage->memoryLimitBytes;
+            record["cpuMs"] = usage->cpuMs;
+        }
         record["starts"] = status.starts;
         record["ends"] = status.ends;
         record["waitingMessages"] = EngineLayer::RemoteSessionManager::getInstance()->countWaiting(appType);
@@ -285,6 +293,8 @@ Json dsp()
                        { "muteReasons", muteReasons() },
                        { "words", status.blocks },
                        { "failures", status.failures } };
+            if (!status.leftAlone.empty())
+                answer["leftAlone"] = status.leftAlone;
             if (!status.lastFailure.empty())
             {
                 answer["lastFailure"] = status.lastFailure;

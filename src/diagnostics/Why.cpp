@@ -364,7 +364,9 @@ Explanation whySilent()
     because(stateSentence());
     if (!EngineLayer::KeyManager::getInstance()->isPoweredOn())
         because("The unit was switched off with its power key.");
-    if (!dsp.isBooted)
+    if (!dsp.leftAlone.empty())
+        because("The DSP is left alone: " + dsp.leftAlone + ".");
+    else if (!dsp.isBooted)
         because("The DSP was not started yet.");
     if (dsp.isMuted)
         because("The sound was muted " + wayOf(dsp.muter) + ".");

@@ -118,6 +118,7 @@ struct DspStatus
     std::uint64_t failures = 0;
     std::string lastFailure; ///< "" for none
     Platform::Clock::time_point lastFailureAt;
+    std::string leftAlone; ///< why nothing is written to it; "" when it is written to
 };
 
 /** Owner of the two. Reached through EngineApi::Provided<ChipManager>. */

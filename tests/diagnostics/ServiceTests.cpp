@@ -4,7 +4,9 @@
 #include "EngineLayer/hostlink/HostSessionManager.h"
 #include "EngineLayer/keys/KeyManager.h"
 #include "EngineLayer/wiredremote/TLX70Dev.h"
+#include "Extend/ExeMonitor.h"
 #include "diagnostics/TraceDocument.h"
+#include "doubles/ProcessDouble.h"
 #include "dsp/DSPSettingHelperImpl.h"
 #include "platform/base/Threads.h"
 #include "support/FakeAudio.h"
@@ -165,6 +167,11 @@ TEST_F(ServiceTest, AnswersEveryCallWithWhatIsDocumented)
 {
     enterNormalRun();
     complete(Pubhead::mbFM);
+    using Platform::doubles::ProcessDouble;
+    ProcessDouble::setUsage(
+        Platform::ProcessUsage { .memoryBytes = 5'000'000, .memoryLimitBytes = 8'000'000, .cpuMs = 1200 });
+    auto& programs = *Extend::ExeMonitor::getInstance();
+    ASSERT_TRUE(programs.launchApp(Pubhead::AppRadio, Pubhead::mbFM, "/radio", nullptr, false));
     Client client(bus);
     const std::map<std::string, const char*> plain {
         { "State", "a{sv}" },   { "Pages", "aa{sv}" },  { "Programs", "aa{sv}" }, { "Requests", "aa{sv}" },
@@ -183,6 +190,13 @@ TEST_F(ServiceTest, AnswersEveryCallWithWhatIsDocumented)
     EXPECT_EQ(state.at("front"), "mbFM");
     EXPECT_EQ(state.at("muteReasons"), Json::array());
     EXPECT_EQ(client.ask("Requests").content.back().at("status"), "done");
+    const auto known = client.ask("Programs").content;
+    const auto radio = std::ranges::find(known, "AppRadio", [](const Json& each) { return each.at("program"); });
+    ASSERT_NE(radio, known.end());
+    EXPECT_EQ(radio->at("memoryBytes"), 5'000'000);
+    EXPECT_EQ(radio->at("memoryLimitBytes"), 8'000'000);
+    EXPECT_EQ(radio->at("cpuMs"), 1200);
+    ProcessDouble::reset();
 
     const auto settings = client.ask("Settings", "s", "");
     EXPECT_EQ(settings.types, "aa{sv}");

@@ -49,6 +49,7 @@ struct Table
     std::function<void(const ProcessDouble::Launch&)> observer;
     std::vector<int> terminated;
     bool creationFails = false;
+    std::optional<ProcessUsage> usage;
     int failingWaits = 0;
 };
 
@@ -100,13 +101,13 @@ private:
 
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProgramKind kind)
 {
     const std::lock_guard guard(lock);
     if (table.creationFails)
         return nullptr;
     const auto state = add(ProcessDouble::ownPid, true);
-    const ProcessDouble::Launch launch { path, arguments, state->pid };
+    const ProcessDouble::Launch launch { path, arguments, state->pid, kind };
     if (table.observer)
         table.observer(launch);
     else
@@ -121,6 +122,13 @@ ProcessHandle openProcess(int pid)
     if (found == table.processes.end() || !found->second->running)
         return nullptr;
     return std::make_shared<ProcessInTable>(found->second);
+}
+
+std::optional<ProcessUsage> ProcessUsage::of(int pid, const std::filesystem::path&)
+{
+    const std::lock_guard guard(lock);
+    const auto found = table.processes.find(pid);
+    return found != table.processes.end() && found->second->running ? table.usage : std::nullopt;
 }
 
 bool isSameOrDescendant(int pid, int ancestor)
@@ -213,6 +221,12 @@ void ProcessDouble::failCreation(bool fails)
 {
     const std::lock_guard guard(lock);
     table.creationFails = fails;
+}
+
+void ProcessDouble::setUsage(std::optional<ProcessUsage> usage)
+{
+    const std::lock_guard guard(lock);
+    table.usage = usage;
 }
 
 int ProcessDouble::addProcess(int parentPid)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/Process.h"
+#include "platform/base/ProcessUsage.h"
 
 #include <functional>
 #include <vector>
@@ -19,6 +20,7 @@ struct ProcessDouble
         juce::String path;
         juce::StringArray arguments;
         int pid;
+        ProgramKind kind;
     };
 
     /** Handles that exist still answer, as for ended processes. */
@@ -31,6 +33,8 @@ struct ProcessDouble
     /** Called inside each end, and must not use the processes itself. */
     static void onEnd(std::function<void()> observer);
     static void failCreation(bool fails);
+    /** What each running process needs from now on; none until it is said. */
+    static void setUsage(std::optional<ProcessUsage> usage);
 
     /** A running process that the program under test did not start; its number. */
     static int addProcess(int parentPid = 1);

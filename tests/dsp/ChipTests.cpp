@@ -1,6 +1,9 @@
 #include "DspFixture.h"
+#include "dsp/akm/Images.h"
+#include "support/ErrorLog.h"
 
 #include <algorithm>
+#include <gmock/gmock.h>
 
 using namespace Dsp;
 
@@ -94,4 +97,44 @@ TEST_F(ChipTest, LeavesOutImagesThatAreNotWhole)
         if (block.size() > 100)
             loaded.emplace_back(block[0], block.size());
     EXPECT_EQ(loaded, (std::vector<std::pair<int, std::size_t>> { { 0xB5, 1353 }, { 0xBA, 5123 }, { 0xB6, 1479 } }));
+}
+
+/**
+    One image of the build among the maker's: a chip of this machine gets nothing, not even its start line, and says why.
+    A simulated chip takes stand-ins as any other.
+*/
+TEST_F(ChipTest, AChipOfThisMachineIsLeftAloneWhileAnImageIsAStandIn)
+{
+    const juce::File built(HEADUNIT_BUILD_DIR "/resources/dsp");
+    ASSERT_TRUE(built.getChildFile(images[2].file).copyFileTo(imageFile(images[2])));
+    ErrorLog log;
+    chip().boot();
+    chip().writeRegisters(std::array { RegisterValue { 1, 2 } });
+    EXPECT_TRUE(takeOperations().empty());
+    EXPECT_TRUE(Platform::doubles::LinesDouble::takePinCalls().empty());
+    EXPECT_THAT(log.take(), testing::ElementsAre(
+                                testing::HasSubstr("pram2.bin in " + imageFolder().getFullPathName().toStdString())));
+    DspStatus status;
+    chip().addTo(status);
+    EXPECT_FALSE(status.isBooted);
+    EXPECT_THAT(status.leftAlone, testing::EndsWith("is a stand-in of the build: the maker's images belong there"));
+
+    juce::DeletedAtShutdown::deleteAll();
+    auto& configuration = Platform::Configuration::get();
+    const auto before = std::exchange(configuration.spi2, juce::String("socket:/nowhere"));
+    chip().boot();
+    EXPECT_GT(takeBlocks().size(), bootRegisters.size());
+    configuration.spi2 = before;
+}
+
+TEST_F(ChipTest, EveryImageOfTheBuildIsAStandIn)
+{
+    const auto before =
+        std::exchange(Platform::Configuration::get().resourcePath, juce::String(HEADUNIT_BUILD_DIR "/resources/"));
+    for (const auto& image : images)
+    {
+        juce::String problem;
+        EXPECT_TRUE(isStandIn(readImage(image, problem))) << image.file << ": " << problem;
+    }
+    Platform::Configuration::get().resourcePath = before;
 }

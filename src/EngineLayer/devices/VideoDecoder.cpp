@@ -60,6 +60,15 @@ void VideoDecoder::initialise()
         }
 }
 
+VideoDecoder::Probe VideoDecoder::probe()
+{
+    Platform::I2CDevice device;
+    std::uint8_t status = 0;
+    if (!device.open(busName, pollTimeoutMs))
+        return Probe::noBus;
+    return device.readRegister(deviceAddress, statusRegister, status) ? Probe::answers : Probe::silent;
+}
+
 bool VideoDecoder::hasSignal()
 {
     if (!Platform::hasCome(leftAloneUntil))

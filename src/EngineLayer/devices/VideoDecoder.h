@@ -25,6 +25,10 @@ public:
     */
     bool hasSignal();
 
+    enum class Probe { noBus, silent, answers };
+    /** Reads a register. A decoder without power is silent. */
+    static Probe probe();
+
 private:
     using Clock = Platform::Clock;
 

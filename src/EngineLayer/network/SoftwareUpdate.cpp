@@ -2,7 +2,7 @@
 
 #include "platform/base/Logger.h"
 #include "platform/base/Process.h"
-#include "platform/config/Configuration.h"
+#include "platform/config/UpdateProgram.h"
 #include "platform/marine/PGNPacket.h"
 #include "platform/record/Recorder.h"
 
@@ -18,9 +18,6 @@ namespace
 constexpr Platform::Log logger { "EngineLayer/NavicoManager", "NavicoManager" };
 
 constexpr const char* automatically = "-auto";
-/** In the order in which they are tried. */
-constexpr std::array media { "SD", "Hard Disk", "Hard Disk2", "Hard Disk3", "Hard Disk4" };
-constexpr const char* updateProgram = "SW_Update/Bin/UpdateUtility.exe";
 
 constexpr int any = -1;
 constexpr std::size_t selectorByte = 2; ///< passed on, whatever it is
@@ -65,14 +62,14 @@ void writeUpdateReply(Platform::Parcel& parcel, bool started)
 
 bool startUpdateProgram(const juce::String& arguments)
 {
-    for (const auto* medium : media)
+    for (const auto& program : Platform::updateProgramPaths())
     {
-        const auto program = Platform::Configuration::get().mediaRoot + medium + "/" + updateProgram;
         const auto isThere = [&] { return juce::File(program).existsAsFile(); };
         if (!Platform::recorded(Platform::Step::updateIsThere, isThere, program))
             continue;
         logger().info("update: " + program + " " + arguments);
-        if (Platform::createProcess(program, juce::StringArray::fromTokens(arguments, " ", "")) != nullptr)
+        const auto words = juce::StringArray::fromTokens(arguments, " ", "");
+        if (Platform::createProcess(program, words, Platform::ProgramKind::update) != nullptr)
             return true;
     }
     return false;

@@ -26,7 +26,6 @@ constexpr Platform::Log logger { "factory\\../EngineLayer/TLX70Dev", "TLX70Dev" 
 enum LogLine { lineCreate = 62, lineOpen = 70, lineSend = 117, lineReceive = 143 };
 
 constexpr const char* portName = "COM5:";
-constexpr int baudRate = 57600;
 
 constexpr int secondRow = 1;
 /** Columns up to this one are taken; those beyond the display show nothing. */
@@ -65,7 +64,7 @@ void TLX70Dev::initialize()
     if (port == nullptr)
     {
         port = std::make_unique<Platform::SerialPort>(*this);
-        const bool opened = port->open(portName, baudRate, true);
+        const bool opened = port->open(portName, Protocol::baudRate, true);
         logger(lineOpen).debug("serial open: %d", opened ? 1 : 0);
     }
     worker.post(jobTransmitterOff, [] { Platform::drive(Platform::remoteTransmitLine, false); });

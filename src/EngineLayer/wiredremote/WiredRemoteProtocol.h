@@ -11,6 +11,7 @@ namespace EngineLayer::WiredRemoteProtocol
 
 using Bytes = std::vector<std::uint8_t>;
 
+inline constexpr int baudRate = 57600;
 inline constexpr int rows = 2;
 inline constexpr int columns = 16;
 inline constexpr int highestLevel = 15; ///< of the dimmers

@@ -1,6 +1,7 @@
 // How commands reach the chip, and its boot. What the equaliser writes is in ak7738Equaliser.cpp.
 #include "dsp/akm/ak7738Operator.h"
 
+#include "dsp/akm/Images.h"
 #include "dsp/akm/SPI.h"
 #include "kernel/Trace.h"
 #include "platform/base/Counter.h"
@@ -62,35 +63,32 @@ int checksum(std::span<const std::uint8_t> block)
     return crc.checksum();
 }
 
-/** Empty, and said so in the log, when the file is not what the DSP takes. */
-juce::MemoryBlock loadImage(const Image& image)
+/** Whether the chip has answered the block's checksum; none when a transfer has failed. */
+std::optional<bool> writeOnce(SPI& port, std::span<const std::uint8_t> block)
 {
-    const auto file = juce::File(Platform::AppConfig::getResourcePath()).getChildFile("dsp").getChildFile(image.file);
-    const auto refuse = [&](const juce::String& reason)
-    {
-        logger().error("DSP image " + file.getFullPathName() + " is left out: " + reason);
-        return juce::MemoryBlock();
-    };
-    if (!file.existsAsFile())
-        return refuse("there is no such file");
-    if (file.getSize() != static_cast<juce::int64>(image.size))
-        return refuse("it has " + juce::String(file.getSize()) + " bytes, not " + juce::String(image.size));
-    juce::MemoryBlock content;
-    if (!file.loadFileAsData(content) || content.getSize() != image.size)
-        return refuse("it cannot be read");
-    if (static_cast<std::uint8_t>(content[0]) != image.firstByte)
-        return refuse("its first byte is not 0x" + juce::String::toHexString(image.firstByte));
-    return content;
+    std::array<std::uint8_t, 2> answer {};
+    if (!port.write(block) || !port.read(answer, readChecksum))
+        return std::nullopt;
+    return (answer[0] << 8 | answer[1]) == checksum(block);
 }
 
 } // namespace
+
+ak7738Operator::Probe ak7738Operator::probe()
+{
+    SPI port;
+    if (!port.open(bus))
+        return Probe::noBus;
+    const auto confirmed = writeOnce(port, std::array<std::uint8_t, 3> { takeOverBank0, 0, 0 });
+    return !confirmed ? Probe::noTransfer : *confirmed ? Probe::confirms : Probe::silent;
+}
 
 // What the thread does.
 
 void ak7738Operator::writeBlock(std::span<const std::uint8_t> block)
 {
     SPI port;
-    if (worker.isStopping())
+    if (worker.isStopping() || isLeftAlone())
         return;
     if (!port.open(bus))
         return noteFailure("its bus cannot be opened");
@@ -99,10 +97,10 @@ void ak7738Operator::writeBlock(std::span<const std::uint8_t> block)
     for (int attempt = 0; attempt < attempts && !verified; ++attempt)
     {
         scope.set(2, attempt + 1);
-        std::array<std::uint8_t, 2> answer {};
-        if (!port.write(block) || !port.read(answer, readChecksum))
+        const auto confirmed = writeOnce(port, block);
+        if (!confirmed)
             return noteFailure("a transfer on its bus has failed");
-        verified = (answer[0] << 8 | answer[1]) == checksum(block);
+        verified = *confirmed;
         scope.set(3, verified);
     }
     if (!verified && !std::exchange(unverified, true))
@@ -113,6 +111,20 @@ void ak7738Operator::writeBlock(std::span<const std::uint8_t> block)
         return noteFailure("it does not confirm what is written to it");
     const std::lock_guard guard(healthLock);
     ++health.blocks;
+}
+
+/** Decided once: the images and the bus are those of the start. */
+bool ak7738Operator::isLeftAlone()
+{
+    const std::lock_guard guard(healthLock);
+    if (!health.leftAlone)
+    {
+        const bool isSimulated = Platform::Configuration::isSimulated(Platform::Configuration::get().spi2);
+        health.leftAlone = isSimulated ? juce::String() : standInProblem();
+        if (health.leftAlone->isNotEmpty())
+            logger().error("the DSP is left alone: " + *health.leftAlone);
+    }
+    return health.leftAlone->isNotEmpty();
 }
 
 void ak7738Operator::noteFailure(const char* what)
@@ -132,6 +144,7 @@ void ak7738Operator::addTo(DspStatus& status) const
     status.failures = health.failures;
     status.lastFailure = health.lastFailure;
     status.lastFailureAt = health.lastFailureAt;
+    status.leftAlone = health.leftAlone.value_or("").toStdString();
 }
 
 void ak7738Operator::setRegisters(std::span<const RegisterValue> registers)
@@ -144,8 +157,12 @@ void ak7738Operator::loadImages()
 {
     for (const auto& image : images)
     {
-        const auto content = loadImage(image);
-        if (!content.isEmpty())
+        juce::String problem;
+        const auto content = readImage(image, problem);
+        if (problem.isNotEmpty())
+            logger().error("DSP image " + imageFolder().getChildFile(image.file).getFullPathName() +
+                           " is left out: " + problem);
+        else
             writeBlock({ static_cast<const std::uint8_t*>(content.getData()), content.getSize() });
     }
 }
@@ -186,6 +203,8 @@ void ak7738Operator::boot()
     worker.post(bootKey,
                 [this]
                 {
+                    if (isLeftAlone())
+                        return;
                     Platform::drive(Platform::dspStartLine, true);
                     Platform::sleepFor(startUpTime);
                     writeBlock(wakeUp);

@@ -8,6 +8,7 @@
 #include "kernel/Singleton.h"
 #include "platform/base/Threads.h"
 
+#include <optional>
 #include <vector>
 
 namespace Dsp
@@ -15,7 +16,7 @@ namespace Dsp
 
 /**
     The AK7738. Every command is one block, which the chip verifies by a checksum of its own. A block that fails is
-    logged, and the next one is tried. Any thread: a call only queues its blocks, and the thread "DSP" writes them in
+    logged, and the next one is tried. A chip of this machine gets nothing while an image is a stand-in. Any thread: a call only queues its blocks, and the thread "DSP" writes them in
     the order of the calls. When the chip cannot keep up, it gets only the newest value of each address.
 */
 class ak7738Operator : public Kernel::Singleton<ak7738Operator>
@@ -26,6 +27,12 @@ public:
         test in its place.
     */
     void writeBlock(std::span<const std::uint8_t> block);
+    enum class Probe { noBus, noTransfer, silent, confirms };
+    /**
+        Whether the chip confirms an order that changes nothing: to take over words while none wait. At once, and only
+        while no engine has the bus.
+    */
+    static Probe probe();
     /** Start-up line, registers, images, flat equaliser. It takes the chip some hundred milliseconds. */
     void boot();
 
@@ -59,6 +66,7 @@ private:
 
     using Block = std::vector<std::uint8_t>;
 
+    bool isLeftAlone();
     void noteFailure(const char* what);
     void setRegisters(std::span<const RegisterValue> registers);
     void loadImages();
@@ -75,6 +83,7 @@ private:
         std::uint64_t blocks = 0, failures = 0;
         const char* lastFailure = "";
         Platform::Clock::time_point lastFailureAt;
+        std::optional<juce::String> leftAlone; ///< why; none while nothing was written yet
     };
     mutable std::mutex healthLock;
     Health health;

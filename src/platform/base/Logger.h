@@ -50,7 +50,10 @@ public:
     */
     LevelChange setLevel(const std::string& level, const std::string& file);
 
-    /** For tests, at any time: where each level's lines go instead of the library. Null makes a level silent. */
+    /** Why there is no log library; empty when there is one. */
+    const juce::String& getLoadError() const { return loadError; }
+
+    /** At any time: where each level's lines go instead of the library. Null makes a level silent. */
     void redirect(Entry toDebug, Entry toInfo, Entry toWarn, Entry toError);
 
 private:

@@ -23,11 +23,17 @@ public:
 
 using ProcessHandle = std::shared_ptr<Process>;
 
+enum class ProgramKind { source, update };
+
 /**
-    Starts a program. The child inherits only standard input, output and error, has default signal handling, and goes on
-    when this process ends. Null on failure (logged).
+    Starts a program. It inherits only standard input, output and error, has default signal handling and normal
+    scheduling, and goes on when this process ends. Where the configuration names a socket for its kind
+    (`launch.socket`, `update.socket`) it is no child but a service of its own, and the call waits for the service
+    manager, which takes some milliseconds, and at most fifteen seconds. With `update.keys` an update program is started only when one of them has signed it. Null on
+    failure (logged).
 */
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments);
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments,
+                            ProgramKind kind = ProgramKind::source);
 
 /** A handle for a running process that somebody else started; null when there is none. */
 ProcessHandle openProcess(int pid);

@@ -30,6 +30,11 @@ public:
         Null when another engine of this unit holds the lock. Without a folder for the file there is no lock (logged).
     */
     static std::unique_ptr<InstanceLock> take();
+    /**
+        The same, but makes neither folder nor file: where there is none, no engine runs. Null also when this user may
+        not open it, and so cannot tell.
+    */
+    static std::unique_ptr<InstanceLock> takeExisting();
 };
 
 /**

@@ -16,7 +16,7 @@ namespace
 constexpr int maxBaud = 4000000;
 constexpr int maxScreenSide = 16384;
 constexpr int maxLine = 65535;
-constexpr std::string_view simulatedPrefix = "socket:";
+constexpr std::string_view simulatedPrefix = Configuration::simulated;
 
 /** Takes one value into the configuration. The answer is what would be wanted there, "" when the value was taken. */
 using Take = std::string (*)(const toml::node& value, const juce::File& folder, Configuration& target);
@@ -95,7 +95,7 @@ std::string takeBus(const toml::node& value, const juce::File& folder, Configura
     const toml::value path { text.substr(simulatedPrefix.size()) };
     auto wanted = resolvePath(path, folder, target.*member);
     if (wanted.empty())
-        target.*member = juce::String(std::string(simulatedPrefix)) + target.*member;
+        target.*member = Configuration::simulated + target.*member;
     return wanted;
 }
 
@@ -180,6 +180,18 @@ std::string takeProgram(std::string_view key, const toml::node& value, const juc
     return resolvePath(value, folder, programs[page]);
 }
 
+std::string takeBackgroundProgram(std::string_view key, const toml::node& value, const juce::File& folder,
+                                  Configuration& target)
+{
+    const auto keepsOne = [key](int page) { return key == Pubhead::pageName(page); };
+    if (std::ranges::any_of(backgroundPages, keepsOne))
+        return takeProgram(key, value, folder, target.backgroundPrograms);
+    std::string wanted = "only these pages keep a program in the background:";
+    for (const int page : backgroundPages)
+        wanted += std::string(" ") + Pubhead::pageName(page);
+    return wanted;
+}
+
 std::string take(const std::string& section, std::string_view key, const toml::node& value, const juce::File& folder,
                  Configuration& target)
 {
@@ -188,7 +200,7 @@ std::string take(const std::string& section, std::string_view key, const toml::n
     if (section == "programs")
         return takeProgram(key, value, folder, target.programs);
     if (section == "background_programs")
-        return takeProgram(key, value, folder, target.backgroundPrograms);
+        return takeBackgroundProgram(key, value, folder, target);
 
     const auto name = section + "." + std::string(key);
     const auto* known = std::ranges::find(keys, name, &Key::name);
@@ -275,6 +287,14 @@ std::string Configuration::loadText(const juce::String& path, const juce::String
         loaded.osVersion = readOsVersion();
     get() = std::move(loaded);
     return {};
+}
+
+std::vector<std::string> Configuration::keyNames()
+{
+    std::vector<std::string> names;
+    for (const auto& key : keys)
+        names.emplace_back(key.name);
+    return names;
 }
 
 Configuration& Configuration::get()

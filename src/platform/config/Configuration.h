@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/base/Pubhead.h"
+
+#include <array>
 #include <juce_core/juce_core.h>
 #include <map>
 #include <optional>
@@ -8,6 +11,10 @@
 
 namespace Platform
 {
+
+/** The pages that keep a program in the background; it is started as soon as the unit runs. */
+inline constexpr std::array backgroundPages { Pubhead::mbMainMenu, Pubhead::mbBTAudio, Pubhead::mbiPodAudio,
+                                              Pubhead::mbSirius };
 
 /** Every key of the engine's configuration file, with its default. Paths are absolute after loading. */
 struct Configuration
@@ -52,6 +59,19 @@ struct Configuration
     /** The same for what stands in a file of this path, which need not be there. */
     static std::string loadText(const juce::String& path, const juce::String& text);
 
+    /** "unit.system_path" ...: every key that is not the number of a line or the name of a page. */
+    static std::vector<std::string> keyNames();
+
+    /** Whether a bus is no device of this machine: its text is `simulated` and the path of a socket. */
+    static bool isSimulated(const juce::String& bus) { return bus.startsWith(simulated); }
+    static constexpr const char* simulated = "socket:";
+    /** The line of the chip that stands for a unit line. */
+    int chipLine(int unitLine) const
+    {
+        const auto mapped = gpioLines.find(unitLine);
+        return mapped == gpioLines.end() ? unitLine : mapped->second;
+    }
+
     /** The process-wide configuration: written at start (and by tests) only, read from any thread. */
     static Configuration& get();
 };
@@ -72,6 +92,8 @@ struct AppConfig
         the system (logged). Message thread, before anything is drawn and before other threads run.
     */
     static void loadFont();
+    static juce::File fontFolder();
+    static constexpr const char* fontFiles = "*.ttf;*.otf";
 };
 
 struct CorvaneConfig

@@ -7,10 +7,15 @@
 namespace Platform
 {
 
+juce::File AppConfig::fontFolder()
+{
+    return juce::File(getResourcePath()).getChildFile("fonts");
+}
+
 void AppConfig::loadFont()
 {
-    const auto folder = juce::File(getResourcePath()).getChildFile("fonts");
-    if (folder.getNumberOfChildFiles(juce::File::findFiles, "*.ttf;*.otf") == 0)
+    const auto folder = fontFolder();
+    if (folder.getNumberOfChildFiles(juce::File::findFiles, fontFiles) == 0)
     {
         Log("platform/Fonts", "AppConfig")().error("no fonts in %s", folder.getFullPathName().toRawUTF8());
         return;

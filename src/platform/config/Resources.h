@@ -1,11 +1,15 @@
 #pragma once
 
+#include <array>
 #include <juce_core/juce_core.h>
 #include <map>
 #include <memory>
 
 namespace Platform
 {
+
+/** Those of the engine, in the resource path. */
+inline constexpr std::array resourcePacks { "CommonRes.spp", "MainRes.spp" };
 
 /** The resource packs (zip archives), searched in the order in which they were added. Message thread. */
 class CVXResPathManager

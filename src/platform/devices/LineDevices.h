@@ -16,6 +16,8 @@ public:
     /** `outputFunction` makes an output that keeps its level, any other number an input. */
     virtual juce::Result setFunction(int line, int function) = 0;
     virtual juce::Result write(int line, int level) = 0;
+    /** Whether the line is there, and no other program has it. Leaves it as it is. */
+    virtual juce::Result look(int line) = 0;
 
     static constexpr int outputFunction = 32;
 };

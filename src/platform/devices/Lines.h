@@ -13,6 +13,8 @@ struct GpioFunc
     /** Function 32 is output, any other input. False when the line cannot be had (logged once per line). */
     static bool setPinFunc(int line, int function);
     static bool writePin(int line, int level);
+    /** Whether the line can be had; leaves it as it is. Not logged, and no step of a recording. */
+    static juce::Result look(int line);
 };
 
 /** Ends the calls that wait for a simulated device, now and from now on: the process ends. Any thread. */

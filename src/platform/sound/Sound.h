@@ -14,6 +14,12 @@ namespace Platform
 */
 bool PlaySound(const juce::String& file);
 
+/** Whether the file can be played. Any thread. */
+juce::Result checkSoundFile(const juce::String& file);
+
+/** Opens the default output and closes it again; its name, or why nothing can be heard. Any thread. */
+juce::Result checkSoundCard(juce::String& name);
+
 /** Stops what plays and closes the device. At the end of the process, before the message loop is gone. */
 void releaseSound();
 

@@ -303,6 +303,7 @@ TEST_F(NavicoManagerTest, StartsAnUpdateForItsTriggersOnly)
         const auto launches = ProcessDouble::takeLaunches();
         ASSERT_EQ(launches.size(), 1u);
         EXPECT_EQ(launches[0].arguments.joinIntoString(" "), arguments);
+        EXPECT_EQ(launches[0].kind, ProgramKind::update) << "so that its signature is asked for";
         EXPECT_TRUE(manager.isTimerRunning(NavicoManager::quitTimer));
         hear(EVENT_PGN_SEND_CAN, fastPacket);
         EXPECT_THAT(ProcessDouble::takeLaunches(), IsEmpty()) << "it is on its way";

@@ -7,6 +7,10 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <sched.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace Platform;
@@ -96,6 +100,33 @@ TEST(ProcessTest, AChildStartsWithDefaultSignalsAndNoDescriptors)
     ASSERT_EQ(dup2(STDERR_FILENO, leaking), leaking);
     EXPECT_EQ(exitCodeOf(shell("test ! -e /proc/$$/fd/77 -a -e /proc/$$/fd/2")), 0);
     close(leaking);
+}
+
+/** The engine's threads may have a real-time priority, and the engine what its service grants it. */
+TEST(ProcessTest, AChildHasNoPrivilegesOfTheStartingThread)
+{
+    int code = -1;
+    bool hasPrivileges = false;
+    std::thread(
+        [&]
+        {
+            constexpr sched_param realTime { 1 };
+            const bool isRealTime = sched_setscheduler(0, SCHED_RR, &realTime) == 0;
+            __user_cap_header_struct version { _LINUX_CAPABILITY_VERSION_3, 0 };
+            __user_cap_data_struct sets[_LINUX_CAPABILITY_U32S_3] {};
+            syscall(SYS_capget, &version, sets);
+            sets[0].inheritable |= sets[0].permitted & (1u << CAP_KILL);
+            syscall(SYS_capset, &version, sets);
+            hasPrivileges = prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, CAP_KILL, 0, 0) == 0 && isRealTime;
+            code = exitCodeOf(shell("grep -q '^CapAmb:[[:space:]]*0*$' /proc/self/status || exit 1\n"
+                                    "test $(ulimit -r) = 0 || exit 2\n"
+                                    // Field 41, the policy; the first two are cut.
+                                    "test $(sed 's/.*) //' /proc/self/stat | cut -d' ' -f39) = 0 || exit 3\n"));
+        })
+        .join();
+    EXPECT_EQ(code, 0);
+    if (!hasPrivileges)
+        GTEST_SKIP() << "the thread has nothing to hand on here";
 }
 
 TEST(ProcessTest, TheWaiterNamesTheProcessThatEnded)

@@ -41,7 +41,7 @@ TEST_F(ConfigurationTest, APathIsTakenFromTheFolderOfTheFileAndASocketKeepsItsPr
                    "bus.gpio = 'chip'\n"
                    "[gpio_lines]\n32771 = 3\n"
                    "[programs]\nmbFM = 'bin/radio'\n"
-                   "[background_programs]\nmbBTPhone = '/opt/phone'\n"),
+                   "[background_programs]\nmbBTAudio = '/opt/phone'\n"),
               "");
     const auto& loaded = Configuration::get();
     EXPECT_EQ(AppConfig::getSystemFilePath(), folder() + "data/System/");
@@ -56,7 +56,7 @@ TEST_F(ConfigurationTest, APathIsTakenFromTheFolderOfTheFileAndASocketKeepsItsPr
     EXPECT_EQ(loaded.gpioLines, (std::map<int, int> { { 32771, 3 } }));
     EXPECT_EQ(AppConfig::getAppPath(Pubhead::mbFM), folder() + "bin/radio");
     EXPECT_EQ(AppConfig::getAppName(Pubhead::mbFM), "radio");
-    EXPECT_EQ(AppConfig::getBackAppName(Pubhead::mbBTPhone), "phone");
+    EXPECT_EQ(AppConfig::getBackAppName(Pubhead::mbBTAudio), "phone");
     EXPECT_EQ(AppConfig::getBackAppPath(Pubhead::mbFM), "");
 }
 
@@ -84,7 +84,9 @@ TEST_F(ConfigurationTest, AProblemIsNamedInOneLineAndChangesNothing)
         { "[gpio_lines]\nx = 1\n", ":2: gpio_lines.x: the name of a line is a whole number" },
         { "[gpio_lines]\n3 = -1\n", ":2: gpio_lines.3: a whole number from 0 to" },
         { "[programs]\nmbFm = '/x'\n", ":2: programs.mbFm: there is no page of this name" },
-        { "[background_programs]\nNUM_OF_PAGES = '/x'\n", ":2: background_programs.NUM_OF_PAGES: there is no page" },
+        { "[programs]\nNUM_OF_PAGES = '/x'\n", ":2: programs.NUM_OF_PAGES: there is no page" },
+        { "[background_programs]\nmbFM = '/x'\n",
+          ":2: background_programs.mbFM: only these pages keep a program in the background: mbMainMenu" },
         { "[unit]\nscreen = [1, 2\ndisplay = 'none'\n", ":3: " },
         { "[mcu]\nbaud = 1\nbaud = 2\n", ":3: " },
     };
@@ -109,13 +111,17 @@ TEST_F(ConfigurationTest, TheSampleStatesTheDefaults)
         return juce::StringArray { each.systemPath,   each.resourcePath, each.applicationPath, each.profilePath,
                                    each.registryPath, each.mediaRoot,    each.display,         each.cameraHoldFile,
                                    each.logLibrary,   each.mcuPort,      each.wiredRemotePort, each.spi2,
-                                   each.i2c1,         each.gpio,         each.ipcAddress }
+                                   each.i2c1,         each.gpio,         each.updateKeys }
             .joinIntoString("\n");
     };
     EXPECT_EQ(texts(loaded), texts(defaults));
     EXPECT_EQ(std::tie(loaded.systemDebug, loaded.sdAsUsb, loaded.screenWidth, loaded.screenHeight, loaded.mcuBaud),
               std::tie(defaults.systemDebug, defaults.sdAsUsb, defaults.screenWidth, defaults.screenHeight,
                        defaults.mcuBaud));
+    // Without a default; the services that are installed with the engine have these.
+    EXPECT_EQ(loaded.ipcAddress, "unix:path=/run/headunit/bus");
+    EXPECT_EQ(loaded.launchSocket + loaded.launchUser, "/run/headunit/launchheadunit-program");
+    EXPECT_EQ(loaded.updateSocket, "/run/headunit/update");
     EXPECT_TRUE(loaded.programs.empty() && loaded.gpioLines.empty());
     EXPECT_TRUE(loaded.osVersion.isNotEmpty());
 }

@@ -10,6 +10,8 @@
 
 using namespace Platform;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
 
 namespace
 {
@@ -159,4 +161,21 @@ TEST_F(LinesTest, WhatIsNotThereCannotBeOpened)
     I2CDevice device;
     EXPECT_FALSE(device.open("I2C2:", 100));
     EXPECT_TRUE(device.open("I2C1:", 100));
+}
+
+/** A board whose configuration lacks lines, or has one too many, is told so; a simulated chip has every number. */
+TEST_F(LinesTest, LinesThatAreNotMappedOrThatNothingDrivesAreNamed)
+{
+    EXPECT_THAT(lineProblems(), ElementsAre());
+    Configuration::get().gpioLines[4] = 5;
+    EXPECT_THAT(lineProblems(), ElementsAre("gpio_lines.4 = 5: nothing in the engine drives line 4"));
+
+    Configuration::get().gpio = "/dev/gpiochip3";
+    Configuration::get().gpioLines = {};
+    EXPECT_THAT(lineProblems(), SizeIs(5));
+    for (const auto& each : unitLines)
+        Configuration::get().gpioLines[each.line] = each.line % 100;
+    EXPECT_THAT(lineProblems(), ElementsAre());
+    Configuration::get().gpioLines.erase(dspStartLine);
+    EXPECT_THAT(lineProblems(), ElementsAre(HasSubstr("which line of /dev/gpiochip3 is 32778 (start of the DSP")));
 }

@@ -1,7 +1,11 @@
 #include "platform/base/Process.h"
 
+#include "platform/base/Execution.h"
 #include "platform/base/Logger.h"
+#include "platform/base/SignedProgram.h"
 #include "platform/base/WakeUp.h"
+#include "platform/base/linux/LaunchService.h"
+#include "platform/config/Configuration.h"
 #include "platform/record/Recorder.h"
 
 #include <algorithm>
@@ -29,7 +33,6 @@ constexpr Log logger { "platform/Process", "Process" };
 
 constexpr int signalledExitBase = 128;
 constexpr int failedExecStatus = 127;
-constexpr int firstForeignDescriptor = 3;
 constexpr int longestAncestry = 256;
 
 void logFailure(const Log::Line& line, const juce::String& what, int error)
@@ -119,8 +122,8 @@ public:
     void terminate() override
     {
         recordStep(Step::kill, pid, true);
-        if (pidfd_send_signal(pidfd.get(), SIGKILL, nullptr, 0) < 0 && errno != ESRCH)
-            logFailure(logger(), "cannot end process " + juce::String(pid), errno);
+        if (const auto problem = LaunchService::end(pidfd.get()); !problem.empty())
+            logger().error("cannot end process " + juce::String(pid) + ": " + problem);
     }
 
     int getExitCode() const override
@@ -169,17 +172,9 @@ private:
 };
 
 /** Runs in the child, where only async-signal-safe calls are allowed. */
-[[noreturn]] void becomeProgram(char* const* words, int report)
+[[noreturn]] void becomeProgram(const Execution& execution, int report)
 {
-    for (int number = 1; number < NSIG; ++number)
-        std::signal(number, SIG_DFL); // Fails for those that cannot be handled, which have no handler either.
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    // Also what libraries have opened without the flag.
-    close_range(firstForeignDescriptor, ~0U, CLOSE_RANGE_CLOEXEC);
-    execv(words[0], words);
-    const int error = errno;
+    const int error = execution.run();
     [[maybe_unused]] const auto written = ::write(report, &error, sizeof(error));
     _exit(failedExecStatus);
 }
@@ -213,15 +208,9 @@ int parentOf(int pid)
 namespace
 {
 
-ProcessHandle startProcess(const juce::String& path, const juce::StringArray& arguments)
+ProcessHandle startChild(const juce::String& path, const Execution& execution)
 {
     Orphans::collect();
-
-    std::vector<std::string> texts { path.toStdString() };
-    for (const auto& argument : arguments)
-        texts.push_back(argument.toStdString());
-    std::vector<char*> words(texts.size() + 1); // The last stays null.
-    std::transform(texts.begin(), texts.end(), words.begin(), [](std::string& text) { return text.data(); });
 
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) < 0)
@@ -238,7 +227,7 @@ ProcessHandle startProcess(const juce::String& path, const juce::StringArray& ar
         const SignalBlock block;
         pid = fork();
         if (pid == 0)
-            becomeProgram(words.data(), childReport.get());
+            becomeProgram(execution, childReport.get());
         error = errno;
     }
     if (pid < 0)
@@ -262,11 +251,44 @@ ProcessHandle startProcess(const juce::String& path, const juce::StringArray& ar
     return std::make_shared<LinuxProcess>(pid, std::move(pidfd), true);
 }
 
+ProcessHandle refuse(const juce::String& path, const std::string& reason)
+{
+    logger().error("cannot start " + path + ": " + reason);
+    return nullptr;
+}
+
+ProcessHandle startService(const juce::String& socket, const juce::String& user, const juce::String& path,
+                           const juce::StringArray& arguments)
+{
+    auto started = LaunchService::start(socket, user, path, arguments);
+    if (!started.error.empty())
+        return refuse(path, started.error);
+    return std::make_shared<LinuxProcess>(started.pid, std::move(started.pidfd), false);
+}
+
+ProcessHandle startProcess(const juce::String& path, const juce::StringArray& arguments, ProgramKind kind)
+{
+    const auto& configuration = Configuration::get();
+    const bool isUpdate = kind == ProgramKind::update;
+    if (const auto& socket = isUpdate ? configuration.updateSocket : configuration.launchSocket; socket.isNotEmpty())
+        return startService(socket, isUpdate ? juce::String() : configuration.launchUser, path, arguments);
+    SignedProgram program;
+    if (isUpdate && configuration.updateKeys.isNotEmpty())
+        program = SignedProgram::open(path.toStdString(), configuration.updateKeys.toStdString());
+    if (!program.refusal.empty())
+        return refuse(path, program.refusal);
+    std::vector<std::string> words;
+    for (const auto& argument : arguments)
+        words.push_back(argument.toStdString());
+    return startChild(
+        path, { path.toStdString(), std::move(words), LaunchService::environment(), std::move(program.content) });
+}
+
 } // namespace
 
-ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments)
+ProcessHandle createProcess(const juce::String& path, const juce::StringArray& arguments, ProgramKind kind)
 {
-    auto process = startProcess(path, arguments);
+    auto process = startProcess(path, arguments, kind);
     constexpr int none = -1;
     recordStep(Step::launch, path, arguments.joinIntoString("\n"), process != nullptr ? process->getPid() : none);
     return process;

@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr Log logger { "platform/linux/IpcLink", "MsgSession" };
-constexpr const char* namePrefix = "com.corvane.";
+constexpr const char* namePrefix = busNamePrefix;
 constexpr const char* endpointPath = "/com/corvane/Endpoint";
 constexpr const char* endpointInterface = "com.corvane.Endpoint";
 constexpr const char* broadcastPath = "/com/corvane/Broadcast";

@@ -6,6 +6,9 @@
 namespace Platform
 {
 
+/** In front of a program's name, the name that it owns on the bus. */
+inline constexpr const char* busNamePrefix = "com.corvane.";
+
 /** Owners of what the bus library hands out. A slot that goes cancels its match, object or pending call. */
 struct SdBusDeleter
 {

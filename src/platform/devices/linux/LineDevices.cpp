@@ -62,21 +62,35 @@ public:
         return outcome(gpiod_line_set_value(line, level != 0 ? 1 : 0), "cannot be driven");
     }
 
+    juce::Result look(int offset) override
+    {
+        gpiod_line* line = nullptr;
+        if (auto result = find(offset, line); result.failed())
+            return result;
+        const char* holder = gpiod_line_consumer(line);
+        if (!gpiod_line_is_used(line) || (holder != nullptr && std::string_view(holder) == consumer))
+            return juce::Result::ok();
+        return juce::Result::fail("used by " + juce::String(holder != nullptr ? holder : "the kernel"));
+    }
+
 private:
     /** A line is asked for on its first use, as it is, and kept until the process ends. */
     juce::Result request(int offset, gpiod_line*& line)
+    {
+        if (auto result = find(offset, line); result.failed() || gpiod_line_is_requested(line))
+            return result;
+        const gpiod_line_request_config asItIs { consumer, GPIOD_LINE_REQUEST_DIRECTION_AS_IS, 0 };
+        return outcome(gpiod_line_request(line, &asItIs, 0), "cannot be had");
+    }
+
+    juce::Result find(int offset, gpiod_line*& line)
     {
         if (chip == nullptr)
             chip.reset(gpiod_chip_open(path.toRawUTF8()));
         if (chip == nullptr)
             return failure("no GPIO chip", errno);
         line = gpiod_chip_get_line(chip.get(), static_cast<unsigned>(offset));
-        if (line == nullptr)
-            return failure("no such line", errno);
-        if (gpiod_line_is_requested(line))
-            return juce::Result::ok();
-        const gpiod_line_request_config asItIs { consumer, GPIOD_LINE_REQUEST_DIRECTION_AS_IS, 0 };
-        return outcome(gpiod_line_request(line, &asItIs, 0), "cannot be had");
+        return line == nullptr ? failure("no such line", errno) : juce::Result::ok();
     }
 
     struct Close

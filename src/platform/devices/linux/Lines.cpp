@@ -46,18 +46,28 @@ public:
     bool use(int line, Operation operation)
     {
         const std::scoped_lock guard(lock);
-        const auto& configuration = Configuration::get();
-        if (chip == nullptr || path != configuration.gpio)
-        {
-            path = configuration.gpio;
-            chip = chipOf(path);
-        }
-        const auto mapped = configuration.gpioLines.find(line);
-        const int chipLine = mapped == configuration.gpioLines.end() ? line : mapped->second;
+        makeChip();
+        const int chipLine = Configuration::get().chipLine(line);
         return failures.check(line, path + " line " + juce::String(chipLine), operation(*chip, chipLine));
     }
 
+    juce::Result look(int line)
+    {
+        const std::scoped_lock guard(lock);
+        makeChip();
+        return chip->look(Configuration::get().chipLine(line));
+    }
+
 private:
+    void makeChip()
+    {
+        const auto& configured = Configuration::get().gpio;
+        if (chip != nullptr && path == configured)
+            return;
+        path = configured;
+        chip = chipOf(path);
+    }
+
     Mutex lock { Mutex::Guards::outside };
     juce::String path;
     std::unique_ptr<GpioChip> chip;
@@ -88,6 +98,11 @@ bool GpioFunc::setPinFunc(int line, int function)
     const auto operation = [function](GpioChip& chip, int chipLine) { return chip.setFunction(chipLine, function); };
     return recorded(
         Step::lineFunction, [&] { return GpioLines::get().use(line, operation); }, line, function);
+}
+
+juce::Result GpioFunc::look(int line)
+{
+    return GpioLines::get().look(line);
 }
 
 bool GpioFunc::writePin(int line, int level)

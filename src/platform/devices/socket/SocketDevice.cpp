@@ -1,18 +1,15 @@
 #include "platform/devices/socket/SocketDevice.h"
 
+#include "platform/config/Configuration.h"
+
 namespace Platform
 {
 
-namespace
-{
-
-constexpr const char* prefix = "socket:";
-
-} // namespace
-
 juce::String SocketDevice::pathOf(const juce::String& configured)
 {
-    return configured.startsWith(prefix) ? configured.fromFirstOccurrenceOf(prefix, false, false) : juce::String();
+    return Configuration::isSimulated(configured)
+               ? configured.fromFirstOccurrenceOf(Configuration::simulated, false, false)
+               : juce::String();
 }
 
 juce::Result SocketDevice::operate(std::span<const std::uint8_t> request, std::span<std::uint8_t> reply, size_t size)

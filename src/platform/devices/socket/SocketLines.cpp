@@ -12,7 +12,7 @@ namespace
 /** The lines are set on threads that have other work: a simulated chip answers at once or is not there. */
 constexpr int gpioTimeoutMs = 1000;
 
-enum GpioOperation { function = 0, write = 1 };
+enum GpioOperation { function = 0, write = 1, read = 2 };
 enum I2cDirection { writing = 0, reading = 1 };
 
 constexpr size_t statusSize = SocketDevice::statusSize;
@@ -30,6 +30,8 @@ public:
     juce::Result setFunction(int line, int number) override { return operate(line, GpioOperation::function, number); }
 
     juce::Result write(int line, int level) override { return operate(line, GpioOperation::write, level); }
+
+    juce::Result look(int line) override { return operate(line, GpioOperation::read, 0); }
 
 private:
     juce::Result operate(int line, GpioOperation operation, int value)

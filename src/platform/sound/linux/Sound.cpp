@@ -101,6 +101,17 @@ std::unique_ptr<LoopedSound> soundOf(const juce::File& file, juce::String& error
     return std::make_unique<LoopedSound>(std::move(samples), reader->sampleRate);
 }
 
+/** Of the default output, for both channels. */
+juce::Result openDefault(juce::AudioDeviceManager& device)
+{
+    const auto error = device.initialise(0, stereo, nullptr, true);
+    if (error.isNotEmpty())
+        return juce::Result::fail(error);
+    // Without a sound card there is neither an error nor a device.
+    return device.getCurrentAudioDevice() == nullptr ? juce::Result::fail("there is no sound card")
+                                                     : juce::Result::ok();
+}
+
 /** The open device, with JUCE's thread behind it, for as long as a sound plays: others may want it in between. */
 class Output
 {
@@ -119,14 +130,10 @@ public:
 
     juce::Result start()
     {
-        const auto error = device.initialise(0, stereo, nullptr, true);
-        if (error.isNotEmpty())
-            return juce::Result::fail(error);
-        // Without a sound card there is neither an error nor a device.
-        if (device.getCurrentAudioDevice() == nullptr)
-            return juce::Result::fail("there is no sound card");
-        device.addAudioCallback(&player);
-        return juce::Result::ok();
+        const auto result = openDefault(device);
+        if (result.wasOk())
+            device.addAudioCallback(&player);
+        return result;
     }
 
 private:
@@ -178,6 +185,22 @@ bool PlaySound(const juce::String& file)
 {
     return recorded(
         Step::sound, [&] { return play(file); }, file);
+}
+
+juce::Result checkSoundFile(const juce::String& file)
+{
+    juce::String error;
+    const auto sound = soundOf(juce::File(file), error);
+    return sound != nullptr ? juce::Result::ok() : juce::Result::fail(error);
+}
+
+juce::Result checkSoundCard(juce::String& name)
+{
+    juce::AudioDeviceManager device;
+    const auto result = openDefault(device);
+    if (result.wasOk())
+        name = device.getCurrentAudioDevice()->getName();
+    return result;
 }
 
 void releaseSound()
