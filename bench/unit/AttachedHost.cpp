@@ -2,11 +2,14 @@
 
 #include "bench/text/Names.h"
 #include "bench/unit/Child.h"
+#include "platform/base/Descriptor.h"
 #include "platform/config/Configuration.h"
 
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace Bench
 {
@@ -16,7 +19,17 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/** The path in "socket:PATH" into `path`. Empty when it is one, and nothing but a socket is there. */
+/** Whether somebody answers there, another bench for example. */
+bool isServed(const std::string& path)
+{
+    sockaddr_un name {};
+    name.sun_family = AF_UNIX;
+    path.copy(name.sun_path, sizeof name.sun_path - 1);
+    const Platform::Descriptor probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    return ::connect(probe.get(), reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0;
+}
+
+/** The path in "socket:PATH" into `path`. Empty when it is one, and nothing but a socket left over is there. */
 std::string findSocket(const char* key, const juce::String& value, std::string& path)
 {
     const std::string prefix = "socket:";
@@ -25,9 +38,9 @@ std::string findSocket(const char* key, const juce::String& value, std::string& 
     if (!path.starts_with(prefix))
         return std::string(key) + " is a real device, " + path + ": the bench serves \"socket:PATH\" alone";
     path.erase(0, prefix.size());
-    return fs::exists(path, none) && !fs::is_socket(path, none)
-               ? std::string(key) + ": there is something else at " + path
-               : std::string();
+    if (!fs::exists(path, none) || (fs::is_socket(path, none) && !isServed(path)))
+        return {};
+    return std::string(key) + ": somebody else is at " + path;
 }
 
 /** Empty when a link to a pseudo-terminal can be made there, or is left there from a former run. */
