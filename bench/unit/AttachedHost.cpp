@@ -120,12 +120,15 @@ std::string AttachedHost::findPlaces(Places& places)
 
 std::string AttachedHost::makeFolders(const Places& places)
 {
-    const auto& cameraHold = Platform::Configuration::get().cameraHoldFile.toStdString();
+    // The engine removes that file, so the folder is one of its own, and its group is the engine's.
+    const auto ofEngine = fs::path(Platform::Configuration::get().cameraHoldFile.toStdString()).parent_path();
+    if (auto error = made.folder(ofEngine); !error.empty())
+        return error;
     for (const auto& each :
-         { places.spi2, places.i2c1, places.gpio, places.mcuPort, places.remotePort, places.control, cameraHold })
-        if (auto error = made.folder(fs::path(each).parent_path()); !error.empty())
+         { places.spi2, places.i2c1, places.gpio, places.mcuPort, places.remotePort, places.control })
+        if (auto error = made.folder(fs::path(each).parent_path(), ofEngine); !error.empty())
             return error;
-    if (auto error = made.folder(places.media); !error.empty())
+    if (auto error = made.folder(places.media, ofEngine); !error.empty())
         return error;
     made.note(places.plot());
     made.note(commandOutput());

@@ -34,18 +34,18 @@ std::string shareWith(const fs::path& folder, const std::string& file)
     return giveTo(folder, file, readAndWrite);
 }
 
-std::string MadeFiles::folder(const fs::path& path)
+std::string MadeFiles::folder(const fs::path& path, const fs::path& like)
 {
     constexpr mode_t enter = 0750;
     std::error_code error;
     if (fs::is_directory(path, error))
         return {};
-    if (auto above = path.has_relative_path() ? folder(path.parent_path()) : path.string(); !above.empty())
+    if (auto above = path.has_relative_path() ? folder(path.parent_path(), like) : path.string(); !above.empty())
         return above;
     if (!fs::create_directory(path, error))
         return path.string() + ": " + (error ? error.message() : "is no folder");
     made.push_back(path);
-    return giveTo(path.parent_path(), path, enter);
+    return giveTo(like.empty() ? path.parent_path() : like, path, enter);
 }
 
 std::string MadeFiles::file(const fs::path& path)

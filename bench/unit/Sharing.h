@@ -18,8 +18,8 @@ public:
 
     // Empty on success, else what failed.
 
-    /** A folder and those above it, where they are missing, each for the group of the one above it. */
-    std::string folder(const std::filesystem::path& path);
+    /** A folder and those above it, where they are missing, for the group of another folder or else of the one above. */
+    std::string folder(const std::filesystem::path& path, const std::filesystem::path& like = {});
     /** An empty file that the group of its folder may write, in place of an old one. */
     std::string file(const std::filesystem::path& path);
     /** In place of an old link. */
