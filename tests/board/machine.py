@@ -65,7 +65,8 @@ class Machine:
     def boot(self):
         log = open(self.root.with_suffix(".log"), "ab")
         self.container = subprocess.Popen(
-            ["systemd-nspawn", "--quiet", "--boot", "--directory", str(self.root), "--register=no", "--keep-unit",
+            ["setpriv", "--pdeathsig", "KILL",  # with whoever tests
+             "systemd-nspawn", "--quiet", "--boot", "--directory", str(self.root), "--register=no", "--keep-unit", "--private-network",
              "--link-journal=no", "--console=pipe", "--kill-signal=SIGRTMIN+3"],
             stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
         self.leader = int(eventually("the container's first process", self._first_process))

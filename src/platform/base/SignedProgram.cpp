@@ -100,7 +100,10 @@ private:
 
 Key readKey(const std::filesystem::path& path)
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
+    std::error_code isMissing;
+    const bool isFile = std::filesystem::is_regular_file(path, isMissing); // a pipe would keep whoever opens it
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(isFile ? std::fopen(path.c_str(), "re") : nullptr,
+                                                               std::fclose);
     Key key(file != nullptr ? PEM_read_PUBKEY(file.get(), nullptr, nullptr, nullptr) : nullptr, EVP_PKEY_free);
     const auto type = key != nullptr ? EVP_PKEY_get_base_id(key.get()) : EVP_PKEY_NONE;
     if (type != EVP_PKEY_ED25519 && type != EVP_PKEY_EC && type != EVP_PKEY_RSA)

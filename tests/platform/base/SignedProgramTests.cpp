@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 using namespace Platform;
 using testing::HasSubstr;
@@ -82,6 +83,8 @@ TEST_F(SignedProgramTest, AnyKeyOfTheFolderMaySign)
     }
     sign(SigningKey::ed25519(), script);
     EXPECT_EQ(refusal(), "no key in " + keys + " has signed it (not usable: broken.pem)");
+    ASSERT_EQ(::mkfifo((keys + "pipe.pem").c_str(), 0600), 0);
+    EXPECT_THAT(refusal(), HasSubstr("pipe.pem")) << "and nobody waits for its other end";
 }
 
 TEST_F(SignedProgramTest, WhatIsNotWholeIsRefused)
