@@ -136,8 +136,10 @@ void HostcommDev::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, c
 
 void HostcommDev::openPort()
 {
+    constexpr bool awaitDevice = true; // its driver may be later than the engine
     if (port != nullptr)
-        port->open(Platform::CorvaneConfig::getMcuUartName(), Platform::CorvaneConfig::getMcuUartBandRate());
+        port->open(Platform::CorvaneConfig::getMcuUartName(), Platform::CorvaneConfig::getMcuUartBandRate(),
+                   awaitDevice);
 }
 
 } // namespace LowLayer

@@ -261,6 +261,19 @@ TEST_F(EngineProcessTest, WaitsForTheCameraAndEndsCleanlyOnSigterm)
     EXPECT_EQ(outcome.status, "exit 0") << outcome.output;
 }
 
+/** At the start of a board a driver may be later than the engine. */
+TEST_F(EngineProcessTest, WaitsForThePortOfTheMicrocontroller)
+{
+    const auto late = folder.getChildFile("mcu");
+    const auto file = writeConfiguration();
+    file.replaceWithText(file.loadFileAsString().replace(terminal.name, late.getFullPathName()));
+    start({ "--config", file.getFullPathName() });
+    EXPECT_TRUE(eventually([&] { return folder.getChildFile("log").loadFileAsString().contains("cannot open"); }));
+    ASSERT_TRUE(juce::File(terminal.name).createSymbolicLink(late, false));
+    EXPECT_TRUE(terminal.hears());
+    EXPECT_EQ(terminate().status, "exit 0");
+}
+
 /** The service manager's watchdog is fed while the camera has the screen, and later as long as every thread gets on. */
 TEST_F(EngineProcessTest, FeedsTheWatchdogUntilAThreadIsStuck)
 {
