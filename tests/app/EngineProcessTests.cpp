@@ -227,14 +227,16 @@ TEST_F(EngineProcessTest, SaysItsVersionAndRefusesABadConfigurationInOneLine)
 /** A driver that hangs, here a key that nobody ever writes, costs one row and some seconds; the others are looked at. */
 TEST_F(EngineProcessTest, ACheckComesToItsEndWhateverHangs)
 {
-    const auto keys = folder.getChildFile("keys");
-    keys.createDirectory();
-    ASSERT_EQ(mkfifo(keys.getChildFile("a.pem").getFullPathName().toRawUTF8(), 0600), 0);
-    const auto file = writeConfiguration("[update]\nkeys = \"keys/\"\n");
+    const auto resources = folder.getChildFile("resources");
+    resources.createDirectory();
+    ASSERT_EQ(mkfifo(resources.getChildFile("CommonRes.spp").getFullPathName().toRawUTF8(), 0600), 0);
+    const auto file = writeConfiguration();
+    file.replaceWithText(
+        file.loadFileAsString().replace(HEADUNIT_BUILD_DIR "/resources/", resources.getFullPathName() + "/"));
     start({ "--check", "--config", file.getFullPathName() });
     const auto checked = finish();
     EXPECT_EQ(checked.status, "exit 1");
-    for (const auto* row : { "update keys              no answer within 8 seconds", "pages without a program",
+    for (const auto* row : { "no answer within 8 seconds", "pages without a program",
                              "power and wiring of the microcontroller", "The unit lacks something" })
         EXPECT_TRUE(checked.output.contains(row)) << row << " in " << checked.output;
     EXPECT_FALSE(folder.getChildFile("registry").exists()) << "a look makes nothing";
