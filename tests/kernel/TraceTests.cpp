@@ -74,10 +74,10 @@ TEST_F(TraceTest, FollowsAChainOfMessagesOverTwoGroups)
                     handled.push_back(event);
             return handled.size() == hops + 1;
         }));
+    std::ranges::sort(handled, {}, &Event::begin); // the first may end when the second has ended
     EXPECT_EQ(handled.front().origin.thread, before.thread);
     EXPECT_GE(handled.front().origin.at, before.at);
     EXPECT_EQ(handled.front().numbers, (Trace::Numbers { 40, relayMessage, hops, 7, -1 }));
-    std::ranges::sort(handled, {}, &Event::begin); // the first may end when the second has ended
     for (std::size_t i = 1; i < handled.size(); ++i)
     {
         const auto& cause = handled[i - 1];
