@@ -116,9 +116,9 @@ LaunchAnswer LaunchAnswer::parse(const std::string& text)
     LaunchAnswer answer;
     const auto is = [&](const char* key, auto check)
     { return content.is_object() && content.contains(key) && check(content[key]); };
-    if (is("pid", [](const Json& pid) { return pid.is_number_integer() && pid > 0 && pid <= INT32_MAX; }))
+    if (is("pid", [](const Json& number) { return number.is_number_integer() && number > 0 && number <= INT32_MAX; }))
         answer.pid = content["pid"].get<int>();
-    else if (is("ended", [](const Json& ended) { return ended == true; }))
+    else if (is("ended", [](const Json& flag) { return flag == true; }))
         answer.ended = true;
     else if (is("error", isText))
         answer.error = content["error"].get<std::string>();
