@@ -330,8 +330,10 @@ void ViewManager::handleTopShown(int page)
 
 void ViewManager::handleProgramThere(int appType)
 {
-    // It was away with the bus, and the order to show its page with it.
-    if (showState == kNormal && nextPage == NUM_OF_PAGES && currentPageState != kAppShow &&
+    // It was away with the bus, and the order to show its page with it, now or before.
+    if (showState == kShowing && appTypeOfPage(nextPage) == appType)
+        showNextPage();
+    else if (showState == kNormal && nextPage == NUM_OF_PAGES && currentPageState != kAppShow &&
         appTypeOfPage(currentPage) == appType)
         handleRequestShow(currentPage);
 }

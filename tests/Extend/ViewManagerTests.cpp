@@ -356,6 +356,8 @@ TEST_F(ViewManagerTest, AProgramThatComesBackToTheBusIsToldToShowItsPage)
     };
     hello();
     EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
+    hello();
+    EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio))) << "the bus has gone once more, before the answer was due";
     says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
     hello();
     EXPECT_TRUE(takeSent().empty());
