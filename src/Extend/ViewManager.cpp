@@ -334,7 +334,7 @@ void ViewManager::handleProgramThere(int appType)
     if (showState == kShowing && appTypeOfPage(nextPage) == appType)
         showNextPage();
     else if (showState == kNormal && nextPage == NUM_OF_PAGES && currentPageState != kAppShow &&
-        appTypeOfPage(currentPage) == appType)
+             appTypeOfPage(currentPage) == appType)
         handleRequestShow(currentPage);
 }
 
