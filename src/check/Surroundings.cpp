@@ -33,19 +33,13 @@ std::string textOf(int error)
 int connect(Platform::SdBus& bus, const std::string& address)
 {
     constexpr std::uint64_t limitUs = 2'000'000;
-    sd_bus* raw = nullptr;
-    int result = sd_bus_new(&raw);
-    bus.reset(raw);
+    int result = Platform::prepareBus(bus, address);
     if (result >= 0)
-        result = sd_bus_set_address(raw, address.c_str());
+        result = sd_bus_set_method_call_timeout(bus.get(), limitUs);
     if (result >= 0)
-        result = sd_bus_set_bus_client(raw, 1);
-    if (result >= 0)
-        result = sd_bus_set_method_call_timeout(raw, limitUs);
-    if (result >= 0)
-        result = sd_bus_start(raw);
+        result = sd_bus_start(bus.get());
     const char* ownName = nullptr;
-    return result >= 0 ? sd_bus_get_unique_name(raw, &ownName) : result;
+    return result >= 0 ? sd_bus_get_unique_name(bus.get(), &ownName) : result;
 }
 
 /** "headunit-engine (process 812)" */

@@ -135,13 +135,9 @@ bool Service::connect()
     if (Platform::Clock::now() < nextAttempt)
         return false;
     nextAttempt = Platform::Clock::now() + retryPause;
-    sd_bus* raw = nullptr;
-    int result = sd_bus_new(&raw);
-    Platform::SdBus fresh(raw);
-    if (result >= 0)
-        result = sd_bus_set_address(raw, Platform::IPCMsg::MessageHelper::busAddress().c_str());
-    if (result >= 0)
-        result = sd_bus_set_bus_client(raw, 1);
+    Platform::SdBus fresh;
+    int result = Platform::prepareBus(fresh, Platform::IPCMsg::MessageHelper::busAddress());
+    auto* raw = fresh.get();
     if (result >= 0)
         result = sd_bus_negotiate_fds(raw, 1);
     if (result >= 0)

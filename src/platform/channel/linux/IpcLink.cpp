@@ -74,15 +74,9 @@ std::string IpcLink::busAddress()
 
 int IpcLink::start(const std::string& address)
 {
-    sd_bus* raw = nullptr;
-    int result = sd_bus_new(&raw);
-    bus.reset(raw);
+    int result = prepareBus(bus, address);
     if (result >= 0)
-        result = sd_bus_set_address(raw, address.c_str());
-    if (result >= 0)
-        result = sd_bus_set_bus_client(raw, 1);
-    if (result >= 0)
-        result = sd_bus_start(raw);
+        result = sd_bus_start(bus.get());
     // Who comes after the listening began is reported, who was there before is listed: nobody is missed.
     for (const auto step :
          { &IpcLink::exportObject, &IpcLink::listenForOwners, &IpcLink::listenForBroadcasts, &IpcLink::listNames })

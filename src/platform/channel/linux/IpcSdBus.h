@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <systemd/sd-bus.h>
 
 namespace Platform
@@ -20,5 +21,16 @@ struct SdBusDeleter
 using SdBus = std::unique_ptr<sd_bus, SdBusDeleter>;
 using SdBusSlot = std::unique_ptr<sd_bus_slot, SdBusDeleter>;
 using SdBusMessage = std::unique_ptr<sd_bus_message, SdBusDeleter>;
+
+/** A connection to the bus of this address, which is yet to be started. The negative error number on failure. */
+inline int prepareBus(SdBus& bus, const std::string& address)
+{
+    sd_bus* raw = nullptr;
+    int result = sd_bus_new(&raw);
+    bus.reset(raw);
+    if (result >= 0)
+        result = sd_bus_set_address(raw, address.c_str());
+    return result >= 0 ? sd_bus_set_bus_client(raw, 1) : result;
+}
 
 } // namespace Platform
