@@ -330,11 +330,10 @@ void ViewManager::handleTopShown(int page)
 
 void ViewManager::handleProgramThere(int appType, bool again)
 {
-    // It was away, and the order to show its page went with the bus or could not go out. A new one may have been told already.
-    const bool orderWentOut = getTimerInterval(showTimer) > atOnceMs;
+    // It was away with the bus, and the order to show its page with it, now or before. For a new one an order has waited.
     if (showState == kShowing && appTypeOfPage(nextPage) == appType)
     {
-        if (again || !orderWentOut)
+        if (again)
             showNextPage();
     }
     else if (showState == kNormal && nextPage == NUM_OF_PAGES && currentPageState != kAppShow &&
