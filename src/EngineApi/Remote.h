@@ -10,6 +10,7 @@ namespace EngineApi
 {
 
 using enum Platform::RemoteMessageId;
+using enum Platform::RemoteCode;
 
 /** Connection states of a program; the names are "kDisconnect" ... */
 enum ProgramState : int {
