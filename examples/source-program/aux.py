@@ -50,8 +50,10 @@ class Program:
         self.post(hu.RMSG_APP_HELLO, hu.AppAuxIn)
 
     def obey(self, bundle):
-        line = bundle.get(hu.commandLineKey, {})
-        what, page = line.get(hu.typeKey), line.get(hu.pageKey)
+        line = bundle.get(hu.commandLineKey)
+        if not isinstance(line, dict) or not isinstance(line.get(hu.pageKey), int):
+            return
+        what, page = line.get(hu.typeKey), line[hu.pageKey]
         print("told:", what, page, flush=True)  # from a sourceEnter to its sourceExit the input is heard
         if what == hu.pageShow or (what == hu.sourceEnter and line.get(hu.onTopKey)):
             self.post(hu.RMSG_PAGE_REQUEST_SHOW, page)
