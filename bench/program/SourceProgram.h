@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EngineApi/ProgramTimes.h"
 #include "bench/program/ControlChannel.h"
 #include "bench/program/ProgramModel.h"
 
@@ -38,7 +39,7 @@ public:
 
     ProgramModel& getModel() { return model; }
 
-    static constexpr int engineAwayLimitMs = 10'000;
+    static constexpr int engineAwayLimitMs = EngineApi::engineAwayMs;
 
 private:
     void onRemoteMessage(Platform::RemoteMessage::Ptr message) override;

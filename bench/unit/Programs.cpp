@@ -21,7 +21,7 @@ namespace
 
 constexpr std::chrono::seconds endLimit { 10 };
 /** Sub-code of RMSG_APP_EVENT: a page was chosen in the menu. */
-constexpr int menuPageChosen = 5;
+constexpr int menuPageChosen = Platform::appEventMenuPage;
 
 std::string programStream(int appType)
 {

@@ -1,6 +1,7 @@
 #include "Extend/ExeMonitor.h"
 
 #include "EngineApi/Catalogue.h"
+#include "EngineApi/ProgramTimes.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "kernel/Trace.h"
@@ -24,9 +25,6 @@ namespace
 
 constexpr Platform::Log logger { "Extend/ExeMonitor_win32", "ExeMonitor" };
 
-constexpr int heartbeatPeriodMs = 6000;
-constexpr int closingPeriodMs = 1500;
-constexpr int toleratedFailedHeartbeats = 5;
 constexpr int anyProcess = -1;
 constexpr const char* commandLineOption = "--command-line";
 

@@ -1,6 +1,7 @@
 #include "Extend/ViewManager.h"
 
 #include "EngineApi/Pages.h"
+#include "EngineApi/ProgramTimes.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "kernel/Trace.h"
@@ -18,9 +19,6 @@ namespace
 
 constexpr Platform::Log logger { "Extend/ViewManager", "ViewManager" };
 
-constexpr int requestDelayMs = 1500;
-constexpr int answerTimeoutMs = 1500;
-constexpr int reportTimeoutMs = 400;
 /** Where no answer can come. */
 constexpr int atOnceMs = 1;
 
