@@ -46,6 +46,7 @@ public:
         bool fromUnit;
         int command;
         Bytes data;
+        bool toEverybody = false; ///< as in McuMessage
     };
     /** Each frame once, in the order in which they travel, after the microcontroller's own part. */
     using Listener = std::function<void(const Frame& frame)>;
@@ -57,6 +58,8 @@ public:
     void addListener(Listener listener) { listeners.push_back(std::move(listener)); }
     /** Told of each source that both sides agree on, before the journal is. */
     void setSourceListener(std::function<void(Source)> listener) { sourceListener = std::move(listener); }
+    /** Told of each `reset`, when it has happened. */
+    void setResetListener(std::function<void()> listener) { resetListener = std::move(listener); }
     /** The unit is about to start again: its numbering begins anew, and what is left of the old run is thrown away. */
     void unitRestarts();
 
@@ -139,6 +142,7 @@ private:
     SerialLine& line;
     std::vector<Listener> listeners;
     std::function<void(Source)> sourceListener = [](Source) {};
+    std::function<void()> resetListener = [] {};
     McuSeries ownSeries { journal };
     State current;
     std::optional<Clock::time_point> lastHeartbeat;
@@ -158,7 +162,7 @@ private:
     void onFrame(const McuFrame& frame);
     void onAck(const McuFrame& frame);
     void act(const McuFrame& frame);
-    void tell(bool fromUnit, const McuFrame& frame) const;
+    void tell(const Frame& frame) const;
     void askForSource(Source source);
     void take(Source source);
     void agreed(Source source);

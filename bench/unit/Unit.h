@@ -86,8 +86,9 @@ public:
     Live<PowerSupply> supply { loop, mcu };
     Live<Tuner> tuner { loop, journal, mcu };
     Live<TestEquipment> testEquipment { loop, journal, mcu };
-    Live<NetworkDisplay> networkDisplay { loop, journal, mcu };
-    Live<NetworkLog> networkLog { loop, journal, mcu, loop };
+    Live<NetworkNode> networkNode { loop, mcu };
+    Live<NetworkDisplay> networkDisplay { loop, journal, mcu, networkNode };
+    Live<NetworkLog> networkLog { loop, journal, mcu, networkNode, loop };
     Live<WiredRemote> remote { loop, journal, remoteLine };
     Live<VideoDecoder> videoDecoder { loop, journal, i2c };
     Live<GpioLines> gpio { loop, journal, gpioLines };
