@@ -90,6 +90,7 @@ Verbs programVerbs()
         { "bt connect [NAME...]", "A phone comes.", tell(AppBluetooth) },
         { "bt disconnect", "It goes.", tell(AppBluetooth) },
         { "bt call [NAME...]", "It rings.", tell(AppBluetooth) },
+        { "bt answer", "The call is taken.", tell(AppBluetooth) },
         { "bt hang-up", "The call ends.", tell(AppBluetooth) },
         { "bt paired", "A phone has been paired.", tell(AppBluetooth) },
         { "bt link open|closed", "The way for data to the phone.", tell(AppBluetooth) },

@@ -36,6 +36,7 @@ ProgramModel::ProgramModel(int ownType, juce::String firstLine, Outside& outside
     , firstCommandLine(std::move(firstLine))
     , shownPage(NUM_OF_PAGES)
     , source(NUM_OF_PAGES)
+    , playing(NUM_OF_PAGES)
 {
 }
 
@@ -68,7 +69,8 @@ void ProgramModel::handle(const RemoteMessage& message)
     case RMSG_ENGINE_STARTED:
         // Who shows what is the engine's decision; a new one starts with an empty screen.
         if (shownPage != NUM_OF_PAGES)
-            hidePage(shownPage, "hidden");
+            giveUpPage(shownPage, "hidden");
+        outside.clear();
         sayHello();
         break;
     case RMSG_APP_HELLO_ACK:
@@ -88,11 +90,14 @@ void ProgramModel::handle(const RemoteMessage& message)
         send(RMSG_PAGE_SHOW_READY, message.arg1);
         break;
     case RMSG_PAGE_HIDE:
-        hidePage(message.arg1, "hidden");
+        // It is seen until the next page is there: between the two the screen is not to be bare.
+        giveUpPage(message.arg1, "hidden");
         send(RMSG_PAGE_HIDE_READY, message.arg1);
         break;
     case RMSG_PAGE_COVERED:
-        hidePage(message.arg1, "covered");
+        giveUpPage(message.arg1, "covered");
+        if (shownPage == NUM_OF_PAGES)
+            outside.clear();
         break;
     case RMSG_SOURCE_STOP:
         report("stop", {});
@@ -186,13 +191,10 @@ void ProgramModel::showPage(int page)
     outside.reportPage("shown", page);
 }
 
-void ProgramModel::hidePage(int page, const char* change)
+void ProgramModel::giveUpPage(int page, const char* change)
 {
     if (page == shownPage)
-    {
         shownPage = NUM_OF_PAGES;
-        outside.hide();
-    }
     outside.reportPage(change, page);
 }
 
@@ -216,6 +218,12 @@ void ProgramModel::showOnRemote(const juce::String& line1, const juce::String& l
     texts->putString(BundleKeys::remoteLine2Key, line2);
     texts->putInt(BundleKeys::remoteColumn2Key, 0);
     send(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
+}
+
+void ProgramModel::setPlaying(int page)
+{
+    playing = page;
+    outside.contentChanged();
 }
 
 void ProgramModel::choosePage(int page)

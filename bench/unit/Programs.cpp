@@ -41,6 +41,7 @@ Programs::Programs(Loop& loopToUse, Journal& journalToUse)
     : loop(loopToUse)
     , journal(journalToUse)
     , front(NUM_OF_PAGES)
+    , playing(NUM_OF_PAGES)
 {
     server.connected = [this](int connection, int pid) { pidOfConnection[connection] = pid; };
     server.received = [this](int connection, PacketLine::Packet packet) { onPacket(connection, packet); };
@@ -137,6 +138,7 @@ void Programs::onHello(int connection, int appType, const std::string& commandLi
     journal.add(programStream(appType), "running", at);
     if (!commandLine.empty())
         journal.add(programStream(appType), "started with " + commandLine, at);
+    tellSurroundings(appType);
 }
 
 void Programs::onClosed(int connection)
@@ -146,6 +148,8 @@ void Programs::onClosed(int connection)
     if (appType == AppUnknown)
         return;
     programs.erase(appType);
+    if (const auto* info = pageInfo(playing); info != nullptr && info->appType == appType)
+        setPlaying(NUM_OF_PAGES);
     std::erase_if(shown, [&](int page) { return pageInfo(page)->appType == appType; });
     journal.add(programStream(appType), "gone");
     if (const auto* info = pageInfo(front); info != nullptr && info->appType == appType)
@@ -177,9 +181,37 @@ void Programs::onCommandLine(int appType, const std::string& text)
         source = named;
     else if (what == "sourceExit" && source == named)
         source = NUM_OF_PAGES;
+    if (what == "sourceEnter" && !isRearZone(named))
+        setPlaying(named);
+    else if (what == "sourceExit" && named == playing)
+        setPlaying(NUM_OF_PAGES);
     // A page that hides comes back when it is in front of its own source; any other has been left.
     if (what == "sourceExit" || (what == "pageHide" && source != named))
         std::erase(shown, named);
+}
+
+void Programs::tellSurroundings(int appType)
+{
+    order(appType, { { "order", "surroundings" }, { "night", night }, { "plays", playing } });
+}
+
+void Programs::tellSurroundings()
+{
+    for (const auto& [appType, program] : programs)
+        tellSurroundings(appType);
+}
+
+void Programs::setPlaying(int page)
+{
+    playing = page;
+    tellSurroundings();
+}
+
+void Programs::setNight(bool on)
+{
+    const Loop::Turn turn(loop);
+    night = on;
+    tellSurroundings();
 }
 
 std::vector<int> Programs::pageStack() const

@@ -51,6 +51,8 @@ public:
     bool hang(int appType);                                     ///< stops altogether, like a program in an endless loop
     bool wakeUp(int appType);                                   ///< ends `hang`
     bool exit(int appType);                                     ///< ends properly
+    /** The colours of their pages, also of programs that start later: those of the night, or of the day. */
+    void setNight(bool on);
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
     /** Gives the program an order of its own ("connect analog"). Empty when it was carried out, else what is wrong. */
@@ -80,6 +82,8 @@ private:
     std::map<int, int> pidOfConnection;
     int front;
     std::vector<int> shown; ///< pages, the last one first
+    bool night = false;
+    int playing; ///< the page whose source plays in the front zone; a program may play in the rear, too
 
     void onPacket(int connection, PacketLine::Packet packet);
     void onHello(int connection, int appType, const std::string& commandLine, Clock::time_point at);
@@ -87,6 +91,10 @@ private:
     void onPage(int page, const std::string& change, Clock::time_point at);
     void onCommandLine(int appType, const std::string& text);
     void setFront(int page, Clock::time_point at);
+    /** Day or night, and what plays. */
+    void tellSurroundings(int appType);
+    void tellSurroundings();
+    void setPlaying(int page);
     int appOfConnection(int connection) const;
     int carrierFor(int appType) const;
     bool order(int appType, const nlohmann::json& what, const std::string* fault = nullptr);
