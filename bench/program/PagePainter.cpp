@@ -253,15 +253,12 @@ void PagePainter::paintCurve()
     };
     const auto& scale = content.levels.front();
     const auto track = trackOf(layout.levels.front());
+    const auto pointOf = [&](const juce::Point<double>& point)
+    { return juce::Point<float>(xOf(octave(point.x)), heightOn(track, scale, static_cast<float>(point.y))); };
     juce::Path line;
-    for (const auto& [hz, position] : content.curve)
-    {
-        const juce::Point<float> point(xOf(octave(hz)), heightOn(track, scale, static_cast<float>(position)));
-        if (line.isEmpty())
-            line.startNewSubPath(point);
-        else
-            line.lineTo(point);
-    }
+    line.startNewSubPath(pointOf(content.curve.front()));
+    for (const auto& point : content.curve)
+        line.lineTo(pointOf(point));
     const juce::Graphics::ScopedSaveState unclipped(g);
     g.reduceClipRegion(layout.list.reduced(1));
     const auto flat = heightOn(track, scale, 0.0f);
