@@ -216,13 +216,15 @@ int converseAtTerminal(Console& commands, const Unit& unit, const Choices& choic
 int main(int argc, char** argv)
 {
     for (const auto& [word, program] :
-         { std::pair("simulate", "headunit-simulation"), std::pair("replay", "headunit-replay") })
+         { std::pair("simulate", "headunit-simulation"), std::pair("replay", "headunit-replay"),
+           std::pair("check-program", "headunit-checker") })
         if (argc > 1 && std::string_view(argv[1]) == word)
             return become(program, argv + 1);
     Choices choices;
     CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
     app.footer("headunit-bench simulate --help tells of the same unit in simulated time, "
-               "headunit-bench replay --help of recordings.");
+               "headunit-bench replay --help of recordings, headunit-bench check-program --help of what checks a "
+               "source program.");
     choices.offerTo(app);
     CLI11_PARSE(app, argc, argv);
     if (choices.printVerbs)
