@@ -44,9 +44,7 @@ constexpr Rule table[] {
     { "P16",
       "When com.corvane.AppMain gets another owner it says hello again, in the same process; when that engine says "
       "RMSG_ENGINE_STARTED it takes its page off the screen and says hello once more." },
-    { "P17",
-      "When the bus is gone it stays, connects again to the same address whatever the bus's identity (guid) is, owns "
-      "its name and says hello again." },
+    { "P17", "When the bus is gone it stays, connects again at the same address, owns its name and says hello again." },
     { "P18",
       "It plays on while the engine or the bus is away, and exits by itself with status 0 when {engineAwayMs} have "
       "passed without the engine." },

@@ -280,8 +280,9 @@ bool Exchange::isThere(const char* rule)
     if (wait(Clock::now() + patient(milliseconds(engineAwayMs)), [this] { return !owner.empty(); }))
         return true;
     if (problem.empty())
-        add(rule, status >= 0 ? "it ended (" + Bench::describeStatus(status) + ") before it owned " + ownName
-                              : "it did not own " + ownName + " within " + timeText(milliseconds(engineAwayMs)));
+        add(rule, status >= 0
+                      ? "it ended (" + Bench::describeStatus(status) + ") before it owned " + ownName
+                      : "it did not own " + ownName + " within " + timeText(patient(milliseconds(engineAwayMs))));
     return false;
 }
 
@@ -299,8 +300,17 @@ bool Exchange::requestIsDue(int page, const char* rule)
 
 bool Exchange::hasEndpoint()
 {
-    wait(Clock::now() + patient(milliseconds(answerTimeoutMs)), [this] { return isAskedAnswered; });
-    return !isEndpointMissing && !isGone("P2");
+    const auto limit = patient(milliseconds(answerTimeoutMs));
+    wait(Clock::now() + limit, [this] { return isAskedAnswered; });
+    if (noEndpoint.empty())
+        return !isGone("P2");
+    // A library may say so of a method that gives no answer: what it does when it is told something is the proof.
+    tell(RMSG_PAGE_HIDE, page());
+    const bool hears = wait(Clock::now() + limit, [this] { return debts.empty(); });
+    debts.clear();
+    if (!hears && problem.empty())
+        add("P1", std::string("a call of Post at ") + endpointPath + " failed: " + noEndpoint);
+    return hears;
 }
 
 Clock::time_point Exchange::lastLimit() const
@@ -321,10 +331,11 @@ bool Exchange::isAnswered()
         return false;
     const bool complete = debts.empty();
     for (const auto& debt : debts)
-        add(debt.rule.c_str(), debt.cause +
-                                   (hasEnded() ? ", it ended (" + Bench::describeStatus(status) + ") and did not say "
-                                               : ", it did not say ") +
-                                   words(debt.what, debt.arg1) + (hasEnded() ? "" : " within " + timeText(debt.limit)));
+        add(debt.rule, debt.cause +
+                           (hasEnded() ? ", it ended (" + Bench::describeStatus(status) + ") and did not say "
+                                       : ", it did not say ") +
+                           words(debt.what, debt.arg1) +
+                           (hasEnded() ? "" : " within " + timeText(patient(debt.limit))));
     debts.clear();
     return complete;
 }
@@ -360,7 +371,7 @@ bool Exchange::ends(const char* rule, const char* cause, milliseconds earliest, 
         return false;
     if (!hasEnded())
         add(rule, prefix + (status >= 0 ? "ended, but left its name to another process"
-                                        : "did not end within " + timeText(latest)));
+                                        : "did not end within " + timeText(patient(latest))));
     else if (status != 0)
         add(rule, prefix + "ended with " + Bench::describeStatus(status) + " and not with exit 0");
     else if (took < earliest)
@@ -384,13 +395,17 @@ bool Exchange::becomesVisible(bool visible)
     return Bench::isPageShown(display.name()) == visible;
 }
 
-void Exchange::add(const char* rule, const std::string& what)
+void Exchange::add(const std::string& rule, const std::string& what)
 {
-    note(std::string("✗ ") + rule + ": " + what);
+    note("✗ " + rule + ": " + what);
     // One of a kind is enough to go on.
-    const auto isSame = [&](const Fault& fault) { return fault.rule == rule; };
-    if (std::none_of(faults.begin(), faults.end(), isSame))
+    if (!isBroken(rule))
         faults.push_back({ rule, what });
+}
+
+bool Exchange::isBroken(const std::string& rule) const
+{
+    return std::any_of(faults.begin(), faults.end(), [&](const Fault& fault) { return fault.rule == rule; });
 }
 
 std::vector<std::string> Exchange::getTrace() const
@@ -435,8 +450,7 @@ void Exchange::settle(std::vector<Debt>::iterator debt)
 {
     const auto took = since(debt->since);
     if (floodRule.empty() && took > patient(debt->limit))
-        add(debt->rule.c_str(),
-            debt->cause + ", it said " + words(debt->what, debt->arg1) + " only after " + timeText(took));
+        add(debt->rule, debt->cause + ", it said " + words(debt->what, debt->arg1) + " only after " + timeText(took));
     const auto first = std::find_if(debts.begin(), debt, [](const Debt& each) { return isPageAnswer(each.what); });
     if (isPageAnswer(debt->what) && first != debt)
         add("P13", "it said " + words(debt->what, debt->arg1) + " before " + words(first->what, first->arg1));
@@ -452,24 +466,29 @@ void Exchange::onUnasked(const RemoteMessage& message)
     const auto said = "it said " + words(what, message.arg1);
     // It is probably meant for what is owed, with a wrong argument.
     const auto meant = std::find_if(debts.begin(), debts.end(), [&](const Debt& each) { return each.what == what; });
-    const bool isAnswer = isPageAnswer(what) || what == RMSG_PAGE_TOP_SHOWN;
-    const bool isRequest = what == RMSG_PAGE_REQUEST_SHOW;
     if (meant != debts.end())
     {
-        add(meant->rule.c_str(), meant->cause + ", " + said + " and not " + words(meant->what, meant->arg1));
+        add(what == RMSG_APP_HELLO ? "P2" : meant->rule,
+            meant->cause + ", " + said + " and not " + words(meant->what, meant->arg1));
         debts.erase(meant);
         lastSettled = Clock::now();
+        return;
     }
-    else if ((isAnswer || isRequest) && !unaskedRule.empty())
-        add(unaskedRule.c_str(), said + ", which nothing asked for");
-    else if ((isAnswer || isRequest) && lastTold == RMSG_PAGE_COVERED)
+    const bool isRequest = what == RMSG_PAGE_REQUEST_SHOW;
+    const std::string usualRule = isRequest ? "P5" : isPageAnswer(what) ? "P7" : "";
+    if (usualRule.empty() && what != RMSG_PAGE_TOP_SHOWN)
+        return;
+    // One that says it anyhow does not say it for what it was just told.
+    if (!unaskedRule.empty() && !isBroken(usualRule))
+        add(unaskedRule, said + ", which nothing asked for");
+    else if (lastTold == RMSG_PAGE_COVERED && !isBroken(usualRule))
         add("P9", "told RMSG_PAGE_COVERED, " + said);
     else if (isRequest)
-        add("P5", std::count(askedFor.begin(), askedFor.end(), message.arg1) > 1
-                      ? said + " again while it waited"
-                      : said + ", and no command line wants the page in front");
-    else if (isPageAnswer(what))
-        add("P7", said + " without being told to");
+        add(usualRule, std::count(askedFor.begin(), askedFor.end(), message.arg1) > 1
+                           ? said + " again while it waited"
+                           : said + ", and no command line wants the page in front");
+    else if (!usualRule.empty())
+        add(usualRule, said + " without being told to");
 }
 
 void Exchange::onOwner(const std::string& name, const std::string& connection)
@@ -491,9 +510,7 @@ void Exchange::onOwner(const std::string& name, const std::string& connection)
 void Exchange::onAsked(const std::string& error)
 {
     isAskedAnswered = true;
-    isEndpointMissing = !error.empty();
-    if (isEndpointMissing)
-        add("P1", std::string("a call of Post at ") + endpointPath + " failed: " + error);
+    noEndpoint = error;
 }
 
 bool Exchange::isGone(const std::string& rule)
@@ -501,8 +518,7 @@ bool Exchange::isGone(const std::string& rule)
     if (!problem.empty())
         return true;
     if (owner.empty())
-        add(rule.c_str(),
-            status >= 0 ? "it ended (" + Bench::describeStatus(status) + ")" : "it gave " + ownName + " back");
+        add(rule, status >= 0 ? "it ended (" + Bench::describeStatus(status) + ")" : "it gave " + ownName + " back");
     return owner.empty();
 }
 

@@ -100,7 +100,7 @@ public:
 
     /** What the program says unasked is this rule's matter, whatever it is; "" for the usual one. */
     void blame(const char* rule) { unaskedRule = rule; }
-    void add(const char* rule, const std::string& what);
+    void add(const std::string& rule, const std::string& what);
 
     int page() const { return subject.pages.front(); }
     const Subject& getSubject() const { return subject; }
@@ -128,6 +128,7 @@ private:
     void onOwner(const std::string& name, const std::string& connection) override;
     void onAsked(const std::string& error) override;
 
+    bool isBroken(const std::string& rule) const;
     /** Its process has ended, and everything that it has said is known. */
     bool hasEnded() const { return status >= 0 && owner.empty(); }
     /** Whether it has left the bus, which is a fault of this rule. */
@@ -163,7 +164,8 @@ private:
 
     std::string owner; ///< the connection that owns the program's name
     std::vector<std::string> ownConnections;
-    bool saidHello = false, isAskedAnswered = false, isEndpointMissing = false;
+    bool saidHello = false, isAskedAnswered = false;
+    std::string noEndpoint; ///< what the bus said of a call
     std::vector<Debt> debts;
     std::vector<int> askedFor; ///< pages
     int shownPage;

@@ -59,8 +59,10 @@ std::span<const VerbGroup> allVerbs();
 
 Outcome runLine(Console& console, const std::string& text);
 Outcome runLine(Console& console, const Words& words);
-/** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded. */
-bool runScript(Console& console, std::istream& script, const std::string& name);
+/** What comes after a line that fails. */
+enum class AfterFailure { end, nextLine };
+/** Runs every line, and names each that fails ("tour.scenario:12"). True when all succeeded. */
+bool runScript(Console& console, std::istream& script, const std::string& name, AfterFailure after);
 /** Words that may come next, each a whole word. */
 Words completionsFor(const Words& before);
 /** Each verb and each line for `expect` that begins with this word, or all; a line of text each. */

@@ -22,11 +22,6 @@ namespace
 /** Second argument of RMSG_SETTING_CHANGED. */
 constexpr int settingIsText = 0;
 
-juce::String keyText(int key, int argument)
-{
-    return Bench::keyName(key) + (argument != 0 ? " " + std::to_string(argument) : "");
-}
-
 } // namespace
 
 ProgramModel::ProgramModel(int ownType, juce::String firstLine, Outside& outsideToUse)
@@ -103,7 +98,7 @@ void ProgramModel::handle(const RemoteMessage& message)
         send(RMSG_STATE_TO_SYSTEM, message.arg1);
         break;
     case RMSG_KEY:
-        report("key", keyText(message.arg1, message.arg2));
+        report("key", Bench::keyText(message.arg1, message.arg2));
         profile->onKey(message.arg1);
         break;
     case RMSG_FAVOURITE:

@@ -14,6 +14,7 @@
 #include "bench/unit/LogFollower.h"
 #include "bench/unit/PacketServer.h"
 #include "bench/unit/ProgramFiles.h"
+#include "bench/unit/ProgramWatch.h"
 #include "bench/unit/Programs.h"
 #include "bench/unit/PseudoTerminal.h"
 
@@ -94,6 +95,7 @@ public:
     Live<Dsp> dsp { loop, journal, spi };
     Programs programs { loop, journal };
     ProgramFiles programFiles;
+    ProgramWatch programWatch { programs, journal };
     LogFollower log { loop, journal };
     LogFollower updateLog { loop, journal, "update" };
 

@@ -1,5 +1,4 @@
-// A source program for the AUX input, to begin with: it asks for its page, shows and hides it, takes keys, and comes back when
-// the engine or the bus was away. What it lacks is a picture: put it into show().
+// A source program for the AUX input, to begin with. All it lacks is a picture: put it into show().
 #include "headunit/protocol.h"
 
 #include <chrono>
@@ -29,10 +28,11 @@ void post(int what, int arg1)
                              nullptr, nullptr, "iiia{sv}", what, arg1, 0, 0);
 }
 
-void sayHello()
+bool sayHello()
 {
     giveUp = Clock::now() + away;
     post(HU_RMSG_APP_HELLO, HU_AppAuxIn);
+    return true;
 }
 
 /** A bundle as JSON, which the command line of the start is already; only what a command line may hold. */
@@ -60,14 +60,16 @@ Json readBundle(sd_bus_message* from)
     return bundle;
 }
 
-void obey(const Json& bundle)
+void obey(Json bundle)
 {
-    const auto line = bundle.is_object() ? bundle.value(HU_commandLineKey, Json::object()) : Json::object();
-    const std::string type = line.value(HU_typeKey, "");
-    const int page = line.value(HU_pageKey, HU_NUM_OF_PAGES + 0);
+    auto line = bundle.is_object() ? bundle[HU_commandLineKey] : Json();
+    if (!line.is_object() || !line[HU_typeKey].is_string() || !line[HU_pageKey].is_number_integer())
+        return;
+    const std::string type = line[HU_typeKey];
+    const int page = line[HU_pageKey];
     std::cout << "told: " << type << " " << page
               << std::endl; // from a sourceEnter to its sourceExit the input is heard
-    if (type == HU_pageShow || (type == HU_sourceEnter && line.value(HU_onTopKey, false)))
+    if (type == HU_pageShow || (type == HU_sourceEnter && line[HU_onTopKey] == true))
         post(HU_RMSG_PAGE_REQUEST_SHOW, page);
     if (type == HU_pageHide && page == shown && page != HU_NUM_OF_PAGES)
         post(HU_RMSG_PAGE_TOP_SHOWN, page);
@@ -82,7 +84,8 @@ void hear(int what, int arg1, sd_bus_message* message)
         return obey(std::exchange(first, {}));
     case HU_RMSG_ENGINE_STARTED: // its screen is empty
         show(HU_NUM_OF_PAGES);
-        return sayHello();
+        sayHello();
+        return;
     case HU_RMSG_HEARTBEAT:
         return post(HU_RMSG_HEARTBEAT_REPLY, HU_AppAuxIn);
     case HU_RMSG_COMMAND_LINE:
@@ -121,14 +124,11 @@ bool connect()
 {
     const char* engineComesOrGoes = "type='signal',member='NameOwnerChanged',arg0='" HU_BUS_NAME(AppMain) "'";
     const char* toAll = "type='signal',interface='" HU_ENDPOINT_INTERFACE "',member='Message'";
-    if (sd_bus_open_user(&bus) < 0 || // the bus that the engine names in the environment
-        sd_bus_add_object_vtable(bus, nullptr, HU_ENDPOINT_PATH, HU_ENDPOINT_INTERFACE, endpoint, nullptr) < 0 ||
-        sd_bus_add_match(bus, nullptr, toAll, onMessage, nullptr) < 0 ||
-        sd_bus_add_match(bus, nullptr, engineComesOrGoes, onMessage, nullptr) < 0 ||
-        sd_bus_request_name(bus, HU_BUS_NAME(AppAuxIn), 0) < 0)
-        return false;
-    sayHello();
-    return true;
+    return sd_bus_open_user(&bus) >= 0 && // the bus that the engine names in the environment
+           sd_bus_add_object_vtable(bus, nullptr, HU_ENDPOINT_PATH, HU_ENDPOINT_INTERFACE, endpoint, nullptr) >= 0 &&
+           sd_bus_add_match(bus, nullptr, toAll, onMessage, nullptr) >= 0 &&
+           sd_bus_add_match(bus, nullptr, engineComesOrGoes, onMessage, nullptr) >= 0 &&
+           sd_bus_request_name(bus, HU_BUS_NAME(AppAuxIn), 0) >= 0 && sayHello();
 }
 
 } // namespace

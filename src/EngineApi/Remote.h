@@ -10,7 +10,6 @@ namespace EngineApi
 {
 
 using enum Platform::RemoteMessageId;
-using enum Platform::RemoteCode;
 
 /** Connection states of a program; the names are "kDisconnect" ... */
 enum ProgramState : int {

@@ -382,13 +382,14 @@ void ExeMonitor::handleHello(int appType)
         monitor.watchProcess(appType, process);
     }
     acknowledgeHello(appType);
+    const bool again = getAppState(appType) == kConnected;
     // Its end may have been told meanwhile: nobody would take this back.
     {
         const std::lock_guard guard(lock);
         if (monitor.getProcess(appType) == process)
             setAppState(appType, kConnected);
     }
-    programSaidHello(appType);
+    programSaidHello(appType, again);
 }
 
 void ExeMonitor::handleHeartbeatReply(int appType)

@@ -19,6 +19,7 @@ namespace ApplicationLayer
 using namespace EngineApi;
 using namespace Pubhead;
 using Platform::RemoteMessage;
+using enum Platform::RemoteCode;
 
 namespace
 {
@@ -26,9 +27,6 @@ namespace
 constexpr Platform::Log logger { "ApplicationLayer/AppHandler", "AppHandler" };
 
 Platform::Counter settingsRefused { "settings.refused", "settings of programs that are unknown, or have another type" };
-
-/** arg1 of RMSG_MAINMENU_NOTIFY for what another program relays. */
-constexpr juce::int32 menuRelayed = 4;
 
 void serveWiredRemote(const RemoteMessage& message)
 {

@@ -14,7 +14,7 @@ enum RemoteMessageId : juce::int32 {
 #undef REMOTE_CODE
 };
 
-/** Values of their arguments that every program may need. */
+/** Values of their arguments. */
 enum RemoteCode : juce::int32 {
 #define REMOTE_MESSAGE(name, number, direction, arg1, arg2, bundle, meaning, expected)
 #define REMOTE_CODE(message, argument, name, number, meaning) name = number,
