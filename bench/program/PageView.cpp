@@ -65,6 +65,9 @@ void PageView::hide()
     pressed.reset();
     stopTimer();
     setVisible(false);
+    // The toolkit keeps the order until something else is sent to the display; a question takes it along.
+    if (const auto* peer = getPeer())
+        juce::ignoreUnused(peer->isFocused());
 }
 
 void PageView::setSource(int)
