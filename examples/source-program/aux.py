@@ -42,8 +42,10 @@ class Program:
         print("on the screen: page", page, flush=True)
 
     def post(self, what, arg1):
-        self.bus.send(Message(destination=ENGINE, path=hu.ENDPOINT_PATH, interface=hu.ENDPOINT_INTERFACE, member="Post",
-                              signature="iiia{sv}", body=[what, arg1, 0, {}], flags=MessageFlag.NO_REPLY_EXPECTED))
+        sent = self.bus.send(Message(destination=ENGINE, path=hu.ENDPOINT_PATH, interface=hu.ENDPOINT_INTERFACE, member="Post",
+                                     signature="iiia{sv}", body=[what, arg1, 0, {}], flags=MessageFlag.NO_REPLY_EXPECTED))
+        # What a bus that goes takes along is nobody's loss: the hello on the next one begins anew.
+        sent.add_done_callback(lambda done: done.cancelled() or done.exception())
 
     def say_hello(self):
         self.wait_for_engine()
