@@ -3,6 +3,7 @@
 engine or the bus was away. What it lacks is a picture: put it into `show`."""
 
 import asyncio
+import contextlib
 import json
 import os
 import sys
@@ -48,8 +49,9 @@ class Program:
 
     async def write(self):
         """One by one: handed more than the bus takes at once, the library breaks the connection off."""
-        while True:
-            await self.bus.send(await self.outgoing.get())
+        with contextlib.suppress(OSError, EOFError):  # what a bus that goes takes along is nobody's loss
+            while True:
+                await self.bus.send(await self.outgoing.get())
 
     def say_hello(self):
         self.wait_for_engine()
