@@ -256,8 +256,8 @@ bool engineRestarts(Exchange& with)
         return false;
     if (drawn && !with.becomesVisible(false))
         with.add("P16", "told RMSG_ENGINE_STARTED, it left its page on the screen");
-    return comesAgain(with, enters(with)) && with.engineGoes() && with.engineComes() && isTakenOver(with, true) &&
-           comesAgain(with, enters(with)) && with.isWell("P16");
+    return comesAgain(with, enters(with)) && with.isWell("P16") && with.engineGoes() && with.engineComes() &&
+           isTakenOver(with, true) && comesAgain(with, enters(with)) && with.isWell("P16");
 }
 
 bool engineReplaced(Exchange& with)
