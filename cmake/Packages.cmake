@@ -42,7 +42,7 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}
 
 # headunit-bench: laid out as in a build folder, so that it finds what is beside it.
 set(bench_folder ${private_lib}/bench)
-install(TARGETS headunit-bench headunit-bench-program headunit-simulation headunit-replay DESTINATION lib/headunit/bench/bin
+install(TARGETS headunit-bench headunit-bench-program headunit-simulation headunit-replay headunit-checker DESTINATION lib/headunit/bench/bin
     COMPONENT bench)
 install(DIRECTORY ${CMAKE_BINARY_DIR}/resources/bench ${CMAKE_BINARY_DIR}/resources/worlds
     DESTINATION ${CMAKE_INSTALL_DATADIR}/headunit COMPONENT bench)

@@ -31,7 +31,8 @@ void CommandLine::offerTo(CLI::App& app)
 {
     app.description("A head unit on the bench: the engine with every device and program around it, simulated.");
     app.footer("headunit-bench simulate --help tells of the same unit in simulated time, "
-               "headunit-bench replay --help of recordings.");
+               "headunit-bench replay --help of recordings, headunit-bench check-program --help of what checks a "
+               "source program.");
     app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
         ->option_text("FILE")
         ->check(CLI::ExistingFile);

@@ -150,7 +150,8 @@ int converseAtTerminal(Console& commands, const Unit& unit, const CommandLine& c
 int main(int argc, char** argv)
 {
     for (const auto& [word, program] :
-         { std::pair("simulate", "headunit-simulation"), std::pair("replay", "headunit-replay") })
+         { std::pair("simulate", "headunit-simulation"), std::pair("replay", "headunit-replay"),
+           std::pair("check-program", "headunit-checker") })
         if (argc > 1 && std::string_view(argv[1]) == word)
             return become(program, argv + 1);
     CLI::App app;

@@ -64,6 +64,9 @@ void PageView::clear()
     pressed.reset();
     stopTimer();
     setVisible(false);
+    // The toolkit keeps the order until something else is sent to the display; a question takes it along.
+    if (const auto* peer = getPeer())
+        juce::ignoreUnused(peer->isFocused());
 }
 
 void PageView::setNight(bool night)

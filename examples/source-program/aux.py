@@ -3,6 +3,7 @@
 engine or the bus was away. What it lacks is a picture: put it into `show`."""
 
 import asyncio
+import contextlib
 import json
 import os
 import sys
@@ -30,6 +31,7 @@ class Program:
         self.first = first  # what it was started for, until the engine knows it
         self.shown = hu.NUM_OF_PAGES
         self.bus = None
+        self.outgoing = asyncio.Queue()
         self.ended = asyncio.Event()
         self.patience = asyncio.get_running_loop().call_later(AWAY, self.ended.set)
 
@@ -42,8 +44,14 @@ class Program:
         print("on the screen: page", page, flush=True)
 
     def post(self, what, arg1):
-        self.bus.send(Message(destination=ENGINE, path=hu.ENDPOINT_PATH, interface=hu.ENDPOINT_INTERFACE, member="Post",
-                              signature="iiia{sv}", body=[what, arg1, 0, {}], flags=MessageFlag.NO_REPLY_EXPECTED))
+        self.outgoing.put_nowait(Message(destination=ENGINE, path=hu.ENDPOINT_PATH, interface=hu.ENDPOINT_INTERFACE, member="Post",
+                                         signature="iiia{sv}", body=[what, arg1, 0, {}], flags=MessageFlag.NO_REPLY_EXPECTED))
+
+    async def write(self):
+        """One by one: handed more than the bus takes at once, the library breaks the connection off."""
+        with contextlib.suppress(OSError, EOFError):  # what a bus that goes takes along is nobody's loss
+            while True:
+                await self.bus.send(await self.outgoing.get())
 
     def say_hello(self):
         self.wait_for_engine()
@@ -97,6 +105,7 @@ class Program:
         return is_post
 
     async def connect(self):
+        self.outgoing = asyncio.Queue()  # what the old bus has not taken is not for the new one
         self.bus = await MessageBus(bus_address=os.environ["HEADUNIT_BUS"]).connect()
         self.bus.add_message_handler(self.on_message)
         for rule in (f"type='signal',interface='{hu.ENDPOINT_INTERFACE}',member='Message'",
@@ -109,7 +118,11 @@ class Program:
         while True:
             try:
                 await self.connect()
-                await self.bus.wait_for_disconnect()
+                writer = asyncio.create_task(self.write())
+                try:
+                    await self.bus.wait_for_disconnect()
+                finally:
+                    writer.cancel()
             except (OSError, EOFError):  # the bus is not there, or no longer
                 pass
             if self.patience.cancelled():
