@@ -109,7 +109,7 @@ private:
 
     void gone(xcb_window_t window)
     {
-        if (seen.erase(window) > 0 && seen.empty())
+        if (seen.erase(window) > 0 && seen.empty() && covered)
             ++timesWithoutPage;
     }
 
