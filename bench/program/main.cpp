@@ -39,6 +39,13 @@ void readConfiguration(const std::filesystem::path& control, const std::filesyst
     configuration.resourcePath = (startedAs.parent_path().parent_path() / "resources").string() + "/";
 }
 
+/** Without a display of the unit the toolkit would take ":0", which may be anybody's, and end with it. */
+void keepToOwnDisplay()
+{
+    if (environmentValue("DISPLAY").empty() || Platform::Configuration::get().display == "none")
+        ::setenv("DISPLAY", ":none", 1);
+}
+
 /** The bench's control socket: as it says itself, else beside the folder that this program was started from. */
 std::string controlPath(const std::string& startedAs)
 {
@@ -126,6 +133,7 @@ int main(int argc, char** argv)
     Platform::VX_ReadSetupInfoOnly();
     start.control = controlPath(startedAs);
     readConfiguration(start.pageAlone == Pubhead::NUM_OF_PAGES ? start.control : "", startedAs);
+    keepToOwnDisplay();
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return new ProgramApplication(); };
     return juce::JUCEApplicationBase::main(argc, const_cast<const char**>(argv));
 }
