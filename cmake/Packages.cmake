@@ -108,6 +108,8 @@ set(CPACK_DEBIAN_ENGINE_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_BENCH_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEV_PACKAGE_ARCHITECTURE all)
+# The numbers for Python.
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS python3)
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "headunit-bench, libsystemd-dev, nlohmann-json3-dev, python3-dbus-next")
 set(CPACK_DEBIAN_ENGINE_PACKAGE_DEPENDS "dbus-daemon, systemd (>= 252)")
 set(CPACK_DEBIAN_ENGINE_PACKAGE_RECOMMENDS "udev, xserver-xorg-core, xauth")
