@@ -150,7 +150,7 @@ Verbs networkVerbs()
           on(&Unit::networkDisplay,
              [](auto& display, auto& given) { display.flood(given.number(0), given.time(1)); }) },
         { "mfd state", "What it knows of the unit.", showDisplay },
-        { "n2k log FILE", "Writes the messages to a new file, as lines.",
+        { "n2k log FILE", "Writes the messages to a file, behind what is there, as lines.",
           on(&Unit::networkLog, [](auto& network, auto& given) { return network.logTo(given[0]); }) },
         { "n2k log off", "Ends that.", on(&Unit::networkLog, &NetworkLog::stopLogging) },
         { "n2k serve [PORT]", "Gives them to readers on a port of this machine; what they write goes to the unit.",
