@@ -25,7 +25,7 @@ Outcome press(Console& console, const Arguments& given)
 {
     console.moveFinger();
     console.unit.panel->pressKey(keyOf(given[0]), given.number(1));
-    return {};
+    return { Outcome::acted };
 }
 
 std::string send(Mcu& mcu, const Arguments& given)

@@ -110,7 +110,6 @@ Outcome say(Console& console, const Arguments& given)
 {
     console.output << "\n" << console.style.bold(given.text(0)) << "\n";
     console.headline = console.unit.journal.end();
-    console.headlineAt = Clock::now();
     return {};
 }
 

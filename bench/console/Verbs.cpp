@@ -1,7 +1,8 @@
+#include "bench/console/Consequence.h"
 #include "bench/console/ExpectLines.h"
 #include "bench/console/Kinds.h"
-#include "bench/console/Verb.h"
 #include "bench/console/Near.h"
+#include "bench/console/Verb.h"
 
 #include <algorithm>
 #include <istream>
@@ -32,7 +33,6 @@ const Grammar& verbGrammar()
     return grammar;
 }
 
-std::string tableRow(const std::string& code, const std::string& text)
 Verbs together(std::initializer_list<Verbs> groups)
 {
     Verbs all;
@@ -41,6 +41,7 @@ Verbs together(std::initializer_list<Verbs> groups)
     return all;
 }
 
+std::string tableRow(const std::string& code, const std::string& text)
 {
     auto row = "| `" + code + "` | " + text + " |\n";
     for (auto at = row.find('|', 3); at < row.rfind("` | "); at = row.find('|', at + 2))
@@ -66,7 +67,15 @@ std::span<const VerbGroup> allVerbs()
 Outcome runLine(Console& console, const std::string& text)
 {
     const auto line = parseLine(text);
-    return line.error.empty() ? runLine(console, line.words) : failed(line.error);
+    if (!line.error.empty())
+        return failed(line.error);
+    if (!console.tellsConsequences)
+        return runLine(console, line.words);
+    Consequence consequence(console);
+    auto outcome = runLine(console, line.words);
+    if (outcome.kind == Outcome::acted)
+        consequence.tell();
+    return outcome;
 }
 
 Outcome runLine(Console& console, const Words& words)
@@ -131,6 +140,11 @@ Words completionsFor(const Words& before)
     return words;
 }
 
+bool mayBeFile(const Words& before)
+{
+    return verbGrammar().mayBeFile(before);
+}
+
 std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word)
 {
     std::vector<std::pair<std::string, std::string>> lines;
@@ -140,26 +154,12 @@ std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word
             lines.emplace_back(line, help);
     };
     for (const auto& verb : verbs())
-bool mayBeFile(const Words& before)
-{
-    return verbGrammar().mayBeFile(before);
-}
-
         add(verb.line, verb.help);
     for (const auto& expectation : allExpectLines())
         add("expect " + expectation.line, expectation.help);
     return lines;
 }
 
-std::string verbTables()
-{
-    std::string text = "| Say | What it does |\n|---|---|\n";
-    for (const auto& group : allVerbs())
-    {
-        text += std::string("| **") + group.title + "** | |\n";
-        for (const auto& verb : group.verbs)
-            text += tableRow(verb.line, verb.help);
-    }
 std::vector<std::pair<std::string, std::string>> commandsOf(const VerbGroup& group)
 {
     std::vector<std::pair<std::string, std::vector<Words>>> linesOf; // by the first word, in the order of the verbs
@@ -196,6 +196,15 @@ std::vector<std::pair<std::string, std::string>> commandsOf(const VerbGroup& gro
     return commands;
 }
 
+std::string verbTables()
+{
+    std::string text = "| Say | What it does |\n|---|---|\n";
+    for (const auto& group : allVerbs())
+    {
+        text += std::string("| **") + group.title + "** | |\n";
+        for (const auto& verb : group.verbs)
+            text += tableRow(verb.line, verb.help);
+    }
     text += "\n| Say after `expect` | It is met by |\n|---|---|\n";
     for (const auto& expectation : allExpectLines())
         text += tableRow(expectation.line, expectation.help);
