@@ -82,7 +82,8 @@ Outcome showRemote(Console& console, const Arguments&)
 Outcome takePicture(Console& console, const Arguments& given)
 {
     if (console.pictureFolder.empty())
-        return {};
+        return console.tellsConsequences ? failed("pictures go to the folder of --pictures, which was not given")
+                                         : Outcome {};
     const auto error = savePicture(console.unit.engine().display(), console.pictureFolder + "/" + given[0] + ".png");
     return error.empty() ? Outcome {} : failed(error);
 }

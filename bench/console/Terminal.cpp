@@ -134,6 +134,9 @@ int lookAround()
         rl_done = 1;
         return 0;
     }
+    // A search has a prompt of its own.
+    if (RL_ISSTATE(RL_STATE_ISEARCH | RL_STATE_NSEARCH))
+        return 0;
     if (auto now = shown->now(); now != shown->prompt)
     {
         shown->prompt = std::move(now);
