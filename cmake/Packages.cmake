@@ -42,7 +42,7 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}
 
 # headunit-bench: laid out as in a build folder, so that it finds what is beside it.
 set(bench_folder ${private_lib}/bench)
-install(TARGETS headunit-bench headunit-bench-program headunit-simulation headunit-replay DESTINATION lib/headunit/bench/bin
+install(TARGETS headunit-bench headunit-bench-program headunit-simulation headunit-replay headunit-checker DESTINATION lib/headunit/bench/bin
     COMPONENT bench)
 install(DIRECTORY ${CMAKE_BINARY_DIR}/resources/bench ${CMAKE_BINARY_DIR}/resources/worlds
     DESTINATION ${CMAKE_INSTALL_DATADIR}/headunit COMPONENT bench)
@@ -60,8 +60,14 @@ install_link(../../libVX_Logcat.so ${bench_folder}/lib/libVX_Logcat.so)
 install_link(../../../share/headunit ${bench_folder}/resources)
 
 # headunit-dev: what the author of a source program needs.
-install(FILES ${CMAKE_SOURCE_DIR}/docs/interfaces.md ${CMAKE_SOURCE_DIR}/docs/pages.md ${CMAKE_SOURCE_DIR}/docs/glossary.md
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/headunit-dev COMPONENT dev)
+set(author_documents source-programs.md first-program.md interfaces.md pages.md glossary.md)
+list(TRANSFORM author_documents PREPEND ${CMAKE_SOURCE_DIR}/docs/)
+install(FILES ${author_documents} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/headunit-dev COMPONENT dev)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/headunit-dev/examples USE_SOURCE_PERMISSIONS
+    COMPONENT dev)
+install(FILES ${protocol_header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/headunit COMPONENT dev)
+# Debian's Python, whichever it is, looks there; with another prefix PYTHONPATH names it.
+install(FILES ${protocol_module} DESTINATION lib/python3/dist-packages COMPONENT dev)
 install(FILES ${package_files}/com.corvane.Endpoint.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces COMPONENT dev)
 
 foreach(component IN ITEMS engine bench dev)
@@ -93,8 +99,8 @@ set(CPACK_DEBIAN_BENCH_DESCRIPTION "simulated unit around the head unit's engine
 Every device and source program of a head unit, simulated, with a console to
 see and break all of it without a board.")
 set(CPACK_DEBIAN_DEV_DESCRIPTION "what a source program of the head unit is written against
-The messages on the bus of the head unit, as documents and as descriptions of
-its interfaces.")
+The messages on the bus of the head unit: documents, numbers for C, C++ and
+Python, descriptions of the interfaces, and programs to begin with.")
 set(CPACK_DEBIAN_ENGINE_PACKAGE_NAME headunit-engine)
 set(CPACK_DEBIAN_BENCH_PACKAGE_NAME headunit-bench)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME headunit-dev)
@@ -102,6 +108,7 @@ set(CPACK_DEBIAN_ENGINE_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_BENCH_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEV_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "headunit-bench, libsystemd-dev, nlohmann-json3-dev, python3-dbus-next")
 set(CPACK_DEBIAN_ENGINE_PACKAGE_DEPENDS "dbus-daemon, systemd (>= 252)")
 set(CPACK_DEBIAN_ENGINE_PACKAGE_RECOMMENDS "udev, xserver-xorg-core, xauth")
 set(CPACK_DEBIAN_ENGINE_PACKAGE_SUGGESTS "headunit-bench")

@@ -113,7 +113,8 @@ Grammar::Pattern Grammar::parse(const std::string& text)
 }
 
 /**
-    The words at their places, if there are neither too many nor too few: what may be left out is filled from the left.
+    The words at their places, if there are neither too many nor too few: what may be left out is filled from the
+    left, a fixed word only by itself.
 */
 std::optional<std::vector<Words>> Grammar::distribute(const Pattern& pattern, const Words& line)
 {
@@ -126,11 +127,13 @@ std::optional<std::vector<Words>> Grammar::distribute(const Pattern& pattern, co
     std::vector<Words> values(places.size());
     std::size_t word = 0;
     for (std::size_t i = 0; i < places.size(); ++i)
-        if (!places[i].optional || surplus > 0)
+        if (!places[i].optional || (surplus > 0 && places[i].mayBe(line[word])))
         {
             values[i].push_back(line[word++]);
             surplus -= places[i].optional ? 1 : 0;
         }
+    if (word < line.size() && !repeats)
+        return {};
     for (; word < line.size(); ++word)
         values.back().push_back(line[word]);
     return values;

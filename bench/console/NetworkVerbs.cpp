@@ -75,14 +75,19 @@ Outcome showDisplay(Console& console, const Arguments&)
                                         : "port " + std::to_string(log.port) + ", " + std::to_string(log.readers) +
                                               " readers, " + std::to_string(log.dropped) + " dropped");
     console.row("lines fed", std::to_string(log.fed) + " to the unit, " + std::to_string(log.skipped) + " skipped, " +
-                                 std::to_string(log.refused) + " refused");
+                                 std::to_string(log.refused) + " refused, " + std::to_string(log.incomplete) +
+                                 " messages incomplete");
     return {};
 }
 
 Outcome serve(Console& console, const Arguments& given)
 {
     auto& network = console.unit.networkLog;
-    if (auto error = network->serve(given.number(0)); !error.empty())
+    const auto* form = std::ranges::find(lineForms, given[1]);
+    const bool chosen = form != lineForms.end();
+    if (auto error =
+            network->serve(given.number(0), chosen ? static_cast<LineForm>(form - lineForms.begin()) : LineForm());
+        !error.empty())
         return failed(error);
     console.output << "  port " << console.style.bold(std::to_string(network->state().port)) << "\n";
     return {};
@@ -131,7 +136,9 @@ Verbs networkVerbs()
         { "n2k log FILE", "Writes the messages to a file, behind what is there, as lines.",
           on(&Unit::networkLog, [](auto& network, auto& given) { return network.logTo(given[0]); }) },
         { "n2k log off", "Ends that.", on(&Unit::networkLog, &NetworkLog::stopLogging) },
-        { "n2k serve [PORT]", "Gives them to readers on a port of this machine; what they write goes to the unit.",
+        { "n2k serve [PORT] [commas|candump|raw]",
+          "Gives them to readers on a port of this machine, in this form or with commas; what they write, in any form, "
+          "goes to the unit.",
           serve },
         { "n2k serve off", "Ends that.", on(&Unit::networkLog, &NetworkLog::stopServing) },
         { "n2k play FILE [SPEED]",

@@ -23,6 +23,13 @@ void seek(Tuner& tuner, const Arguments& given)
     given.has(1) ? tuner.step(up) : tuner.seek(up);
 }
 
+std::string switchLights(Unit& unit, const Arguments& given)
+{
+    unit.supply.use()->setLights(isOn(given));
+    unit.programs.setNight(isOn(given));
+    return {};
+}
+
 } // namespace
 
 Verbs panelVerbs()
@@ -36,8 +43,8 @@ Verbs panelVerbs()
           on(&Unit::tuner, [](Tuner& tuner, auto& given) { tuner.setWeatherAlert(isOn(given)); }) },
         { "battery VOLTS", "The supply voltage, as the microcontroller measures it.",
           on(&Unit::supply, [](auto& supply, auto& given) { supply.setVolts(given.decimal(0)); }) },
-        { "lights on|off", "The boat's lights.",
-          on(&Unit::supply, [](auto& supply, auto& given) { supply.setLights(isOn(given)); }) },
+        { "lights on|off", "The boat's lights; the pages have the colours of the night while they are on.",
+          onUnit(switchLights) },
         { "panel trigger on|off", "The camera's trigger input.",
           on(&Unit::supply, [](auto& supply, auto& given) { supply.setTrigger(isOn(given)); }) },
         { "panel dimmer BRIGHTNESS", "The dimmer, as it is moved at the panel.",

@@ -25,7 +25,7 @@ auto toProgram(Function function)
                 taken = std::invoke(function, unit.programs, appType);
             else
                 taken = function(unit.programs, appType, given);
-            return taken ? "" : std::string(appTypeName(appType)) + " does not run";
+            return taken ? "" : unit.programs.whyRefused(appType);
         });
 }
 
@@ -56,8 +56,9 @@ std::string postToWindow(Unit& unit, const Arguments& given)
     const auto appType = findApp(given[0]);
     if (unit.engine().display().empty())
         return "nothing is drawn, so the engine has no window; program " + given[0] + " send goes over the bus";
-    const bool taken = unit.programs.sendWindowMessage(appType, given.number(2), given.number(3), given.number(4));
-    return taken ? "" : std::string(appTypeName(appType)) + " does not run";
+    return unit.programs.sendWindowMessage(appType, given.number(2), given.number(3), given.number(4))
+               ? ""
+               : unit.programs.whyRefused(appType);
 }
 
 /** Shows or stops the page that is named, else the one that the program is named by, else its first. */
@@ -85,10 +86,10 @@ Verbs programVerbs()
 {
     return {
         { "program PROGRAM show|stop [PAGE]", "Lets it ask for a page, or give it back.", onUnit(askForPage) },
-        { "program PROGRAM crash", "Ends by a fault.", toProgram(&Programs::crash) },
+        { "program PROGRAM crash", "Ends by a fault; one of --program is killed.", toProgram(&Programs::crash) },
         { "program PROGRAM hang", "Stops altogether.", toProgram(&Programs::hang) },
         { "program PROGRAM wake", "Ends that.", toProgram(&Programs::wakeUp) },
-        { "program PROGRAM exit", "Ends properly.", toProgram(&Programs::exit) },
+        { "program PROGRAM exit", "Ends properly; one of --program gets SIGTERM.", toProgram(&Programs::exit) },
         { "program PROGRAM silent [off]", "Takes everything and answers nothing.",
           toProgram([](Programs& programs, int app, auto& given) { return programs.setSilent(app, !given.has(2)); }) },
         { "program PROGRAM slow TIME|off", "Answers so much later.",
@@ -98,8 +99,8 @@ Verbs programVerbs()
         { "program PROGRAM send MESSAGE [PARAMETER] [PARAMETER]", "Sends a message to the engine.",
           toProgram([](Programs& programs, int app, auto& given)
                     { return programs.sendMessage(app, given.number(2), given.number(3), given.number(4)); }) },
-        { "program PROGRAM window MESSAGE [PARAMETER] [PARAMETER]", "Posts one to the engine's window.",
-          onUnit(postToWindow) },
+        { "program PROGRAM window MESSAGE [PARAMETER] [PARAMETER]",
+          "Posts one to the engine's window, which is there with a display.", onUnit(postToWindow) },
         { "program PROGRAM text LINE1 LINE2", "Writes on the wired remote.",
           toProgram([](Programs& programs, int app, auto& given)
                     { return programs.showOnRemote(app, given[2], given[3]); }) },
@@ -117,6 +118,7 @@ Verbs programVerbs()
         { "bt connect [NAME...]", "A phone comes.", tell(AppBluetooth) },
         { "bt disconnect", "It goes.", tell(AppBluetooth) },
         { "bt call [NAME...]", "It rings.", tell(AppBluetooth) },
+        { "bt answer", "The call is taken.", tell(AppBluetooth) },
         { "bt hang-up", "The call ends.", tell(AppBluetooth) },
         { "bt paired", "A phone has been paired.", tell(AppBluetooth) },
         { "bt link open|closed", "The way for data to the phone.", tell(AppBluetooth) },

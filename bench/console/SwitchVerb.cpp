@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <ostream>
+#include <set>
 #include <sstream>
 
 namespace Bench
@@ -41,6 +42,25 @@ constexpr Step steps[] = {
     { "keys", "mcu key source", mbMainMenu }, { "keys", "mcu key return", any },
     { "network", "mfd phone", mbBTAudio },    { "programs", "program fm show", mbFM },
 };
+
+/** Without those to pages whose program neither runs nor can be started, and the ways back from them. */
+std::vector<Step> possibleSteps(Unit& unit, std::set<std::string>& leftOut)
+{
+    const auto running = unit.programs.running();
+    std::vector<Step> possible;
+    bool wasPossible = true;
+    for (const auto& step : steps)
+    {
+        const auto* info = pageInfo(step.page);
+        if (info != nullptr)
+            wasPossible = running.contains(info->appType) || unit.programFiles.canStart(info->appType);
+        if (wasPossible)
+            possible.push_back(step);
+        else if (info != nullptr)
+            leftOut.insert(appTypeName(info->appType));
+    }
+    return possible;
+}
 
 using Milliseconds = std::chrono::milliseconds;
 
@@ -121,15 +141,19 @@ Outcome switchPages(Console& console, const Arguments& given)
     auto& unit = console.unit;
     if (auto error = unit.whyUnseen("log"); !error.empty())
         return failed(error);
+    std::set<std::string> leftOut;
+    const auto round = possibleSteps(unit, leftOut);
+    if (round.empty())
+        return failed("no program can be started");
     std::map<std::string, std::vector<Milliseconds>> times;
     auto inFront = shownText(unit.programs.pageInFront());
     std::string faults;
     int faultCount = 0;
     // The first round starts the programs and is not measured.
-    for (int turn = -static_cast<int>(std::size(steps)); turn < count; ++turn)
+    const auto inRound = static_cast<int>(round.size());
+    for (int turn = -inRound; turn < count; ++turn)
     {
-        const auto& step =
-            steps[static_cast<std::size_t>(turn + static_cast<int>(std::size(steps))) % std::size(steps)];
+        const auto& step = round[static_cast<std::size_t>(turn + inRound) % round.size()];
         const auto from = unit.journal.end();
         if (auto outcome = runLine(console, parseLine(step.command).words); outcome.kind == Outcome::failed)
             return outcome;
@@ -156,6 +180,8 @@ Outcome switchPages(Console& console, const Arguments& given)
         for (const auto& silence : unit.journal.find(from, 1, isSilence))
             note(silence.text);
     }
+    for (const auto& program : leftOut)
+        console.row("left out", "pages of " + program + ", which cannot be started");
     for (const auto& [way, each] : times)
         console.row(way, summary(each));
     if (faultCount > 0)

@@ -65,8 +65,10 @@ std::span<const VerbGroup> allVerbs();
 /** Tells what comes of it where the console is a person's. */
 Outcome runLine(Console& console, const std::string& text);
 Outcome runLine(Console& console, const Words& words);
-/** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded. */
-bool runScript(Console& console, std::istream& script, const std::string& name);
+/** What comes after a line that fails. */
+enum class AfterFailure { end, nextLine };
+/** Runs every line, and names each that fails ("tour.scenario:12"). True when all succeeded. */
+bool runScript(Console& console, std::istream& script, const std::string& name, AfterFailure after);
 /** Words that may come next, each a whole word. */
 Words completionsFor(const Words& before);
 /** Whether the name of a file may come next. */

@@ -90,11 +90,12 @@ Outcome runLine(Console& console, const Words& words)
     return failed("there is no command '" + words[0] + "', see help." + nearText(words[0], completionsFor({})));
 }
 
-bool runScript(Console& console, std::istream& script, const std::string& name)
+bool runScript(Console& console, std::istream& script, const std::string& name, AfterFailure after)
 {
     const auto& style = console.style;
     auto& output = console.output;
     int number = 0;
+    bool succeeded = true;
     for (std::string text; std::getline(script, text);)
     {
         ++number;
@@ -106,9 +107,10 @@ bool runScript(Console& console, std::istream& script, const std::string& name)
         if (!speaksForItself)
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();
-        const auto outcome = console.unit.journal.isInterrupted() ? failed("interrupted") : runLine(console, text);
+        const bool interrupted = console.unit.journal.isInterrupted();
+        const auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
         if (outcome.kind == Outcome::leave)
-            return true;
+            break;
         if (outcome.kind == Outcome::failed)
         {
             const auto end = outcome.error.find('\n');
@@ -119,10 +121,12 @@ bool runScript(Console& console, std::istream& script, const std::string& name)
             for (std::size_t at = 0; (at = rest.find('\n', at)) != std::string::npos; at += 5)
                 rest.replace(at, 1, "\n    ");
             output << style.dim(rest) << (rest.empty() ? "" : "\n") << "    in: " << text << "\n";
-            return false;
+            succeeded = false;
+            if (interrupted || after == AfterFailure::end)
+                break;
         }
     }
-    return true;
+    return succeeded;
 }
 
 Words completionsFor(const Words& before)

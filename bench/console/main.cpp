@@ -1,4 +1,5 @@
 // The simulated unit by hand or by script.
+#include "bench/console/CommandLine.h"
 #include "bench/console/Terminal.h"
 #include "bench/console/Verb.h"
 
@@ -86,81 +87,13 @@ std::string checkTranscript(Unit& unit, const TranscriptSections& sections, cons
     return difference.empty() ? "" : path + ", " + difference + "\n./test --bless keeps what is new";
 }
 
-/** What the command line says. */
-struct Choices
-{
-    Unit::Options unit = Unit::Options::besideThisProgram();
-    AttachedOptions attached;
-    std::string script, transcript, pictures, programFolder;
-    bool tour = false, console = false, noEngine = false, printVerbs = false;
-    bool ownDisplay = false, noDisplay = false, noWait = false;
-
-    void offerTo(CLI::App& app)
-    {
-        app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
-            ->check(CLI::ExistingFile);
-        app.add_option("--transcript", transcript,
-                       "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it")
-            ->needs("--script");
-        app.add_option("--pictures", pictures, "Let 'picture' write into this folder");
-        app.add_flag("--tour", tour,
-                     "Show what the unit can do; also what happens without a terminal on standard input");
-        app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
-        auto* keep = app.add_flag("--keep", unit.keepFolder, "Keep the unit's folder (configuration, settings, log)");
-        auto* own =
-            app.add_flag("--own-display", ownDisplay, "Draw on a display of the unit's own, which nobody looks at");
-        app.add_flag("--no-display", noDisplay, "Draw nothing, even when a display is there")->excludes(own);
-        auto* recording =
-            app.add_option("--record", unit.recording, "Let the engine record, for headunit-bench replay");
-        auto* withoutEngine =
-            app.add_flag("--no-engine", noEngine, "Leave the engine off; 'engine start' switches it on");
-        auto* engine = app.add_option("--engine", unit.engine, "The engine's program")->capture_default_str();
-        app.add_option("--program", unit.program, "The program that stands for every source program")
-            ->capture_default_str();
-        auto* logLibrary = app.add_option("--log-library", unit.logLibrary, "The log library that the engine loads");
-        logLibrary->capture_default_str();
-        app.add_option("--resources", unit.resources, "The engine's resource folder")->capture_default_str();
-        offerAttachment(app, { recording, withoutEngine, keep, engine, logLibrary, own });
-        app.add_flag("--no-wait", noWait, "Begin at once, while the unit still starts");
-        app.add_flag("--print-verbs", printVerbs, "Print the tables of the manual: what can be said, and expected");
-    }
-
-private:
-    void offerAttachment(CLI::App& app, std::initializer_list<CLI::Option*> ofOwnEngine)
-    {
-        const auto* logFile = std::getenv("HEADUNIT_LOG_FILE");
-        attached.log = logFile != nullptr ? logFile : "";
-        auto* attach = app.add_option("--attach", attached.configuration,
-                                      "Stand around an engine that somebody else runs with this configuration");
-        attach->check(CLI::ExistingFile);
-        for (auto* each : ofOwnEngine)
-            attach->excludes(each);
-        app.add_option("--engine-log", attached.log, "Where that engine writes its log")
-            ->capture_default_str()
-            ->needs(attach);
-        app.add_option(
-               "--control", attached.control,
-               "The programs' socket, HEADUNIT_BENCH_CONTROL of that engine; 'control' beside bus.spi2 if not set")
-            ->needs(attach);
-        const std::string does = " do what is in place of {}: \"systemctl {} ";
-        app.add_option("--engine-command", attached.engineCommand,
-                       "Lets 'engine start|stop|restart'" + does + "headunit-engine\"")
-            ->needs(attach);
-        app.add_option("--bus-command", attached.busCommand, "Lets 'bus start|stop|restart'" + does + "headunit-bus\"")
-            ->needs(attach);
-        app.add_option("--install-programs", programFolder,
-                       "Make a folder of links to --program for that engine to start, and print its configuration's "
-                       "tables for them; no more");
-    }
-};
-
 /** The exit status. */
-int installPrograms(const Choices& choices)
+int installPrograms(const CommandLine& choices)
 {
     auto folder = std::filesystem::absolute(choices.programFolder).lexically_normal().string();
     if (folder.ends_with('/'))
         folder.pop_back();
-    if (const auto error = linkPrograms(choices.unit.program, folder); !error.empty())
+    if (const auto error = linkPrograms(choices.unit.standIn, folder); !error.empty())
     {
         std::cerr << error << "\n";
         return 2;
@@ -180,12 +113,12 @@ int become(const char* name, char** arguments)
 }
 
 /** The exit status. */
-int playScript(Console& commands, Unit& unit, const Choices& choices)
+int playScript(Console& commands, Unit& unit, const CommandLine& choices)
 {
     const auto style = Style::ofOutput();
     std::ifstream file(choices.script);
     const auto name = std::filesystem::path(choices.script).filename().string();
-    bool succeeded = runScript(commands, file, name);
+    bool succeeded = runScript(commands, file, name, AfterFailure::end);
     if (succeeded && !choices.transcript.empty())
         if (const auto error = checkTranscript(unit, commands.transcriptSections(), choices.transcript); !error.empty())
         {
@@ -225,19 +158,23 @@ int converseAtTerminal(Console& commands)
 int main(int argc, char** argv)
 {
     for (const auto& [word, program] :
-         { std::pair("simulate", "headunit-simulation"), std::pair("replay", "headunit-replay") })
+         { std::pair("simulate", "headunit-simulation"), std::pair("replay", "headunit-replay"),
+           std::pair("check-program", "headunit-checker") })
         if (argc > 1 && std::string_view(argv[1]) == word)
             return become(program, argv + 1);
-    Choices choices;
-    CLI::App app { "A head unit on the bench: the engine with every device and program around it, simulated." };
-    app.footer("headunit-bench simulate --help tells of the same unit in simulated time, "
-               "headunit-bench replay --help of recordings.");
+    CLI::App app;
+    CommandLine choices;
     choices.offerTo(app);
     CLI11_PARSE(app, argc, argv);
     if (choices.printVerbs)
     {
-        std::cout << verbTables();
+        std::cout << optionTable() << "\n" << verbTables();
         return 0;
+    }
+    if (const auto error = choices.takePrograms(); !error.empty())
+    {
+        std::cerr << error << "\n";
+        return 2;
     }
     if (!choices.programFolder.empty())
         return installPrograms(choices);
@@ -278,7 +215,8 @@ int main(int argc, char** argv)
         waitForUnit(unit);
     const int status = !script.empty() ? playScript(commands, unit, choices)
                        : atTerminal    ? converseAtTerminal(commands)
-                                       : (runScript(commands, std::cin, "standard input") ? 0 : 1);
+                       : runScript(commands, std::cin, "standard input", AfterFailure::nextLine) ? 0
+                                                                                                 : 1;
     const auto folder = unit.folder();
     unit.stop();
     if (choices.unit.keepFolder)

@@ -60,15 +60,6 @@ Biquad filterAt(const DspMemory& memory, std::size_t bank, std::size_t address, 
 /** Size of a filter that is not part of an equaliser. */
 constexpr std::size_t crossoverWords = 10;
 
-double analoguePeakDb(double hz, double centre, double gainDb)
-{
-    // Audio EQ Cookbook, peakingEQ: H(s) = (s^2 + s A/Q + 1) / (s^2 + s/(A Q) + 1) with the centre at 1.
-    const auto a = std::pow(10.0, gainDb / 40.0);
-    const std::complex<double> s(0, hz / centre);
-    const auto h = (s * s + s * (a / dspBandQuality) + 1.0) / (s * s + s / (a * dspBandQuality) + 1.0);
-    return decibels(std::abs(h));
-}
-
 std::string formatted(const char* format, double value)
 {
     char text[48];
@@ -125,6 +116,15 @@ std::string gainText(double gain)
     if (gain == 0)
         return "silent";
     return (gain < 0 ? "inverted " : "") + formatted("%.1f dB", decibels(std::abs(gain)));
+}
+
+double analoguePeakDb(double hz, double centre, double gainDb)
+{
+    // Audio EQ Cookbook, peakingEQ: H(s) = (s^2 + s A/Q + 1) / (s^2 + s/(A Q) + 1) with the centre at 1.
+    const auto a = std::pow(10.0, gainDb / 40.0);
+    const std::complex<double> s(0, hz / centre);
+    const auto h = (s * s + s * (a / dspBandQuality) + 1.0) / (s * s + s / (a * dspBandQuality) + 1.0);
+    return decibels(std::abs(h));
 }
 
 double DspGroup::gainDb(double hz) const

@@ -34,6 +34,9 @@ double decibels(double gain);
 /** "-33.0 dB", "silent". */
 std::string gainText(double gain);
 
+/** An analogue peaking filter with the quality of the DSP's bands. Frequencies in Hz. */
+double analoguePeakDb(double hz, double centre, double gainDb);
+
 /** An equaliser as its words have it. */
 struct DspGroup
 {

@@ -41,6 +41,7 @@ void Mcu::reset()
     current.source = current.lastMemory;
     current.agreed = true;
     sequence = 0;
+    resetListener();
 }
 
 void Mcu::forgetTraffic()
@@ -270,14 +271,13 @@ void Mcu::act(const McuFrame& frame)
     default:
         break; // the microcontroller itself has no more to do with it
     }
-    tell(true, frame);
+    tell({ true, frame.command, frame.data });
 }
 
-void Mcu::tell(bool fromUnit, const McuFrame& frame) const
+void Mcu::tell(const Frame& frame) const
 {
-    const Frame told { fromUnit, frame.command, frame.data };
     for (const auto& listener : listeners)
-        listener(told);
+        listener(frame);
 }
 
 void Mcu::take(Source source)
@@ -329,7 +329,7 @@ void Mcu::sendNext()
                  {} };
     note("->", inFlight->frame, mcuCommandName(inFlight->frame.command));
     transmitInFlight();
-    tell(false, inFlight->frame);
+    tell({ false, next.command, inFlight->frame.data, next.toEverybody });
 }
 
 void Mcu::transmitInFlight()

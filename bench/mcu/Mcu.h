@@ -47,6 +47,7 @@ public:
         bool fromUnit;
         int command;
         Bytes data;
+        bool toEverybody = false; ///< as in McuMessage
     };
     /** Each frame once, in the order in which they travel, after the microcontroller's own part. */
     using Listener = std::function<void(const Frame& frame)>;
@@ -60,6 +61,8 @@ public:
     void setSourceListener(std::function<void(Source)> listener) { sourceListener = std::move(listener); }
     /** What takes the unit's power: after a power-off and a reset to the factory's values. Called in a turn. */
     void setPowerCut(std::function<void()> cut) { cutPower = std::move(cut); }
+    /** Told of each `reset`, when it has happened. */
+    void setResetListener(std::function<void()> listener) { resetListener = std::move(listener); }
     /** The unit is about to start again: its numbering begins anew, and what is left of the old run is thrown away. */
     void unitRestarts();
 
@@ -148,6 +151,7 @@ private:
     std::function<void(Source)> sourceListener = [](Source) {};
     std::function<void()> cutPower = [] {};
     bool cutsWhenReady = false;
+    std::function<void()> resetListener = [] {};
     McuSeries ownSeries { journal };
     State current;
     std::optional<Clock::time_point> lastHeartbeat;
@@ -167,7 +171,7 @@ private:
     void onFrame(const McuFrame& frame);
     void onAck(const McuFrame& frame);
     void act(const McuFrame& frame);
-    void tell(bool fromUnit, const McuFrame& frame) const;
+    void tell(const Frame& frame) const;
     void askForSource(Source source);
     void take(Source source);
     void agreed(Source source);

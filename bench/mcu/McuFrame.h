@@ -33,6 +33,8 @@ struct McuMessage
 {
     int command;
     Bytes data;
+    /** Of a message of the boat's network: it is not for the unit alone, which is not told so. */
+    bool toEverybody = false;
 };
 
 /** At most McuFrame::maxData bytes of data. */

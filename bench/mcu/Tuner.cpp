@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iomanip>
 #include <sstream>
+#include <utility>
 
 namespace Bench
 {
@@ -84,6 +85,7 @@ Tuner::Tuner(Journal& journalToUse, Mcu& mcuToUse)
 {
     mcu.addListener([this](const Mcu::Frame& frame) { hear(frame); });
     mcu.setSourceListener([this](Source source) { select(source); });
+    listen();
 }
 
 void Tuner::hear(const Mcu::Frame& frame)
@@ -139,8 +141,13 @@ void Tuner::testMode(const Bytes& data)
 
 void Tuner::arriveAt(int frequency)
 {
-    frequencies[static_cast<std::size_t>(current)] = frequency;
-    const auto* station = stationAt(current, frequency);
+    if (std::exchange(frequencies[static_cast<std::size_t>(current)], frequency) != frequency && current == fm)
+        listen();
+}
+
+void Tuner::listen()
+{
+    const auto* station = stationAt(fm, frequencies[fm]);
     name = station != nullptr ? station->name : "";
     radioText = station != nullptr ? station->text : "";
 }
@@ -205,8 +212,12 @@ void Tuner::reportAll()
     {
         const bool isStereo = stationAt(fm, frequency()) != nullptr;
         reports.push_back({ radioReport, { kindStereo, static_cast<std::uint8_t>(isStereo ? 1 : 0) } });
-        reports.push_back({ radioReport, padded(kindName, name, nameSize) });
-        reports.push_back({ radioReport, padded(kindText, radioText, textSize) });
+        // What the station says is received anew: at first there is none of it.
+        for (const bool received : { false, true })
+        {
+            reports.push_back({ radioReport, padded(kindName, received ? name : "", nameSize) });
+            reports.push_back({ radioReport, padded(kindText, received ? radioText : "", textSize) });
+        }
     }
     send(reports);
 }

@@ -58,6 +58,8 @@ private:
     void reportAll();
     void testMode(const Bytes& data);
     void arriveAt(int frequency);
+    /** To the station that FM is tuned to. */
+    void listen();
 
     Band current = fm;
     std::array<int, bandCount> frequencies { 10110, 1000, 1 };

@@ -259,6 +259,40 @@ std::string proprietaryText(ByteReader& reader)
     return plainText("PGN " + std::to_string(Pgn::proprietary), reader);
 }
 
+/** The NAME of the sender: a number of 64 bits. */
+std::string claimText(ByteReader& reader)
+{
+    constexpr int makerBit = 21, makerBits = 11, functionBit = 40, functionBits = 8, classBit = 49, classBits = 7;
+    const auto name = reader.number(sizeof(std::uint64_t));
+    const auto part = [&](int bit, int bits) { return std::to_string(name >> bit & ((1ULL << bits) - 1)); };
+    return "claims an address: class " + part(classBit, classBits) + ", function " + part(functionBit, functionBits) +
+           ", maker " + part(makerBit, makerBits) + ", number " + part(0, makerBit);
+}
+
+std::string pgnListText(ByteReader& reader)
+{
+    std::string text = reader.byte() == 0 ? "sends" : "takes";
+    while (reader.left() > 0)
+        text += " " + std::to_string(reader.number(pgnSize));
+    return text;
+}
+
+std::string productText(ByteReader& reader)
+{
+    constexpr int versionAndCode = 4, textSize = 32;
+    reader.data(versionAndCode);
+    const auto next = [&]
+    {
+        auto bytes = reader.data(textSize);
+        std::erase(bytes, std::uint8_t { unknown });
+        return "'" + printable(bytes) + "'";
+    };
+    const auto model = next(), software = next(), version = next(), number = next();
+    constexpr int certificationAndLoad = 2;
+    reader.data(certificationAndLoad);
+    return "product " + model + ", software " + software + ", version " + version + ", number " + number;
+}
+
 /** Of a message that the display understands as far as its bytes go. */
 std::string contentText(int pgn, ByteReader& reader)
 {
@@ -266,6 +300,12 @@ std::string contentText(int pgn, ByteReader& reader)
     {
     case Pgn::isoRequest:
         return "asks for " + std::to_string(reader.number(pgnSize));
+    case Pgn::addressClaim:
+        return claimText(reader);
+    case Pgn::pgnList:
+        return pgnListText(reader);
+    case Pgn::productInformation:
+        return productText(reader);
     case Pgn::groupFunction:
         return groupText(reader);
     case Pgn::zones:
@@ -363,6 +403,13 @@ std::string networkText(const NetworkMessage& message)
     return text + (reader.left() > 0 ? ", and " + std::to_string(reader.left()) + " bytes more" : "");
 }
 
+std::optional<NetworkMessage> networkMessageOf(const Mcu::Frame& frame)
+{
+    if (frame.command != Mcu::pgnParcel)
+        return {};
+    return frame.fromUnit ? messageFromUnit(frame.data) : messageToUnit(frame.data, frame.toEverybody);
+}
+
 bool isOfNetwork(int command)
 {
     constexpr std::array commands { Mcu::dataBlock, Mcu::version, Mcu::pgnParcel, Mcu::mediaInfo,
@@ -376,7 +423,7 @@ std::string networkText(const Mcu::Frame& frame)
     {
     case Mcu::pgnParcel:
     {
-        const auto message = frame.fromUnit ? messageFromUnit(frame.data) : messageToUnit(frame.data);
+        const auto message = networkMessageOf(frame);
         return message ? networkText(*message) : "parcel, cut short: " + hex(frame.data);
     }
     case Mcu::dataBlock:

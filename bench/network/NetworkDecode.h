@@ -56,6 +56,8 @@ bool isAcknowledgement(const NetworkMessage& message);
 std::string networkText(const NetworkMessage& message);
 /** The same of anything between the unit and the network. */
 std::string networkText(const Mcu::Frame& frame);
+/** The message that a frame carries; empty when it carries none, or not even a whole head. */
+std::optional<NetworkMessage> networkMessageOf(const Mcu::Frame& frame);
 /** Whether a command of the link is about the boat's network. */
 bool isOfNetwork(int command);
 

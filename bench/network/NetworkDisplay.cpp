@@ -54,11 +54,25 @@ Bytes parcelOf(int pgn, Bytes data)
 
 } // namespace
 
-NetworkDisplay::NetworkDisplay(Journal& journalToUse, Mcu& mcuToUse)
+NetworkDisplay::NetworkDisplay(Journal& journalToUse, Mcu& mcuToUse, NetworkNode& node)
     : journal(journalToUse)
     , mcu(mcuToUse)
 {
-    mcu.addListener([this](const Mcu::Frame& frame) { hear(frame); });
+    node.addListener(
+        [this](const NetworkMessage& message)
+        {
+            const bool fromUnit = message.source == unitAddress;
+            if (fromUnit)
+                learn(message);
+            note(fromUnit, networkText(message));
+        });
+    mcu.addListener(
+        [this](const Mcu::Frame& frame)
+        {
+            // What is about the network, but is no message of it.
+            if (isOfNetwork(frame.command) && !networkMessageOf(frame))
+                note(frame.fromUnit, networkText(frame));
+        });
 }
 
 void NetworkDisplay::choosePhone()
@@ -138,19 +152,12 @@ void NetworkDisplay::flood(int perSecond, Mcu::Milliseconds duration)
                        duration);
 }
 
-void NetworkDisplay::hear(const Mcu::Frame& frame)
+void NetworkDisplay::note(bool fromUnit, const std::string& words)
 {
-    if (!isOfNetwork(frame.command))
-        return;
-    const auto words = networkText(frame);
-    ++(frame.fromUnit ? current.received : current.sent);
-    if (frame.fromUnit)
+    ++(fromUnit ? current.received : current.sent);
+    if (fromUnit)
         current.lastTold = words;
-    if (frame.fromUnit && frame.command == Mcu::pgnParcel)
-        if (const auto message = messageFromUnit(frame.data))
-            learn(*message);
-    auto [stream, text] =
-        frame.fromUnit ? streamAndText(words) : std::pair<std::string, std::string>("mfd sent", words);
+    auto [stream, text] = fromUnit ? streamAndText(words) : std::pair<std::string, std::string>("mfd sent", words);
     journal.add(std::move(stream), std::move(text));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/network/NetworkDecode.h"
+#include "bench/network/NetworkNode.h"
 
 #include <map>
 
@@ -18,8 +19,8 @@ namespace Bench
 class NetworkDisplay
 {
 public:
-    /** Both must outlive it. */
-    NetworkDisplay(Journal& journalToUse, Mcu& mcuToUse);
+    /** All must outlive it. */
+    NetworkDisplay(Journal& journalToUse, Mcu& mcuToUse, NetworkNode& node);
     NetworkDisplay(const NetworkDisplay&) = delete;
     NetworkDisplay& operator=(const NetworkDisplay&) = delete;
 
@@ -77,7 +78,7 @@ private:
 
     void request(int pgn, std::uint8_t zone);
     void command(int pgn, const Fields& fields);
-    void hear(const Mcu::Frame& frame);
+    void note(bool fromUnit, const std::string& words);
     void learn(const NetworkMessage& message);
 };
 

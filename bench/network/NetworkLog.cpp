@@ -12,13 +12,18 @@ namespace
 {
 
 /** Also refuses what the network carries, but the link does not. */
-ParsedNetworkLine parseForUnit(const std::string& text)
+NetworkLineReader::Line readForUnit(NetworkLineReader& reader, const std::string& text)
 {
-    auto line = parseNetworkLine(text);
+    auto line = reader.read(text);
     if (line.message && line.message->data.size() > longestToUnit)
         line.error = std::to_string(line.message->data.size()) + " bytes, but at most " +
                      std::to_string(longestToUnit) + " reach the unit";
     return line;
+}
+
+McuMessage frameToUnit(const NetworkMessage& message)
+{
+    return { Mcu::pgnParcel, parcelToUnit(message), message.destination == everybody };
 }
 
 bool isForUnit(const NetworkMessage& message)
@@ -33,12 +38,12 @@ std::string failure(const std::string& file)
 
 } // namespace
 
-NetworkLog::NetworkLog(Journal& journalToUse, Mcu& mcuToUse, Loop& loop)
+NetworkLog::NetworkLog(Journal& journalToUse, Mcu& mcuToUse, NetworkNode& node, Loop& loop)
     : journal(journalToUse)
     , mcu(mcuToUse)
     , server(loop)
 {
-    mcu.addListener([this](const Mcu::Frame& frame) { hear(frame); });
+    node.addListener([this](const NetworkMessage& message) { hear(message); });
 }
 
 std::string NetworkLog::logTo(const std::string& file)
@@ -67,9 +72,10 @@ void NetworkLog::stopServing()
     server.close();
 }
 
-std::string NetworkLog::serve(int port)
+std::string NetworkLog::serve(int port, LineForm form)
 {
-    return server.listen(port, { [this](const std::string& line) { feed(line); },
+    served = form;
+    return server.listen(port, { [this](const std::string& line) { return feed(line); },
                                  [this](const std::string& what) { journal.add("n2k", what); } });
 }
 
@@ -79,39 +85,43 @@ NetworkLog::State NetworkLog::state() const
     copy.port = server.port();
     copy.readers = server.readers();
     copy.dropped = server.dropped();
+    copy.incomplete = reader.incomplete();
     return copy;
 }
 
-void NetworkLog::hear(const Mcu::Frame& frame)
+void NetworkLog::hear(const NetworkMessage& message)
 {
-    if (frame.command != Mcu::pgnParcel)
-        return;
-    const auto message = frame.fromUnit ? messageFromUnit(frame.data) : messageToUnit(frame.data);
-    if (!message)
-        return; // the display says so
     using namespace std::chrono;
-    const auto line = lineOf(*message, floor<milliseconds>(system_clock::now()));
+    const auto now = floor<milliseconds>(system_clock::now());
     ++current.logged;
-    if (output.is_open() && !(output << line << "\n" << std::flush))
+    if (output.is_open() && !(output << writer.write(message, now, LineForm::commas).front() << "\n" << std::flush))
     {
         journal.add("n2k", "the log ends: " + failure(current.file));
         output.close();
         current.file.clear();
     }
-    server.send(line);
+    for (const auto& line : writer.write(message, now, served))
+        server.send(line);
 }
 
-void NetworkLog::feed(const std::string& line)
+/** What the reader gets for it. */
+std::string NetworkLog::feed(const std::string& text)
 {
-    const auto parsed = parseForUnit(line);
-    const bool goes = parsed.error.empty() && parsed.message && isForUnit(*parsed.message);
-    if (!parsed.error.empty())
-        journal.add("n2k", "a reader's line is refused: " + parsed.error);
-    if (goes)
-        mcu.send({ Mcu::pgnParcel, parcelToUnit(*parsed.message) });
-    current.fed += goes ? 1 : 0;
-    current.refused += parsed.error.empty() ? 0 : 1;
-    current.skipped += parsed.message && parsed.error.empty() && !goes ? 1 : 0;
+    const auto line = readForUnit(reader, text);
+    if (!line.error.empty())
+    {
+        ++current.refused;
+        journal.add("n2k", "a reader's line is refused: " + line.error);
+        return "# refused: " + line.error;
+    }
+    if (line.message && isForUnit(*line.message))
+    {
+        ++current.fed;
+        mcu.send(frameToUnit(*line.message));
+    }
+    else if (line.message)
+        ++current.skipped;
+    return {};
 }
 
 std::string NetworkLog::play(const std::string& file, std::optional<double> speed)
@@ -122,6 +132,7 @@ std::string NetworkLog::play(const std::string& file, std::optional<double> spee
     std::ifstream input(file);
     if (!input)
         return failure(file);
+    NetworkLineReader fileReader;
     std::vector<McuSeries::TimedFrame> frames;
     std::optional<NetworkTime> before;
     FloatingMs due { 0 };
@@ -129,7 +140,12 @@ std::string NetworkLog::play(const std::string& file, std::optional<double> spee
     for (std::string text; std::getline(input, text);)
     {
         ++number;
-        const auto line = parseForUnit(text);
+        const auto line = readForUnit(fileReader, text);
+        if (line.isStray) // the log began in the middle of a message
+        {
+            ++skipped;
+            continue;
+        }
         if (!line.error.empty())
             return file + ":" + std::to_string(number) + ": " + line.error;
         if (!line.message)
@@ -138,13 +154,13 @@ std::string NetworkLog::play(const std::string& file, std::optional<double> spee
             due = std::min(longest, due + std::max(FloatingMs(0), FloatingMs(line.time - *before) / *speed));
         before = line.time;
         if (isForUnit(*line.message))
-            frames.push_back({ std::chrono::duration_cast<McuSeries::Milliseconds>(due),
-                               { Mcu::pgnParcel, parcelToUnit(*line.message) } });
+            frames.push_back({ std::chrono::duration_cast<McuSeries::Milliseconds>(due), frameToUnit(*line.message) });
         else
             ++skipped;
     }
     if (input.bad())
         return failure(file);
+    skipped += fileReader.incomplete();
     current.skipped += skipped;
     mcu.series().play(file + ", " + std::to_string(skipped) + " skipped", std::move(frames));
     return {};

@@ -2,9 +2,7 @@
 
 #include "bench/mcu/McuFrame.h"
 
-#include <chrono>
 #include <optional>
-#include <string_view>
 
 namespace Bench
 {
@@ -18,15 +16,31 @@ inline constexpr int everybody = 255;
 namespace Pgn
 {
 inline constexpr int isoRequest = 59904;
+inline constexpr int addressClaim = 60928;
 inline constexpr int proprietary = 65280;
 inline constexpr int groupFunction = 126208;
+inline constexpr int pgnList = 126464;
+inline constexpr int productInformation = 126996;
+inline constexpr int currentFile = 130569;
+inline constexpr int libraryFile = 130570;
+inline constexpr int libraryGroup = 130571;
+inline constexpr int librarySearch = 130572;
 inline constexpr int zones = 130574;
 inline constexpr int zoneConfiguration = 130581;
 inline constexpr int zoneVolume = 130582;
+inline constexpr int bluetoothDevices = 130584;
 inline constexpr int bluetoothSource = 130585;
 inline constexpr int zoneParameters = 130586;
+inline constexpr int proprietaryFast = 130850;
 inline constexpr int highest = 0x3FFFF;
 } // namespace Pgn
+
+/** Whether such a message is for one address or for all. Any other goes to everybody, whoever is meant by it. */
+constexpr bool isAddressed(int pgn)
+{
+    constexpr int firstOfBroadcasts = 240; // of the PDU format, ISO 11783-3
+    return (pgn >> 8 & 0xFF) < firstOfBroadcasts;
+}
 
 /** One whole message of the boat's network, NMEA 2000. */
 struct NetworkMessage
@@ -46,24 +60,10 @@ struct NetworkMessage
     As the unit gives it to the microcontroller: its address byte says whom it is for. Empty when even the head is cut.
 */
 std::optional<NetworkMessage> messageFromUnit(std::span<const std::uint8_t> parcel);
-/** As the microcontroller gives it to the unit: its address byte says who sent it. */
-std::optional<NetworkMessage> messageToUnit(std::span<const std::uint8_t> parcel);
+/** As the microcontroller gives it to the unit: its address byte says who sent it. It does not say whom it is for. */
+std::optional<NetworkMessage> messageToUnit(std::span<const std::uint8_t> parcel, bool toEverybody);
 /** For the unit; at most `longestToUnit` bytes of data fit the link. */
 Bytes parcelToUnit(const NetworkMessage& message);
 inline constexpr std::size_t longestToUnit = McuFrame::maxData - 6;
-
-using NetworkTime = std::chrono::sys_time<std::chrono::milliseconds>;
-
-/** "2026-11-25T12:00:00.123Z,6,130582,10,255,3,01,50,f3": time, priority, PGN, source, destination, length, bytes. */
-std::string lineOf(const NetworkMessage& message, NetworkTime time);
-
-struct ParsedNetworkLine
-{
-    std::optional<NetworkMessage> message; ///< none for a blank line or one that starts with #
-    NetworkTime time;
-    std::string error; ///< not empty when the line is malformed
-};
-/** Also with a blank or a dash between date and time, without the Z, with any number of digits after the seconds. */
-ParsedNetworkLine parseNetworkLine(std::string_view line);
 
 } // namespace Bench

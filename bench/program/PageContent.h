@@ -1,6 +1,6 @@
 #pragma once
 
-#include <juce_core/juce_core.h>
+#include <juce_graphics/juce_graphics.h>
 #include <vector>
 
 namespace BenchProgram
@@ -21,6 +21,7 @@ struct Row
     juce::String label;
     juce::String value {}; ///< at the right end
     bool lit = false;
+    int down = 0; ///< not 0: the value has a key on each side, this one with a minus and `id` with a plus
 };
 
 /** A value with an upright bar, as of the equaliser. Touching its upper half calls `up`, its lower half `down`. */
@@ -32,6 +33,8 @@ struct Level
     int position = 0;     ///< lowest..highest
     int lowest = 0;
     int highest = 0;
+    int hz = 0;         ///< where it stands along the curve; 0 when it is none of the curve's
+    bool fixed = false; ///< to be seen, not touched
 };
 
 /** A page of the main menu. */
@@ -57,8 +60,9 @@ struct PageContent
     std::vector<Button> buttons;
     std::vector<Row> rows; ///< at most six
     std::vector<Level> levels;
-    std::vector<Tile> tiles; ///< at most twelve
-    bool keypad = false;     ///< digits with the ids 0 to 9 and two more keys, below `status` with what was entered
+    std::vector<juce::Point<double>> curve; ///< behind the levels: Hz, rising, and a position on their scale
+    std::vector<Tile> tiles;                ///< at most twelve
+    bool keypad = false; ///< digits with the ids 0 to 9 and two more keys, below `status` with what was entered
     enum class Picture { none, live, lost } picture = Picture::none; ///< the camera's
 };
 

@@ -14,20 +14,28 @@ namespace
 
 using Area = juce::Rectangle<int>;
 
-constexpr int bottomMargin = 20;
 constexpr int gap = 12;
-constexpr int commonHeight = 64;
+/** Between these, the page's own. */
+constexpr int bodyTop = 60;
+constexpr int bodyBottom = 336;
+constexpr int footTop = 352;
+constexpr int footBottom = 456;
+constexpr int clockWidth = 150;
+constexpr int commonTop = 4;
+constexpr int commonHeight = 48;
+constexpr int commonWidth = 132;
 constexpr int buttonHeight = 60;
 constexpr int buttonsInRow = 5; ///< more are put in two rows
-constexpr int pillHeight = 46;
+constexpr int pillHeight = 48;
 constexpr int menuColumns = 4;
 constexpr int menuRows = 3;
 constexpr int keyColumns = 3;
 constexpr int keyRows = 4;
 constexpr int keyWidth = 124;
 constexpr int entryHeight = 72;
-constexpr int headerHeight = 48;
 constexpr int rowHeight = 56; ///< at most, lower when there are many
+constexpr int stepKeyWidth = 64;
+constexpr int stepValueWidth = 116;
 constexpr int sideButtonWidth = 156;
 constexpr int plateSize = 176;
 
@@ -95,7 +103,10 @@ PageLayout::Kind kindOf(const PageContent& content)
 PageLayout::PageLayout(int page, const PageContent& content)
     : kind(kindOf(content))
 {
-    auto area = Area(width, height).withTrimmedTop(topBarHeight).withTrimmedBottom(bottomMargin).reduced(margin, 0);
+    const auto area = Area::leftTopRightBottom(margin, bodyTop, width - margin, bodyBottom);
+    placeCommon(page);
+    if (kind != Kind::picture)
+        placeFoot();
     switch (kind)
     {
     case Kind::tiles:
@@ -105,21 +116,15 @@ PageLayout::PageLayout(int page, const PageContent& content)
         placeKeypad(content, area);
         break;
     case Kind::rows:
-        placeCommon(page, area);
-        placeHeader(area);
         placeRows(content, area);
         break;
     case Kind::levels:
-        placeCommon(page, area);
-        placeHeader(area);
         placeLevels(content, area);
         break;
     case Kind::picture:
-        placeCommon(page, area);
         placePicture(content, area);
         break;
     case Kind::texts:
-        placeCommon(page, area);
         placeTexts(content, area);
         break;
     }
@@ -132,20 +137,33 @@ const Touch* PageLayout::touchAt(juce::Point<int> position) const
     return found != touches.end() ? &*found : nullptr;
 }
 
-void PageLayout::placeCommon(int page, Area& area)
+void PageLayout::placeCommon(int page)
 {
-    const auto wanted = commonOf(page);
-    const auto count = static_cast<int>(wanted.size());
-    if (count == 0)
-        return;
-    const auto row = area.removeFromBottom(commonHeight);
-    area.removeFromBottom(gap);
-    for (int i = 0; i < count; ++i)
+    auto row = Area(margin, commonTop, width - 2 * margin, commonHeight);
+    for (const auto& wanted : commonOf(page))
     {
-        const auto cell = cellOf(row, count, 1, i);
-        common.push_back({ cell, wanted[i].label });
-        touches.push_back({ cell, wanted[i].does, wanted[i].page });
+        // What ends the page is at the right, away from what goes on from it.
+        const auto cell =
+            wanted.does == Touch::Does::leaves ? row.removeFromRight(commonWidth) : row.removeFromLeft(commonWidth);
+        row.removeFromLeft(8);
+        common.push_back({ cell, wanted.label });
+        touches.push_back({ cell, wanted.does, wanted.page });
     }
+}
+
+void PageLayout::placeFoot()
+{
+    auto foot = Area::leftTopRightBottom(margin, footTop, width - margin, footBottom);
+    clock = foot.removeFromRight(clockWidth);
+    foot.removeFromRight(gap);
+    if (kind == Kind::texts)
+    {
+        note = foot;
+        return;
+    }
+    icon = foot.removeFromLeft(foot.getHeight()).reduced(10);
+    foot.removeFromLeft(gap);
+    texts = foot;
 }
 
 void PageLayout::placeTiles(const PageContent& content, Area area)
@@ -168,21 +186,8 @@ void PageLayout::placeKeypad(const PageContent& content, Area area)
         touches.push_back({ cell, Touch::Does::touches, id });
     }
     area.removeFromRight(2 * gap);
-    texts = area.removeFromTop(headerHeight + 2 * gap);
-    icon = texts.removeFromLeft(texts.getHeight());
-    texts.removeFromLeft(gap + 4);
-    area.removeFromTop(gap + 4);
     entry = area.removeFromTop(entryHeight);
-    area.removeFromTop(gap);
     placeButtons(content, area.removeFromBottom(buttonHeight), static_cast<int>(content.buttons.size()));
-}
-
-void PageLayout::placeHeader(Area& area)
-{
-    texts = area.removeFromTop(headerHeight);
-    icon = texts.removeFromLeft(headerHeight);
-    texts.removeFromLeft(gap + 4);
-    area.removeFromTop(8);
 }
 
 void PageLayout::placeRows(const PageContent& content, Area area)
@@ -198,10 +203,23 @@ void PageLayout::placeRows(const PageContent& content, Area area)
     list = area.removeFromTop(each * count);
     auto rest = list;
     for (const auto& row : content.rows)
+        placeRow(row, rest.removeFromTop(each));
+}
+
+void PageLayout::placeRow(const Row& row, Area area)
+{
+    rows.push_back(area);
+    auto& around = steps.emplace_back();
+    if (row.down == 0)
     {
-        rows.push_back(rest.removeFromTop(each));
-        touches.push_back({ rows.back(), Touch::Does::touches, row.id });
+        touches.push_back({ area, Touch::Does::touches, row.id });
+        return;
     }
+    around.up = area.removeFromRight(stepKeyWidth);
+    around.value = area.removeFromRight(stepValueWidth);
+    around.down = area.removeFromRight(stepKeyWidth);
+    touches.push_back({ around.down, Touch::Does::touches, row.down });
+    touches.push_back({ around.up, Touch::Does::touches, row.id });
 }
 
 void PageLayout::placeLevels(const PageContent& content, Area area)
@@ -211,11 +229,14 @@ void PageLayout::placeLevels(const PageContent& content, Area area)
         placeButtons(content, area.removeFromTop(pillHeight), static_cast<int>(content.buttons.size()));
         area.removeFromTop(gap);
     }
+    list = area;
     const auto count = static_cast<int>(content.levels.size());
     for (const auto& level : content.levels)
     {
         auto cell = cellOf(area, count, 1, static_cast<int>(levels.size()));
         levels.push_back(cell);
+        if (level.fixed)
+            continue;
         touches.push_back({ cell.removeFromTop(cell.getHeight() / 2), Touch::Does::touches, level.up });
         touches.push_back({ cell, Touch::Does::touches, level.down });
     }
@@ -223,8 +244,8 @@ void PageLayout::placeLevels(const PageContent& content, Area area)
 
 void PageLayout::placePicture(const PageContent& content, Area area)
 {
-    scene = Area(width, height).withTrimmedTop(topBarHeight);
-    texts = area.withTrimmedTop(gap).removeFromTop(40);
+    scene = Area(width, height);
+    texts = Area(margin, footBottom - 40, area.getWidth(), 40);
     placeButtons(content, area.removeFromBottom(pillHeight), static_cast<int>(content.buttons.size()));
 }
 

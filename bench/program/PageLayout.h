@@ -27,7 +27,9 @@ struct CommonButton
 
 /**
     Where everything of a page is on the screen. The lists have the order of the content's; areas of what the content
-    lacks are empty.
+    lacks are empty. From top to bottom: what every page has to be touched, what the page has of its own, and the foot,
+    where nothing is touched. So nothing lies under the engine's bars: the mute, between the buttons at the top, and the
+    volume, over the foot.
 */
 struct PageLayout
 {
@@ -40,25 +42,33 @@ struct PageLayout
     static constexpr int width = 800;
     static constexpr int height = 480;
     static constexpr int margin = 32;
-    static constexpr int topBarHeight = 52;
     /** Of the keypad's keys, row by row. */
     static constexpr std::array keyIds { 1, 2, 3, 4, 5, 6, 7, 8, 9, int { keypadBack }, 0, int { keypadEnter } };
 
     Kind kind;
     juce::Rectangle<int> icon;  ///< the plate with the page's icon
     juce::Rectangle<int> texts; ///< title, status and detail, beside the icon
+    juce::Rectangle<int> clock; ///< with the zone below it
+    juce::Rectangle<int> note;  ///< the detail in the foot, where the texts are above it
     juce::Rectangle<int> entry; ///< what was entered with the keypad
     juce::Rectangle<int> scene; ///< the camera's picture
-    juce::Rectangle<int> list;  ///< around all rows
+    juce::Rectangle<int> list;  ///< around all rows, or levels
     std::vector<juce::Rectangle<int>> tiles, keys, rows, levels, buttons;
+    /** Of a row whose value is stepped; empty areas for another. */
+    struct StepKeys
+    {
+        juce::Rectangle<int> down, value, up;
+    };
+    std::vector<StepKeys> steps;
     std::vector<CommonButton> common;
     std::vector<Touch> touches;
 
 private:
-    void placeCommon(int page, juce::Rectangle<int>& area);
+    void placeCommon(int page);
+    void placeFoot();
     void placeTiles(const PageContent& content, juce::Rectangle<int> area);
     void placeKeypad(const PageContent& content, juce::Rectangle<int> area);
-    void placeHeader(juce::Rectangle<int>& area);
+    void placeRow(const Row& row, juce::Rectangle<int> area);
     void placeRows(const PageContent& content, juce::Rectangle<int> area);
     void placeLevels(const PageContent& content, juce::Rectangle<int> area);
     void placePicture(const PageContent& content, juce::Rectangle<int> area);

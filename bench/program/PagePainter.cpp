@@ -5,6 +5,8 @@
 #include "bench/text/Names.h"
 #include "platform/base/Pubhead.h"
 
+#include <cmath>
+
 namespace BenchProgram
 {
 
@@ -19,6 +21,9 @@ constexpr auto centred = juce::Justification::centred;
 constexpr float tileCorner = 14.0f;
 constexpr float notOffered = 0.38f;
 constexpr int signHeight = 20;
+constexpr int levelTextHeight = 26;
+constexpr float bodySize = 22.0f; ///< the smallest that is read at arm's length
+constexpr float headingSize = 26.0f;
 /** Texts are made this much narrower before they end in dots. */
 constexpr float narrowest = 0.85f;
 
@@ -56,11 +61,9 @@ void PagePainter::paint()
         paintKeypad();
         break;
     case PageLayout::Kind::rows:
-        paintHeader();
         paintRows();
         break;
     case PageLayout::Kind::levels:
-        paintHeader();
         paintLevels();
         break;
     case PageLayout::Kind::picture:
@@ -70,62 +73,61 @@ void PagePainter::paint()
         paintTexts();
         break;
     }
-    paintTopBar();
+    if (layout.kind != PageLayout::Kind::picture)
+        paintFoot();
     paintButtons();
+    paintIds();
     g.setColour(ink(0.12f));
     g.fillRoundedRectangle(frame.pressed.toFloat(), tileCorner);
 }
 
-void PagePainter::paintTopBar()
+void PagePainter::paintFoot()
 {
-    const auto bar = Area(PageLayout::width, PageLayout::topBarHeight).reduced(PageLayout::margin, 0);
-    g.setFont(font(19.0f));
-    g.setColour(ink(0.62f));
-    write(Bench::isRearZone(frame.page) ? "Rear zone" : "Front zone", bar, left);
+    auto clock = layout.clock;
     g.setColour(ink(0.85f));
-    write(frame.clock, bar, right);
+    g.setFont(font(46.0f));
+    write(frame.clock, clock.removeFromTop(clock.getHeight() * 3 / 5), juce::Justification::bottomRight);
+    g.setColour(ink(0.62f));
+    g.setFont(font(bodySize));
+    write(Bench::isRearZone(frame.page) ? "Rear zone" : "Front zone", clock, right);
+    if (layout.kind == PageLayout::Kind::texts)
+    {
+        g.setColour(ink(0.72f));
+        g.setFont(font(headingSize));
+        write(content.detail, layout.note, left, 2);
+        return;
+    }
+    paintPlate(layout.icon, 18.0f, 18.0f);
+    // A keypad shows the status above its keys.
+    const auto& second = layout.kind == PageLayout::Kind::keypad ? content.detail : content.status;
+    auto area = layout.texts.withSizeKeepingCentre(layout.texts.getWidth(), second.isEmpty() ? 40 : 72);
+    g.setColour(ink(0.95f));
+    g.setFont(font(30.0f, true));
+    write(content.title, area.removeFromTop(40), left);
+    g.setColour(accent);
+    g.setFont(font(24.0f));
+    write(second, area, left);
+}
+
+void PagePainter::paintIds()
+{
+    g.setColour(ink(0.5f));
+    g.setFont(font(14.0f));
+    write(frame.ids, Area(PageLayout::width, PageLayout::height).removeFromBottom(18), centred);
 }
 
 void PagePainter::paintTexts()
 {
     paintPlate(layout.icon, 28.0f, 42.0f);
-    constexpr int titleHeight = 64;
-    constexpr int statusHeight = 36;
-    constexpr int detailHeight = 48;
-    constexpr int footnoteHeight = 28;
-    const bool hasDetail = content.detail.isNotEmpty();
-    auto area = layout.texts.withSizeKeepingCentre(
-        layout.texts.getWidth(), titleHeight + statusHeight + (hasDetail ? 6 + detailHeight : footnoteHeight));
+    constexpr int titleHeight = 70;
+    constexpr int statusHeight = 40;
+    auto area = layout.texts.withSizeKeepingCentre(layout.texts.getWidth(), titleHeight + statusHeight);
     g.setColour(ink(0.95f));
-    g.setFont(font(46.0f, true));
+    g.setFont(font(52.0f, true));
     write(content.title, area.removeFromTop(titleHeight), left, 2);
     g.setColour(accent);
-    g.setFont(font(24.0f));
-    write(content.status, area.removeFromTop(statusHeight), left);
-    if (hasDetail)
-    {
-        area.removeFromTop(6);
-        g.setColour(ink(0.66f));
-        g.setFont(font(20.0f));
-        write(content.detail, area, juce::Justification::topLeft, 2);
-        return;
-    }
-    g.setColour(ink(0.45f));
-    g.setFont(font(15.0f));
-    write(frame.footnote, area, left);
-}
-
-void PagePainter::paintHeader()
-{
-    paintPlate(layout.icon, 12.0f, 10.0f);
-    auto area = layout.texts;
-    if (content.detail.isNotEmpty())
-    {
-        g.setColour(ink(0.62f));
-        g.setFont(font(17.0f));
-        write(content.detail, area.removeFromBottom(20), left);
-    }
-    writePair(content.title, font(26.0f, true), ink(0.95f), content.status, font(20.0f), accent, area);
+    g.setFont(font(28.0f));
+    write(content.status, area, left);
 }
 
 void PagePainter::paintTiles()
@@ -145,31 +147,23 @@ void PagePainter::paintTiles()
         g.setColour(ink(0.88f * strength));
         if (tile.page == NUM_OF_PAGES)
         {
-            g.setFont(font(21.0f));
+            g.setFont(font(bodySize));
             write(tile.label, inside, centred, 2);
             continue;
         }
-        g.setFont(font(18.0f));
-        write(tile.label, inside.removeFromBottom(32), centred);
-        drawPageIcon(g, tile.page, inside.toFloat().withSizeKeepingCentre(48.0f, 48.0f),
-                     tileColour.withAlpha(strength));
+        g.setFont(font(bodySize));
+        const auto icon = inside.removeFromLeft(46).toFloat();
+        write(tile.label, inside.withTrimmedLeft(8), left, 2);
+        drawPageIcon(g, tile.page, icon.withSizeKeepingCentre(46.0f, 46.0f), tileColour.withAlpha(strength));
     }
 }
 
 void PagePainter::paintKeypad()
 {
-    paintPlate(layout.icon, 14.0f, 16.0f);
-    g.setColour(ink(0.95f));
-    g.setFont(font(27.0f, true));
-    write(content.title, layout.texts, left, 2);
     fillTile(layout.entry);
     g.setColour(accent);
     g.setFont(font(27.0f));
     write(content.status, layout.entry.reduced(18, 0), left);
-    auto below = layout.entry.translated(0, layout.entry.getHeight() + 12).withHeight(52);
-    g.setColour(ink(0.66f));
-    g.setFont(font(19.0f));
-    write(content.detail, below, juce::Justification::topLeft, 2);
     for (std::size_t i = 0; i < layout.keys.size(); ++i)
     {
         const auto area = layout.keys[i];
@@ -209,49 +203,123 @@ void PagePainter::paintRows()
             g.setColour(ink(0.10f));
             g.fillRect(area.withHeight(1));
         }
-        writePair(row.label, font(20.0f), ink(0.9f), row.value, font(20.0f), row.lit ? accent : ink(0.62f),
-                  area.reduced(20, 0));
+        const auto& keys = layout.steps[i];
+        const auto plain = font(bodySize);
+        const auto inside = area.withTrimmedLeft(20);
+        if (keys.value.isEmpty())
+        {
+            writePair(row.label, plain, ink(0.9f), row.value, plain, row.lit ? accent : ink(0.62f),
+                      inside.withTrimmedRight(20));
+            continue;
+        }
+        g.setFont(plain);
+        g.setColour(ink(0.9f));
+        write(row.label, inside.withRight(keys.down.getX()), left);
+        g.setColour(accent);
+        write(row.value, keys.value, centred);
+        g.setColour(ink(0.07f));
+        for (const auto& key : { keys.down, keys.up })
+            g.fillRoundedRectangle(key.reduced(4).toFloat(), tileCorner);
+        paintSign(keys.down, false);
+        paintSign(keys.up, true);
     }
     outlineTile(layout.list);
 }
 
 void PagePainter::paintLevels()
 {
+    fillTile(layout.list);
+    paintCurve();
     for (std::size_t i = 0; i < layout.levels.size(); ++i)
         paintLevel(content.levels[i], layout.levels[i]);
 }
 
+void PagePainter::paintCurve()
+{
+    // Each level that stands along the curve is a mark on the scale of frequencies; between them it is logarithmic.
+    std::vector<juce::Point<float>> marks; // octave, x
+    const auto octave = [](double hz) { return static_cast<float>(std::log2(hz)); };
+    for (std::size_t i = 0; i < layout.levels.size(); ++i)
+        if (const auto hz = content.levels[i].hz; hz > 0)
+            marks.emplace_back(octave(hz), layout.levels[i].toFloat().getCentreX());
+    if (marks.size() < 2 || content.curve.empty())
+        return;
+    const auto xOf = [&](float wanted)
+    {
+        std::size_t above = 1;
+        while (above + 1 < marks.size() && marks[above].x < wanted)
+            ++above;
+        return juce::jmap(wanted, marks[above - 1].x, marks[above].x, marks[above - 1].y, marks[above].y);
+    };
+    const auto& scale = content.levels.front();
+    const auto track = trackOf(layout.levels.front());
+    const auto pointOf = [&](const juce::Point<double>& point)
+    { return juce::Point<float>(xOf(octave(point.x)), heightOn(track, scale, static_cast<float>(point.y))); };
+    juce::Path line;
+    line.startNewSubPath(pointOf(content.curve.front()));
+    for (const auto& point : content.curve)
+        line.lineTo(pointOf(point));
+    const juce::Graphics::ScopedSaveState unclipped(g);
+    g.reduceClipRegion(layout.list.reduced(1));
+    const auto flat = heightOn(track, scale, 0.0f);
+    g.setColour(ink(0.16f));
+    g.drawHorizontalLine(juce::roundToInt(flat), static_cast<float>(layout.list.getX()),
+                         static_cast<float>(layout.list.getRight()));
+    auto below = line;
+    below.lineTo(below.getCurrentPosition().withY(flat));
+    below.lineTo(line.getBounds().getX(), flat);
+    below.closeSubPath();
+    g.setColour(colour.withAlpha(0.16f));
+    g.fillPath(below);
+    g.setColour(colour.withAlpha(0.8f));
+    g.strokePath(line, juce::PathStrokeType(3.0f, juce::PathStrokeType::curved));
+}
+
+PagePainter::Area PagePainter::withoutTexts(Area level)
+{
+    return level.reduced(4, 8).withTrimmedTop(levelTextHeight).withTrimmedBottom(levelTextHeight);
+}
+
+juce::Rectangle<float> PagePainter::trackOf(Area level)
+{
+    const auto area = withoutTexts(level).reduced(0, signHeight);
+    return area.withSizeKeepingCentre(8, area.getHeight() - 20).toFloat();
+}
+
+float PagePainter::heightOn(juce::Rectangle<float> track, const Level& level, float position)
+{
+    if (level.highest <= level.lowest)
+        return track.getCentreY();
+    const auto lowest = static_cast<float>(level.lowest);
+    const auto highest = static_cast<float>(level.highest);
+    return juce::jmap(juce::jlimit(lowest, highest, position), lowest, highest, track.getBottom(), track.getY());
+}
+
 void PagePainter::paintLevel(const Level& level, Area area)
 {
-    fillTile(area);
-    area.reduce(4, 8);
+    const auto texts = area.reduced(4, 8);
     g.setColour(ink(0.95f));
-    g.setFont(font(19.0f, true));
-    write(level.value, area.removeFromTop(24), centred);
+    g.setFont(font(bodySize, true));
+    write(level.value, texts.withHeight(levelTextHeight), centred);
     g.setColour(ink(0.66f));
-    g.setFont(font(17.0f));
-    write(level.label, area.removeFromBottom(24), centred);
-    paintSign(area.removeFromTop(signHeight), true);
-    paintSign(area.removeFromBottom(signHeight), false);
-
-    const auto track = area.withSizeKeepingCentre(8, area.getHeight() - 20).toFloat();
+    g.setFont(font(bodySize));
+    write(level.label, texts.withTop(texts.getBottom() - levelTextHeight), centred);
+    if (!level.fixed)
+    {
+        auto signs = withoutTexts(area);
+        paintSign(signs.removeFromTop(signHeight), true);
+        paintSign(signs.removeFromBottom(signHeight), false);
+    }
+    const auto track = trackOf(area);
     g.setColour(ink(0.14f));
     g.fillRoundedRectangle(track, 4.0f);
-    const auto heightOf = [&](int position)
-    {
-        return level.highest > level.lowest
-                   ? juce::jmap(static_cast<float>(juce::jlimit(level.lowest, level.highest, position)),
-                                static_cast<float>(level.lowest), static_cast<float>(level.highest), track.getBottom(),
-                                track.getY())
-                   : track.getCentreY();
-    };
     // The bar grows from nought, where the scale has one.
-    const auto y = heightOf(level.position);
-    const auto from = heightOf(0);
+    const auto y = heightOn(track, level, static_cast<float>(level.position));
+    const auto from = heightOn(track, level, 0.0f);
     g.setColour(colour);
     g.fillRoundedRectangle(track.withTop(juce::jmin(y, from)).withBottom(juce::jmax(y, from)), 4.0f);
-    const auto knob = juce::Rectangle<float>(34.0f, 14.0f).withCentre({ track.getCentreX(), y });
-    g.fillRoundedRectangle(knob, 7.0f);
+    const auto knob = level.fixed ? juce::Rectangle<float>(14.0f, 14.0f) : juce::Rectangle<float>(34.0f, 14.0f);
+    g.fillRoundedRectangle(knob.withCentre({ track.getCentreX(), y }), 7.0f);
 }
 
 void PagePainter::paintSign(Area area, bool plus)
@@ -280,8 +348,8 @@ void PagePainter::paintPicture()
         g.setFont(font(30.0f, true));
         write("No signal", area, centred);
     }
-    const auto titleFont = font(20.0f, true);
-    const auto statusFont = font(20.0f);
+    const auto titleFont = font(bodySize, true);
+    const auto statusFont = font(bodySize);
     const auto space = content.status.isEmpty() ? 0.0f : 16.0f;
     const auto wanted =
         titleFont.getStringWidthFloat(content.title) + space + statusFont.getStringWidthFloat(content.status);
@@ -294,7 +362,6 @@ void PagePainter::paintPicture()
 
 void PagePainter::paintButtons()
 {
-    g.setFont(font(19.0f));
     for (std::size_t i = 0; i < layout.buttons.size(); ++i)
         paintButton(layout.buttons[i], content.buttons[i].label, content.buttons[i].lit);
     for (const auto& button : layout.common)
@@ -333,7 +400,7 @@ void PagePainter::paintButton(Area area, const juce::String& label, bool isLit)
     else
         fillTile(area);
     g.setColour(isLit ? juce::Colours::white : ink(0.88f));
-    g.setFont(font(19.0f));
+    g.setFont(font(bodySize));
     write(label, area.reduced(8, 0), centred, 2);
 }
 

@@ -13,7 +13,7 @@ struct PageFrame
     int page;
     bool dark; ///< the colours of the night
     juce::String clock;
-    juce::String footnote;        ///< in small, where the content has no detail
+    juce::String ids;             ///< in small, of page and program; for who looks for a fault
     juce::Rectangle<int> pressed; ///< under the finger
 };
 
@@ -29,14 +29,19 @@ public:
 private:
     using Area = juce::Rectangle<int>;
 
-    void paintTopBar();
+    void paintFoot();
+    void paintIds();
     void paintTexts();
-    void paintHeader();
     void paintTiles();
     void paintKeypad();
     void paintRows();
     void paintLevels();
+    void paintCurve();
     void paintLevel(const Level& level, Area area);
+    /** Of a level: what is between its value and its name; the bar's track; the height of a position on that. */
+    static Area withoutTexts(Area level);
+    static juce::Rectangle<float> trackOf(Area level);
+    static float heightOn(juce::Rectangle<float> track, const Level& level, float position);
     void paintSign(Area area, bool plus);
     void paintPicture();
     void paintButtons();

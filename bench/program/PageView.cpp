@@ -2,6 +2,7 @@
 
 #include "bench/program/PagePainter.h"
 #include "bench/text/Names.h"
+#include "platform/screen/Window.h"
 
 namespace BenchProgram
 {
@@ -11,17 +12,11 @@ using namespace Pubhead;
 namespace
 {
 
-constexpr int dayBegins = 7;
-constexpr int nightBegins = 19;
 constexpr int clockCheckMs = 1000;
 
-bool isNight()
+juce::String wish(const char* name)
 {
-    const auto theme = juce::SystemStats::getEnvironmentVariable("HEADUNIT_BENCH_THEME", {});
-    if (theme.isNotEmpty())
-        return theme == "dark";
-    const auto hour = juce::Time::getCurrentTime().getHours();
-    return hour < dayBegins || hour >= nightBegins;
+    return juce::SystemStats::getEnvironmentVariable(name, {});
 }
 
 } // namespace
@@ -29,10 +24,10 @@ bool isNight()
 PageView::PageView(const juce::String& windowTitle, bool draws)
     : juce::Component(windowTitle)
     , drawing(draws)
-    , dark(isNight())
     , shownPage(NUM_OF_PAGES)
     , layout(shownPage, shown)
 {
+    setNight(false);
     setOpaque(true);
     setSize(PageLayout::width, PageLayout::height);
 }
@@ -55,16 +50,30 @@ void PageView::show(int page)
         addToDesktop(0);
     setTopLeftPosition(0, 0);
     setVisible(true);
-    toFront(false);
     repaint();
+    // Once the page is said to be shown, the one below it goes: this one has to be above, drawn, and at the display.
+    Platform::setForegroundWindow(
+        static_cast<Platform::WindowHandle>(reinterpret_cast<std::uintptr_t>(getWindowHandle())));
+    getPeer()->performAnyPendingRepaintsNow();
+    toFront(false);
 }
 
-void PageView::hide()
+void PageView::clear()
 {
     shownPage = NUM_OF_PAGES;
     pressed.reset();
     stopTimer();
     setVisible(false);
+    // The toolkit keeps the order until something else is sent to the display; a question takes it along.
+    if (const auto* peer = getPeer())
+        juce::ignoreUnused(peer->isFocused());
+}
+
+void PageView::setNight(bool night)
+{
+    const auto theme = wish("HEADUNIT_BENCH_THEME");
+    dark = theme.isEmpty() ? night : theme == "dark";
+    repaint();
 }
 
 void PageView::setSource(int)
@@ -98,7 +107,6 @@ void PageView::timerCallback()
     if (now == clock)
         return;
     clock = now;
-    dark = isNight();
     repaint();
 }
 
@@ -135,8 +143,8 @@ const Touch* PageView::pressedTouch() const
 void PageView::paint(juce::Graphics& g)
 {
     const auto* touch = pressedTouch();
-    const PageFrame frame { shownPage, dark, clock, juce::String(pageName(shownPage)) + "   " + getName(),
-                            touch != nullptr ? touch->area : juce::Rectangle<int>() };
+    const auto ids = wish("HEADUNIT_BENCH_IDS").isEmpty() ? "" : juce::String(pageName(shownPage)) + " of " + getName();
+    const PageFrame frame { shownPage, dark, clock, ids, touch != nullptr ? touch->area : juce::Rectangle<int>() };
     PagePainter(g, frame, layout, shown).paint();
 }
 

@@ -17,7 +17,8 @@ public:
     ~PageView() override;
 
     void show(int page) override;
-    void hide() override;
+    void clear() override;
+    void setNight(bool night) override;
     void setSource(int page) override;
     void contentChanged() override;
 
@@ -36,7 +37,7 @@ private:
     const Touch* pressedTouch() const;
 
     const bool drawing;
-    bool dark;
+    bool dark = false;
     int shownPage;
     juce::String clock;
     PageContent shown;

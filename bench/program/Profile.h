@@ -27,6 +27,8 @@ public:
     virtual void changed() = 0;
     /** The page whose source plays, NUM_OF_PAGES when none of this program's does. */
     virtual int getSource() const = 0;
+    /** The page whose source plays in the front zone, whichever program's it is; NUM_OF_PAGES when none does. */
+    virtual int getPlaying() const = 0;
 };
 
 /**

@@ -4,6 +4,7 @@
 #include "bench/program/Describe.h"
 #include "bench/program/profiles/Profiles.h"
 #include "bench/text/Names.h"
+#include "platform/base/BundleKeys.h"
 #include "platform/base/Pubhead.h"
 #include "platform/channel/RemoteMessageIds.h"
 #include "platform/settings/SetupIndex.h"
@@ -18,16 +19,8 @@ using namespace Pubhead;
 namespace
 {
 
-/** First argument of the favourite messages. */
-enum FavouriteMode { storeFavourite = 0, playFavourite = 1, openFavourites = 2 };
 /** Second argument of RMSG_SETTING_CHANGED. */
-constexpr int integerSetting = 1;
-constexpr int textSetting = 0;
-
-juce::String keyText(int key, int argument)
-{
-    return Bench::keyName(key) + (argument != 0 ? " " + std::to_string(argument) : "");
-}
+constexpr int settingIsText = 0;
 
 } // namespace
 
@@ -38,6 +31,7 @@ ProgramModel::ProgramModel(int ownType, juce::String firstLine, Outside& outside
     , firstCommandLine(std::move(firstLine))
     , shownPage(NUM_OF_PAGES)
     , source(NUM_OF_PAGES)
+    , playing(NUM_OF_PAGES)
 {
 }
 
@@ -70,7 +64,8 @@ void ProgramModel::handle(const RemoteMessage& message)
     case RMSG_ENGINE_STARTED:
         // Who shows what is the engine's decision; a new one starts with an empty screen.
         if (shownPage != NUM_OF_PAGES)
-            hidePage(shownPage, "hidden");
+            giveUpPage(shownPage, "hidden");
+        outside.clear();
         sayHello();
         break;
     case RMSG_APP_HELLO_ACK:
@@ -90,11 +85,14 @@ void ProgramModel::handle(const RemoteMessage& message)
         send(RMSG_PAGE_SHOW_READY, message.arg1);
         break;
     case RMSG_PAGE_HIDE:
-        hidePage(message.arg1, "hidden");
+        // It is seen until the next page is there: between the two the screen is not to be bare.
+        giveUpPage(message.arg1, "hidden");
         send(RMSG_PAGE_HIDE_READY, message.arg1);
         break;
     case RMSG_PAGE_COVERED:
-        hidePage(message.arg1, "covered");
+        giveUpPage(message.arg1, "covered");
+        if (shownPage == NUM_OF_PAGES)
+            outside.clear();
         break;
     case RMSG_SOURCE_STOP:
         report("stop", {});
@@ -105,7 +103,7 @@ void ProgramModel::handle(const RemoteMessage& message)
         send(RMSG_STATE_TO_SYSTEM, message.arg1);
         break;
     case RMSG_KEY:
-        report("key", keyText(message.arg1, message.arg2));
+        report("key", Bench::keyText(message.arg1, message.arg2));
         profile->onKey(message.arg1);
         break;
     case RMSG_FAVOURITE:
@@ -134,7 +132,7 @@ void ProgramModel::onCommandLine(const Bundle::Ptr& bundle)
         outside.showSource(source = NUM_OF_PAGES);
     profile->onCommandLine(*line);
     if (const auto extra = line->getExtraData(); extra != nullptr)
-        if (const auto favourite = extra->getInt("Favourite", 0); favourite != 0)
+        if (const auto favourite = extra->getInt(BundleKeys::favouriteKey, 0); favourite != 0)
             profile->playFavourite(favourite);
     if (line->isFrontShow())
         send(RMSG_PAGE_REQUEST_SHOW, line->getPage());
@@ -158,7 +156,7 @@ void ProgramModel::onFavourite(const RemoteMessage& message)
     const juce::String number(favourite);
     switch (message.arg1)
     {
-    case storeFavourite:
+    case favouriteStore:
     {
         const auto label = profile->favouriteLabel();
         report("favourite", "stored " + number + " " + label);
@@ -167,11 +165,11 @@ void ProgramModel::onFavourite(const RemoteMessage& message)
         profile->favouriteStored(favourite);
         break;
     }
-    case playFavourite:
+    case favouritePlay:
         report("favourite", "played " + number);
         profile->playFavourite(favourite);
         break;
-    case openFavourites:
+    case favouriteOpen:
         report("favourite", "opened at " + number);
         profile->openFavourites();
         break;
@@ -188,36 +186,39 @@ void ProgramModel::showPage(int page)
     outside.reportPage("shown", page);
 }
 
-void ProgramModel::hidePage(int page, const char* change)
+void ProgramModel::giveUpPage(int page, const char* change)
 {
     if (page == shownPage)
-    {
         shownPage = NUM_OF_PAGES;
-        outside.hide();
-    }
     outside.reportPage(change, page);
 }
 
 void ProgramModel::changeSetting(int setting, int value)
 {
-    send(RMSG_SETTING_CHANGED, setting, integerSetting, RemoteObjFormat::formatInt(value));
+    send(RMSG_SETTING_CHANGED, setting, settingIsInteger, RemoteObjFormat::formatInt(value));
     outside.contentChangesSoon();
 }
 
 void ProgramModel::changeSetting(int setting, const juce::String& value)
 {
-    send(RMSG_SETTING_CHANGED, setting, textSetting, RemoteObjFormat::formatString(value));
+    send(RMSG_SETTING_CHANGED, setting, settingIsText, RemoteObjFormat::formatString(value));
     outside.contentChangesSoon();
 }
 
 void ProgramModel::showOnRemote(const juce::String& line1, const juce::String& line2)
 {
     const auto texts = Bundle::obtain();
-    texts->putString("string1", line1);
-    texts->putInt("pos1", 0);
-    texts->putString("string2", line2);
-    texts->putInt("pos2", 0);
+    texts->putString(BundleKeys::remoteLine1Key, line1);
+    texts->putInt(BundleKeys::remoteColumn1Key, 0);
+    texts->putString(BundleKeys::remoteLine2Key, line2);
+    texts->putInt(BundleKeys::remoteColumn2Key, 0);
     send(RMSG_WIRED_REMOTE_TEXT, 0, 0, texts);
+}
+
+void ProgramModel::setPlaying(int page)
+{
+    playing = page;
+    outside.contentChanged();
 }
 
 void ProgramModel::choosePage(int page)

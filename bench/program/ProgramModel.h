@@ -20,7 +20,8 @@ public:
     virtual void reportPage(const char* event, int page) = 0;
 
     virtual void show(int page) = 0;
-    virtual void hide() = 0;
+    /** Takes what was shown last off the screen. */
+    virtual void clear() = 0;
     /** The source of the page plays, or none does (NUM_OF_PAGES). */
     virtual void showSource(int page) = 0;
     /** What the shown page says is no longer true. */
@@ -65,8 +66,12 @@ public:
     /** Empty when it was done, else what is wrong with it. */
     std::string order(const juce::StringArray& words) { return profile->onOrder(words); }
 
+    /** The page whose source plays in the front zone, whichever program's it is. */
+    void setPlaying(int page);
+
     int getShownPage() const { return shownPage; }
     int getSource() const override { return source; }
+    int getPlaying() const override { return playing; }
 
 private:
     const int appType;
@@ -75,13 +80,14 @@ private:
     juce::String firstCommandLine; ///< kept until the engine is there to be asked for the page
     int shownPage;
     int source;
+    int playing;
     bool silent = false;
     bool engineHere = false;
 
     void sayHello();
     void onCommandLine(const Platform::Bundle::Ptr& bundle);
     void showPage(int page);
-    void hidePage(int page, const char* change);
+    void giveUpPage(int page, const char* change);
     /** The program writes down what it plays, or plays what was written down. */
     void onFavourite(const Platform::RemoteMessage& message);
     void onOwnMessage(const Platform::RemoteMessage& message);

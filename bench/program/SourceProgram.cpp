@@ -126,6 +126,11 @@ void SourceProgram::onOrder(const nlohmann::json& order)
     else if (name == "set")
         model.changeSetting(order.value("setting", 0),
                             juce::String::fromUTF8(order.at("value").get<std::string>().c_str()));
+    else if (name == "surroundings")
+    {
+        display.setNight(order.value("night", false));
+        model.setPlaying(order.value("plays", int { NUM_OF_PAGES }));
+    }
     else if (name == "do")
         onProfileOrder(order);
     else if (name == "exit")

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EngineApi/ProgramTimes.h"
 #include "bench/program/ControlChannel.h"
 #include "bench/program/ProgramModel.h"
 
@@ -14,7 +15,10 @@ class Display
 public:
     virtual ~Display() = default;
     virtual void show(int page) = 0;
-    virtual void hide() = 0;
+    /** Takes what was shown last off the screen. */
+    virtual void clear() = 0;
+    /** The colours of the night, or of the day. */
+    virtual void setNight(bool night) = 0;
     /** The source of the page plays, or none does (NUM_OF_PAGES). */
     virtual void setSource(int page) = 0;
     /** What the shown page says is no longer true. */
@@ -38,7 +42,7 @@ public:
 
     ProgramModel& getModel() { return model; }
 
-    static constexpr int engineAwayLimitMs = 10'000;
+    static constexpr int engineAwayLimitMs = EngineApi::engineAwayMs;
 
 private:
     void onRemoteMessage(Platform::RemoteMessage::Ptr message) override;
@@ -54,7 +58,7 @@ private:
     void report(const char* event, const juce::String& detail) override;
     void reportPage(const char* event, int page) override;
     void show(int page) override { display.show(page); }
-    void hide() override { display.hide(); }
+    void clear() override { display.clear(); }
     void showSource(int page) override { display.setSource(page); }
     void contentChanged() override { display.contentChanged(); }
     void contentChangesSoon() override;

@@ -155,7 +155,7 @@ private:
         owner.journal.add(std::string("page ") + Pubhead::pageName(page), event);
     }
     void show(int) override {}
-    void hide() override {}
+    void clear() override {}
     void showSource(int) override {}
     void contentChanged() override {}
     void contentChangesSoon() override {}

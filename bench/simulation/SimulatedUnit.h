@@ -53,7 +53,8 @@ public:
     Bench::PowerSupply supply { mcu };
     Bench::Tuner tuner { journal, mcu };
     Bench::TestEquipment testEquipment { journal, mcu };
-    Bench::NetworkDisplay networkDisplay { journal, mcu };
+    Bench::NetworkNode networkNode { mcu };
+    Bench::NetworkDisplay networkDisplay { journal, mcu, networkNode };
     Bench::WiredRemote remote { journal, remoteLine };
     Bench::VideoDecoder videoDecoder { journal, i2c };
     Bench::GpioLines gpio { journal, gpioLines };

@@ -276,6 +276,11 @@ std::string keyName(int value)
     return found != keyTable.end() ? found->name : std::to_string(value);
 }
 
+std::string keyText(int key, int argument)
+{
+    return keyName(key) + (argument != 0 ? " " + std::to_string(argument) : "");
+}
+
 std::vector<std::string> keyNames()
 {
     return namesIn(keyTable);

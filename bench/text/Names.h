@@ -61,6 +61,8 @@ std::vector<std::string> keyNames();
 std::vector<std::uint8_t> findKeys(const std::string& names);
 /** The key's name; its number when it has none. */
 std::string keyName(int value);
+/** With its argument, if it has one: "volume-up", "42 3". */
+std::string keyText(int key, int argument);
 
 /** What a general-purpose line does on the unit, "" for one without a name. */
 std::string lineName(std::uint32_t line);

@@ -46,7 +46,7 @@ constexpr const char* noDisplay = "there is no display";
 
 struct Free
 {
-    void operator()(xcb_get_image_reply_t* reply) const { std::free(reply); }
+    void operator()(void* reply) const { std::free(reply); }
 };
 
 using Look = std::unique_ptr<xcb_get_image_reply_t, Free>;
@@ -143,6 +143,31 @@ std::string touchScreen(const std::string& displayName, int x, int y)
     std::this_thread::sleep_for(touchTime);
     send(XCB_BUTTON_RELEASE, firstButton);
     return {};
+}
+
+bool isPageShown(const std::string& displayName)
+{
+    const Display display(displayName);
+    if (display.screen == nullptr)
+        return false;
+    auto* connection = display.connection.get();
+    const auto owned = [](auto* reply) { return std::unique_ptr<std::remove_pointer_t<decltype(reply)>, Free>(reply); };
+    const auto tree =
+        owned(::xcb_query_tree_reply(connection, ::xcb_query_tree(connection, display.screen->root), nullptr));
+    if (tree == nullptr)
+        return false;
+    const auto* windows = ::xcb_query_tree_children(tree.get());
+    return std::any_of(windows, windows + ::xcb_query_tree_children_length(tree.get()),
+                       [&](xcb_window_t window)
+                       {
+                           // Either may be gone by now.
+                           const auto state = owned(::xcb_get_window_attributes_reply(
+                               connection, ::xcb_get_window_attributes(connection, window), nullptr));
+                           const auto size = owned(
+                               ::xcb_get_geometry_reply(connection, ::xcb_get_geometry(connection, window), nullptr));
+                           return state != nullptr && state->map_state == XCB_MAP_STATE_VIEWABLE && size != nullptr &&
+                                  2 * size->width > display.screen->width_in_pixels;
+                       });
 }
 
 } // namespace Bench

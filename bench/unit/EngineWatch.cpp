@@ -1,5 +1,7 @@
 #include "bench/unit/EngineWatch.h"
 
+#include "bench/unit/ProcessHandle.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -19,12 +21,6 @@ constexpr const char* engineName = "com.corvane.AppMain";
 constexpr std::chrono::milliseconds retryPause = 100ms;
 constexpr std::chrono::microseconds answerLimit = 5s;
 constexpr std::chrono::seconds killLimit { 10 };
-
-bool isReadable(int descriptor, std::chrono::milliseconds wait = 0ms)
-{
-    pollfd each { descriptor, POLLIN, 0 };
-    return ::poll(&each, 1, static_cast<int>(wait.count())) > 0;
-}
 
 } // namespace
 
@@ -86,14 +82,10 @@ void EngineWatch::run(const std::stop_token& stop)
 
 void EngineWatch::connect()
 {
-    sd_bus* made = nullptr;
-    if (sd_bus_new(&made) < 0)
-        return;
-    bus.reset(made);
     sd_bus_slot* slot = nullptr;
-    const bool isThere = sd_bus_set_address(made, address.c_str()) >= 0 && sd_bus_set_bus_client(made, 1) >= 0 &&
-                         sd_bus_start(made) >= 0 && sd_bus_set_method_call_timeout(made, answerLimit.count()) >= 0 &&
-                         sd_bus_match_signal(made, &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+    const bool isThere = Platform::prepareBus(bus, address) >= 0 && sd_bus_start(bus.get()) >= 0 &&
+                         sd_bus_set_method_call_timeout(bus.get(), answerLimit.count()) >= 0 &&
+                         sd_bus_match_signal(bus.get(), &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                              "org.freedesktop.DBus", "NameOwnerChanged", onOwnerChanged, this) >= 0;
     ownerMatch.reset(slot);
     if (!isThere)
@@ -127,19 +119,15 @@ int EngineWatch::onOwnerChanged(sd_bus_message* message, void* self, sd_bus_erro
 
 void EngineWatch::lookForEngine()
 {
-    sd_bus_creds* raw = nullptr;
-    pid_t found = -1;
-    const bool isThere = sd_bus_get_name_creds(bus.get(), engineName, SD_BUS_CREDS_PID, &raw) >= 0 &&
-                         sd_bus_creds_get_pid(raw, &found) >= 0;
-    sd_bus_creds_unref(raw);
-    if (!isThere || found == pid())
+    const int found = processOf(bus.get(), engineName);
+    if (found < 0 || found == pid())
         return; // it may only have lost the bus
     // The one before ends a moment after it has left its name.
     if (const int former = handleOfEngine(); former >= 0)
         isReadable(former, killLimit);
     checkForEnd();
     const std::scoped_lock guard(lock);
-    handle.reset(static_cast<int>(::syscall(SYS_pidfd_open, found, 0)));
+    handle = openProcess(found);
     if (!handle)
         return; // it has ended already
     process = found;

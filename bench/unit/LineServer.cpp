@@ -92,8 +92,12 @@ void LineServer::read(const ReaderPtr& reader)
                                        reader->input.append(reader->chunk.data(), size);
                                        for (std::size_t end; (end = reader->input.find('\n')) != std::string::npos;)
                                        {
-                                           handlers.received(reader->input.substr(0, end));
+                                           const auto answer = handlers.received(reader->input.substr(0, end));
                                            reader->input.erase(0, end + 1);
+                                           if (!answer.empty())
+                                               send(reader, answer);
+                                           if (!reader->socket.is_open())
+                                               return; // dropped, as it does not read what it is answered
                                        }
                                        if (reader->input.size() >= longestLine)
                                            return drop(reader, "it sends a line without an end");
@@ -104,14 +108,17 @@ void LineServer::read(const ReaderPtr& reader)
 void LineServer::send(const std::string& line)
 {
     for (const auto readers = all; const auto& reader : readers) // one that is dropped leaves the set
-    {
-        reader->backlog += line.size() + 1;
-        reader->output.push_back(line + "\n");
-        if (reader->backlog > longestBacklog)
-            drop(reader, "it does not read");
-        else if (reader->output.size() == 1)
-            write(reader);
-    }
+        send(reader, line);
+}
+
+void LineServer::send(const ReaderPtr& reader, const std::string& line)
+{
+    reader->backlog += line.size() + 1;
+    reader->output.push_back(line + "\n");
+    if (reader->backlog > longestBacklog)
+        drop(reader, "it does not read");
+    else if (reader->output.size() == 1)
+        write(reader);
 }
 
 void LineServer::write(const ReaderPtr& reader)

@@ -16,8 +16,9 @@ class LineServer
 public:
     struct Handlers
     {
-        std::function<void(const std::string& line)> received; ///< without its end
-        std::function<void(const std::string& what)> failed;   ///< a reader was dropped, or none can come any more
+        /** Without its end. What it returns is sent to this reader alone; "" is nothing. */
+        std::function<std::string(const std::string& line)> received;
+        std::function<void(const std::string& what)> failed; ///< a reader was dropped, or none can come any more
     };
 
     explicit LineServer(Loop& loopToUse)
@@ -58,6 +59,7 @@ private:
 
     void accept();
     void read(const ReaderPtr& reader);
+    void send(const ReaderPtr& reader, const std::string& line);
     void write(const ReaderPtr& reader);
     void forget(const ReaderPtr& reader);
     void drop(const ReaderPtr& reader, const char* why);

@@ -48,7 +48,7 @@ std::string OwnHost::makeFolder()
     volumes << "[Volume]\nSrc = 20\nZone2 = 20\nNavi = 20\nPhone = 20\n";
     if (!volumes.flush())
         return pattern + "/system/VX_Volume.ini: cannot be written";
-    return linkPrograms(options.program, pattern + "/programs");
+    return linkPrograms(options.standIn, pattern + "/programs");
 }
 
 std::string OwnHost::start()

@@ -56,9 +56,9 @@ std::string programTables(const std::string& folder)
     return text;
 }
 
-void ProgramFiles::take(std::string program, std::map<int, std::string> files)
+void ProgramFiles::take(std::string standIn, std::map<int, std::string> files)
 {
-    fallback = std::move(program);
+    fallback = std::move(standIn);
     paths = std::move(files);
 }
 
@@ -73,13 +73,22 @@ std::string ProgramFiles::remove(int appType)
     {
         if (isNoLink && fs::exists(file, error))
             return file.string() + " is no link to the bench's program, it stays as it is";
-        changed[appType] = isNoLink ? fallback : target;
+        const auto before = isNoLink ? fallback : target;
+        changed[appType] = { before, before };
     }
     fs::remove(lateFile(file), error);
     fs::remove(lateFile(file).parent_path(), isNotEmpty);
     fs::remove(file, error);
     startFaults[appType] = "is missing";
     return error ? file.string() + ": " + error.message() : std::string();
+}
+
+std::string ProgramFiles::replace(int appType, const std::string& program)
+{
+    if (auto error = remove(appType); !error.empty())
+        return error;
+    changed[appType].now = program;
+    return install(appType, {});
 }
 
 std::string ProgramFiles::install(int appType, std::chrono::milliseconds delay)
@@ -92,7 +101,7 @@ std::string ProgramFiles::install(int appType, std::chrono::milliseconds delay)
         startFaults[appType] = "starts " + std::to_string(delay.count()) + " ms late";
     else
         startFaults.erase(appType);
-    if (auto error = link(changed[appType], isLate ? late : file); !error.empty() || !isLate)
+    if (auto error = link(changed[appType].now, isLate ? late : file); !error.empty() || !isLate)
         return error;
     const auto seconds = std::to_string(std::chrono::duration<double>(delay).count());
     std::ofstream script(file);
@@ -107,10 +116,29 @@ void ProgramFiles::restore()
 {
     while (!changed.empty())
     {
-        const auto appType = changed.begin()->first;
-        install(appType, {});
-        changed.erase(appType);
+        const auto& [appType, target] = *changed.begin();
+        replace(appType, target.before);
+        changed.erase(changed.begin());
     }
+}
+
+bool ProgramFiles::canStart(int appType) const
+{
+    const auto found = paths.find(appType);
+    std::error_code none;
+    return found != paths.end() && fs::exists(found->second, none);
+}
+
+std::set<int> ProgramFiles::foreign() const
+{
+    std::set<int> others;
+    std::error_code none;
+    const auto standIn = fs::path(fallback).filename();
+    for (const auto& [appType, path] : paths)
+        // The stand-in may be installed in several places, under its own name.
+        if (const auto file = fs::canonical(path, none); !none && file.filename() != standIn)
+            others.insert(appType);
+    return others;
 }
 
 } // namespace Bench

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <map>
+#include <set>
 #include <string>
 
 namespace Bench
@@ -13,17 +14,19 @@ std::string linkPrograms(const std::string& program, const std::string& folder);
 std::string programTables(const std::string& folder);
 
 /**
-    The files that the engine starts as source programs, each a link to the bench's program, and how they are made worse.
-    A file that is no link stays as it is. One thread.
+    The files that the engine starts as source programs, each a link to the bench's program or to another one, and how they
+    are made worse. A file that is no link stays as it is. One thread.
 */
 class ProgramFiles
 {
 public:
-    /** `program` is for files that are missing; `files` by application type. */
-    void take(std::string program, std::map<int, std::string> files);
+    /** `standIn` is for files that are missing; `files` by application type. */
+    void take(std::string standIn, std::map<int, std::string> files);
 
     // Empty on success, else what failed.
 
+    /** From now on this program is started. */
+    std::string replace(int appType, const std::string& program);
     /** The program takes so long to start from now on. */
     std::string install(int appType, std::chrono::milliseconds delay);
     /** Its file is missing from now on; one that runs goes on. */
@@ -33,11 +36,20 @@ public:
 
     /** What is wrong with their starts, by application type. */
     const std::map<int, std::string>& faults() const { return startFaults; }
+    /** Whether there is a file for the engine to start. */
+    bool canStart(int appType) const;
+    /** Application types whose file is another program than the stand-in. */
+    std::set<int> foreign() const;
 
 private:
+    /** What its link points to. */
+    struct Target
+    {
+        std::string before, now;
+    };
     std::string fallback;
     std::map<int, std::string> paths;
-    std::map<int, std::string> changed; ///< what their links pointed to
+    std::map<int, Target> changed;
     std::map<int, std::string> startFaults;
 };
 

@@ -21,7 +21,7 @@ namespace
 
 constexpr std::chrono::seconds endLimit { 10 };
 /** Sub-code of RMSG_APP_EVENT: a page was chosen in the menu. */
-constexpr int menuPageChosen = 5;
+constexpr int menuPageChosen = Platform::appEventMenuPage;
 
 std::string programStream(int appType)
 {
@@ -41,6 +41,7 @@ Programs::Programs(Loop& loopToUse, Journal& journalToUse)
     : loop(loopToUse)
     , journal(journalToUse)
     , front(NUM_OF_PAGES)
+    , playing(NUM_OF_PAGES)
 {
     server.connected = [this](int connection, int pid) { pidOfConnection[connection] = pid; };
     server.received = [this](int connection, PacketLine::Packet packet) { onPacket(connection, packet); };
@@ -126,21 +127,53 @@ void Programs::onPacket(int connection, PacketLine::Packet packet)
     const auto appType = appOfConnection(connection);
     if (appType == AppUnknown)
         return;
-    if (event == "connected")
-    {
-        programs[appType].connected = true;
-        journal.add(programStream(appType), event, at);
-    }
-    else if (event == "heartbeat")
-        ++programs[appType].heartbeats;
+    report(appType, { event, text("detail"), number("page"), at });
+}
+
+void Programs::report(int appType, const Report& what)
+{
+    const Loop::Turn turn(loop);
+    const auto found = programs.find(appType);
+    if (found == programs.end())
+        return; // it has just ended
+    const auto& event = what.event;
+    if (event == "heartbeat")
+        ++found->second.heartbeats;
     else if (event == "shown" || event == "hidden" || event == "covered" || event == "confirmed")
-        onPage(number("page"), event, at);
+        onPage(what.page, event, what.at);
     else
     {
+        if (event == "connected")
+            found->second.connected = true;
         if (event == "command-line")
-            onCommandLine(appType, text("detail"));
-        journal.add(programStream(appType), event + (message.contains("detail") ? " " + text("detail") : ""), at);
+            onCommandLine(appType, what.detail);
+        journal.add(programStream(appType), event + (what.detail.empty() ? "" : " " + what.detail), what.at);
     }
+}
+
+void Programs::came(int appType, int pid)
+{
+    const Loop::Turn turn(loop);
+    if (const auto found = programs.find(appType); found != programs.end() && found->second.takesOrders())
+        return; // it reports itself
+    programs[appType] = { .pid = pid, .source = NUM_OF_PAGES };
+    journal.add(programStream(appType), "running");
+}
+
+void Programs::went(int appType)
+{
+    const Loop::Turn turn(loop);
+    if (const auto found = programs.find(appType); found != programs.end() && !found->second.takesOrders())
+        onGone(appType);
+}
+
+void Programs::engineStarted()
+{
+    const Loop::Turn turn(loop);
+    const auto* info = pageInfo(front);
+    const auto found = info != nullptr ? programs.find(info->appType) : programs.end();
+    if (found != programs.end() && !found->second.takesOrders())
+        onPage(front, "hidden", Clock::now());
 }
 
 void Programs::onHello(int connection, int appType, const std::string& commandLine, Clock::time_point at)
@@ -151,15 +184,22 @@ void Programs::onHello(int connection, int appType, const std::string& commandLi
     journal.add(programStream(appType), "running", at);
     if (!commandLine.empty())
         journal.add(programStream(appType), "started with " + commandLine, at);
+    tellSurroundings(appType);
 }
 
 void Programs::onClosed(int connection)
 {
     pidOfConnection.erase(connection);
     const auto appType = appOfConnection(connection);
-    if (appType == AppUnknown)
-        return;
+    if (appType != AppUnknown)
+        onGone(appType);
+}
+
+void Programs::onGone(int appType)
+{
     programs.erase(appType);
+    if (const auto* info = pageInfo(playing); info != nullptr && info->appType == appType)
+        setPlaying(NUM_OF_PAGES);
     std::erase_if(shown, [&](int page) { return pageInfo(page)->appType == appType; });
     journal.add(programStream(appType), "gone");
     if (const auto* info = pageInfo(front); info != nullptr && info->appType == appType)
@@ -191,9 +231,37 @@ void Programs::onCommandLine(int appType, const std::string& text)
         source = named;
     else if (what == "sourceExit" && source == named)
         source = NUM_OF_PAGES;
+    if (what == "sourceEnter" && !isRearZone(named))
+        setPlaying(named);
+    else if (what == "sourceExit" && named == playing)
+        setPlaying(NUM_OF_PAGES);
     // A page that hides comes back when it is in front of its own source; any other has been left.
     if (what == "sourceExit" || (what == "pageHide" && source != named))
         std::erase(shown, named);
+}
+
+void Programs::tellSurroundings(int appType)
+{
+    order(appType, { { "order", "surroundings" }, { "night", night }, { "plays", playing } });
+}
+
+void Programs::tellSurroundings()
+{
+    for (const auto& [appType, program] : programs)
+        tellSurroundings(appType);
+}
+
+void Programs::setPlaying(int page)
+{
+    playing = page;
+    tellSurroundings();
+}
+
+void Programs::setNight(bool on)
+{
+    const Loop::Turn turn(loop);
+    night = on;
+    tellSurroundings();
 }
 
 std::vector<int> Programs::pageStack() const
@@ -218,38 +286,53 @@ int Programs::appOfConnection(int connection) const
     return AppUnknown;
 }
 
-bool Programs::order(int appType, const json& what, const std::function<void(Program&)>& note)
+bool Programs::order(int appType, const json& what, int signal, const std::function<void(Program&)>& note)
 {
     const Loop::Turn turn(loop);
     const auto found = programs.find(appType);
     if (found == programs.end())
         return false;
+    if (!found->second.takesOrders() && (signal == 0 || ::kill(found->second.pid, signal) != 0))
+        return false;
     if (note)
         note(found->second);
+    if (!found->second.takesOrders())
+        return true;
     const auto text = what.dump();
     return server.send(found->second.connection, { reinterpret_cast<const std::uint8_t*>(text.data()), text.size() });
 }
 
+std::string Programs::whyRefused(int appType) const
+{
+    const auto all = running();
+    const auto found = all.find(appType);
+    return appTypeName(appType) + std::string(found == all.end() ? " does not run"
+                                              : found->second.takesOrders()
+                                                  ? " does not take the order"
+                                                  : " is not the bench's own: of the bench it hears only "
+                                                    "crash, hang, wake and exit");
+}
+
 bool Programs::setSilent(int appType, bool silent)
 {
-    return order(appType, { { "order", "silent" }, { "on", silent } },
+    return order(appType, { { "order", "silent" }, { "on", silent } }, 0,
                  [silent](Program& program) { program.silent = silent; });
 }
 
 bool Programs::setSlow(int appType, std::chrono::milliseconds delay)
 {
-    return order(appType, { { "order", "slow" }, { "ms", delay.count() } },
+    return order(appType, { { "order", "slow" }, { "ms", delay.count() } }, 0,
                  [delay](Program& program) { program.slow = delay; });
 }
 
 bool Programs::crash(int appType)
 {
-    return order(appType, { { "order", "crash" } });
+    return order(appType, { { "order", "crash" } }, SIGKILL);
 }
 
 bool Programs::hang(int appType)
 {
-    return order(appType, { { "order", "hang" } }, [](Program& program) { program.hung = true; });
+    return order(appType, { { "order", "hang" } }, SIGSTOP, [](Program& program) { program.hung = true; });
 }
 
 bool Programs::wakeUp(int appType)
@@ -264,7 +347,7 @@ bool Programs::wakeUp(int appType)
 
 bool Programs::exit(int appType)
 {
-    return order(appType, { { "order", "exit" } });
+    return order(appType, { { "order", "exit" } }, SIGTERM);
 }
 
 bool Programs::sendMessage(int appType, int what, int arg1, int arg2)
@@ -289,11 +372,11 @@ std::string Programs::changeSetting(int setting, const std::string& value)
 std::string Programs::tell(int appType, const std::string& words)
 {
     constexpr std::chrono::seconds answerLimit { 60 };
-    const std::string name = appTypeName(appType);
     const std::string refused = "refused ";
     const auto from = journal.end();
     if (!order(appType, { { "order", "do" }, { "words", words } }))
-        return name + " does not run";
+        return whyRefused(appType);
+    const std::string name = appTypeName(appType);
     const auto answer = journal.waitFor(from, Clock::now() + answerLimit,
                                         [&](const Event& event)
                                         {
@@ -321,14 +404,14 @@ int Programs::carrierFor(int appType) const
     const auto isConnected = [this](int type)
     {
         const auto found = programs.find(type);
-        return found != programs.end() && found->second.connected;
+        return found != programs.end() && found->second.connected && found->second.takesOrders();
     };
     if (isConnected(appType))
         return appType;
     if (const auto* info = pageInfo(front); info != nullptr && isConnected(info->appType))
         return info->appType;
     for (const auto& [type, program] : programs)
-        if (program.connected)
+        if (isConnected(type))
             return type;
     return AppUnknown;
 }
@@ -351,7 +434,7 @@ std::string Programs::stopPage(int page)
     const auto carrier = page == mbEQ ? carrierFor(appType) : appType;
     const bool sent =
         page == mbEQ ? sendMessage(carrier, RMSG_EQ_PAGE_HIDE, 0, 0) : sendMessage(carrier, RMSG_SOURCE_STOP, 0, 0);
-    return sent ? "" : std::string(appTypeName(appType)) + " does not run";
+    return sent ? "" : whyRefused(appType);
 }
 
 } // namespace Bench

@@ -30,7 +30,7 @@ public:
 
     struct Program
     {
-        int connection = 0;
+        int connection = 0; ///< none of a program that is not the bench's own
         int pid = -1;
         bool connected = false; ///< the engine has acknowledged its hello
         bool silent = false, hung = false;
@@ -38,6 +38,7 @@ public:
         unsigned heartbeats = 0;
         int source; ///< the page whose source it plays, NUM_OF_PAGES for none
 
+        bool takesOrders() const { return connection > 0; }
         /** "silent", "slow 800 ms", "hung", with commas between them; empty for none. */
         std::string faultText() const;
     };
@@ -48,13 +49,16 @@ public:
     /** The page in front and those behind it that come back, as far as the programs know. */
     std::vector<int> pageStack() const;
 
-    // Orders; each is false when the program does not run.
+    // Orders; each is false when the program does not run, or takes no orders. One that takes none is killed for `crash`,
+    // stopped for `hang`, and gets SIGTERM for `exit`.
     bool setSilent(int appType, bool silent);                   ///< takes everything, answers nothing
     bool setSlow(int appType, std::chrono::milliseconds delay); ///< answers this much later; 0 ends it
     bool crash(int appType);                                    ///< ends by a fault
     bool hang(int appType);                                     ///< stops altogether, like a program in an endless loop
     bool wakeUp(int appType);                                   ///< ends `hang`
     bool exit(int appType);                                     ///< ends properly
+    /** The colours of their pages, also of programs that start later: those of the night, or of the day. */
+    void setNight(bool on);
     /** Any remote message to the engine, from this program. */
     bool sendMessage(int appType, int what, int arg1, int arg2);
     /** Gives the program an order of its own ("connect analog"). Empty when it was carried out, else what is wrong. */
@@ -66,6 +70,9 @@ public:
     /** Like sendMessage, to the engine's window; without a display there is none. */
     bool sendWindowMessage(int appType, int message, int wParam, int lParam);
 
+    /** Why an order to this program is refused. */
+    std::string whyRefused(int appType) const;
+
     /**
         Asks for a page, as a program does for the user's choice in it: through the page's own program when it runs,
         else through the one in front, else any. Empty on success, else why not.
@@ -76,6 +83,21 @@ public:
     /** Asks for a page to be left, in the same way. */
     std::string stopPage(int page);
 
+    /** What a program says of itself, or somebody sees of it; see bench/README.md. */
+    struct Report
+    {
+        std::string event, detail {};
+        int page = 0;
+        Clock::time_point at = Clock::now();
+    };
+
+    // What is seen of a program that is not the bench's own.
+    void came(int appType, int pid);
+    void report(int appType, const Report& what);
+    void went(int appType);
+    /** A new engine has an empty screen. */
+    void engineStarted();
+
 private:
     Loop& loop; // its turns guard everything below
     Journal& journal;
@@ -84,16 +106,24 @@ private:
     std::map<int, int> pidOfConnection;
     int front;
     std::vector<int> shown; ///< pages, the last one first
+    bool night = false;
+    int playing; ///< the page whose source plays in the front zone; a program may play in the rear, too
 
     void onPacket(int connection, PacketLine::Packet packet);
     void onHello(int connection, int appType, const std::string& commandLine, Clock::time_point at);
     void onClosed(int connection);
+    void onGone(int appType);
     void onPage(int page, const std::string& change, Clock::time_point at);
     void onCommandLine(int appType, const std::string& text);
     void setFront(int page, Clock::time_point at);
+    /** Day or night, and what plays. */
+    void tellSurroundings(int appType);
+    void tellSurroundings();
+    void setPlaying(int page);
     int appOfConnection(int connection) const;
     int carrierFor(int appType) const;
-    bool order(int appType, const nlohmann::json& what, const std::function<void(Program&)>& note = {});
+    /** The signal is for a program that takes no orders; 0 is none. `note` keeps what the order does. */
+    bool order(int appType, const nlohmann::json& what, int signal = 0, const std::function<void(Program&)>& note = {});
 };
 
 } // namespace Bench

@@ -59,7 +59,10 @@ std::string Unit::start()
 {
     if (auto error = host->findPlaces(places); !error.empty())
         return error;
-    programFiles.take(options.program, places.programs);
+    programFiles.take(options.standIn, places.programs);
+    for (const auto& [appType, file] : options.programs)
+        if (auto error = programFiles.replace(appType, file); !error.empty())
+            return "--program " + file + ": " + error;
     if (auto error = startDevices(); !error.empty())
         return error;
     if (auto error = programs.start(places.control); !error.empty())
@@ -67,8 +70,12 @@ std::string Unit::start()
     if (!places.log.empty())
         if (auto error = log.start(places.log, options.attached.has_value()); !error.empty())
             return error;
-    auto error = updateLog.start(places.updateLog());
-    return error.empty() ? host->start() : error;
+    if (auto error = updateLog.start(places.updateLog()); !error.empty())
+        return error;
+    if (auto error = host->start(); !error.empty())
+        return error;
+    programWatch.start(host->busAddress(), programFiles.foreign());
+    return {};
 }
 
 std::string Unit::startDevices()
@@ -110,6 +117,7 @@ void Unit::stop()
 {
     host->endEngine();
     programs.stop();
+    programWatch.stop();
     host->stop();
     log.stop();
     updateLog.stop();

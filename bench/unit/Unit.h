@@ -14,6 +14,7 @@
 #include "bench/unit/LogFollower.h"
 #include "bench/unit/PacketServer.h"
 #include "bench/unit/ProgramFiles.h"
+#include "bench/unit/ProgramWatch.h"
 #include "bench/unit/Programs.h"
 #include "bench/unit/PseudoTerminal.h"
 
@@ -88,14 +89,16 @@ public:
     Live<PowerSupply> supply { loop, mcu };
     Live<Tuner> tuner { loop, journal, mcu };
     Live<TestEquipment> testEquipment { loop, journal, mcu };
-    Live<NetworkDisplay> networkDisplay { loop, journal, mcu };
-    Live<NetworkLog> networkLog { loop, journal, mcu, loop };
+    Live<NetworkNode> networkNode { loop, mcu };
+    Live<NetworkDisplay> networkDisplay { loop, journal, mcu, networkNode };
+    Live<NetworkLog> networkLog { loop, journal, mcu, networkNode, loop };
     Live<WiredRemote> remote { loop, journal, remoteLine };
     Live<VideoDecoder> videoDecoder { loop, journal, i2c };
     Live<GpioLines> gpio { loop, journal, gpioLines };
     Live<Dsp> dsp { loop, journal, spi };
     Programs programs { loop, journal };
     ProgramFiles programFiles;
+    ProgramWatch programWatch { programs, journal };
     LogFollower log { loop, journal };
     LogFollower updateLog { loop, journal, "update" };
 

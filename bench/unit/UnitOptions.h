@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -26,12 +27,13 @@ struct AttachedOptions
 struct UnitOptions
 {
     std::string engine;  ///< the engine's program
-    std::string program; ///< the program that stands for every source program
+    std::string standIn; ///< the program that stands for every source program
     std::string logLibrary;
     std::string resources;
     std::string recording {}; ///< of the engine; its second run is recorded as "...-2", and so on; "" for none
     bool keepFolder = false;
     Display display = Display::ofEnvironment;
+    std::map<int, std::string> programs {};     ///< by application type; these files in place of the stand-in
     std::optional<AttachedOptions> attached {}; ///< empty: engine and bus are the bench's own
 
     /** Everything beside the running program: its folder, ../lib and ../resources. */

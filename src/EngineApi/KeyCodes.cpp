@@ -9,17 +9,11 @@ namespace EngineApi
 namespace
 {
 
-struct KeyEntry
-{
-    juce::int32 value;
-    const char* name;
-};
-
 #define HEADUNIT_KEY(key)                                                                                              \
     {                                                                                                                  \
         key, #key                                                                                                      \
     }
-constexpr KeyEntry keys[] = {
+constexpr NamedKey keys[] = {
     HEADUNIT_KEY(KEY_PLAYPAUSE),
     HEADUNIT_KEY(KEY_NEXT),
     HEADUNIT_KEY(KEY_PRE),
@@ -52,6 +46,11 @@ constexpr KeyEntry keys[] = {
 #undef HEADUNIT_KEY
 
 } // namespace
+
+std::span<const NamedKey> allKeys()
+{
+    return keys;
+}
 
 const char* keyName(juce::int32 key)
 {

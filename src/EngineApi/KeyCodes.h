@@ -1,6 +1,7 @@
 #pragma once
 
 #include <juce_core/juce_core.h>
+#include <span>
 
 /** What keys the unit knows, whoever they come from. */
 namespace EngineApi
@@ -44,6 +45,13 @@ enum KeyOrigin : juce::int32 {
     originRelease = 255    ///< the last key was let go
 };
 
+struct NamedKey
+{
+    juce::int32 value;
+    const char* name;
+};
+/** All of them. */
+std::span<const NamedKey> allKeys();
 /** "KEY_MENU", or "" for a value that is no key. */
 const char* keyName(juce::int32 key);
 

@@ -23,8 +23,11 @@ void removeConnectListener(AppConnectStateInterface* listener);
 void setNextPage(int page);
 /** The page in front gets a new command line: its order is reported when the program confirms it, or after 400 ms. */
 void reportTopPage(int page);
-/** A program is there, perhaps again: it is told to show the page in front, if that is one of its own. */
-void programSaidHello(int appType);
+/**
+    A program is there: it is told to show the page in front, if that is one of its own and it has not been told.
+    `again`: it was there before, and what it was told may have gone with the bus.
+*/
+void programSaidHello(int appType, bool again);
 /** The page in front as far as the programs have confirmed it. */
 int getCurrentPage();
 /** True while one page goes and another comes. */

@@ -1,6 +1,7 @@
 #include "Extend/ExeMonitor.h"
 
 #include "EngineApi/Catalogue.h"
+#include "EngineApi/ProgramTimes.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "kernel/Trace.h"
@@ -24,9 +25,6 @@ namespace
 
 constexpr Platform::Log logger { "Extend/ExeMonitor_win32", "ExeMonitor" };
 
-constexpr int heartbeatPeriodMs = 6000;
-constexpr int closingPeriodMs = 1500;
-constexpr int toleratedFailedHeartbeats = 5;
 constexpr int anyProcess = -1;
 constexpr const char* commandLineOption = "--command-line";
 
@@ -384,13 +382,14 @@ void ExeMonitor::handleHello(int appType)
         monitor.watchProcess(appType, process);
     }
     acknowledgeHello(appType);
+    const bool again = getAppState(appType) == kConnected;
     // Its end may have been told meanwhile: nobody would take this back.
     {
         const std::lock_guard guard(lock);
         if (monitor.getProcess(appType) == process)
             setAppState(appType, kConnected);
     }
-    programSaidHello(appType);
+    programSaidHello(appType, again);
 }
 
 void ExeMonitor::handleHeartbeatReply(int appType)

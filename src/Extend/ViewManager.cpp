@@ -1,6 +1,7 @@
 #include "Extend/ViewManager.h"
 
 #include "EngineApi/Pages.h"
+#include "EngineApi/ProgramTimes.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
 #include "kernel/Trace.h"
@@ -18,9 +19,6 @@ namespace
 
 constexpr Platform::Log logger { "Extend/ViewManager", "ViewManager" };
 
-constexpr int requestDelayMs = 1500;
-constexpr int answerTimeoutMs = 1500;
-constexpr int reportTimeoutMs = 400;
 /** Where no answer can come. */
 constexpr int atOnceMs = 1;
 
@@ -74,9 +72,9 @@ void ViewManager::reportTopPage(int page)
     Kernel::postSystemMessage(Kernel::viewManagerId, msgReportTopPage, page, 0);
 }
 
-void ViewManager::programSaidHello(int appType)
+void ViewManager::programSaidHello(int appType, bool again)
 {
-    Kernel::postSystemMessage(Kernel::viewManagerId, msgProgramThere, appType, 0);
+    Kernel::postSystemMessage(Kernel::viewManagerId, msgProgramThere, appType, again);
 }
 
 void ViewManager::onRelease()
@@ -120,9 +118,9 @@ void ViewManager::onFilterMessage(const Platform::RemoteMessage& message)
     }
 }
 
-void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
+void ViewManager::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32 arg2, const Kernel::Payload&)
 {
-    handle(id, arg1);
+    handle(id, arg1, arg2);
     publish();
 }
 
@@ -132,7 +130,7 @@ void ViewManager::publish()
     view = { small(currentPage), small(nextPage), small(thirdPage), showState, currentPageState == kAppShow };
 }
 
-void ViewManager::handle(juce::int32 id, juce::int32 arg1)
+void ViewManager::handle(juce::int32 id, juce::int32 arg1, juce::int32 arg2)
 {
     switch (id)
     {
@@ -155,7 +153,7 @@ void ViewManager::handle(juce::int32 id, juce::int32 arg1)
     case msgTopShown:
         return handleTopShown(arg1);
     case msgProgramThere:
-        return handleProgramThere(arg1);
+        return handleProgramThere(arg1, arg2 != 0);
     default:
         return;
     }
@@ -328,11 +326,14 @@ void ViewManager::handleTopShown(int page)
     confirmReport(page);
 }
 
-void ViewManager::handleProgramThere(int appType)
+void ViewManager::handleProgramThere(int appType, bool again)
 {
-    // It was away with the bus, and the order to show its page with it, now or before.
+    // It was away with the bus, and the order to show its page with it, now or before. For a new one an order has waited.
     if (showState == kShowing && appTypeOfPage(nextPage) == appType)
-        showNextPage();
+    {
+        if (again)
+            showNextPage();
+    }
     else if (showState == kNormal && nextPage == NUM_OF_PAGES && currentPageState != kAppShow &&
              appTypeOfPage(currentPage) == appType)
         handleRequestShow(currentPage);
@@ -439,9 +440,9 @@ void setNextPage(int page)
     ViewManager::getInstance()->setNextPage(page);
 }
 
-void programSaidHello(int appType)
+void programSaidHello(int appType, bool again)
 {
-    ViewManager::getInstance()->programSaidHello(appType);
+    ViewManager::getInstance()->programSaidHello(appType, again);
 }
 
 void reportTopPage(int page)

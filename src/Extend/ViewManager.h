@@ -29,7 +29,7 @@ public:
     /** Any thread. */
     void setNextPage(int page);
     void reportTopPage(int page);
-    void programSaidHello(int appType);
+    void programSaidHello(int appType, bool again);
     int getCurrentPage() const { return currentPage; }
     bool isChanging() const { return showState != kNormal; }
 
@@ -58,14 +58,14 @@ private:
         msgShowReady = 4,
         msgReportTopPage = 5,
         msgTopShown = 6,
-        msgProgramThere = 7 // arg1 the program
+        msgProgramThere = 7 // arg1 the program, arg2 whether it was there before
     };
 
     enum PageState { kAppShow, kAppHiding, kAppHidden };
 
     ViewManager();
 
-    void handle(juce::int32 id, juce::int32 arg1);
+    void handle(juce::int32 id, juce::int32 arg1, juce::int32 arg2);
     void publish();
     void handleStart();
     void handleTimer(int timerId);
@@ -75,7 +75,7 @@ private:
     void handleShowReady(int page, bool answered);
     void handleReportTopPage(int page);
     void handleTopShown(int page);
-    void handleProgramThere(int appType);
+    void handleProgramThere(int appType, bool again);
 
     bool isInFront(int page) const { return page == currentPage && currentPageState == kAppShow; }
     void awaitRequest();

@@ -1,6 +1,7 @@
 #include "dsp/DSPSettingHelperImpl.h"
 
 #include "platform/config/Configuration.h"
+#include "platform/settings/EqualiserCurves.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
@@ -17,7 +18,6 @@ constexpr std::array iniKeys { "Src", "Zone2", "Navi", "Phone" };
 
 /** Tone settings are stored as 0 to twice their middle. */
 constexpr int balanceRange = 12;
-constexpr int gainMiddle = 6;
 constexpr int bandMiddle = 7;
 
 int setting(int index)
@@ -136,17 +136,17 @@ int DSPSettingHelperImpl::getFader()
 
 int DSPSettingHelperImpl::getBassGain()
 {
-    return aroundMiddle(gainMiddle, Platform::bassSetting);
+    return aroundMiddle(Platform::flatGain, Platform::bassSetting);
 }
 
 int DSPSettingHelperImpl::getMiddleGain()
 {
-    return aroundMiddle(gainMiddle, Platform::middleSetting);
+    return aroundMiddle(Platform::flatGain, Platform::middleSetting);
 }
 
 int DSPSettingHelperImpl::getTrebleGain()
 {
-    return aroundMiddle(gainMiddle, Platform::trebleSetting);
+    return aroundMiddle(Platform::flatGain, Platform::trebleSetting);
 }
 
 int DSPSettingHelperImpl::getSubwooferLevelIndex()
@@ -212,7 +212,7 @@ int DSPSettingHelperImpl::getSourceLevelIndex()
 
 int DSPSettingHelperImpl::getCustomEqGain(int band)
 {
-    return aroundMiddle(gainMiddle, Platform::firstBandSetting + std::clamp(band, 0, 6));
+    return aroundMiddle(Platform::flatGain, Platform::firstBandSetting + std::clamp(band, 0, 6));
 }
 
 bool DSPSettingHelperImpl::isZone2On()

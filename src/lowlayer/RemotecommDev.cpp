@@ -16,9 +16,6 @@ namespace
 
 constexpr Platform::Log logger { "lowlayer/RemotecommDev", "RemotecommDev" };
 
-/** arg1 of RMSG_MAINMENU_NOTIFY: a relayed value. */
-constexpr juce::int32 menuRelayNotice = 4;
-
 constexpr int mostUnhandled = 256;
 
 } // namespace
@@ -122,7 +119,7 @@ void RemotecommDev::onWindowMessage(juce::int32 message, juce::int32 wParam, juc
     {
         auto relayed = Platform::RemoteMessage::obtain();
         relayed->what = Platform::RMSG_MAINMENU_NOTIFY;
-        relayed->arg1 = menuRelayNotice;
+        relayed->arg1 = Platform::menuRelayed;
         relayed->arg2 = wParam;
         tellClient(MSG_REMOTE_FORWARD, Pubhead::AppMainMenu, relayed.get());
         break;

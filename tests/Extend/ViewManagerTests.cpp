@@ -349,17 +349,19 @@ TEST_F(ViewManagerTest, AProgramThatComesBackToTheBusIsToldToShowItsPage)
     fire(view, Extend::ViewManager::showTimer);
     Platform::IpcDouble::setPresent(AppUSB, true);
     takeSent();
-    const auto hello = [this]
+    const auto hello = [this](bool again)
     {
-        programSaidHello(AppUSB);
+        programSaidHello(AppUSB, again);
         run();
     };
-    hello();
+    hello(true);
     EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio)));
-    hello();
+    hello(true);
     EXPECT_THAT(takeSent(), ElementsAre(show(mbUSBAudio))) << "the bus has gone once more, before the answer was due";
+    hello(false);
+    EXPECT_TRUE(takeSent().empty()) << "a new one's hello, told to show while the hello was on its way here";
     says(RMSG_PAGE_SHOW_READY, mbUSBAudio);
-    hello();
+    hello(true);
     EXPECT_TRUE(takeSent().empty());
 }
 

@@ -42,7 +42,7 @@ enum LinkRequest : int { openLink = 1, closeLink = 5 };
 constexpr int highestNumber = 255; ///< in an order
 
 const juce::StringArray knownPhones { "Skipper's phone", "Galley tablet" };
-enum ButtonId : int { disconnectButton = 100, hangUpButton = 101, audioButton = 102 };
+enum ButtonId : int { disconnectButton = 100, hangUpButton = 101, audioButton = 102, answerButton = 103 };
 
 class BluetoothProfile : public Profile
 {
@@ -92,8 +92,10 @@ public:
         if (caller.isNotEmpty())
         {
             content.title = caller;
-            content.status = "Incoming call, " + phone;
-            content.buttons = { { hangUpButton, "Hang up" } };
+            content.status = (talking ? "In a call, " : "Incoming call, ") + phone;
+            if (!talking)
+                content.buttons.push_back({ answerButton, "Answer", true });
+            content.buttons.push_back({ hangUpButton, "Hang up" });
         }
         else if (phone.isEmpty() || deviceList)
             for (int i = 0; i < knownPhones.size(); ++i)
@@ -108,6 +110,8 @@ public:
     {
         if (id == disconnectButton)
             disconnect();
+        else if (id == answerButton)
+            answer();
         else if (id == hangUpButton)
             hangUp();
         else if (id == audioButton)
@@ -127,6 +131,8 @@ public:
             disconnect();
         else if (what == "call" && phone.isNotEmpty())
             call(rest.isNotEmpty() ? rest : juce::String("Marina office"));
+        else if (what == "answer" && rest.isEmpty() && caller.isNotEmpty())
+            answer();
         else if (what == "hang-up" && rest.isEmpty())
             hangUp();
         else if (what == "paired" && rest.isEmpty())
@@ -142,14 +148,16 @@ public:
         else if (what == "setup" && rest.isEmpty())
             host.send(RMSG_BT_STATE, wantsSetup);
         else
-            return "connect [NAME], disconnect, call [NAME] (needs a phone), hang-up, paired, link open|closed, "
+            return "connect [NAME], disconnect, call [NAME] (needs a phone), answer (needs a call), hang-up, paired, "
+                   "link open|closed, "
                    "pandora on|off, signal N, battery N, audio, setup";
         return {};
     }
 
 private:
     juce::String phone;  ///< that is connected
-    juce::String caller; ///< while a call comes in
+    juce::String caller; ///< from the first ring on
+    bool talking = false;
     bool deviceList = false;
     Playlist songs { { "Evening Tide", "Northern Light", "Slack Water" } };
 
@@ -174,7 +182,7 @@ private:
         if (phone.isEmpty())
             return;
         phone.clear();
-        caller.clear();
+        endCall();
         host.send(RMSG_BT_STATE, moduleState, disconnected);
         host.changed();
     }
@@ -182,14 +190,28 @@ private:
     void call(const juce::String& who)
     {
         caller = who;
+        talking = false;
         host.send(RMSG_BT_STATE, callState, calling);
         host.changed();
+    }
+
+    void answer()
+    {
+        talking = true;
+        host.report("call", "answered");
+        host.changed();
+    }
+
+    void endCall()
+    {
+        caller.clear();
+        talking = false;
     }
 
     /** The screen goes back to what plays. */
     void hangUp()
     {
-        caller.clear();
+        endCall();
         host.postToWindow(RMSG_MENU_COMMAND_WINDOW, sourceCommand, 0);
         host.changed();
     }

@@ -135,9 +135,12 @@ public:
     PageContent content(int page) const override
     {
         auto content = plainContent(page, host.getSource());
-        content.status = page == mbStandby ? "The unit rests" : "Nothing plays";
-        if (page == mbStandby)
-            content.buttons = { { goOnButton, "Go on" } };
+        content.status = "Nothing plays";
+        if (page != mbStandby)
+            return content;
+        content.buttons = { { goOnButton, "Go on" } };
+        if (const auto playing = host.getPlaying(); playing != NUM_OF_PAGES && playing != mbAVOff)
+            content.status = plainContent(playing, playing).title + " plays on";
         return content;
     }
 

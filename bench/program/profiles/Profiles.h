@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/program/Profile.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 namespace BenchProgram
 {
@@ -28,7 +29,7 @@ std::unique_ptr<Profile> makeStandbyProfile(Host& host);
 int storedFavourites();
 
 /** Sub-codes of RMSG_APP_EVENT that a program sends. */
-enum AppEvent : int { menuPageChosen = 5, menuWantsState = 6, menuStandby = 8 };
+enum AppEvent : int { menuPageChosen = Platform::appEventMenuPage, menuWantsState = 6, menuStandby = 8 };
 
 /** Menu commands by window message, with the values of `panelKey`. */
 enum MenuCommand : int { standbyCommand = 10, sourceCommand = 11, panelKey = 12 };

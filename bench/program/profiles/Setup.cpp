@@ -1,13 +1,16 @@
 // The pages that change settings: setup, and the equaliser.
+#include "bench/dsp/DspModel.h"
 #include "bench/program/profiles/Profiles.h"
 #include "bench/unit/Settings.h"
 #include "platform/base/Pubhead.h"
 #include "platform/channel/RemoteMessageIds.h"
+#include "platform/settings/EqualiserCurves.h"
 #include "platform/settings/SetupIndex.h"
 #include "platform/settings/SetupStore.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace BenchProgram
 {
@@ -28,20 +31,34 @@ juce::String valueText(const SettingInfo& setting)
     return juce::String(value);
 }
 
-/** The setting goes on to its next value; after the last one comes the first. */
-void stepOn(Host& host, const SettingInfo& setting)
+/** Of a text, its place among those that it may be; -1 for another one. */
+int currentValue(const SettingInfo& setting)
 {
-    if (setting.isText)
-    {
-        const auto current = VX_GetSetupValueString(setting.index);
-        const auto found = std::find_if(setting.values.begin(), setting.values.end(),
-                                        [&](const char* name) { return current == name; });
-        const bool isLast = found == setting.values.end() || std::next(found) == setting.values.end();
-        host.changeSetting(setting.index, juce::String(isLast ? setting.values.front() : *std::next(found)));
+    if (!setting.isText)
+        return VX_GetSetupValueInt(setting.index);
+    const auto text = VX_GetSetupValueString(setting.index);
+    const auto found =
+        std::find_if(setting.values.begin(), setting.values.end(), [&](const char* name) { return text == name; });
+    return found != setting.values.end() ? static_cast<int>(found - setting.values.begin()) : -1;
+}
+
+/** To the next value, or the one before; there is nothing beyond the ends. */
+void step(Host& host, const SettingInfo& setting, int by)
+{
+    const auto value = currentValue(setting);
+    const auto next = juce::jlimit(setting.lowest, setting.highest, value + by);
+    if (next == value)
         return;
-    }
-    const auto value = VX_GetSetupValueInt(setting.index);
-    host.changeSetting(setting.index, value < setting.highest ? value + 1 : setting.lowest);
+    if (setting.isText)
+        host.changeSetting(setting.index, juce::String(setting.values[static_cast<std::size_t>(next)]));
+    else
+        host.changeSetting(setting.index, next);
+}
+
+/** Of two values, a touch takes the other one. */
+bool isSwitch(const SettingInfo& setting)
+{
+    return setting.highest - setting.lowest == 1;
 }
 
 struct Tab
@@ -53,7 +70,8 @@ struct Tab
 constexpr std::array tabs { Tab { "Unit", { 7, 19, 21, 23, 20, 22 } },
                             Tab { "Sound", { 276, 277, 278, 279, 280, 1793 } },
                             Tab { "Zones, light", { 281, 282, 283, 285, 286, 6 } } };
-constexpr int firstTabButton = 10'000; ///< above every setting
+/** Above every setting; a setting's own index steps it up. */
+enum SetupId : int { firstTabButton = 10'000, firstDownKey = 20'000 };
 
 /** First argument of RMSG_SETTING_NOTIFY. */
 enum Notice : int { settingNotice = 2, showVersion = 8, showService = 9, showReset = 10, leaveService = 11 };
@@ -90,19 +108,21 @@ public:
             content.buttons.push_back({ firstTabButton + i, tabs[static_cast<std::size_t>(i)].label, i == tab });
         for (const auto index : tabs[static_cast<std::size_t>(tab)].settings)
             if (const auto* setting = Bench::settingInfo(index))
-                content.rows.push_back({ index, setting->title, valueText(*setting) });
+                content.rows.push_back({ index, setting->title, valueText(*setting), false,
+                                         isSwitch(*setting) ? 0 : firstDownKey + index });
         return content;
     }
 
     void onTouch(int, int id) override
     {
-        if (id >= firstTabButton)
+        const bool down = id >= firstDownKey;
+        if (!down && id >= firstTabButton)
         {
             tab = id - firstTabButton;
             host.changed();
         }
-        else if (const auto* setting = Bench::settingInfo(id))
-            stepOn(host, *setting);
+        else if (const auto* setting = Bench::settingInfo(down ? id - firstDownKey : id))
+            step(host, *setting, down || (isSwitch(*setting) && currentValue(*setting) == setting->highest) ? -1 : 1);
     }
 
 private:
@@ -120,15 +140,35 @@ private:
         case showReset:
             return "Back to factory values ...";
         default:
-            return "Touch a setting to change it";
+            return {};
         }
     }
 };
 
-constexpr int toneControls = 0;
-constexpr int ownCurve = 4;
-constexpr int flat = 6; ///< of the gains
 enum EqualiserId : int { firstPreset = 0, firstUp = 2000, firstDown = 4000 };
+
+/** What the bands do together, from 20 Hz to 20 kHz. */
+std::vector<juce::Point<double>> curveOf(const EqualiserCurve& gains)
+{
+    constexpr int points = 120;
+    constexpr double lowest = 20;
+    constexpr double range = 1000; ///< the highest by the lowest
+    std::vector<juce::Point<double>> curve;
+    for (int i = 0; i <= points; ++i)
+    {
+        const auto hz = lowest * std::pow(range, i / static_cast<double>(points));
+        double sum = 0;
+        for (std::size_t band = 0; band < gains.size(); ++band)
+            sum += Bench::analoguePeakDb(hz, userBandFrequencies[band], gains[band]);
+        curve.emplace_back(hz, sum);
+    }
+    return curve;
+}
+
+int gainOf(int setting)
+{
+    return VX_GetSetupValueInt(setting) - flatGain;
+}
 
 class EqualiserProfile : public Profile
 {
@@ -142,17 +182,33 @@ public:
         const auto* presets = Bench::settingInfo(presetSetting);
         for (int i = 0; i <= presets->highest; ++i)
             content.buttons.push_back({ firstPreset + i, presets->values[static_cast<std::size_t>(i)], i == preset });
-        content.status = preset == toneControls || preset == ownCurve ? "Touch above or below a bar"
-                                                                      : valueText(*presets) + ", a curve of the unit";
-        const auto addLevels = [&](int first, int last)
+        EqualiserCurve gains {};
+        content.status = {};
+        if (preset == toneControlsPreset)
         {
-            for (int index = first; index <= last; ++index)
-                content.levels.push_back(level(*Bench::settingInfo(index)));
-        };
-        if (preset == toneControls)
-            addLevels(bassSetting, subwooferLevelSetting);
-        else if (preset == ownCurve)
-            addLevels(firstBandSetting, lastBandSetting);
+            gains[bassBand] = gainOf(bassSetting);
+            gains[middleBand] = gainOf(middleSetting);
+            gains[trebleBand] = gainOf(trebleSetting);
+            content.levels = { level(bassSetting, gains[bassBand], userBandFrequencies[bassBand]),
+                               level(middleSetting, gains[middleBand], userBandFrequencies[middleBand]),
+                               level(trebleSetting, gains[trebleBand], userBandFrequencies[trebleBand]),
+                               subwooferLevel() };
+        }
+        else
+        {
+            const bool isOwn = preset == userCurvePreset;
+            if (!isOwn)
+                gains = presetCurves[static_cast<std::size_t>(juce::jlimit(1, userCurvePreset - 1, preset) - 1)];
+            for (int band = 0; band < userBandCount; ++band)
+            {
+                auto& gain = gains[static_cast<std::size_t>(band)];
+                if (isOwn)
+                    gain = gainOf(firstBandSetting + band);
+                content.levels.push_back(
+                    level(firstBandSetting + band, gain, userBandFrequencies[static_cast<std::size_t>(band)], !isOwn));
+            }
+        }
+        content.curve = curveOf(gains);
         return content;
     }
 
@@ -170,14 +226,30 @@ public:
     }
 
 private:
-    static Level level(const SettingInfo& setting)
+    static Level level(int index, int gain, int hz, bool fixed = false)
     {
-        const auto value = VX_GetSetupValueInt(setting.index);
-        const auto gain = value - flat;
-        const auto text = setting.index == subwooferLevelSetting ? juce::String(value)
-                                                                 : (gain > 0 ? "+" : "") + juce::String(gain) + " dB";
-        return { firstUp + setting.index, firstDown + setting.index, setting.title, text, value, setting.lowest,
-                 setting.highest };
+        return { firstUp + index,
+                 firstDown + index,
+                 Bench::settingInfo(index)->title,
+                 (gain > 0 ? "+" : "") + juce::String(gain) + " dB",
+                 gain,
+                 -flatGain,
+                 flatGain,
+                 hz,
+                 fixed };
+    }
+
+    static Level subwooferLevel()
+    {
+        const auto* setting = Bench::settingInfo(subwooferLevelSetting);
+        const auto value = VX_GetSetupValueInt(setting->index);
+        return { firstUp + setting->index,
+                 firstDown + setting->index,
+                 setting->title,
+                 juce::String(value),
+                 value,
+                 setting->lowest,
+                 setting->highest };
     }
 };
 

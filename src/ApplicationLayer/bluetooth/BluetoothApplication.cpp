@@ -39,24 +39,24 @@ constexpr const char* noDevice = "No Device";
 
 /** arg1 of RMSG_BT_CONTROL. */
 enum Control : juce::int32 {
-    controlOff = 2,
-    controlOn = 7,
-    controlAcceptCall = 11,
-    controlEndCall = 12,
-    controlAutoTest = 14
+    controlOff = Platform::phoneOff,
+    controlOn = Platform::phoneOn,
+    controlAcceptCall = Platform::phoneAccept,
+    controlEndCall = Platform::phoneHangUp,
+    controlAutoTest = Platform::phoneTest
 };
 
 /** arg1 of RMSG_BT_STATE. */
 enum Report : juce::int32 {
-    reportModule = 1,
-    reportCall = 2,
-    reportValue1 = 3,
-    reportValue2 = 4,
-    reportPairedList = 7,
-    reportSpp = 8,
-    reportPandora = 9,
-    reportOpenSetup = 13,
-    reportOpenAudio = 15
+    reportModule = Platform::phoneModule,
+    reportCall = Platform::phoneCall,
+    reportValue1 = Platform::phoneSignal,
+    reportValue2 = Platform::phoneBattery,
+    reportPairedList = Platform::phonePaired,
+    reportSpp = Platform::phoneData,
+    reportPandora = Platform::phonePandora,
+    reportOpenSetup = Platform::phoneWantsSetup,
+    reportOpenAudio = Platform::phoneWantsAudio
 };
 /** Values of the module's report. */
 constexpr juce::int32 moduleDisconnected = 1;
@@ -68,14 +68,18 @@ constexpr juce::int32 moduleIsOn = 9;
 constexpr juce::int32 linkOpen = 0;
 
 /** arg1 of RMSG_IPOD_CONTROL. */
-enum iPodControl : juce::int32 { iPodAuthenticate = 2, iPodPrepared = 3, iPodLeave = 8 };
+enum iPodControl : juce::int32 {
+    iPodAuthenticate = Platform::iPodAuthenticate,
+    iPodPrepared = Platform::iPodPrepare,
+    iPodLeave = Platform::iPodLeaveLink
+};
 
-constexpr juce::int32 iPodDriverMark = 234567;
+constexpr juce::int32 iPodDriverMark = Platform::iPodDriver;
 constexpr juce::int32 iPodDriverLost = 7;
 constexpr juce::int32 pandoraUp = 1;
 
 /** arg1 of RMSG_BT_LINK. */
-enum Link : juce::int32 { linkRequest = 1, linkIsAudio = 10 };
+enum Link : juce::int32 { linkRequest = Platform::phoneLinkRequest, linkIsAudio = Platform::phoneLinkAudio };
 constexpr juce::int32 requestOpen = 1;
 constexpr juce::int32 requestClose = 5;
 

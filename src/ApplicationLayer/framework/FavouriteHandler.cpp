@@ -3,6 +3,7 @@
 #include "EngineApi/Bars.h"
 #include "EngineApi/KeyCodes.h"
 #include "EngineApi/Provided.h"
+#include "platform/base/BundleKeys.h"
 
 namespace ApplicationLayer
 {
@@ -21,7 +22,7 @@ void FavouriteHandler::decorateCommandLine(EngineApi::SwitchType, const EngineAp
     if (!pendingFavourite)
         return;
     auto favourite = Platform::Bundle::obtain();
-    favourite->putInt("Favourite", *std::exchange(pendingFavourite, {}));
+    favourite->putInt(Platform::BundleKeys::favouriteKey, *std::exchange(pendingFavourite, {}));
     commandLine.putExtraData(std::move(favourite));
 }
 

@@ -8,6 +8,7 @@
 #include "EngineApi/WiredRemote.h"
 #include "kernel/MessageIds.h"
 #include "kernel/SystemEngine.h"
+#include "platform/base/BundleKeys.h"
 #include "platform/base/Counter.h"
 #include "platform/base/Logger.h"
 #include "platform/settings/SetupValues.h"
@@ -18,6 +19,7 @@ namespace ApplicationLayer
 using namespace EngineApi;
 using namespace Pubhead;
 using Platform::RemoteMessage;
+using enum Platform::RemoteCode;
 
 namespace
 {
@@ -26,34 +28,24 @@ constexpr Platform::Log logger { "ApplicationLayer/AppHandler", "AppHandler" };
 
 Platform::Counter settingsRefused { "settings.refused", "settings of programs that are unknown, or have another type" };
 
-/** arg1 of RMSG_APP_EVENT; the others are the application's. */
-enum AppEvent : juce::int32 { menuEvent = 4, menuPage = 5 };
-
-/** arg1 of RMSG_MAINMENU_NOTIFY for what another program relays. */
-constexpr juce::int32 menuRelayed = 4;
-
-/** arg1 of RMSG_WIRED_REMOTE_TEXT. */
-enum WiredRemoteRequest : juce::int32 { showTexts = 0, dim = 2 };
-constexpr juce::int32 keepOldTexts = 1;
-
-/** arg2 of RMSG_SETTING_CHANGED. */
-constexpr juce::int32 integerSetting = 1;
-
 void serveWiredRemote(const RemoteMessage& message)
 {
     auto* remote = Provided<WiredRemote>::get();
     if (remote == nullptr)
         return;
-    if (message.arg1 == dim)
+    if (message.arg1 == remoteDims)
         return remote->setDimmer(message.arg2);
-    if (message.arg1 != showTexts)
+    if (message.arg1 != remoteShowsTexts)
         return;
-    if (message.arg2 != keepOldTexts)
+    if (message.arg2 != remoteKeepsTexts)
         remote->clearDisplay(true);
     if (message.bundle == nullptr)
         return;
-    remote->showText(0, message.bundle->getInt("pos1", 0), message.bundle->getString("string1", {}), false);
-    remote->showText(1, message.bundle->getInt("pos2", 0), message.bundle->getString("string2", {}), false);
+    using namespace Platform::BundleKeys;
+    remote->showText(0, message.bundle->getInt(remoteColumn1Key, 0), message.bundle->getString(remoteLine1Key, {}),
+                     false);
+    remote->showText(1, message.bundle->getInt(remoteColumn2Key, 0), message.bundle->getString(remoteLine2Key, {}),
+                     false);
 }
 
 } // namespace
@@ -66,9 +58,9 @@ void AppHandler::processRemote(const Kernel::SystemMessage& message)
     switch (remote->what)
     {
     case RMSG_APP_EVENT:
-        if (remote->arg1 == menuPage)
+        if (remote->arg1 == appEventMenuPage)
             return postToPage(mbMainMenu, Kernel::MSG_MENU_PAGE, remote->arg2, 0);
-        if (remote->arg1 == menuEvent)
+        if (remote->arg1 == appEventMenu)
             return postToPage(mbMainMenu, Kernel::MSG_MENU_EVENT, remote->arg2, 0);
         return passToOwner(message);
     case RMSG_IGNORED:
@@ -107,7 +99,7 @@ void AppHandler::storeSetting(const RemoteMessage& remote)
 {
     using Platform::RemoteObjFormat;
     const int index = remote.arg1;
-    const bool isInteger = remote.arg2 == integerSetting;
+    const bool isInteger = remote.arg2 == settingIsInteger;
     if (isInteger ? !RemoteObjFormat::holdsInt(remote.bundle) : !RemoteObjFormat::holdsString(remote.bundle))
         logger().error(juce::String(appTypeName(config.appType)) + " sends setting " + juce::String(index) +
                        " without " +

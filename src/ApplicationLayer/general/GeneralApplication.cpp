@@ -33,7 +33,7 @@ constexpr int showMs = 5000;
 constexpr juce::int32 triggerChanged = 1;
 
 /** arg1 of RMSG_ANTITHEFT_EVENT, and of MSG_SYS_ANTITHEFT_EXIT for it. */
-enum AntitheftReport : juce::int32 { reportsLock = 1, reportsUnlock = 2 };
+enum AntitheftReport : juce::int32 { reportsLock = Platform::unitLocked, reportsUnlock = Platform::unitUnlocked };
 enum AntitheftExit : juce::int32 { exitUnlocked = 1, exitLock = 2 };
 
 void attachState(AppCommandLine& commandLine, juce::int32 state)

@@ -32,34 +32,43 @@ constexpr int retryMs = 500;
 constexpr int idleMs = 5000;
 
 /** arg1 of RMSG_MAINMENU_NOTIFY. */
-enum Notice : juce::int32 { normalSourceNotice = 1, stateNotice = 2, valueNotice = 3, lastSourceNotice = 8 };
+enum Notice : juce::int32 {
+    normalSourceNotice = Platform::menuSource,
+    stateNotice = Platform::menuState,
+    valueNotice = Platform::menuValue,
+    lastSourceNotice = Platform::menuLastSource
+};
 
 /** arg1 of RMSG_APP_EVENT, beside those that every application takes. */
-enum ProgramEvent : juce::int32 { wantsState = 6, wantsStandby = 8, wantsSourceMenu = 11 };
+enum ProgramEvent : juce::int32 {
+    wantsState = Platform::appEventWantsState,
+    wantsStandby = Platform::appEventStandby,
+    wantsSourceMenu = Platform::appEventSourceMenu
+};
 
 /** arg1 of MSG_MENU_COMMAND. */
 enum Command : juce::int32 {
-    frontOrRear = 2,
-    showNavigation = 3,
-    showMenu = 4,
-    showPhone = 5,
-    showMaintenance = 6,
-    showTyrePressures = 7,
-    openTelematics = 8,
-    closeTelematics = 9,
-    standby = 10,
-    showSource = 11,
-    panel = 12
+    frontOrRear = Platform::commandFrontOrRear,
+    showNavigation = Platform::commandNavigation,
+    showMenu = Platform::commandMenu,
+    showPhone = Platform::commandPhone,
+    showMaintenance = Platform::commandMaintenance,
+    showTyrePressures = Platform::commandTyres,
+    openTelematics = Platform::commandTelematicsOpen,
+    closeTelematics = Platform::commandTelematicsClose,
+    standby = Platform::commandStandby,
+    showSource = Platform::commandSource,
+    panel = Platform::commandPanel
 };
 
 /** arg2 of the panel command. */
 enum PanelCommand : juce::int32 {
-    louder = 0,
-    softer = 1,
-    menuAndBack = 3,
-    menuOrSource = 4,
-    mute = 5,
-    showZone2Volume = 6
+    louder = Platform::panelStepLouder,
+    softer = Platform::panelStepSofter,
+    menuAndBack = Platform::panelMenuAndBack,
+    menuOrSource = Platform::panelMenuOrSource,
+    mute = Platform::panelMute,
+    showZone2Volume = Platform::panelZone2Volume
 };
 
 /** The source key of the panel that walks through the menu instead of closing it. */

@@ -25,7 +25,12 @@ const Kernel::ComponentRegistration registration { Kernel::siriusApplicationId,
                                                    []() -> Kernel::SystemTask* { return new SiriusApplication; } };
 
 /** arg1 of RMSG_SXM_EVENT. */
-enum ProgramEvent : juce::int32 { tunerState = 0, offersFavourites = 3, selectFavourite = 4, readyForPowerOff = 5 };
+enum ProgramEvent : juce::int32 {
+    tunerState = Platform::satelliteTunerState,
+    offersFavourites = Platform::satelliteFavourites,
+    selectFavourite = Platform::satelliteSelected,
+    readyForPowerOff = Platform::satelliteReady
+};
 
 void takeTunerState(juce::int32 state)
 {

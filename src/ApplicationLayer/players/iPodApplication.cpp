@@ -27,17 +27,22 @@ const Kernel::ComponentRegistration registration { Kernel::iPodApplicationId,
                                                    []() -> Kernel::SystemTask* { return new iPodApplication; } };
 
 /** arg1 of RMSG_IPOD_DEVICE. */
-enum DeviceEvent : juce::int32 { attached = 0, authentication = 1, detached = 2, restartProgram = 85 };
+enum DeviceEvent : juce::int32 {
+    attached = Platform::iPodAttached,
+    authentication = Platform::iPodAuthentication,
+    detached = Platform::iPodDetached,
+    restartProgram = Platform::iPodWantsRestart
+};
 /** arg1 of RMSG_IPOD_AUDIO_PATH, and the path that is not digital. */
 constexpr juce::int32 pathReport = 1;
-constexpr juce::int32 analogPath = 2;
-constexpr juce::int32 digitalPath = 1;
+constexpr juce::int32 analogPath = Platform::iPodAnalog;
+constexpr juce::int32 digitalPath = Platform::iPodDigital;
 
 /** arg1 of RMSG_IPOD_CONTROL. */
-enum Control : juce::int32 { authenticate = 2, prepared = 3 };
+enum Control : juce::int32 { authenticate = Platform::iPodAuthenticate, prepared = Platform::iPodPrepare };
 
 /** WM_MESSAGE_IPOD_DRIVER: arg1, and the states in arg2 that mean an iPod is there. */
-constexpr juce::int32 driverMark = 234567;
+constexpr juce::int32 driverMark = Platform::iPodDriver;
 constexpr juce::int32 driverConnected = 1;
 constexpr juce::int32 lastDriverState = 4;
 

@@ -33,20 +33,24 @@ constexpr Platform::Log logger { "ApplicationLayer/RadioApplication", "RadioAppl
 
 /** arg1 of RMSG_RADIO_CONTROL. */
 enum Control : juce::int32 {
-    controlTuner = 2, ///< the value is between the program and the microcontroller
-    controlSeekUp = 5,
-    controlSeekDown = 6,
-    controlStepUp = 7,
-    controlStepDown = 8,
-    controlTune = 16,
-    controlSensitivity2 = 21, ///< steps of the sensitivity test, passed on
-    controlSensitivity = 22,
-    controlSensitivity3 = 23,
-    controlRefresh = 255
+    controlTuner = Platform::radioToTuner, ///< the value is between the program and the microcontroller
+    controlSeekUp = Platform::radioSeekUp,
+    controlSeekDown = Platform::radioSeekDown,
+    controlStepUp = Platform::radioStepUp,
+    controlStepDown = Platform::radioStepDown,
+    controlTune = Platform::radioTune,
+    controlSensitivity2 = Platform::radioTestStep2, ///< steps of the sensitivity test, passed on
+    controlSensitivity = Platform::radioTestValue,
+    controlSensitivity3 = Platform::radioTestStep3,
+    controlRefresh = Platform::radioRefresh
 };
 
 /** arg1 of RMSG_RADIO_EVENT. */
-enum ProgramEvent : juce::int32 { offersFavourites = 8, playsFavourite = 9, sensitivityTest = 10 };
+enum ProgramEvent : juce::int32 {
+    offersFavourites = Platform::radioOffersFavourites,
+    playsFavourite = Platform::radioPlaysFavourite,
+    sensitivityTest = Platform::radioTest
+};
 
 /** First byte of EVENT_RADIO_INFO to the microcontroller. */
 enum TunerOrder : int { seekDown = 1, stepDown = 2, seekUp = 3, stepUp = 4, tune = 5, setRegion = 7, passOn = 8 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/CommandLine.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 #include <cstdint>
 #include <span>
@@ -11,13 +12,13 @@ namespace ApplicationLayer
 
 /** What the radio program is told of the tuner: the key of a message body. */
 enum RadioBodyKey : juce::int32 {
-    radioFrequency = 0, ///< of the reported band, as the tuner counts it
-    radioBand = 2,
-    radioProgrammeName = 5,  ///< 8 bytes
-    radioTextKey = 6,        ///< 64 bytes
-    radioStereo = 20,        ///< while the program tests the sensitivity
-    radioArea = 33,          ///< the tuner's region
-    radioSensitivityKey = 34 ///< of the current band, while the program tests it
+    radioFrequency = Platform::radioBodyFrequency, ///< of the reported band, as the tuner counts it
+    radioBand = Platform::radioBodyBand,
+    radioProgrammeName = Platform::radioBodyName,        ///< 8 bytes
+    radioTextKey = Platform::radioBodyText,              ///< 64 bytes
+    radioStereo = Platform::radioBodyStereo,             ///< while the program tests the sensitivity
+    radioArea = Platform::radioBodyArea,                 ///< the tuner's region
+    radioSensitivityKey = Platform::radioBodySensitivity ///< of the current band, while the program tests it
 };
 
 /** The values that wait for the radio program, which gets them in one batch. The application's thread. */

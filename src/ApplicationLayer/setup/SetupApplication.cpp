@@ -37,7 +37,7 @@ constexpr Platform::Log logger { "ApplicationLayer/SetupApplication", "SetupAppl
 constexpr juce::int32 settingMessage = 1;
 
 /** arg1 of RMSG_SETTING_NOTIFY. */
-constexpr juce::int32 valueNotice = 2;
+constexpr juce::int32 valueNotice = Platform::setupValue;
 
 /** The names that the microcontroller knows for the AUX input; the first is the one that it has by itself. */
 constexpr const char* auxNames[] = { "AUX", "TV", "Media", "MP3", "NAV" };

@@ -28,7 +28,12 @@ constexpr int resetMs = 5000;
 constexpr int idleMs = 10000;
 
 /** arg1 of RMSG_SETTING_NOTIFY. */
-enum Notice : juce::int32 { versionNotice = 8, amsNotice = 9, resetNotice = 10, mmsNotice = 11 };
+enum Notice : juce::int32 {
+    versionNotice = Platform::setupVersion,
+    amsNotice = Platform::setupService,
+    resetNotice = Platform::setupReset,
+    mmsNotice = Platform::setupLeaveService
+};
 
 constexpr Kernel::ComponentId resetReceivers[] { Kernel::bluetoothApplicationId, Kernel::siriusApplicationId,
                                                  Kernel::deviceStatusManagerId };

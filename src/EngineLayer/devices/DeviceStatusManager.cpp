@@ -50,7 +50,7 @@ constexpr juce::uint32 fullVolume = 0xffffffff;
 
 constexpr std::uint8_t autoTestReady[] = { 0x82, 0x02 };
 /** Parameter of the favourites message that tells the satellite program of the power-off. */
-constexpr int siriusPowerOff = 3;
+constexpr int siriusPowerOff = Platform::satellitePowerOff;
 
 /** Per process, not per manager: the decoder keeps its registers. The thread of the devices. */
 VideoDecoder& videoDecoder()

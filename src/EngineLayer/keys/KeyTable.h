@@ -2,6 +2,7 @@
 
 #include "EngineApi/KeyCodes.h"
 #include "platform/base/Pubhead.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 #include <juce_core/juce_core.h>
 #include <variant>
@@ -50,7 +51,7 @@ struct PageKey
 };
 struct FavouriteMessage
 {
-    enum Mode { store = 0, play = 1, open = 2 };
+    enum Mode { store = Platform::favouriteStore, play = Platform::favouritePlay, open = Platform::favouriteOpen };
     int appType;
     Mode mode;
     int favourite;

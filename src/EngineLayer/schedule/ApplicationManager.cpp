@@ -28,7 +28,7 @@ constexpr Platform::Log logger { "EngineLayer/ApplicationManager", "ApplicationM
 /** Kind of the device state that goes along with command lines as their flag. */
 constexpr int commandLineFlagDevice = 3;
 /** Sub-code of RMSG_MAINMENU_NOTIFY for a new rear page. */
-constexpr int menuSourceNotice = 1;
+constexpr int menuSourceNotice = Platform::menuSource;
 
 void logLines(const std::vector<juce::String>& lines, const Platform::Log::Line& line)
 {

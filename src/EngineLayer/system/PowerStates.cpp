@@ -2,6 +2,7 @@
 
 #include "EngineApi/HostLink.h"
 #include "EngineApi/Pages.h"
+#include "EngineApi/ProgramTimes.h"
 #include "EngineApi/Remote.h"
 #include "kernel/MessageIds.h"
 
@@ -9,13 +10,6 @@ using namespace EngineApi;
 
 namespace EngineLayer
 {
-
-namespace
-{
-
-constexpr int confirmationTimeOutMs = 8000;
-
-} // namespace
 
 void SystemStateBooting::handleMessage(juce::int32 id, juce::int32 arg1, juce::int32, const Kernel::Payload&)
 {
@@ -64,7 +58,7 @@ void SystemStatePowerOff::begin()
         return;
     }
     step = Step::waiting;
-    manager.startTimeOut(confirmationTimeOutMs);
+    manager.startTimeOut(powerOffAnswerMs);
 }
 
 void SystemStatePowerOff::onConfirmed(int page)

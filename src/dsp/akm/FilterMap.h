@@ -1,6 +1,9 @@
 #pragma once
 
 #include "dsp/akm/BiquadDesign.h"
+#include "platform/settings/EqualiserCurves.h"
+
+#include <algorithm>
 
 namespace Dsp
 {
@@ -37,9 +40,11 @@ inline constexpr std::array<EqBand, numOfEqBands> eqBands { {
     { 16000, Precision::single, 0xBE, 0xA0, 0x17F },
 } };
 
-/** The bands that a person sets: 50, 125, 250, 500, 1000, 3000, 8000 Hz. */
-inline constexpr int numOfUserBands = 7;
+/** The bands that a person sets. */
+inline constexpr int numOfUserBands = Platform::userBandCount;
 inline constexpr std::array<int, numOfUserBands> bandOfUserBand { 1, 2, 4, 5, 7, 9, 12 };
+static_assert(std::ranges::equal(Platform::userBandFrequencies, bandOfUserBand, {}, {},
+                                 [](int band) { return eqBands[static_cast<std::size_t>(band)].frequency; }));
 
 /** Corner frequencies in Hz of the filters between the speakers; 0 is no filter. */
 inline constexpr std::array<int, 4> crossoverFrequencies { 0, 50, 80, 120 };

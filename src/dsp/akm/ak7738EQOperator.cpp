@@ -14,19 +14,9 @@ namespace
 
 constexpr Platform::Log logger { "dsp/akm/ak7738EQOperator", "ak7738EQOperator" };
 
-using Curve = std::array<int, numOfUserBands>;
+using Curve = Platform::EqualiserCurve;
 
-constexpr int toneControls = 0;
-constexpr int userCurve = 4;
-constexpr std::array<Curve, 3> presetCurves {
-    { { 4, -4, 0, 4, 0, 2, 2 }, { 0, -2, 4, 4, 2, 0, 2 }, { -2, -2, 2, 1, 2, 6, 0 } }
-};
 constexpr Curve dmeOffsets { 1, 0, 1, 0, -1, -2, 2 };
-/** The user bands of bass, middle and treble. */
-constexpr std::size_t bassBand = 1;
-constexpr std::size_t middleBand = 3;
-constexpr std::size_t trebleBand = 5;
-constexpr int gainMiddle = 6;
 
 /**
     dB by position, 6 is the middle: one fades out upwards, the other downwards. Positions count from right (0) to left
@@ -82,19 +72,19 @@ bool ak7738EQOperator::presetGains(std::array<int, numOfUserBands>& gains) const
 {
     const int preset = helper->getEqPreset();
     gains = {};
-    if (preset == toneControls)
+    if (preset == Platform::toneControlsPreset)
     {
-        gains[bassBand] = helper->getBassGain();
-        gains[middleBand] = helper->getMiddleGain();
-        gains[trebleBand] = helper->getTrebleGain();
+        gains[Platform::bassBand] = helper->getBassGain();
+        gains[Platform::middleBand] = helper->getMiddleGain();
+        gains[Platform::trebleBand] = helper->getTrebleGain();
     }
-    else if (preset == userCurve)
+    else if (preset == Platform::userCurvePreset)
     {
         for (std::size_t band = 0; band < gains.size(); ++band)
             gains[band] = helper->getCustomEqGain(static_cast<int>(band));
     }
-    else if (preset > toneControls && preset < userCurve)
-        gains = presetCurves[static_cast<std::size_t>(preset - 1)];
+    else if (preset > Platform::toneControlsPreset && preset < Platform::userCurvePreset)
+        gains = Platform::presetCurves[static_cast<std::size_t>(preset - 1)];
     else
         return false;
     return true;
@@ -133,9 +123,9 @@ void ak7738EQOperator::setDmeState(bool on)
 void ak7738EQOperator::setCustomBand(int band, int stored)
 {
     const std::lock_guard guard(lock);
-    if (helper == nullptr || helper->getEqPreset() != userCurve || band < 0 || band >= numOfUserBands)
+    if (helper == nullptr || helper->getEqPreset() != Platform::userCurvePreset || band < 0 || band >= numOfUserBands)
         return;
-    baseGains[static_cast<std::size_t>(band)] = std::clamp(stored, 0, 2 * gainMiddle) - gainMiddle;
+    baseGains[static_cast<std::size_t>(band)] = std::clamp(stored, 0, 2 * Platform::flatGain) - Platform::flatGain;
     chip().setGeqBand(band, baseGains[static_cast<std::size_t>(band)], true);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/base/CommandLine.h"
 
+#include "platform/base/BundleKeys.h"
 #include "platform/base/Pubhead.h"
 
 #include <algorithm>
@@ -13,19 +14,17 @@ namespace Platform
 namespace
 {
 
-constexpr const char* commandLineKey = "commandLine";
-constexpr const char* typeKey = "type";
-constexpr const char* pageKey = "page";
-constexpr const char* flagKey = "flag";
-constexpr const char* onTopKey = "onTop";
-constexpr const char* otherPageKey = "otherPage";
-constexpr const char* extraKey = "extra";
-constexpr const char* valueKey = "value";
-constexpr const char* bytesKey = "bytes";
-constexpr const char* bodiesKey = "bodies";
+using namespace BundleKeys;
 
 /** In the order of AppCommandLine::Type. */
-constexpr std::array typeNames { "pageShow", "pageHide", "sourceEnter", "sourceExit" };
+constexpr std::array typeNames {
+#define BUNDLE_KEY(name, text, type, meaning)
+#define COMMAND_LINE(type, meaning) #type,
+#include "platform/base/BundleKeys.def"
+#undef BUNDLE_KEY
+#undef COMMAND_LINE
+};
+static_assert(typeNames.size() == static_cast<std::size_t>(AppCommandLine::Type::sourceExit) + 1);
 
 /** Deeper than any page's handler nests its data; what lies below is left out. */
 constexpr int maxDepth = 32;
@@ -266,8 +265,8 @@ Bundle::Ptr RemoteObjFormat::formatMessageBodyList(const std::vector<MessageBody
     for (const auto& body : bodies)
     {
         auto entry = Bundle::obtain();
-        entry->putInt("kind", body.kind);
-        entry->putInt("key", body.key);
+        entry->putInt(kindKey, body.kind);
+        entry->putInt(keyKey, body.key);
         entry->putInt(valueKey, body.value);
         if (!body.bytes.isEmpty())
             entry->putByteArray(bytesKey, body.bytes.getData(), static_cast<int>(body.bytes.getSize()));

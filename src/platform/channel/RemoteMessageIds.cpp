@@ -5,127 +5,18 @@ namespace Platform
 
 juce::String remoteMessageName(juce::int32 what)
 {
-    // The compiler misses the name of a new one.
-    switch (static_cast<RemoteMessageId>(what))
+    switch (what)
     {
-    case RMSG_APP_EVENT:
-        return "RMSG_APP_EVENT";
-    case RMSG_SETUP_WINDOW_EVENT:
-        return "RMSG_SETUP_WINDOW_EVENT";
-    case RMSG_IPOD_DEVICE:
-        return "RMSG_IPOD_DEVICE";
-    case RMSG_MENU_COMMAND_WINDOW:
-        return "RMSG_MENU_COMMAND_WINDOW";
-    case RMSG_RADIO_EVENT:
-        return "RMSG_RADIO_EVENT";
-    case RMSG_SXM_EVENT:
-        return "RMSG_SXM_EVENT";
-    case RMSG_IGNORED:
-        return "RMSG_IGNORED";
-    case RMSG_ANTITHEFT_EVENT:
-        return "RMSG_ANTITHEFT_EVENT";
-    case RMSG_MAINMENU_RELAY:
-        return "RMSG_MAINMENU_RELAY";
-    case RMSG_BT_STATE:
-        return "RMSG_BT_STATE";
-    case RMSG_GENERAL_UNUSED:
-        return "RMSG_GENERAL_UNUSED";
-    case RMSG_IPOD_UNUSED:
-        return "RMSG_IPOD_UNUSED";
-    case RMSG_WIRED_REMOTE_TEXT:
-        return "RMSG_WIRED_REMOTE_TEXT";
-    case RMSG_MAINMENU_EVENT:
-        return "RMSG_MAINMENU_EVENT";
-    case RMSG_MAINMENU_NOTIFY:
-        return "RMSG_MAINMENU_NOTIFY";
-    case RMSG_FAVOURITE:
-        return "RMSG_FAVOURITE";
-    case RMSG_IPOD_CONTROL:
-        return "RMSG_IPOD_CONTROL";
-    case RMSG_BT_CONTROL:
-        return "RMSG_BT_CONTROL";
-    case RMSG_USB_CONTROL:
-        return "RMSG_USB_CONTROL";
-    case RMSG_SXM_FAVOURITE:
-        return "RMSG_SXM_FAVOURITE";
-    case RMSG_SETTING_NOTIFY:
-        return "RMSG_SETTING_NOTIFY";
-    case RMSG_FACTORY_RESET:
-        return "RMSG_FACTORY_RESET";
-    case RMSG_KEY:
-        return "RMSG_KEY";
-    case RMSG_SOURCE_STOP:
-        return "RMSG_SOURCE_STOP";
-    case RMSG_GENERAL_NOTIFY:
-        return "RMSG_GENERAL_NOTIFY";
-    case RMSG_PAGE_NOTIFY:
-        return "RMSG_PAGE_NOTIFY";
-    case RMSG_STATE_TO_SYSTEM:
-        return "RMSG_STATE_TO_SYSTEM";
-    case RMSG_RADIO_NOTIFY:
-        return "RMSG_RADIO_NOTIFY";
-    case RMSG_RADIO_CONTROL:
-        return "RMSG_RADIO_CONTROL";
-    case RMSG_N2K_DATA:
-        return "RMSG_N2K_DATA";
-    case RMSG_N2K_TX:
-        return "RMSG_N2K_TX";
-    case RMSG_N2K_PGN:
-        return "RMSG_N2K_PGN";
-    case RMSG_N2K_TX_2:
-        return "RMSG_N2K_TX_2";
-    case RMSG_N2K_TX_3:
-        return "RMSG_N2K_TX_3";
-    case RMSG_PAGE_REQUEST_SHOW:
-        return "RMSG_PAGE_REQUEST_SHOW";
-    case RMSG_PAGE_SHOW:
-        return "RMSG_PAGE_SHOW";
-    case RMSG_PAGE_HIDE:
-        return "RMSG_PAGE_HIDE";
-    case RMSG_PAGE_COVERED:
-        return "RMSG_PAGE_COVERED";
-    case RMSG_PAGE_SHOW_READY:
-        return "RMSG_PAGE_SHOW_READY";
-    case RMSG_PAGE_HIDE_READY:
-        return "RMSG_PAGE_HIDE_READY";
-    case RMSG_PAGE_TOP_SHOWN:
-        return "RMSG_PAGE_TOP_SHOWN";
-    case RMSG_ENGINE_STARTED:
-        return "RMSG_ENGINE_STARTED";
-    case RMSG_APP_HELLO:
-        return "RMSG_APP_HELLO";
-    case RMSG_APP_HELLO_ACK:
-        return "RMSG_APP_HELLO_ACK";
-    case RMSG_HEARTBEAT:
-        return "RMSG_HEARTBEAT";
-    case RMSG_HEARTBEAT_REPLY:
-        return "RMSG_HEARTBEAT_REPLY";
-    case RMSG_COMMAND_LINE:
-        return "RMSG_COMMAND_LINE";
-    case RMSG_SETTING_CHANGED:
-        return "RMSG_SETTING_CHANGED";
-    case RMSG_EQ_PAGE_SHOW:
-        return "RMSG_EQ_PAGE_SHOW";
-    case RMSG_EQ_PAGE_HIDE:
-        return "RMSG_EQ_PAGE_HIDE";
-    case RMSG_IPOD_AUDIO_PATH:
-        return "RMSG_IPOD_AUDIO_PATH";
-    case RMSG_BT_LINK:
-        return "RMSG_BT_LINK";
-    case RMSG_NAVI_WINDOW:
-        return "RMSG_NAVI_WINDOW";
-    case RMSG_NAVI_EVENT:
-        return "RMSG_NAVI_EVENT";
-    case RMSG_PANDORA_NOTIFY:
-        return "RMSG_PANDORA_NOTIFY";
-    case RMSG_DEVICE_WINDOW:
-        return "RMSG_DEVICE_WINDOW";
-    case WM_MESSAGE_IPOD_DRIVER:
-        return "WM_MESSAGE_IPOD_DRIVER";
-    case RMSG_DAB_FAVOURITE:
-        return "RMSG_DAB_FAVOURITE";
+#define REMOTE_MESSAGE(name, number, direction, arg1, arg2, bundle, meaning, expected)                                 \
+    case name:                                                                                                         \
+        return #name;
+#define REMOTE_CODE(message, argument, name, number, meaning)
+#include "platform/channel/RemoteMessages.def"
+#undef REMOTE_MESSAGE
+#undef REMOTE_CODE
+    default:
+        return "RMSG " + juce::String(what);
     }
-    return "RMSG " + juce::String(what);
 }
 
 } // namespace Platform

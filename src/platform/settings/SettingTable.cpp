@@ -21,6 +21,10 @@ constexpr std::array outputs { "Zone 2 on A", "Zone 2 on B", "Zone 2 on both" };
 constexpr std::array volumes { "With zone 1", "Its own" };
 constexpr std::array presets { "Tone", "Rock", "Pop", "Jazz", "Custom" };
 constexpr int steps = 12;
+constexpr std::array frontAndRear { "rear 6",  "rear 5",  "rear 4",  "rear 3",  "rear 2",  "rear 1", "centre",
+                                    "front 1", "front 2", "front 3", "front 4", "front 5", "front 6" };
+constexpr std::array leftAndRight { "left 6",  "left 5",  "left 4",  "left 3",  "left 2",  "left 1", "centre",
+                                    "right 1", "right 2", "right 3", "right 4", "right 5", "right 6" };
 
 constexpr SettingInfo choice(int index, const char* name, const char* title, std::span<const char* const> values)
 {
@@ -45,8 +49,8 @@ constexpr std::array settingTable {
     choice(filtersSetting, "eq", "Equaliser", onOff),
     choice(highPassSetting, "high-pass", "High-pass of the speakers", highPasses),
     choice(subwooferSetting, "subwoofer", "Subwoofer", onOff),
-    number(faderSetting, "fader", "Fader", steps),
-    number(balanceSetting, "balance", "Balance", steps),
+    choice(faderSetting, "fader", "Fader", frontAndRear),
+    choice(balanceSetting, "balance", "Balance", leftAndRight),
     choice(zone2OnSetting, "zone2", "Zone 2", onOff),
     choice(zone2OutputSetting, "zone2-outputs", "Outputs of zone 2", outputs),
     choice(zone2VolumeSetting, "zone2-volume", "Volume of zone 2", volumes),

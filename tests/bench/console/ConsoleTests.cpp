@@ -1,4 +1,5 @@
 #include "bench/console/ActiveFaults.h"
+#include "bench/console/CommandLine.h"
 #include "bench/console/EventText.h"
 #include "bench/console/ExpectLines.h"
 #include "bench/console/Verb.h"
@@ -197,6 +198,8 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         { "program eq show fm", "AppEQ has no page 'fm'" },
         { "battery 25.3", "is no volts: 0 to 25.2" },
         { "dsp sing/dsp plot a b", "usage: dsp" },
+        { "log/log 3/log tail/log tail 3", "nobody says where the engine's log is" },
+        { "log on 3/log 3 3", "usage: log" },
         { "transcript mcu nobody", "'nobody' is no section" },
         { "expect/expect no/expect sing", "expect" },
         { "expect page fm gone", "usage: expect page PAGE shown|hidden|covered|confirmed" },
@@ -306,13 +309,18 @@ TEST(Events, foldWhatComesByItself)
     EXPECT_EQ(all, "00 × 3; MCU received ACK arg1: 1, arg2: 0 × 2; shown; shown; 00; ");
 }
 
-TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
+TEST_F(ConsoleCommands, namesEachLineThatFails)
 {
-    std::istringstream script(
-        "# story\nsay hello\nif-display frobnicate\nexpect mcu agreed within 10ms\nsay not reached\n");
-    EXPECT_FALSE(runScript(console, script, "x.scenario"));
+    const char* lines = "# story\nsay hello\nif-display frobnicate\nexpect mcu agreed within 10ms\nsay "
+                        "reached\nmark\nquit\nsay never\n";
+    std::istringstream script(lines), typed(lines);
+    EXPECT_FALSE(runScript(console, script, "x.scenario", AfterFailure::end));
     EXPECT_THAT(output.str(), HasSubstr("x.scenario:4"));
-    EXPECT_THAT(output.str(), testing::Not(HasSubstr("not reached")));
+    EXPECT_THAT(output.str(), testing::Not(HasSubstr("\nreached")));
+
+    EXPECT_FALSE(runScript(console, typed, "standard input", AfterFailure::nextLine)) << "one line has failed";
+    EXPECT_THAT(output.str(), testing::AllOf(HasSubstr("standard input:4"), HasSubstr("\nreached")));
+    EXPECT_THAT(output.str(), testing::Not(HasSubstr("never")));
 }
 
 TEST(Verbs, completeWhatMayFollow)
@@ -334,12 +342,40 @@ TEST(Verbs, completeWhatMayFollow)
         EXPECT_THAT(completionsFor(parseLine(before).words), testing::IsEmpty()) << before;
 }
 
+/** The tables of options and verbs, with all that stands around them as it is. */
 TEST(Verbs, standInTheManual)
 {
     const auto manual = juce::File(HEADUNIT_SOURCE_DIR).getChildFile("bench/README.md").loadFileAsString();
-    const juce::String first = "| Say | What it does |\n";
-    expectGolden("../bench/README.md",
-                 manual.upToFirstOccurrenceOf(first, false, false) + juce::String::fromUTF8(verbTables().c_str()));
+    const juce::String options = "| Option | What it does |\n", verbs = "| Say | What it does |\n";
+    const auto behindOptions =
+        manual.fromFirstOccurrenceOf(options, false, false).fromFirstOccurrenceOf("\n\n", true, false);
+    expectGolden(
+        "../bench/README.md",
+        manual.upToFirstOccurrenceOf(options, false, false) + juce::String::fromUTF8(optionTable().c_str()) +
+            behindOptions.fromFirstOccurrenceOf("\n", false, false).upToFirstOccurrenceOf(verbs, false, false) +
+            juce::String::fromUTF8(verbTables().c_str()));
+}
+
+/** A program of the user's own that cannot be the one that is named is refused before anything starts. */
+TEST(Options, refuseProgramsThatCannotBeStarted)
+{
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        { { "aux=/bin/true" }, "" },
+        { { "aux=/bin/true", "AppRadio=/bin/true" }, "" },
+        { { "/bin/true" }, "it is PROGRAM=FILE" },
+        { { "tape=/bin/true" }, "'tape' is no program of the unit" },
+        { { "aux=/bin/nothing-here" }, "there is no file /bin/nothing-here" },
+        { { "aux=/bin" }, "there is no file" },
+        { { "aux=/etc/passwd" }, "cannot be executed" },
+        { { "aux=/bin/true", "mbAuxin1=/bin/echo" }, "AppAuxIn has one already" },
+    };
+    for (const auto& [given, wrong] : cases)
+    {
+        CommandLine line;
+        line.programs = given;
+        const auto error = line.takePrograms();
+        EXPECT_TRUE(*wrong == '\0' ? error.empty() : error.find(wrong) != std::string::npos) << error;
+    }
 }
 
 } // namespace

@@ -22,43 +22,6 @@ NetworkMessage fromUnit(int pgn, Bytes data)
     return { pgn, 6, unitAddress, everybody, std::move(data) };
 }
 
-TEST(NetworkLine, isReadAsItIsWritten)
-{
-    constexpr const char* line = "2026-11-25T12:00:00.123Z,6,130582,10,255,3,01,50,f3";
-    const auto parsed = parseNetworkLine(line);
-    ASSERT_EQ(parsed.message, fromUnit(Pgn::zoneVolume, { 0x01, 0x50, 0xF3 }));
-    EXPECT_EQ(lineOf(*parsed.message, parsed.time), line);
-    for (const auto* same : { "2026-11-25-12:00:00.123,6,130582,10,255,3,01,50,F3\r",
-                              "  2026-11-25 12:00:00.123456Z,6,130582,10,255,3,01,50,f3 " })
-    {
-        const auto other = parseNetworkLine(same);
-        EXPECT_EQ(other.message, parsed.message) << other.error;
-        EXPECT_EQ(other.time, parsed.time);
-    }
-    EXPECT_EQ(parseNetworkLine("2026-11-25T12:00:00Z,6,59904,35,10,0").message,
-              (NetworkMessage { 59904, 6, 35, 10, {} }));
-    for (const auto* nothing : { "", "\r\n", "# 2026" })
-        EXPECT_FALSE(parseNetworkLine(nothing).message || !parseNetworkLine(nothing).error.empty());
-}
-
-TEST(NetworkLine, isRefusedWhenItLies)
-{
-    const std::string time = "2026-11-25T12:00:00Z,", head = time + "6,130582,10,255,";
-    for (const auto* end :
-         { "2,01,50,f3", "4,01,50,f3", "3,01,50,1f3", "3,01,50,-1", "3,01,50,", "3,01,,f3", "0,", "-1", "" })
-        EXPECT_NE(parseNetworkLine(head + end).error, "") << end;
-    for (const auto* rest : { "8,1,10,255,1,01", "6,262144,10,255,1,01", "6,1,256,255,1,01", "6,1,10,256,1,01" })
-        EXPECT_NE(parseNetworkLine(time + rest).error, "") << rest;
-    for (const auto* wrong : { "2026-02-30T12:00:00Z", "2026-11-25T24:00:00Z", "2026-11-25T12:00:00.Z", "12:00:00" })
-        EXPECT_NE(parseNetworkLine(std::string(wrong) + ",6,1,10,255,1,01").error, "") << wrong;
-    std::string bytes;
-    for (int count = 1; count <= 224; ++count)
-    {
-        bytes += ",00";
-        EXPECT_EQ(parseNetworkLine(head + std::to_string(count) + bytes).error.empty(), count <= 223);
-    }
-}
-
 struct Told
 {
     int pgn;
@@ -83,6 +46,7 @@ const Told told[] = {
     { 126208, "01 16 fe 01 f8 02 01 00 03 01", "commands 130582: zone 0, step down" },
     { 59904, "15 fe 01", "asks for 130581" },
     { 65280, "c0 9a 05 00 ff ff ff ff", "starts an update, number 5" },
+    { 60928, "01 00 a0 ff 00 82 fa 40", "claims an address: class 125, function 130, maker 2045, number 1" },
 };
 
 Bytes bytesOf(const std::string& text)
@@ -114,9 +78,10 @@ TEST(NetworkText, saysWhatEachMessageMeans)
 class NetworkDevice : public McuDevice
 {
 protected:
-    NetworkDisplay display { journal, mcu };
+    NetworkNode node { mcu };
+    NetworkDisplay display { journal, mcu, node };
     Loop loop;
-    NetworkLog log { journal, mcu, loop };
+    NetworkLog log { journal, mcu, node, loop };
     const std::string file = testing::TempDir() + "network-" + std::to_string(::getpid()) + ".log";
     std::uint8_t sequence = 0;
 
@@ -170,6 +135,47 @@ TEST_F(NetworkDevice, knowsWhatTheUnitHasTold)
     EXPECT_EQ(state.lastAnswer, "") << "the answer was for another";
 }
 
+// What belongs to the address is the microcontroller's to answer, to whom it is asked for; the unit hears of it.
+TEST_F(NetworkDevice, theMicrocontrollerSaysWhatItIs)
+{
+    std::vector<NetworkMessage> said;
+    node.addListener(
+        [&](const NetworkMessage& message)
+        {
+            if (message.source == unitAddress)
+                said.push_back(message);
+        });
+    const auto answersTo = [&](int pgn)
+    {
+        said.clear();
+        display.isoRequest(pgn);
+        EXPECT_EQ(heard().size(), 3u);
+        return said;
+    };
+    const NetworkMessage claim { 60928, 6, unitAddress, everybody, bytesOf("01 00 a0 ff 00 82 fa 40") };
+    tell(Mcu::lastMemory, {});
+    EXPECT_EQ(said, std::vector { claim }) << "at power-on";
+    for (auto frame = get(); frame.command != 0xFFFF; frame = get())
+        put(McuFrame::ack(frame.sequence));
+    EXPECT_EQ(answersTo(Pgn::addressClaim), std::vector { claim });
+
+    const auto product = answersTo(Pgn::productInformation);
+    ASSERT_EQ(product.size(), 1u);
+    EXPECT_EQ(product[0].destination, everybody);
+    EXPECT_EQ(product[0].data.size(), 134u);
+    EXPECT_TRUE(sees("mfd", "product 'Marine audio head unit', software 'simulated', version '1', number '000001'"));
+
+    const auto lists = answersTo(Pgn::pgnList);
+    ASSERT_EQ(lists.size(), 2u);
+    EXPECT_EQ(lists[0].destination, displayAddress);
+    EXPECT_TRUE(sees("mfd", "takes 59904 65280 126208 130850"));
+    EXPECT_TRUE(answersTo(Pgn::zones).empty()) << "the unit's to answer";
+
+    said.clear();
+    mcu.reset();
+    EXPECT_EQ(said, std::vector { claim });
+}
+
 // Nothing goes out of a file with one bad line; of a good one everything, one at a time and in order, except what is
 // not for the unit.
 TEST_F(NetworkDevice, playsAFileWholly)
@@ -196,37 +202,53 @@ TEST_F(NetworkDevice, playsAFileWholly)
         EXPECT_EQ(heard(50), (Bytes { 0x15, 0xFE, 1 }));
         EXPECT_EQ(journal.find({}, 1, isIn("n2k")).front().text, "played 2 messages of " + file + ", 1 skipped");
     }
+
+    // A log of frames begins and ends somewhere.
+    std::ofstream(file) << "(1764072000.000000) can0 0DED0A32#2102020102FFFFFF\n"
+                           "(1764072000.000000) can0 0DED0A32#400A0116FE01F802\n"
+                           "(1764072000.000000) can0 0DED0A32#410102020AFFFFFF\n"
+                           "(1764072000.000000) can0 0DED0A32#600A0116FE01F802\n";
+    EXPECT_EQ(log.play(file, {}), "");
+    EXPECT_EQ(heard(50), bytesOf("01 16 fe 01 f8 02 01 02 02 0a"));
+    EXPECT_TRUE(sees("n2k", "played 1 messages of " + file + ", 2 skipped"));
 }
 
 TEST_F(NetworkDevice, servesAndTakesLines)
 {
     ASSERT_EQ(log.logTo(file), "");
-    ASSERT_EQ(log.serve(0), "");
+    ASSERT_EQ(log.serve(0, LineForm::candump), "");
     asio::io_context context;
     asio::ip::tcp::socket peer(context);
     const auto lines = [&] { return log.state().fed + log.state().skipped + log.state().refused; };
     peer.connect({ asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(log.state().port) });
-    asio::write(peer, asio::buffer(std::string("nonsense\n"
+    asio::write(peer, asio::buffer(std::string("nonsense,\n"
                                                "2026-11-25T12:00:00Z,6,59904,10,255,3,16,fe,01\n"
-                                               "2026-11-25T12:00:00Z,6,59904,50,255,3,16,fe,01\n")));
-    while (lines() < 3)
+                                               "2026-11-25T12:00:00Z,6,59904,50,255,3,16,fe,01\n"
+                                               "12:00:00.000 R 18EA0A33 16 FE 01\r\n")));
+    while (lines() < 4)
         loop.context().run_one_for(60s);
     EXPECT_EQ(heard(50), (Bytes { 0x16, 0xFE, 1 }));
+    EXPECT_EQ(heard(51), (Bytes { 0x16, 0xFE, 1 }));
     EXPECT_TRUE(sees("n2k", "a reader's line is refused: no time such as 2026-11-25T12:00:00.123Z"));
-    tell(11, { 0x16, 0xFE, 1, 0, 255, 2, 1, 80, 0xF3 });
+    // The address of a display says whom the unit means; on the bus this message is everybody's.
+    tell(11, { 0x16, 0xFE, 1, 0, 35, 2, 1, 80, 0xF3 });
+    tell(11, { 0x00, 0xED, 1, 0, 35, 2, 2, 0x16, 0xFE, 1, 0, 2, 0 });
     loop.context().poll();
     std::string received;
-    for (const auto* ending : { "Z,6,59904,50,10,3,16,fe,01\n", "Z,6,130582,10,255,3,01,50,f3\n" })
+    for (const auto* ending : { "# refused: no time such as 2026-11-25T12:00:00.123Z\n", " can0 18EAFF32#16FE01\n",
+                                " can0 18EA0A33#16FE01\n", " can0 19FE160A#0150F3\n",
+                                " can0 0DED230A#60070216FE010002\n", " can0 0DED230A#6100FFFFFFFFFFFF\n" })
     {
         const auto size = asio::read_until(peer, asio::dynamic_buffer(received), '\n');
         EXPECT_TRUE(received.substr(0, size).ends_with(ending)) << received;
         received.erase(0, size);
     }
-    EXPECT_EQ(lines(), 3u);
+    EXPECT_EQ(lines(), 4u);
     std::ifstream written(file);
     const std::string all { std::istreambuf_iterator(written), {} };
-    EXPECT_THAT(all, HasSubstr("Z,6,59904,50,10,3,16,fe,01\n"));
-    EXPECT_THAT(all, testing::EndsWith("Z,6,130582,10,255,3,01,50,f3\n"));
+    for (const auto* each : { "Z,6,59904,50,255,3,16,fe,01\n", "Z,6,59904,51,10,3,16,fe,01\n",
+                              "Z,6,130582,10,255,3,01,50,f3\n", "Z,3,126208,10,35,7,02,16,fe,01,00,02,00\n" })
+        EXPECT_THAT(all, HasSubstr(each));
 
     // A log that cannot begin leaves the one before as it is, and one that begins again keeps what is there.
     EXPECT_THAT(log.logTo("/nowhere/log"), HasSubstr("No such file"));

@@ -96,4 +96,28 @@ TEST_F(FilesOfOthers, ProgramsAreAsBeforeInTheEnd)
     EXPECT_FALSE(fs::exists(folder / "late"));
 }
 
+/** Another program stays the one that is started when its start is made worse and mended, until the unit is as before. */
+TEST_F(FilesOfOthers, AnotherProgramTakesThePlaceOfTheStandIn)
+{
+    const auto radio = folder / "AppRadio", real = folder / "AppEQ";
+    ASSERT_EQ(linkPrograms("/bin/echo", folder), "");
+    fs::remove(real);
+    std::ofstream(real) << "real";
+    ProgramFiles files;
+    files.take("/usr/local/bin/echo", { { Pubhead::AppRadio, radio }, { Pubhead::AppEQ, real } });
+    EXPECT_EQ(files.foreign(), std::set<int> { Pubhead::AppEQ }) << "the stand-in may be installed elsewhere";
+    EXPECT_NE(files.replace(Pubhead::AppEQ, "/bin/true"), "") << "a file that is no link stays";
+    EXPECT_EQ(files.replace(Pubhead::AppRadio, "/bin/true"), "");
+    EXPECT_EQ(files.foreign().count(Pubhead::AppRadio), 1);
+
+    EXPECT_EQ(files.remove(Pubhead::AppRadio), "");
+    EXPECT_FALSE(files.canStart(Pubhead::AppRadio));
+    EXPECT_EQ(files.install(Pubhead::AppRadio, {}), "");
+    EXPECT_TRUE(files.canStart(Pubhead::AppRadio));
+    EXPECT_EQ(fs::read_symlink(radio), "/bin/true");
+    files.restore();
+    EXPECT_EQ(fs::read_symlink(radio), "/bin/echo");
+    EXPECT_EQ(contentOf(real), "real");
+}
+
 } // namespace

@@ -94,7 +94,7 @@ protected:
 
 TEST_F(LaunchTest, AProgramIsAServiceOfItsOwn)
 {
-    Configuration::get().ipcAddress = "unix:path=/run/boat";
+    Configuration::get().ipcAddress = "unix:path=/run/boat,guid=0123456789abcdef0123456789abcdef";
     setenv("NOTIFY_SOCKET", "/run/engine", 1);
     setenv("OF_ENGINE", "stays", 1);
     serve();

@@ -1,6 +1,7 @@
 #include "platform/base/linux/LaunchService.h"
 
 #include "platform/base/LaunchRequest.h"
+#include "platform/channel/linux/IpcSdBus.h"
 #include "platform/config/Configuration.h"
 
 #include <algorithm>
@@ -148,7 +149,7 @@ std::string LaunchService::end(int pidfd)
 
 std::vector<std::string> LaunchService::environment()
 {
-    const auto bus = Configuration::get().ipcAddress.toStdString();
+    const auto bus = withoutIdentity(Configuration::get().ipcAddress.toStdString());
     const auto isReplaced = [&](const std::string& name)
     {
         return std::ranges::find(ownVariables, name) != ownVariables.end() ||

@@ -11,7 +11,6 @@
 #include <bit>
 #include <cstring>
 #include <poll.h>
-#include <regex>
 #include <sys/eventfd.h>
 
 namespace Platform
@@ -41,12 +40,6 @@ constexpr int messagesPerPass = 64;
 constexpr std::uint64_t maxUnsent = 2048;
 /** How soon a busy receiver is looked at again. */
 constexpr int busyPauseMs = 5;
-
-/** A bus that is started anew at the same place has another identity, and is as good. */
-std::string withoutIdentity(const std::string& address)
-{
-    return std::regex_replace(address, std::regex(",guid=[^,;]*|guid=[^,;]*,"), "");
-}
 
 } // namespace
 
@@ -152,7 +145,7 @@ void IpcChannel::tendLink()
 
 void IpcChannel::connect()
 {
-    const auto address = withoutIdentity(IpcLink::busAddress());
+    const auto address = IpcLink::busAddress();
     link = std::make_unique<IpcLink>(self, resolver, seats, events);
     if (const int result = address.empty() ? -ENOENT : link->start(address); result < 0)
         loseLink(("no message bus at \"" + address + "\"").c_str(), -result);

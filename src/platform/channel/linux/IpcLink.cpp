@@ -16,8 +16,6 @@ namespace
 
 constexpr Log logger { "platform/linux/IpcLink", "MsgSession" };
 constexpr const char* namePrefix = busNamePrefix;
-constexpr const char* endpointPath = "/com/corvane/Endpoint";
-constexpr const char* endpointInterface = "com.corvane.Endpoint";
 constexpr const char* broadcastPath = "/com/corvane/Broadcast";
 constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
