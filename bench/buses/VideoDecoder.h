@@ -9,7 +9,7 @@ namespace Bench
 
 /**
     The camera's video decoder on the I2C bus: 256 registers at address 0x88, and a camera that gives a picture or not.
-    Journal stream "i2c": "02=44" for each register written.
+    Journal streams: "i2c" ("02=44" for each register written), "camera" ("signal", "no signal").
 */
 class VideoDecoder : public BusDevice
 {
@@ -22,6 +22,7 @@ public:
     std::uint8_t readRegister(std::uint8_t number) const { return registers[number]; }
     /** Transfers fail from now on, as with a decoder that does not answer. */
     void setFailing(bool shouldFail) { failing = shouldFail; }
+    bool isFailing() const { return failing; }
     unsigned writes() const { return writeCount; }
     unsigned reads() const { return readCount; }
 

@@ -65,6 +65,7 @@ void CommandLine::offerTo(CLI::App& app)
     logLibrary->option_text("FILE");
     app.add_option("--resources", unit.resources, "The engine's resource folder")->option_text("FOLDER");
     offerAttachment(app, { recording, withoutEngine, keep, engine, logLibrary, own });
+    app.add_flag("--no-wait", noWait, "Begin at once, while the unit still starts");
     app.add_flag("--print-verbs", printVerbs,
                  "Print the tables of the manual: the options, what can be said, and expected");
 }

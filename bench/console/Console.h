@@ -25,14 +25,14 @@ public:
     Unit& unit;
     const Style style;
     std::ostream& output;
-    const bool watched; ///< somebody sees the output as it comes
+    const bool watched;             ///< somebody sees the output as it comes
+    bool tellsConsequences = false; ///< of each line, to a person
     Expectations expectations;
     std::string pictureFolder; ///< where `picture` writes to; "" leaves pictures out
     std::optional<TranscriptSections> chosenSections;
     /** Shows the unit until somebody ends it or the time is over; without it `watch` shows it once. */
     std::function<void(std::optional<std::chrono::milliseconds> duration)> liveView;
-    Place headline; ///< the journal's end when the last headline was written
-    Clock::time_point headlineAt = Clock::now();
+    Place headline; ///< the journal's end when the last headline was written, or a person's last command given
 
     /** Waits until a finger could press the next key. */
     void moveFinger();

@@ -61,7 +61,7 @@ std::uint8_t remoteKey(const Arguments& given)
 Outcome pressRemote(Console& console, const Arguments& given)
 {
     console.moveFinger();
-    return console.unit.remote->press(remoteKey(given)) ? Outcome {} : failed(remoteTakesNothing);
+    return console.unit.remote->press(remoteKey(given)) ? Outcome { Outcome::acted } : failed(remoteTakesNothing);
 }
 
 Outcome showRemote(Console& console, const Arguments&)
@@ -82,8 +82,10 @@ Outcome showRemote(Console& console, const Arguments&)
 Outcome takePicture(Console& console, const Arguments& given)
 {
     if (console.pictureFolder.empty())
-        return {};
-    return outcomeOf(savePicture, console.unit.engine().display(), console.pictureFolder + "/" + given[0] + ".png");
+        return console.tellsConsequences ? failed("pictures go to the folder of --pictures, which was not given")
+                                         : Outcome {};
+    const auto error = savePicture(console.unit.engine().display(), console.pictureFolder + "/" + given[0] + ".png");
+    return error.empty() ? Outcome {} : failed(error);
 }
 
 } // namespace

@@ -90,6 +90,7 @@ void EngineWatch::connect()
     ownerMatch.reset(slot);
     if (!isThere)
         return bus.reset();
+    busIsThere = true;
     journal.add("bus", "started");
     lookForEngine();
 }
@@ -104,6 +105,7 @@ void EngineWatch::handleBus()
         return;
     ownerMatch.reset();
     bus.reset();
+    busIsThere = false;
     journal.add("bus", "stopped");
 }
 

@@ -34,6 +34,8 @@ public:
     /** All as it was. */
     void restore();
 
+    /** What is wrong with their starts, by application type. */
+    const std::map<int, std::string>& faults() const { return startFaults; }
     /** Whether there is a file for the engine to start. */
     bool canStart(int appType) const;
     /** Application types whose file is another program than the stand-in. */
@@ -48,6 +50,7 @@ private:
     std::string fallback;
     std::map<int, std::string> paths;
     std::map<int, Target> changed;
+    std::map<int, std::string> startFaults;
 };
 
 } // namespace Bench

@@ -76,6 +76,20 @@ void Programs::kill()
         killProcess(program.pid);
 }
 
+std::string Programs::Program::faultText() const
+{
+    std::string text;
+    const auto add = [&](bool holds, const std::string& fault)
+    {
+        if (holds)
+            text += (text.empty() ? "" : ", ") + fault;
+    };
+    add(silent, "silent");
+    add(slow.count() > 0, "slow " + std::to_string(slow.count()) + " ms");
+    add(hung, "hung");
+    return text;
+}
+
 std::map<int, Programs::Program> Programs::running() const
 {
     const Loop::Turn turn(loop);
@@ -142,7 +156,7 @@ void Programs::came(int appType, int pid)
     const Loop::Turn turn(loop);
     if (const auto found = programs.find(appType); found != programs.end() && found->second.takesOrders())
         return; // it reports itself
-    programs[appType] = { 0, pid, false, {}, 0, NUM_OF_PAGES };
+    programs[appType] = { .pid = pid, .source = NUM_OF_PAGES };
     journal.add(programStream(appType), "running");
 }
 
@@ -166,7 +180,7 @@ void Programs::onHello(int connection, int appType, const std::string& commandLi
 {
     if (pageOfApp(appType) == nullptr)
         return;
-    programs[appType] = { connection, pidOfConnection[connection], false, {}, 0, NUM_OF_PAGES };
+    programs[appType] = { .connection = connection, .pid = pidOfConnection[connection], .source = NUM_OF_PAGES };
     journal.add(programStream(appType), "running", at);
     if (!commandLine.empty())
         journal.add(programStream(appType), "started with " + commandLine, at);
@@ -272,7 +286,7 @@ int Programs::appOfConnection(int connection) const
     return AppUnknown;
 }
 
-bool Programs::order(int appType, const json& what, int signal, const std::string* fault)
+bool Programs::order(int appType, const json& what, int signal, const std::function<void(Program&)>& note)
 {
     const Loop::Turn turn(loop);
     const auto found = programs.find(appType);
@@ -280,8 +294,8 @@ bool Programs::order(int appType, const json& what, int signal, const std::strin
         return false;
     if (!found->second.takesOrders() && (signal == 0 || ::kill(found->second.pid, signal) != 0))
         return false;
-    if (fault != nullptr)
-        found->second.fault = *fault;
+    if (note)
+        note(found->second);
     if (!found->second.takesOrders())
         return true;
     const auto text = what.dump();
@@ -301,14 +315,14 @@ std::string Programs::whyRefused(int appType) const
 
 bool Programs::setSilent(int appType, bool silent)
 {
-    const std::string fault = silent ? "silent" : "";
-    return order(appType, { { "order", "silent" }, { "on", silent } }, 0, &fault);
+    return order(appType, { { "order", "silent" }, { "on", silent } }, 0,
+                 [silent](Program& program) { program.silent = silent; });
 }
 
 bool Programs::setSlow(int appType, std::chrono::milliseconds delay)
 {
-    const auto fault = delay.count() > 0 ? "slow " + std::to_string(delay.count()) + " ms" : std::string();
-    return order(appType, { { "order", "slow" }, { "ms", delay.count() } }, 0, &fault);
+    return order(appType, { { "order", "slow" }, { "ms", delay.count() } }, 0,
+                 [delay](Program& program) { program.slow = delay; });
 }
 
 bool Programs::crash(int appType)
@@ -318,8 +332,7 @@ bool Programs::crash(int appType)
 
 bool Programs::hang(int appType)
 {
-    const std::string fault = "hung";
-    return order(appType, { { "order", "hang" } }, SIGSTOP, &fault);
+    return order(appType, { { "order", "hang" } }, SIGSTOP, [](Program& program) { program.hung = true; });
 }
 
 bool Programs::wakeUp(int appType)
@@ -328,7 +341,7 @@ bool Programs::wakeUp(int appType)
     const auto found = programs.find(appType);
     if (found == programs.end() || found->second.pid <= 0)
         return false;
-    found->second.fault.clear();
+    found->second.hung = false;
     return ::kill(found->second.pid, SIGCONT) == 0;
 }
 

@@ -33,11 +33,14 @@ public:
         int connection = 0; ///< none of a program that is not the bench's own
         int pid = -1;
         bool connected = false; ///< the engine has acknowledged its hello
-        std::string fault;      ///< "silent", "slow 800 ms", "hung"; empty for none
+        bool silent = false, hung = false;
+        std::chrono::milliseconds slow { 0 };
         unsigned heartbeats = 0;
         int source; ///< the page whose source it plays, NUM_OF_PAGES for none
 
         bool takesOrders() const { return connection > 0; }
+        /** "silent", "slow 800 ms", "hung", with commas between them; empty for none. */
+        std::string faultText() const;
     };
     /** By application type; those that run. */
     std::map<int, Program> running() const;
@@ -119,8 +122,8 @@ private:
     void setPlaying(int page);
     int appOfConnection(int connection) const;
     int carrierFor(int appType) const;
-    /** The signal is for a program that takes no orders; 0 is none. */
-    bool order(int appType, const nlohmann::json& what, int signal = 0, const std::string* fault = nullptr);
+    /** The signal is for a program that takes no orders; 0 is none. `note` keeps what the order does. */
+    bool order(int appType, const nlohmann::json& what, int signal = 0, const std::function<void(Program&)>& note = {});
 };
 
 } // namespace Bench

@@ -42,6 +42,12 @@ Unit::Unit(Options optionsToUse)
                         panel->unitRestarts();
                     }))
 {
+    mcu->setPowerCut(
+        [this]
+        {
+            if (host->cutPower())
+                programs.kill();
+        });
 }
 
 Unit::~Unit()
@@ -91,6 +97,16 @@ std::string Unit::cutPower()
 {
     if (auto error = host->controlEngine("kill"); !error.empty())
         return error;
+    return startAll();
+}
+
+std::string Unit::powerOn()
+{
+    return host->isRunning() ? "the unit is on already" : startAll();
+}
+
+std::string Unit::startAll()
+{
     programs.kill();
     host->endOrphans();
     auto error = host->controlBus("restart");

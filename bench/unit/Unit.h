@@ -41,6 +41,8 @@ public:
     std::string startEngine() { return engine().controlEngine("start"); }
     /** Engine, programs and bus end at once and start again; what they have stored is there. Empty on success. */
     std::string cutPower();
+    /** After its end, as after a power-off. Empty on success. */
+    std::string powerOn();
     void stop();
 
     /** The engine's process, its bus and its display. */
@@ -104,6 +106,8 @@ private:
     std::unique_ptr<EngineHost> host; // goes before the devices
 
     std::string startDevices();
+    /** Engine and bus, when nothing is left of what ran before. */
+    std::string startAll();
     std::string mountPoint(int number) const;
 };
 

@@ -249,6 +249,15 @@ TEST_F(NetworkDevice, servesAndTakesLines)
     for (const auto* each : { "Z,6,59904,50,255,3,16,fe,01\n", "Z,6,59904,51,10,3,16,fe,01\n",
                               "Z,6,130582,10,255,3,01,50,f3\n", "Z,3,126208,10,35,7,02,16,fe,01,00,02,00\n" })
         EXPECT_THAT(all, HasSubstr(each));
+
+    // A log that cannot begin leaves the one before as it is, and one that begins again keeps what is there.
+    EXPECT_THAT(log.logTo("/nowhere/log"), HasSubstr("No such file"));
+    EXPECT_EQ(log.state().file, file);
+    ASSERT_EQ(log.logTo(file), "");
+    tell(11, { 0x16, 0xFE, 1, 0, 255, 2, 1, 80, 0xF3 });
+    std::ifstream again(file);
+    const std::string more { std::istreambuf_iterator(again), {} };
+    EXPECT_TRUE(more.starts_with(all) && more.size() > all.size()) << more;
 }
 
 } // namespace
