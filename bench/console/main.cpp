@@ -1,6 +1,8 @@
 // The simulated unit by hand or by script.
 #include "bench/console/Terminal.h"
 #include "bench/console/Verb.h"
+#include "bench/panel/PanelWindow.h"
+#include "bench/unit/VirtualDisplay.h"
 
 #include <CLI/CLI.hpp>
 #include <atomic>
@@ -90,7 +92,7 @@ struct Choices
     AttachedOptions attached;
     std::string script, transcript, pictures, programFolder;
     bool tour = false, console = false, noEngine = false, printVerbs = false;
-    bool ownDisplay = false, noDisplay = false;
+    bool ownDisplay = false, noDisplay = false, panel = false;
 
     void offerTo(CLI::App& app)
     {
@@ -102,6 +104,7 @@ struct Choices
         app.add_option("--pictures", pictures, "Let 'picture' write into this folder");
         app.add_flag("--tour", tour,
                      "Show what the unit can do; also what happens without a terminal on standard input");
+        app.add_flag("--panel", panel, "Show and press the whole unit in a window");
         app.add_flag("--stdin", console, "Read commands from standard input even when it is no terminal");
         auto* keep = app.add_flag("--keep", unit.keepFolder, "Keep the unit's folder (configuration, settings, log)");
         auto* own =
@@ -234,13 +237,21 @@ int main(int argc, char** argv)
         return installPrograms(choices);
     if (!choices.attached.configuration.empty())
         choices.unit.attached = choices.attached;
+    if (choices.panel && displayOfEnvironment(Display::ofEnvironment).empty())
+    {
+        std::cerr << "there is no display for the panel: DISPLAY names one\n";
+        return 2;
+    }
+    // Behind the panel the unit draws where only the panel looks.
+    choices.ownDisplay = choices.ownDisplay || (choices.panel && !choices.noDisplay && !choices.unit.attached &&
+                                                VirtualDisplay::isInstalled());
     if (choices.noDisplay || choices.ownDisplay)
         choices.unit.display = choices.noDisplay ? Display::none : Display::own;
 
     const bool atTerminal = ::isatty(STDIN_FILENO) == 1;
     const bool watched = ::isatty(STDOUT_FILENO) == 1;
     auto& script = choices.script;
-    if (script.empty() && (choices.tour || (!atTerminal && !choices.console)))
+    if (script.empty() && !choices.panel && (choices.tour || (!atTerminal && !choices.console)))
         script = choices.unit.resources + "/bench/tour.scenario";
     if (!script.empty() && !std::filesystem::exists(script))
     {
@@ -265,6 +276,7 @@ int main(int argc, char** argv)
     Console commands(unit, style, std::cout, watched);
     commands.pictureFolder = choices.pictures;
     const int status = !script.empty() ? playScript(commands, unit, choices)
+                       : choices.panel ? BenchPanel::runPanel(unit, { choices.ownDisplay, choices.pictures })
                        : atTerminal    ? converseAtTerminal(commands, unit, choices)
                                        : (runScript(commands, std::cin, "standard input") ? 0 : 1);
     const auto folder = unit.folder();

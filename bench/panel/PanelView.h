@@ -1,0 +1,66 @@
+#pragma once
+
+#include "bench/panel/AroundArea.h"
+#include "bench/panel/CommandField.h"
+#include "bench/panel/EventsPane.h"
+#include "bench/panel/FrontPanelArea.h"
+#include "bench/panel/LinkArea.h"
+#include "bench/panel/NetworkPane.h"
+#include "bench/panel/PagesPane.h"
+#include "bench/panel/RemoteArea.h"
+#include "bench/panel/ScreenArea.h"
+#include "bench/panel/SoundPane.h"
+#include "bench/panel/TopBar.h"
+
+namespace BenchPanel
+{
+
+/** The whole panel, 1280 x 800 points: its areas, what they show and what they say. Message thread. */
+class PanelView : public juce::Component, private Desk, private juce::Timer
+{
+public:
+    struct Options
+    {
+        bool screenIsCaptured = true; ///< the unit's display is its own; else it draws on the panel's, or nowhere
+        std::string pictureFolder;
+    };
+
+    /** The unit has started and must outlive it. */
+    PanelView(Unit& unitToShow, const Options& options);
+    ~PanelView() override;
+
+    static constexpr int width = 1280, height = 800;
+
+private:
+    Unit& unit;
+    Look day { Look::day }, night { Look::night };
+    PanelState state;
+    LineRunner runner;
+    EngineAsker asker;
+    Clock::time_point nextLook;
+
+    TopBar topBar;
+    ScreenArea screen;
+    FrontPanelArea frontPanel;
+    RemoteArea remote;
+    AroundArea around;
+    LinkArea link;
+    PagesPane pages;
+    SoundPane sound;
+    NetworkPane network;
+    EventsPane events;
+    CommandField command;
+    juce::TooltipWindow tooltips { this };
+
+    template <typename Function>
+    void forEachArea(const Function& function);
+    void run(const ConsoleLine& line) override;
+    void cancel() override;
+    void propose(const ConsoleLine& beginning) override { command.propose(beginning); }
+    void timerCallback() override;
+    void chooseLook();
+    void paint(juce::Graphics& g) override;
+    bool keyPressed(const juce::KeyPress& key) override;
+};
+
+} // namespace BenchPanel
