@@ -15,6 +15,7 @@ public:
 
     /** Each request takes so much longer; 0 ends it at once. */
     void slowBy(std::chrono::milliseconds delayToUse) { delay = delayToUse; }
+    std::chrono::milliseconds slowedBy() const { return delay; }
 
     std::optional<Clock::time_point> due() const override;
 

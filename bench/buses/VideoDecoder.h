@@ -22,6 +22,7 @@ public:
     std::uint8_t readRegister(std::uint8_t number) const { return registers[number]; }
     /** Transfers fail from now on, as with a decoder that does not answer. */
     void setFailing(bool shouldFail) { failing = shouldFail; }
+    bool isFailing() const { return failing; }
     unsigned writes() const { return writeCount; }
     unsigned reads() const { return readCount; }
 

@@ -1,4 +1,5 @@
 // What the bench tells about the unit.
+#include "bench/console/ActiveFaults.h"
 #include "bench/console/Verb.h"
 #include "bench/console/Watch.h"
 #include "ctl/Columns.h"
@@ -60,6 +61,8 @@ Outcome showState(Console& console, const Arguments&)
     console.row("folder", unit.folder());
 
     output << style.bold("Microcontroller") << "\n";
+    for (const auto& fault : activeFaults(unit))
+        console.row("fault", style.warning(fault.what) + style.dim("  " + fault.cure + " ends it"));
     console.row("port", unit.mcuPort());
     console.row("source", (mcu.source ? sourceName(*mcu.source) : std::string("none")) +
                               (mcu.agreed ? style.good("  agreed") : style.warning("  not agreed")) +
@@ -110,7 +113,7 @@ Outcome showPrograms(Console& console, const Arguments&)
               { appTypeName(appType), inFront ? &Style::bold : nullptr },
               { std::to_string(program.pid) },
               { program.connected ? "connected" : "unknown to it", program.connected ? nullptr : &Style::warning },
-              { program.fault, &Style::warning },
+              { program.faultText(), &Style::warning },
               { plays != nullptr ? plays->title : "" } });
     }
     console.output << console.style.bold("Bench") << "\n"

@@ -1,5 +1,6 @@
 #include "bench/console/Terminal.h"
 
+#include "bench/console/ActiveFaults.h"
 #include "bench/console/Verb.h"
 #include "bench/console/Watch.h"
 
@@ -75,6 +76,8 @@ std::string promptState(Unit& unit, const Style& style)
                              : style.warning(mcu.wanted ? source + " → " + sourceName(*mcu.wanted) : source);
     text += style.dim(" · ") + (front == NUM_OF_PAGES ? style.dim("no page") : style.bold(pageName(front)));
     text += style.dim(" · " + std::to_string(running) + (running == 1 ? " program" : " programs"));
+    for (const auto& fault : activeFaults(unit))
+        text += style.dim(" · ") + style.warning(fault.what);
     return unit.engine().isRunning() ? text : style.bad("engine off") + style.dim(" · ") + text;
 }
 

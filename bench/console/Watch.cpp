@@ -218,10 +218,11 @@ void addPrograms(Composer& text, Unit& unit)
     {
         if (++shown > mostPrograms)
             break;
+        const auto fault = program.faultText();
         text.wide(
             { { { appTypeName(appType) }, 16 },
-              { { (program.connected ? "connected" : "starting") + (program.fault.empty() ? "" : ", " + program.fault),
-                  program.fault.empty() ? &Style::dim : &Style::warning },
+              { { (program.connected ? "connected" : "starting") + (fault.empty() ? "" : ", " + fault),
+                  fault.empty() ? &Style::dim : &Style::warning },
                 30 },
               { { program.source != NUM_OF_PAGES ? "plays " + titleOf(program.source) : "", &Style::good }, 30 } });
     }

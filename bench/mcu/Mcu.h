@@ -95,6 +95,15 @@ public:
         Starts anew by itself, as after a dip of its supply: its numbering begins anew, what was on its way is lost, and
         it goes on with the source that it remembers.
     */
+    struct Faults
+    {
+        FaultyFrames drop, corrupt, repeat, withheldAcks;
+        int dropEvery = 0, dropCount = 0;
+        Milliseconds delay { 0 };
+        std::optional<Clock::time_point> silentUntil;
+    };
+    /** Those that hold now. */
+    const Faults& activeFaults() const { return faults; }
     void reset();
 
     struct State
@@ -126,13 +135,6 @@ private:
         McuFrame frame;
         int transmissionsLeft;
         Clock::time_point due;
-    };
-    struct Faults
-    {
-        FaultyFrames drop, corrupt, repeat, withheldAcks;
-        int dropEvery = 0, dropCount = 0;
-        Milliseconds delay { 0 };
-        std::optional<Clock::time_point> silentUntil;
     };
 
     Journal& journal;

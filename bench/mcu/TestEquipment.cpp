@@ -146,9 +146,9 @@ void TestEquipment::transmit(Bytes content, bool damaged)
 
 bool TestEquipment::takeDamage()
 {
-    if (damage <= 0)
+    if (current.toDamage <= 0)
         return false;
-    --damage;
+    --current.toDamage;
     return true;
 }
 

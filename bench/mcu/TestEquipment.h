@@ -58,11 +58,12 @@ public:
     /** Held, no message is acknowledged by itself. The end of it acknowledges the one that waits. */
     void hold(bool on);
     /** The next frames have a wrong sum. Acknowledgements that go by themselves are spared. */
-    void damageNext(int frames) { damage = frames; }
+    void damageNext(int frames) { current.toDamage = frames; }
 
     struct State
     {
         bool held = false;
+        int toDamage = 0;            ///< its next frames that will have a wrong sum
         bool unacknowledged = false; ///< a message has come that was not acknowledged
         unsigned received = 0, sent = 0, damaged = 0;
     };
@@ -76,7 +77,6 @@ private:
     Journal& journal;
     Mcu& mcu;
     State current;
-    int damage = 0; ///< frames still to be damaged
     std::uint8_t sequence = 0;
 
     void hear(const Bytes& bytes);

@@ -32,7 +32,8 @@ public:
     std::string plug();
     bool isPlugged() const { return line.isOpen(); }
     /** Takes no bytes from the unit while it lasts. */
-    void stall(bool on) { line.setReading(!on); }
+    void stall(bool on) { stalled = on, line.setReading(!on); }
+    bool isStalled() const { return stalled; }
 
     RemoteDisplay display() const { return shown; }
 
@@ -58,6 +59,7 @@ private:
         Clock::time_point next, end;
     };
     std::optional<Held> held;
+    bool stalled = false;
 
     void take(std::uint8_t byte);
     void doDue() override;

@@ -27,6 +27,7 @@ public:
     std::string setSystemDebug(bool on) override;
     int pid() const override { return watch.pid(); }
     std::string busAddress() const override { return address; }
+    bool isBusRunning() const override { return watch.isBusThere(); }
     const std::string& display() const override { return displayName; }
     bool tellsExitStatus() const override { return false; }
 

@@ -21,6 +21,7 @@ public:
     */
     std::string start(const std::string& folder);
     void stop();
+    bool isRunning() const { return daemon.isRunning(); }
     const std::string& address() const { return busAddress; }
 
 private:

@@ -5,13 +5,15 @@
 #include "bench/unit/Places.h"
 #include "bench/unit/UnitOptions.h"
 
+#include <mutex>
+
 namespace Bench
 {
 
 /**
     Who runs the engine and its message bus. Journal stream "engine": "started", then "ended" and what is known of the
     end ("exit 0", "signal 9"); "SystemGroup stands still" and "SystemGroup goes on" in between. Stream "bus":
-    "started", "stopped". One thread, but for `isRunning` and `pid`.
+    "started", "stopped". One thread, but for `isRunning`, `isBusRunning`, `pid` and `stalledGroup`.
 */
 class EngineHost
 {
@@ -49,12 +51,15 @@ public:
     void goOn() { stalled.release(); }
 
     bool isRunning() const { return pid() > 0; }
+    /** The group that stands still; "" for none. Any thread. */
+    std::string stalledGroup() const;
     /** -1 when it does not run. */
     virtual int pid() const = 0;
     /** As D-Bus names it; of a bus that has not started yet "". */
     virtual std::string busAddress() const = 0;
     /** Where programs and bars draw, as DISPLAY says it; "" when they do not. */
     virtual const std::string& display() const = 0;
+    virtual bool isBusRunning() const = 0;
     /** Whether the journal says how the engine has ended. */
     virtual bool tellsExitStatus() const = 0;
 
@@ -67,7 +72,16 @@ protected:
     Journal& journal;
 
 private:
-    HeldThread stalled;
+    struct Held
+    {
+        int process = -1;
+        std::string group;
+    };
+    mutable std::mutex lock;
+    Held held;          ///< what stands still, or did so when its process ended
+    HeldThread stalled; // ends before them
+
+    void note(Held now);
 };
 
 /** What DISPLAY says, unless nothing is to be drawn; "" for nowhere. */

@@ -98,6 +98,7 @@ void EngineWatch::connect()
     ownerMatch.reset(slot);
     if (!isThere)
         return bus.reset();
+    busIsThere = true;
     journal.add("bus", "started");
     lookForEngine();
 }
@@ -112,6 +113,7 @@ void EngineWatch::handleBus()
         return;
     ownerMatch.reset();
     bus.reset();
+    busIsThere = false;
     journal.add("bus", "stopped");
 }
 

@@ -4,6 +4,7 @@
 #include "platform/base/WakeUp.h"
 #include "platform/channel/linux/IpcSdBus.h"
 
+#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -29,6 +30,7 @@ public:
 
     /** -1 when there is none. */
     int pid() const;
+    bool isBusThere() const { return busIsThere; }
     /** Kills it and waits for its end. Empty on success, else what failed. */
     std::string kill();
 
@@ -39,6 +41,7 @@ private:
     Platform::WakeUp wakeUp; ///< set when the thread is to end
     std::jthread thread;
 
+    std::atomic<bool> busIsThere { false };
     mutable std::mutex lock; // guards these two
     int process = -1;
     Platform::Descriptor handle; ///< of the process, readable when that has ended

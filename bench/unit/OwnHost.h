@@ -27,6 +27,7 @@ public:
     int pid() const override { return engine.pid(); }
     std::string busAddress() const override { return bus.address(); }
     const std::string& display() const override { return displayName; }
+    bool isBusRunning() const override { return bus.isRunning(); }
     bool tellsExitStatus() const override { return true; }
 
 private:

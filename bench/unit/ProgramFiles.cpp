@@ -78,6 +78,7 @@ std::string ProgramFiles::remove(int appType)
     fs::remove(lateFile(file), error);
     fs::remove(lateFile(file).parent_path(), isNotEmpty);
     fs::remove(file, error);
+    startFaults[appType] = "is missing";
     return error ? file.string() + ": " + error.message() : std::string();
 }
 
@@ -87,6 +88,10 @@ std::string ProgramFiles::install(int appType, std::chrono::milliseconds delay)
         return error;
     const fs::path file = paths[appType], late = lateFile(file);
     const bool isLate = delay.count() > 0;
+    if (isLate)
+        startFaults[appType] = "starts " + std::to_string(delay.count()) + " ms late";
+    else
+        startFaults.erase(appType);
     if (auto error = link(changed[appType], isLate ? late : file); !error.empty() || !isLate)
         return error;
     const auto seconds = std::to_string(std::chrono::duration<double>(delay).count());

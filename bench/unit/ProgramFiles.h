@@ -31,10 +31,14 @@ public:
     /** All as it was. */
     void restore();
 
+    /** What is wrong with their starts, by application type. */
+    const std::map<int, std::string>& faults() const { return startFaults; }
+
 private:
     std::string fallback;
     std::map<int, std::string> paths;
     std::map<int, std::string> changed; ///< what their links pointed to
+    std::map<int, std::string> startFaults;
 };
 
 } // namespace Bench

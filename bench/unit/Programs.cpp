@@ -75,6 +75,20 @@ void Programs::kill()
         killProcess(program.pid);
 }
 
+std::string Programs::Program::faultText() const
+{
+    std::string text;
+    const auto add = [&](bool holds, const std::string& fault)
+    {
+        if (holds)
+            text += (text.empty() ? "" : ", ") + fault;
+    };
+    add(silent, "silent");
+    add(slow.count() > 0, "slow " + std::to_string(slow.count()) + " ms");
+    add(hung, "hung");
+    return text;
+}
+
 std::map<int, Programs::Program> Programs::running() const
 {
     const Loop::Turn turn(loop);
@@ -133,7 +147,7 @@ void Programs::onHello(int connection, int appType, const std::string& commandLi
 {
     if (pageOfApp(appType) == nullptr)
         return;
-    programs[appType] = { connection, pidOfConnection[connection], false, {}, 0, NUM_OF_PAGES };
+    programs[appType] = { .connection = connection, .pid = pidOfConnection[connection], .source = NUM_OF_PAGES };
     journal.add(programStream(appType), "running", at);
     if (!commandLine.empty())
         journal.add(programStream(appType), "started with " + commandLine, at);
@@ -204,28 +218,28 @@ int Programs::appOfConnection(int connection) const
     return AppUnknown;
 }
 
-bool Programs::order(int appType, const json& what, const std::string* fault)
+bool Programs::order(int appType, const json& what, const std::function<void(Program&)>& note)
 {
     const Loop::Turn turn(loop);
     const auto found = programs.find(appType);
     if (found == programs.end())
         return false;
-    if (fault != nullptr)
-        found->second.fault = *fault;
+    if (note)
+        note(found->second);
     const auto text = what.dump();
     return server.send(found->second.connection, { reinterpret_cast<const std::uint8_t*>(text.data()), text.size() });
 }
 
 bool Programs::setSilent(int appType, bool silent)
 {
-    const std::string fault = silent ? "silent" : "";
-    return order(appType, { { "order", "silent" }, { "on", silent } }, &fault);
+    return order(appType, { { "order", "silent" }, { "on", silent } },
+                 [silent](Program& program) { program.silent = silent; });
 }
 
 bool Programs::setSlow(int appType, std::chrono::milliseconds delay)
 {
-    const auto fault = delay.count() > 0 ? "slow " + std::to_string(delay.count()) + " ms" : std::string();
-    return order(appType, { { "order", "slow" }, { "ms", delay.count() } }, &fault);
+    return order(appType, { { "order", "slow" }, { "ms", delay.count() } },
+                 [delay](Program& program) { program.slow = delay; });
 }
 
 bool Programs::crash(int appType)
@@ -235,8 +249,7 @@ bool Programs::crash(int appType)
 
 bool Programs::hang(int appType)
 {
-    const std::string fault = "hung";
-    return order(appType, { { "order", "hang" } }, &fault);
+    return order(appType, { { "order", "hang" } }, [](Program& program) { program.hung = true; });
 }
 
 bool Programs::wakeUp(int appType)
@@ -245,7 +258,7 @@ bool Programs::wakeUp(int appType)
     const auto found = programs.find(appType);
     if (found == programs.end() || found->second.pid <= 0)
         return false;
-    found->second.fault.clear();
+    found->second.hung = false;
     return ::kill(found->second.pid, SIGCONT) == 0;
 }
 

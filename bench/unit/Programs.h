@@ -33,9 +33,13 @@ public:
         int connection = 0;
         int pid = -1;
         bool connected = false; ///< the engine has acknowledged its hello
-        std::string fault;      ///< "silent", "slow 800 ms", "hung"; empty for none
+        bool silent = false, hung = false;
+        std::chrono::milliseconds slow { 0 };
         unsigned heartbeats = 0;
         int source; ///< the page whose source it plays, NUM_OF_PAGES for none
+
+        /** "silent", "slow 800 ms", "hung", with commas between them; empty for none. */
+        std::string faultText() const;
     };
     /** By application type; those that run. */
     std::map<int, Program> running() const;
@@ -89,7 +93,7 @@ private:
     void setFront(int page, Clock::time_point at);
     int appOfConnection(int connection) const;
     int carrierFor(int appType) const;
-    bool order(int appType, const nlohmann::json& what, const std::string* fault = nullptr);
+    bool order(int appType, const nlohmann::json& what, const std::function<void(Program&)>& note = {});
 };
 
 } // namespace Bench

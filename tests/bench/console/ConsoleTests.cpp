@@ -1,3 +1,4 @@
+#include "bench/console/ActiveFaults.h"
 #include "bench/console/ExpectLines.h"
 #include "bench/console/Verb.h"
 #include "support/Golden.h"
@@ -193,6 +194,37 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         std::istringstream lines(nonsense);
         for (std::string line; std::getline(lines, line, '/');)
             EXPECT_THAT(runLine(console, line).error, HasSubstr(hint)) << line;
+    }
+}
+
+/** A fault is named as long as it holds, and the line that is said to end it does. */
+TEST_F(ConsoleCommands, nameEachFaultAndWhatEndsIt)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        { "mcu silent 60s", "mcu silent" },
+        { "mcu delay 300ms", "mcu is 300 ms slow" },
+        { "mcu drop 2", "mcu loses 2 frames" },
+        { "mcu drop every 3", "mcu loses 1 of 3 frames" },
+        { "mcu corrupt 1 EVENT_SRC_SWITCH", "mcu damages 1 EVENT_SRC_SWITCH" },
+        { "mcu repeat", "mcu repeats 1 frames" },
+        { "mcu no-ack 3 EVENT_DEVICE_STATUS", "mcu ignores 3 EVENT_DEVICE_STATUS" },
+        { "i2c fail", "camera bus refuses" },
+        { "i2c slow 5s", "camera bus is 5000 ms slow" },
+        { "gpio slow 900ms", "gpio is 900 ms slow" },
+        { "dsp fail crc always", "dsp: every CRC is wrong" },
+        { "remote stall", "remote stalls" },
+        { "autotest hold", "test equipment acknowledges nothing" },
+        { "autotest damage 2", "test equipment damages 2 frames" },
+    };
+    const auto before = activeFaults(unit).size(); // of a unit that was never started
+    for (const auto& [line, what] : cases)
+    {
+        ASSERT_EQ(runLine(console, line).error, "") << line;
+        const auto faults = activeFaults(unit);
+        const auto found = std::ranges::find(faults, what, &ActiveFault::what);
+        ASSERT_NE(found, faults.end()) << what;
+        ASSERT_EQ(runLine(console, found->cure).error, "") << found->cure;
+        EXPECT_EQ(activeFaults(unit).size(), before) << found->cure << " after " << line;
     }
 }
 
