@@ -54,6 +54,7 @@ std::span<const VerbGroup> allVerbs()
         { "Looking", reportVerbs() },
         { "The engine about itself", diagnosticsVerbs() },
         { "Scenarios", scriptVerbs() },
+        { "Recordings by hand", recordVerbs() },
     };
     return groups;
 }
