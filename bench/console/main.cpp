@@ -275,10 +275,10 @@ int main(int argc, char** argv)
 
     Console commands(unit, style, std::cout, watched);
     commands.pictureFolder = choices.pictures;
-    const int status = !script.empty() ? playScript(commands, unit, choices)
-                       : choices.panel ? BenchPanel::runPanel(unit, { choices.ownDisplay, choices.pictures })
-                       : atTerminal    ? converseAtTerminal(commands, unit, choices)
-                                       : (runScript(commands, std::cin, "standard input") ? 0 : 1);
+    const int status = choices.panel     ? BenchPanel::runPanel(unit, { choices.ownDisplay, choices.pictures, script })
+                       : !script.empty() ? playScript(commands, unit, choices)
+                       : atTerminal      ? converseAtTerminal(commands, unit, choices)
+                                         : (runScript(commands, std::cin, "standard input") ? 0 : 1);
     const auto folder = unit.folder();
     unit.stop();
     if (choices.unit.keepFolder)

@@ -5,6 +5,13 @@
 namespace BenchPanel
 {
 
+namespace
+{
+
+constexpr int editorHeight = 28;
+
+} // namespace
+
 CommandField::CommandField(Desk& deskToUse)
     : Area(deskToUse, {})
 {
@@ -24,10 +31,26 @@ CommandField::~CommandField()
 void CommandField::lookAndFeelChanged()
 {
     editor.applyFontToAllText(juce::Font("DejaVu Sans Mono", Look::bodySize, juce::Font::plain));
-    editor.applyColourToAllText(Look::of(*this).colours.accent);
+    editor.applyColourToAllText(editor.findColour(juce::TextEditor::textColourId));
 }
 
-void CommandField::show(const PanelState&) {}
+void CommandField::show(const PanelState& state)
+{
+    const auto& said = state.said;
+    auto answer = said.answer.substr(0, said.answer.find('\n'));
+    if (said.running)
+        answer = "... " + said.line + "    Escape ends the wait";
+    repaintIfChanged(shown, { std::move(answer), said.running, said.failed });
+}
+
+void CommandField::paint(juce::Graphics& g)
+{
+    const auto& colours = Look::of(*this).colours;
+    g.setColour(shown.failed ? colours.bad : shown.running ? colours.warning : colours.dim);
+    g.setFont(Look::font(Look::smallSize));
+    g.drawText(juce::String::fromUTF8(shown.answer.c_str()).trim(), getLocalBounds().withTrimmedBottom(editorHeight),
+               juce::Justification::centredLeft);
+}
 
 void CommandField::setLine(const ConsoleLine& line)
 {
@@ -46,7 +69,7 @@ void CommandField::propose(const ConsoleLine& beginning)
 
 void CommandField::resized()
 {
-    editor.setBounds(getLocalBounds());
+    editor.setBounds(getLocalBounds().removeFromBottom(editorHeight));
 }
 
 void CommandField::textEditorReturnKeyPressed(juce::TextEditor&)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "bench/unit/Journal.h"
+
 #include <juce_core/juce_core.h>
 
 namespace BenchPanel
@@ -20,6 +22,10 @@ public:
     virtual void cancel() = 0;
     /** Puts the beginning of a line into the command field, for the person to finish. */
     virtual void propose(const ConsoleLine& beginning) = 0;
+    /** Shows where this moment is among the frames of the link; nowhere without one. */
+    virtual void markMoment(std::optional<Bench::Clock::time_point> moment) = 0;
+    /** What the console has said so far comes or goes. */
+    virtual void toggleConsole() = 0;
 };
 
 } // namespace BenchPanel

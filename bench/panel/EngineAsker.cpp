@@ -31,7 +31,8 @@ void EngineAsker::work(const std::stop_token& stop)
         if (first || (!newest.empty() && newest.back().number != seen))
         {
             seen = newest.empty() ? 0 : newest.back().number;
-            const auto ask = [&](const char* method) { return client.ask(method).value; };
+            const auto ask = [&](const char* method)
+            { return stop.stop_requested() ? Ctl::Json() : client.ask(method).value; };
             auto now = unit.engine().isRunning()
                            ? EngineTold { ask("State"), ask("Requests"), ask("Programs"), Clock::now() }
                            : EngineTold {};

@@ -15,6 +15,8 @@ LineButton::LineButton(Desk& deskToUse, const juce::String& label, ButtonLines l
 
 void LineButton::setLines(ButtonLines linesToSay)
 {
+    if (lines == linesToSay)
+        return;
     lines = std::move(linesToSay);
     describe();
 }
@@ -38,6 +40,14 @@ void LineButton::setShortcut(const juce::String& name)
 {
     shortcut = name;
     describe();
+}
+
+void LineButton::press()
+{
+    if (pressed)
+        pressed();
+    else
+        desk.run(lines.click);
 }
 
 void LineButton::describe()

@@ -12,6 +12,8 @@ struct ButtonLines
     ConsoleLine click;
     ConsoleLine longPress {};         ///< "" when it means the same as a click
     std::vector<ConsoleLine> more {}; ///< of the menu
+
+    bool operator==(const ButtonLines&) const = default;
 };
 
 /**
@@ -32,8 +34,10 @@ public:
     /** The key that does the same, for the tooltip: "F1". */
     void setShortcut(const juce::String& name);
 
+    /** In place of saying the line, which is its tooltip all the same. */
+    std::function<void()> pressed;
     /** As a click does. */
-    void press() { desk.run(lines.click); }
+    void press();
 
     static constexpr int longPressMs = 600;
 

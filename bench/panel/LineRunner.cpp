@@ -51,7 +51,7 @@ void LineRunner::work(const std::stop_token& stop)
         news.wait(guard, [&] { return stop.stop_requested() || !waiting.empty(); });
         if (stop.stop_requested())
             return;
-        said = { said.number + 1, std::move(waiting.front()), {}, true };
+        said = { said.number + 1, std::move(waiting.front()), {}, true, false, false, said.recording };
         waiting.pop_front();
         const auto line = said.line;
         guard.unlock();
@@ -62,6 +62,7 @@ void LineRunner::work(const std::stop_token& stop)
         said.running = false;
         said.failed = outcome.kind == Outcome::failed;
         said.leaves = outcome.kind == Outcome::leave;
+        said.recording = console.recorder.isRecording();
         said.answer = said.failed ? outcome.error : output.str();
         guard.unlock();
         changed();

@@ -27,6 +27,7 @@ public:
         std::string line;
         std::string answer; ///< what the console has printed, or the error
         bool running = false, failed = false, leaves = false;
+        bool recording = false; ///< when it had ended
     };
     /** Called on the thread of the lines when one begins and when it ends. */
     using Changed = std::function<void()>;

@@ -96,7 +96,9 @@ void LinkLanes::paint(juce::Graphics& g)
 
 LinkArea::LinkArea(Desk& deskToUse)
     : Area(deskToUse, "Link to the microcontroller")
+    , active(desk)
 {
+    addAndMakeVisible(active);
     addAndMakeVisible(lanes);
     for (const auto& fault : linkFaults())
     {
@@ -111,6 +113,7 @@ LinkArea::LinkArea(Desk& deskToUse)
 void LinkArea::show(const PanelState& state)
 {
     lanes.show(*state.events);
+    active.show(state.faults);
     const auto& mcu = state.mcu;
     repaintIfChanged(counters, std::to_string(mcu.received) + " in  " + std::to_string(mcu.sent) + " out  " +
                                    std::to_string(mcu.resent) + " resent  " + std::to_string(mcu.damaged) + " damaged");
@@ -122,6 +125,7 @@ void LinkArea::resized()
     lanes.setBounds(area.removeFromTop(lanesHeight));
     area.removeFromTop(countersHeight);
     auto row = area.removeFromTop(buttonHeight);
+    active.setBounds(area.withTrimmedTop(gap));
     constexpr int wellWidth = 28;
     faults.back()->setBounds(row.removeFromRight(wellWidth));
     const auto count = static_cast<int>(faults.size()) - 1;

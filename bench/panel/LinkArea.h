@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bench/panel/Area.h"
-#include "bench/panel/LineButton.h"
+#include "bench/panel/FaultChips.h"
 
 namespace BenchPanel
 {
@@ -36,7 +36,7 @@ private:
     void timerCallback() override;
 };
 
-/** The link with the microcontroller: its lanes, its counters, its faults. */
+/** The link with the microcontroller: its lanes, its counters, its faults, and all that hold. */
 class LinkArea : public Area
 {
 public:
@@ -49,6 +49,7 @@ private:
     LinkLanes lanes;
     std::string counters;
     std::vector<std::unique_ptr<LineButton>> faults;
+    FaultChips active;
 
     void resized() override;
     void paint(juce::Graphics& g) override;

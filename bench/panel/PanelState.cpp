@@ -25,6 +25,7 @@ PanelState snapshot(Unit& unit, const PanelState& before)
         now.front = unit.programs.pageInFront();
         now.stack = unit.programs.pageStack();
         now.programs = unit.programs.running();
+        now.faults = activeFaults(unit);
     }
     now.journalEnd = unit.journal.end();
     now.events = now.journalEnd.number == before.journalEnd.number

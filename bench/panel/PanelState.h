@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bench/console/ActiveFaults.h"
 #include "bench/panel/EngineAsker.h"
 #include "bench/panel/LineRunner.h"
 #include "bench/unit/Unit.h"
@@ -27,6 +28,7 @@ struct PanelState
     std::vector<int> stack;            ///< it and those behind that come back
     std::map<int, Programs::Program> programs;
     NetworkDisplay::State network;
+    std::vector<ActiveFault> faults;
 
     Place journalEnd;
     /** The newest of all streams, oldest first. Never null. */

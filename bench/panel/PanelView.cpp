@@ -24,9 +24,10 @@ bool isNight(const PanelState& state)
 
 } // namespace
 
-PanelView::PanelView(Unit& unitToShow, const Options& options)
+PanelView::PanelView(Unit& unitToShow, Options optionsToUse)
     : juce::Component("Head unit")
     , unit(unitToShow)
+    , options(std::move(optionsToUse))
     , runner(unit, options.pictureFolder, [] {})
     , asker(unit, [] {})
     , topBar(*this)
@@ -42,6 +43,7 @@ PanelView::PanelView(Unit& unitToShow, const Options& options)
     , network(*this)
     , events(*this)
     , command(*this)
+    , console(*this)
 {
     setOpaque(true);
     setSize(width, height);
@@ -50,14 +52,15 @@ PanelView::PanelView(Unit& unitToShow, const Options& options)
         { &frontPanel, { 816, 46, 456, 138 } }, { &remote, { 816, 184, 456, 72 } },
         { &around, { 816, 264, 456, 112 } },    { &link, { 816, 384, 456, 134 } },
         { &pages, { 8, 526, 404, 266 } },       { &sound, { 420, 526, 372, 158 } },
-        { &network, { 420, 684, 372, 108 } },   { &events, { 800, 526, 472, 232 } },
-        { &command, { 808, 760, 456, 26 } },
+        { &network, { 420, 684, 372, 108 } },   { &events, { 800, 526, 472, 206 } },
+        { &command, { 808, 736, 456, 50 } },    { &console, { 8, 526, 784, 266 } },
     };
     for (const auto& [area, bounds] : places)
     {
         addAndMakeVisible(area);
         area->setBounds(bounds);
     }
+    console.setVisible(false);
     setWantsKeyboardFocus(true);
     setFocusContainerType(FocusContainerType::keyboardFocusContainer);
     state = snapshot(unit, {});
@@ -65,12 +68,13 @@ PanelView::PanelView(Unit& unitToShow, const Options& options)
     timerCallback();
     constexpr int picturesPerSecond = 60;
     startTimerHz(picturesPerSecond);
+    if (!options.script.empty())
+        run("replay \"" + juce::String::fromUTF8(options.script.c_str()) + "\"");
 }
 
 PanelView::~PanelView()
 {
     stopTimer();
-    setLookAndFeel(nullptr);
 }
 
 template <typename Function>
@@ -79,7 +83,7 @@ void PanelView::forEachArea(const Function& function)
     for (Area* area : { static_cast<Area*>(&topBar), static_cast<Area*>(&screen), static_cast<Area*>(&frontPanel),
                         static_cast<Area*>(&remote), static_cast<Area*>(&around), static_cast<Area*>(&link),
                         static_cast<Area*>(&pages), static_cast<Area*>(&sound), static_cast<Area*>(&network),
-                        static_cast<Area*>(&events), static_cast<Area*>(&command) })
+                        static_cast<Area*>(&events), static_cast<Area*>(&command), static_cast<Area*>(&console) })
         function(*area);
 }
 
@@ -91,6 +95,7 @@ void PanelView::run(const ConsoleLine& line)
 
 void PanelView::cancel()
 {
+    console.setVisible(false);
     runner.forgetWaiting();
 }
 
@@ -107,6 +112,17 @@ void PanelView::timerCallback()
     state.said = runner.last();
     chooseLook();
     forEachArea([this](Area& area) { area.show(state); });
+    checkEnd();
+}
+
+void PanelView::checkEnd()
+{
+    const auto& said = state.said;
+    const bool scriptEnded = !options.script.empty() && said.number == 1 && !said.running;
+    if (!said.leaves && !scriptEnded)
+        return;
+    stopTimer();
+    options.ended(said.failed ? said.answer : "");
 }
 
 void PanelView::chooseLook()
@@ -131,6 +147,12 @@ bool PanelView::keyPressed(const juce::KeyPress& key)
         return frontPanel.press(static_cast<std::size_t>(number));
     if (key == juce::KeyPress('l', juce::ModifierKeys::ctrlModifier, 0))
         command.propose({});
+    else if (key == juce::KeyPress('o', juce::ModifierKeys::ctrlModifier, 0))
+        toggleConsole();
+    else if (key == juce::KeyPress('r', juce::ModifierKeys::ctrlModifier, 0))
+        topBar.toggleRecording();
+    else if (key == juce::KeyPress('p', juce::ModifierKeys::ctrlModifier, 0))
+        topBar.takePicture();
     else if (key == juce::KeyPress('q', juce::ModifierKeys::ctrlModifier, 0))
         run("quit");
     else if (key == juce::KeyPress::escapeKey)

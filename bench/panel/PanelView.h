@@ -2,6 +2,7 @@
 
 #include "bench/panel/AroundArea.h"
 #include "bench/panel/CommandField.h"
+#include "bench/panel/ConsoleSheet.h"
 #include "bench/panel/EventsPane.h"
 #include "bench/panel/FrontPanelArea.h"
 #include "bench/panel/LinkArea.h"
@@ -23,16 +24,20 @@ public:
     {
         bool screenIsCaptured = true; ///< the unit's display is its own; else it draws on the panel's, or nowhere
         std::string pictureFolder;
+        std::string script; ///< is run at once, and ends the panel; "" for none
+        /** The person has said quit, or the script has ended; the error, "" when it succeeded. Message thread. */
+        std::function<void(const std::string& error)> ended = [](const std::string&) {};
     };
 
     /** The unit has started and must outlive it. */
-    PanelView(Unit& unitToShow, const Options& options);
+    PanelView(Unit& unitToShow, Options optionsToUse);
     ~PanelView() override;
 
     static constexpr int width = 1280, height = 800;
 
 private:
     Unit& unit;
+    const Options options;
     Look day { Look::day }, night { Look::night };
     PanelState state;
     LineRunner runner;
@@ -50,6 +55,7 @@ private:
     NetworkPane network;
     EventsPane events;
     CommandField command;
+    ConsoleSheet console;
     juce::TooltipWindow tooltips { this };
 
     template <typename Function>
@@ -57,8 +63,11 @@ private:
     void run(const ConsoleLine& line) override;
     void cancel() override;
     void propose(const ConsoleLine& beginning) override { command.propose(beginning); }
+    void markMoment(std::optional<Clock::time_point> moment) override { link.markMoment(moment); }
+    void toggleConsole() override { console.setVisible(!console.isVisible()); }
     void timerCallback() override;
     void chooseLook();
+    void checkEnd();
     void paint(juce::Graphics& g) override;
     bool keyPressed(const juce::KeyPress& key) override;
 };

@@ -1,5 +1,7 @@
 #include "bench/panel/PanelWindow.h"
 
+#include <iostream>
+
 namespace BenchPanel
 {
 
@@ -18,9 +20,9 @@ void PanelWindow::Frame::resized()
                           .getTransformToFit(whole, getLocalBounds().toFloat()));
 }
 
-PanelWindow::PanelWindow(Unit& unit, const PanelView::Options& options, std::function<void()> closedCall)
+PanelWindow::PanelWindow(Unit& unit, const PanelView::Options& options)
     : juce::DocumentWindow("Head unit", juce::Colours::black, allButtons)
-    , closed(std::move(closedCall))
+    , ended(options.ended)
     , frame(unit, options)
 {
     setUsingNativeTitleBar(true);
@@ -29,7 +31,11 @@ PanelWindow::PanelWindow(Unit& unit, const PanelView::Options& options, std::fun
     setResizeLimits(PanelView::width / leastShare, PanelView::height / leastShare, 4 * PanelView::width,
                     4 * PanelView::height);
     setContentNonOwned(&frame, true);
-    centreWithSize(PanelView::width, PanelView::height);
+    // On a small screen it is as large as that.
+    auto size = juce::Rectangle<int>(PanelView::width, PanelView::height);
+    if (const auto* screen = juce::Desktop::getInstance().getDisplays().getPrimaryDisplay())
+        size = size.getIntersection(screen->userArea.withZeroOrigin());
+    centreWithSize(size.getWidth(), size.getHeight());
     setVisible(true);
 }
 
@@ -55,7 +61,13 @@ public:
 
     void initialise(const juce::String&) override
     {
-        window = std::make_unique<PanelWindow>(*start.unit, start.options, [] { quit(); });
+        start.options.ended = [this](const std::string& error)
+        {
+            std::cerr << error << (error.empty() ? "" : "\n");
+            setApplicationReturnValue(error.empty() ? 0 : 1);
+            quit();
+        };
+        window = std::make_unique<PanelWindow>(*start.unit, start.options);
         constexpr int looksPerSecond = 10;
         startTimerHz(looksPerSecond);
     }

@@ -9,8 +9,7 @@ namespace BenchPanel
 class PanelWindow : public juce::DocumentWindow
 {
 public:
-    /** `closed` is called when the person closes it, or has said quit. */
-    PanelWindow(Unit& unit, const PanelView::Options& options, std::function<void()> closedCall);
+    PanelWindow(Unit& unit, const PanelView::Options& options);
 
 private:
     /** Keeps the view's shape. */
@@ -26,10 +25,10 @@ private:
         void paint(juce::Graphics& g) override { g.fillAll(juce::Colours::black); }
     };
 
-    const std::function<void()> closed;
+    const std::function<void(const std::string&)> ended;
     Frame frame;
 
-    void closeButtonPressed() override { closed(); }
+    void closeButtonPressed() override { ended({}); }
 };
 
 /**

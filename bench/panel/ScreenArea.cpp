@@ -1,5 +1,7 @@
 #include "bench/panel/ScreenArea.h"
 
+#include "ctl/Fields.h"
+
 namespace BenchPanel
 {
 
@@ -23,7 +25,7 @@ ScreenArea::ScreenArea(Desk& deskToUse, const std::string& display, const juce::
 
 void ScreenArea::show(const PanelState& state)
 {
-    repaintIfChanged(shown, { state.panel.powered && state.engineRuns, state.mcu.muted });
+    repaintIfChanged(shown, { state.panel.powered && state.engineRuns, Ctl::Fields(state.engine->state).is("muted") });
 }
 
 void ScreenArea::paint(juce::Graphics& g)

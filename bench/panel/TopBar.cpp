@@ -8,6 +8,9 @@ namespace BenchPanel
 namespace
 {
 
+const ConsoleLine replayLine = "replay recording.scenario";
+const ButtonLines startRecording { "record recording.scenario" }, stopRecording { "record off" };
+
 constexpr int nameWidth = 112, dotSize = 16, supplyWidth = 108, sentenceX = 240;
 
 } // namespace
@@ -18,18 +21,25 @@ TopBar::TopBar(Desk& deskToUse)
     , restart(desk, "Restart",
               { "engine restart", {}, { "engine stop", "engine start", "engine kill", "bus restart" } })
     , pullPlug(desk, "Pull plug", { "power cut" })
-    , record(desk, "Record")
-    , replay(desk, "Replay")
+    , record(desk, "Record", startRecording)
+    , replay(desk, "Replay", { replayLine, {}, { replayLine + " 2x", replayLine + " 10x", replayLine + " 0.5x" } })
     , mark(desk, "Mark", { "mark" })
     , picture(desk, "Picture", { "picture screen" })
-    , console(desk, "Console", { "help" })
+    , console(desk, "Console", { "what has been said, and the answers" })
 {
+    record.setShortcut("Ctrl+R");
+    picture.setShortcut("Ctrl+P");
+    console.setShortcut("Ctrl+O");
+    console.pressed = [this] { desk.toggleConsole(); };
     for (auto* button : { &power, &restart, &pullPlug, &record, &replay, &mark, &picture, &console })
         addAndMakeVisible(button);
 }
 
 void TopBar::show(const PanelState& state)
 {
+    record.setLabel(state.said.recording ? "Stop" : "Record");
+    record.setTone(state.said.recording ? LineButton::Tone::alarm : LineButton::Tone::plain);
+    record.setLines(state.said.recording ? stopRecording : startRecording);
     repaintIfChanged(shown,
                      { state.panel.powered && state.engineRuns, state.engineRuns,
                        (state.panel.powered && state.engineRuns ? "on, " : "off, ") + voltsText(state.supply.volts),

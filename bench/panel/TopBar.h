@@ -13,6 +13,8 @@ public:
     explicit TopBar(Desk& deskToUse);
 
     void show(const PanelState& state) override;
+    void toggleRecording() { record.press(); }
+    void takePicture() { picture.press(); }
 
 private:
     struct Shown

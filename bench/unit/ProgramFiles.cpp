@@ -78,8 +78,23 @@ std::string ProgramFiles::remove(int appType)
     fs::remove(lateFile(file), error);
     fs::remove(lateFile(file).parent_path(), isNotEmpty);
     fs::remove(file, error);
-    startFaults[appType] = "is missing";
+    note(appType, "is missing");
     return error ? file.string() + ": " + error.message() : std::string();
+}
+
+std::map<int, std::string> ProgramFiles::faults() const
+{
+    const std::scoped_lock guard(lock);
+    return startFaults;
+}
+
+void ProgramFiles::note(int appType, const std::string& fault)
+{
+    const std::scoped_lock guard(lock);
+    if (fault.empty())
+        startFaults.erase(appType);
+    else
+        startFaults[appType] = fault;
 }
 
 std::string ProgramFiles::install(int appType, std::chrono::milliseconds delay)
@@ -88,10 +103,7 @@ std::string ProgramFiles::install(int appType, std::chrono::milliseconds delay)
         return error;
     const fs::path file = paths[appType], late = lateFile(file);
     const bool isLate = delay.count() > 0;
-    if (isLate)
-        startFaults[appType] = "starts " + std::to_string(delay.count()) + " ms late";
-    else
-        startFaults.erase(appType);
+    note(appType, isLate ? "starts " + std::to_string(delay.count()) + " ms late" : "");
     if (auto error = link(changed[appType], isLate ? late : file); !error.empty() || !isLate)
         return error;
     const auto seconds = std::to_string(std::chrono::duration<double>(delay).count());

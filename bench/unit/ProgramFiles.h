@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <map>
+#include <mutex>
 #include <string>
 
 namespace Bench
@@ -31,14 +32,18 @@ public:
     /** All as it was. */
     void restore();
 
-    /** What is wrong with their starts, by application type. */
-    const std::map<int, std::string>& faults() const { return startFaults; }
+    /** What is wrong with their starts, by application type. Any thread. */
+    std::map<int, std::string> faults() const;
 
 private:
     std::string fallback;
     std::map<int, std::string> paths;
     std::map<int, std::string> changed; ///< what their links pointed to
+    mutable std::mutex lock; // guards this one
     std::map<int, std::string> startFaults;
+
+    /** "" when nothing is wrong any more. */
+    void note(int appType, const std::string& fault);
 };
 
 } // namespace Bench
