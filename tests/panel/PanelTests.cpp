@@ -1,3 +1,4 @@
+#include "bench/console/Verb.h"
 #include "bench/panel/PanelWindow.h"
 #include "ctl/Client.h"
 #include "panel/Hand.h"
@@ -13,7 +14,7 @@ using namespace Bench;
 using BenchPanel::PanelView;
 using BenchPanel::PanelWindow;
 
-constexpr std::uint32_t keyF1 = 0xffbe, keyUp = 0xff52;
+constexpr std::uint32_t keyF1 = 0xffbe, keyUp = 0xff52, keyReturn = 0xff0d, keyEscape = 0xff1b;
 
 /** A live unit behind the panel on a desktop without a window manager, and somebody's hand on it. */
 class PanelTest : public testing::Test
@@ -69,9 +70,6 @@ protected:
     std::unique_ptr<PanelWindow> window;
     std::optional<Hand> hand;
 
-private:
-    Place marked;
-
     static juce::Component* find(juce::Component& within, const juce::String& title)
     {
         if (within.getTitle() == title && within.isShowing())
@@ -81,6 +79,9 @@ private:
                 return found;
         return nullptr;
     }
+
+private:
+    Place marked;
 };
 
 // The wheel over the knob, and the arrow keys on it, are steps of the volume of the unit itself.
@@ -122,6 +123,50 @@ TEST_F(PanelTest, TakesAFaultAwayByItsChip)
     hand->click(place("Delay"));
     hand->click(place("End: mcu is 300 ms slow"));
     EXPECT_TRUE(pumpUntil([&] { return activeFaults(*unit).empty(); }));
+}
+
+// What is done is written down and done again by a line; when it comes out otherwise, that is where it stops.
+TEST_F(PanelTest, RecordsWhatIsDoneAndDoesItAgain)
+{
+    const juce::TemporaryFile recording(".scenario");
+    const auto file = recording.getFile().getFullPathName().toStdString();
+    std::ostringstream output;
+    Console console(*unit, Bench::Style(false), output, false);
+    const auto say = [&](const std::string& line)
+    {
+        const auto outcome = runLine(console, line);
+        EXPECT_NE(outcome.kind, Outcome::failed) << line << ": " << outcome.error;
+    };
+    for (const auto& line : { "record " + file, std::string("mcu source aux"), std::string("state"),
+                              std::string("expect page aux settled"), std::string("record off"),
+                              std::string("mcu source fm"), std::string("expect page fm settled") })
+        say(line);
+    EXPECT_FALSE(recording.getFile().loadFileAsString().contains("state"));
+    mark();
+    say("replay " + file + " 10x");
+    EXPECT_TRUE(comes("page mbAuxin2", "shown"));
+
+    say("mcu source am");
+    say("expect page am settled");
+    recording.getFile().replaceWithText(
+        recording.getFile().loadFileAsString().replace("mbFM in-front", "mbFM in-front within 1ms"));
+    EXPECT_EQ(runLine(console, "replay " + file).kind, Outcome::failed) << "another page is in front";
+}
+
+// A line that is typed is answered; an answer of several lines is seen in the sheet, which Escape puts away.
+TEST_F(PanelTest, AnswersWhatIsTyped)
+{
+    hand->click(place("Command"));
+    for (const auto letter : { 's', 't', 'a', 't', 'e' })
+        hand->type(static_cast<std::uint32_t>(letter));
+    hand->type(keyReturn);
+    juce::TextEditor* sheet = nullptr;
+    const auto isThere = [&]
+    { return (sheet = dynamic_cast<juce::TextEditor*>(find(*window, "What the console has said"))) != nullptr; };
+    ASSERT_TRUE(pumpUntil(isThere));
+    EXPECT_TRUE(sheet->getText().contains("Microcontroller")) << sheet->getText();
+    hand->type(keyEscape);
+    EXPECT_TRUE(pumpUntil([&] { return !sheet->isShowing(); }));
 }
 
 } // namespace
