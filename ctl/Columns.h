@@ -22,6 +22,22 @@ inline std::string padded(const std::string& text, int width)
     return text + std::string(static_cast<std::size_t>(std::max(0, width - widthOf(text))), ' ');
 }
 
+/** Cut with an ellipsis when it is wider. */
+inline std::string shortened(const std::string& text, int width)
+{
+    if (widthOf(text) <= width)
+        return text;
+    std::string cut;
+    int count = 0;
+    for (const char c : text)
+    {
+        if ((static_cast<unsigned char>(c) & 0xC0) != 0x80 && ++count == width)
+            break;
+        cut += c;
+    }
+    return cut + "…";
+}
+
 /** With so many digits behind the point. */
 inline std::string fixed(double value, int decimals)
 {

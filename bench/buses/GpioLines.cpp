@@ -21,6 +21,12 @@ Bytes replyOf(std::int32_t status, std::uint32_t value)
 
 } // namespace
 
+void GpioLines::drive(std::uint32_t number, std::uint32_t level)
+{
+    table[number].level = level;
+    journal.add("gpio " + std::to_string(number), std::to_string(level) + " from outside");
+}
+
 std::optional<Bytes> GpioLines::answer(int, Packet request)
 {
     constexpr std::int32_t done = 0;

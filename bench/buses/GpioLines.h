@@ -7,7 +7,7 @@
 namespace Bench
 {
 
-/** The general-purpose lines. Journal stream "gpio 32856": "1" for each level driven. */
+/** The general-purpose lines. Journal stream "gpio 32856": "1" for each level driven, "1 from outside". */
 class GpioLines : public BusDevice
 {
 public:
@@ -23,7 +23,7 @@ public:
     /** The lines that the unit has touched so far. */
     std::map<std::uint32_t, Line> lines() const { return table; }
     /** A level from outside, which the unit reads. */
-    void drive(std::uint32_t number, std::uint32_t level) { table[number].level = level; }
+    void drive(std::uint32_t number, std::uint32_t level);
 
     static constexpr std::size_t maxLines = 1024;
 

@@ -47,6 +47,7 @@ std::optional<Bytes> VideoDecoder::answer(int, Packet request)
 void VideoDecoder::setSignal(bool present)
 {
     registers[statusRegister] = present ? signalLocked : 0;
+    journal.add("camera", present ? "signal" : "no signal");
 }
 
 bool VideoDecoder::hasSignal() const

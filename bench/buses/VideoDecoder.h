@@ -9,7 +9,7 @@ namespace Bench
 
 /**
     The camera's video decoder on the I2C bus: 256 registers at address 0x88, and a camera that gives a picture or not.
-    Journal stream "i2c": "02=44" for each register written.
+    Journal streams: "i2c" ("02=44" for each register written), "camera" ("signal", "no signal").
 */
 class VideoDecoder : public BusDevice
 {

@@ -29,7 +29,9 @@ void addLink(Collector& faults, Mcu& mcu)
     {
         faults.add(next.left > 0,
                    std::string("mcu ") + does + " " + std::to_string(next.left) + " " +
-                       (next.command ? nameOf(*next.command) : "frames"),
+                       (next.command     ? nameOf(*next.command)
+                        : next.left == 1 ? "frame"
+                                         : "frames"),
                    cure);
     };
     faults.add(active.silentUntil.has_value(), "mcu silent", "mcu silent 0");

@@ -15,6 +15,7 @@ Console::Console(Unit& unitToUse, Style styleToUse, std::ostream& outputToUse, b
     , watched(somebodyWatches)
     , expectations(unitToUse.journal)
     , recorder(unitToUse.journal)
+    , headline(unitToUse.journal.end())
 {
 }
 

@@ -26,7 +26,8 @@ public:
     Unit& unit;
     const Style style;
     std::ostream& output;
-    const bool watched; ///< somebody sees the output as it comes
+    const bool watched;             ///< somebody sees the output as it comes
+    bool tellsConsequences = false; ///< of each line, to a person
     Expectations expectations;
     Recorder recorder;
     double speed = 1;          ///< of a replay: so many times as fast
@@ -34,8 +35,7 @@ public:
     std::optional<TranscriptSections> chosenSections;
     /** Shows the unit until somebody ends it or the time is over; without it `watch` shows it once. */
     std::function<void(std::optional<std::chrono::milliseconds> duration)> liveView;
-    Place headline; ///< the journal's end when the last headline was written
-    Clock::time_point headlineAt = Clock::now();
+    Place headline; ///< the journal's end when the last headline was written, or a person's last command given
 
     /** Waits until a finger could press the next key. */
     void moveFinger();

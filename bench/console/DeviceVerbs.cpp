@@ -61,7 +61,7 @@ std::uint8_t remoteKey(const Arguments& given)
 Outcome pressRemote(Console& console, const Arguments& given)
 {
     console.moveFinger();
-    return console.unit.remote->press(remoteKey(given)) ? Outcome {} : failed(remoteTakesNothing);
+    return console.unit.remote->press(remoteKey(given)) ? Outcome { Outcome::acted } : failed(remoteTakesNothing);
 }
 
 Outcome showRemote(Console& console, const Arguments&)
@@ -83,7 +83,8 @@ Outcome savePictureOf(Console& console, const std::string& display, const std::s
 {
     if (console.pictureFolder.empty())
         return {};
-    return outcomeOf(savePicture, display, console.pictureFolder + "/" + name + ".png");
+    const auto error = savePicture(display, console.pictureFolder + "/" + name + ".png");
+    return error.empty() ? Outcome {} : failed(error);
 }
 
 Outcome takePicture(Console& console, const Arguments& given)

@@ -80,6 +80,7 @@ std::span<const ExpectLine> allExpectLines()
         { "mcu link TEXT...", "The link: silent, back, a fault, a frame given up.", "mcu link", part },
         { "mcu power on|off", "The panel's power key has gone out, as the unit asked for it.", "mcu power" },
         { "mcu ready-for-power-off", "The unit is ready.", "mcu ready-for-power-off" },
+        { "power cut", "Its power is gone, as the microcontroller cuts it.", "power" },
         { "mcu device-id TEXT...", "The unit sets it: \"12 34 56\".", "mcu device-id" },
         { "mcu tuner TEXT...", "Where the tuner is: FM 101.10.", "mcu tuner" },
         { "mcu hold [TEXT...]", "A held key is released: \"20 sent, 0 skipped\".", "mcu hold", part },

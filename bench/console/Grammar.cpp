@@ -1,6 +1,7 @@
 #include "bench/console/Grammar.h"
 
 #include "bench/console/Kinds.h"
+#include "bench/console/Near.h"
 
 #include <algorithm>
 #include <cctype>
@@ -62,6 +63,11 @@ bool Grammar::Place::fits(const std::string& word) const
                                });
 }
 
+bool Grammar::Place::hasKind() const
+{
+    return std::ranges::any_of(choices, [](const std::string& choice) { return findKind(choice) != nullptr; });
+}
+
 bool Grammar::Place::mayBe(const std::string& word) const
 {
     return fits(word) || !std::ranges::all_of(choices, isFixedWord);
@@ -86,7 +92,8 @@ std::string Grammar::Place::wrong(const std::string& word) const
             text += "'" + word + "' is no " + lowerCase(kind->name) + ": " + kind->meaning;
         else
             text += ", or " + choice;
-    return text;
+    const auto near = nearText(word, names());
+    return text + (near.empty() ? "" : "." + near);
 }
 
 Grammar::Pattern Grammar::parse(const std::string& text)
@@ -158,7 +165,7 @@ Grammar::Choice Grammar::choose(const Words& line) const
         if (wrong.empty())
             wrong = *error;
     }
-    return { 0, {}, wrong.empty() ? usageFor(line) : wrong };
+    return { 0, {}, wrong.empty() ? explain(line) : wrong };
 }
 
 /** What is wrong with the first word that does not fit; nothing to be told ("") when a fixed word is another. */
@@ -176,7 +183,7 @@ std::optional<std::string> Grammar::wrongIn(const Pattern& pattern, const std::v
 
 /** Goes along the pattern as far as the words of the line may be meant so; `next` takes what may come behind them. */
 void Grammar::follow(const Pattern& pattern, std::size_t place, const Words& line, std::size_t word,
-                     std::size_t& farthest, std::set<std::string>* next)
+                     std::size_t& farthest, std::set<const Place*>* next)
 {
     farthest = std::max(farthest, word);
     if (place == pattern.places.size())
@@ -185,21 +192,59 @@ void Grammar::follow(const Pattern& pattern, std::size_t place, const Words& lin
     if (word < line.size() && here.mayBe(line[word]))
         follow(pattern, here.repeats ? place : place + 1, line, word + 1, farthest, next);
     if (word == line.size() && next != nullptr)
-    {
-        const auto names = here.names();
-        next->insert(names.begin(), names.end());
-    }
+        next->insert(&here);
     if (here.optional)
         follow(pattern, place + 1, line, word, farthest, next);
 }
 
-Words Grammar::completionsFor(const Words& before) const
+/** The first word that can be nothing at its place, with what it may have been meant to be; else how the line goes. */
+std::string Grammar::explain(const Words& line) const
 {
-    std::set<std::string> next;
+    std::size_t farthest = 0;
+    const Place* kind = nullptr;
+    for (const auto& pattern : patterns)
+    {
+        std::size_t place = 0;
+        while (place < std::min(pattern.places.size(), line.size()) && pattern.places[place].fits(line[place]))
+            ++place;
+        if (place > farthest)
+            kind = nullptr;
+        farthest = std::max(farthest, place);
+        const bool isLast = place == farthest && place < std::min(pattern.places.size(), line.size());
+        if (isLast && kind == nullptr && pattern.places[place].hasKind())
+            kind = &pattern.places[place];
+    }
+    if (farthest == 0 || farthest == line.size())
+        return usageFor(line);
+    const auto& word = line[farthest];
+    if (kind != nullptr)
+        return kind->wrong(word);
+    const Words before(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(farthest));
+    const auto near = nearText(word, completionsFor(before));
+    return near.empty() ? usageFor(line) : "'" + word + "' makes no sense behind '" + joined(before) + "'." + near;
+}
+
+std::set<const Grammar::Place*> Grammar::placesBehind(const Words& before) const
+{
+    std::set<const Place*> next;
     std::size_t farthest = 0;
     for (const auto& pattern : patterns)
         follow(pattern, 0, before, 0, farthest, &next);
-    return { next.begin(), next.end() };
+    return next;
+}
+
+Words Grammar::completionsFor(const Words& before) const
+{
+    std::set<std::string> all;
+    for (const auto* place : placesBehind(before))
+        std::ranges::copy(place->names(), std::inserter(all, all.end()));
+    return { all.begin(), all.end() };
+}
+
+bool Grammar::mayBeFile(const Words& before) const
+{
+    return std::ranges::any_of(placesBehind(before), [](const Place* place)
+                               { return place->choices.front() == "FILE" || place->choices.front() == "RESULT"; });
 }
 
 std::string Grammar::usageFor(const Words& line) const

@@ -72,6 +72,8 @@ public:
     Choice choose(const Words& line) const;
     /** Every word that may come next. */
     Words completionsFor(const Words& before) const;
+    /** Whether a file may come next. */
+    bool mayBeFile(const Words& before) const;
 
 private:
     struct Place
@@ -81,6 +83,7 @@ private:
         bool fits(const std::string& word) const;
         /** Whether it is one of the fixed words, or there is a kind to choose. */
         bool mayBe(const std::string& word) const;
+        bool hasKind() const;
         Words names() const;
         std::string wrong(const std::string& word) const;
     };
@@ -97,7 +100,9 @@ private:
     static std::optional<std::vector<Words>> distribute(const Pattern& pattern, const Words& line);
     static std::optional<std::string> wrongIn(const Pattern& pattern, const std::vector<Words>& values);
     static void follow(const Pattern& pattern, std::size_t place, const Words& line, std::size_t word,
-                       std::size_t& farthest, std::set<std::string>* next);
+                       std::size_t& farthest, std::set<const Place*>* next);
+    std::set<const Place*> placesBehind(const Words& before) const;
+    std::string explain(const Words& line) const;
     std::string usageFor(const Words& line) const;
 };
 

@@ -2,6 +2,7 @@
 
 #include "bench/mcu/Mcu.h"
 #include "bench/network/NetworkDecode.h"
+#include "bench/program/PageLayout.h"
 #include "bench/remote/WiredRemote.h"
 #include "bench/unit/Settings.h"
 #include "bench/unit/Unit.h"
@@ -104,8 +105,8 @@ std::span<const Kind> allKinds()
         number("SECONDS", 1, Ctl::longestTraceSeconds),
         { "SECTION", "mcu, devices or a PROGRAM",
           [](auto& word) { return word == "mcu" || word == "devices" || isProgram(word); }, sectionNames },
-        { "SETTING", "a name (eq-preset) or a number", [](auto& word) { return findSetting(word).has_value(); },
-          settingNames },
+        { "SETTING", "a name (eq-preset) or 0 to " + std::to_string(highestSetting()),
+          [](auto& word) { return findSetting(word).has_value(); }, settingNames },
         { "SOURCE", "am fm disc aux sirius ipod usb bt off pandora wb, or a type's number", isSource, sourceNames },
         { "SPEED", "0.01 to 1000, or 2x; 1 is the file's own",
           [](auto& word) { return parseSpeed(word).has_value(); } },
@@ -116,8 +117,8 @@ std::span<const Kind> allKinds()
           [](auto& word) { return std::ranges::find(toneFields, word, &ToneField::name) != toneFields.end(); },
           [] { return namesIn(toneFields); } },
         decimal("VOLTS", 0, 25.2, "0 to 25.2"),
-        number("X", 0, 0x7fff),
-        number("Y", 0, 0x7fff),
+        number("X", 0, BenchProgram::PageLayout::width - 1),
+        number("Y", 0, BenchProgram::PageLayout::height - 1),
         number("ZONE", 0, highestByte),
     };
     return kinds;

@@ -25,7 +25,7 @@ Outcome press(Console& console, const Arguments& given)
 {
     console.moveFinger();
     console.unit.panel->pressKey(keyOf(given[0]), given.number(1));
-    return {};
+    return { Outcome::acted };
 }
 
 std::string send(Mcu& mcu, const Arguments& given)
@@ -55,7 +55,11 @@ Verbs mcuVerbs()
              [](Panel& panel, auto& given) { panel.flood(findKeys(given[0]), given.number(1), given.time(2)); }) },
         { "mcu send FRAME [BYTE...]", "Sends a frame.", on(&Unit::mcu, send) },
         { "mcu status", "Asks for the device status.", on(&Unit::mcu, &Mcu::requestDeviceStatus) },
-        { "mcu power-off", "Switches the unit off.", on(&Unit::mcu, &Mcu::requestPowerOff) },
+        { "mcu power-off [kept]", "Switches the unit off: when it is ready, its power is cut, unless it is kept.",
+          on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.requestPowerOff(given.has(0)); }) },
+        { "mcu power-on", "Switches it on again.", onUnit([](Unit& unit, auto&) { return unit.powerOn(); }) },
+        { "factory-reset", "The keys that reset it: the setup page says so, and five seconds later its power is cut.",
+          on(&Unit::panel, [](Panel& panel) { panel.pressKey(keyOf("playpause-long"), 0); }) },
         { "mcu silent TIME", "Hears and says nothing.",
           on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.silence(given.time(0)); }) },
         { "mcu reset", "It starts anew: what was on its way is lost.", on(&Unit::mcu, &Mcu::reset) },

@@ -13,35 +13,6 @@ using Ctl::padded;
 namespace
 {
 
-/** To a person: what the display has been told since then. */
-void showAnswers(Console& console, Place from)
-{
-    constexpr std::chrono::milliseconds patience { 250 };
-    constexpr std::size_t most = 16;
-    console.unit.journal.waitFor(from, Clock::now() + patience, [](const Event&) { return false; });
-    const auto isAnswer = [](const Event& event)
-    { return event.stream == "mfd" || event.stream.starts_with("mfd zone"); };
-    for (const auto& event : console.unit.journal.find(from, most, isAnswer))
-    {
-        const auto zone = event.stream == "mfd" ? std::string() : event.stream.substr(event.stream.find(' ') + 1) + " ";
-        console.output << console.style.dim("  < " + zone + event.text) << "\n";
-    }
-}
-
-/** Does something with the display; a person sees what it hears thereupon. */
-template <typename Function>
-auto onDisplay(Function function)
-{
-    return [run = on(&Unit::networkDisplay, function)](Console& console, const Arguments& given)
-    {
-        const auto from = console.unit.journal.end();
-        auto outcome = run(console, given);
-        if (console.watched && outcome.kind == Outcome::done)
-            showAnswers(console, from);
-        return outcome;
-    };
-}
-
 void setTone(NetworkDisplay& display, const Arguments& given)
 {
     const auto& field = *std::ranges::find(toneFields, given[0], &ToneField::name);
@@ -123,34 +94,41 @@ Verbs networkVerbs()
 {
     return {
         { "mfd volume ZONE PERCENT", "Sets the volume of a zone.",
-          onDisplay([](auto& display, auto& given) { display.setVolume(given.byte(0), given.byte(1)); }) },
+          on(&Unit::networkDisplay,
+             [](auto& display, auto& given) { display.setVolume(given.byte(0), given.byte(1)); }) },
         { "mfd step ZONE up|down", "One step of it; zone 0 is both.",
-          onDisplay([](auto& display, auto& given) { display.stepVolume(given.byte(0), given[1] == "up"); }) },
+          on(&Unit::networkDisplay,
+             [](auto& display, auto& given) { display.stepVolume(given.byte(0), given[1] == "up"); }) },
         { "mfd mute [ZONE]", "Mutes, or ends it.",
-          onDisplay([](auto& display, auto& given) { display.toggleMute(given.byte(0)); }) },
+          on(&Unit::networkDisplay, [](auto& display, auto& given) { display.toggleMute(given.byte(0)); }) },
         { "mfd tone TONE LEVEL [ZONE]", "Sets the tone of zone 1, or another; the unit refuses what is out of range.",
-          onDisplay(setTone) },
-        { "mfd request zones", "Asks for the zones (130574).", onDisplay(&NetworkDisplay::requestZones) },
+          on(&Unit::networkDisplay, setTone) },
+        { "mfd request zones", "Asks for the zones (130574).",
+          on(&Unit::networkDisplay, &NetworkDisplay::requestZones) },
         { "mfd request configuration [ZONE]", "For the configuration of zone 1, or another (130581).",
-          onDisplay([](auto& display, auto& given) { display.requestConfiguration(given.byte(0, 1)); }) },
+          on(&Unit::networkDisplay,
+             [](auto& display, auto& given) { display.requestConfiguration(given.byte(0, 1)); }) },
         { "mfd request parameters [ZONE]", "For its parameters (130586).",
-          onDisplay([](auto& display, auto& given) { display.requestParameters(given.byte(0, 1)); }) },
+          on(&Unit::networkDisplay, [](auto& display, auto& given) { display.requestParameters(given.byte(0, 1)); }) },
         { "mfd request volumes [ZONE]", "For the volume of both zones, or of one (130582).",
-          onDisplay([](auto& display, auto& given) { display.requestVolumes(given.byte(0)); }) },
+          on(&Unit::networkDisplay, [](auto& display, auto& given) { display.requestVolumes(given.byte(0)); }) },
         { "mfd iso PGN", "For any message, by an ISO request.",
-          onDisplay([](auto& display, auto& given) { display.isoRequest(given.number(0)); }) },
-        { "mfd raw PGN [BYTE...]", "Sends any message.", onDisplay(sendRaw) },
+          on(&Unit::networkDisplay, [](auto& display, auto& given) { display.isoRequest(given.number(0)); }) },
+        { "mfd raw PGN [BYTE...]", "Sends any message.", on(&Unit::networkDisplay, sendRaw) },
         { "mfd phone",
           "Chooses the phone's music (130585); the unit hands it on, and the Bluetooth program asks for its page.",
-          onDisplay(&NetworkDisplay::choosePhone) },
-        { "mfd update", "The trigger of an update, as a message.", onDisplay(&NetworkDisplay::startUpdate) },
-        { "mfd update data", "The same as a block of data.", onDisplay(&NetworkDisplay::startUpdateByData) },
-        { "mfd version NUMBER [TEXT]", "Asks for a version (0, 3), or tells one (4).", onDisplay(requestVersion) },
+          on(&Unit::networkDisplay, &NetworkDisplay::choosePhone) },
+        { "mfd update", "The trigger of an update, as a message.",
+          on(&Unit::networkDisplay, &NetworkDisplay::startUpdate) },
+        { "mfd update data", "The same as a block of data.",
+          on(&Unit::networkDisplay, &NetworkDisplay::startUpdateByData) },
+        { "mfd version NUMBER [TEXT]", "Asks for a version (0, 3), or tells one (4).",
+          on(&Unit::networkDisplay, requestVersion) },
         { "mfd flood RATE TIME", "Asks for the volumes, so many times a second.",
           on(&Unit::networkDisplay,
              [](auto& display, auto& given) { display.flood(given.number(0), given.time(1)); }) },
         { "mfd state", "What it knows of the unit.", showDisplay },
-        { "n2k log FILE", "Writes the messages to a new file, as lines.",
+        { "n2k log FILE", "Writes the messages to a file, behind what is there, as lines.",
           on(&Unit::networkLog, [](auto& network, auto& given) { return network.logTo(given[0]); }) },
         { "n2k log off", "Ends that.", on(&Unit::networkLog, &NetworkLog::stopLogging) },
         { "n2k serve [PORT]", "Gives them to readers on a port of this machine; what they write goes to the unit.",

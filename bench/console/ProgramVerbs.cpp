@@ -2,6 +2,8 @@
 #include "bench/console/Verb.h"
 #include "bench/unit/Settings.h"
 
+#include <algorithm>
+
 namespace Bench
 {
 
@@ -42,6 +44,22 @@ std::string changeStart(Unit& unit, const Arguments& given)
     return unit.programFiles.install(appType, given.time(2)); // none when it is well
 }
 
+std::string changeSetting(Unit& unit, const Arguments& given)
+{
+    const auto setting = *findSetting(given[0]);
+    auto error = whyNoValue(setting, given[1]);
+    return error.empty() ? unit.programs.changeSetting(setting, given[1]) : error;
+}
+
+std::string postToWindow(Unit& unit, const Arguments& given)
+{
+    const auto appType = findApp(given[0]);
+    if (unit.engine().display().empty())
+        return "nothing is drawn, so the engine has no window; program " + given[0] + " send goes over the bus";
+    const bool taken = unit.programs.sendWindowMessage(appType, given.number(2), given.number(3), given.number(4));
+    return taken ? "" : std::string(appTypeName(appType)) + " does not run";
+}
+
 /** Shows or stops the page that is named, else the one that the program is named by, else its first. */
 std::string askForPage(Unit& unit, const Arguments& given)
 {
@@ -50,7 +68,15 @@ std::string askForPage(Unit& unit, const Arguments& given)
     const auto page = named != NUM_OF_PAGES ? named : pageOfApp(appType)->page;
     if (pageInfo(page)->appType != appType)
         return std::string(appTypeName(appType)) + " has no page '" + given[2] + "'";
-    return given[1] == "show" ? unit.programs.requestPage(page) : unit.programs.stopPage(page);
+    if (given[1] == "show")
+        return unit.programs.requestPage(page);
+    const auto programs = unit.programs.running();
+    const auto stack = unit.programs.pageStack();
+    const auto found = programs.find(appType);
+    if (found != programs.end() && found->second.source == NUM_OF_PAGES &&
+        std::ranges::find(stack, page) == stack.end())
+        return std::string(pageName(page)) + " is neither on the screen nor behind it, and plays nothing";
+    return unit.programs.stopPage(page);
 }
 
 } // namespace
@@ -73,8 +99,7 @@ Verbs programVerbs()
           toProgram([](Programs& programs, int app, auto& given)
                     { return programs.sendMessage(app, given.number(2), given.number(3), given.number(4)); }) },
         { "program PROGRAM window MESSAGE [PARAMETER] [PARAMETER]", "Posts one to the engine's window.",
-          toProgram([](Programs& programs, int app, auto& given)
-                    { return programs.sendWindowMessage(app, given.number(2), given.number(3), given.number(4)); }) },
+          onUnit(postToWindow) },
         { "program PROGRAM text LINE1 LINE2", "Writes on the wired remote.",
           toProgram([](Programs& programs, int app, auto& given)
                     { return programs.showOnRemote(app, given[2], given[3]); }) },
@@ -84,9 +109,11 @@ Verbs programVerbs()
         { "program PROGRAM do WORD...", "What only this program does; it says what when a word makes no sense.",
           onUnit([](Unit& unit, auto& given) { return unit.programs.tell(findApp(given[0]), given.text(2)); }) },
         { "menu PAGE", "A touch on a page of the main menu, which need not be in front.", tell(AppMainMenu) },
-        { "set SETTING VALUE", "A setting, as the setup program changes it.",
-          onUnit([](Unit& unit, auto& given)
-                 { return unit.programs.changeSetting(*findSetting(given[0]), given[1]); }) },
+        { "set SETTING", "Its value, with range and meaning.",
+          [](Console& console, auto& given) {
+              return runLine(console, Words { "settings", given[0] });
+          } },
+        { "set SETTING VALUE", "A setting, as the setup program changes it.", onUnit(changeSetting) },
         { "bt connect [NAME...]", "A phone comes.", tell(AppBluetooth) },
         { "bt disconnect", "It goes.", tell(AppBluetooth) },
         { "bt call [NAME...]", "It rings.", tell(AppBluetooth) },

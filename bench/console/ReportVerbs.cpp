@@ -1,7 +1,9 @@
 // What the bench tells about the unit.
 #include "bench/console/ActiveFaults.h"
+#include "bench/console/EventText.h"
 #include "bench/console/Verb.h"
 #include "bench/console/Watch.h"
+#include "bench/dsp/DspModel.h"
 #include "ctl/Columns.h"
 #include "ctl/Table.h"
 
@@ -58,11 +60,10 @@ Outcome showState(Console& console, const Arguments&)
     console.row("usb storage", usb.empty() ? "none" : usb);
     console.row("camera", std::string(unit.videoDecoder->hasSignal() ? "signal" : "no signal") +
                               style.dim("  polled " + std::to_string(unit.videoDecoder->reads()) + " times"));
+    console.row("dsp", isMuted(unit.dsp->memory()) ? style.warning("muted") : "not muted");
     console.row("folder", unit.folder());
 
     output << style.bold("Microcontroller") << "\n";
-    for (const auto& fault : activeFaults(unit))
-        console.row("fault", style.warning(fault.what) + style.dim("  " + fault.cure + " ends it"));
     console.row("port", unit.mcuPort());
     console.row("source", (mcu.source ? sourceName(*mcu.source) : std::string("none")) +
                               (mcu.agreed ? style.good("  agreed") : style.warning("  not agreed")) +
@@ -86,6 +87,11 @@ Outcome showState(Console& console, const Arguments&)
         output << style.bold("Last frames") << style.dim("  (<- from the unit)") << "\n";
     for (const auto& frame : mcu.recent)
         output << "  " << frame << "\n";
+    const auto faults = activeFaults(unit);
+    if (!faults.empty())
+        output << style.bold("Faults") << "\n";
+    for (const auto& fault : faults)
+        output << "  " << style.warning(fault.what) << style.dim("  " + fault.cure + " ends it") << "\n";
     return {};
 }
 
@@ -121,14 +127,21 @@ Outcome showPrograms(Console& console, const Arguments&)
     return {};
 }
 
+std::vector<Event> lastFolded(const Console& console, int count, const Journal::Matches& matches)
+{
+    auto events = folded(console.unit.journal.find({}, Journal::capacity, matches));
+    events.erase(events.begin(), events.end() - std::min<std::ptrdiff_t>(count, std::ssize(events)));
+    return events;
+}
+
 Outcome showEvents(Console& console, const Arguments& given)
 {
     const auto& style = console.style;
     constexpr int usualCount = 20;
-    const auto shown = console.unit.journal.find({}, static_cast<std::size_t>(given.number(0, usualCount)),
-                                                 [](const Event& event) { return !isDetail(event); });
+    const auto isShown = [](const Event& event) { return weightOf(event) != Weight::detail; };
+    const auto events = lastFolded(console, given.number(0, usualCount), isShown);
     const auto now = Clock::now();
-    for (const auto& event : shown)
+    for (const auto& event : events)
         console.output << style.dim("  -" +
                                     secondsText(std::chrono::duration_cast<std::chrono::milliseconds>(now - event.at)) +
                                     "  ")
@@ -140,18 +153,15 @@ Outcome showTrail(Console& console, const Arguments&)
 {
     const auto& style = console.style;
     constexpr std::size_t longest = 200;
-    // What comes every few hundred milliseconds, or repeats what another stream says, would bury the rest.
     const auto tells = [](const Event& event)
     {
-        const bool regular = event.stream == "frame EVENT_HEAT_BEAT" || event.text.starts_with("heartbeat");
-        const bool level = event.stream == "dsp" && (event.text.ends_with(" dB") || event.text.ends_with(" silent"));
-        const bool repeats = event.stream == "front" || event.stream == "mcu source" ||
-                             event.stream == "frame EVENT_PGN_SEND_CAN" || event.stream == "sent EVENT_PGN_FROM_CAN";
-        return !isDetail(event) && !regular && !level && !repeats;
+        const bool isSent = event.stream.starts_with("sent ") && event.stream != "sent EVENT_PGN_FROM_CAN";
+        return isSent || weightOf(event) == Weight::telling;
     };
     for (const auto& event : console.unit.journal.find(console.headline, longest, tells))
     {
-        const auto after = std::chrono::duration_cast<std::chrono::milliseconds>(event.at - console.headlineAt).count();
+        const auto after =
+            std::chrono::duration_cast<std::chrono::milliseconds>(event.at - console.headline.at).count();
         console.output << style.dim("  +" + std::to_string(after) + " ms  ") << style.accent(event.stream) << " "
                        << event.text << "\n";
     }
@@ -163,8 +173,7 @@ Outcome showLog(Console& console, const Arguments& given)
     constexpr int usualTail = 20;
     if (auto error = console.unit.whyUnseen("log"); !error.empty())
         return failed(error);
-    const auto count = static_cast<std::size_t>(given.number(1, usualTail));
-    for (const auto& event : console.unit.journal.find({}, count, isIn("log")))
+    for (const auto& event : lastFolded(console, given.number(0, usualTail), isIn("log")))
         console.output << event.text << "\n";
     console.output << console.style.dim(console.unit.logFile()) << "\n";
     return {};
@@ -202,7 +211,8 @@ Verbs reportVerbs()
         { "trail", "The frames and messages since the last headline.", showTrail },
         { "watch [TIME]", "The whole unit at a glance, drawn again and again until a key is pressed; once in a script.",
           watch },
-        { "log [tail] [COUNT]", "The end of the engine's log.", showLog },
+        { "log [COUNT]", "The end of the engine's log.", showLog },
+        { "log tail [COUNT]", "The same.", showLog },
         { "log on|off", "Whether it has the traffic dumps, from the engine's next start on.", setDumps },
     };
 }

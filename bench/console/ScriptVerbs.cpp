@@ -1,6 +1,8 @@
 // What scenarios are made of, and help.
 #include "bench/console/ExpectLines.h"
+#include "bench/console/Near.h"
 #include "bench/console/Verb.h"
+#include "ctl/Columns.h"
 
 #include <algorithm>
 #include <ostream>
@@ -108,7 +110,6 @@ Outcome say(Console& console, const Arguments& given)
 {
     console.output << "\n" << console.style.bold(given.text(0)) << "\n";
     console.headline = console.unit.journal.end();
-    console.headlineAt = Clock::now();
     return {};
 }
 
@@ -136,12 +137,28 @@ Outcome ifDisplay(Console& console, const Arguments& given)
 
 Outcome help(Console& console, const Arguments& given)
 {
-    for (const auto& [line, text] : helpFor(given[0]))
-        console.output << "  " << console.style.accent(line) << "\n      " << text << "\n";
-    if (!given.has(0))
-        console.output << console.style.dim(
-                              "  Names are the system's (mbEQ, AppRadio) or short (eq, radio, fm, aux). Tab completes.")
-                       << "\n";
+    constexpr int helpColumn = 24;
+    const auto& style = console.style;
+    auto& output = console.output;
+    if (given.has(0))
+    {
+        const auto lines = helpFor(given[0]);
+        for (const auto& [line, text] : lines)
+            output << "  " << style.accent(line) << "\n      " << text << "\n";
+        return lines.empty()
+                   ? failed("there is no command '" + given[0] + "'." + nearText(given[0], completionsFor({})))
+                   : Outcome {};
+    }
+    for (const auto& group : allVerbs())
+    {
+        output << style.bold(group.title) << "\n";
+        for (const auto& [command, rest] : commandsOf(group))
+            output << "  " << Ctl::padded(command, helpColumn) << style.dim(rest) << "\n";
+    }
+    output << style.dim(
+                  "help WORD tells the rest. Names are the system's (mbEQ, AppRadio) or short (eq, radio, fm, aux). "
+                  "Tab completes.")
+           << "\n";
     return {};
 }
 
@@ -190,7 +207,7 @@ Verbs scriptVerbs()
         { "pause TIME", "Gives the eye time. Left out when nobody watches.", pause },
         { "wait TIME", "Lets so much time pass.", wait },
         { "if-display WORD...", "Leaves the rest of the line out when nothing is drawn.", ifDisplay },
-        { "help [WORD]", "This, or what begins with this word.", help },
+        { "help [WORD]", "The commands, or all that begins with this word.", help },
         { "quit", "Ends the unit and leaves.", [](Console&, auto&) -> Outcome { return { Outcome::leave }; } },
     };
 }

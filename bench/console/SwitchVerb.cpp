@@ -131,7 +131,7 @@ Outcome switchPages(Console& console, const Arguments& given)
         const auto& step =
             steps[static_cast<std::size_t>(turn + static_cast<int>(std::size(steps))) % std::size(steps)];
         const auto from = unit.journal.end();
-        if (auto outcome = runLine(console, step.command); outcome.kind != Outcome::done)
+        if (auto outcome = runLine(console, parseLine(step.command).words); outcome.kind == Outcome::failed)
             return outcome;
         const auto took = timeTaken(unit.journal, from, inFront, step.page);
         if (!took)

@@ -11,7 +11,12 @@ namespace Bench
 /** The result of one line. */
 struct Outcome
 {
-    enum Kind { done, failed, leave } kind = done;
+    enum Kind {
+        done,
+        acted, ///< done, and what comes of it is for the unit to show
+        failed,
+        leave
+    } kind = done;
     std::string error {}; ///< for `failed`; one line, more for what was seen instead
 };
 
@@ -58,30 +63,35 @@ struct VerbGroup
 };
 std::span<const VerbGroup> allVerbs();
 
+/** Tells what comes of it where the console is a person's. */
 Outcome runLine(Console& console, const std::string& text);
 Outcome runLine(Console& console, const Words& words);
 /** Runs every line and stops at the first that fails, which it names ("tour.scenario:12"). True when all succeeded. */
 bool runScript(Console& console, std::istream& script, const std::string& name);
 /** Words that may come next, each a whole word. */
 Words completionsFor(const Words& before);
+/** Whether the name of a file may come next. */
+bool mayBeFile(const Words& before);
 /** Each verb and each line for `expect` that begins with this word, or all; a line of text each. */
 std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word);
+/** Each first word of the group's lines, with what may follow, or with the help of the only line. */
+std::vector<std::pair<std::string, std::string>> commandsOf(const VerbGroup& group);
 /** Verbs, expectations and kinds of words as the tables of README.md. */
 std::string verbTables();
 
-/** The outcome of a function that returns nothing, or a text with what failed ("" for success). */
+/** The outcome of a function that does something to the unit and returns nothing, or a text with what failed ("" for success). */
 template <typename Function, typename... Given>
 Outcome outcomeOf(const Function& function, Given&&... given)
 {
     if constexpr (std::is_void_v<std::invoke_result_t<Function, Given...>>)
     {
         function(std::forward<Given>(given)...);
-        return {};
+        return { Outcome::acted };
     }
     else
     {
         std::string error = function(std::forward<Given>(given)...);
-        return error.empty() ? Outcome {} : failed(std::move(error));
+        return error.empty() ? Outcome { Outcome::acted } : failed(std::move(error));
     }
 }
 

@@ -1,5 +1,7 @@
+#include "bench/console/Consequence.h"
 #include "bench/console/ExpectLines.h"
 #include "bench/console/Kinds.h"
+#include "bench/console/Near.h"
 #include "bench/console/Verb.h"
 
 #include <algorithm>
@@ -31,6 +33,14 @@ const Grammar& verbGrammar()
     return grammar;
 }
 
+Verbs together(std::initializer_list<Verbs> groups)
+{
+    Verbs all;
+    for (const auto& group : groups)
+        std::ranges::copy(group, std::back_inserter(all));
+    return all;
+}
+
 std::string tableRow(const std::string& code, const std::string& text)
 {
     auto row = "| `" + code + "` | " + text + " |\n";
@@ -44,17 +54,12 @@ std::string tableRow(const std::string& code, const std::string& text)
 std::span<const VerbGroup> allVerbs()
 {
     static const VerbGroup groups[] = {
-        { "The microcontroller", mcuVerbs() },
-        { "The tuner, the supply and the panel", panelVerbs() },
-        { "Devices", deviceVerbs() },
-        { "The source programs", programVerbs() },
-        { "The boat's network", networkVerbs() },
-        { "The factory's test equipment", testEquipmentVerbs() },
-        { "The audio DSP", dspVerbs() },
-        { "Looking", reportVerbs() },
-        { "The engine about itself", diagnosticsVerbs() },
-        { "Scenarios", scriptVerbs() },
-        { "Recordings by hand", recordVerbs() },
+        { "The microcontroller, the panel, the tuner and the supply", together({ mcuVerbs(), panelVerbs() }) },
+        { "Devices, the audio DSP and the engine's process", together({ deviceVerbs(), dspVerbs() }) },
+        { "The source programs and the settings", programVerbs() },
+        { "The boat's network and the factory's test equipment", together({ networkVerbs(), testEquipmentVerbs() }) },
+        { "Looking, and asking the engine", together({ reportVerbs(), diagnosticsVerbs() }) },
+        { "Scenarios", together({ scriptVerbs(), recordVerbs() }) },
     };
     return groups;
 }
@@ -62,7 +67,15 @@ std::span<const VerbGroup> allVerbs()
 Outcome runLine(Console& console, const std::string& text)
 {
     const auto line = parseLine(text);
-    return line.error.empty() ? runLine(console, line.words) : failed(line.error);
+    if (!line.error.empty())
+        return failed(line.error);
+    if (!console.tellsConsequences)
+        return runLine(console, line.words);
+    Consequence consequence(console);
+    auto outcome = runLine(console, line.words);
+    if (outcome.kind == Outcome::acted)
+        consequence.tell();
+    return outcome;
 }
 
 Outcome runLine(Console& console, const Words& words)
@@ -71,8 +84,16 @@ Outcome runLine(Console& console, const Words& words)
         return {};
     const auto choice = verbGrammar().choose(words);
     if (choice.arguments)
-        return verbs()[choice.pattern].run(console, *choice.arguments);
-    return failed(choice.error.empty() ? "there is no command '" + words[0] + "', see help" : choice.error);
+    {
+        const auto at = Clock::now();
+        auto outcome = verbs()[choice.pattern].run(console, *choice.arguments);
+        if (outcome.kind == Outcome::acted)
+            console.recorder.add({ at, quotedLine(words) });
+        return outcome;
+    }
+    if (!choice.error.empty())
+        return failed(choice.error);
+    return failed("there is no command '" + words[0] + "', see help." + nearText(words[0], completionsFor({})));
 }
 
 bool runScript(Console& console, std::istream& script, const std::string& name)
@@ -125,6 +146,11 @@ Words completionsFor(const Words& before)
     return words;
 }
 
+bool mayBeFile(const Words& before)
+{
+    return verbGrammar().mayBeFile(before);
+}
+
 std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word)
 {
     std::vector<std::pair<std::string, std::string>> lines;
@@ -138,6 +164,42 @@ std::vector<std::pair<std::string, std::string>> helpFor(const std::string& word
     for (const auto& expectation : allExpectLines())
         add("expect " + expectation.line, expectation.help);
     return lines;
+}
+
+std::vector<std::pair<std::string, std::string>> commandsOf(const VerbGroup& group)
+{
+    std::vector<std::pair<std::string, std::vector<Words>>> linesOf; // by the first word, in the order of the verbs
+    for (const auto& verb : group.verbs)
+    {
+        const auto words = parseLine(verb.line).words;
+        auto found = std::ranges::find(linesOf, words[0], &decltype(linesOf)::value_type::first);
+        if (found == linesOf.end())
+        {
+            linesOf.emplace_back(words[0], std::vector<Words>());
+            found = std::prev(linesOf.end());
+        }
+        found->second.push_back(words);
+    }
+    std::vector<std::pair<std::string, std::string>> commands;
+    for (const auto& [name, lines] : linesOf)
+    {
+        if (lines.size() == 1)
+        {
+            const auto only = joined(lines.front());
+            commands.emplace_back(only, std::ranges::find(group.verbs, only, &Verb::line)->help);
+            continue;
+        }
+        const auto second = [](const Words& line) { return line.size() > 1 ? line[1] : ""; };
+        const bool isSame =
+            std::ranges::count(lines, second(lines.front()), second) == static_cast<std::ptrdiff_t>(lines.size());
+        const std::size_t telling = isSame ? 2 : 1;
+        Words told;
+        for (const auto& line : lines)
+            if (line.size() > telling && std::ranges::find(told, line[telling]) == told.end())
+                told.push_back(line[telling]);
+        commands.emplace_back(name + (isSame ? " " + second(lines.front()) : ""), joined(told));
+    }
+    return commands;
 }
 
 std::string verbTables()

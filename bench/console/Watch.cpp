@@ -1,8 +1,11 @@
 // The live view: the whole unit at a glance.
 #include "bench/console/Watch.h"
 
+#include "bench/console/EventText.h"
 #include "bench/dsp/DspModel.h"
 #include "ctl/Columns.h"
+
+#include <span>
 
 namespace Bench
 {
@@ -25,17 +28,7 @@ constexpr int mostPrograms = 12;
 /** Exactly this wide: cut with an ellipsis, or filled up. */
 std::string fitted(const std::string& text, int width)
 {
-    if (widthOf(text) <= width)
-        return padded(text, width);
-    std::string cut;
-    int count = 0;
-    for (const char c : text)
-    {
-        if ((static_cast<unsigned char>(c) & 0xC0) != 0x80 && ++count == width)
-            break;
-        cut += c;
-    }
-    return cut + "…";
+    return padded(Ctl::shortened(text, width), width);
 }
 
 std::string repeated(const char* text, int count)
@@ -69,9 +62,10 @@ public:
             const auto heading = title.empty() ? std::string() : " " + title + " ";
             return style.dim("─") + style.bold(heading) + style.dim(repeated("─", width - 1 - widthOf(heading)));
         };
-        const bool split = *cross != '\0';
+        const bool split = *cross != '\0' || !rightTitle.empty();
         lines.push_back(style.dim(left) + part(leftTitle, split ? leftWidth : innerWidth) +
-                        (split ? style.dim(cross) + part(rightTitle, rightWidth) : "") + style.dim(right));
+                        (split ? style.dim(*cross != '\0' ? cross : "─") + part(rightTitle, rightWidth) : "") +
+                        style.dim(right));
     }
 
     void row(const std::string& label, const Cell& left, const Cell& right)
@@ -94,6 +88,10 @@ public:
                         style.dim("│"));
     }
 
+    /** A line that has the width already. */
+    void framed(const std::string& line) { lines.push_back(style.dim("│") + line + style.dim("│")); }
+
+    int count() const { return static_cast<int>(lines.size()); }
     std::vector<std::string> take() { return std::move(lines); }
 
 private:
@@ -166,11 +164,11 @@ void addUnit(Composer& text, Unit& unit)
              {});
 }
 
-void addSound(Composer& text, Unit& unit)
+void addSound(Composer& text, Unit& unit, bool isLow)
 {
     const auto memory = unit.dsp->memory();
     const auto route = [&](const char* way, std::size_t path) { return Cell { way + inputText(memory, path) }; };
-    const bool muted = isMuted(memory, 0) || isMuted(memory, 1) || isMuted(memory, 2);
+    const bool muted = isMuted(memory);
     const std::vector<std::pair<std::string, Cell>> sound {
         { "zone 1", { gainText(memory, "speaker volume") } },
         { "zone 2", { gainText(memory, "output B") } },
@@ -184,20 +182,25 @@ void addSound(Composer& text, Unit& unit)
         lines.push_back({ std::to_string(number) + (line.level != 0 ? " high " : " low  ") + lineName(number),
                           line.level != 0 ? nullptr : &Style::dim });
     text.rule("├", "┼", "┤", "Sound", "Lines");
-    for (std::size_t i = 0; i < std::max(sound.size(), lines.size()); ++i)
+    for (std::size_t i = 0; i < (isLow ? sound.size() : std::max(sound.size(), lines.size())); ++i)
         text.row(i < sound.size() ? sound[i].first : "", i < sound.size() ? sound[i].second : Cell {},
                  i < lines.size() ? lines[i] : Cell {});
 }
 
-void addLinks(Composer& text, Unit& unit)
+std::string heartbeatText(const Mcu::State& mcu)
+{
+    return "heartbeat " +
+           (mcu.sinceHeartbeat ? std::to_string(mcu.sinceHeartbeat->count() / 1000) + " s ago" : "none yet");
+}
+
+void addLinks(Composer& text, Unit& unit, bool isLow)
 {
     const auto mcu = unit.mcu->state();
     const auto wide = [&](const Cell& cell) { text.wide({ { cell, innerWidth - 1 } }); };
-    text.rule("├", "", "┤", "Microcontroller link");
+    text.rule("├", "", "┤", "Microcontroller link", isLow ? heartbeatText(mcu) : "");
     wide({ linkText(mcu), mcu.silent ? &Style::warning : nullptr });
-    wide({ "heartbeat " +
-               (mcu.sinceHeartbeat ? std::to_string(mcu.sinceHeartbeat->count() / 1000) + " s ago" : "none yet"),
-           &Style::dim });
+    if (!isLow)
+        wide({ heartbeatText(mcu), &Style::dim });
 
     const auto network = unit.networkDisplay->state();
     std::string known;
@@ -207,12 +210,12 @@ void addLinks(Composer& text, Unit& unit)
     text.rule("├", "", "┤", "Boat's network");
     wide({ known + std::to_string(network.received) + " messages of the unit, " + std::to_string(network.sent) +
            " to it" });
-    wide({ "last told: " + (network.lastTold.empty() ? "nothing yet" : network.lastTold), &Style::dim });
+    if (!isLow)
+        wide({ "last told: " + (network.lastTold.empty() ? "nothing yet" : network.lastTold), &Style::dim });
 }
 
-void addPrograms(Composer& text, Unit& unit)
+void addProgramRows(Composer& text, Unit& unit)
 {
-    text.rule("├", "", "┤", "Programs");
     int shown = 0;
     for (const auto& [appType, program] : unit.programs.running())
     {
@@ -226,7 +229,46 @@ void addPrograms(Composer& text, Unit& unit)
                 30 },
               { { program.source != NUM_OF_PAGES ? "plays " + titleOf(program.source) : "", &Style::good }, 30 } });
     }
-    text.rule("╰", "", "╯", "");
+}
+
+/** Several in a row, with the one word that matters most. */
+void addProgramCells(Composer& text, Unit& unit, int rows)
+{
+    constexpr std::size_t inRow = 3;
+    constexpr int cellWidth = (innerWidth - 1) / static_cast<int>(inRow);
+    std::vector<std::pair<Cell, int>> cells;
+    for (const auto& [appType, program] : unit.programs.running())
+    {
+        const auto fault = program.faultText();
+        const auto plays = program.source != NUM_OF_PAGES;
+        const auto what = !fault.empty() ? fault : plays ? "plays" : program.connected ? "" : "starting";
+        cells.push_back({ { appTypeName(appType) + (what.empty() ? "" : " " + what), !fault.empty() ? &Style::warning
+                                                                                     : plays        ? &Style::good
+                                                                                                    : nullptr },
+                          cellWidth });
+    }
+    for (std::size_t at = 0; at < cells.size() && rows > 0; at += inRow, --rows)
+        text.wide({ cells.begin() + static_cast<std::ptrdiff_t>(at),
+                    cells.begin() + static_cast<std::ptrdiff_t>(std::min(at + inRow, cells.size())) });
+}
+
+/** The last events, each in a line of this width; as many lines as are asked for. */
+std::vector<std::string> eventLines(const Unit& unit, const Style& style, int width, int count)
+{
+    constexpr std::size_t looked = 1000;
+    const auto isShown = [](const Event& event)
+    { return weightOf(event) != Weight::detail && weightOf(event) != Weight::gain; };
+    const auto events = folded(unit.journal.find({}, looked, isShown));
+    const auto shown = std::min(events.size(), static_cast<std::size_t>(std::max(0, count)));
+    std::vector<std::string> lines;
+    for (const auto& event : std::span(events).last(shown))
+    {
+        const auto age = std::chrono::duration<double>(Clock::now() - event.at).count();
+        const auto when = fitted("-" + Ctl::fixed(age, 1) + " s", labelWidth);
+        lines.push_back(" " + style.dim(when) + fitted(event.stream + " " + event.text, width - 1 - labelWidth));
+    }
+    lines.resize(static_cast<std::size_t>(std::max(0, count)), std::string(static_cast<std::size_t>(width), ' '));
+    return lines;
 }
 
 } // namespace
@@ -238,14 +280,41 @@ std::string linkText(const Mcu::State& mcu)
            std::to_string(mcu.damaged) + " damaged";
 }
 
-std::vector<std::string> composeWatch(Unit& unit, const Style& style)
+std::vector<std::string> composeWatch(Unit& unit, const Style& style, Extent extent)
 {
-    Composer text(style);
-    addUnit(text, unit);
-    addSound(text, unit);
-    addLinks(text, unit);
-    addPrograms(text, unit);
-    return text.take();
+    constexpr int broadest = 120;
+    constexpr int borders = 2;
+    const auto compose = [&](bool isLow)
+    {
+        Composer text(style);
+        addUnit(text, unit);
+        addSound(text, unit, isLow);
+        addLinks(text, unit, isLow);
+        text.rule("├", "", "┤", "Programs");
+        if (isLow)
+            addProgramCells(text, unit, extent.rows - text.count() - 1);
+        else
+            addProgramRows(text, unit);
+        return text;
+    };
+    auto text = compose(extent.rows > 0 && compose(false).count() >= extent.rows);
+    const bool isBroad = extent.rows > 0 && extent.columns >= broadest;
+    const auto left = extent.rows - text.count() - 1;
+    if (!isBroad && left > borders)
+    {
+        text.rule("├", "", "┤", "Events");
+        for (const auto& line : eventLines(unit, style, innerWidth, left - 1))
+            text.framed(line);
+    }
+    text.rule("╰", "", "╯", extent.rows > 0 ? "Any key ends it" : "");
+    auto lines = text.take();
+    if (!isBroad)
+        return lines;
+    lines.resize(static_cast<std::size_t>(extent.rows), std::string(watchWidth, ' '));
+    const auto events = eventLines(unit, style, extent.columns - watchWidth, extent.rows);
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        lines[i] += events[i];
+    return lines;
 }
 
 } // namespace Bench

@@ -285,3 +285,6 @@ int main(int argc, char** argv)
         std::cout << style.dim("Kept: " + folder) << "\n";
     return status;
 }
+    commands.tellsConsequences = watched && script.empty();
+    if (!choices.noEngine && !choices.unit.attached && !choices.noWait)
+        waitForUnit(unit);

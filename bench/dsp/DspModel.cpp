@@ -217,6 +217,14 @@ bool isMuted(const DspMemory& memory, std::size_t path)
     return memory.word(dspPaths[path].bank, dspPaths[path].mute) == muteOn;
 }
 
+bool isMuted(const DspMemory& memory)
+{
+    for (std::size_t path = 0; path < dspPathCount; ++path)
+        if (isMuted(memory, path))
+            return true;
+    return false;
+}
+
 std::string parameterText(const DspMemory& memory, const DspParameter& parameter)
 {
     return parameter.name + " " + valueText(memory, parameter);

@@ -66,6 +66,8 @@ bool isRunning(const DspMemory& memory);
 /** "tuner", "aux", "nothing" ... what the path listens to. */
 std::string inputText(const DspMemory& memory, std::size_t path);
 bool isMuted(const DspMemory& memory, std::size_t path);
+/** Any of them. */
+bool isMuted(const DspMemory& memory);
 /** What a parameter's words mean: "-33.0 dB", "high-pass 80 Hz", "on". */
 std::string valueText(const DspMemory& memory, const DspParameter& parameter);
 /** With its name: "speaker volume -33.0 dB", "equaliser 1 500 Hz +4.0 dB". */

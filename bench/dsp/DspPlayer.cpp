@@ -1,8 +1,9 @@
 #include "bench/dsp/DspPlayer.h"
 
+#include "bench/dsp/SoundFile.h"
+
 #include <algorithm>
 #include <cmath>
-#include <juce_audio_formats/juce_audio_formats.h>
 
 namespace Bench
 {
@@ -18,14 +19,6 @@ Played failed(std::string error)
     Played result;
     result.error = std::move(error);
     return result;
-}
-
-std::unique_ptr<juce::AudioFormatReader> openReader(const juce::File& file)
-{
-    juce::WavAudioFormat wav;
-    auto stream = file.createInputStream();
-    return std::unique_ptr<juce::AudioFormatReader>(stream != nullptr ? wav.createReaderFor(stream.release(), true)
-                                                                      : nullptr);
 }
 
 std::unique_ptr<juce::AudioFormatWriter> openWriter(const juce::File& file, std::size_t channels)
@@ -102,12 +95,9 @@ Played playFile(const DspMemory& memory, const std::string& in, const std::strin
     const auto inFile = folder.getChildFile(in), outFile = folder.getChildFile(out);
     if (inFile == outFile)
         return failed(out + ": is the input, too");
-    const auto reader = openReader(inFile);
-    if (reader == nullptr)
-        return failed(in + ": is no WAV file that can be read");
-    if (reader->numChannels < 1 || reader->numChannels > 2 || reader->sampleRate != dspSampleRate)
-        return failed(in + ": has " + std::to_string(reader->numChannels) + " channels at " +
-                      std::to_string(std::lround(reader->sampleRate)) + " Hz; the DSP takes 1 or 2 at 48000 Hz");
+    SoundFile sound;
+    if (const auto error = sound.open(inFile); !error.empty())
+        return failed(in + ": " + error);
     const juce::TemporaryFile written(outFile);
     auto writer = openWriter(written.getFile(), outputs.size());
     if (writer == nullptr)
@@ -117,24 +107,22 @@ Played playFile(const DspMemory& memory, const std::string& in, const std::strin
     for (const auto& output : outputs)
         result.peaks.push_back({ output.name, 0 });
     DspPlayer player(std::move(outputs));
-    juce::AudioBuffer<float> input(2, framesAtOnce), output(static_cast<int>(result.peaks.size()), framesAtOnce);
+    juce::AudioBuffer<float> output(static_cast<int>(result.peaks.size()), framesAtOnce);
     std::vector<double> left, right;
     std::vector<std::vector<double>> rows;
-    for (juce::int64 at = 0; at < reader->lengthInSamples; at += framesAtOnce)
+    const auto length = sound.length();
+    for (juce::int64 at = 0; at < length; at += framesAtOnce)
     {
-        const auto count = static_cast<int>(std::min<juce::int64>(framesAtOnce, reader->lengthInSamples - at));
-        // One channel is read into both.
-        if (!reader->read(&input, 0, count, at, true, true))
+        const auto count = static_cast<int>(std::min<juce::int64>(framesAtOnce, length - at));
+        if (!sound.read(count, left, right))
             return failed(in + ": ends early");
-        left.assign(input.getReadPointer(0), input.getReadPointer(0) + count);
-        right.assign(input.getReadPointer(1), input.getReadPointer(1) + count);
         player.process(left, right, rows);
         for (std::size_t i = 0; i < rows.size(); ++i)
             takeRow(rows[i], output.getWritePointer(static_cast<int>(i)), result, result.peaks[i]);
         if (!writer->writeFromAudioSampleBuffer(output, 0, count))
             return failed(out + ": cannot be written");
     }
-    result.seconds = static_cast<double>(reader->lengthInSamples) / dspSampleRate;
+    result.seconds = static_cast<double>(length) / dspSampleRate;
     const bool flushed = writer->flush();
     writer.reset();
     return flushed && written.overwriteTargetFileWithTemporary() ? result : failed(out + ": cannot be written");

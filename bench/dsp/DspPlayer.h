@@ -51,7 +51,7 @@ struct Played
 };
 
 /**
-    A WAV file of one or two channels at 48000 Hz through the DSP, into a WAV file of 24 bits: one channel for each
+    A WAV file of one or two channels at any rate through the DSP, into a WAV file of 24 bits at 48000 Hz: one channel for each
     output in the order of `dspOutputs`, or those alone whose name begins with `selection` ("front", "output A"). The
     file at `out` is replaced; after a failure it is as it was.
 */

@@ -29,7 +29,7 @@ void Mcu::unitRestarts()
     forgetTraffic();
     lastHeartbeat.reset();
     current.source.reset();
-    current.agreed = current.muted = current.readyForPowerOff = false;
+    current.agreed = current.muted = current.readyForPowerOff = cutsWhenReady = false;
     current.deviceStatus.reset();
 }
 
@@ -63,9 +63,21 @@ void Mcu::requestSource(Source source)
     askForSource(source);
 }
 
+void Mcu::setLastMemory(Source source)
+{
+    current.lastMemory = source;
+    journal.add("mcu memory", sourceName(source) + " after the unit's next start");
+}
+
 void Mcu::askForSource(Source source)
 {
     send({ sourceSwitch, { static_cast<std::uint8_t>(source.type), static_cast<std::uint8_t>(source.number) } });
+}
+
+void Mcu::requestPowerOff(bool kept)
+{
+    cutsWhenReady = !kept;
+    send({ powerOff, {} });
 }
 
 bool Mcu::FaultyFrames::take(int commandOfFrame)
@@ -95,6 +107,7 @@ Mcu::State Mcu::state() const
 {
     auto copy = current;
     copy.silent = faults.silentUntil.has_value();
+    copy.waiting = queue.size() + (inFlight ? 1 : 0);
     copy.damaged = reader.checksumErrors();
     if (lastHeartbeat)
         copy.sinceHeartbeat = std::chrono::duration_cast<Milliseconds>(now - *lastHeartbeat);
@@ -235,6 +248,11 @@ void Mcu::act(const McuFrame& frame)
     case powerOff:
         current.readyForPowerOff = true;
         journal.add("mcu ready-for-power-off", "ready");
+        if (std::exchange(cutsWhenReady, false))
+            cutPower();
+        break;
+    case factoryReset:
+        cutPower();
         break;
     case muteState:
         current.muted = !frame.data.empty() && frame.data.front() != 0;

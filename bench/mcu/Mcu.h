@@ -13,7 +13,7 @@ namespace Bench
 
     Journal streams: "mcu source" (the one it has), "mcu agreed" (the same, when both sides have it), "mcu
     ready-for-power-off", "mcu device-id" (as set by the unit), "mcu link" (silent, back, faults, frames given up),
-    "frame NAME" (each frame received), "sent NAME" (each transmission of a frame).
+    "mcu memory" (what it will ask for), "frame NAME" (each frame received), "sent NAME" (each transmission of a frame).
 */
 class Mcu : public Device
 {
@@ -35,6 +35,7 @@ public:
         dimmer = 18,
         voltage = 19,
         muteState = 20,
+        factoryReset = 21,
         heartBeat = 23,
         autoTest = 25,
         setDeviceId = 26,
@@ -57,6 +58,8 @@ public:
     void addListener(Listener listener) { listeners.push_back(std::move(listener)); }
     /** Told of each source that both sides agree on, before the journal is. */
     void setSourceListener(std::function<void(Source)> listener) { sourceListener = std::move(listener); }
+    /** What takes the unit's power: after a power-off and a reset to the factory's values. Called in a turn. */
+    void setPowerCut(std::function<void()> cut) { cutPower = std::move(cut); }
     /** The unit is about to start again: its numbering begins anew, and what is left of the old run is thrown away. */
     void unitRestarts();
 
@@ -67,9 +70,10 @@ public:
 
     void requestSource(Source source);
     void requestDeviceStatus() { send({ deviceStatus, {} }); }
-    void requestPowerOff() { send({ powerOff, {} }); }
+    /** When the unit is ready, its power is cut, unless it is `kept`. */
+    void requestPowerOff(bool kept = false);
     /** The source asked for after the unit's next start. */
-    void setLastMemory(Source source) { current.lastMemory = source; }
+    void setLastMemory(Source source);
 
     // Faults. Counts are of frames that the microcontroller sends, each transmission counted; acknowledgements are
     // spared.
@@ -91,10 +95,6 @@ public:
     /** Hears and says nothing for this long; 0 ends it. */
     void silence(Milliseconds duration);
     void clearFaults();
-    /**
-        Starts anew by itself, as after a dip of its supply: its numbering begins anew, what was on its way is lost, and
-        it goes on with the source that it remembers.
-    */
     struct Faults
     {
         FaultyFrames drop, corrupt, repeat, withheldAcks;
@@ -104,6 +104,10 @@ public:
     };
     /** Those that hold now. */
     const Faults& activeFaults() const { return faults; }
+    /**
+        Starts anew by itself, as after a dip of its supply: its numbering begins anew, what was on its way is lost, and
+        it goes on with the source that it remembers.
+    */
     void reset();
 
     struct State
@@ -117,6 +121,7 @@ public:
         bool readyForPowerOff = false;
         Bytes deviceId; ///< 3 bytes, packed BCD; zeros until the unit sets it
         std::optional<Bytes> deviceStatus;
+        std::size_t waiting = 0; ///< frames for the unit that it has not acknowledged
         unsigned heartbeats = 0;
         std::optional<Milliseconds> sinceHeartbeat;
         unsigned received = 0, sent = 0, resent = 0, givenUp = 0, duplicates = 0, damaged = 0;
@@ -141,6 +146,8 @@ private:
     SerialLine& line;
     std::vector<Listener> listeners;
     std::function<void(Source)> sourceListener = [](Source) {};
+    std::function<void()> cutPower = [] {};
+    bool cutsWhenReady = false;
     McuSeries ownSeries { journal };
     State current;
     std::optional<Clock::time_point> lastHeartbeat;

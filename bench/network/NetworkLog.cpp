@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace Bench
 {
@@ -42,17 +43,28 @@ NetworkLog::NetworkLog(Journal& journalToUse, Mcu& mcuToUse, Loop& loop)
 
 std::string NetworkLog::logTo(const std::string& file)
 {
-    output.close();
-    output.clear();
-    output.open(file, std::ios::trunc);
-    current.file = output ? file : "";
-    return output ? "" : failure(file);
+    std::ofstream next(file, std::ios::app);
+    if (!next)
+        return failure(file);
+    const auto before = next.tellp();
+    output = std::move(next);
+    current.file = file;
+    journal.add("n2k", "log goes to " + file + (before > 0 ? ", behind what is there" : ""));
+    return {};
 }
 
 void NetworkLog::stopLogging()
 {
     output.close();
-    current.file.clear();
+    if (!std::exchange(current.file, {}).empty())
+        journal.add("n2k", "log is off");
+}
+
+void NetworkLog::stopServing()
+{
+    if (server.port() != 0)
+        journal.add("n2k", "nobody is served any more");
+    server.close();
 }
 
 std::string NetworkLog::serve(int port)

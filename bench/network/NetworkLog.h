@@ -14,7 +14,7 @@ namespace Bench
     machine. Lines that readers send, or that a file holds, go to the unit as from the network, except those that the
     unit itself sent or that are for another: these are skipped and counted.
 
-    Journal stream "n2k": readers that are dropped, lines that are refused, a file that takes no more, and what the
+    Journal stream "n2k": where the log goes, readers that are dropped, lines that are refused, a file that takes no more, and what the
     microcontroller says of a play.
 */
 class NetworkLog
@@ -25,13 +25,13 @@ public:
     NetworkLog(const NetworkLog&) = delete;
     NetworkLog& operator=(const NetworkLog&) = delete;
 
-    /** A new file; one of that name is replaced. Empty on success, else what failed. */
+    /** Behind what is in the file. Empty on success; else what failed, and the log goes on where it went before. */
     std::string logTo(const std::string& file);
     void stopLogging();
 
     /** Port 0 takes any that is free, which `state` tells. Empty on success, else what failed. */
     std::string serve(int port);
-    void stopServing() { server.close(); }
+    void stopServing();
 
     /**
         Plays a file's lines with its own time distances divided by `speed`, or without one as fast as the link takes

@@ -54,6 +54,8 @@ void LineRunner::work(const std::stop_token& stop)
         said = { said.number + 1, std::move(waiting.front()), {}, true, false, false, said.recording };
         waiting.pop_front();
         const auto line = said.line;
+        // What comes of a line is waited for, unless the person has said more already: a knob is turned fast.
+        console.tellsConsequences = waiting.empty();
         guard.unlock();
         changed();
         output.str({});

@@ -37,6 +37,7 @@ TopBar::TopBar(Desk& deskToUse)
 
 void TopBar::show(const PanelState& state)
 {
+    power.setLines({ state.panel.powered && state.engineRuns ? "mcu power-off" : "mcu power-on" });
     record.setLabel(state.said.recording ? "Stop" : "Record");
     record.setTone(state.said.recording ? LineButton::Tone::alarm : LineButton::Tone::plain);
     record.setLines(state.said.recording ? stopRecording : startRecording);

@@ -1,5 +1,7 @@
 #include "bench/remote/WiredRemote.h"
 
+#include "bench/mcu/McuFrame.h"
+
 #include <algorithm>
 
 namespace Bench
@@ -51,6 +53,14 @@ std::string WiredRemote::plug()
     shown = {}; // its memory is lost with the power
     journal.add("remote", "plugged");
     return {};
+}
+
+bool WiredRemote::sendBytes(std::span<const std::uint8_t> bytes)
+{
+    const bool sent = line.write(bytes);
+    if (sent)
+        journal.add("remote", "sends " + hex(bytes));
+    return sent;
 }
 
 void WiredRemote::unplug()

@@ -11,7 +11,7 @@ namespace Bench
     back.
 
     Journal streams: "remote display" (both lines, after each command that writes there), "remote dimmer" ("A 15"),
-    "remote" (plugged, unplugged, damaged bytes).
+    "remote" (plugged, unplugged, damaged bytes, "sends A1 07").
 */
 class WiredRemote : public Device
 {
@@ -22,8 +22,8 @@ public:
     WiredRemote(Journal& journalToUse, SerialLine& lineToUse);
 
     /** False when it is unplugged or the unit does not read. The unit ignores keys that arrive together. */
-    bool press(std::uint8_t key) { return sendBytes(std::span(&key, 1)); }
-    bool sendBytes(std::span<const std::uint8_t> bytes) { return line.write(bytes); }
+    bool press(std::uint8_t key) { return line.write(std::span(&key, 1)); }
+    bool sendBytes(std::span<const std::uint8_t> bytes);
     /** Presses it again and again for so long. */
     void hold(std::uint8_t key, Milliseconds duration) { held = { key, now, now + duration }; }
 

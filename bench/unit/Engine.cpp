@@ -57,10 +57,15 @@ void Engine::stop(std::chrono::milliseconds limit)
     child.end(limit);
 }
 
-void Engine::kill()
+void Engine::cut()
 {
     asked = true;
     child.signal(SIGKILL);
+}
+
+void Engine::kill()
+{
+    cut();
     child.end(std::chrono::seconds(1));
 }
 

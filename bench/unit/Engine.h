@@ -30,6 +30,8 @@ public:
     /** Asks it to quit (SIGTERM), kills it after `limit`; returns when it has ended. */
     void stop(std::chrono::milliseconds limit = std::chrono::seconds(20));
     void kill();
+    /** The same, without waiting for its end. */
+    void cut();
     /** Kills the programs that ended engines have left behind. The engine must not run. */
     void endPrograms() { child.endOrphans(); }
     bool isRunning() const { return child.isRunning(); }

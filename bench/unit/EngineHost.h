@@ -13,7 +13,7 @@ namespace Bench
 /**
     Who runs the engine and its message bus. Journal stream "engine": "started", then "ended" and what is known of the
     end ("exit 0", "signal 9"); "SystemGroup stands still" and "SystemGroup goes on" in between. Stream "bus":
-    "started", "stopped". One thread, but for `isRunning`, `isBusRunning`, `pid` and `stalledGroup`.
+    "started", "stopped"; "power": "cut". One thread, but for `isRunning`, `isBusRunning`, `pid`, `stalledGroup` and `cutPower`.
 */
 class EngineHost
 {
@@ -39,6 +39,8 @@ public:
     virtual std::string controlEngine(const std::string& what) = 0;
     /** Of start, stop and restart. */
     virtual std::string controlBus(const std::string& what) = 0;
+    /** The engine is gone at once; false when its power is somebody else's. Any thread, and does not wait. */
+    virtual bool cutPower() { return false; }
     /** Kills the programs that ended engines have left behind and that nobody else can name. */
     virtual void endOrphans() {}
     /** The engine's traffic dumps; holds from its next start on. */
@@ -49,17 +51,17 @@ public:
     */
     std::string stall(const std::string& group, std::chrono::milliseconds time);
     void goOn() { stalled.release(); }
-
-    bool isRunning() const { return pid() > 0; }
     /** The group that stands still; "" for none. Any thread. */
     std::string stalledGroup() const;
+
+    bool isRunning() const { return pid() > 0; }
     /** -1 when it does not run. */
     virtual int pid() const = 0;
     /** As D-Bus names it; of a bus that has not started yet "". */
     virtual std::string busAddress() const = 0;
+    virtual bool isBusRunning() const = 0;
     /** Where programs and bars draw, as DISPLAY says it; "" when they do not. */
     virtual const std::string& display() const = 0;
-    virtual bool isBusRunning() const = 0;
     /** Whether the journal says how the engine has ended. */
     virtual bool tellsExitStatus() const = 0;
 

@@ -84,6 +84,13 @@ std::string OwnHost::controlEngine(const std::string& what)
     return what == "start" || what == "restart" ? startEngine() : "";
 }
 
+bool OwnHost::cutPower()
+{
+    journal.add("power", "cut");
+    engine.cut();
+    return true;
+}
+
 std::string OwnHost::controlBus(const std::string& what)
 {
     if (what != "start")

@@ -22,12 +22,13 @@ public:
     void cleanUp() override;
     std::string controlEngine(const std::string& what) override;
     std::string controlBus(const std::string& what) override;
+    bool cutPower() override;
     void endOrphans() override { engine.endPrograms(); }
     std::string setSystemDebug(bool on) override;
     int pid() const override { return engine.pid(); }
     std::string busAddress() const override { return bus.address(); }
-    const std::string& display() const override { return displayName; }
     bool isBusRunning() const override { return bus.isRunning(); }
+    const std::string& display() const override { return displayName; }
     bool tellsExitStatus() const override { return true; }
 
 private:

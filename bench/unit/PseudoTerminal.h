@@ -17,7 +17,10 @@ public:
     PseudoTerminal(const PseudoTerminal&) = delete;
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
-    /** A symbolic link to the line while it is open, for the group of its folder. Before `open`. */
+    /**
+        A symbolic link to the line while it is open, for the group of its folder. In a folder that is nobody else's it never
+        leads to another terminal, even when this process was killed. Before `open`.
+    */
     void setLink(std::string path) { link = std::move(path); }
     /** The character device of the unit's end. */
     const std::string& path() const { return name; }

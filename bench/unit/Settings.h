@@ -17,5 +17,8 @@ using Platform::SettingInfo;
 /** By name or number; the number may be one that has no name here. Empty when it is neither. */
 std::optional<int> findSetting(const std::string& name);
 std::vector<std::string> settingNames();
+int highestSetting();
+/** Why a user cannot choose this value; "" when one can, and for a setting without a name. */
+std::string whyNoValue(int setting, const std::string& value);
 
 } // namespace Bench

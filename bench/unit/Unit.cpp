@@ -42,6 +42,12 @@ Unit::Unit(Options optionsToUse)
                         panel->unitRestarts();
                     }))
 {
+    mcu->setPowerCut(
+        [this]
+        {
+            if (host->cutPower())
+                programs.kill();
+        });
 }
 
 Unit::~Unit()
@@ -84,6 +90,13 @@ std::string Unit::cutPower()
 {
     if (auto error = host->controlEngine("kill"); !error.empty())
         return error;
+    return powerOn();
+}
+
+std::string Unit::powerOn()
+{
+    if (host->isRunning())
+        return "the unit is on already";
     programs.kill();
     host->endOrphans();
     auto error = host->controlBus("restart");

@@ -40,6 +40,8 @@ public:
     std::string startEngine() { return engine().controlEngine("start"); }
     /** Engine, programs and bus end at once and start again; what they have stored is there. Empty on success. */
     std::string cutPower();
+    /** After its end, as after a power-off. Empty on success. */
+    std::string powerOn();
     void stop();
 
     /** The engine's process, its bus and its display. */

@@ -183,20 +183,20 @@ protected:
     }
 
     /** 1 kHz at a half of full scale on the left, a quarter on the right. */
-    void makeTone() const
+    void makeTone(int rate = 48000, int length = frames) const
     {
-        juce::AudioBuffer<float> tone(2, frames);
-        for (int i = 0; i < frames; ++i)
+        juce::AudioBuffer<float> tone(2, length);
+        for (int i = 0; i < length; ++i)
         {
-            const auto sine = static_cast<float>(std::sin(2 * std::numbers::pi * i / 48));
+            const auto sine = static_cast<float>(std::sin(2 * std::numbers::pi * 1000 * i / rate));
             tone.setSample(0, i, sine / 2);
             tone.setSample(1, i, sine / 4);
         }
         std::unique_ptr<juce::AudioFormatWriter> writer(juce::WavAudioFormat().createWriterFor(
-            in.createOutputStream().release(), 48000, 2, 24, juce::StringPairArray(), 0));
-        ASSERT_TRUE(writer->writeFromAudioSampleBuffer(tone, 0, frames));
+            in.createOutputStream().release(), rate, 2, 24, juce::StringPairArray(), 0));
+        ASSERT_TRUE(writer->writeFromAudioSampleBuffer(tone, 0, length));
     }
-    std::vector<float> peaksOfFile() const
+    juce::AudioBuffer<float> soundOfFile() const
     {
         std::unique_ptr<juce::AudioFormatReader> reader(
             juce::WavAudioFormat().createReaderFor(out.createInputStream().release(), true));
@@ -204,6 +204,11 @@ protected:
                                        static_cast<int>(reader->lengthInSamples));
         EXPECT_EQ(reader->lengthInSamples, frames);
         reader->read(sound.getArrayOfWritePointers(), sound.getNumChannels(), 0, sound.getNumSamples());
+        return sound;
+    }
+    std::vector<float> peaksOfFile() const
+    {
+        const auto sound = soundOfFile();
         std::vector<float> peaks;
         for (int channel = 0; channel < sound.getNumChannels(); ++channel)
             peaks.push_back(sound.getMagnitude(channel, 0, sound.getNumSamples()));
@@ -227,6 +232,24 @@ TEST_F(DspSound, runsThroughAFlatChainWithItsGains)
     ASSERT_EQ(peaks.size(), std::size(expected));
     for (std::size_t i = 0; i < peaks.size(); ++i)
         EXPECT_NEAR(peaks[i], expected[i], 1e-5) << dspOutputs[i].name;
+}
+
+/** A file of another rate lasts as long as before and begins when it did, with the tone that it had. */
+TEST_F(DspSound, keepsToneAndTimeOfAnyRate)
+{
+    constexpr double halfASample = std::numbers::pi / 96; // where the tone is steepest
+    makeFlat();
+    for (const int rate : { 44100, 22050, 96000 })
+    {
+        makeTone(rate, rate / 5);
+        const auto played =
+            playFile(chip.memory(), in.getFullPathName().toStdString(), out.getFullPathName().toStdString(), "front");
+        ASSERT_EQ(played.error, "") << rate;
+        const auto sound = soundOfFile();
+        for (int i = frames / 4; i < frames * 3 / 4; ++i)
+            ASSERT_NEAR(sound.getSample(0, i), std::sin(2 * std::numbers::pi * i / 48) / 2, halfASample) << rate;
+        juce::FileOutputStream(in).truncate();
+    }
 }
 
 } // namespace

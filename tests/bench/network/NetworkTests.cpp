@@ -227,6 +227,15 @@ TEST_F(NetworkDevice, servesAndTakesLines)
     const std::string all { std::istreambuf_iterator(written), {} };
     EXPECT_THAT(all, HasSubstr("Z,6,59904,50,10,3,16,fe,01\n"));
     EXPECT_THAT(all, testing::EndsWith("Z,6,130582,10,255,3,01,50,f3\n"));
+
+    // A log that cannot begin leaves the one before as it is, and one that begins again keeps what is there.
+    EXPECT_THAT(log.logTo("/nowhere/log"), HasSubstr("No such file"));
+    EXPECT_EQ(log.state().file, file);
+    ASSERT_EQ(log.logTo(file), "");
+    tell(11, { 0x16, 0xFE, 1, 0, 255, 2, 1, 80, 0xF3 });
+    std::ifstream again(file);
+    const std::string more { std::istreambuf_iterator(again), {} };
+    EXPECT_TRUE(more.starts_with(all) && more.size() > all.size()) << more;
 }
 
 } // namespace

@@ -1,0 +1,150 @@
+#include "bench/console/Consequence.h"
+
+#include "bench/console/EventText.h"
+#include "ctl/Client.h"
+#include "ctl/Columns.h"
+#include "ctl/Fields.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace Bench
+{
+
+namespace
+{
+
+constexpr std::chrono::milliseconds patience { 1000 };
+/** What belongs together comes so soon after each other. */
+constexpr std::chrono::milliseconds together { 200 };
+constexpr std::size_t mostEvents = 1000;
+
+bool counts(const Event& event)
+{
+    const auto weight = weightOf(event);
+    return weight == Weight::telling || weight == Weight::gain;
+}
+
+/** What a person looks for comes first: the unit and its pages, then what it sends, tells its programs, and sets in the DSP. */
+int rankOf(const Event& event)
+{
+    const auto begins = [&](const char* part) { return event.stream.starts_with(part); };
+    return weightOf(event) == Weight::gain ? 3 : begins("program ") ? 2 : begins("frame ") ? 1 : 0;
+}
+
+bool contains(const std::vector<ActiveFault>& faults, const ActiveFault& fault)
+{
+    return std::ranges::find(faults, fault.what, &ActiveFault::what) != faults.end();
+}
+
+std::string milliseconds(Clock::duration time)
+{
+    return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
+}
+
+} // namespace
+
+Consequence::Consequence(Console& consoleToUse)
+    : console(consoleToUse)
+    , from(console.unit.journal.end())
+    , before(activeFaults(console.unit))
+{
+}
+
+void Consequence::tell()
+{
+    console.headline = from;
+    if (tellFaults())
+        return;
+    if (const auto events = await(); !events.empty())
+        tell(events);
+    else
+        console.output << console.style.dim("  Nothing within a second: " + whyNothing()) << "\n";
+}
+
+bool Consequence::tellFaults()
+{
+    const auto now = activeFaults(console.unit);
+    bool changed = false;
+    for (const auto& fault : now)
+        if (!contains(before, fault))
+        {
+            console.output << "  " << console.style.warning(fault.what) << console.style.dim("  until " + fault.cure)
+                           << "\n";
+            changed = true;
+        }
+    for (const auto& fault : before)
+        if (!contains(now, fault))
+        {
+            console.output << "  " << console.style.good("well again") << console.style.dim("  " + fault.what) << "\n";
+            changed = true;
+        }
+    return changed;
+}
+
+std::vector<Event> Consequence::await() const
+{
+    const auto& journal = console.unit.journal;
+    if (journal.waitFor(from, Clock::now() + patience, counts))
+        journal.waitFor(journal.end(), Clock::now() + together, [](const Event&) { return false; });
+    return journal.find(from, mostEvents, counts);
+}
+
+void Consequence::tell(const std::vector<Event>& events)
+{
+    constexpr int usualWidth = 100, reserved = 24, longest = 48;
+    auto shown = events;
+    std::ranges::stable_sort(shown, {}, rankOf);
+    const auto width = (console.style.width > 0 ? console.style.width : usualWidth) - reserved;
+    std::string text;
+    std::size_t told = 0;
+    for (; told < shown.size(); ++told)
+    {
+        const auto next =
+            (told > 0 ? " · " : "") + Ctl::shortened(shown[told].stream + " " + shown[told].text, longest);
+        if (told > 0 && Ctl::widthOf(text + next) > width)
+            break;
+        text += next;
+    }
+    if (told < shown.size())
+        text += " · " + std::to_string(shown.size() - told) + " more";
+    console.output << "  " << console.style.accent("→") << " " << text
+                   << console.style.dim("  " + milliseconds(events.front().at - from.at) + " ms") << "\n";
+}
+
+std::string Consequence::whyNothing() const
+{
+    auto& unit = console.unit;
+    if (!unit.engine().isRunning())
+        return "the engine does not run";
+    if (const auto request = lastRequest(); !request.empty())
+        return request;
+    const auto mcu = unit.mcu->state();
+    const auto isSent = [](const Event& event) { return event.stream.starts_with("sent "); };
+    const auto sent = unit.journal.find(from, 1, isSent);
+    if (mcu.silent)
+        return "the microcontroller is silent";
+    if (mcu.waiting > 0)
+        return "the unit has not acknowledged " + std::to_string(mcu.waiting) + " frames yet";
+    if (!sent.empty())
+        return "the unit has taken " + sent.front().stream.substr(sent.front().stream.find(' ') + 1) +
+               " and does nothing new";
+    return "what it asks for is so already, or nobody listens";
+}
+
+/** What became of a request for a page that the engine has taken up since then; "" when there was none. */
+std::string Consequence::lastRequest() const
+{
+    Ctl::Client client(console.unit.engine().busAddress());
+    const auto answer = client.ask("Requests");
+    if (answer.kind != Ctl::Answer::done || !answer.value.is_array() || answer.value.empty())
+        return {};
+    const Ctl::Fields request(answer.value.back());
+    const auto age = request.number("askedForMs");
+    if (!age || std::chrono::milliseconds(*age) > Clock::now() - from.at)
+        return {};
+    return "the request for " + request["page"] + " is " + request["status"] +
+           (request.has("because") ? ", because " + request["because"] : "");
+}
+
+} // namespace Bench
