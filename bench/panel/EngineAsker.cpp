@@ -1,5 +1,7 @@
 #include "bench/panel/EngineAsker.h"
 
+#include "ctl/Fields.h"
+
 namespace BenchPanel
 {
 
@@ -24,18 +26,24 @@ void EngineAsker::work(const std::stop_token& stop)
     // What has no consequence for what is asked.
     const auto isNews = [](const Event& event)
     { return !isDetail(event) && event.stream != "frame EVENT_HEAT_BEAT" && event.stream != "gpio"; };
-    std::uint64_t seen = 0;
-    for (bool first = true; !stop.stop_requested(); first = false)
+    std::optional<std::uint64_t> seen;
+    for (bool isSettled = false; !stop.stop_requested();)
     {
         const auto newest = unit.journal.find({}, 1, isNews);
-        if (first || (!newest.empty() && newest.back().number != seen))
+        const auto number = newest.empty() ? 0 : newest.back().number;
+        const bool isNew = std::exchange(seen, number) != number;
+        if (isNew || !isSettled)
         {
-            seen = newest.empty() ? 0 : newest.back().number;
-            const auto ask = [&](const char* method)
-            { return stop.stop_requested() ? Ctl::Json() : client.ask(method).value; };
-            auto now = unit.engine().isRunning()
-                           ? EngineTold { ask("State"), ask("Requests"), ask("Programs"), Clock::now() }
-                           : EngineTold {};
+            isSettled = !isNew;
+            const auto ask = [&](const char* method, const std::vector<std::string>& parameters = {})
+            { return stop.stop_requested() ? Ctl::Json() : client.ask(method, parameters).value; };
+            EngineTold now;
+            if (unit.engine().isRunning())
+            {
+                now = { ask("State"), ask("Requests"), ask("Programs"), {}, Clock::now() };
+                if (const auto front = Ctl::Fields(now.state)["front"]; !front.empty() && front != "none")
+                    now.why = ask("Why", { "page", front });
+            }
             {
                 const std::scoped_lock guard(lock);
                 answers = std::make_shared<const EngineTold>(std::move(now));

@@ -18,11 +18,13 @@ struct EngineTold
     Ctl::Json state;    ///< "State": front, rear, volume1, volume2, muted, muteReasons ...
     Ctl::Json requests; ///< "Requests", oldest first: page, asker, status, because, askedForMs ...
     Ctl::Json programs; ///< "Programs": program, state, memoryBytes ...
+    Ctl::Json why;      ///< "Why" of the page in front: sentence, facts
     Clock::time_point at;
 };
 
 /**
-    Asks the engine, on a thread of its own, when something has happened in the unit, a few times a second at most.
+    Asks the engine, on a thread of its own, when something has happened in the unit, a few times a second at most, and
+    once more when nothing does any longer, as the engine may have gone on thereafter.
 */
 class EngineAsker
 {

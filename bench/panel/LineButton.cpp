@@ -42,6 +42,14 @@ void LineButton::setShortcut(const juce::String& name)
     describe();
 }
 
+void LineButton::setNote(const juce::String& noteToShow)
+{
+    if (note == noteToShow)
+        return;
+    note = noteToShow;
+    describe();
+}
+
 void LineButton::press()
 {
     if (pressed)
@@ -57,7 +65,9 @@ void LineButton::describe()
         text << "    long: " << lines.longPress;
     if (!lines.more.empty())
         text << "    right: more";
-    setTooltip(text + (shortcut.isEmpty() ? "" : "    " + shortcut));
+    for (const auto& each : { shortcut, note })
+        text << (each.isEmpty() ? "" : "    ") << each;
+    setTooltip(text);
 }
 
 void LineButton::paint(juce::Graphics& g)
@@ -125,6 +135,8 @@ void LineButton::offerMore()
     if (lines.more.empty())
         return;
     juce::PopupMenu menu;
+    if (note.isNotEmpty())
+        menu.addItem(note, false, false, {});
     for (const auto& line : lines.more)
         menu.addItem(line,
                      [safe = juce::Component::SafePointer(this), line]

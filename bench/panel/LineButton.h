@@ -33,6 +33,8 @@ public:
     void setTone(Tone toneToShow);
     /** The key that does the same, for the tooltip: "F1". */
     void setShortcut(const juce::String& name);
+    /** What else there is to know of it, for the tooltip and above the menu. */
+    void setNote(const juce::String& noteToShow);
 
     /** In place of saying the line, which is its tooltip all the same. */
     std::function<void()> pressed;
@@ -45,7 +47,7 @@ private:
     Desk& desk;
     ButtonLines lines;
     Tone tone = Tone::plain;
-    juce::String shortcut;
+    juce::String shortcut, note;
     bool down = false;
 
     void paint(juce::Graphics& g) override;
