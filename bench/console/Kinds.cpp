@@ -1,5 +1,6 @@
 #include "bench/console/Kinds.h"
 
+#include "bench/console/EventText.h"
 #include "bench/mcu/Mcu.h"
 #include "bench/network/NetworkDecode.h"
 #include "bench/program/PageLayout.h"
@@ -111,6 +112,8 @@ std::span<const Kind> allKinds()
         { "SPEED", "0.01 to 1000, or 2x; 1 is the file's own",
           [](auto& word) { return parseSpeed(word).has_value(); } },
         number("STORAGE", 1, Unit::usbCount),
+        { "SUBJECT", "pages, mcu, programs, sound, network, remote, log or unit",
+          [](auto& word) { return findSubject(word) != nullptr; }, [] { return namesIn(allSubjects()); } },
         { "TIME", "for example 3s or 500ms, at most an hour",
           [](auto& word) { return parseDuration(word).has_value(); } },
         { "TONE", "fader, balance, subwoofer, treble, middle or bass",
