@@ -1,13 +1,251 @@
 #include "bench/panel/EventsPane.h"
 
+#include <algorithm>
+
 namespace BenchPanel
 {
 
-EventsPane::EventsPane(Desk& deskToUse)
-    : Area(deskToUse, "Events")
+namespace
 {
+
+constexpr int rowHeight = 18, originHeight = 4 * rowHeight, linesPerWheelStep = 3;
+
+/** By the clock on the wall. */
+juce::String timeOfDay(Clock::time_point at)
+{
+    const auto ago = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - at);
+    return (juce::Time::getCurrentTime() - juce::RelativeTime::milliseconds(static_cast<juce::int64>(ago.count())))
+        .formatted("%H:%M:%S");
 }
 
-void EventsPane::show(const PanelState&) {}
+juce::String secondsText(Clock::duration time)
+{
+    return juce::String(std::chrono::duration<double>(time).count(), 3);
+}
+
+} // namespace
+
+EventLines::EventLines(Desk& deskToUse, const EventList& listToShow)
+    : juce::Component("Lines")
+    , desk(deskToUse)
+    , list(listToShow)
+{
+    setTitle("Events");
+    setWantsKeyboardFocus(true);
+}
+
+void EventLines::update()
+{
+    lines = list.lines();
+    if (opened && list.find(*opened) == nullptr)
+        opened.reset();
+    point(mouse);
+    repaint();
+}
+
+juce::Rectangle<int> EventLines::listed() const
+{
+    return getLocalBounds().withTrimmedBottom(opened ? originHeight : 0);
+}
+
+std::pair<std::size_t, std::size_t> EventLines::seen() const
+{
+    const auto fitting = static_cast<std::size_t>(listed().getHeight() / rowHeight);
+    const auto placeOf = [](const EventList::Line& line) { return line.event.place(); };
+    const auto found = last ? std::ranges::upper_bound(lines, *last, {}, placeOf) : lines.end();
+    const auto end = std::max(static_cast<std::size_t>(found - lines.begin()), std::min(fitting, lines.size()));
+    return { end - std::min(fitting, end), end };
+}
+
+std::optional<std::size_t> EventLines::lineAt(juce::Point<int> at) const
+{
+    const auto [first, end] = seen();
+    const auto line = first + static_cast<std::size_t>(std::max(at.y, 0) / rowHeight);
+    return listed().contains(at) && line < end ? std::optional(line) : std::nullopt;
+}
+
+void EventLines::point(std::optional<juce::Point<int>> at)
+{
+    mouse = at;
+    const auto line = at ? lineAt(*at) : std::nullopt;
+    const auto number = line ? std::optional(lines[*line].event.number) : std::nullopt;
+    if (std::exchange(marked, number) == number)
+        return;
+    desk.markMoment(line ? std::optional(lines[*line].event.at) : std::nullopt);
+    repaint();
+}
+
+void EventLines::open(std::optional<std::uint64_t> number)
+{
+    opened = number;
+    juce::String text;
+    if (const auto* event = number ? list.find(*number) : nullptr)
+    {
+        const auto origin = list.originOf(*event);
+        text << event->stream << "  " << juce::String::fromUTF8(event->text.c_str()) << "\n"
+             << origin.frame << "\n"
+             << juce::String::fromUTF8(origin.log.c_str());
+    }
+    setDescription(text);
+    repaint();
+}
+
+void EventLines::scroll(int by)
+{
+    const auto end = static_cast<int>(seen().second) + by;
+    if (end >= static_cast<int>(lines.size()))
+        last.reset();
+    else
+        last = lines[static_cast<std::size_t>(std::max(end, 1) - 1)].event.place();
+    point(mouse);
+    repaint();
+}
+
+void EventLines::mouseUp(const juce::MouseEvent& event)
+{
+    const auto line = lineAt(event.getPosition());
+    const auto number = line ? std::optional(lines[*line].event.number) : std::nullopt;
+    open(number == opened ? std::nullopt : number);
+}
+
+void EventLines::mouseWheelMove(const juce::MouseEvent&, const juce::MouseWheelDetails& wheel)
+{
+    scroll(wheel.deltaY > 0 ? -linesPerWheelStep : linesPerWheelStep);
+}
+
+bool EventLines::keyPressed(const juce::KeyPress& key)
+{
+    const bool up = key == juce::KeyPress::upKey;
+    if (key == juce::KeyPress::escapeKey && opened)
+        open({});
+    else if ((up || key == juce::KeyPress::downKey) && !lines.empty())
+    {
+        const auto isOpened = [&](const EventList::Line& line) { return line.event.number == opened; };
+        const auto now = std::ranges::find_if(lines, isOpened) - lines.begin();
+        const auto wanted = std::clamp<std::ptrdiff_t>(now + (up ? -1 : 1), 0, std::ssize(lines) - 1);
+        last = lines[static_cast<std::size_t>(wanted)].event.place();
+        open(lines[static_cast<std::size_t>(wanted)].event.number);
+    }
+    else if (key == juce::KeyPress::endKey)
+        scroll(static_cast<int>(lines.size()));
+    else
+        return false;
+    return true;
+}
+
+void EventLines::paint(juce::Graphics& g)
+{
+    g.setFont(Look::font(Look::smallSize));
+    const auto [first, end] = seen();
+    auto area = listed();
+    for (auto line = first; line < end; ++line)
+        paintLine(g, lines[line], area.removeFromTop(rowHeight));
+    if (opened)
+        paintOrigin(g, getLocalBounds().removeFromBottom(originHeight));
+    if (hasKeyboardFocus(false))
+    {
+        g.setColour(Look::of(*this).colours.accent);
+        g.drawRoundedRectangle(getLocalBounds().toFloat().reduced(0.5f), Look::corner, 1.0f);
+    }
+}
+
+void EventLines::paintLine(juce::Graphics& g, const EventList::Line& line, juce::Rectangle<int> row) const
+{
+    constexpr int timeWidth = 58, subjectWidth = 68, markWidth = 14, markSize = 6;
+    const auto& colours = Look::of(*this).colours;
+    const auto& event = line.event;
+    if (event.number == opened || event.number == marked)
+    {
+        g.setColour(colours.accent.withAlpha(event.number == opened ? 0.25f : 0.12f));
+        g.fillRoundedRectangle(row.toFloat(), 3.0f);
+    }
+    row = row.reduced(Look::grid, 0);
+    g.setColour(colours.dim);
+    g.drawText(line.isSaid() ? timeOfDay(event.at) : secondsText(line.after), row.removeFromLeft(timeWidth),
+               juce::Justification::centredLeft);
+    if (!line.isSaid())
+        g.drawText(subjectOf(event).name, row.removeFromRight(subjectWidth), juce::Justification::centredRight);
+    const auto mark = row.removeFromLeft(markWidth).withSizeKeepingCentre(markSize, markSize);
+    const bool isFault = event.stream == "mcu link";
+    // As in the lanes of the link.
+    if (isFault || event.stream.starts_with("frame ") || event.stream.starts_with("sent "))
+    {
+        g.setColour(isFault ? colours.bad : event.stream.starts_with("sent ") ? colours.accent : colours.warning);
+        g.fillRect(mark);
+    }
+    g.setColour(line.isSaid() ? colours.accent : isFault ? colours.bad : colours.ink);
+    g.drawText(juce::String::fromUTF8(wordsOf(event).c_str()), row, juce::Justification::centredLeft);
+}
+
+void EventLines::paintOrigin(juce::Graphics& g, juce::Rectangle<int> area) const
+{
+    const auto& colours = Look::of(*this).colours;
+    Look::plate(g, area, colours.well, colours.edge);
+    area = area.reduced(Look::grid, 2);
+    auto rows = juce::StringArray::fromLines(getDescription());
+    const auto row = [&](int index, int height, juce::Colour colour, int count)
+    {
+        g.setColour(colour);
+        g.drawFittedText(rows[index], area.removeFromTop(height), juce::Justification::topLeft, count, 1.0f);
+    };
+    const auto height = area.getHeight() / 4;
+    row(0, height, colours.ink, 1);
+    g.setFont(juce::Font("DejaVu Sans Mono", Look::smallSize - 1.0f, juce::Font::plain));
+    row(1, 2 * height, colours.warning, 2);
+    row(2, height, colours.dim, 1);
+}
+
+EventsPane::EventsPane(Desk& deskToUse)
+    : Area(deskToUse, "Events")
+    , lines(deskToUse, list)
+{
+    const auto subjects = allSubjects();
+    for (std::size_t i = 0; i < subjects.size(); ++i)
+    {
+        auto& chip = *chips.emplace_back(
+            std::make_unique<LineButton>(desk, subjects[i].name, ButtonLines { "events " + subjects[i].name }));
+        chip.pressed = [this, i] { toggle(i); };
+        addAndMakeVisible(chip);
+        chip.setTone(list.wants(subjects[i]) ? LineButton::Tone::lit : LineButton::Tone::plain);
+    }
+    addAndMakeVisible(lines);
+}
+
+void EventsPane::toggle(std::size_t subject)
+{
+    const auto& each = allSubjects()[subject];
+    list.want(each, !list.wants(each));
+    chips[subject]->setTone(list.wants(each) ? LineButton::Tone::lit : LineButton::Tone::plain);
+    lines.update();
+}
+
+void EventsPane::show(const PanelState& state)
+{
+    if (std::exchange(seen, state.journalEnd.number) == state.journalEnd.number)
+        return;
+    list.take(*state.events);
+    lines.update();
+}
+
+void EventsPane::resized()
+{
+    constexpr int chipHeight = 22, gap = Look::grid, margin = 2 * Look::grid;
+    auto area = content().reduced(margin, Look::grid);
+    auto row = area.removeFromTop(chipHeight);
+    area.removeFromTop(gap);
+    lines.setBounds(area);
+    // Each as wide as its word wants, all together as wide as the pane.
+    const auto font = Look::font(Look::bodySize);
+    const auto widthOf = [&](const LineButton& chip) { return font.getStringWidth(chip.getName()) + margin; };
+    auto left = 0;
+    for (const auto& chip : chips)
+        left += widthOf(*chip);
+    for (const auto& chip : chips)
+    {
+        const auto width = row.getWidth() * widthOf(*chip) / left;
+        left -= widthOf(*chip);
+        chip->setBounds(row.removeFromLeft(width).withTrimmedRight(left > 0 ? gap : 0));
+    }
+}
 
 } // namespace BenchPanel

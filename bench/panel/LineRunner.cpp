@@ -1,5 +1,6 @@
 #include "bench/panel/LineRunner.h"
 
+#include "bench/console/EventText.h"
 #include "bench/console/Verb.h"
 
 namespace BenchPanel
@@ -59,6 +60,7 @@ void LineRunner::work(const std::stop_token& stop)
         guard.unlock();
         changed();
         output.str({});
+        console.unit.journal.add(saidStream, line);
         const auto outcome = runLine(console, line);
         guard.lock();
         said.running = false;
