@@ -208,7 +208,7 @@ Verbs reportVerbs()
         { "pages", "What the engine says of every page, and which one the programs show.", showPages },
         { "programs", "What the engine says of the programs, and what they do.", showPrograms },
         { "events [COUNT]", "What happened last, on all devices.", showEvents },
-        { "trail", "The frames and messages since the last headline.", showTrail },
+        { "trail", "The frames and messages since the last headline, or since a person's last command.", showTrail },
         { "watch [TIME]", "The whole unit at a glance, drawn again and again until a key is pressed; once in a script.",
           watch },
         { "log [COUNT]", "The end of the engine's log.", showLog },
