@@ -82,7 +82,8 @@ Outcome showRemote(Console& console, const Arguments&)
 Outcome savePictureOf(Console& console, const std::string& display, const std::string& name)
 {
     if (console.pictureFolder.empty())
-        return {};
+        return console.tellsConsequences ? failed("pictures go to the folder of --pictures, which was not given")
+                                         : Outcome {};
     const auto error = savePicture(display, console.pictureFolder + "/" + name + ".png");
     return error.empty() ? Outcome {} : failed(error);
 }

@@ -214,7 +214,7 @@ Verbs reportVerbs()
         { "programs", "What the engine says of the programs, and what they do.", showPrograms },
         { "events [COUNT] [SUBJECT...]", "What happened last, on all devices; of some subjects with all details.",
           showEvents },
-        { "trail", "The frames and messages since the last headline.", showTrail },
+        { "trail", "The frames and messages since the last headline, or since a person's last command.", showTrail },
         { "watch [TIME]", "The whole unit at a glance, drawn again and again until a key is pressed; once in a script.",
           watch },
         { "log [COUNT]", "The end of the engine's log.", showLog },

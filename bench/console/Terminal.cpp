@@ -1,26 +1,24 @@
 #include "bench/console/Terminal.h"
 
-#include "bench/console/ActiveFaults.h"
+#include "bench/console/LiveView.h"
+#include "bench/console/Prompt.h"
 #include "bench/console/Verb.h"
-#include "bench/console/Watch.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
-#include <poll.h>
 #include <readline/history.h>
 #include <readline/readline.h>
-#include <termios.h>
-#include <unistd.h>
 
 namespace Bench
 {
 
-using namespace Pubhead;
-
 namespace
 {
+
+namespace fs = std::filesystem;
 
 Words completionCandidates;
 
@@ -37,8 +35,10 @@ char* nextCompletion(const char* text, int state)
 
 char** complete(const char* text, int start, int)
 {
-    rl_attempted_completion_over = 1; // never file names
-    completionCandidates = completionsFor(parseLine(std::string(rl_line_buffer).substr(0, start)).words);
+    const auto before = parseLine(std::string(rl_line_buffer).substr(0, static_cast<std::size_t>(start))).words;
+    completionCandidates = completionsFor(before);
+    // Where a file is wanted, readline goes on with its own names of files.
+    rl_attempted_completion_over = mayBeFile(before) ? 0 : 1;
     return rl_completion_matches(text, nextCompletion);
 }
 
@@ -64,110 +64,117 @@ std::string markedPrompt(const std::string& text)
     return marked;
 }
 
-/** One line: what the unit is doing. */
-std::string promptState(Unit& unit, const Style& style)
-{
-    const auto mcu = unit.mcu->state();
-    const auto front = unit.programs.pageInFront();
-    const auto running = unit.programs.running().size();
-    const auto source = mcu.source ? sourceName(*mcu.source) : std::string("no source");
-    auto text = mcu.silent   ? style.warning("mcu silent")
-                : mcu.agreed ? style.good(source)
-                             : style.warning(mcu.wanted ? source + " → " + sourceName(*mcu.wanted) : source);
-    text += style.dim(" · ") + (front == NUM_OF_PAGES ? style.dim("no page") : style.bold(pageName(front)));
-    text += style.dim(" · " + std::to_string(running) + (running == 1 ? " program" : " programs"));
-    for (const auto& fault : activeFaults(unit))
-        text += style.dim(" · ") + style.warning(fault.what);
-    return unit.engine().isRunning() ? text : style.bad("engine off") + style.dim(" · ") + text;
-}
-
-/** Reads keys while it lives as they are pressed, and hides the cursor. */
-class RawTerminal
+/** The lines of earlier runs, in the user's folder for such things; nothing is kept without one. */
+class History
 {
 public:
-    RawTerminal()
+    History()
+        : file(findFile())
     {
-        ::tcgetattr(STDIN_FILENO, &before);
-        auto raw = before;
-        raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-        ::tcsetattr(STDIN_FILENO, TCSANOW, &raw);
-        std::cout << "\033[?25l\033[2J";
+        ::using_history();
+        ::stifle_history(most);
+        if (!file.empty())
+            ::read_history(file.c_str());
     }
-    ~RawTerminal()
-    {
-        ::tcsetattr(STDIN_FILENO, TCSANOW, &before);
-        std::cout << "\033[?25h" << std::flush;
-    }
-    RawTerminal(const RawTerminal&) = delete;
-    RawTerminal& operator=(const RawTerminal&) = delete;
 
-    /** True when a key came within this time; it is taken. */
-    static bool waitForKey(std::chrono::milliseconds limit)
+    void add(const std::string& line)
     {
-        pollfd input { STDIN_FILENO, POLLIN, 0 };
-        if (::poll(&input, 1, static_cast<int>(limit.count())) <= 0)
-            return false;
-        char key = 0;
-        [[maybe_unused]] const auto taken = ::read(STDIN_FILENO, &key, 1);
-        return true;
+        const auto* last = ::history_get(::history_base + ::history_length - 1);
+        if (line.find_first_not_of(" \t") == std::string::npos || (last != nullptr && line == last->line))
+            return;
+        ::add_history(line.c_str());
+        if (!file.empty() && ::append_history(1, file.c_str()) != 0) // a file that is not there yet
+            ::write_history(file.c_str());
     }
+
+    ~History()
+    {
+        if (!file.empty())
+            ::history_truncate_file(file.c_str(), most);
+    }
+    History(const History&) = delete;
+    History& operator=(const History&) = delete;
 
 private:
-    termios before {};
+    static constexpr int most = 1000;
+    const std::string file;
+
+    static std::string findFile()
+    {
+        const auto* state = std::getenv("XDG_STATE_HOME");
+        const auto* home = std::getenv("HOME");
+        if (state == nullptr && home == nullptr)
+            return {};
+        const auto folder = (state != nullptr ? fs::path(state) : fs::path(home) / ".local/state") / "headunit-bench";
+        std::error_code error;
+        fs::create_directories(folder, error);
+        return error ? "" : (folder / "history").string();
+    }
 };
 
-/** Draws the unit again and again. */
-void showLive(Unit& unit, const Style& style, std::optional<std::chrono::milliseconds> duration)
+/** What readline's hook needs, which takes nothing along. */
+struct Shown
 {
-    constexpr std::chrono::milliseconds redrawEvery { 250 };
-    const RawTerminal terminal;
-    const auto end = duration ? Clock::now() + *duration : Clock::time_point::max();
-    do
+    Console& console;
+    std::string prompt;
+
+    std::string now() const
     {
-        std::cout << "\033[H"; // over the last frame, so that nothing flickers
-        for (const auto& line : composeWatch(unit, style))
-            std::cout << line << "\033[K\n";
-        std::cout << style.dim("  Any key ends it.") << "\033[J" << std::flush;
-    } while (!RawTerminal::waitForKey(redrawEvery) && !unit.journal.isInterrupted() && Clock::now() < end);
-    std::cout << "\n";
+        return markedPrompt(promptText(console.unit, console.style) + console.style.accent(" › "));
+    }
+};
+Shown* shown = nullptr;
+
+/** Ten times a second while nobody types: the prompt follows the unit, and an interrupt gives up the line. */
+int lookAround()
+{
+    if (shown->console.unit.journal.isInterrupted())
+    {
+        rl_replace_line("", 0);
+        rl_done = 1;
+        return 0;
+    }
+    // A search has a prompt of its own.
+    if (RL_ISSTATE(RL_STATE_ISEARCH | RL_STATE_NSEARCH))
+        return 0;
+    if (auto now = shown->now(); now != shown->prompt)
+    {
+        shown->prompt = std::move(now);
+        ::rl_clear_visible_line();
+        ::rl_set_prompt(shown->prompt.c_str());
+        ::rl_on_new_line();
+        ::rl_redisplay();
+    }
+    return 0;
 }
 
 } // namespace
 
 void converse(Console& console)
 {
-    auto& unit = console.unit;
+    auto& journal = console.unit.journal;
     const auto& style = console.style;
-    const auto& journal = unit.journal;
     if (console.watched)
-        console.liveView = [&](auto duration) { showLive(unit, style, duration); };
+        console.liveView = [&](auto duration) { showLive(console.unit, style, duration); };
     rl_readline_name = "headunit-bench";
     rl_attempted_completion_function = complete;
     rl_catch_signals = 0;
-    ::using_history();
-    // With the signals blocked, readline would not leave on one: it looks here ten times a second while nobody types.
-    static const Journal* watchedJournal = nullptr;
-    watchedJournal = &journal;
-    rl_event_hook = []
+    rl_event_hook = lookAround;
+    History history;
+    Shown promptShown { console, {} };
+    shown = &promptShown;
+    // Ctrl-C gives up what is typed or waited for; only an end of the program is for good.
+    while (journal.goOn())
     {
-        if (watchedJournal->isInterrupted())
-            rl_done = 1;
-        return 0;
-    };
-    while (!journal.isInterrupted())
-    {
-        char* line = ::readline(markedPrompt(promptState(unit, style) + style.accent(" › ")).c_str());
-        if (line == nullptr || journal.isInterrupted())
-        {
-            std::cout << "\n";
-            std::free(line);
-            return;
-        }
-        const std::string text = line;
+        promptShown.prompt = promptShown.now();
+        char* line = ::readline(promptShown.prompt.c_str());
+        const bool leaves = line == nullptr; // Ctrl-D
+        const std::string text = leaves ? "" : line;
         std::free(line);
-        if (text.find_first_not_of(" \t") != std::string::npos)
-            ::add_history(text.c_str());
-        const auto outcome = runLine(console, text);
+        history.add(text);
+        const auto outcome = leaves ? Outcome { Outcome::leave } : runLine(console, text);
+        if (leaves || journal.isInterrupted())
+            std::cout << "\n";
         if (outcome.kind == Outcome::leave)
             return;
         if (outcome.kind == Outcome::failed)

@@ -5,7 +5,7 @@
 namespace Bench
 {
 
-/** Talks with a person at the terminal until the person leaves or the journal is interrupted. */
+/** Talks with a person at the terminal until the person leaves or the journal is interrupted for good. */
 void converse(Console& console);
 
 } // namespace Bench

@@ -21,19 +21,22 @@ namespace
 
 using namespace Bench;
 
-/** Ends every wait of the console when the user or the system asks the bench to end, so that it still cleans up. */
+/**
+    Ends every wait of the console when the user or the system asks the bench to end, so that it still cleans up. A person at the
+    terminal gives up with Ctrl-C what is waited for, and no more.
+*/
 class Interruption
 {
 public:
-    explicit Interruption(Journal& journal)
+    Interruption(Journal& journal, bool isConversation)
     {
         // The signals are blocked before any thread starts, so that this thread alone gets them.
         thread = std::thread(
-            [this, &journal]
+            [this, &journal, isConversation]
             {
                 int number = 0;
                 while (::sigwait(&signals(), &number) == 0 && !ending)
-                    journal.interrupt();
+                    journal.interrupt(!isConversation || number != SIGINT);
             });
     }
 
@@ -92,7 +95,7 @@ struct Choices
     AttachedOptions attached;
     std::string script, transcript, pictures, programFolder;
     bool tour = false, console = false, noEngine = false, printVerbs = false;
-    bool ownDisplay = false, noDisplay = false, panel = false;
+    bool ownDisplay = false, noDisplay = false, noWait = false, panel = false;
 
     void offerTo(CLI::App& app)
     {
@@ -121,6 +124,7 @@ struct Choices
         logLibrary->capture_default_str();
         app.add_option("--resources", unit.resources, "The engine's resource folder")->capture_default_str();
         offerAttachment(app, { recording, withoutEngine, keep, engine, logLibrary, own });
+        app.add_flag("--no-wait", noWait, "Begin at once, while the unit still starts");
         app.add_flag("--print-verbs", printVerbs, "Print the tables of the manual: what can be said, and expected");
     }
 
@@ -201,15 +205,20 @@ int playScript(Console& commands, Unit& unit, const Choices& choices)
     return succeeded ? 0 : 1;
 }
 
-int converseAtTerminal(Console& commands, const Unit& unit, const Choices& choices)
+/** Until engine and microcontroller agree on a source. A unit that never gets there is worth a look, too. */
+void waitForUnit(const Unit& unit)
+{
+    constexpr std::chrono::seconds longestStart { 30 };
+    const auto isSettled = [](const Event& event) { return event.stream == "mcu agreed" || event.text == "ended"; };
+    if (!unit.journal.waitFor({}, Clock::now() + longestStart, isSettled))
+        std::cerr << "The unit has not started within " << longestStart.count() << " s.\n";
+}
+
+int converseAtTerminal(Console& commands)
 {
     std::cout << Style::ofOutput().dim(
                      "Try: pages, mcu source aux, program eq show. help lists the rest, quit ends it.")
               << "\n";
-    // The first prompt tells of a unit that has come up, when it does so at once.
-    constexpr std::chrono::seconds usualStart { 3 };
-    if (!choices.noEngine)
-        unit.journal.waitFor({}, Clock::now() + usualStart, isIn("mcu agreed"));
     converse(commands);
     return 0;
 }
@@ -262,7 +271,7 @@ int main(int argc, char** argv)
     Interruption::block();
     const auto style = Style::ofOutput();
     Unit unit(choices.unit);
-    const Interruption interruption(unit.journal);
+    const Interruption interruption(unit.journal, atTerminal && script.empty() && !choices.panel);
     auto error = unit.start();
     if (error.empty() && !choices.noEngine && !choices.unit.attached)
         error = unit.startEngine();
@@ -275,9 +284,13 @@ int main(int argc, char** argv)
 
     Console commands(unit, style, std::cout, watched);
     commands.pictureFolder = choices.pictures;
+    commands.tellsConsequences = watched && script.empty();
+    // The panel shows how the unit comes up.
+    if (!choices.noEngine && !choices.unit.attached && !choices.noWait && !choices.panel)
+        waitForUnit(unit);
     const int status = choices.panel     ? BenchPanel::runPanel(unit, { choices.ownDisplay, choices.pictures, script })
                        : !script.empty() ? playScript(commands, unit, choices)
-                       : atTerminal      ? converseAtTerminal(commands, unit, choices)
+                       : atTerminal      ? converseAtTerminal(commands)
                                          : (runScript(commands, std::cin, "standard input") ? 0 : 1);
     const auto folder = unit.folder();
     unit.stop();
@@ -285,6 +298,3 @@ int main(int argc, char** argv)
         std::cout << style.dim("Kept: " + folder) << "\n";
     return status;
 }
-    commands.tellsConsequences = watched && script.empty();
-    if (!choices.noEngine && !choices.unit.attached && !choices.noWait)
-        waitForUnit(unit);

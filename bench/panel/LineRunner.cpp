@@ -60,6 +60,7 @@ void LineRunner::work(const std::stop_token& stop)
         guard.unlock();
         changed();
         output.str({});
+        console.unit.journal.goOn(); // what was given up before is over
         console.unit.journal.add(saidStream, line);
         const auto outcome = runLine(console, line);
         guard.lock();

@@ -97,6 +97,7 @@ void PanelView::cancel()
 {
     console.setVisible(false);
     runner.forgetWaiting();
+    unit.journal.interrupt(false);
 }
 
 void PanelView::timerCallback()

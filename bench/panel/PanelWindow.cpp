@@ -83,7 +83,7 @@ private:
 
     void timerCallback() override
     {
-        if (start.unit->journal.isInterrupted())
+        if (start.unit->journal.isEnded())
             quit();
     }
 };

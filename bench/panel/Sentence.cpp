@@ -29,7 +29,7 @@ std::string stateSentence(const PanelState& state)
 {
     const auto& mcu = state.mcu;
     if (!state.engineRuns)
-        return "the engine is off";
+        return mcu.readyForPowerOff ? "switched off: Power brings it back" : "the engine is off";
     if (mcu.readyForPowerOff)
         return "ready for power-off: cut the power?";
     if (mcu.silent)

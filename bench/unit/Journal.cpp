@@ -83,19 +83,33 @@ std::vector<Event> Journal::find(Place from, std::size_t count, const Matches& m
     return found;
 }
 
-void Journal::interrupt()
+void Journal::interrupt(bool forGood)
 {
     {
         const std::scoped_lock guard(lock);
         interrupted = true;
+        isOver = isOver || forGood;
     }
     changed.notify_all();
+}
+
+bool Journal::goOn()
+{
+    const std::scoped_lock guard(lock);
+    interrupted = isOver;
+    return !isOver;
 }
 
 bool Journal::isInterrupted() const
 {
     const std::scoped_lock guard(lock);
     return interrupted;
+}
+
+bool Journal::isEnded() const
+{
+    const std::scoped_lock guard(lock);
+    return isOver;
 }
 
 std::uint64_t Journal::forgotten() const

@@ -63,9 +63,13 @@ public:
     /** The newest `count` matching events from this place on, oldest first. */
     std::vector<Event> find(Place from, std::size_t count, const Matches& matches) const;
 
-    /** Ends every wait, now and later: the user wants to leave. */
-    void interrupt();
+    /** Ends every wait, now and later: the user wants to leave, or, not `forGood`, gives up what is waited for now. */
+    void interrupt(bool forGood = true);
+    /** There are waits again. False when they were ended for good. */
+    bool goOn();
     bool isInterrupted() const;
+    /** Whether for good. */
+    bool isEnded() const;
 
     /** Events kept. Older ones are forgotten and counted. */
     static constexpr std::size_t capacity = 100'000;
@@ -77,7 +81,7 @@ private:
     mutable std::condition_variable changed;
     std::deque<Event> events; // by place
     std::uint64_t nextNumber = 0;
-    bool interrupted = false;
+    bool interrupted = false, isOver = false; ///< for now, and for good
 
     /** Among those that arrived with this number or a later one. */
     const Event* firstMatch(Place from, std::uint64_t arrived, const Matches& matches) const;

@@ -90,13 +90,16 @@ std::string Unit::cutPower()
 {
     if (auto error = host->controlEngine("kill"); !error.empty())
         return error;
-    return powerOn();
+    return startAll();
 }
 
 std::string Unit::powerOn()
 {
-    if (host->isRunning())
-        return "the unit is on already";
+    return host->isRunning() ? "the unit is on already" : startAll();
+}
+
+std::string Unit::startAll()
+{
     programs.kill();
     host->endOrphans();
     auto error = host->controlBus("restart");

@@ -103,6 +103,8 @@ private:
     std::unique_ptr<EngineHost> host; // goes before the devices
 
     std::string startDevices();
+    /** Engine and bus, when nothing is left of what ran before. */
+    std::string startAll();
     std::string mountPoint(int number) const;
 };
 

@@ -1,6 +1,9 @@
 #include "bench/console/ActiveFaults.h"
+#include "bench/console/EventText.h"
 #include "bench/console/ExpectLines.h"
 #include "bench/console/Verb.h"
+#include "bench/console/Watch.h"
+#include "ctl/Columns.h"
 #include "support/Golden.h"
 
 #include <gmock/gmock.h>
@@ -171,6 +174,17 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
 {
     const std::pair<const char*, const char*> cases[] = {
         { "frobnicate/mc", "see help" },
+        { "mcuu key menu", "see help. Is it mcu?" },
+        { "mcu surce aux/mcu suorce aux", "Is it source?" },
+        { "program raido crash", "Is it AppRadio?" },
+        { "gpio foo", "'foo' is no line: 0 to 65535" },
+        { "program foo", "'foo' is no program" },
+        { "set 9999 1", "'9999' is no setting: a name (eq-preset) or 0 to 1793" },
+        { "set eq-preset 9", "eq-preset goes from 0 to 4: Tone, Rock, Pop, Jazz, Custom" },
+        { "touch 800 0", "'800' is no x: 0 to 799" },
+        { "touch 0 480", "'480' is no y: 0 to 479" },
+        { "quit now", "usage: quit" },
+        { "program radio window 1", "the engine has no window" },
         { "say \"x", "quotes" },
         { "mcu/mcu sing/mcu source", "usage: mcu source SOURCE" },
         { "mcu key menu 0 1s", "usage: mcu key KEY [ORIGIN]" },
@@ -209,7 +223,7 @@ TEST_F(ConsoleCommands, nameEachFaultAndWhatEndsIt)
         { "mcu drop 2", "mcu loses 2 frames" },
         { "mcu drop every 3", "mcu loses 1 of 3 frames" },
         { "mcu corrupt 1 EVENT_SRC_SWITCH", "mcu damages 1 EVENT_SRC_SWITCH" },
-        { "mcu repeat", "mcu repeats 1 frames" },
+        { "mcu repeat", "mcu repeats 1 frame" },
         { "mcu no-ack 3 EVENT_DEVICE_STATUS", "mcu ignores 3 EVENT_DEVICE_STATUS" },
         { "i2c fail", "camera bus refuses" },
         { "i2c slow 5s", "camera bus is 5000 ms slow" },
@@ -229,6 +243,70 @@ TEST_F(ConsoleCommands, nameEachFaultAndWhatEndsIt)
         ASSERT_EQ(runLine(console, found->cure).error, "") << found->cure;
         EXPECT_EQ(activeFaults(unit).size(), before) << found->cure << " after " << line;
     }
+}
+
+/** To a person, each command tells what it brought about or armed, or why nothing came. */
+TEST_F(ConsoleCommands, tellWhatCameOfThem)
+{
+    console.tellsConsequences = true;
+    const std::pair<const char*, const char*> cases[] = {
+        { "mcu drop 2", "  mcu loses 2 frames  until mcu drop 0\n" },
+        { "mcu well", "  well again  mcu loses 2 frames\n" },
+        { "camera on", "→ camera signal" },
+        { "gpio 100 1", "→ gpio 100 1 from outside" },
+        { "mcu memory usb 2", "→ mcu memory usb 2 after the unit's next start" },
+        { "n2k play off", "Nothing within a second: the engine does not run" },
+    };
+    const auto say = [&](const std::string& line)
+    {
+        output.str({});
+        EXPECT_EQ(runLine(console, line).error, "") << line;
+        return output.str();
+    };
+    for (const auto& [line, told] : cases)
+        EXPECT_THAT(say(line), HasSubstr(told)) << line;
+    EXPECT_THAT(say("mfd state"), testing::Not(HasSubstr("within a second"))) << "what tells something by itself";
+    EXPECT_THAT(say("trail"), testing::Not(HasSubstr("+-"))) << "nothing came before the command that it tells of";
+}
+
+/** The live view fits the smallest terminal, and fills a large one. */
+TEST_F(ConsoleCommands, drawTheUnitInTheTerminalsSize)
+{
+    for (int i = 0; i < 100; ++i)
+        unit.journal.add("page mbFM", "shown " + std::to_string(i));
+    for (const auto& [columns, rows] : { std::pair(80, 24), std::pair(80, 60), std::pair(200, 55) })
+    {
+        const auto lines = composeWatch(unit, Style(false), { columns, rows });
+        EXPECT_LE(lines.size(), static_cast<std::size_t>(rows)) << rows;
+        for (const auto& line : lines)
+            EXPECT_EQ(Ctl::widthOf(line), columns) << line;
+        const auto told = [&](const char* text) {
+            return std::ranges::any_of(lines,
+                                       [&](const std::string& line) { return line.find(text) != std::string::npos; });
+        };
+        EXPECT_TRUE(told("Any key ends it")) << rows;
+        EXPECT_EQ(told("page mbFM shown 99"), rows > 24) << rows;
+    }
+}
+
+TEST(Events, foldWhatComesByItself)
+{
+    Journal journal;
+    const auto add = [&](int times, const char* stream, const std::string& text)
+    {
+        for (int i = 0; i < times; ++i)
+            journal.add(stream, text);
+    };
+    add(2, "frame EVENT_HEAT_BEAT", "00");
+    add(1, "log", "MCU received ACK arg1: 1, arg2: 0");
+    add(1, "frame EVENT_HEAT_BEAT", "01");
+    add(1, "log", "MCU received ACK arg1: 2, arg2: 0");
+    add(2, "page mbFM", "shown");
+    add(1, "frame EVENT_HEAT_BEAT", "00");
+    std::string all;
+    for (const auto& event : folded(journal.find({}, 100, [](const Event&) { return true; })))
+        all += event.text + "; ";
+    EXPECT_EQ(all, "00 × 3; MCU received ACK arg1: 1, arg2: 0 × 2; shown; shown; 00; ");
 }
 
 TEST_F(ConsoleCommands, namesTheLineOfAScriptThatFails)
