@@ -28,6 +28,7 @@ protected:
         hand.emplace();
         ASSERT_TRUE(comes("page mbFM", "shown"));
         ASSERT_TRUE(comes("mcu agreed", "fm"));
+        ASSERT_TRUE(comes("program AppMainMenu", "connected"));
     }
 
     void TearDown() override

@@ -7,7 +7,7 @@ namespace
 using namespace Bench;
 using BenchPanel::PanelView;
 
-constexpr std::uint32_t keyF1 = 0xffbe, keyUp = 0xff52, keyReturn = 0xff0d, keyEscape = 0xff1b;
+constexpr std::uint32_t keyF3 = 0xffc0, keyUp = 0xff52, keyReturn = 0xff0d, keyEscape = 0xff1b;
 
 // The wheel over the knob, and the arrow keys on it, are steps of the volume of the unit itself.
 TEST_F(PanelTest, TurnsTheVolumeByWheelAndByKey)
@@ -22,19 +22,21 @@ TEST_F(PanelTest, TurnsTheVolumeByWheelAndByKey)
     EXPECT_TRUE(pumpUntil([&] { return volume() == before + 2; }));
 }
 
-// A key of the keyboard is a key of the front panel: the unit changes its source.
+// The third function key is the third key of the front panel, AM/FM: the unit changes its source.
 TEST_F(PanelTest, ChangesTheSourceByAKey)
 {
     mark();
-    hand->click(place("The unit's screen")); // as a window without a manager gets the keyboard
-    hand->type(keyF1);
-    EXPECT_TRUE(pumpUntil([&] { return unit->mcu->state().source != Source { 1, 0 } && unit->mcu->state().agreed; }));
+    hand->click(place("Volume")); // as a window without a manager gets the keyboard
+    ASSERT_TRUE(pumpUntil([&] { return find(*window, "Volume")->hasKeyboardFocus(false); }));
+    hand->type(keyF3);
+    EXPECT_TRUE(comes("mcu agreed", "am"));
 }
 
 // The mouse is a finger on the unit's screen, where the picture of it is, at any size of the window.
 TEST_F(PanelTest, TouchesTheScreen)
 {
     window->setBounds(0, 0, PanelView::width / 2, PanelView::height / 2);
+    pump(); // until the display has heard of it
     const auto middle = place("The unit's screen");
     mark();
     const juce::Point menuButton { 150, 468 }, screenMiddle { 400, 240 };
@@ -90,8 +92,12 @@ TEST_F(PanelTest, AnswersWhatIsTyped)
     { return (sheet = dynamic_cast<juce::TextEditor*>(find(*window, "What the console has said"))) != nullptr; };
     ASSERT_TRUE(pumpUntil(isThere));
     EXPECT_TRUE(sheet->getText().contains("Microcontroller")) << sheet->getText();
-    hand->type(keyEscape);
-    EXPECT_TRUE(pumpUntil([&] { return !sheet->isShowing(); }));
+    EXPECT_TRUE(pumpUntil(
+        [&]
+        {
+            hand->type(keyEscape);
+            return !sheet->isShowing();
+        }));
 }
 
 } // namespace
