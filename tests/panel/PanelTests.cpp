@@ -7,7 +7,7 @@ namespace
 using namespace Bench;
 using BenchPanel::PanelView;
 
-constexpr std::uint32_t keyF3 = 0xffc0, keyUp = 0xff52, keyReturn = 0xff0d, keyEscape = 0xff1b;
+constexpr std::uint32_t keyF1 = 0xffbe, keyUp = 0xff52, keyReturn = 0xff0d, keyEscape = 0xff1b;
 
 // The wheel over the knob, and the arrow keys on it, are steps of the volume of the unit itself.
 TEST_F(PanelTest, TurnsTheVolumeByWheelAndByKey)
@@ -22,14 +22,13 @@ TEST_F(PanelTest, TurnsTheVolumeByWheelAndByKey)
     EXPECT_TRUE(pumpUntil([&] { return volume() == before + 2; }));
 }
 
-// The third function key is the third key of the front panel, AM/FM: the unit changes its source.
-TEST_F(PanelTest, ChangesTheSourceByAKey)
+// The first function key is the first key of the front panel, Source: the unit offers its sources.
+TEST_F(PanelTest, PressesAKeyOfTheFrontPanelByTheKeyboard)
 {
-    mark();
-    hand->click(place("Volume")); // as a window without a manager gets the keyboard
-    ASSERT_TRUE(pumpUntil([&] { return find(*window, "Volume")->hasKeyboardFocus(false); }));
-    hand->type(keyF3);
-    EXPECT_TRUE(comes("mcu agreed", "am"));
+    hand->click(place("Command")); // as a window without a manager gets the keyboard
+    ASSERT_TRUE(pumpUntil([&] { return find(*window, "Command")->hasKeyboardFocus(false); }));
+    hand->type(keyF1);
+    EXPECT_TRUE(comes("page mbMainMenu", "shown"));
 }
 
 // The mouse is a finger on the unit's screen, where the picture of it is, at any size of the window.
@@ -37,11 +36,12 @@ TEST_F(PanelTest, TouchesTheScreen)
 {
     window->setBounds(0, 0, PanelView::width / 2, PanelView::height / 2);
     pump(); // until the display has heard of it
+    hand->click(place("Source"));
+    ASSERT_TRUE(comes("page mbMainMenu", "shown"));
     const auto middle = place("The unit's screen");
-    mark();
-    const juce::Point menuButton { 150, 468 }, screenMiddle { 400, 240 };
-    hand->click(middle + (menuButton - screenMiddle) / 2);
-    EXPECT_TRUE(comes("page mbMainMenu", "shown"));
+    const juce::Point amTile { 300, 130 }, screenMiddle { 400, 240 };
+    hand->click(middle + (amTile - screenMiddle) / 2);
+    EXPECT_TRUE(comes("mcu agreed", "am"));
 }
 
 // A fault of the link shows as a chip as long as it holds, and the chip takes it away.
