@@ -22,7 +22,7 @@ protected:
     {
         std::vector<std::string> all;
         for (const auto& line : list.lines())
-            all.push_back(wordsOf(line.event));
+            all.push_back(BenchPanel::wordsOf(line.event));
         return all;
     }
 
