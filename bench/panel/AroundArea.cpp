@@ -15,6 +15,11 @@ bool isPresent(const PanelState& state, std::uint8_t bit)
 
 constexpr std::uint8_t iPodBit = 0x02, phoneBit = 0x04, pandoraBit = 0x08, satelliteBit = 0x10;
 
+/** With a mark where the unit warns of a low battery. */
+constexpr LineSlider::Scale supplyScale {
+    .lowest = 8, .highest = 16, .step = 0.1, .decimals = 1, .unit = " V", .low = 10.5
+};
+
 /** A thing that is there or not, and the line for each way. */
 struct Thing
 {
@@ -74,91 +79,9 @@ const std::vector<Thing>& things()
 
 } // namespace
 
-BatterySlider::BatterySlider(Desk& deskToUse)
-    : juce::Component("Battery")
-    , desk(deskToUse)
-{
-    setWantsKeyboardFocus(true);
-    setTitle("Battery");
-    setTooltip("battery VOLTS    drag, arrow keys");
-}
-
-void BatterySlider::setVolts(double voltsToShow)
-{
-    if (std::abs(volts - voltsToShow) < 0.01)
-        return;
-    volts = voltsToShow;
-    repaint();
-}
-
-juce::Rectangle<int> BatterySlider::track() const
-{
-    constexpr int labelWidth = 62, valueWidth = 62, height = 8;
-    return getLocalBounds()
-        .withTrimmedLeft(labelWidth)
-        .withTrimmedRight(valueWidth)
-        .withSizeKeepingCentre(getWidth() - labelWidth - valueWidth, height);
-}
-
-void BatterySlider::say(double value)
-{
-    desk.run("battery " + juce::String(juce::jlimit(0.0, 25.2, value), 1));
-}
-
-void BatterySlider::mouseDrag(const juce::MouseEvent& event)
-{
-    const auto area = track();
-    const auto share = static_cast<double>(event.x - area.getX()) / area.getWidth();
-    dragged = lowest + juce::jlimit(0.0, 1.0, share) * (highest - lowest);
-    repaint();
-}
-
-void BatterySlider::mouseUp(const juce::MouseEvent&)
-{
-    if (!dragged)
-        return;
-    say(*dragged);
-    dragged.reset();
-    repaint();
-}
-
-bool BatterySlider::keyPressed(const juce::KeyPress& key)
-{
-    constexpr double step = 0.1;
-    const bool up = key == juce::KeyPress::upKey || key == juce::KeyPress::rightKey;
-    if (!up && key != juce::KeyPress::downKey && key != juce::KeyPress::leftKey)
-        return false;
-    say(volts + (up ? step : -step));
-    return true;
-}
-
-void BatterySlider::paint(juce::Graphics& g)
-{
-    const auto& colours = Look::of(*this).colours;
-    const auto area = track();
-    const auto xOf = [&](double value)
-    {
-        const auto share = (juce::jlimit(lowest, highest, value) - lowest) / (highest - lowest);
-        return area.getX() + static_cast<int>(share * area.getWidth());
-    };
-    const auto value = dragged.value_or(volts);
-    const bool isLow = value < lowBattery;
-    g.setFont(Look::font(Look::bodySize));
-    g.setColour(colours.ink);
-    g.drawText("Battery", getLocalBounds(), juce::Justification::centredLeft);
-    g.setColour(isLow ? colours.bad : colours.ink);
-    g.drawText(juce::String(value, 1) + " V", getLocalBounds(), juce::Justification::centredRight);
-    Look::plate(g, area, colours.button, colours.buttonEdge);
-    constexpr int markHeight = 18, thumbWidth = 12, thumbHeight = 20;
-    g.setColour(colours.warning);
-    g.fillRect(juce::Rectangle<int>(2, markHeight).withCentre({ xOf(lowBattery), area.getCentreY() }));
-    Look::plate(g, juce::Rectangle<int>(thumbWidth, thumbHeight).withCentre({ xOf(value), area.getCentreY() }),
-                isLow ? colours.bad : colours.accent, hasKeyboardFocus(false) ? colours.ink : colours.edge);
-}
-
 AroundArea::AroundArea(Desk& deskToUse)
     : Area(deskToUse, "Plugged in and around")
-    , battery(desk)
+    , battery(desk, "Battery", supplyScale, "battery")
 {
     for (const auto& thing : things())
     {
@@ -179,7 +102,7 @@ void AroundArea::show(const PanelState& state)
         buttons[i]->setTone(isThere ? LineButton::Tone::lit : LineButton::Tone::plain);
         buttons[i]->setLines({ isThere ? thing.go : thing.come, {}, thing.more });
     }
-    battery.setVolts(state.supply.volts);
+    battery.setValue(state.supply.volts);
 }
 
 void AroundArea::resized()

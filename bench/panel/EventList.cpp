@@ -169,7 +169,7 @@ EventList::Origin EventList::originOf(const Event& event) const
         const auto distance = std::chrono::abs(other.at - event.at);
         if (distance > sameMoment)
             continue;
-        if (isFrame(other) && other.place() <= event.place())
+        if (isFrame(other) && other.place() < event.place() && !isFrame(event))
             origin.frame = subjectIn(other.stream) + "  " + other.text;
         else if (other.stream == "log" && (log == nullptr || distance < std::chrono::abs(log->at - event.at)))
             log = &other;

@@ -39,7 +39,7 @@ public:
     /** What an event came with. */
     struct Origin
     {
-        std::string frame; ///< name and bytes: itself, or the last on the link before it; "" when that is long ago
+        std::string frame; ///< the last on the link: name and bytes; "" when that is long ago, or for a frame itself
         std::string log;   ///< the line of the engine's log that is next to it in time; "" without one
     };
     /** By its number; null when it is no longer known. */

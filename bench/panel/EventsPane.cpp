@@ -37,8 +37,8 @@ EventLines::EventLines(Desk& deskToUse, const EventList& listToShow)
 void EventLines::update()
 {
     lines = list.lines();
-    if (opened && list.find(*opened) == nullptr)
-        opened.reset();
+    if (opened && list.find(opened->number) == nullptr)
+        close();
     point(mouse);
     repaint();
 }
@@ -52,7 +52,8 @@ std::pair<std::size_t, std::size_t> EventLines::seen() const
 {
     const auto fitting = static_cast<std::size_t>(listed().getHeight() / rowHeight);
     const auto placeOf = [](const EventList::Line& line) { return line.event.place(); };
-    const auto found = last ? std::ranges::upper_bound(lines, *last, {}, placeOf) : lines.end();
+    const auto lowest = opened ? std::optional(opened->lowest) : last;
+    const auto found = lowest ? std::ranges::upper_bound(lines, *lowest, {}, placeOf) : lines.end();
     const auto end = std::max(static_cast<std::size_t>(found - lines.begin()), std::min(fitting, lines.size()));
     return { end - std::min(fitting, end), end };
 }
@@ -75,24 +76,35 @@ void EventLines::point(std::optional<juce::Point<int>> at)
     repaint();
 }
 
-void EventLines::open(std::optional<std::uint64_t> number)
+void EventLines::open(std::size_t line)
 {
-    opened = number;
-    juce::String text;
-    if (const auto* event = number ? list.find(*number) : nullptr)
+    const auto& event = lines[line].event;
+    const auto first = seen().first;
+    opened = { event.number, {} };
+    // There is less room now.
+    const auto fitting = static_cast<std::size_t>(listed().getHeight() / rowHeight);
+    const auto lowest = line < first ? line : std::max(line, std::min(first + fitting, lines.size()) - 1);
+    opened->lowest = lines[lowest].event.place();
+    if (const auto* whole = list.find(event.number))
     {
-        const auto origin = list.originOf(*event);
-        text << event->stream << "  " << juce::String::fromUTF8(event->text.c_str()) << "\n"
-             << origin.frame << "\n"
-             << juce::String::fromUTF8(origin.log.c_str());
+        const auto origin = list.originOf(*whole);
+        const auto text = whole->stream + "  " + whole->text + "\n" + origin.frame + "\n" + origin.log;
+        setDescription(juce::String::fromUTF8(text.c_str()));
     }
-    setDescription(text);
+    repaint();
+}
+
+void EventLines::close()
+{
+    opened.reset();
+    setDescription({});
     repaint();
 }
 
 void EventLines::scroll(int by)
 {
     const auto end = static_cast<int>(seen().second) + by;
+    close();
     if (end >= static_cast<int>(lines.size()))
         last.reset();
     else
@@ -104,8 +116,10 @@ void EventLines::scroll(int by)
 void EventLines::mouseUp(const juce::MouseEvent& event)
 {
     const auto line = lineAt(event.getPosition());
-    const auto number = line ? std::optional(lines[*line].event.number) : std::nullopt;
-    open(number == opened ? std::nullopt : number);
+    if (line && !isOpened(lines[*line]))
+        open(*line);
+    else
+        close();
 }
 
 void EventLines::mouseWheelMove(const juce::MouseEvent&, const juce::MouseWheelDetails& wheel)
@@ -117,14 +131,11 @@ bool EventLines::keyPressed(const juce::KeyPress& key)
 {
     const bool up = key == juce::KeyPress::upKey;
     if (key == juce::KeyPress::escapeKey && opened)
-        open({});
+        close();
     else if ((up || key == juce::KeyPress::downKey) && !lines.empty())
     {
-        const auto isOpened = [&](const EventList::Line& line) { return line.event.number == opened; };
-        const auto now = std::ranges::find_if(lines, isOpened) - lines.begin();
-        const auto wanted = std::clamp<std::ptrdiff_t>(now + (up ? -1 : 1), 0, std::ssize(lines) - 1);
-        last = lines[static_cast<std::size_t>(wanted)].event.place();
-        open(lines[static_cast<std::size_t>(wanted)].event.number);
+        const auto now = std::ranges::find_if(lines, [&](auto& line) { return isOpened(line); }) - lines.begin();
+        open(static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(now + (up ? -1 : 1), 0, std::ssize(lines) - 1)));
     }
     else if (key == juce::KeyPress::endKey)
         scroll(static_cast<int>(lines.size()));
@@ -154,9 +165,9 @@ void EventLines::paintLine(juce::Graphics& g, const EventList::Line& line, juce:
     constexpr int timeWidth = 58, subjectWidth = 68, markWidth = 14, markSize = 6;
     const auto& colours = Look::of(*this).colours;
     const auto& event = line.event;
-    if (event.number == opened || event.number == marked)
+    if (isOpened(line) || event.number == marked)
     {
-        g.setColour(colours.accent.withAlpha(event.number == opened ? 0.25f : 0.12f));
+        g.setColour(colours.accent.withAlpha(isOpened(line) ? 0.25f : 0.12f));
         g.fillRoundedRectangle(row.toFloat(), 3.0f);
     }
     row = row.reduced(Look::grid, 0);
@@ -182,17 +193,23 @@ void EventLines::paintOrigin(juce::Graphics& g, juce::Rectangle<int> area) const
     const auto& colours = Look::of(*this).colours;
     Look::plate(g, area, colours.well, colours.edge);
     area = area.reduced(Look::grid, 2);
-    auto rows = juce::StringArray::fromLines(getDescription());
-    const auto row = [&](int index, int height, juce::Colour colour, int count)
+    const auto texts = juce::StringArray::fromLines(getDescription());
+    const auto mono = juce::Font("DejaVu Sans Mono", Look::smallSize - 1.0f, juce::Font::plain);
+    const std::tuple<juce::Font, juce::Colour, int> rows[] { { Look::font(Look::smallSize), colours.ink, 2 },
+                                                             { mono, colours.warning, 2 },
+                                                             { mono, colours.dim, 2 } };
+    for (int i = 0; i < texts.size(); ++i)
     {
+        const auto& [font, colour, most] = rows[i];
+        const auto text = juce::StringArray::fromTokens(texts[i], false).joinIntoString(" ");
+        const auto lineCount = std::min(most, 1 + font.getStringWidth(text) / area.getWidth());
+        if (text.isEmpty())
+            continue;
+        g.setFont(font);
         g.setColour(colour);
-        g.drawFittedText(rows[index], area.removeFromTop(height), juce::Justification::topLeft, count, 1.0f);
-    };
-    const auto height = area.getHeight() / 4;
-    row(0, height, colours.ink, 1);
-    g.setFont(juce::Font("DejaVu Sans Mono", Look::smallSize - 1.0f, juce::Font::plain));
-    row(1, 2 * height, colours.warning, 2);
-    row(2, height, colours.dim, 1);
+        g.drawFittedText(text, area.removeFromTop(lineCount * (rowHeight - Look::grid)), juce::Justification::topLeft,
+                         lineCount, 1.0f);
+    }
 }
 
 EventsPane::EventsPane(Desk& deskToUse)
@@ -234,9 +251,10 @@ void EventsPane::resized()
     auto row = area.removeFromTop(chipHeight);
     area.removeFromTop(gap);
     lines.setBounds(area);
-    // Each as wide as its word wants, all together as wide as the pane.
-    const auto font = Look::font(Look::bodySize);
-    const auto widthOf = [&](const LineButton& chip) { return font.getStringWidth(chip.getName()) + margin; };
+    // Each as wide as its word wants when it is narrowed, all together as wide as the pane.
+    const auto font = Look::font(Look::bodySize).withHorizontalScale(0.8f);
+    constexpr int around = 5 * Look::grid;
+    const auto widthOf = [&](const LineButton& chip) { return font.getStringWidth(chip.getName()) + around; };
     auto left = 0;
     for (const auto& chip : chips)
         left += widthOf(*chip);

@@ -26,14 +26,21 @@ private:
     std::optional<Place> last;             ///< the lowest line that is seen; the newest without one
     std::optional<juce::Point<int>> mouse; ///< while it is here
     std::optional<std::uint64_t> marked;   ///< number of the event whose moment is marked on the link
-    std::optional<std::uint64_t> opened;   ///< of the event whose origin is shown
+    struct Opened
+    {
+        std::uint64_t number;
+        Place lowest; ///< line that is seen meanwhile, so that it stays in its place
+    };
+    std::optional<Opened> opened; ///< the event whose origin is shown
 
     juce::Rectangle<int> listed() const;
     /** Index of the uppermost line that is seen, and of the one behind the lowest. */
     std::pair<std::size_t, std::size_t> seen() const;
+    bool isOpened(const EventList::Line& line) const { return opened && opened->number == line.event.number; }
     std::optional<std::size_t> lineAt(juce::Point<int> at) const;
     void point(std::optional<juce::Point<int>> at);
-    void open(std::optional<std::uint64_t> number);
+    void open(std::size_t line);
+    void close();
     void scroll(int by);
 
     void paint(juce::Graphics& g) override;

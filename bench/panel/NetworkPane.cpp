@@ -1,5 +1,7 @@
 #include "bench/panel/NetworkPane.h"
 
+#include <algorithm>
+
 namespace BenchPanel
 {
 
@@ -47,18 +49,22 @@ void ZoneRow::resized()
 }
 
 NetworkPane::AnswerLine::AnswerLine(Desk& deskToUse)
-    : QuietButton(deskToUse, {},
-                  { "mfd state",
-                    {},
-                    { "mfd request zones", "mfd request volumes", "mfd request configuration 1",
-                      "mfd request parameters 1", "mfd mute 0", "mfd phone", "mfd flood 50 3s" } })
+    : QuietButton(deskToUse, {})
 {
 }
 
 void NetworkPane::AnswerLine::show(const NetworkDisplay::State& network)
 {
+    const bool knowsVolumes =
+        std::ranges::any_of(network.zones, [](const auto& each) { return each.second.volume.has_value(); });
     isRefusal = network.lastAnswer.starts_with("refused");
-    setLabel(network.lastAnswer.empty() ? "nothing was answered yet" : network.lastAnswer);
+    setLabel(!network.lastAnswer.empty() ? juce::String(network.lastAnswer)
+             : knowsVolumes              ? "nothing was answered yet"
+                                         : "no volume was told yet: a click asks for them");
+    setLines({ knowsVolumes ? "mfd state" : "mfd request volumes",
+               {},
+               { "mfd request zones", "mfd request volumes", "mfd request configuration 1", "mfd request parameters 1",
+                 "mfd phone", "mfd flood 50 3s" } });
 }
 
 void NetworkPane::AnswerLine::paintWords(juce::Graphics& g)
@@ -89,7 +95,7 @@ void NetworkPane::show(const PanelState& state)
 
 void NetworkPane::resized()
 {
-    const auto area = content().reduced(3 * Look::grid, 0);
+    const auto area = content();
     zone1.setBounds(area.withHeight(rowHeight));
     zone2.setBounds(area.withTrimmedTop(rowStep).withHeight(rowHeight));
     answer.setBounds(area.withTrimmedTop(2 * rowStep).reduced(-gap, 0).withHeight(5 * Look::grid));

@@ -9,7 +9,7 @@ namespace BenchPanel
 namespace
 {
 
-constexpr int indent = 2 * Look::grid, lineHeight = 17, placeWidth = 72, timeWidth = 64;
+constexpr int indent = 2 * Look::grid, lineHeight = 16, reasonHeight = 30, placeWidth = 72, timeWidth = 64;
 
 /** A page that the engine names, as what a place holds; "" and "none" are no page. */
 PageLine::Shown shownOf(const std::string& name, const char* none)
@@ -67,12 +67,15 @@ void PageLine::paintWords(juce::Graphics& g)
     g.setFont(Look::font(Look::smallSize));
     g.setColour(colours.dim);
     g.drawText(place, line.removeFromLeft(placeWidth), juce::Justification::centredLeft);
-    g.drawText(shown.reason, area, juce::Justification::centredLeft);
     g.setColour(shown.kind == Shown::Kind::there     ? colours.good
                 : shown.kind == Shown::Kind::missing ? colours.warning
                                                      : colours.dim);
     g.setFont(Look::font(Look::bodySize, true));
     g.drawText(shown.title, line, juce::Justification::centredLeft);
+    if (shown.kind == Shown::Kind::there)
+        g.setColour(colours.dim);
+    g.setFont(Look::font(Look::smallSize));
+    g.drawFittedText(shown.reason, area, juce::Justification::topLeft, 2, 1.0f);
 }
 
 RequestLine::RequestLine(Desk& deskToUse)
@@ -164,7 +167,7 @@ void PagesPane::showRequests()
 void PagesPane::resized()
 {
     auto area = content().reduced(Look::grid);
-    front.setBounds(area.removeFromTop(2 * lineHeight));
+    front.setBounds(area.removeFromTop(lineHeight + reasonHeight));
     behind.setBounds(area.removeFromTop(lineHeight));
     rear.setBounds(area.removeFromTop(lineHeight));
     area.removeFromTop(Look::grid);

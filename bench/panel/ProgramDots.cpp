@@ -120,7 +120,7 @@ void ProgramDots::resized()
         for (auto i = begin; i < end; ++i)
         {
             dots[i]->setBounds(row.removeFromLeft(widthOf(i)));
-            row.removeFromLeft(spare / static_cast<int>(perRow - 1));
+            row.removeFromLeft(spare / static_cast<int>(end - begin - 1));
         }
     }
 }

@@ -35,7 +35,7 @@ juce::String silenceText(const PanelState& state)
     if (!Bench::isMuted(state.dsp))
         return {};
     const auto reasons = Ctl::Fields(state.engine->state)["muteReasons"];
-    return "muted" + (reasons.empty() ? juce::String() : ": " + juce::String::fromUTF8(reasons.c_str()));
+    return reasons.empty() ? "muted" : juce::String::fromUTF8(reasons.c_str());
 }
 
 } // namespace
@@ -291,6 +291,7 @@ void SoundPane::resized()
     mute.setBounds(getLocalBounds().removeFromTop(Look::headingHeight).removeFromRight(muteWidth).withTrimmedBottom(1));
     auto area = content().withTrimmedTop(margin).withTrimmedBottom(below).withTrimmedLeft(margin);
     meters.setBounds(area.removeFromRight(metersWidth));
+    area.removeFromRight(margin);
     curves.setBounds(area);
 }
 

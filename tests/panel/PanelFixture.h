@@ -43,6 +43,18 @@ protected:
     {
         return pumpUntil([&] { return !unit->journal.find(marked, 1, Bench::isEvent(stream, text)).empty(); });
     }
+    /** The same until the condition holds, with a hand that trembles at this place, as one does. */
+    template <typename Condition>
+    bool comesOfHand(juce::Point<int> at, Condition condition)
+    {
+        int x = 0;
+        return pumpUntil(
+            [&]
+            {
+                hand->moveTo(at.translated(x = 1 - x, 0));
+                return condition();
+            });
+    }
     void mark() { marked = unit->journal.end(); }
 
     int volume() const
