@@ -25,10 +25,11 @@ TEST_F(PanelTest, TurnsTheVolumeByWheelAndByKey)
 // The first function key is the first key of the front panel, Source: the unit offers its sources.
 TEST_F(PanelTest, PressesAKeyOfTheFrontPanelByTheKeyboard)
 {
-    hand->click(place("Command")); // as a window without a manager gets the keyboard
-    ASSERT_TRUE(pumpUntil([&] { return find(*window, "Command")->hasKeyboardFocus(false); }));
+    const auto field = place("Command");
+    hand->click(field); // as a window without a manager gets the keyboard
+    ASSERT_TRUE(comesOfHand(field, [&] { return find(*window, "Command")->hasKeyboardFocus(false); }));
     hand->type(keyF1);
-    EXPECT_TRUE(comes("page mbMainMenu", "shown"));
+    EXPECT_TRUE(comesOfHand(field, [&] { return unit->programs.pageInFront() == Pubhead::mbMainMenu; }));
 }
 
 // The mouse is a finger on the unit's screen, where the picture of it is, at any size of the window.
@@ -92,12 +93,8 @@ TEST_F(PanelTest, AnswersWhatIsTyped)
     { return (sheet = dynamic_cast<juce::TextEditor*>(find(*window, "What the console has said"))) != nullptr; };
     ASSERT_TRUE(pumpUntil(isThere));
     EXPECT_TRUE(sheet->getText().contains("Microcontroller")) << sheet->getText();
-    EXPECT_TRUE(pumpUntil(
-        [&]
-        {
-            hand->type(keyEscape);
-            return !sheet->isShowing();
-        }));
+    hand->type(keyEscape);
+    EXPECT_TRUE(comesOfHand(place("Command"), [&] { return !sheet->isShowing(); }));
 }
 
 } // namespace
