@@ -42,6 +42,7 @@ void CommandLine::offerTo(CLI::App& app)
         ->needs("--script");
     app.add_option("--pictures", pictures, "Let 'picture' write into this folder")->option_text("FOLDER");
     app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
+    app.add_flag("--panel", panel, "Show and press the whole unit in a window");
     app.add_flag(
         "--stdin", console,
         "Read commands from standard input even when it is no terminal; goes on after one that fails, and is 1 "

@@ -23,7 +23,7 @@ struct CommandLine
     std::vector<std::string> programs; ///< "aux=./mine"
     std::string script, transcript, pictures, programFolder;
     bool tour = false, console = false, noEngine = false, printVerbs = false;
-    bool ownDisplay = false, noDisplay = false, noWait = false;
+    bool ownDisplay = false, noDisplay = false, noWait = false, panel = false;
 
     /** `app` writes into this object when it parses. */
     void offerTo(CLI::App& app);

@@ -14,6 +14,7 @@ Console::Console(Unit& unitToUse, Style styleToUse, std::ostream& outputToUse, b
     , output(outputToUse)
     , watched(somebodyWatches)
     , expectations(unitToUse.journal)
+    , recorder(unitToUse.journal)
     , headline(unitToUse.journal.end())
 {
 }

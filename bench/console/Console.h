@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/console/Expect.h"
+#include "bench/console/Recorder.h"
 #include "bench/console/Transcript.h"
 #include "bench/unit/Unit.h"
 #include "ctl/Style.h"
@@ -28,6 +29,8 @@ public:
     const bool watched;             ///< somebody sees the output as it comes
     bool tellsConsequences = false; ///< of each line, to a person
     Expectations expectations;
+    Recorder recorder;
+    double speed = 1;          ///< of a replay: so many times as fast
     std::string pictureFolder; ///< where `picture` writes to; "" leaves pictures out
     std::optional<TranscriptSections> chosenSections;
     /** Shows the unit until somebody ends it or the time is over; without it `watch` shows it once. */

@@ -79,13 +79,23 @@ Outcome showRemote(Console& console, const Arguments&)
     return {};
 }
 
-Outcome takePicture(Console& console, const Arguments& given)
+Outcome savePictureOf(Console& console, const std::string& display, const std::string& name)
 {
     if (console.pictureFolder.empty())
         return console.tellsConsequences ? failed("pictures go to the folder of --pictures, which was not given")
                                          : Outcome {};
-    const auto error = savePicture(console.unit.engine().display(), console.pictureFolder + "/" + given[0] + ".png");
+    const auto error = savePicture(display, console.pictureFolder + "/" + name + ".png");
     return error.empty() ? Outcome {} : failed(error);
+}
+
+Outcome takePicture(Console& console, const Arguments& given)
+{
+    return savePictureOf(console, console.unit.engine().display(), given[0]);
+}
+
+Outcome takeDesktopPicture(Console& console, const Arguments& given)
+{
+    return savePictureOf(console, displayOfEnvironment(Display::ofEnvironment), given[0]);
 }
 
 } // namespace
@@ -127,6 +137,7 @@ Verbs deviceVerbs()
           onUnit([](Unit& unit, auto& given)
                  { return touchScreen(unit.engine().display(), given.number(0), given.number(1)); }) },
         { "picture NAME", "The screen as NAME.png in the folder of --pictures; left out without it.", takePicture },
+        { "picture desktop NAME", "The same of the desktop, where the panel is.", takeDesktopPicture },
         { "engine start|stop|restart|kill", "The engine's process; its programs go on without it for a while.",
           onUnit([](Unit& unit, auto& given) { return unit.engine().controlEngine(given[0]); }) },
         { "engine stall GROUP TIME", "One of its groups of tasks (SystemGroup) hangs for so long, all others go on.",

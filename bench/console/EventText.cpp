@@ -32,6 +32,37 @@ Weight weightOf(const Event& event)
     return repeats || stream.starts_with("sent ") ? Weight::echo : Weight::telling;
 }
 
+std::span<const Subject> allSubjects()
+{
+    static const Subject subjects[] = {
+        { "pages", { "page", "front", "settled" } },
+        { "mcu", { "mcu", "frame", "sent", "autotest" } },
+        { "programs", { "program" } },
+        { "sound", { "dsp" } },
+        { "network", { "mfd", "n2k" } },
+        { "remote", { "remote" } },
+        { "log", { "log" } },
+        { "unit", {} },
+    };
+    return subjects;
+}
+
+const Subject& subjectOf(const Event& event)
+{
+    const auto word = event.stream.substr(0, event.stream.find(' '));
+    const auto subjects = allSubjects();
+    const auto isIts = [&](const Subject& each) { return std::ranges::find(each.streams, word) != each.streams.end(); };
+    const auto found = std::ranges::find_if(subjects, isIts);
+    return found != subjects.end() ? *found : subjects.back();
+}
+
+const Subject* findSubject(const std::string& name)
+{
+    const auto subjects = allSubjects();
+    const auto found = std::ranges::find(subjects, name, &Subject::name);
+    return found != subjects.end() ? &*found : nullptr;
+}
+
 std::vector<Event> folded(const std::vector<Event>& events)
 {
     struct Regular

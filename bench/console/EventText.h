@@ -2,6 +2,8 @@
 
 #include "bench/unit/Journal.h"
 
+#include <span>
+
 namespace Bench
 {
 
@@ -14,6 +16,20 @@ enum class Weight {
     detail   ///< see isDetail
 };
 Weight weightOf(const Event& event);
+
+/** The stream of the lines that are said to the console of the panel. */
+inline const std::string saidStream = "said";
+
+/** What an event is about. */
+struct Subject
+{
+    std::string name;
+    std::vector<std::string> streams; ///< first words of theirs; what is in none of all is the last one's
+};
+std::span<const Subject> allSubjects();
+const Subject& subjectOf(const Event& event);
+/** Null when there is none of this name. */
+const Subject* findSubject(const std::string& name);
 
 /** Of what comes by itself, heartbeats and acknowledgements, one each with how many came between two other events. */
 std::vector<Event> folded(const std::vector<Event>& events);

@@ -33,6 +33,11 @@ double Arguments::decimal(std::size_t at) const
         .value_or(0);
 }
 
+double Arguments::speed(std::size_t at) const
+{
+    return parseSpeed((*this)[at]).value_or(1);
+}
+
 std::chrono::milliseconds Arguments::time(std::size_t at) const
 {
     return parseDuration((*this)[at]).value_or(std::chrono::milliseconds(0));

@@ -36,6 +36,7 @@ public:
     }
     std::vector<std::uint8_t> bytes(std::size_t at) const { return parseBytes(words(at)).bytes; }
     double decimal(std::size_t at) const;
+    double speed(std::size_t at) const; ///< 1 when it was left out
     /** None when it is the word "off", or left out. */
     std::chrono::milliseconds time(std::size_t at) const;
     /** A name and a number that may follow. */

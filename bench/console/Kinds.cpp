@@ -1,5 +1,6 @@
 #include "bench/console/Kinds.h"
 
+#include "bench/console/EventText.h"
 #include "bench/mcu/Mcu.h"
 #include "bench/network/NetworkDecode.h"
 #include "bench/program/PageLayout.h"
@@ -108,8 +109,11 @@ std::span<const Kind> allKinds()
         { "SETTING", "a name (eq-preset) or 0 to " + std::to_string(highestSetting()),
           [](auto& word) { return findSetting(word).has_value(); }, settingNames },
         { "SOURCE", "am fm disc aux sirius ipod usb bt off pandora wb, or a type's number", isSource, sourceNames },
-        decimal("SPEED", 0.01, 1000, "0.01 to 1000, 1 is the file's own"),
+        { "SPEED", "0.01 to 1000, or 2x; 1 is the file's own",
+          [](auto& word) { return parseSpeed(word).has_value(); } },
         number("STORAGE", 1, Unit::usbCount),
+        { "SUBJECT", "pages, mcu, programs, sound, network, remote, log or unit",
+          [](auto& word) { return findSubject(word) != nullptr; }, [] { return namesIn(allSubjects()); } },
         { "TIME", "for example 3s or 500ms, at most an hour",
           [](auto& word) { return parseDuration(word).has_value(); } },
         { "TONE", "fader, balance, subwoofer, treble, middle or bass",
@@ -136,6 +140,12 @@ std::optional<double> parseDecimal(const std::string& text, double lowest, doubl
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     const bool isWhole = error == std::errc() && end == text.data() + text.size();
     return isWhole && value >= lowest && value <= highest ? std::optional(value) : std::nullopt;
+}
+
+std::optional<double> parseSpeed(const std::string& text)
+{
+    constexpr double slowest = 0.01, fastest = 1000;
+    return parseDecimal(text.substr(0, text.size() - (text.ends_with('x') ? 1 : 0)), slowest, fastest);
 }
 
 } // namespace Bench

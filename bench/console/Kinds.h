@@ -23,4 +23,7 @@ const Kind* findKind(const std::string& name);
 /** A number that may have a point, within the limits. */
 std::optional<double> parseDecimal(const std::string& text, double lowest, double highest);
 
+/** "2" or "2x": 0.01 to 1000 times as fast. */
+std::optional<double> parseSpeed(const std::string& text);
+
 } // namespace Bench

@@ -144,7 +144,7 @@ Verbs networkVerbs()
         { "n2k play FILE [SPEED]",
           "Sends a file's lines to the unit as fast as the link takes them, or SPEED times as fast as they came.",
           on(&Unit::networkLog, [](auto& network, auto& given)
-             { return network.play(given[0], given.has(1) ? std::optional(given.decimal(1)) : std::nullopt); }) },
+             { return network.play(given[0], given.has(1) ? std::optional(given.speed(1)) : std::nullopt); }) },
         { "n2k play off", "Ends that.", on(&Unit::networkLog, &NetworkLog::stopPlaying) },
     };
 }

@@ -138,7 +138,12 @@ Outcome showEvents(Console& console, const Arguments& given)
 {
     const auto& style = console.style;
     constexpr int usualCount = 20;
-    const auto isShown = [](const Event& event) { return weightOf(event) != Weight::detail; };
+    const auto subjects = given.words(1);
+    const auto isShown = [&](const Event& event)
+    {
+        return subjects.empty() ? weightOf(event) != Weight::detail
+                                : std::ranges::find(subjects, subjectOf(event).name) != subjects.end();
+    };
     const auto events = lastFolded(console, given.number(0, usualCount), isShown);
     const auto now = Clock::now();
     for (const auto& event : events)
@@ -207,7 +212,8 @@ Verbs reportVerbs()
           showState },
         { "pages", "What the engine says of every page, and which one the programs show.", showPages },
         { "programs", "What the engine says of the programs, and what they do.", showPrograms },
-        { "events [COUNT]", "What happened last, on all devices.", showEvents },
+        { "events [COUNT] [SUBJECT...]", "What happened last, on all devices; of some subjects with all details.",
+          showEvents },
         { "trail", "The frames and messages since the last headline, or since a person's last command.", showTrail },
         { "watch [TIME]", "The whole unit at a glance, drawn again and again until a key is pressed; once in a script.",
           watch },

@@ -56,6 +56,25 @@ std::string joined(std::span<const std::string> words)
     return text;
 }
 
+std::string quotedLine(std::span<const std::string> words)
+{
+    std::string text;
+    for (const auto& word : words)
+    {
+        text += text.empty() ? "" : " ";
+        if (!word.empty() && word.find_first_of(" \t\r#\"") == std::string::npos)
+        {
+            text += word;
+            continue;
+        }
+        text += '"';
+        for (const char c : word)
+            text += c == '"' || c == '\\' ? std::string { '\\', c } : std::string { c };
+        text += '"';
+    }
+    return text;
+}
+
 std::optional<std::chrono::milliseconds> parseDuration(const std::string& text)
 {
     double value = 0;

@@ -24,6 +24,9 @@ Line parseLine(const std::string& text);
 /** With a blank between them. */
 std::string joined(std::span<const std::string> words);
 
+/** The line that `parseLine` cuts into these words. */
+std::string quotedLine(std::span<const std::string> words);
+
 /** "300ms", "3s", "1.5s"; a bare number is seconds. Empty when it is none of these or above an hour. */
 std::optional<std::chrono::milliseconds> parseDuration(const std::string& text);
 

@@ -116,7 +116,8 @@ Outcome say(Console& console, const Arguments& given)
 Outcome wait(Console& console, const Arguments& given)
 {
     auto& journal = console.unit.journal;
-    journal.waitFor(journal.end(), Clock::now() + given.time(0), [](const Event&) { return false; });
+    const auto time = std::chrono::duration_cast<Clock::duration>(given.time(0) / console.speed);
+    journal.waitFor(journal.end(), Clock::now() + time, [](const Event&) { return false; });
     return {};
 }
 

@@ -46,6 +46,7 @@ Verbs dspVerbs();
 Verbs reportVerbs();
 Verbs diagnosticsVerbs();
 Verbs scriptVerbs();
+Verbs recordVerbs();
 
 /** The run of `switches`, which has a file of its own, too. */
 Outcome switchPages(Console& console, const Arguments& given);

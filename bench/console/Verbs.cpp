@@ -59,7 +59,7 @@ std::span<const VerbGroup> allVerbs()
         { "The source programs and the settings", programVerbs() },
         { "The boat's network and the factory's test equipment", together({ networkVerbs(), testEquipmentVerbs() }) },
         { "Looking, and asking the engine", together({ reportVerbs(), diagnosticsVerbs() }) },
-        { "Scenarios", scriptVerbs() },
+        { "Scenarios", together({ scriptVerbs(), recordVerbs() }) },
     };
     return groups;
 }
@@ -84,7 +84,13 @@ Outcome runLine(Console& console, const Words& words)
         return {};
     const auto choice = verbGrammar().choose(words);
     if (choice.arguments)
-        return verbs()[choice.pattern].run(console, *choice.arguments);
+    {
+        const auto at = Clock::now();
+        auto outcome = verbs()[choice.pattern].run(console, *choice.arguments);
+        if (outcome.kind == Outcome::acted)
+            console.recorder.add({ at, quotedLine(words) });
+        return outcome;
+    }
     if (!choice.error.empty())
         return failed(choice.error);
     return failed("there is no command '" + words[0] + "', see help." + nearText(words[0], completionsFor({})));

@@ -2,6 +2,8 @@
 #include "bench/console/CommandLine.h"
 #include "bench/console/Terminal.h"
 #include "bench/console/Verb.h"
+#include "bench/panel/PanelWindow.h"
+#include "bench/unit/VirtualDisplay.h"
 
 #include <CLI/CLI.hpp>
 #include <atomic>
@@ -180,13 +182,21 @@ int main(int argc, char** argv)
         return installPrograms(choices);
     if (!choices.attached.configuration.empty())
         choices.unit.attached = choices.attached;
+    if (choices.panel && displayOfEnvironment(Display::ofEnvironment).empty())
+    {
+        std::cerr << "there is no display for the panel: DISPLAY names one\n";
+        return 2;
+    }
+    // Behind the panel the unit draws where only the panel looks.
+    choices.ownDisplay = choices.ownDisplay || (choices.panel && !choices.noDisplay && !choices.unit.attached &&
+                                                VirtualDisplay::isInstalled());
     if (choices.noDisplay || choices.ownDisplay)
         choices.unit.display = choices.noDisplay ? Display::none : Display::own;
 
     const bool atTerminal = ::isatty(STDIN_FILENO) == 1;
     const bool watched = ::isatty(STDOUT_FILENO) == 1;
     auto& script = choices.script;
-    if (script.empty() && (choices.tour || (!atTerminal && !choices.console)))
+    if (script.empty() && !choices.panel && (choices.tour || (!atTerminal && !choices.console)))
         script = choices.unit.resources + "/bench/tour.scenario";
     if (!script.empty() && !std::filesystem::exists(script))
     {
@@ -197,7 +207,7 @@ int main(int argc, char** argv)
     Interruption::block();
     const auto style = Style::ofOutput();
     Unit unit(choices.unit);
-    const Interruption interruption(unit.journal, atTerminal && script.empty());
+    const Interruption interruption(unit.journal, atTerminal && script.empty() && !choices.panel);
     auto error = unit.start();
     if (error.empty() && !choices.noEngine && !choices.unit.attached)
         error = unit.startEngine();
@@ -211,12 +221,13 @@ int main(int argc, char** argv)
     Console commands(unit, style, std::cout, watched);
     commands.pictureFolder = choices.pictures;
     commands.tellsConsequences = watched && script.empty();
-    if (!choices.noEngine && !choices.unit.attached && !choices.noWait)
+    // The panel shows how the unit comes up.
+    if (!choices.noEngine && !choices.unit.attached && !choices.noWait && !choices.panel)
         waitForUnit(unit);
-    const int status = !script.empty() ? playScript(commands, unit, choices)
-                       : atTerminal    ? converseAtTerminal(commands)
-                       : runScript(commands, std::cin, "standard input", AfterFailure::nextLine) ? 0
-                                                                                                 : 1;
+    const int status = choices.panel     ? BenchPanel::runPanel(unit, { choices.ownDisplay, choices.pictures, script })
+                       : !script.empty() ? playScript(commands, unit, choices)
+                       : atTerminal      ? converseAtTerminal(commands)
+                                    : (runScript(commands, std::cin, "standard input", AfterFailure::nextLine) ? 0 : 1);
     const auto folder = unit.folder();
     unit.stop();
     if (choices.unit.keepFolder)

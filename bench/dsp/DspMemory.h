@@ -26,6 +26,7 @@ struct DspMemory
     {
         return std::span(banks.at(bank)).subspan(address, count);
     }
+    bool operator==(const DspMemory&) const = default;
 };
 
 } // namespace Bench

@@ -106,6 +106,12 @@ bool Journal::isInterrupted() const
     return interrupted;
 }
 
+bool Journal::isEnded() const
+{
+    const std::scoped_lock guard(lock);
+    return isOver;
+}
+
 std::uint64_t Journal::forgotten() const
 {
     const std::scoped_lock guard(lock);

@@ -68,6 +68,8 @@ public:
     /** There are waits again. False when they were ended for good. */
     bool goOn();
     bool isInterrupted() const;
+    /** Whether for good. */
+    bool isEnded() const;
 
     /** Events kept. Older ones are forgotten and counted. */
     static constexpr std::size_t capacity = 100'000;

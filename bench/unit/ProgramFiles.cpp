@@ -79,7 +79,7 @@ std::string ProgramFiles::remove(int appType)
     fs::remove(lateFile(file), error);
     fs::remove(lateFile(file).parent_path(), isNotEmpty);
     fs::remove(file, error);
-    startFaults[appType] = "is missing";
+    note(appType, "is missing");
     return error ? file.string() + ": " + error.message() : std::string();
 }
 
@@ -91,16 +91,28 @@ std::string ProgramFiles::replace(int appType, const std::string& program)
     return install(appType, {});
 }
 
+std::map<int, std::string> ProgramFiles::faults() const
+{
+    const std::scoped_lock guard(lock);
+    return startFaults;
+}
+
+void ProgramFiles::note(int appType, const std::string& fault)
+{
+    const std::scoped_lock guard(lock);
+    if (fault.empty())
+        startFaults.erase(appType);
+    else
+        startFaults[appType] = fault;
+}
+
 std::string ProgramFiles::install(int appType, std::chrono::milliseconds delay)
 {
     if (auto error = remove(appType); !error.empty())
         return error;
     const fs::path file = paths[appType], late = lateFile(file);
     const bool isLate = delay.count() > 0;
-    if (isLate)
-        startFaults[appType] = "starts " + std::to_string(delay.count()) + " ms late";
-    else
-        startFaults.erase(appType);
+    note(appType, isLate ? "starts " + std::to_string(delay.count()) + " ms late" : "");
     if (auto error = link(changed[appType].now, isLate ? late : file); !error.empty() || !isLate)
         return error;
     const auto seconds = std::to_string(std::chrono::duration<double>(delay).count());

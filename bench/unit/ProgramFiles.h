@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <map>
+#include <mutex>
 #include <set>
 #include <string>
 
@@ -34,8 +35,8 @@ public:
     /** All as it was. */
     void restore();
 
-    /** What is wrong with their starts, by application type. */
-    const std::map<int, std::string>& faults() const { return startFaults; }
+    /** What is wrong with their starts, by application type. Any thread. */
+    std::map<int, std::string> faults() const;
     /** Whether there is a file for the engine to start. */
     bool canStart(int appType) const;
     /** Application types whose file is another program than the stand-in. */
@@ -50,7 +51,11 @@ private:
     std::string fallback;
     std::map<int, std::string> paths;
     std::map<int, Target> changed;
+    mutable std::mutex lock; // guards this one
     std::map<int, std::string> startFaults;
+
+    /** "" when nothing is wrong any more. */
+    void note(int appType, const std::string& fault);
 };
 
 } // namespace Bench

@@ -3,10 +3,23 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 
 namespace Bench
 {
+
+namespace
+{
+
+constexpr const char* serverProgram = "/usr/bin/Xvfb";
+
+} // namespace
+
+bool VirtualDisplay::isInstalled()
+{
+    return std::filesystem::exists(serverProgram);
+}
 
 std::string VirtualDisplay::start(const std::string& folder)
 {
@@ -17,7 +30,7 @@ std::string VirtualDisplay::start(const std::string& folder)
     // The server looks for a free number itself and writes it once it takes connections, so that servers that start at
     // the same time do not meet. It does not begin anew whenever the last program has left.
     auto error = server.start(
-        { "/usr/bin/Xvfb",
+        { serverProgram,
           { "-displayfd", std::to_string(ready[1]), "-screen", "0", "800x480x24", "-nolisten", "tcp", "-noreset" },
           {},
           folder + "/display.log",

@@ -9,6 +9,8 @@ namespace Bench
 class VirtualDisplay
 {
 public:
+    static bool isInstalled();
+
     /**
         Starts it; ready when it returns. Its server's output goes to a file in the folder. Empty on success, else what
         failed.

@@ -12,7 +12,12 @@
 class XServer
 {
 public:
-    XServer() { start(); }
+    /** As large as the unit's screen, or as a desktop. */
+    explicit XServer(const juce::String& size = "800x480")
+        : screen(size + "x24")
+    {
+        start();
+    }
 
     ~XServer()
     {
@@ -31,8 +36,8 @@ public:
         numberFile.getFile().deleteFile();
         server = Platform::createProcess("/bin/sh", { "-c",
                                                       "exec setpriv --pdeathsig TERM Xvfb $1 -displayfd 1 -screen 0 "
-                                                      "800x480x24 -nolisten tcp -noreset >\"$0\" 2>/dev/null",
-                                                      numberFile.getFile().getFullPathName(), display });
+                                                      "$2 -nolisten tcp -noreset >\"$0\" 2>/dev/null",
+                                                      numberFile.getFile().getFullPathName(), display, screen });
         // The number is there, with its line end, once the server takes connections.
         if (server == nullptr || !eventually([this] { return number().endsWithChar('\n'); }))
             return;
@@ -62,6 +67,7 @@ private:
         return first + static_cast<int>(getpid()) % processes * serversEach + count++ % serversEach;
     }
 
+    const juce::String screen;
     const juce::String display = ":" + juce::String(nextNumber());
     bool runs = false;
     juce::TemporaryFile numberFile;

@@ -33,7 +33,10 @@ TEST(Script, cutsLinesIntoWords)
         { "say \"\"", { "say", "" } },
     };
     for (const auto& [line, words] : cases)
+    {
         EXPECT_EQ(parseLine(line).words, words) << line;
+        EXPECT_EQ(parseLine(quotedLine(words)).words, words) << quotedLine(words);
+    }
     EXPECT_EQ(parseLine("expect log \"open").error, "the quotes are not closed");
 }
 

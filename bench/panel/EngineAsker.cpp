@@ -1,0 +1,58 @@
+#include "bench/panel/EngineAsker.h"
+
+#include "ctl/Fields.h"
+
+namespace BenchPanel
+{
+
+EngineAsker::EngineAsker(Unit& unitToAsk, std::function<void()> changedCall)
+    : unit(unitToAsk)
+    , changed(std::move(changedCall))
+{
+    thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
+}
+
+EngineAsker::~EngineAsker() = default;
+
+std::shared_ptr<const EngineTold> EngineAsker::told() const
+{
+    const std::scoped_lock guard(lock);
+    return answers;
+}
+
+void EngineAsker::work(const std::stop_token& stop)
+{
+    Ctl::Client client(unit.engine().busAddress());
+    // What has no consequence for what is asked.
+    const auto isNews = [](const Event& event)
+    { return !isDetail(event) && event.stream != "frame EVENT_HEAT_BEAT" && event.stream != "gpio"; };
+    std::optional<std::uint64_t> seen;
+    for (bool isSettled = false; !stop.stop_requested();)
+    {
+        const auto newest = unit.journal.find({}, 1, isNews);
+        const auto number = newest.empty() ? 0 : newest.back().number;
+        const bool isNew = std::exchange(seen, number) != number;
+        if (isNew || !isSettled)
+        {
+            isSettled = !isNew;
+            const auto ask = [&](const char* method, const std::vector<std::string>& parameters = {})
+            { return stop.stop_requested() ? Ctl::Json() : client.ask(method, parameters).value; };
+            EngineTold now;
+            if (unit.engine().isRunning())
+            {
+                now = { ask("State"), ask("Requests"), ask("Programs"), {}, Clock::now() };
+                if (const auto front = Ctl::Fields(now.state)["front"]; !front.empty() && front != "none")
+                    now.why = ask("Why", { "page", front });
+            }
+            {
+                const std::scoped_lock guard(lock);
+                answers = std::make_shared<const EngineTold>(std::move(now));
+            }
+            changed();
+        }
+        std::unique_lock guard(lock);
+        ended.wait_for(guard, stop, pause, [] { return false; });
+    }
+}
+
+} // namespace BenchPanel

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "bench/unit/Unit.h"
+#include "ctl/Client.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace BenchPanel
+{
+
+using namespace Bench;
+
+/** What the engine says of itself, as headunit-ctl gets it; null values while it cannot be asked. */
+struct EngineTold
+{
+    Ctl::Json state;    ///< "State": front, rear, volume1, volume2, muted, muteReasons ...
+    Ctl::Json requests; ///< "Requests", oldest first: page, asker, status, because, askedForMs ...
+    Ctl::Json programs; ///< "Programs": program, state, memoryBytes ...
+    Ctl::Json why;      ///< "Why" of the page in front: sentence, facts
+    Clock::time_point at;
+};
+
+/**
+    Asks the engine, on a thread of its own, when something has happened in the unit, a few times a second at most, and
+    once more when nothing does any longer, as the engine may have gone on thereafter.
+*/
+class EngineAsker
+{
+public:
+    /** The unit must outlive it; its bus has been started. `changed` is called on the asking thread. */
+    EngineAsker(Unit& unitToAsk, std::function<void()> changedCall);
+    ~EngineAsker();
+    EngineAsker(const EngineAsker&) = delete;
+    EngineAsker& operator=(const EngineAsker&) = delete;
+
+    /** Never null. Any thread. */
+    std::shared_ptr<const EngineTold> told() const;
+
+    static constexpr std::chrono::milliseconds pause { 250 };
+
+private:
+    Unit& unit;
+    const std::function<void()> changed;
+    mutable std::mutex lock;
+    std::condition_variable_any ended;
+    std::shared_ptr<const EngineTold> answers = std::make_shared<EngineTold>();
+    std::jthread thread; // last: it uses all the others
+
+    void work(const std::stop_token& stop);
+};
+
+} // namespace BenchPanel

@@ -1,0 +1,78 @@
+#include "bench/panel/LineRunner.h"
+
+#include "bench/console/EventText.h"
+#include "bench/console/Verb.h"
+
+namespace BenchPanel
+{
+
+LineRunner::LineRunner(Unit& unit, std::string pictureFolder, Changed changedCall)
+    : console(unit, Bench::Style(false), output, true)
+    , changed(std::move(changedCall))
+{
+    console.pictureFolder = std::move(pictureFolder);
+    thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
+}
+
+LineRunner::~LineRunner()
+{
+    thread.request_stop();
+    news.notify_all();
+}
+
+bool LineRunner::run(const std::string& line)
+{
+    {
+        const std::scoped_lock guard(lock);
+        if (waiting.size() >= mostWaiting)
+            return false;
+        waiting.push_back(line);
+    }
+    news.notify_all();
+    return true;
+}
+
+void LineRunner::forgetWaiting()
+{
+    const std::scoped_lock guard(lock);
+    waiting.clear();
+}
+
+LineRunner::Said LineRunner::last() const
+{
+    const std::scoped_lock guard(lock);
+    return said;
+}
+
+void LineRunner::work(const std::stop_token& stop)
+{
+    std::unique_lock guard(lock);
+    while (true)
+    {
+        news.wait(guard, [&] { return stop.stop_requested() || !waiting.empty(); });
+        if (stop.stop_requested())
+            return;
+        said = { said.number + 1, std::move(waiting.front()), {}, true, false, false, said.recording };
+        waiting.pop_front();
+        const auto line = said.line;
+        // What comes of a line is waited for, unless the person has said more already: a knob is turned fast.
+        console.tellsConsequences = waiting.empty();
+        guard.unlock();
+        changed();
+        output.str({});
+        console.unit.journal.goOn(); // what was given up before is over
+        console.unit.journal.add(saidStream, line);
+        const auto outcome = runLine(console, line);
+        guard.lock();
+        said.running = false;
+        said.failed = outcome.kind == Outcome::failed;
+        said.leaves = outcome.kind == Outcome::leave;
+        said.recording = console.recorder.isRecording();
+        said.answer = said.failed ? outcome.error : output.str();
+        guard.unlock();
+        changed();
+        guard.lock();
+    }
+}
+
+} // namespace BenchPanel

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "bench/console/ActiveFaults.h"
+#include "bench/panel/EngineAsker.h"
+#include "bench/panel/LineRunner.h"
+#include "bench/unit/Unit.h"
+
+namespace BenchPanel
+{
+
+using namespace Bench;
+
+/** Everything that the panel shows, at one moment. */
+struct PanelState
+{
+    bool engineRuns = false;
+    Mcu::State mcu;
+    Bench::Panel::State panel;
+    PowerSupply::State supply;
+    std::string tuner;
+    bool weatherAlert = false;
+    RemoteDisplay remote;
+    bool remotePlugged = false;
+    bool cameraSignal = false;
+    std::array<bool, 2> usb {}; ///< storages 1 and 2
+    DspMemory dsp;
+    int front = Pubhead::NUM_OF_PAGES; ///< the page in front
+    std::vector<int> stack;            ///< it and those behind that come back
+    std::map<int, Programs::Program> programs;
+    NetworkDisplay::State network;
+    std::vector<ActiveFault> faults;
+
+    Place journalEnd;
+    /** The newest of all streams, oldest first. Never null. */
+    std::shared_ptr<const std::vector<Event>> events = std::make_shared<std::vector<Event>>();
+    std::shared_ptr<const EngineTold> engine = std::make_shared<EngineTold>(); ///< never null
+    LineRunner::Said said;
+};
+
+/** The devices in one turn; of the journal no more than has come since `before`. Any thread. */
+PanelState snapshot(Unit& unit, const PanelState& before);
+
+} // namespace BenchPanel

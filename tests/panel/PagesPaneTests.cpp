@@ -1,0 +1,84 @@
+#include "bench/panel/RequestWords.h"
+#include "panel/PanelFixture.h"
+
+namespace
+{
+
+using BenchPanel::RequestWords;
+
+constexpr std::uint32_t keyDown = 0xff54, keyReturn = 0xff0d;
+
+// Every way that a request can end, or has not yet, is told apart; names are words for a person, who asks for itself as well.
+TEST(RequestWords, SayWhoAskedForWhatAndWhatBecameOfIt)
+{
+    using Kind = RequestWords::Kind;
+    struct Case
+    {
+        const char *asker, *page, *action, *status, *because;
+        RequestWords words;
+    };
+    const Case cases[] {
+        { "MainMenuApplication (mbMainMenu)",
+          "mbUSBAudio",
+          "ToRun",
+          "done",
+          "mbUSBAudio plays: nothing else did.",
+          { 7, "Main menu asked for USB music", "done in 3.1 ms: USB music plays: nothing else did.", Kind::done } },
+        { "DeviceStatusManager",
+          "mbAuxin2",
+          "ToRun",
+          "refused",
+          "The unit is in kPowerOff, which serves no such request.",
+          { 7, "The microcontroller asked for AUX 2",
+            "refused: The unit is in kPowerOff, which serves no such request.", Kind::refused } },
+        { "GeneralApplication (mbEQ)",
+          "mbEQ",
+          "ToShow",
+          "failed",
+          "mbEQ could not carry out its order.",
+          { 7, "Equaliser asked for its page", "failed in 3.1 ms: Equaliser could not carry out its order.",
+            Kind::failed } },
+        { "SomebodyNew",
+          "mbCamera",
+          "ToStop",
+          "switching",
+          "It is being carried out.",
+          { 7, "SomebodyNew stopped Camera", "switching: It is being carried out.", Kind::open } },
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(BenchPanel::wordsOf({ { "number", 7 },
+                                        { "asker", each.asker },
+                                        { "page", each.page },
+                                        { "action", each.action },
+                                        { "status", each.status },
+                                        { "because", each.because },
+                                        { "finishedUs", 3100 } }),
+                  each.words);
+    EXPECT_EQ(BenchPanel::wordsOf(nullptr).kind, Kind::open) << "an engine that says nothing";
+}
+
+// A request shows as soon as it was made, however soon the unit has served it, and its line asks the engine what became of it.
+TEST_F(PanelTest, ShowsARequestAndAsksWhatBecameOfIt)
+{
+    ASSERT_EQ(unit->programs.tell(Pubhead::AppMainMenu, "eq"), "");
+    hand->click(place("Main menu asked for Equaliser"));
+    const auto answer = [&]
+    {
+        auto* sheet = dynamic_cast<juce::TextEditor*>(find(*window, "What the console has said"));
+        return sheet != nullptr ? sheet->getText() : juce::String();
+    };
+    EXPECT_TRUE(pumpUntil([&] { return answer().contains("Order ToRun to mbEQ: carried out."); })) << answer();
+}
+
+// What a dot's menu offers happens to its program.
+TEST_F(PanelTest, LetsAProgramCrashByItsDot)
+{
+    mark();
+    hand->click(place("radio"), Hand::right);
+    EXPECT_TRUE(pumpUntil([] { return juce::Component::getNumCurrentlyModalComponents() > 0; }));
+    for (const auto key : { keyDown, keyDown, keyReturn }) // show, crash
+        hand->type(key);
+    EXPECT_TRUE(comes("program AppRadio", "gone"));
+}
+
+} // namespace
