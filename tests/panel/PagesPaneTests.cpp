@@ -61,21 +61,24 @@ TEST(RequestWords, SayWhoAskedForWhatAndWhatBecameOfIt)
 TEST_F(PanelTest, ShowsARequestAndAsksWhatBecameOfIt)
 {
     ASSERT_EQ(unit->programs.tell(Pubhead::AppMainMenu, "eq"), "");
-    hand->click(place("Main menu asked for Equaliser"));
+    const auto request = place("Main menu asked for Equaliser");
+    hand->click(request);
     const auto answer = [&]
     {
         auto* sheet = dynamic_cast<juce::TextEditor*>(find(*window, "What the console has said"));
         return sheet != nullptr ? sheet->getText() : juce::String();
     };
-    EXPECT_TRUE(pumpUntil([&] { return answer().contains("Order ToRun to mbEQ: carried out."); })) << answer();
+    EXPECT_TRUE(comesOfHand(request, [&] { return answer().contains("(mbEQ ToRun, by MainMenuApplication"); }))
+        << answer();
 }
 
 // What a dot's menu offers happens to its program.
 TEST_F(PanelTest, LetsAProgramCrashByItsDot)
 {
     mark();
-    hand->click(place("radio"), Hand::right);
-    EXPECT_TRUE(pumpUntil([] { return juce::Component::getNumCurrentlyModalComponents() > 0; }));
+    const auto dot = place("radio");
+    hand->click(dot, Hand::right);
+    EXPECT_TRUE(comesOfHand(dot, [] { return juce::Component::getNumCurrentlyModalComponents() > 0; }));
     for (const auto key : { keyDown, keyDown, keyReturn }) // show, crash
         hand->type(key);
     EXPECT_TRUE(comes("program AppRadio", "gone"));
