@@ -38,7 +38,7 @@ Outcome replay(Console& console, const Arguments& given)
     if (!file)
         return failed(given[0] + ": cannot be read");
     const auto before = std::exchange(console.speed, given.speed(1));
-    const bool same = runScript(console, file, std::filesystem::path(given[0]).filename().string());
+    const bool same = runScript(console, file, std::filesystem::path(given[0]).filename().string(), AfterFailure::end);
     console.speed = before;
     return same ? Outcome {} : failed("stopped at the first difference");
 }
