@@ -113,7 +113,7 @@ constexpr Row rows[] {
       [](auto& unit, auto& given) { unit.panel.hold(keyOf(given[0]), 0, given.time(2)); } },
     { "mcu source SOURCE [NUMBER]", [](auto& unit, auto& given) { unit.mcu.requestSource(given.source(0)); } },
     { "mcu status", [](auto& unit, auto&) { unit.mcu.requestDeviceStatus(); } },
-    { "mcu power-off", [](auto& unit, auto&) { unit.mcu.requestPowerOff(); } },
+    { "mcu power-off [kept]", [](auto& unit, auto& given) { unit.mcu.requestPowerOff(given.has(0)); } },
     { "mcu drop [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::dropNext> },
     { "mcu corrupt [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::corruptNext> },
     { "mcu repeat [AMOUNT] [FRAME]", toFrames<&Bench::Mcu::repeatNext> },
