@@ -37,6 +37,7 @@ PanelWindow::PanelWindow(Unit& unit, const PanelView::Options& options)
         size = size.getIntersection(screen->userArea.withZeroOrigin());
     centreWithSize(size.getWidth(), size.getHeight());
     setVisible(true);
+    pulse.emplace(*this);
 }
 
 namespace

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "bench/panel/DisplayPulse.h"
 #include "bench/panel/PanelView.h"
+
+#include <optional>
 
 namespace BenchPanel
 {
@@ -27,6 +30,7 @@ private:
 
     const std::function<void(const std::string&)> ended;
     Frame frame;
+    std::optional<DisplayPulse> pulse;
 
     void closeButtonPressed() override { ended({}); }
 };

@@ -53,11 +53,11 @@ TEST_F(EventsPaneTest, ListsWhatIsWantedAndTellsWhatItCameWith)
     for (const auto* name : { "pages", "programs", "sound", "network", "remote", "unit" })
         hand->click(place(name));
     hand->click(firstLine());
-    ASSERT_TRUE(comesOfHand(firstLine(), [&] { return told().isNotEmpty(); }));
+    ASSERT_TRUE(pumpUntil([&] { return told().isNotEmpty(); }));
     const auto stream = juce::StringArray::fromLines(told())[0].upToFirstOccurrenceOf("  ", false, false);
     EXPECT_EQ(subjectOf({ 0, {}, stream.toStdString(), {} }).name, "mcu") << told();
     hand->type(0xff1b);
-    EXPECT_TRUE(comesOfHand(firstLine(), [&] { return told().isEmpty(); }));
+    EXPECT_TRUE(pumpUntil([&] { return told().isEmpty(); }));
 }
 
 // The moment of the line that the mouse is at is marked among the frames of the link, as long as it is there.

@@ -22,11 +22,11 @@ TEST_F(NetworkPaneTest, ChangesAVolumeByDragAndWheel)
     hand->press(Hand::left);
     hand->moveTo(slider.translated(-300, 0));
     hand->release(Hand::left);
-    EXPECT_TRUE(comesOfHand(slider, [&] { return zone(2).volume == 0; }));
+    EXPECT_TRUE(pumpUntil([&] { return zone(2).volume == 0; }));
     hand->moveTo(slider);
     for (int i = 0; i < 3; ++i)
         hand->click(slider, Hand::wheelUp);
-    EXPECT_TRUE(comesOfHand(slider, [&] { return zone(2).volume == 6; })) << *zone(2).volume;
+    EXPECT_TRUE(pumpUntil([&] { return zone(2).volume == 6; })) << *zone(2).volume;
 }
 
 // The volumes are asked for by a click as long as nobody has told them; then each zone has its own steps, and what the unit

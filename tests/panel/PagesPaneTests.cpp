@@ -68,8 +68,7 @@ TEST_F(PanelTest, ShowsARequestAndAsksWhatBecameOfIt)
         auto* sheet = dynamic_cast<juce::TextEditor*>(find(*window, "What the console has said"));
         return sheet != nullptr ? sheet->getText() : juce::String();
     };
-    EXPECT_TRUE(comesOfHand(request, [&] { return answer().contains("(mbEQ ToRun, by MainMenuApplication"); }))
-        << answer();
+    EXPECT_TRUE(pumpUntil([&] { return answer().contains("(mbEQ ToRun, by MainMenuApplication"); })) << answer();
 }
 
 // What a dot's menu offers happens to its program.
@@ -78,7 +77,7 @@ TEST_F(PanelTest, LetsAProgramCrashByItsDot)
     mark();
     const auto dot = place("radio");
     hand->click(dot, Hand::right);
-    EXPECT_TRUE(comesOfHand(dot, [] { return juce::Component::getNumCurrentlyModalComponents() > 0; }));
+    EXPECT_TRUE(pumpUntil([] { return juce::Component::getNumCurrentlyModalComponents() > 0; }));
     for (const auto key : { keyDown, keyDown, keyReturn }) // show, crash
         hand->type(key);
     EXPECT_TRUE(comes("program AppRadio", "gone"));

@@ -43,7 +43,7 @@ protected:
     {
         return pumpUntil([&] { return !unit->journal.find(marked, 1, Bench::isEvent(stream, text)).empty(); });
     }
-    /** The same until the condition holds, with a hand that trembles at this place, as one does. */
+    /** Until the condition holds, with a hand that trembles at this place, as one does. */
     template <typename Condition>
     bool comesOfHand(juce::Point<int> at, Condition condition)
     {

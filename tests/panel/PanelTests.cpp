@@ -27,9 +27,9 @@ TEST_F(PanelTest, PressesAKeyOfTheFrontPanelByTheKeyboard)
 {
     const auto field = place("Command");
     hand->click(field); // as a window without a manager gets the keyboard
-    ASSERT_TRUE(comesOfHand(field, [&] { return find(*window, "Command")->hasKeyboardFocus(false); }));
+    ASSERT_TRUE(pumpUntil([&] { return find(*window, "Command")->hasKeyboardFocus(false); }));
     hand->type(keyF1);
-    EXPECT_TRUE(comesOfHand(field, [&] { return unit->programs.pageInFront() == Pubhead::mbMainMenu; }));
+    EXPECT_TRUE(pumpUntil([&] { return unit->programs.pageInFront() == Pubhead::mbMainMenu; }));
 }
 
 // The mouse is a finger on the unit's screen, where the picture of it is, at any size of the window.
@@ -94,7 +94,7 @@ TEST_F(PanelTest, AnswersWhatIsTyped)
     ASSERT_TRUE(pumpUntil(isThere));
     EXPECT_TRUE(sheet->getText().contains("Microcontroller")) << sheet->getText();
     hand->type(keyEscape);
-    EXPECT_TRUE(comesOfHand(place("Command"), [&] { return !sheet->isShowing(); }));
+    EXPECT_TRUE(pumpUntil([&] { return !sheet->isShowing(); }));
 }
 
 } // namespace

@@ -48,11 +48,11 @@ TEST_F(SoundPaneTest, ShowsLevelAndMute)
     hand->moveTo(place("Volume"));
     hand->press(Hand::wheelUp);
     hand->release(Hand::wheelUp);
-    EXPECT_TRUE(comesOfHand(place("Volume"), [&] { return front().level > before; }));
+    EXPECT_TRUE(pumpUntil([&] { return front().level > before; }));
     hand->click(place("Mute"));
-    EXPECT_TRUE(comesOfHand(place("Mute"), [&] { return levels().contains("front silent"); })) << levels();
+    EXPECT_TRUE(pumpUntil([&] { return levels().contains("front silent"); })) << levels();
     hand->click(place("Mute"));
-    EXPECT_TRUE(comesOfHand(place("Mute"), [&] { return !levels().contains("front silent"); })) << levels();
+    EXPECT_TRUE(pumpUntil([&] { return !levels().contains("front silent"); })) << levels();
 }
 
 // The curve moves with what the user sets, and goes back with it.
