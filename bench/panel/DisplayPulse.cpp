@@ -20,7 +20,7 @@ DisplayPulse::DisplayPulse(const juce::Component& window)
         return;
     type = reply->atom;
     std::free(reply);
-    constexpr int timesPerSecond = 20;
+    constexpr int timesPerSecond = 10;
     startTimerHz(timesPerSecond);
 }
 

@@ -11,7 +11,7 @@ namespace BenchPanel
 /**
     The toolkit may read a click into its queue while it waits for an answer of the display, and then sleeps on a
     connection where nothing is left to read: the click would lie there until the next event. So the window is sent an
-    event that means nothing, twenty times a second. Message thread.
+    event that means nothing, ten times a second. Message thread.
 */
 class DisplayPulse : private juce::Timer
 {
