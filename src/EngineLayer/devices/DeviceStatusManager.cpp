@@ -40,7 +40,6 @@ constexpr Platform::Log logger { "EngineLayer/DeviceStatusManager", "DeviceStatu
 
 constexpr int lastMemoryMs = 1000;
 constexpr int usbScanMs = 1000;
-constexpr int antitheftLeftMs = 2000;
 constexpr int cameraVideoMs = 1000;
 constexpr int heartbeatMs = 3000;
 constexpr int autoTestMs = 2000;
@@ -74,22 +73,6 @@ McuSource sourceIn(std::span<const std::uint8_t> data)
 {
     const auto byteAt = [data](std::size_t at) { return at < data.size() ? data[at] : -1; };
     return { byteAt(0), byteAt(1) };
-}
-
-/** Sources whose device may appear after the start. */
-bool mayStillAppear(int source)
-{
-    switch (source)
-    {
-    case EngineApi::SRC_IPOD:
-    case EngineApi::SRC_SD:
-    case EngineApi::SRC_USB:
-    case EngineApi::SRC_DISC:
-    case EngineApi::SRC_BT_AUDIO:
-        return true;
-    default:
-        return false;
-    }
 }
 
 void sendHeartbeat()
@@ -307,22 +290,6 @@ void DeviceStatusManager::mcuRequestsSource(McuSource source)
         startWith(page);
 }
 
-void DeviceStatusManager::startWith(int page)
-{
-    EngineApi::sendCommand(EngineApi::EVENT_MUTE_STATE, { 1 });
-    startPage = page;
-    EngineApi::switchSystemState(firstState(conditions), EngineApi::kIdle);
-}
-
-int DeviceStatusManager::firstState(const StartConditions& conditions)
-{
-    constexpr int lockedModes[] = { 2, 3 };
-    for (const int mode : lockedModes)
-        if (conditions.antitheftMode == mode)
-            return conditions.antitheftValue != 0 ? EngineApi::kLocked : EngineApi::kAntitheft;
-    return conditions.isrMode ? EngineApi::kISRMode : EngineApi::kNormalRun;
-}
-
 void DeviceStatusManager::mcuAsksDeviceStatus()
 {
     devices.set(EngineApi::usbStorage, isUsbStoragePresent());
@@ -389,35 +356,6 @@ void DeviceStatusManager::followAudioChannel()
     const int page = EngineApi::getLastNormalSource();
     if (!factoryResetActive && EngineApi::getAudioChannel(page) != audioChannel)
         takeSoundOf(page);
-}
-
-void DeviceStatusManager::startSourceWhenReady()
-{
-    if (EngineApi::getPreviousSystemState() == EngineApi::kAntitheft)
-        startTimer(antitheftLeftTimer, antitheftLeftMs);
-    else
-        runStartSrc();
-}
-
-void DeviceStatusManager::runStartSrc()
-{
-    logger().info("runStartSrc");
-    const int page = startPage;
-    if (policy().checkNormalSource(page) == page)
-        runPage(page);
-    else if (mayStillAppear(EngineApi::getSource(page)))
-        return;
-    else
-        runPage(policy().defaultSource());
-    startPage = Pubhead::NUM_OF_PAGES;
-}
-
-void DeviceStatusManager::runPage(int page)
-{
-    if (policy().isTunerPage(page))
-        page = policy().defaultSource();
-    if (EngineApi::isAvailable(page))
-        EngineApi::requestShowPage(page, true);
 }
 
 // Devices.
