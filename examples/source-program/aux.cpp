@@ -113,7 +113,7 @@ int onMessage(sd_bus_message* message, void*, sd_bus_error*)
         sayHello(); // to nobody when the engine has gone
     else if (sd_bus_message_read(message, "iii", &what, &arg1, &arg2) >= 0)
         hear(what, arg1, message);
-    return 0;
+    return sd_bus_message_is_method_call(message, nullptr, nullptr) > 0 ? sd_bus_reply_method_return(message, "") : 0;
 }
 
 const sd_bus_vtable endpoint[] = { SD_BUS_VTABLE_START(0),
