@@ -3,6 +3,7 @@
 #include "bench/console/Terminal.h"
 #include "bench/console/Verb.h"
 #include "bench/panel/PanelWindow.h"
+#include "bench/text/Names.h"
 #include "bench/unit/VirtualDisplay.h"
 
 #include <CLI/CLI.hpp>
@@ -137,13 +138,33 @@ int playScript(Console& commands, Unit& unit, const CommandLine& choices)
     return succeeded ? 0 : 1;
 }
 
-/** Until engine and microcontroller agree on a source. A unit that never gets there is worth a look, too. */
+/**
+    Until engine and microcontroller agree on a source, its page is there, and so are the programs that the engine starts
+    behind the scenes. A unit that never gets there is worth a look, too.
+*/
 void waitForUnit(const Unit& unit)
 {
     constexpr std::chrono::seconds longestStart { 30 };
-    const auto isSettled = [](const Event& event) { return event.stream == "mcu agreed" || event.text == "ended"; };
-    if (!unit.journal.waitFor({}, Clock::now() + longestStart, isSettled))
-        std::cerr << "The unit has not started within " << longestStart.count() << " s.\n";
+    const auto deadline = Clock::now() + longestStart;
+    const auto reaches = [&](const std::string& what, const Journal::Matches& matches)
+    {
+        const auto matchesOrEnds = [&](const Event& event) { return matches(event) || event.text == "ended"; };
+        const auto event = unit.journal.waitFor({}, deadline, matchesOrEnds);
+        if (!event)
+            std::cerr << "Within " << longestStart.count() << " s " << what << ".\n";
+        return event && event->text != "ended";
+    };
+    bool goesOn = reaches("engine and microcontroller have not agreed on a source",
+                          [](const auto& event) { return event.stream == "mcu agreed"; }) &&
+                  reaches("no page has been shown",
+                          [](const auto& event) { return event.stream.starts_with("page ") && event.text == "shown"; });
+    for (const auto& info : allPages())
+    {
+        const std::string program = Pubhead::appTypeName(info.appType);
+        const auto isConnected = [&](const auto& event)
+        { return event.stream == "program " + program && event.text == "connected"; };
+        goesOn = goesOn && (!info.inBackground || reaches(program + " has not answered the engine", isConnected));
+    }
 }
 
 int converseAtTerminal(Console& commands)

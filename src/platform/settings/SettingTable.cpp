@@ -17,7 +17,7 @@ constexpr std::array regions { "Americas", "Europe" };
 constexpr std::array highPasses { "Off", "50 Hz", "80 Hz", "120 Hz" };
 constexpr std::array lowPasses { "Off", "55 Hz", "85 Hz", "120 Hz" };
 constexpr std::array brightnessModes { "Full", "Night", "By the lights" };
-constexpr std::array outputs { "Zone 2 on A", "Zone 2 on B", "Zone 2 on both" };
+constexpr std::array outputs { "A", "B", "Both" };
 constexpr std::array volumes { "With zone 1", "Its own" };
 constexpr std::array presets { "Tone", "Rock", "Pop", "Jazz", "Custom" };
 constexpr int steps = 12;
