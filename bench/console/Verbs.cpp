@@ -66,6 +66,8 @@ std::span<const VerbGroup> allVerbs()
 
 Outcome runLine(Console& console, const std::string& text)
 {
+    if (!juce::CharPointer_UTF8::isValidString(text.data(), static_cast<int>(text.size())))
+        return failed("the line is not UTF-8");
     const auto line = parseLine(text);
     if (!line.error.empty())
         return failed(line.error);

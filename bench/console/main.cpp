@@ -4,6 +4,7 @@
 #include "bench/console/Verb.h"
 #include "bench/panel/PanelWindow.h"
 #include "bench/text/Names.h"
+#include "bench/text/Screen.h"
 #include "bench/unit/VirtualDisplay.h"
 
 #include <CLI/CLI.hpp>
@@ -203,9 +204,17 @@ int main(int argc, char** argv)
         return installPrograms(choices);
     if (!choices.attached.configuration.empty())
         choices.unit.attached = choices.attached;
-    if (choices.panel && displayOfEnvironment(Display::ofEnvironment).empty())
+    const auto display = displayOfEnvironment(Display::ofEnvironment);
+    if (choices.panel && display.empty())
     {
         std::cerr << "there is no display for the panel: DISPLAY names one\n";
+        return 2;
+    }
+    const bool isUsed = choices.panel || (!choices.noDisplay && !choices.ownDisplay && !choices.unit.attached);
+    if (isUsed && !display.empty() && !canBeOpened(display))
+    {
+        std::cerr << "the display " << display << " of DISPLAY cannot be opened"
+                  << (choices.panel ? "" : "; --no-display does without one") << "\n";
         return 2;
     }
     // Behind the panel the unit draws where only the panel looks.

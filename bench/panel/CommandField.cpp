@@ -39,7 +39,8 @@ void CommandField::show(const PanelState& state)
     const auto& said = state.said;
     auto answer = said.answer.substr(0, said.answer.find('\n'));
     if (said.running)
-        answer = "... " + said.line + "    Escape ends the wait";
+        answer = "... " + said.line + "    Escape ends the wait" +
+                 (said.dropped == 0 ? "" : "    too many at once: " + std::to_string(said.dropped) + " dropped");
     repaintIfChanged(shown, { std::move(answer), said.running, said.failed });
 }
 

@@ -6,6 +6,13 @@
 namespace BenchPanel
 {
 
+namespace
+{
+
+constexpr std::size_t mostEnded = 64;
+
+} // namespace
+
 LineRunner::LineRunner(Unit& unit, std::string pictureFolder, Changed changedCall)
     : console(unit, Bench::Style(false), output, true)
     , changed(std::move(changedCall))
@@ -20,16 +27,16 @@ LineRunner::~LineRunner()
     news.notify_all();
 }
 
-bool LineRunner::run(const std::string& line)
+void LineRunner::run(const std::string& line)
 {
     {
         const std::scoped_lock guard(lock);
-        if (waiting.size() >= mostWaiting)
-            return false;
-        waiting.push_back(line);
+        if (waiting.size() < mostWaiting)
+            waiting.push_back(line);
+        else
+            ++said.dropped;
     }
     news.notify_all();
-    return true;
 }
 
 void LineRunner::forgetWaiting()
@@ -42,6 +49,13 @@ LineRunner::Said LineRunner::last() const
 {
     const std::scoped_lock guard(lock);
     return said;
+}
+
+std::vector<LineRunner::Said> LineRunner::takeEnded()
+{
+    const std::scoped_lock guard(lock);
+    const auto taken = std::exchange(ended, {});
+    return { taken.begin(), taken.end() };
 }
 
 void LineRunner::work(const std::stop_token& stop)
@@ -69,6 +83,11 @@ void LineRunner::work(const std::stop_token& stop)
         said.leaves = outcome.kind == Outcome::leave;
         said.recording = console.recorder.isRecording();
         said.answer = said.failed ? outcome.error : output.str();
+        ended.push_back(said);
+        if (ended.size() > mostEnded)
+            ended.pop_front();
+        if (said.leaves)
+            waiting.clear();
         guard.unlock();
         changed();
         guard.lock();

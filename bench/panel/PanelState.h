@@ -34,7 +34,8 @@ struct PanelState
     /** The newest of all streams, oldest first. Never null. */
     std::shared_ptr<const std::vector<Event>> events = std::make_shared<std::vector<Event>>();
     std::shared_ptr<const EngineTold> engine = std::make_shared<EngineTold>(); ///< never null
-    LineRunner::Said said;
+    LineRunner::Said said;                                                     ///< the newest line
+    std::vector<LineRunner::Said> ended;                                       ///< lines, since the state before
 };
 
 /** The devices in one turn; of the journal no more than has come since `before`. Any thread. */

@@ -32,8 +32,9 @@ PanelView::PanelView(Unit& unitToShow, Options optionsToUse)
     , asker(unit, [] {})
     , topBar(*this)
     , screen(*this, options.screenIsCaptured ? unit.engine().display() : "",
-             unit.engine().display().empty() ? "Nothing is drawn: there is no display."
-                                             : "The unit draws in windows of this desktop.")
+             options.screenIsCaptured          ? "The unit's display has gone."
+             : unit.engine().display().empty() ? "Nothing is drawn: there is no display."
+                                               : "The unit draws in windows of this desktop.")
     , frontPanel(*this)
     , remote(*this)
     , around(*this)
@@ -111,6 +112,7 @@ void PanelView::timerCallback()
     state = snapshot(unit, state);
     state.engine = asker.told();
     state.said = runner.last();
+    state.ended = runner.takeEnded();
     chooseLook();
     forEachArea([this](Area& area) { area.show(state); });
     checkEnd();
@@ -118,12 +120,14 @@ void PanelView::timerCallback()
 
 void PanelView::checkEnd()
 {
-    const auto& said = state.said;
-    const bool scriptEnded = !options.script.empty() && said.number == 1 && !said.running;
-    if (!said.leaves && !scriptEnded)
+    // The script is the first line that was said.
+    const auto isLast = [this](const LineRunner::Said& line)
+    { return line.leaves || (line.number == 1 && !options.script.empty()); };
+    const auto last = std::ranges::find_if(state.ended, isLast);
+    if (last == state.ended.end())
         return;
     stopTimer();
-    options.ended(said.failed ? said.answer : "");
+    options.ended(last->failed ? last->answer : "");
 }
 
 void PanelView::chooseLook()

@@ -1,5 +1,6 @@
 #include "bench/panel/PanelWindow.h"
 
+#include <cstdlib>
 #include <iostream>
 
 namespace BenchPanel
@@ -89,14 +90,28 @@ private:
     }
 };
 
+/** When the desktop's display goes, the toolkit ends the process in the middle of what it does: the unit still cleans up. */
+void endWithoutDisplay()
+{
+    if (start.unit == nullptr)
+        return;
+    std::cerr << "The display of the panel has gone." << std::endl;
+    start.unit->journal.interrupt();
+    start.unit->stop();
+    std::_Exit(1);
+}
+
 } // namespace
 
 int runPanel(Unit& unit, const PanelView::Options& options)
 {
     start = { &unit, options };
+    std::atexit(endWithoutDisplay);
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return new PanelApplication(); };
     const char* name = "headunit-bench";
-    return juce::JUCEApplicationBase::main(1, &name);
+    const int status = juce::JUCEApplicationBase::main(1, &name);
+    start.unit = nullptr;
+    return status;
 }
 
 } // namespace BenchPanel

@@ -51,7 +51,7 @@ void ControlChannel::report(nlohmann::json event)
 {
     // The clock that the bench's journal goes by.
     event["at"] = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-    const auto text = event.dump();
+    const auto text = event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     if (descriptor >= 0)
         // The bench has gone when this fails, and the reading thread finds that out.
         ::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL);

@@ -151,6 +151,13 @@ TEST_F(ExpectationsTest, putWhatIsToldLateInItsPlace)
     EXPECT_TRUE(journal.waitFor({ begin, 0 }, Clock::now() + 60s, isEvent("page mbFM", "confirmed")));
 }
 
+TEST(Journal, tellsOfEverythingInOneLine)
+{
+    Journal journal;
+    journal.add("program AppAuxIn says", "one\ntwo\x1b[2J three\r");
+    EXPECT_EQ(journal.waitFor({}, Clock::now(), isIn("program AppAuxIn says"))->text, "one two [2J three ");
+}
+
 TEST(Journal, forgetsTheOldestAndCountsIt)
 {
     Journal journal;
@@ -185,6 +192,9 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         { "touch 800 0", "'800' is no x: 0 to 799" },
         { "touch 0 480", "'480' is no y: 0 to 479" },
         { "quit now", "usage: quit" },
+        { "program radio text \"caf\xe9"
+          "\" x",
+          "the line is not UTF-8" },
         { "program radio window 1", "the engine has no window" },
         { "say \"x", "quotes" },
         { "mcu/mcu sing/mcu source", "usage: mcu source SOURCE" },
