@@ -32,9 +32,10 @@ int rankOf(const Event& event)
     return weightOf(event) == Weight::gain ? 3 : begins("program ") ? 2 : begins("frame ") ? 1 : 0;
 }
 
+/** Its words may have changed: what is to go wrong so many times goes down by itself. */
 bool contains(const std::vector<ActiveFault>& faults, const ActiveFault& fault)
 {
-    return std::ranges::find(faults, fault.what, &ActiveFault::what) != faults.end();
+    return std::ranges::find(faults, fault.cure, &ActiveFault::cure) != faults.end();
 }
 
 std::string milliseconds(Clock::duration time)

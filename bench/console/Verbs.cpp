@@ -68,6 +68,8 @@ Outcome runLine(Console& console, const std::string& text)
 {
     if (!juce::CharPointer_UTF8::isValidString(text.data(), static_cast<int>(text.size())))
         return failed("the line is not UTF-8");
+    if (text.size() > longestLine)
+        return failed("the line is longer than " + std::to_string(longestLine) + " bytes");
     const auto line = parseLine(text);
     if (!line.error.empty())
         return failed(line.error);

@@ -210,12 +210,17 @@ int main(int argc, char** argv)
         std::cerr << "there is no display for the panel: DISPLAY names one\n";
         return 2;
     }
-    const bool isUsed = choices.panel || (!choices.noDisplay && !choices.ownDisplay && !choices.unit.attached);
-    if (isUsed && !display.empty() && !canBeOpened(display))
+    if (!display.empty() && !canBeOpened(display))
     {
-        std::cerr << "the display " << display << " of DISPLAY cannot be opened"
-                  << (choices.panel ? "" : "; --no-display does without one") << "\n";
-        return 2;
+        const auto error = "the display " + display + " of DISPLAY cannot be opened";
+        if (choices.panel)
+        {
+            std::cerr << error << "\n";
+            return 2;
+        }
+        if (!choices.noDisplay && !choices.ownDisplay)
+            std::cerr << error << ": nothing is drawn\n";
+        choices.noDisplay = !choices.ownDisplay;
     }
     // Behind the panel the unit draws where only the panel looks.
     choices.ownDisplay = choices.ownDisplay || (choices.panel && !choices.noDisplay && !choices.unit.attached &&
@@ -248,6 +253,8 @@ int main(int argc, char** argv)
     }
     std::cout << style.bold("Head unit on the bench") << style.dim("  " + unit.folder()) << "\n";
 
+    if (choices.pictures.empty() && script.empty())
+        choices.pictures = ".";
     Console commands(unit, style, std::cout, watched);
     commands.pictureFolder = choices.pictures;
     commands.tellsConsequences = watched && script.empty();

@@ -8,7 +8,7 @@ namespace BenchPanel
 namespace
 {
 
-constexpr int editorHeight = 28;
+constexpr int editorHeight = 28, mostHistory = 1000;
 
 } // namespace
 
@@ -57,6 +57,7 @@ void CommandField::setLine(const ConsoleLine& line)
 {
     if (history.isEmpty() || history[history.size() - 1] != line)
         history.add(line);
+    history.removeRange(0, history.size() - mostHistory);
     inHistory = history.size();
     editor.setText(line, false);
 }

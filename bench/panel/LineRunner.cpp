@@ -13,18 +13,11 @@ constexpr std::size_t mostEnded = 64;
 
 } // namespace
 
-LineRunner::LineRunner(Unit& unit, std::string pictureFolder, Changed changedCall)
+LineRunner::LineRunner(Unit& unit, std::string pictureFolder)
     : console(unit, Bench::Style(false), output, true)
-    , changed(std::move(changedCall))
 {
     console.pictureFolder = std::move(pictureFolder);
     thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
-}
-
-LineRunner::~LineRunner()
-{
-    thread.request_stop();
-    news.notify_all();
 }
 
 void LineRunner::run(const std::string& line)
@@ -61,18 +54,14 @@ std::vector<LineRunner::Said> LineRunner::takeEnded()
 void LineRunner::work(const std::stop_token& stop)
 {
     std::unique_lock guard(lock);
-    while (true)
+    while (news.wait(guard, stop, [&] { return !waiting.empty(); }) && !stop.stop_requested())
     {
-        news.wait(guard, [&] { return stop.stop_requested() || !waiting.empty(); });
-        if (stop.stop_requested())
-            return;
         said = { said.number + 1, std::move(waiting.front()), {}, true, false, false, said.recording };
         waiting.pop_front();
         const auto line = said.line;
         // What comes of a line is waited for, unless the person has said more already: a knob is turned fast.
         console.tellsConsequences = waiting.empty();
         guard.unlock();
-        changed();
         output.str({});
         console.unit.journal.goOn(); // what was given up before is over
         console.unit.journal.add(saidStream, line);
@@ -88,9 +77,6 @@ void LineRunner::work(const std::stop_token& stop)
             ended.pop_front();
         if (said.leaves)
             waiting.clear();
-        guard.unlock();
-        changed();
-        guard.lock();
     }
 }
 

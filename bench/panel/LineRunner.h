@@ -32,13 +32,11 @@ public:
         bool recording = false; ///< when it had ended
         int dropped = 0;        ///< lines while it ran, as too many waited
     };
-    /** Called on the thread of the lines when one begins and when it ends. */
-    using Changed = std::function<void()>;
-
-    /** The unit must outlive it. `pictureFolder` is where `picture` writes to. */
-    LineRunner(Unit& unit, std::string pictureFolder, Changed changedCall);
-    /** Lets the line that runs end; the journal has to be interrupted for one that waits. */
-    ~LineRunner();
+    /**
+        The unit must outlive it. `pictureFolder` is where `picture` writes to. At its end it lets the line that runs end;
+        the journal has to be interrupted for one that waits.
+    */
+    LineRunner(Unit& unit, std::string pictureFolder);
     LineRunner(const LineRunner&) = delete;
     LineRunner& operator=(const LineRunner&) = delete;
 
@@ -56,9 +54,8 @@ public:
 private:
     std::ostringstream output;
     Console console;
-    const Changed changed;
     mutable std::mutex lock;
-    std::condition_variable news;
+    std::condition_variable_any news;
     std::deque<std::string> waiting;
     Said said;
     std::deque<Said> ended; ///< and not taken yet

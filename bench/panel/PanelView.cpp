@@ -28,8 +28,8 @@ PanelView::PanelView(Unit& unitToShow, Options optionsToUse)
     : juce::Component("Head unit")
     , unit(unitToShow)
     , options(std::move(optionsToUse))
-    , runner(unit, options.pictureFolder, [] {})
-    , asker(unit, [] {})
+    , runner(std::in_place, unit, options.pictureFolder)
+    , asker(std::in_place, unit)
     , topBar(*this)
     , screen(*this, options.screenIsCaptured ? unit.engine().display() : "",
              options.screenIsCaptured          ? "The unit's display has gone."
@@ -78,6 +78,13 @@ PanelView::~PanelView()
     stopTimer();
 }
 
+void PanelView::endLines()
+{
+    stopTimer();
+    runner.reset();
+    asker.reset();
+}
+
 template <typename Function>
 void PanelView::forEachArea(const Function& function)
 {
@@ -91,13 +98,14 @@ void PanelView::forEachArea(const Function& function)
 void PanelView::run(const ConsoleLine& line)
 {
     command.setLine(line);
-    runner.run(line.toStdString());
+    runner->run(line.toStdString());
 }
 
 void PanelView::cancel()
 {
-    console.setVisible(false);
-    runner.forgetWaiting();
+    if (console.isVisible())
+        return console.setVisible(false);
+    runner->forgetWaiting();
     unit.journal.interrupt(false);
 }
 
@@ -110,9 +118,9 @@ void PanelView::timerCallback()
         return;
     nextLook = now + atRest;
     state = snapshot(unit, state);
-    state.engine = asker.told();
-    state.said = runner.last();
-    state.ended = runner.takeEnded();
+    state.engine = asker->told();
+    state.said = runner->last();
+    state.ended = runner->takeEnded();
     chooseLook();
     forEachArea([this](Area& area) { area.show(state); });
     checkEnd();

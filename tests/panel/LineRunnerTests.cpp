@@ -1,7 +1,7 @@
 #include "bench/panel/LineRunner.h"
 
 #include <gtest/gtest.h>
-#include <latch>
+#include <thread>
 
 namespace
 {
@@ -13,30 +13,25 @@ using BenchPanel::LineRunner;
 TEST(LineRunner, TellsEachLineThatHasEnded)
 {
     Bench::Unit unit(Bench::Unit::Options::besideThisProgram());
-    std::latch allSaid(1), over(1);
-    LineRunner* said = nullptr;
-    LineRunner runner(unit, {},
-                      [&]
-                      {
-                          allSaid.wait();
-                          if (!said->last().running && said->last().leaves)
-                              over.count_down();
-                      });
-    said = &runner;
-    runner.run("say first");
-    while (!runner.last().running)
-        std::this_thread::yield();
+    LineRunner runner(unit, {});
+    const auto waitUntil = [](auto condition)
+    {
+        while (!condition())
+            std::this_thread::yield();
+    };
+    runner.run("wait 60s");
+    waitUntil([&] { return runner.last().running; });
     for (const char* line : { "foo", "quit" })
         runner.run(line);
     for (std::size_t i = 2; i < LineRunner::mostWaiting + 3; ++i)
         runner.run("say behind");
     EXPECT_EQ(runner.last().dropped, 3);
-    allSaid.count_down();
-    over.wait();
+    unit.journal.interrupt(false);
+    waitUntil([&] { return runner.last().leaves; });
 
     const auto ended = runner.takeEnded();
     ASSERT_EQ(ended.size(), 3u);
-    EXPECT_EQ(ended[0].line, "say first");
+    EXPECT_EQ(ended[0].line, "wait 60s");
     EXPECT_TRUE(ended[1].failed);
     EXPECT_NE(ended[1].answer, "");
     EXPECT_TRUE(ended[2].leaves);
