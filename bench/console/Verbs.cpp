@@ -118,7 +118,10 @@ bool runScript(Console& console, std::istream& script, const std::string& name, 
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();
         const bool interrupted = console.unit.journal.isInterrupted();
-        const auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
+        auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
+        if (outcome.kind != Outcome::failed && console.difference)
+            if (auto difference = console.difference(); !difference.empty())
+                outcome = failed(std::move(difference));
         if (outcome.kind == Outcome::leave)
             break;
         if (outcome.kind == Outcome::failed)

@@ -258,6 +258,16 @@ TEST_F(ConsoleCommands, nameEachFaultAndWhatEndsIt)
     }
 }
 
+/** A file that says to replay itself would never end. */
+TEST_F(ConsoleCommands, replayNoFileWithinItself)
+{
+    const juce::TemporaryFile scenario(".scenario");
+    const auto line = "replay " + scenario.getFile().getFullPathName().toStdString();
+    scenario.getFile().replaceWithText(line);
+    EXPECT_EQ(runLine(console, line).kind, Outcome::failed);
+    EXPECT_THAT(output.str(), HasSubstr("is being replayed"));
+}
+
 /** To a person, each command tells what it brought about or armed, or why nothing came. */
 TEST_F(ConsoleCommands, tellWhatCameOfThem)
 {
