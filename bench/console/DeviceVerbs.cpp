@@ -23,7 +23,12 @@ std::string plugUsb(Unit& unit, const Arguments& given)
 
 std::string putUpdate(Unit& unit, const Arguments& given)
 {
-    return unless(unit.putUpdate(given.number(1, 1), given[0] == "update"), "nothing can be put on this storage");
+    const auto number = given.number(1, 1);
+    if (unit.putUpdate(number, given[0] == "update"))
+        return {};
+    const auto storage = std::to_string(number);
+    return unit.isUsbPlugged(number) ? "nothing can be put on storage " + storage
+                                     : "storage " + storage + " is not plugged: usb in " + storage;
 }
 
 void breakCameraBus(Unit& unit, bool fails, std::chrono::milliseconds delay)
@@ -84,8 +89,12 @@ Outcome savePictureOf(Console& console, const std::string& display, const std::s
     if (console.pictureFolder.empty())
         return console.tellsConsequences ? failed("pictures go to the folder of --pictures, which was not given")
                                          : Outcome {};
-    const auto error = savePicture(display, console.pictureFolder + "/" + name + ".png");
-    return error.empty() ? Outcome {} : failed(error);
+    const auto file = console.pictureFolder + "/" + name + ".png";
+    if (const auto error = savePicture(display, file); !error.empty())
+        return failed(error);
+    if (console.tellsConsequences)
+        console.output << "  Drawn: " << file << "\n";
+    return {};
 }
 
 Outcome takePicture(Console& console, const Arguments& given)
