@@ -25,7 +25,12 @@ private:
     std::vector<Event> await() const;
     void tell(const std::vector<Event>& events);
     std::string whyNothing() const;
-    std::string lastRequest() const;
+    struct Request
+    {
+        std::string status, text;
+    };
+    std::optional<Request> lastRequest() const;
+    std::string lastComplaint() const;
 };
 
 } // namespace Bench

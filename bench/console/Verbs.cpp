@@ -3,6 +3,7 @@
 #include "bench/console/Kinds.h"
 #include "bench/console/Near.h"
 #include "bench/console/Verb.h"
+#include "bench/unit/Settings.h"
 
 #include <algorithm>
 #include <istream>
@@ -147,7 +148,13 @@ Words completionsFor(const Words& before)
     const auto isFirst = [&](const char* word) { return !before.empty() && before[0] == word; };
     if (isFirst("if-display"))
         return completionsFor({ before.begin() + 1, before.end() });
+    if (isFirst("program") && before.size() > 2 && before[2] == "do")
+        return ordersBehind(before[1], { before.begin() + 3, before.end() });
+    if (isFirst("help"))
+        return before.size() == 1 ? completionsFor({}) : Words();
     auto words = verbGrammar().completionsFor(before);
+    if (const auto setting = isFirst("set") && before.size() == 2 ? findSetting(before[1]) : std::nullopt)
+        words = settingValues(*setting);
     if (isFirst("expect"))
     {
         const bool isAbsence = before.size() > 1 && before[1] == "no";

@@ -63,11 +63,12 @@ TEST_F(PanelTest, RecordsWhatIsDoneAndDoesItAgain)
     const auto say = [&](const std::string& line)
     {
         const auto outcome = runLine(console, line);
-        EXPECT_NE(outcome.kind, Outcome::failed) << line << ": " << outcome.error;
+        EXPECT_NE(outcome.kind, Outcome::failed) << line << ": " << outcome.error << "\n" << output.str();
     };
-    for (const auto& line : { "record " + file, std::string("mcu source aux"), std::string("state"),
-                              std::string("expect page aux settled"), std::string("record off"),
-                              std::string("mcu source fm"), std::string("expect page fm settled") })
+    for (const auto& line :
+         { "record " + file, std::string("mcu source aux"), std::string("state"), std::string("expect mcu source aux"),
+           std::string("expect page aux settled"), std::string("record off"), std::string("mcu source fm"),
+           std::string("expect mcu source fm"), std::string("expect page fm settled") })
         say(line);
     EXPECT_FALSE(recording.getFile().loadFileAsString().contains("state"));
     mark();
