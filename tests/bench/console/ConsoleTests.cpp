@@ -220,6 +220,7 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         { "log on 3/log 3 3", "usage: log" },
         { "transcript mcu nobody", "'nobody' is no section" },
         { "expect/expect no/expect sing", "expect" },
+        { "expect pge fm shown", "Is it page?" },
         { "expect page fm gone", "usage: expect page PAGE shown|hidden|covered|confirmed" },
         { "expect dsp write", "expect dsp write TEXT..." },
         { "expect order \"mcu agreed\"", "two expectations" },
