@@ -4,7 +4,9 @@
 set(HEADUNIT_SANITIZE "" CACHE STRING "address, thread, fuzzer or empty")
 if(HEADUNIT_SANITIZE)
     if(HEADUNIT_SANITIZE STREQUAL "address")
-        set(sanitizer -fsanitize=address,undefined -fno-sanitize-recover=undefined --coverage -fprofile-update=atomic)
+        # Several threads count. The option itself would keep ccache away.
+        set(sanitizer -fsanitize=address,undefined -fno-sanitize-recover=undefined --coverage
+                      -specs=${CMAKE_SOURCE_DIR}/cmake/atomic-counters.specs)
     elseif(HEADUNIT_SANITIZE STREQUAL "thread")
         set(sanitizer -fsanitize=thread)
         target_compile_options(juce PRIVATE -O1 ${sanitizer} -fno-omit-frame-pointer)

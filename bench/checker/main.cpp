@@ -119,12 +119,12 @@ int check(const Choices& choices, Subject& subject)
         playAll(checks.subspan(first), subject, choices.jobs, take);
     }
     if (choices.json)
-        std::cout << nlohmann::json {
-            { "program", subject.path },
-            { "as", Pubhead::appTypeName(subject.appType) },
-            { "passed", !broken && !impossible },
-            { "checks", all }
-        }.dump(2) << "\n";
+        std::cout << nlohmann::json { { "program", subject.path },
+                                      { "as", Pubhead::appTypeName(subject.appType) },
+                                      { "passed", !broken && !impossible },
+                                      { "checks", all } }
+                         .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
+                  << "\n";
     else
         report.end();
     return impossible ? unusable : broken ? 1 : 0;

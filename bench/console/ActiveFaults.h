@@ -12,7 +12,7 @@ struct ActiveFault
     std::string cure; ///< the console's line that takes it away
 };
 
-/** Those of link, buses, programs, remote, test equipment and engine, by what the devices say now. The unit's thread. */
+/** Those of link, buses, programs, remote, test equipment and engine, by what the devices say now. Any thread. */
 std::vector<ActiveFault> activeFaults(Unit& unit);
 
 } // namespace Bench

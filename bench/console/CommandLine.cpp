@@ -40,7 +40,9 @@ void CommandLine::offerTo(CLI::App& app)
                    "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it")
         ->option_text("FILE")
         ->needs("--script");
-    app.add_option("--pictures", pictures, "Let 'picture' write into this folder")->option_text("FOLDER");
+    app.add_option("--pictures", pictures,
+                   "Let 'picture' write into this folder; without it, into the working folder, in a script not at all")
+        ->option_text("FOLDER");
     app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
     app.add_flag("--panel", panel, "Show and press the whole unit in a window");
     app.add_flag(

@@ -1,6 +1,7 @@
 #include "bench/console/Verb.h"
 #include "bench/text/Screen.h"
 
+#include <filesystem>
 #include <ostream>
 
 namespace Bench
@@ -87,13 +88,12 @@ Outcome showRemote(Console& console, const Arguments&)
 Outcome savePictureOf(Console& console, const std::string& display, const std::string& name)
 {
     if (console.pictureFolder.empty())
-        return console.tellsConsequences ? failed("pictures go to the folder of --pictures, which was not given")
-                                         : Outcome {};
-    const auto file = console.pictureFolder + "/" + name + ".png";
+        return {};
+    const auto file = (std::filesystem::path(console.pictureFolder) / (name + ".png")).lexically_normal().string();
     if (const auto error = savePicture(display, file); !error.empty())
         return failed(error);
-    if (console.tellsConsequences)
-        console.output << "  Drawn: " << file << "\n";
+    if (console.watched)
+        console.output << console.style.dim("  " + file) << "\n";
     return {};
 }
 
@@ -145,7 +145,9 @@ Verbs deviceVerbs()
         { "touch X Y", "A finger on the screen, 0 0 at its top left.",
           onUnit([](Unit& unit, auto& given)
                  { return touchScreen(unit.engine().display(), given.number(0), given.number(1)); }) },
-        { "picture NAME", "The screen as NAME.png in the folder of --pictures; left out without it.", takePicture },
+        { "picture NAME",
+          "The screen as NAME.png in the folder of --pictures; without it, here, and in a script not at all.",
+          takePicture },
         { "picture desktop NAME", "The same of the desktop, where the panel is.", takeDesktopPicture },
         { "engine start|stop|restart|kill", "The engine's process; its programs go on without it for a while.",
           onUnit([](Unit& unit, auto& given) { return unit.engine().controlEngine(given[0]); }) },

@@ -1,9 +1,12 @@
 // What a person does, written down and done again.
 #include "bench/console/Verb.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
+#include <sstream>
+#include <tuple>
 #include <utility>
 
 namespace Bench
@@ -31,16 +34,38 @@ Outcome stopRecording(Console& console, const Arguments&)
     return {};
 }
 
-/** Stops at the first line that fails: that is the first difference. */
+/** Keeps the times that the scenario says, and tells nothing between them. */
+bool runReplay(Console& console, const std::string& file, const std::string& text, double speed)
+{
+    const auto started = console.expectations.beginningOfAll();
+    const auto difference = [&console, &text, started]
+    {
+        const auto from = console.expectations.beginningOfAll();
+        return from == started ? "" : differenceFrom(text, recordedEvents(console.unit.journal, from));
+    };
+    const auto before = std::make_tuple(std::exchange(console.speed, speed),
+                                        std::exchange(console.tellsConsequences, false), console.difference);
+    console.difference = isRecording(text) ? std::function<std::string()>(difference) : nullptr;
+    console.replayed.push_back(file);
+    std::istringstream lines(text);
+    const bool same = runScript(console, lines, std::filesystem::path(file).filename().string(), AfterFailure::end);
+    console.replayed.pop_back();
+    std::tie(console.speed, console.tellsConsequences, console.difference) = before;
+    return same;
+}
+
+/** Stops at the first line that fails, or that brings another page or source than the recording has: the first difference. */
 Outcome replay(Console& console, const Arguments& given)
 {
-    std::ifstream file(given[0]);
-    if (!file)
+    std::error_code error;
+    const auto file = std::filesystem::weakly_canonical(given[0], error).string();
+    std::ifstream stream(file);
+    if (!stream)
         return failed(given[0] + ": cannot be read");
-    const auto before = std::exchange(console.speed, given.speed(1));
-    const bool same = runScript(console, file, std::filesystem::path(given[0]).filename().string(), AfterFailure::end);
-    console.speed = before;
-    return same ? Outcome {} : failed("stopped at the first difference");
+    if (std::ranges::find(console.replayed, file) != console.replayed.end())
+        return failed(given[0] + " is being replayed");
+    const std::string text { std::istreambuf_iterator<char>(stream), {} };
+    return runReplay(console, file, text, given.speed(1)) ? Outcome {} : failed("stopped at the first difference");
 }
 
 } // namespace

@@ -3,7 +3,14 @@
 #include "bench/console/Expect.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <iostream>
+#include <sstream>
+#include <unistd.h>
 #include <utility>
 
 namespace Bench
@@ -11,6 +18,15 @@ namespace Bench
 
 namespace
 {
+
+constexpr std::string_view heading = "# What a person did, as `record` wrote it: `replay` does it again.\n";
+constexpr std::string_view pageExpected = "expect page ", sourceExpected = "expect mcu source ";
+
+std::string textOf(const std::string& file)
+{
+    std::ifstream stream(file);
+    return { std::istreambuf_iterator<char>(stream), {} };
+}
 
 /** The line that expects what the event tells; "" when a scenario does not mind. */
 std::string expectationOf(const Event& event)
@@ -20,7 +36,8 @@ std::string expectationOf(const Event& event)
     if (event.stream != "mcu source")
         return {};
     constexpr std::string_view unnamed = "type ";
-    return "expect mcu source " + (event.text.starts_with(unnamed) ? event.text.substr(unnamed.size()) : event.text);
+    return std::string(sourceExpected) +
+           (event.text.starts_with(unnamed) ? event.text.substr(unnamed.size()) : event.text);
 }
 
 } // namespace
@@ -34,7 +51,7 @@ std::string composeScenario(const std::string& front, Clock::time_point begin, s
             lines.push_back({ event.at, std::move(line) });
     std::ranges::stable_sort(lines, {}, &SaidLine::at);
 
-    std::string text = "# What a person did, as `record` wrote it: `replay` does it again.\n";
+    std::string text(heading);
     if (front != "none")
         text += "expect page " + front + " in-front\n";
     text += "mark\n";
@@ -50,12 +67,54 @@ std::string composeScenario(const std::string& front, Clock::time_point begin, s
     return text;
 }
 
+bool isRecording(std::string_view scenario)
+{
+    return scenario.starts_with(heading);
+}
+
+std::string differenceFrom(const std::string& recording, std::span<const Event> events)
+{
+    for (const auto kind : { pageExpected, sourceExpected })
+    {
+        std::istringstream lines(recording);
+        for (const auto& event : events)
+        {
+            const auto seen = expectationOf(event);
+            if (!seen.starts_with(kind))
+                continue;
+            std::string line;
+            while (std::getline(lines, line) && (!line.starts_with(kind) || line.ends_with(" in-front")))
+                ;
+            if (!lines || line != seen)
+                return event.stream + " " + event.text + ", where the recording has " +
+                       (lines ? line.substr(line.find(' ') + 1) : "nothing any more");
+        }
+    }
+    return {};
+}
+
+std::vector<Event> recordedEvents(const Journal& journal, Place from)
+{
+    return journal.find(from, Journal::capacity, [](const Event& event) { return !expectationOf(event).empty(); });
+}
+
+Recorder::~Recorder()
+{
+    if (const auto error = stop(); !error.empty())
+        std::cerr << error << std::endl;
+}
+
 std::string Recorder::start(const std::string& fileToWrite)
 {
     if (auto error = stop(); !error.empty())
         return error;
-    if (!std::ofstream(fileToWrite))
-        return fileToWrite + ": cannot be written";
+    namespace files = std::filesystem;
+    std::error_code error;
+    if (files::exists(fileToWrite, error) && !Bench::isRecording(textOf(fileToWrite)))
+        return fileToWrite + " is there and is no recording";
+    const auto folder = files::absolute(fileToWrite, error).parent_path();
+    if (::access(folder.c_str(), W_OK) != 0)
+        return fileToWrite + ": " + std::strerror(errno);
     target = fileToWrite;
     begin = journal.end();
     const auto inFront = journal.find({}, 1, isIn(Expectations::frontStream));
@@ -68,12 +127,13 @@ std::string Recorder::stop()
 {
     if (!isRecording())
         return {};
-    const auto events =
-        journal.find(begin, Journal::capacity, [](const Event& event) { return !expectationOf(event).empty(); });
-    const auto name = std::exchange(target, {});
-    std::ofstream stream(name, std::ios::trunc);
-    stream << composeScenario(front, begin.at, said, events);
-    return stream.flush() ? "" : name + ": cannot be written";
+    const auto name = std::exchange(target, {}), part = name + ".part";
+    std::ofstream stream(part, std::ios::trunc);
+    stream << composeScenario(front, begin.at, said, recordedEvents(journal, begin));
+    stream.close();
+    if (stream && std::rename(part.c_str(), name.c_str()) == 0)
+        return {};
+    return name + ": cannot be written";
 }
 
 void Recorder::add(SaidLine line)

@@ -67,6 +67,7 @@ std::span<const VerbGroup> allVerbs();
 
 /** Tells what comes of it where the console is a person's. */
 Outcome runLine(Console& console, const std::string& text);
+constexpr std::size_t longestLine = 8192; ///< in bytes
 Outcome runLine(Console& console, const Words& words);
 /** What comes after a line that fails. */
 enum class AfterFailure { end, nextLine };

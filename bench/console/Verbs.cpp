@@ -67,6 +67,10 @@ std::span<const VerbGroup> allVerbs()
 
 Outcome runLine(Console& console, const std::string& text)
 {
+    if (!juce::CharPointer_UTF8::isValidString(text.data(), static_cast<int>(text.size())))
+        return failed("the line is not UTF-8");
+    if (text.size() > longestLine)
+        return failed("the line is longer than " + std::to_string(longestLine) + " bytes");
     const auto line = parseLine(text);
     if (!line.error.empty())
         return failed(line.error);
@@ -115,7 +119,10 @@ bool runScript(Console& console, std::istream& script, const std::string& name, 
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();
         const bool interrupted = console.unit.journal.isInterrupted();
-        const auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
+        auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
+        if (outcome.kind != Outcome::failed && console.difference)
+            if (auto difference = console.difference(); !difference.empty())
+                outcome = failed(std::move(difference));
         if (outcome.kind == Outcome::leave)
             break;
         if (outcome.kind == Outcome::failed)

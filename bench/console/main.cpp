@@ -4,6 +4,7 @@
 #include "bench/console/Verb.h"
 #include "bench/panel/PanelWindow.h"
 #include "bench/text/Names.h"
+#include "bench/text/Screen.h"
 #include "bench/unit/VirtualDisplay.h"
 
 #include <CLI/CLI.hpp>
@@ -203,10 +204,23 @@ int main(int argc, char** argv)
         return installPrograms(choices);
     if (!choices.attached.configuration.empty())
         choices.unit.attached = choices.attached;
-    if (choices.panel && displayOfEnvironment(Display::ofEnvironment).empty())
+    const auto display = displayOfEnvironment(Display::ofEnvironment);
+    if (choices.panel && display.empty())
     {
         std::cerr << "there is no display for the panel: DISPLAY names one\n";
         return 2;
+    }
+    if (!display.empty() && !canBeOpened(display))
+    {
+        const auto error = "the display " + display + " of DISPLAY cannot be opened";
+        if (choices.panel)
+        {
+            std::cerr << error << "\n";
+            return 2;
+        }
+        if (!choices.noDisplay && !choices.ownDisplay)
+            std::cerr << error << ": nothing is drawn\n";
+        choices.noDisplay = !choices.ownDisplay;
     }
     // Behind the panel the unit draws where only the panel looks.
     choices.ownDisplay = choices.ownDisplay || (choices.panel && !choices.noDisplay && !choices.unit.attached &&
@@ -239,6 +253,8 @@ int main(int argc, char** argv)
     }
     std::cout << style.bold("Head unit on the bench") << style.dim("  " + unit.folder()) << "\n";
 
+    if (choices.pictures.empty() && script.empty())
+        choices.pictures = ".";
     Console commands(unit, style, std::cout, watched);
     commands.pictureFolder = choices.pictures;
     commands.tellsConsequences = watched && script.empty();

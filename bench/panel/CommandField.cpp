@@ -8,7 +8,7 @@ namespace BenchPanel
 namespace
 {
 
-constexpr int editorHeight = 28;
+constexpr int editorHeight = 28, mostHistory = 1000;
 
 } // namespace
 
@@ -39,7 +39,8 @@ void CommandField::show(const PanelState& state)
     const auto& said = state.said;
     auto answer = said.answer.substr(0, said.answer.find('\n'));
     if (said.running)
-        answer = "... " + said.line + "    Escape ends the wait";
+        answer = "... " + said.line + "    Escape ends the wait" +
+                 (said.dropped == 0 ? "" : "    too many at once: " + std::to_string(said.dropped) + " dropped");
     repaintIfChanged(shown, { std::move(answer), said.running, said.failed });
 }
 
@@ -56,6 +57,7 @@ void CommandField::setLine(const ConsoleLine& line)
 {
     if (history.isEmpty() || history[history.size() - 1] != line)
         history.add(line);
+    history.removeRange(0, history.size() - mostHistory);
     inHistory = history.size();
     editor.setText(line, false);
 }

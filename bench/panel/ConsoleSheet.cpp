@@ -15,19 +15,22 @@ ConsoleSheet::ConsoleSheet(Desk& deskToUse)
 
 void ConsoleSheet::show(const PanelState& state)
 {
-    const auto& said = state.said;
-    if (said.running || said.number == shown)
+    if (state.ended.empty())
         return;
-    shown = said.number;
     constexpr int mostCharacters = 40'000;
-    auto all = text.getText() + "> " + said.line + "\n" + juce::String::fromUTF8(said.answer.c_str()).trimEnd() + "\n";
+    auto all = text.getText();
+    for (const auto& said : state.ended)
+    {
+        all << "> " << juce::String::fromUTF8(said.line.c_str()) << "\n"
+            << juce::String::fromUTF8(said.answer.c_str()).trimEnd() << "\n";
+        const auto end = said.answer.find('\n');
+        if (end != std::string::npos && end + 1 < said.answer.size())
+            setVisible(true);
+    }
     if (all.length() > mostCharacters)
         all = all.substring(all.length() - mostCharacters);
     text.setText(all, false);
     text.moveCaretToEnd();
-    const auto end = said.answer.find('\n');
-    if (end != std::string::npos && end + 1 < said.answer.size())
-        setVisible(true);
 }
 
 void ConsoleSheet::visibilityChanged()

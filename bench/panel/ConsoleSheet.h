@@ -15,7 +15,6 @@ public:
 
 private:
     juce::TextEditor text;
-    std::uint64_t shown = 0; ///< number of the last line whose answer is here
 
     void resized() override;
     void paint(juce::Graphics& g) override;

@@ -18,7 +18,7 @@ public:
 
     /** Runs the line behind those that were given before, and shows it in the command field. Returns at once. */
     virtual void run(const ConsoleLine& line) = 0;
-    /** Ends what the console waits for in the line that runs, and forgets those behind it. */
+    /** What Escape does: puts the console's sheet away; else ends the wait of the line that runs, and forgets those behind it. */
     virtual void cancel() = 0;
     /** Puts the beginning of a line into the command field, for the person to finish. */
     virtual void propose(const ConsoleLine& beginning) = 0;

@@ -5,9 +5,8 @@
 namespace BenchPanel
 {
 
-EngineAsker::EngineAsker(Unit& unitToAsk, std::function<void()> changedCall)
+EngineAsker::EngineAsker(Unit& unitToAsk)
     : unit(unitToAsk)
-    , changed(std::move(changedCall))
 {
     thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
 }
@@ -27,14 +26,16 @@ void EngineAsker::work(const std::stop_token& stop)
     const auto isNews = [](const Event& event)
     { return !isDetail(event) && event.stream != "frame EVENT_HEAT_BEAT" && event.stream != "gpio"; };
     std::optional<std::uint64_t> seen;
-    for (bool isSettled = false; !stop.stop_requested();)
+    Clock::time_point next;
+    while (!stop.stop_requested())
     {
         const auto newest = unit.journal.find({}, 1, isNews);
         const auto number = newest.empty() ? 0 : newest.back().number;
         const bool isNew = std::exchange(seen, number) != number;
-        if (isNew || !isSettled)
+        if (isNew || Clock::now() >= next)
         {
-            isSettled = !isNew;
+            // What has just happened may not be all.
+            next = Clock::now() + (isNew ? pause : pauseAtRest);
             const auto ask = [&](const char* method, const std::vector<std::string>& parameters = {})
             { return stop.stop_requested() ? Ctl::Json() : client.ask(method, parameters).value; };
             EngineTold now;
@@ -44,11 +45,8 @@ void EngineAsker::work(const std::stop_token& stop)
                 if (const auto front = Ctl::Fields(now.state)["front"]; !front.empty() && front != "none")
                     now.why = ask("Why", { "page", front });
             }
-            {
-                const std::scoped_lock guard(lock);
-                answers = std::make_shared<const EngineTold>(std::move(now));
-            }
-            changed();
+            const std::scoped_lock guard(lock);
+            answers = std::make_shared<const EngineTold>(std::move(now));
         }
         std::unique_lock guard(lock);
         ended.wait_for(guard, stop, pause, [] { return false; });

@@ -24,13 +24,13 @@ struct EngineTold
 
 /**
     Asks the engine, on a thread of its own, when something has happened in the unit, a few times a second at most, and
-    once more when nothing does any longer, as the engine may have gone on thereafter.
+    every other second when nothing does: what it says has times and memory in it.
 */
 class EngineAsker
 {
 public:
-    /** The unit must outlive it; its bus has been started. `changed` is called on the asking thread. */
-    EngineAsker(Unit& unitToAsk, std::function<void()> changedCall);
+    /** The unit must outlive it; its bus has been started. */
+    explicit EngineAsker(Unit& unitToAsk);
     ~EngineAsker();
     EngineAsker(const EngineAsker&) = delete;
     EngineAsker& operator=(const EngineAsker&) = delete;
@@ -38,11 +38,10 @@ public:
     /** Never null. Any thread. */
     std::shared_ptr<const EngineTold> told() const;
 
-    static constexpr std::chrono::milliseconds pause { 250 };
+    static constexpr std::chrono::milliseconds pause { 250 }, pauseAtRest { 2000 };
 
 private:
     Unit& unit;
-    const std::function<void()> changed;
     mutable std::mutex lock;
     std::condition_variable_any ended;
     std::shared_ptr<const EngineTold> answers = std::make_shared<EngineTold>();

@@ -13,19 +13,26 @@ FaultChips::FaultChips(Desk& deskToUse)
 
 void FaultChips::show(const std::vector<Bench::ActiveFault>& faultsToShow)
 {
-    const auto isSame = [](const Bench::ActiveFault& one, const Bench::ActiveFault& other)
-    { return one.what == other.what && one.cure == other.cure; };
-    if (std::ranges::equal(faults, faultsToShow, isSame))
+    using Fault = Bench::ActiveFault;
+    if (std::ranges::equal(faults, faultsToShow, {}, &Fault::what, &Fault::what))
         return;
-    faults = faultsToShow;
-    chips.clear();
-    for (const auto& [what, cure] : faults)
+    // A chip stays the same, to be clicked, while the count in its words goes down.
+    if (!std::ranges::equal(faults, faultsToShow, {}, &Fault::cure, &Fault::cure))
     {
-        auto& chip =
-            *chips.emplace_back(std::make_unique<LineButton>(desk, juce::String(what) + "   x", ButtonLines { cure }));
-        chip.setTitle("End: " + juce::String(what));
-        chip.setTone(LineButton::Tone::alarm);
-        addAndMakeVisible(chip);
+        chips.clear();
+        for (const auto& fault : faultsToShow)
+        {
+            chips.push_back(std::make_unique<LineButton>(desk, "", ButtonLines { fault.cure }));
+            chips.back()->setTone(LineButton::Tone::alarm);
+            addAndMakeVisible(*chips.back());
+        }
+    }
+    faults = faultsToShow;
+    for (std::size_t i = 0; i < faults.size(); ++i)
+    {
+        const juce::String what(faults[i].what);
+        chips[i]->setLabel(what + "   x");
+        chips[i]->setTitle("End: " + what);
     }
     resized();
 }

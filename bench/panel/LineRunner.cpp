@@ -6,30 +6,30 @@
 namespace BenchPanel
 {
 
-LineRunner::LineRunner(Unit& unit, std::string pictureFolder, Changed changedCall)
+namespace
+{
+
+constexpr std::size_t mostEnded = 64;
+
+} // namespace
+
+LineRunner::LineRunner(Unit& unit, std::string pictureFolder)
     : console(unit, Bench::Style(false), output, true)
-    , changed(std::move(changedCall))
 {
     console.pictureFolder = std::move(pictureFolder);
     thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
 }
 
-LineRunner::~LineRunner()
-{
-    thread.request_stop();
-    news.notify_all();
-}
-
-bool LineRunner::run(const std::string& line)
+void LineRunner::run(const std::string& line)
 {
     {
         const std::scoped_lock guard(lock);
-        if (waiting.size() >= mostWaiting)
-            return false;
-        waiting.push_back(line);
+        if (waiting.size() < mostWaiting)
+            waiting.push_back(line);
+        else
+            ++said.dropped;
     }
     news.notify_all();
-    return true;
 }
 
 void LineRunner::forgetWaiting()
@@ -44,21 +44,24 @@ LineRunner::Said LineRunner::last() const
     return said;
 }
 
+std::vector<LineRunner::Said> LineRunner::takeEnded()
+{
+    const std::scoped_lock guard(lock);
+    const auto taken = std::exchange(ended, {});
+    return { taken.begin(), taken.end() };
+}
+
 void LineRunner::work(const std::stop_token& stop)
 {
     std::unique_lock guard(lock);
-    while (true)
+    while (news.wait(guard, stop, [&] { return !waiting.empty(); }) && !stop.stop_requested())
     {
-        news.wait(guard, [&] { return stop.stop_requested() || !waiting.empty(); });
-        if (stop.stop_requested())
-            return;
         said = { said.number + 1, std::move(waiting.front()), {}, true, false, false, said.recording };
         waiting.pop_front();
         const auto line = said.line;
         // What comes of a line is waited for, unless the person has said more already: a knob is turned fast.
         console.tellsConsequences = waiting.empty();
         guard.unlock();
-        changed();
         output.str({});
         console.unit.journal.goOn(); // what was given up before is over
         console.unit.journal.add(saidStream, line);
@@ -69,9 +72,11 @@ void LineRunner::work(const std::stop_token& stop)
         said.leaves = outcome.kind == Outcome::leave;
         said.recording = console.recorder.isRecording();
         said.answer = said.failed ? outcome.error : output.str();
-        guard.unlock();
-        changed();
-        guard.lock();
+        ended.push_back(said);
+        if (ended.size() > mostEnded)
+            ended.pop_front();
+        if (said.leaves)
+            waiting.clear();
     }
 }
 

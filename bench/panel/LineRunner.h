@@ -4,9 +4,11 @@
 #include "bench/panel/Desk.h"
 
 #include <condition_variable>
+#include <deque>
 #include <mutex>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 namespace BenchPanel
 {
@@ -28,22 +30,23 @@ public:
         std::string answer; ///< what the console has printed, or the error
         bool running = false, failed = false, leaves = false;
         bool recording = false; ///< when it had ended
+        int dropped = 0;        ///< lines while it ran, as too many waited
     };
-    /** Called on the thread of the lines when one begins and when it ends. */
-    using Changed = std::function<void()>;
-
-    /** The unit must outlive it. `pictureFolder` is where `picture` writes to. */
-    LineRunner(Unit& unit, std::string pictureFolder, Changed changedCall);
-    /** Lets the line that runs end; the journal has to be interrupted for one that waits. */
-    ~LineRunner();
+    /**
+        The unit must outlive it. `pictureFolder` is where `picture` writes to. At its end it lets the line that runs end;
+        the journal has to be interrupted for one that waits.
+    */
+    LineRunner(Unit& unit, std::string pictureFolder);
     LineRunner(const LineRunner&) = delete;
     LineRunner& operator=(const LineRunner&) = delete;
 
-    /** False when so many wait already that this one is dropped. */
-    bool run(const std::string& line);
+    /** Dropped, and counted, when `mostWaiting` wait already. */
+    void run(const std::string& line);
     /** Forgets those that wait. */
     void forgetWaiting();
     Said last() const;
+    /** Those that have ended since the last call, oldest first; of many, the newest. */
+    std::vector<Said> takeEnded();
 
     /** A knob that is turned fast says more than a finger could; the rest is dropped. */
     static constexpr std::size_t mostWaiting = 16;
@@ -51,12 +54,12 @@ public:
 private:
     std::ostringstream output;
     Console console;
-    const Changed changed;
     mutable std::mutex lock;
-    std::condition_variable news;
+    std::condition_variable_any news;
     std::deque<std::string> waiting;
     Said said;
-    std::jthread thread; // last: it uses all the others
+    std::deque<Said> ended; ///< and not taken yet
+    std::jthread thread;    // last: it uses all the others
 
     void work(const std::stop_token& stop);
 };

@@ -15,14 +15,12 @@ PanelState snapshot(Unit& unit, const PanelState& before)
         now.mcu = unit.mcu->state();
         now.panel = unit.panel->state();
         now.supply = unit.supply->state();
-        now.tuner = unit.tuner->text();
         now.weatherAlert = unit.tuner->weatherAlert();
         now.remote = unit.remote->display();
         now.remotePlugged = unit.remote->isPlugged();
         now.cameraSignal = unit.videoDecoder->hasSignal();
         now.dsp = unit.dsp->memory();
         now.network = unit.networkDisplay->state();
-        now.front = unit.programs.pageInFront();
         now.stack = unit.programs.pageStack();
         now.programs = unit.programs.running();
         now.faults = activeFaults(unit);

@@ -17,15 +17,13 @@ struct PanelState
     Mcu::State mcu;
     Bench::Panel::State panel;
     PowerSupply::State supply;
-    std::string tuner;
     bool weatherAlert = false;
     RemoteDisplay remote;
     bool remotePlugged = false;
     bool cameraSignal = false;
     std::array<bool, 2> usb {}; ///< storages 1 and 2
     DspMemory dsp;
-    int front = Pubhead::NUM_OF_PAGES; ///< the page in front
-    std::vector<int> stack;            ///< it and those behind that come back
+    std::vector<int> stack; ///< it and those behind that come back
     std::map<int, Programs::Program> programs;
     NetworkDisplay::State network;
     std::vector<ActiveFault> faults;
@@ -34,10 +32,11 @@ struct PanelState
     /** The newest of all streams, oldest first. Never null. */
     std::shared_ptr<const std::vector<Event>> events = std::make_shared<std::vector<Event>>();
     std::shared_ptr<const EngineTold> engine = std::make_shared<EngineTold>(); ///< never null
-    LineRunner::Said said;
+    LineRunner::Said said;                                                     ///< the newest line
+    std::vector<LineRunner::Said> ended;                                       ///< lines, since the state before
 };
 
-/** The devices in one turn; of the journal no more than has come since `before`. Any thread. */
+/** The devices in one turn, and the newest events, those of `before` when none has come. Any thread. */
 PanelState snapshot(Unit& unit, const PanelState& before);
 
 } // namespace BenchPanel

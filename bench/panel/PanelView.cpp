@@ -28,12 +28,13 @@ PanelView::PanelView(Unit& unitToShow, Options optionsToUse)
     : juce::Component("Head unit")
     , unit(unitToShow)
     , options(std::move(optionsToUse))
-    , runner(unit, options.pictureFolder, [] {})
-    , asker(unit, [] {})
+    , runner(std::in_place, unit, options.pictureFolder)
+    , asker(std::in_place, unit)
     , topBar(*this)
     , screen(*this, options.screenIsCaptured ? unit.engine().display() : "",
-             unit.engine().display().empty() ? "Nothing is drawn: there is no display."
-                                             : "The unit draws in windows of this desktop.")
+             options.screenIsCaptured          ? "The unit's display has gone."
+             : unit.engine().display().empty() ? "Nothing is drawn: there is no display."
+                                               : "The unit draws in windows of this desktop.")
     , frontPanel(*this)
     , remote(*this)
     , around(*this)
@@ -77,6 +78,13 @@ PanelView::~PanelView()
     stopTimer();
 }
 
+void PanelView::endLines()
+{
+    stopTimer();
+    runner.reset();
+    asker.reset();
+}
+
 template <typename Function>
 void PanelView::forEachArea(const Function& function)
 {
@@ -90,13 +98,14 @@ void PanelView::forEachArea(const Function& function)
 void PanelView::run(const ConsoleLine& line)
 {
     command.setLine(line);
-    runner.run(line.toStdString());
+    runner->run(line.toStdString());
 }
 
 void PanelView::cancel()
 {
-    console.setVisible(false);
-    runner.forgetWaiting();
+    if (console.isVisible())
+        return console.setVisible(false);
+    runner->forgetWaiting();
     unit.journal.interrupt(false);
 }
 
@@ -109,8 +118,9 @@ void PanelView::timerCallback()
         return;
     nextLook = now + atRest;
     state = snapshot(unit, state);
-    state.engine = asker.told();
-    state.said = runner.last();
+    state.engine = asker->told();
+    state.said = runner->last();
+    state.ended = runner->takeEnded();
     chooseLook();
     forEachArea([this](Area& area) { area.show(state); });
     checkEnd();
@@ -118,12 +128,14 @@ void PanelView::timerCallback()
 
 void PanelView::checkEnd()
 {
-    const auto& said = state.said;
-    const bool scriptEnded = !options.script.empty() && said.number == 1 && !said.running;
-    if (!said.leaves && !scriptEnded)
+    // The script is the first line that was said.
+    const auto isLast = [this](const LineRunner::Said& line)
+    { return line.leaves || (line.number == 1 && !options.script.empty()); };
+    const auto last = std::ranges::find_if(state.ended, isLast);
+    if (last == state.ended.end())
         return;
     stopTimer();
-    options.ended(said.failed ? said.answer : "");
+    options.ended(last->failed ? last->answer : "");
 }
 
 void PanelView::chooseLook()

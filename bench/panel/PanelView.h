@@ -33,6 +33,9 @@ public:
     PanelView(Unit& unitToShow, Options optionsToUse);
     ~PanelView() override;
 
+    /** Ends the threads that use the unit; the panel is of no use from then on. */
+    void endLines();
+
     static constexpr int width = 1280, height = 800;
 
 private:
@@ -40,8 +43,8 @@ private:
     const Options options;
     Look day { Look::day }, night { Look::night };
     PanelState state;
-    LineRunner runner;
-    EngineAsker asker;
+    std::optional<LineRunner> runner;
+    std::optional<EngineAsker> asker;
     Clock::time_point nextLook;
 
     TopBar topBar;

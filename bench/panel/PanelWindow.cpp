@@ -1,5 +1,8 @@
 #include "bench/panel/PanelWindow.h"
 
+#include "bench/panel/DisplayLoss.h"
+
+#include <cstdlib>
 #include <iostream>
 
 namespace BenchPanel
@@ -48,9 +51,20 @@ struct Start
 {
     Unit* unit = nullptr;
     PanelView::Options options;
+    std::unique_ptr<PanelWindow> window;
 };
 
 Start start;
+
+/** Nothing can be drawn any longer; the unit cleans up all the same, and what is recorded is written. */
+void endWithoutDisplay()
+{
+    std::cerr << "The display of the panel has gone." << std::endl;
+    start.unit->journal.interrupt();
+    start.window->endLines();
+    start.unit->stop();
+    std::_Exit(1);
+}
 
 /** A JUCE application, so that the toolkit lives through what an X server without a window manager complains about. */
 class PanelApplication : public juce::JUCEApplication, private juce::Timer
@@ -68,7 +82,8 @@ public:
             setApplicationReturnValue(error.empty() ? 0 : 1);
             quit();
         };
-        window = std::make_unique<PanelWindow>(*start.unit, start.options);
+        start.window = std::make_unique<PanelWindow>(*start.unit, start.options);
+        onDisplayLoss(endWithoutDisplay);
         constexpr int looksPerSecond = 10;
         startTimerHz(looksPerSecond);
     }
@@ -76,12 +91,10 @@ public:
     void shutdown() override
     {
         start.unit->journal.interrupt(); // ends what the lines wait for
-        window.reset();
+        start.window.reset();
     }
 
 private:
-    std::unique_ptr<PanelWindow> window;
-
     void timerCallback() override
     {
         if (start.unit->journal.isEnded())
@@ -93,7 +106,8 @@ private:
 
 int runPanel(Unit& unit, const PanelView::Options& options)
 {
-    start = { &unit, options };
+    start.unit = &unit;
+    start.options = options;
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return new PanelApplication(); };
     const char* name = "headunit-bench";
     return juce::JUCEApplicationBase::main(1, &name);

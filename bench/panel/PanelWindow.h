@@ -14,6 +14,9 @@ class PanelWindow : public juce::DocumentWindow
 public:
     PanelWindow(Unit& unit, const PanelView::Options& options);
 
+    /** As that of its view. */
+    void endLines() { frame.view.endLines(); }
+
 private:
     /** Keeps the view's shape. */
     class Frame : public juce::Component
@@ -21,9 +24,9 @@ private:
     public:
         Frame(Unit& unit, const PanelView::Options& options);
 
-    private:
         PanelView view;
 
+    private:
         void resized() override;
         void paint(juce::Graphics& g) override { g.fillAll(juce::Colours::black); }
     };

@@ -1,6 +1,5 @@
 #include "bench/program/ControlChannel.h"
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -9,6 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace BenchProgram
 {
@@ -51,7 +51,7 @@ void ControlChannel::report(nlohmann::json event)
 {
     // The clock that the bench's journal goes by.
     event["at"] = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-    const auto text = event.dump();
+    const auto text = event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     if (descriptor >= 0)
         // The bench has gone when this fails, and the reading thread finds that out.
         ::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL);
@@ -59,7 +59,8 @@ void ControlChannel::report(nlohmann::json event)
 
 void ControlChannel::run(const Order& onOrder, const Lost& onLost) const
 {
-    std::array<char, 4096> buffer {};
+    // A line of the console with every letter escaped, and what stands around it.
+    std::vector<char> buffer(65536);
     for (;;)
     {
         const auto count = ::recv(descriptor, buffer.data(), buffer.size(), 0);

@@ -145,6 +145,11 @@ std::string touchScreen(const std::string& displayName, int x, int y)
     return {};
 }
 
+bool canBeOpened(const std::string& display)
+{
+    return Display(display).screen != nullptr;
+}
+
 bool isPageShown(const std::string& displayName)
 {
     const Display display(displayName);

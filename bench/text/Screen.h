@@ -17,6 +17,9 @@ std::string savePicture(const std::string& display, const std::string& file);
 */
 std::string touchScreen(const std::string& display, int x, int y);
 
+/** Whether something can be drawn there. False for "". */
+bool canBeOpened(const std::string& display);
+
 /** Whether a window of a page's size, or nearly, is on the display. False without a display. */
 bool isPageShown(const std::string& display);
 

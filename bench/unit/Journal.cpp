@@ -7,8 +7,18 @@
 namespace Bench
 {
 
+namespace
+{
+
+constexpr unsigned char deleteCharacter = 0x7f;
+
+} // namespace
+
 void Journal::add(std::string stream, std::string text, Clock::time_point at)
 {
+    // What a device or somebody else's program says may be anything.
+    std::ranges::replace_if(
+        text, [](unsigned char each) { return each < ' ' || each == deleteCharacter; }, ' ');
     {
         const std::scoped_lock guard(lock);
         at = std::min(at, now());

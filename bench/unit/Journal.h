@@ -23,7 +23,7 @@ struct Place
     auto operator<=>(const Place&) const = default;
 };
 
-/** One thing that a device saw or did: `stream` is what it is about ("page mbFM"), `text` what happened ("shown"). */
+/** One thing that a device saw or did: `stream` is what it is about ("page mbFM"), `text` what happened ("shown"), in one line. */
 struct Event
 {
     std::uint64_t number = 0; ///< in the order of arrival, from 0, never reused
@@ -51,7 +51,7 @@ public:
     {
     }
 
-    /** `at`: when it happened, by the journal's clock. A time that is yet to come counts as now. */
+    /** `at`: when it happened, by the journal's clock. A time that is yet to come counts as now. Control characters of the text become blanks. */
     void add(std::string stream, std::string text, Clock::time_point at = Clock::time_point::max());
 
     /** Now: later events are behind this place. */

@@ -380,6 +380,8 @@ std::string Programs::tell(int appType, const std::string& words)
     if (!order(appType, { { "order", "do" }, { "words", words } }))
         return whyRefused(appType);
     const std::string name = appTypeName(appType);
+    if (const auto all = running(); all.contains(appType) && all.at(appType).hung)
+        return name + " hangs, and hears of it when it goes on: program " + name + " wake";
     const auto answer = journal.waitFor(from, Clock::now() + answerLimit,
                                         [&](const Event& event)
                                         {

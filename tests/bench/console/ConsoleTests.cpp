@@ -151,6 +151,13 @@ TEST_F(ExpectationsTest, putWhatIsToldLateInItsPlace)
     EXPECT_TRUE(journal.waitFor({ begin, 0 }, Clock::now() + 60s, isEvent("page mbFM", "confirmed")));
 }
 
+TEST(Journal, tellsOfEverythingInOneLine)
+{
+    Journal journal;
+    journal.add("program AppAuxIn says", "one\ntwo\x1b[2J three\r");
+    EXPECT_EQ(journal.waitFor({}, Clock::now(), isIn("program AppAuxIn says"))->text, "one two [2J three ");
+}
+
 TEST(Journal, forgetsTheOldestAndCountsIt)
 {
     Journal journal;
@@ -186,6 +193,9 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         { "touch 800 0", "'800' is no x: 0 to 799" },
         { "touch 0 480", "'480' is no y: 0 to 479" },
         { "quit now", "usage: quit" },
+        { "program radio text \"caf\xe9"
+          "\" x",
+          "the line is not UTF-8" },
         { "program radio window 1", "the engine has no window" },
         { "mcu source 300", "or a type, 0 to 255" },
         { "mcu send 99999", "'99999' is no frame: a name (EVENT_SRC_SWITCH, IND_KEY ...) or 1 to 32767" },
@@ -264,6 +274,16 @@ TEST_F(ConsoleCommands, nameEachFaultAndWhatEndsIt)
         ASSERT_EQ(runLine(console, found->cure).error, "") << found->cure;
         EXPECT_EQ(activeFaults(unit).size(), before) << found->cure << " after " << line;
     }
+}
+
+/** A file that says to replay itself would never end. */
+TEST_F(ConsoleCommands, replayNoFileWithinItself)
+{
+    const juce::TemporaryFile scenario(".scenario");
+    const auto line = "replay " + scenario.getFile().getFullPathName().toStdString();
+    scenario.getFile().replaceWithText(line);
+    EXPECT_EQ(runLine(console, line).kind, Outcome::failed);
+    EXPECT_THAT(output.str(), HasSubstr("is being replayed"));
 }
 
 /** To a person, each command tells what it brought about or armed, or why nothing came. */

@@ -30,6 +30,15 @@ TEST(Recorder, WritesLinesTimesAndWhatCameOfThem)
               "wait 1470ms\n"
               "touch 150 468\n"
               "expect mcu source 30 1\n");
+    const auto recording = composeScenario("mbFM", begin, said, events);
+    EXPECT_TRUE(isRecording(recording));
+    EXPECT_EQ(differenceFrom(recording, events), "");
+    EXPECT_EQ(differenceFrom(recording, std::span(events).first(2)), "") << "the rest may still come";
+    auto others = events;
+    others.insert(others.begin(), { 0, begin, "page mbEQ", "shown" });
+    EXPECT_EQ(differenceFrom(recording, others), "page mbEQ shown, where the recording has page mbAuxin2 shown");
+    EXPECT_EQ(differenceFrom(recording, std::vector<Event> { events[1], events[1] }),
+              "page mbAuxin2 shown, where the recording has nothing any more");
     EXPECT_EQ(composeScenario("none", begin, {}, {}).find("in-front"), std::string::npos);
 }
 
