@@ -292,7 +292,11 @@ TEST_F(ConsoleCommands, tellWhatCameOfThem)
     console.tellsConsequences = true;
     const std::pair<const char*, const char*> cases[] = {
         { "mcu drop 2", "  mcu loses 2 frames  until mcu drop 0\n" },
-        { "mcu well", "  well again  mcu loses 2 frames\n" },
+        { "mcu drop 1", "  mcu loses 1 frame  until mcu drop 0\n" },
+        { "mcu well", "  well again  mcu loses 1 frame\n" },
+        { "dsp fail crc always", "  dsp: every CRC is wrong  until dsp fail well\n" },
+        { "dsp fail transfer", "  dsp: the next transfer will fail  until dsp fail well\n" },
+        { "dsp fail well", "  well again  dsp: every CRC is wrong\n" },
         { "camera on", "→ camera signal" },
         { "mark", "meets no expect" },
         { "gpio 100 1", "→ gpio 100 1 from outside" },
