@@ -41,10 +41,19 @@ int rankOf(const Event& event)
     return begins("frame ") ? 2 : begins("page ") && event.text == "shown" ? 0 : 1;
 }
 
-/** Its words may have changed: what is to go wrong so many times goes down by itself. */
 bool contains(const std::vector<ActiveFault>& faults, const ActiveFault& fault)
 {
-    return std::ranges::find(faults, fault.cure, &ActiveFault::cure) != faults.end();
+    return std::ranges::find(faults, fault.what, &ActiveFault::what) != faults.end();
+}
+
+/**
+    Whether a fault of one list is none of the other. What is to go wrong so many times goes down by itself, and its words
+    change; then the other has as many that the same line ends.
+*/
+bool isMissing(const ActiveFault& fault, const std::vector<ActiveFault>& of, const std::vector<ActiveFault>& in)
+{
+    const auto alike = [&](const auto& faults) { return std::ranges::count(faults, fault.cure, &ActiveFault::cure); };
+    return !contains(in, fault) && alike(in) < alike(of);
 }
 
 std::string milliseconds(Clock::duration time)
@@ -67,14 +76,23 @@ void Consequence::tell()
     if (tellFaults())
         return;
     if (const auto events = await(); !events.empty())
-        tell(events);
-    else
+        return tell(events);
+    auto why = whyNothing();
+    bool changed = false;
+    for (const auto& fault : activeFaults(console.unit))
     {
-        auto why = whyNothing();
-        for (const auto& fault : activeFaults(console.unit))
-            why += "; " + fault.what;
-        console.output << console.style.dim("  Nothing within a second: " + why) << "\n";
+        if (!contains(before, fault))
+            tellArmed(fault);
+        changed = changed || !contains(before, fault);
+        why += "; " + fault.what;
     }
+    if (!changed)
+        console.output << console.style.dim("  Nothing within a second: " + why) << "\n";
+}
+
+void Consequence::tellArmed(const ActiveFault& fault)
+{
+    console.output << "  " << console.style.warning(fault.what) << console.style.dim("  until " + fault.cure) << "\n";
 }
 
 bool Consequence::tellFaults()
@@ -82,14 +100,13 @@ bool Consequence::tellFaults()
     const auto now = activeFaults(console.unit);
     bool changed = false;
     for (const auto& fault : now)
-        if (!contains(before, fault))
+        if (isMissing(fault, now, before))
         {
-            console.output << "  " << console.style.warning(fault.what) << console.style.dim("  until " + fault.cure)
-                           << "\n";
+            tellArmed(fault);
             changed = true;
         }
     for (const auto& fault : before)
-        if (!contains(now, fault))
+        if (isMissing(fault, before, now))
         {
             console.output << "  " << console.style.good("well again") << console.style.dim("  " + fault.what) << "\n";
             changed = true;

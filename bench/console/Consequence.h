@@ -22,6 +22,7 @@ private:
     std::vector<ActiveFault> before;
 
     bool tellFaults();
+    void tellArmed(const ActiveFault& fault);
     std::vector<Event> await() const;
     void tell(const std::vector<Event>& events);
     std::string whyNothing() const;

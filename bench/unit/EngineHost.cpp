@@ -1,6 +1,5 @@
 #include "bench/unit/EngineHost.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace Bench
@@ -10,9 +9,8 @@ std::string EngineHost::stall(const std::string& group, std::chrono::millisecond
 {
     if (!isRunning())
         return "the engine does not run";
-    // The thread has the name of its group without this word, as far as the system keeps it.
-    constexpr std::size_t longestName = 15;
-    const auto thread = group.substr(0, std::min(group.rfind("Group"), longestName));
+    // The thread has the name of its group without the last word.
+    const auto thread = group.substr(0, group.find_last_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ"));
     stalled.release();
     note({ pid(), group });
     const auto error = stalled.hold(pid(), thread, time,

@@ -230,6 +230,7 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         { "log on 3/log 3 3", "usage: log" },
         { "transcript mcu nobody", "'nobody' is no section" },
         { "expect/expect no/expect sing", "expect" },
+        { "expect pge fm shown", "Is it page?" },
         { "expect page fm gone", "usage: expect page PAGE shown|hidden|covered|confirmed" },
         { "expect dsp write", "expect dsp write TEXT..." },
         { "expect order \"mcu agreed\"", "two expectations" },
@@ -291,7 +292,11 @@ TEST_F(ConsoleCommands, tellWhatCameOfThem)
     console.tellsConsequences = true;
     const std::pair<const char*, const char*> cases[] = {
         { "mcu drop 2", "  mcu loses 2 frames  until mcu drop 0\n" },
-        { "mcu well", "  well again  mcu loses 2 frames\n" },
+        { "mcu drop 1", "  mcu loses 1 frame  until mcu drop 0\n" },
+        { "mcu well", "  well again  mcu loses 1 frame\n" },
+        { "dsp fail crc always", "  dsp: every CRC is wrong  until dsp fail well\n" },
+        { "dsp fail transfer", "  dsp: the next transfer will fail  until dsp fail well\n" },
+        { "dsp fail well", "  well again  dsp: every CRC is wrong\n" },
         { "camera on", "→ camera signal" },
         { "mark", "meets no expect" },
         { "gpio 100 1", "→ gpio 100 1 from outside" },
