@@ -245,10 +245,13 @@ TEST_F(Command, EndsATrace)
     EXPECT_EQ(contentOf(file), "[]");
 }
 
-/** Somebody looks on while the engine changes a page, goes, and comes back with another page in front. */
+/**
+    Somebody looks on while the engine changes a page, goes, and comes back with another page in front. The address names
+    the identity of a bus that was there before.
+*/
 TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
 {
-    start("watch");
+    start("watch", { { "HEADUNIT_BUS", address + ",guid=0123456789abcdef0123456789abcdef" } });
     ASSERT_TRUE(says("the engine runs"));
     auto state = canned["State"];
     state["front"] = "mbEQ";

@@ -82,6 +82,19 @@ TEST_F(PanelTest, RecordsWhatIsDoneAndDoesItAgain)
     EXPECT_EQ(runLine(console, "replay " + file).kind, Outcome::failed) << "another page is in front";
 }
 
+// The engine and its bus start anew: the panel asks those that are there now.
+TEST_F(PanelTest, HearsTheEngineAgainAfterAPowerCut)
+{
+    const BenchPanel::EngineAsker asker(*unit);
+    const auto hears = [&](Clock::time_point since)
+    { return pumpUntil([&] { return asker.told()->at > since && asker.told()->state.is_object(); }); };
+    ASSERT_TRUE(hears({}));
+    mark();
+    hand->click(place("Pull plug"));
+    ASSERT_TRUE(comes("engine", "started"));
+    EXPECT_TRUE(hears(Clock::now()));
+}
+
 // A line that is typed is answered; an answer of several lines is seen in the sheet, which Escape puts away.
 TEST_F(PanelTest, AnswersWhatIsTyped)
 {
