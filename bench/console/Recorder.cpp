@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <sstream>
 #include <utility>
 
 namespace Bench
@@ -11,6 +12,10 @@ namespace Bench
 
 namespace
 {
+
+constexpr const char* header =
+    "# What a person did, as `record` wrote it: `replay` does it again, and no other page or "
+    "source may come.\n";
 
 /** The line that expects what the event tells; "" when a scenario does not mind. */
 std::string expectationOf(const Event& event)
@@ -26,7 +31,7 @@ std::string expectationOf(const Event& event)
 } // namespace
 
 std::string composeScenario(const std::string& front, Clock::time_point begin, std::span<const SaidLine> said,
-                            std::span<const Event> events)
+                            std::span<const Event> events, Clock::time_point end)
 {
     std::vector<SaidLine> lines(said.begin(), said.end());
     for (const auto& event : events)
@@ -34,7 +39,10 @@ std::string composeScenario(const std::string& front, Clock::time_point begin, s
             lines.push_back({ event.at, std::move(line) });
     std::ranges::stable_sort(lines, {}, &SaidLine::at);
 
-    std::string text = "# What a person did, as `record` wrote it: `replay` does it again.\n";
+    // What has come by then is all.
+    lines.push_back({ end, {} });
+
+    std::string text(header);
     if (front != "none")
         text += "expect page " + front + " in-front\n";
     text += "mark\n";
@@ -45,9 +53,50 @@ std::string composeScenario(const std::string& front, Clock::time_point begin, s
         const auto gap = std::chrono::duration_cast<std::chrono::milliseconds>(line.at - std::exchange(last, line.at));
         if (!line.text.starts_with("expect ") && gap >= leastWait)
             text += "wait " + std::to_string(gap.count()) + "ms\n";
-        text += line.text + "\n";
+        text += line.text + (line.text.empty() ? "" : "\n");
     }
     return text;
+}
+
+std::optional<RecordedChanges> RecordedChanges::of(const std::string& scenario)
+{
+    if (!scenario.starts_with(header))
+        return {};
+    RecordedChanges changes;
+    std::istringstream stream(scenario);
+    for (std::string line; std::getline(stream, line);)
+        if (line.starts_with("expect mcu source ") || (line.starts_with("expect page ") && line.ends_with(" shown")))
+            changes.kindOf(line).left.push_back(line);
+    std::ranges::reverse(changes.pages.left);
+    std::ranges::reverse(changes.sources.left);
+    return changes;
+}
+
+void RecordedChanges::begin(const Event& event)
+{
+    const auto line = expectationOf(event);
+    kindOf(line).last = line;
+}
+
+std::string RecordedChanges::follow(const Event& event)
+{
+    const auto line = expectationOf(event);
+    auto& kind = kindOf(line);
+    // What is there already is no change.
+    if (line.empty() || line == kind.last)
+        return {};
+    kind.last = line;
+    while (kind.left.size() > 1 && kind.left.back() == kind.left[kind.left.size() - 2])
+        kind.left.pop_back();
+    const auto next = kind.left.empty() ? std::string() : kind.left.back();
+    if (line == next)
+    {
+        kind.left.pop_back();
+        return {};
+    }
+    constexpr std::string_view expect = "expect ";
+    return line.substr(expect.size()) + " came, where the recording has " +
+           (next.empty() ? "nothing more" : next.substr(expect.size()));
 }
 
 std::string Recorder::start(const std::string& fileToWrite)
@@ -72,7 +121,7 @@ std::string Recorder::stop()
         journal.find(begin, Journal::capacity, [](const Event& event) { return !expectationOf(event).empty(); });
     const auto name = std::exchange(target, {});
     std::ofstream stream(name, std::ios::trunc);
-    stream << composeScenario(front, begin.at, said, events);
+    stream << composeScenario(front, begin.at, said, events, journal.end().at);
     return stream.flush() ? "" : name + ": cannot be written";
 }
 
