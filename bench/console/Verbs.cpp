@@ -118,7 +118,7 @@ bool runScript(Console& console, std::istream& script, const std::string& name, 
         if (!speaksForItself)
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();
-        const bool interrupted = console.unit.journal.isInterrupted();
+        const bool interrupted = console.unit.journal.isInterrupted() || !output;
         auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
         if (outcome.kind != Outcome::failed && console.difference)
             if (auto difference = console.difference(); !difference.empty())

@@ -15,7 +15,6 @@ constexpr int editorHeight = 28, mostHistory = 1000;
 CommandField::CommandField(Desk& deskToUse)
     : Area(deskToUse, {})
 {
-    editor.setTextToShowWhenEmpty("> a command; help lists them", juce::Colours::grey);
     editor.setTitle("Command");
     editor.addListener(this);
     editor.addKeyListener(this);
@@ -32,6 +31,7 @@ void CommandField::lookAndFeelChanged()
 {
     editor.applyFontToAllText(juce::Font("DejaVu Sans Mono", Look::bodySize, juce::Font::plain));
     editor.applyColourToAllText(editor.findColour(juce::TextEditor::textColourId));
+    editor.setTextToShowWhenEmpty("> a command; help lists them", Look::of(*this).colours.dim);
 }
 
 void CommandField::show(const PanelState& state)
@@ -49,8 +49,10 @@ void CommandField::paint(juce::Graphics& g)
     const auto& colours = Look::of(*this).colours;
     g.setColour(shown.failed ? colours.bad : shown.running ? colours.warning : colours.dim);
     g.setFont(Look::font(Look::smallSize));
-    g.drawText(juce::String::fromUTF8(shown.answer.c_str()).trim(), getLocalBounds().withTrimmedBottom(editorHeight),
-               juce::Justification::centredLeft);
+    constexpr int mostLines = 2;
+    g.drawFittedText(juce::String::fromUTF8(shown.answer.c_str()).trim(),
+                     getLocalBounds().withTrimmedBottom(editorHeight + 2), juce::Justification::bottomLeft, mostLines,
+                     1.0f);
 }
 
 void CommandField::setLine(const ConsoleLine& line)

@@ -7,7 +7,10 @@ namespace BenchPanel
 
 EngineAsker::EngineAsker(Unit& unitToAsk)
     : unit(unitToAsk)
+    , bus(unit.engine().busAddress())
 {
+    // A later bus of the unit has the same place and another identity.
+    bus = bus.substr(0, bus.find(",guid="));
     thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
 }
 
@@ -21,7 +24,7 @@ std::shared_ptr<const EngineTold> EngineAsker::told() const
 
 void EngineAsker::work(const std::stop_token& stop)
 {
-    Ctl::Client client(unit.engine().busAddress());
+    Ctl::Client client(bus);
     // What has no consequence for what is asked.
     const auto isNews = [](const Event& event)
     { return !isDetail(event) && event.stream != "frame EVENT_HEAT_BEAT" && event.stream != "gpio"; };
@@ -41,7 +44,7 @@ void EngineAsker::work(const std::stop_token& stop)
             EngineTold now;
             if (unit.engine().isRunning())
             {
-                now = { ask("State"), ask("Requests"), ask("Programs"), {}, Clock::now() };
+                now = { ask("State"), ask("Pages"), ask("Requests"), ask("Programs"), {}, Clock::now() };
                 if (const auto front = Ctl::Fields(now.state)["front"]; !front.empty() && front != "none")
                     now.why = ask("Why", { "page", front });
             }

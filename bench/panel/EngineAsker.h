@@ -16,6 +16,7 @@ using namespace Bench;
 struct EngineTold
 {
     Ctl::Json state;    ///< "State": front, rear, volume1, volume2, muted, muteReasons ...
+    Ctl::Json pages;    ///< "Pages", the one in front first: page, show, zone ...
     Ctl::Json requests; ///< "Requests", oldest first: page, asker, status, because, askedForMs ...
     Ctl::Json programs; ///< "Programs": program, state, memoryBytes ...
     Ctl::Json why;      ///< "Why" of the page in front: sentence, facts
@@ -42,6 +43,7 @@ public:
 
 private:
     Unit& unit;
+    std::string bus; ///< its address
     mutable std::mutex lock;
     std::condition_variable_any ended;
     std::shared_ptr<const EngineTold> answers = std::make_shared<EngineTold>();

@@ -1,7 +1,9 @@
 #include "bench/panel/EventList.h"
 
 #include "bench/console/Script.h"
+#include "bench/panel/RequestWords.h"
 #include "bench/text/Names.h"
+#include "platform/channel/RemoteMessageIds.h"
 
 #include <algorithm>
 
@@ -28,7 +30,7 @@ bool isFrame(const Event& event)
 /** "EVENT_MUTE_STATE": "mute state". */
 std::string plain(std::string name)
 {
-    for (const auto* prefix : { "EVENT_", "IND_", "REQ_" })
+    for (const auto* prefix : { "EVENT_", "IND_", "REQ_", "RMSG_" })
         if (name.starts_with(prefix))
             name.erase(0, std::string(prefix).size());
     std::ranges::replace(name, '_', ' ');
@@ -43,6 +45,21 @@ std::string frameWords(const std::string& name, const std::string& bytes)
     if (name.starts_with("EVENT_SRC_SWITCH") && parsed.size() == 2)
         return plain(name) + " " + sourceName({ parsed[0], parsed[1] });
     return plain(name) + (bytes.empty() ? "" : " " + bytes);
+}
+
+/** Of a program, without what is only for who looks at bytes, which a click shows. */
+std::string programWords(const std::string& program, const std::string& what)
+{
+    constexpr std::string_view message = "message ", commandLine = "command-line ", with = " with";
+    auto words = what.substr(0, what.find(" {"));
+    if (words.ends_with(with))
+        words.resize(words.size() - with.size());
+    if (words.starts_with(message))
+        return program + " hears " +
+               plain(Platform::remoteMessageName(std::atoi(words.c_str() + message.size())).toStdString());
+    if (words.starts_with(commandLine))
+        words.erase(0, commandLine.size());
+    return program + " " + withTitles(words);
 }
 
 std::string pageWords(const std::string& page, const std::string& what)
@@ -75,6 +92,8 @@ std::string wordsOf(const Event& event)
         return frameWords(rest, text);
     if (event.stream.starts_with("page "))
         return pageWords(rest, text);
+    if (event.stream.starts_with("program "))
+        return programWords(rest, text);
     if (event.stream == "remote display")
         return displayWords(text);
     const auto what = rest.empty() ? text : rest + (" " + text);

@@ -1,5 +1,7 @@
 #include "bench/panel/EventsPane.h"
 
+#include "bench/panel/Row.h"
+
 #include <algorithm>
 
 namespace BenchPanel
@@ -202,8 +204,8 @@ void EventLines::paintOrigin(juce::Graphics& g, juce::Rectangle<int> area) const
     {
         const auto& [font, colour, most] = rows[i];
         const auto text = juce::StringArray::fromTokens(texts[i], false).joinIntoString(" ");
-        const auto lineCount = std::min(most, 1 + font.getStringWidth(text) / area.getWidth());
-        if (text.isEmpty())
+        const auto lineCount = Look::lineCount(font, text, area.getWidth(), most);
+        if (lineCount == 0)
             continue;
         g.setFont(font);
         g.setColour(colour);
@@ -248,22 +250,9 @@ void EventsPane::resized()
 {
     constexpr int chipHeight = 22, gap = Look::grid, margin = 2 * Look::grid;
     auto area = content().reduced(margin, Look::grid);
-    auto row = area.removeFromTop(chipHeight);
+    layOutRow(chips, Look::font(Look::bodySize), area.removeFromTop(chipHeight));
     area.removeFromTop(gap);
     lines.setBounds(area);
-    // Each as wide as its word wants when it is narrowed, all together as wide as the pane.
-    const auto font = Look::font(Look::bodySize).withHorizontalScale(0.8f);
-    constexpr int around = 5 * Look::grid;
-    const auto widthOf = [&](const LineButton& chip) { return font.getStringWidth(chip.getName()) + around; };
-    auto left = 0;
-    for (const auto& chip : chips)
-        left += widthOf(*chip);
-    for (const auto& chip : chips)
-    {
-        const auto width = row.getWidth() * widthOf(*chip) / left;
-        left -= widthOf(*chip);
-        chip->setBounds(row.removeFromLeft(width).withTrimmedRight(left > 0 ? gap : 0));
-    }
 }
 
 } // namespace BenchPanel

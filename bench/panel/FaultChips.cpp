@@ -1,9 +1,41 @@
 #include "bench/panel/FaultChips.h"
 
+#include "bench/panel/Row.h"
+
 #include <algorithm>
 
 namespace BenchPanel
 {
+
+namespace
+{
+
+/** Of the link, whose area it is, for the most part: then the words leave that out. */
+juce::String wordsOf(const Bench::ActiveFault& fault)
+{
+    return juce::String(fault.what).replaceFirstOccurrenceOf("mcu ", "");
+}
+
+} // namespace
+
+/** A fault, and an x that is always seen. */
+class FaultChips::Chip : public LineButton
+{
+public:
+    using LineButton::LineButton;
+
+private:
+    void paintWords(juce::Graphics& g) override
+    {
+        constexpr int crossWidth = 2 * Look::grid;
+        constexpr float narrowest = 0.7f;
+        auto area = getLocalBounds().reduced(Look::grid, 0);
+        g.setColour(Look::of(*this).colours.ink);
+        g.setFont(Look::font(Look::smallSize));
+        g.drawText("x", area.removeFromRight(crossWidth), juce::Justification::centredRight, false);
+        g.drawFittedText(getName(), area.withTrimmedRight(Look::grid), juce::Justification::centredLeft, 1, narrowest);
+    }
+};
 
 FaultChips::FaultChips(Desk& deskToUse)
     : juce::Component("Active faults")
@@ -22,7 +54,7 @@ void FaultChips::show(const std::vector<Bench::ActiveFault>& faultsToShow)
         chips.clear();
         for (const auto& fault : faultsToShow)
         {
-            chips.push_back(std::make_unique<LineButton>(desk, "", ButtonLines { fault.cure }));
+            chips.push_back(std::make_unique<Chip>(desk, "", ButtonLines { fault.cure }));
             chips.back()->setTone(LineButton::Tone::alarm);
             addAndMakeVisible(*chips.back());
         }
@@ -30,28 +62,16 @@ void FaultChips::show(const std::vector<Bench::ActiveFault>& faultsToShow)
     faults = faultsToShow;
     for (std::size_t i = 0; i < faults.size(); ++i)
     {
-        const juce::String what(faults[i].what);
-        chips[i]->setLabel(what + "   x");
-        chips[i]->setTitle("End: " + what);
+        chips[i]->setLabel(wordsOf(faults[i]));
+        chips[i]->setTitle("End: " + juce::String(faults[i].what));
     }
     resized();
 }
 
 void FaultChips::resized()
 {
-    constexpr int gap = Look::grid, around = 4 * Look::grid;
-    const auto font = Look::font(Look::bodySize);
-    auto left = getLocalBounds();
-    for (auto& chip : chips)
-    {
-        // What does not fit is narrowed, so that every fault can be taken away.
-        const auto others = static_cast<int>(&chips.back() - &chip);
-        constexpr int least = 48;
-        const auto most = left.getWidth() - others * (least + gap);
-        chip->setBounds(
-            left.removeFromLeft(std::clamp(font.getStringWidth(chip->getName()) + around, 0, std::max(most, 0))));
-        left.removeFromLeft(gap);
-    }
+    const auto font = Look::font(Look::smallSize);
+    layOutRow(chips, font, getLocalBounds().withWidth(std::min(getWidth(), widthOfRow(chips, font))));
 }
 
 } // namespace BenchPanel

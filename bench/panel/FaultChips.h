@@ -17,6 +17,7 @@ public:
 private:
     Desk& desk;
     std::vector<Bench::ActiveFault> faults;
+    class Chip;
     std::vector<std::unique_ptr<LineButton>> chips;
 
     void resized() override;

@@ -50,7 +50,7 @@ VolumeKnob::VolumeKnob(Desk& deskToUse)
 {
     setWantsKeyboardFocus(true);
     setTitle("Volume");
-    setTooltip("mcu key volume-up    mcu key volume-down    wheel, drag, arrow keys");
+    setTooltip("mcu key volume-up\nmcu key volume-down\nwheel, drag, arrow keys");
 }
 
 void VolumeKnob::setVolume(std::optional<int> volumeToShow, bool muted)

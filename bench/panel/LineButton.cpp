@@ -74,16 +74,21 @@ void LineButton::paint(juce::Graphics& g)
 {
     const auto& colours = Look::of(*this).colours;
     const auto fill = tone == Tone::lit ? colours.lit : tone == Tone::alarm ? colours.alarm : colours.button;
-    const auto area = getLocalBounds();
-    Look::plate(g, area,
+    Look::plate(g, getLocalBounds(),
                 down            ? fill.contrasting(0.2f)
                 : isMouseOver() ? fill.contrasting(0.08f)
                                 : fill,
                 hasKeyboardFocus(false) ? colours.accent : colours.buttonEdge);
-    g.setColour(colours.ink);
+    paintWords(g);
+}
+
+void LineButton::paintWords(juce::Graphics& g)
+{
+    g.setColour(Look::of(*this).colours.ink);
     g.setFont(Look::font(Look::bodySize));
     constexpr float narrowest = 0.8f;
-    g.drawFittedText(getName(), area.reduced(2 * Look::grid, 0), juce::Justification::centredLeft, 1, narrowest);
+    g.drawFittedText(getName(), getLocalBounds().reduced(2 * Look::grid, 0), juce::Justification::centredLeft, 1,
+                     narrowest);
 }
 
 void LineButton::mouseDown(const juce::MouseEvent& event)

@@ -43,6 +43,10 @@ public:
 
     static constexpr int longPressMs = 600;
 
+protected:
+    /** Within the whole of it. */
+    virtual void paintWords(juce::Graphics& g);
+
 private:
     Desk& desk;
     ButtonLines lines;

@@ -1,5 +1,7 @@
 #include "bench/panel/LinkArea.h"
 
+#include "bench/panel/Row.h"
+
 namespace BenchPanel
 {
 
@@ -96,6 +98,7 @@ void LinkLanes::paint(juce::Graphics& g)
 
 LinkArea::LinkArea(Desk& deskToUse)
     : Area(deskToUse, "Link to the microcontroller")
+    , well(desk, "x", { "mcu well" })
     , active(desk)
 {
     addAndMakeVisible(active);
@@ -105,9 +108,9 @@ LinkArea::LinkArea(Desk& deskToUse)
         faults.push_back(std::make_unique<LineButton>(desk, fault.label, ButtonLines { fault.line, {}, fault.more }));
         addAndMakeVisible(*faults.back());
     }
-    faults.push_back(std::make_unique<LineButton>(desk, "x", ButtonLines { "mcu well" }));
-    faults.back()->setTone(LineButton::Tone::alarm);
-    addAndMakeVisible(*faults.back());
+    well.setTitle("End all faults of the link");
+    well.setTone(LineButton::Tone::alarm);
+    addAndMakeVisible(well);
 }
 
 void LinkArea::show(const PanelState& state)
@@ -127,11 +130,8 @@ void LinkArea::resized()
     auto row = area.removeFromTop(buttonHeight);
     active.setBounds(area.withTrimmedTop(gap));
     constexpr int wellWidth = 28;
-    faults.back()->setBounds(row.removeFromRight(wellWidth));
-    const auto count = static_cast<int>(faults.size()) - 1;
-    const auto step = row.getWidth() / count;
-    for (int i = 0; i < count; ++i)
-        faults[static_cast<std::size_t>(i)]->setBounds(row.removeFromLeft(step).withTrimmedRight(gap));
+    well.setBounds(row.removeFromRight(wellWidth));
+    layOutRow(faults, Look::font(Look::bodySize), row.withTrimmedRight(gap));
 }
 
 void LinkArea::paint(juce::Graphics& g)

@@ -49,6 +49,7 @@ private:
     LinkLanes lanes;
     std::string counters;
     std::vector<std::unique_ptr<LineButton>> faults;
+    LineButton well;
     FaultChips active;
 
     void resized() override;

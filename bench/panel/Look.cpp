@@ -6,6 +6,8 @@ namespace BenchPanel
 namespace
 {
 
+constexpr int tooltipLine = 5 * Look::grid, tooltipMargin = Look::grid;
+
 juce::Colour rgb(juce::uint32 value)
 {
     return juce::Colour(0xff000000u | value);
@@ -81,6 +83,11 @@ juce::Font Look::font(float size, bool bold)
     return juce::Font("DejaVu Sans", size, bold ? juce::Font::bold : juce::Font::plain);
 }
 
+int Look::lineCount(const juce::Font& font, const juce::String& text, int width, int most)
+{
+    return text.isEmpty() ? 0 : std::min(most, 1 + font.getStringWidth(text) / width);
+}
+
 void Look::plate(juce::Graphics& g, juce::Rectangle<int> area, juce::Colour fill, juce::Colour edge)
 {
     g.setColour(fill);
@@ -91,17 +98,35 @@ void Look::plate(juce::Graphics& g, juce::Rectangle<int> area, juce::Colour fill
 
 void Look::drawTooltip(juce::Graphics& g, const juce::String& text, int width, int height)
 {
-    plate(g, { width, height }, colours.plate, colours.accent);
+    // Its window has no rounded corners.
+    g.fillAll(colours.plate);
+    g.setColour(colours.accent);
+    g.drawRect(0, 0, width, height);
     g.setColour(colours.ink);
     g.setFont(font(bodySize));
-    g.drawText(text, juce::Rectangle<int>(width, height).reduced(2 * grid, 0), juce::Justification::centredLeft);
+    auto area = juce::Rectangle<int>(width, height).reduced(2 * grid, tooltipMargin);
+    for (const auto& line : juce::StringArray::fromLines(text))
+        g.drawText(line, area.removeFromTop(tooltipLine), juce::Justification::centredLeft);
 }
 
 juce::Rectangle<int> Look::getTooltipBounds(const juce::String& text, juce::Point<int> at, juce::Rectangle<int> parent)
 {
-    constexpr int height = 7 * grid, belowPointer = 5 * grid;
-    const auto width = font(bodySize).getStringWidth(text) + 5 * grid;
-    return juce::Rectangle<int>(at.x, at.y + belowPointer, width, height).constrainedWithin(parent);
+    constexpr int belowPointer = 5 * grid;
+    int width = 0;
+    const auto lines = juce::StringArray::fromLines(text);
+    for (const auto& line : lines)
+        width = std::max(width, font(bodySize).getStringWidth(line) + 5 * grid);
+    const auto tip = juce::Rectangle<int>(width, lines.size() * tooltipLine + 2 * tooltipMargin);
+    // Beside what is tall, so that neither it nor what is around it is covered.
+    constexpr int tall = 15 * grid;
+    const auto* pointed = juce::Desktop::getInstance().getMainMouseSource().getComponentUnderMouse();
+    const auto* view = pointed;
+    while (view != nullptr && view->getLocalBounds() != parent)
+        view = view->getParentComponent();
+    if (view == nullptr || pointed->getHeight() < tall)
+        return tip.withPosition(at.x, at.y + belowPointer).constrainedWithin(parent);
+    const auto of = view->getLocalArea(pointed, pointed->getLocalBounds());
+    return tip.withCentre({ of.getX() - grid - width / 2, at.y }).constrainedWithin(parent);
 }
 
 } // namespace BenchPanel

@@ -32,6 +32,8 @@ public:
     // The scale of type, in points of the panel.
     static constexpr float smallSize = 14.0f, bodySize = 16.0f, titleSize = 20.0f, largeSize = 24.0f;
     static juce::Font font(float size, bool bold = false);
+    /** How many a text takes in this width; none for an empty one. */
+    static int lineCount(const juce::Font& font, const juce::String& text, int width, int most);
 
     /** A plate with a thin edge: buttons, panes. */
     static void plate(juce::Graphics& g, juce::Rectangle<int> area, juce::Colour fill, juce::Colour edge);

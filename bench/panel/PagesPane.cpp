@@ -1,5 +1,6 @@
 #include "bench/panel/PagesPane.h"
 
+#include "EngineApi/Catalogue.h"
 #include "bench/panel/Sentence.h"
 #include "bench/text/Names.h"
 
@@ -9,7 +10,8 @@ namespace BenchPanel
 namespace
 {
 
-constexpr int indent = 2 * Look::grid, lineHeight = 16, reasonHeight = 30, placeWidth = 72, timeWidth = 64;
+constexpr int indent = 2 * Look::grid, lineHeight = 16, placeWidth = 72, timeWidth = 64, outcomeIndent = 3 * Look::grid;
+constexpr int mostLines = 2; ///< of a sentence
 
 /** A page that the engine names, as what a place holds; "" and "none" are no page. */
 PageLine::Shown shownOf(const std::string& name, const char* none)
@@ -30,15 +32,20 @@ PageLine::Shown frontOf(const EngineTold& told)
     return shown;
 }
 
-PageLine::Shown behindOf(const PanelState& state, const std::string& front)
+/** Those that come back when the one in front goes, the next first. */
+PageLine::Shown behindOf(const Ctl::Json& pages)
 {
     PageLine::Shown shown { {}, {}, {}, PageLine::Shown::Kind::empty };
-    for (const auto page : state.stack)
-        if (const std::string name = Pubhead::pageName(page); name != front)
-        {
-            shown.title += (shown.title.empty() ? "" : ", ") + pageTitle(page);
-            shown.name = shown.name.empty() ? name : shown.name;
-        }
+    for (const auto& record : pages)
+    {
+        const Ctl::Fields page(record);
+        const auto place = page.number("show").value_or(0);
+        if (place <= 1 || place >= EngineApi::PageStates::notShown || page["zone"] == "rear")
+            continue;
+        const auto one = shownOf(page["page"], "");
+        shown.title += (shown.title.empty() ? "" : ", ") + one.title;
+        shown.name = shown.name.empty() ? one.name : shown.name;
+    }
     return shown.title.empty() ? shownOf({}, "nothing") : shown;
 }
 
@@ -59,6 +66,11 @@ void PageLine::show(Shown now)
     repaint();
 }
 
+int PageLine::heightFor(int width) const
+{
+    return lineHeight * (1 + Look::lineCount(Look::font(Look::smallSize), shown.reason, width - 2 * indent, mostLines));
+}
+
 void PageLine::paintWords(juce::Graphics& g)
 {
     const auto& colours = Look::of(*this).colours;
@@ -75,7 +87,7 @@ void PageLine::paintWords(juce::Graphics& g)
     if (shown.kind == Shown::Kind::there)
         g.setColour(colours.dim);
     g.setFont(Look::font(Look::smallSize));
-    g.drawFittedText(shown.reason, area, juce::Justification::topLeft, 2, 1.0f);
+    g.drawFittedText(shown.reason, area, juce::Justification::topLeft, mostLines, 1.0f);
 }
 
 RequestLine::RequestLine(Desk& deskToUse)
@@ -95,22 +107,29 @@ void RequestLine::show(RequestWords now, juce::Time at)
     repaint();
 }
 
+int RequestLine::heightFor(int width) const
+{
+    const auto outcomeWidth = width - 2 * indent - outcomeIndent;
+    return lineHeight * (1 + Look::lineCount(Look::font(Look::smallSize), words.outcome, outcomeWidth, mostLines));
+}
+
 void RequestLine::paintWords(juce::Graphics& g)
 {
     using Kind = RequestWords::Kind;
     const auto& colours = Look::of(*this).colours;
     auto area = getLocalBounds().reduced(indent, 0);
+    auto line = area.removeFromTop(lineHeight);
     g.setFont(Look::font(Look::smallSize));
     g.setColour(colours.dim);
-    g.drawText(asked.formatted("%H:%M:%S"), area.removeFromLeft(timeWidth).withHeight(lineHeight),
-               juce::Justification::centredLeft);
+    g.drawText(asked.formatted("%H:%M:%S"), line.removeFromLeft(timeWidth), juce::Justification::centredLeft);
     g.setColour(colours.ink);
-    g.drawText(words.asked, area.removeFromTop(lineHeight), juce::Justification::centredLeft);
+    g.drawText(words.asked, line, juce::Justification::centredLeft);
+    area.removeFromLeft(outcomeIndent);
     g.setColour(words.kind == Kind::done      ? colours.good
                 : words.kind == Kind::refused ? colours.warning
                 : words.kind == Kind::failed  ? colours.bad
                                               : colours.accent);
-    g.drawText(words.outcome, area, juce::Justification::centredLeft);
+    g.drawFittedText(words.outcome, area, juce::Justification::topLeft, mostLines, 1.0f);
 }
 
 void PagesPane::Title::paintWords(juce::Graphics& g)
@@ -140,10 +159,13 @@ void PagesPane::show(const PanelState& state)
 {
     const auto inFront = frontOf(*state.engine);
     front.show(inFront);
-    behind.show(behindOf(state, inFront.name));
+    behind.show(behindOf(state.engine->pages));
     rear.show(shownOf(Ctl::Fields(state.engine->state)["rear"], "off"));
     if (std::exchange(told, state.engine) != state.engine)
+    {
         showRequests();
+        layOut();
+    }
     programs.show(state);
 }
 
@@ -152,29 +174,30 @@ void PagesPane::showRequests()
     const auto now = juce::Time::getCurrentTime();
     constexpr double msInSecond = 1000.0;
     const auto toldFor = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - told->at).count();
-    const auto count = told->requests.is_array() ? told->requests.size() : 0;
-    for (std::size_t i = 0; i < requests.size(); ++i)
+    count = std::min(requests.size(), told->requests.size());
+    for (std::size_t i = 0; i < count; ++i)
     {
-        requests[i]->setVisible(i < count);
-        if (i >= count)
-            continue;
-        const auto& request = told->requests[count - 1 - i];
+        const auto& request = told->requests[told->requests.size() - 1 - i];
         const auto askedFor = Ctl::Fields(request).number("askedForMs").value_or(0) + toldFor;
         requests[i]->show(wordsOf(request), now - juce::RelativeTime(static_cast<double>(askedFor) / msInSecond));
     }
 }
 
-void PagesPane::resized()
+void PagesPane::layOut()
 {
     auto area = content().reduced(Look::grid);
-    front.setBounds(area.removeFromTop(lineHeight + reasonHeight));
+    front.setBounds(area.removeFromTop(front.heightFor(area.getWidth())));
     behind.setBounds(area.removeFromTop(lineHeight));
     rear.setBounds(area.removeFromTop(lineHeight));
     area.removeFromTop(Look::grid);
     programs.setBounds(area.removeFromBottom(ProgramDots::rows * ProgramDots::rowHeight).reduced(indent, 0));
     title.setBounds(area.removeFromTop(lineHeight));
-    for (auto& request : requests)
-        request->setBounds(area.removeFromTop(2 * lineHeight));
+    for (std::size_t i = 0; i < requests.size(); ++i)
+    {
+        const auto height = requests[i]->heightFor(area.getWidth());
+        requests[i]->setVisible(i < count && height <= area.getHeight());
+        requests[i]->setBounds(area.removeFromTop(height));
+    }
 }
 
 } // namespace BenchPanel

@@ -22,6 +22,8 @@ public:
         bool operator==(const Shown&) const = default;
     };
     void show(Shown now);
+    /** What its words take when it is so wide. */
+    int heightFor(int width) const;
 
 private:
     const juce::String place;
@@ -38,6 +40,8 @@ public:
 
     /** `at`: when it was asked. Each answer of the engine tells it anew, and not quite the same. */
     void show(RequestWords now, juce::Time at);
+    /** What its words take when it is so wide. */
+    int heightFor(int width) const;
 
 private:
     RequestWords words;
@@ -70,11 +74,14 @@ private:
     PageLine front, behind, rear;
     Title title;
     std::vector<std::unique_ptr<RequestLine>> requests;
+    std::size_t count = 0; ///< of those that the engine knows
     ProgramDots programs;
     std::shared_ptr<const EngineTold> told; ///< what is shown
 
     void showRequests();
-    void resized() override;
+    void resized() override { layOut(); }
+    /** As much room for each as its words take, and no more requests than there is room for. */
+    void layOut();
 };
 
 } // namespace BenchPanel

@@ -21,7 +21,6 @@ PanelState snapshot(Unit& unit, const PanelState& before)
         now.cameraSignal = unit.videoDecoder->hasSignal();
         now.dsp = unit.dsp->memory();
         now.network = unit.networkDisplay->state();
-        now.stack = unit.programs.pageStack();
         now.programs = unit.programs.running();
         now.faults = activeFaults(unit);
     }

@@ -23,7 +23,6 @@ struct PanelState
     bool cameraSignal = false;
     std::array<bool, 2> usb {}; ///< storages 1 and 2
     DspMemory dsp;
-    std::vector<int> stack; ///< it and those behind that come back
     std::map<int, Programs::Program> programs;
     NetworkDisplay::State network;
     std::vector<ActiveFault> faults;
@@ -34,6 +33,9 @@ struct PanelState
     std::shared_ptr<const EngineTold> engine = std::make_shared<EngineTold>(); ///< never null
     LineRunner::Said said;                                                     ///< the newest line
     std::vector<LineRunner::Said> ended;                                       ///< lines, since the state before
+
+    /** What the unit shows is lit. */
+    bool isOn() const { return panel.powered && (engineRuns || !programs.empty()); }
 };
 
 /** The devices in one turn, and the newest events, those of `before` when none has come. Any thread. */

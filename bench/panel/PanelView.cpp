@@ -53,8 +53,8 @@ PanelView::PanelView(Unit& unitToShow, Options optionsToUse)
         { &frontPanel, { 816, 46, 456, 138 } }, { &remote, { 816, 184, 456, 72 } },
         { &around, { 816, 264, 456, 112 } },    { &link, { 816, 384, 456, 134 } },
         { &pages, { 8, 526, 404, 266 } },       { &sound, { 420, 526, 372, 158 } },
-        { &network, { 432, 684, 348, 108 } },   { &events, { 800, 526, 472, 206 } },
-        { &command, { 808, 736, 456, 50 } },    { &console, { 8, 526, 784, 266 } },
+        { &network, { 432, 684, 348, 108 } },   { &events, { 800, 526, 472, 202 } },
+        { &command, { 808, 726, 456, 60 } },    { &console, { 8, 526, 784, 266 } },
     };
     for (const auto& [area, bounds] : places)
     {

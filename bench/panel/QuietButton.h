@@ -12,8 +12,7 @@ public:
     using LineButton::LineButton;
 
 protected:
-    /** Within the whole of it. */
-    virtual void paintWords(juce::Graphics& g) = 0;
+    void paintWords(juce::Graphics& g) override = 0;
 
 private:
     void paint(juce::Graphics& g) override

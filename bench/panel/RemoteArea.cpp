@@ -38,7 +38,8 @@ void RemoteArea::show(const PanelState& state)
 {
     const auto& remote = state.remote;
     constexpr int full = 15;
-    repaintIfChanged(shown, { remote.line(0), remote.line(1), remote.dimmerA().value_or(full), state.remotePlugged });
+    repaintIfChanged(shown, { remote.line(0), remote.line(1), state.isOn() ? remote.dimmerA().value_or(full) : 0,
+                              state.remotePlugged });
 }
 
 void RemoteArea::resized()

@@ -2,8 +2,9 @@
 
 #include "bench/text/Names.h"
 
-#include <algorithm>
 #include <array>
+#include <cctype>
+#include <regex>
 
 namespace BenchPanel
 {
@@ -16,20 +17,16 @@ struct AskerTitle
     const char* asker; ///< as the engine names it
     const char* title;
 };
-constexpr std::array askerTitles { AskerTitle { "KeyManager", "A key" },
-                                   AskerTitle { "DeviceStatusManager", "The microcontroller" },
-                                   AskerTitle { "NavicoManager", "The boat's network" },
-                                   AskerTitle { "SystemStateManager", "The unit's state" },
-                                   AskerTitle { "GeneralApplication", "The unit" },
-                                   AskerTitle { "the system", "The system" } };
+constexpr std::array askerTitles { AskerTitle { "KeyManager", "a key" },
+                                   AskerTitle { "DeviceStatusManager", "the microcontroller" },
+                                   AskerTitle { "NavicoManager", "the boat's network" },
+                                   AskerTitle { "SystemStateManager", "the unit's state" },
+                                   AskerTitle { "GeneralApplication", "the unit" } };
 
-/** "RadioApplication (mbFM)" is the radio's page, "KeyManager" a key. */
-std::string titleOf(const std::string& asker)
+void replaceAll(std::string& text, const std::string& name, const std::string& title)
 {
-    if (const auto bracket = asker.find('('); bracket != std::string::npos)
-        return withTitles(asker.substr(bracket + 1, asker.find(')') - bracket - 1));
-    const auto* found = std::ranges::find(askerTitles, asker, &AskerTitle::asker);
-    return found != askerTitles.end() ? found->title : asker;
+    for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at + title.size()))
+        text.replace(at, name.size(), title);
 }
 
 std::string verbOf(const std::string& action)
@@ -41,12 +38,13 @@ std::string verbOf(const std::string& action)
 
 std::string withTitles(std::string sentence)
 {
+    // "RadioApplication (mbFM)" is the radio's page, "KeyManager" a key.
+    static const std::regex ofPage(R"(\w+Application \((\w+)\))");
+    sentence = std::regex_replace(sentence, ofPage, "$1");
     for (const auto& info : Bench::allPages())
-    {
-        const std::string name = Pubhead::pageName(info.page), title = info.title;
-        for (auto at = sentence.find(name); at != std::string::npos; at = sentence.find(name, at + title.size()))
-            sentence.replace(at, name.size(), title);
-    }
+        replaceAll(sentence, Pubhead::pageName(info.page), info.title);
+    for (const auto& [asker, title] : askerTitles)
+        replaceAll(sentence, asker, title);
     return sentence;
 }
 
@@ -56,8 +54,9 @@ RequestWords wordsOf(const Ctl::Json& request)
     const Ctl::Fields told(request);
     const auto status = told["status"], because = withTitles(told["because"]), time = told.time("finishedUs");
     RequestWords words { told.number("number").value_or(0), {}, {}, Kind::open };
-    const auto asker = titleOf(told["asker"]), page = withTitles(told["page"]);
+    const auto asker = withTitles(told["asker"]), page = withTitles(told["page"]);
     words.asked = asker + verbOf(told["action"]) + (asker == page ? "its page" : page);
+    words.asked[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words.asked[0])));
     words.kind = status == "done"      ? Kind::done
                  : status == "refused" ? Kind::refused
                  : status == "failed"  ? Kind::failed

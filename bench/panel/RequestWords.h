@@ -19,7 +19,7 @@ struct RequestWords
 /** Of a record of the engine's answer to "Requests". */
 RequestWords wordsOf(const Ctl::Json& request);
 
-/** The engine's sentence with the pages' titles in place of their names. */
+/** The engine's sentence with words for a person in place of the names of pages and parts. */
 std::string withTitles(std::string sentence);
 
 } // namespace BenchPanel

@@ -25,8 +25,7 @@ ScreenArea::ScreenArea(Desk& deskToUse, const std::string& display, const juce::
 
 void ScreenArea::show(const PanelState& state)
 {
-    repaintIfChanged(shown, { state.panel.powered && (state.engineRuns || !state.programs.empty()),
-                              Ctl::Fields(state.engine->state).is("muted") });
+    repaintIfChanged(shown, { state.isOn(), Ctl::Fields(state.engine->state).is("muted") });
 }
 
 void ScreenArea::paint(juce::Graphics& g)

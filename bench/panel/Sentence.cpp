@@ -29,7 +29,7 @@ std::string stateSentence(const PanelState& state)
 {
     const auto& mcu = state.mcu;
     if (!state.engineRuns)
-        return mcu.readyForPowerOff ? "switched off: Power brings it back" : "the engine is off";
+        return "the unit is off: Power brings it back";
     if (mcu.readyForPowerOff)
         return "ready for power-off: cut the power?";
     if (mcu.silent)

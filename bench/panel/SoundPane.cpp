@@ -1,5 +1,6 @@
 #include "bench/panel/SoundPane.h"
 
+#include "bench/panel/RequestWords.h"
 #include "ctl/Fields.h"
 
 #include <algorithm>
@@ -35,7 +36,7 @@ juce::String silenceText(const PanelState& state)
     if (!Bench::isMuted(state.dsp))
         return {};
     const auto reasons = Ctl::Fields(state.engine->state)["muteReasons"];
-    return reasons.empty() ? "muted" : juce::String::fromUTF8(reasons.c_str());
+    return reasons.empty() ? "muted" : juce::String::fromUTF8(withTitles(reasons).c_str());
 }
 
 } // namespace

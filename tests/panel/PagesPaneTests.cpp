@@ -1,3 +1,4 @@
+#include "bench/console/Verb.h"
 #include "bench/panel/RequestWords.h"
 #include "panel/PanelFixture.h"
 
@@ -57,11 +58,20 @@ TEST(RequestWords, SayWhoAskedForWhatAndWhatBecameOfIt)
     EXPECT_EQ(BenchPanel::wordsOf(nullptr).kind, Kind::open) << "an engine that says nothing";
 }
 
-// A request shows as soon as it was made, however soon the unit has served it, and its line asks the engine what became of it.
+// A request shows as soon as it was made, however soon the unit has served it, and its line asks the engine what became of it, which
+// knows what lies behind, too. A bus that has started anew is no other unit.
 TEST_F(PanelTest, ShowsARequestAndAsksWhatBecameOfIt)
 {
+    std::ostringstream output;
+    Bench::Console console(*unit, Bench::Style(false), output, false);
+    mark();
+    ASSERT_EQ(runLine(console, "bus restart").error, "");
+    ASSERT_TRUE(comes("program AppMainMenu", "connected"));
     ASSERT_EQ(unit->programs.tell(Pubhead::AppMainMenu, "eq"), "");
     const auto request = place("Main menu asked for Equaliser");
+    const auto isBehind = [&]
+    { return dynamic_cast<juce::SettableTooltipClient&>(*find(*window, "behind")).getTooltip() == "why page mbFM"; };
+    EXPECT_TRUE(pumpUntil(isBehind));
     hand->click(request);
     const auto answer = [&]
     {

@@ -75,10 +75,18 @@ TEST_F(PanelTest, RecordsWhatIsDoneAndDoesItAgain)
     say("replay " + file + " 10x");
     EXPECT_TRUE(comes("page mbAuxin2", "shown"));
 
+    say("mcu source fm");
+    say("expect mcu source fm");
+    say("expect page fm settled");
+    const auto recorded = recording.getFile().loadFileAsString();
+    recording.getFile().replaceWithText(
+        recorded.replace("\nmcu source aux\n", "\nmenu eq\nexpect page eq settled\nmcu source aux\n"));
+    EXPECT_EQ(runLine(console, "replay " + file).kind, Outcome::failed) << "the equaliser came in between";
+    EXPECT_NE(output.str().find("page mbEQ shown, where the recording has page mbAuxin2 shown"), std::string::npos);
+
     say("mcu source am");
     say("expect page am settled");
-    recording.getFile().replaceWithText(
-        recording.getFile().loadFileAsString().replace("mbFM in-front", "mbFM in-front within 1ms"));
+    recording.getFile().replaceWithText(recorded.replace("mbFM in-front", "mbFM in-front within 1ms"));
     EXPECT_EQ(runLine(console, "replay " + file).kind, Outcome::failed) << "another page is in front";
 }
 
