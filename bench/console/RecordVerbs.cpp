@@ -110,6 +110,7 @@ Outcome replay(Console& console, const Arguments& given)
     const auto headLines = static_cast<std::size_t>(std::ranges::count(text.substr(0, begin), '\n'));
     const auto name = std::filesystem::path(given[0]).filename().string();
     const auto before = std::exchange(console.speed, given.speed(1));
+    const bool told = std::exchange(console.tellsConsequences, false);
     const auto run = [&](const std::string& part)
     {
         std::istringstream lines(part);
@@ -126,6 +127,7 @@ Outcome replay(Console& console, const Arguments& given)
         difference = lookout ? lookout->end() : "";
     }
     console.speed = before;
+    console.tellsConsequences = told;
     if (!difference.empty())
         console.unit.journal.goOn();
     return same && difference.empty()
