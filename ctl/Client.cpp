@@ -79,6 +79,7 @@ Answer Client::connect()
 {
     if (bus != nullptr && sd_bus_is_open(bus.get()) > 0)
         return {};
+    answerer.clear(); // names begin anew on each bus
     sd_bus* session = nullptr;
     int result = 0;
     if (address.empty())
