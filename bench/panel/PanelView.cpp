@@ -12,14 +12,11 @@ using Bounds = juce::Rectangle<int>;
 constexpr std::array panes { std::array { 8, 546, 404, 246 }, std::array { 420, 546, 372, 246 },
                              std::array { 800, 546, 472, 246 } };
 
+/** As the unit's pages decide. */
 bool isNight(const PanelState& state)
 {
-    constexpr int dayBegins = 7, nightBegins = 19;
     const auto theme = juce::SystemStats::getEnvironmentVariable("HEADUNIT_BENCH_THEME", {});
-    if (theme.isNotEmpty())
-        return theme == "dark";
-    const auto hour = juce::Time::getCurrentTime().getHours();
-    return state.supply.lights || hour < dayBegins || hour >= nightBegins;
+    return theme.isNotEmpty() ? theme == "dark" : state.supply.lights;
 }
 
 } // namespace
