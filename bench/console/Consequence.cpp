@@ -141,7 +141,7 @@ void Consequence::tell(const std::vector<Event>& events)
     if (told < shown.size())
         text += " · " + std::to_string(shown.size() - told) + " more";
     console.output << "  " << console.style.accent("→") << " " << text
-                   << console.style.dim("  " + milliseconds(events.front().at - from.at) + " ms") << "\n";
+                   << console.style.dim("  " + milliseconds(shown.front().at - from.at) + " ms") << "\n";
     if (const auto request = lastRequest(); request && request->status != "done")
         console.output << "    " << request->text << "\n";
 }

@@ -64,7 +64,8 @@ Outcome replay(Console& console, const Arguments& given)
         return failed(given[0] + ": cannot be read");
     if (std::ranges::find(console.replayed, file) != console.replayed.end())
         return failed(given[0] + " is being replayed");
-    const std::string text { std::istreambuf_iterator<char>(stream), {} };
+    std::string text { std::istreambuf_iterator<char>(stream), {} };
+    std::erase(text, '\r'); // an editor may have put them there
     return runReplay(console, file, text, given.speed(1)) ? Outcome {} : failed("stopped at the first difference");
 }
 

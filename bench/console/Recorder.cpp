@@ -83,7 +83,8 @@ std::string differenceFrom(const std::string& recording, std::span<const Event> 
             if (!seen.starts_with(kind))
                 continue;
             std::string line;
-            while (std::getline(lines, line) && (!line.starts_with(kind) || line.ends_with(" in-front")))
+            while (std::getline(lines, line) &&
+                   !(line.starts_with(kind) && (kind != pageExpected || line.ends_with(" shown"))))
                 ;
             if (!lines || line != seen)
                 return event.stream + " " + event.text + ", where the recording has " +

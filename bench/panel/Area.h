@@ -15,8 +15,8 @@ public:
     Area(Desk& deskToUse, const juce::String& headingToShow);
 
     /**
-        What there is now, up to 60 times a second while something changes. Only what looks different is to be repainted: see
-        `repaintIfChanged`.
+        What there is now, as often as the display shows a picture while something changes. Only what looks different
+        is to be repainted: see `repaintIfChanged`.
     */
     virtual void show(const PanelState& state) = 0;
 

@@ -6,7 +6,7 @@ namespace BenchPanel
 ConsoleSheet::ConsoleSheet(Desk& deskToUse)
     : Area(deskToUse, "Console")
 {
-    text.setMultiLine(true, false);
+    text.setMultiLine(true, true);
     text.setReadOnly(true);
     text.setCaretVisible(false);
     text.setTitle("What the console has said");

@@ -20,12 +20,12 @@ DisplayPulse::DisplayPulse(const juce::Component& window)
         return;
     type = reply->atom;
     std::free(reply);
-    constexpr int timesPerSecond = 10;
-    startTimerHz(timesPerSecond);
 }
 
-void DisplayPulse::timerCallback()
+void DisplayPulse::beat()
 {
+    if (type == XCB_NONE)
+        return;
     xcb_client_message_event_t event {};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
@@ -33,7 +33,7 @@ void DisplayPulse::timerCallback()
     event.type = type;
     xcb_send_event(connection.get(), 0, handle, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
     if (xcb_flush(connection.get()) <= 0)
-        stopTimer();
+        type = XCB_NONE;
 }
 
 } // namespace BenchPanel

@@ -50,6 +50,12 @@ juce::Rectangle<int> EventLines::listed() const
     return getLocalBounds().withTrimmedBottom(opened ? originHeight : 0);
 }
 
+juce::Rectangle<int> EventLines::wayBack() const
+{
+    constexpr int width = 128;
+    return last ? listed().removeFromBottom(rowHeight).removeFromRight(width) : juce::Rectangle<int>();
+}
+
 std::pair<std::size_t, std::size_t> EventLines::seen() const
 {
     const auto fitting = static_cast<std::size_t>(listed().getHeight() / rowHeight);
@@ -117,6 +123,8 @@ void EventLines::scroll(int by)
 
 void EventLines::mouseUp(const juce::MouseEvent& event)
 {
+    if (wayBack().contains(event.getPosition()))
+        return scroll(static_cast<int>(lines.size()));
     const auto line = lineAt(event.getPosition());
     if (line && !isOpened(lines[*line]))
         open(*line);
@@ -155,9 +163,16 @@ void EventLines::paint(juce::Graphics& g)
         paintLine(g, lines[line], area.removeFromTop(rowHeight));
     if (opened)
         paintOrigin(g, getLocalBounds().removeFromBottom(originHeight));
+    const auto& colours = Look::of(*this).colours;
+    if (last)
+    {
+        Look::plate(g, wayBack(), colours.button, colours.buttonEdge);
+        g.setColour(colours.accent);
+        g.drawText("to the newest: End", wayBack(), juce::Justification::centred);
+    }
     if (hasKeyboardFocus(false))
     {
-        g.setColour(Look::of(*this).colours.accent);
+        g.setColour(colours.accent);
         g.drawRoundedRectangle(getLocalBounds().toFloat().reduced(0.5f), Look::corner, 1.0f);
     }
 }

@@ -34,6 +34,8 @@ private:
     std::optional<Opened> opened; ///< the event whose origin is shown
 
     juce::Rectangle<int> listed() const;
+    /** Where a click goes to the newest, while they are not seen. */
+    juce::Rectangle<int> wayBack() const;
     /** Index of the uppermost line that is seen, and of the one behind the lowest. */
     std::pair<std::size_t, std::size_t> seen() const;
     bool isOpened(const EventList::Line& line) const { return opened && opened->number == line.event.number; }

@@ -12,14 +12,11 @@ using Bounds = juce::Rectangle<int>;
 constexpr std::array panes { std::array { 8, 546, 404, 246 }, std::array { 420, 546, 372, 246 },
                              std::array { 800, 546, 472, 246 } };
 
+/** As the unit's pages decide. */
 bool isNight(const PanelState& state)
 {
-    constexpr int dayBegins = 7, nightBegins = 19;
     const auto theme = juce::SystemStats::getEnvironmentVariable("HEADUNIT_BENCH_THEME", {});
-    if (theme.isNotEmpty())
-        return theme == "dark";
-    const auto hour = juce::Time::getCurrentTime().getHours();
-    return state.supply.lights || hour < dayBegins || hour >= nightBegins;
+    return theme.isNotEmpty() ? theme == "dark" : state.supply.lights;
 }
 
 } // namespace
@@ -66,21 +63,16 @@ PanelView::PanelView(Unit& unitToShow, Options optionsToUse)
     setFocusContainerType(FocusContainerType::keyboardFocusContainer);
     state = snapshot(unit, {});
     chooseLook();
-    timerCallback();
-    constexpr int picturesPerSecond = 60;
-    startTimerHz(picturesPerSecond);
+    look();
     if (!options.script.empty())
         run("replay \"" + juce::String::fromUTF8(options.script.c_str()) + "\"");
 }
 
-PanelView::~PanelView()
-{
-    stopTimer();
-}
+PanelView::~PanelView() = default;
 
 void PanelView::endLines()
 {
-    stopTimer();
+    isOver = true;
     runner.reset();
     asker.reset();
 }
@@ -109,12 +101,14 @@ void PanelView::cancel()
     unit.journal.interrupt(false);
 }
 
-void PanelView::timerCallback()
+void PanelView::look()
 {
+    if (!pulse && getPeer() != nullptr)
+        pulse.emplace(*getTopLevelComponent());
     // While nothing happens, what changes without an event (a plug, a reading) is seen ten times a second.
     constexpr std::chrono::milliseconds atRest { 100 };
     const auto now = Clock::now();
-    if (unit.journal.end().number == state.journalEnd.number && now < nextLook)
+    if (isOver || (unit.journal.end().number == state.journalEnd.number && now < nextLook))
         return;
     nextLook = now + atRest;
     state = snapshot(unit, state);
@@ -123,6 +117,9 @@ void PanelView::timerCallback()
     state.ended = runner->takeEnded();
     chooseLook();
     forEachArea([this](Area& area) { area.show(state); });
+    // The toolkit draws what has changed as soon as this returns.
+    if (pulse)
+        pulse->beat();
     checkEnd();
 }
 
@@ -134,7 +131,7 @@ void PanelView::checkEnd()
     const auto last = std::ranges::find_if(state.ended, isLast);
     if (last == state.ended.end())
         return;
-    stopTimer();
+    isOver = true;
     options.ended(last->failed ? last->answer : "");
 }
 

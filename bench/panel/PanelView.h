@@ -3,6 +3,7 @@
 #include "bench/panel/AroundArea.h"
 #include "bench/panel/CommandField.h"
 #include "bench/panel/ConsoleSheet.h"
+#include "bench/panel/DisplayPulse.h"
 #include "bench/panel/EventsPane.h"
 #include "bench/panel/FrontPanelArea.h"
 #include "bench/panel/LinkArea.h"
@@ -17,7 +18,7 @@ namespace BenchPanel
 {
 
 /** The whole panel, 1280 x 800 points: its areas, what they show and what they say. Message thread. */
-class PanelView : public juce::Component, private Desk, private juce::Timer
+class PanelView : public juce::Component, private Desk
 {
 public:
     struct Options
@@ -60,6 +61,9 @@ private:
     CommandField command;
     ConsoleSheet console;
     juce::TooltipWindow tooltips { this };
+    std::optional<DisplayPulse> pulse;
+    bool isOver = false;                                          ///< nothing is shown any longer
+    juce::VBlankAttachment pictures { this, [this] { look(); } }; ///< as often as the display shows one
 
     template <typename Function>
     void forEachArea(const Function& function);
@@ -68,7 +72,7 @@ private:
     void propose(const ConsoleLine& beginning) override { command.propose(beginning); }
     void markMoment(std::optional<Clock::time_point> moment) override { link.markMoment(moment); }
     void toggleConsole() override { console.setVisible(!console.isVisible()); }
-    void timerCallback() override;
+    void look();
     void chooseLook();
     void checkEnd();
     void paint(juce::Graphics& g) override;

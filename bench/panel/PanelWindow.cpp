@@ -40,7 +40,6 @@ PanelWindow::PanelWindow(Unit& unit, const PanelView::Options& options)
         size = size.getIntersection(screen->userArea.withZeroOrigin());
     centreWithSize(size.getWidth(), size.getHeight());
     setVisible(true);
-    pulse.emplace(*this);
 }
 
 namespace

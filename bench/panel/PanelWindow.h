@@ -1,9 +1,6 @@
 #pragma once
 
-#include "bench/panel/DisplayPulse.h"
 #include "bench/panel/PanelView.h"
-
-#include <optional>
 
 namespace BenchPanel
 {
@@ -33,7 +30,6 @@ private:
 
     const std::function<void(const std::string&)> ended;
     Frame frame;
-    std::optional<DisplayPulse> pulse;
 
     void closeButtonPressed() override { ended({}); }
 };

@@ -57,6 +57,12 @@ protected:
     }
     void mark() { marked = unit->journal.end(); }
 
+    void typeText(std::string_view text) const
+    {
+        for (const auto letter : text)
+            hand->type(static_cast<std::uint32_t>(letter));
+    }
+
     int volume() const
     {
         const auto told = Ctl::Client(unit->engine().busAddress()).ask("State").value;

@@ -22,14 +22,23 @@ TEST_F(PanelTest, TurnsTheVolumeByWheelAndByKey)
     EXPECT_TRUE(pumpUntil([&] { return volume() == before + 2; }));
 }
 
-// The first function key is the first key of the front panel, Source: the unit offers its sources.
-TEST_F(PanelTest, PressesAKeyOfTheFrontPanelByTheKeyboard)
+// By keys alone: a typed line chooses a source, and the first function key, Source, opens the menu over it and goes back to it.
+TEST_F(PanelTest, GoesToASourceByTheKeyboard)
 {
+    const auto isInFront = [&](int page) { return pumpUntil([&] { return unit->programs.pageInFront() == page; }); };
     const auto field = place("Command");
     hand->click(field); // as a window without a manager gets the keyboard
     ASSERT_TRUE(pumpUntil([&] { return find(*window, "Command")->hasKeyboardFocus(false); }));
+    typeText("mcu source aux");
+    hand->type(keyReturn);
+    ASSERT_TRUE(comes("mcu agreed", "aux"));
+    ASSERT_TRUE(isInFront(Pubhead::mbAuxin2));
     hand->type(keyF1);
-    EXPECT_TRUE(pumpUntil([&] { return unit->programs.pageInFront() == Pubhead::mbMainMenu; }));
+    ASSERT_TRUE(isInFront(Pubhead::mbMainMenu));
+    hand->type(keyF1);
+    EXPECT_TRUE(isInFront(Pubhead::mbAuxin2));
+    const auto programs = unit->programs.running();
+    EXPECT_EQ(programs.at(Pubhead::AppAuxIn).source, Pubhead::mbAuxin2) << "it plays";
 }
 
 // The mouse is a finger on the unit's screen, where the picture of it is, at any size of the window.
@@ -107,8 +116,7 @@ TEST_F(PanelTest, HearsTheEngineAgainAfterAPowerCut)
 TEST_F(PanelTest, AnswersWhatIsTyped)
 {
     hand->click(place("Command"));
-    for (const auto letter : { 's', 't', 'a', 't', 'e' })
-        hand->type(static_cast<std::uint32_t>(letter));
+    typeText("state");
     hand->type(keyReturn);
     juce::TextEditor* sheet = nullptr;
     const auto isThere = [&]
