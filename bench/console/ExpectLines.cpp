@@ -80,7 +80,7 @@ std::span<const ExpectLine> allExpectLines()
         { "mcu frame FRAME [BYTE...]", "A frame of the unit, with these data or any.", "", whole, findFrame },
         { "mcu sent FRAME [BYTE...]", "The transmission of a frame to it.", "", whole, findTransmission },
         { "mcu link TEXT...", "The link: silent, back, a fault, a frame given up.", "mcu link", part },
-        { "mcu power on|off", "The panel's power key has gone out, as the unit asked for it.", "mcu power" },
+        { "mcu power on|off", "The front panel's power key has gone out, as the unit asked for it.", "mcu power" },
         { "mcu ready-for-power-off", "The unit is ready.", "mcu ready-for-power-off" },
         { "power cut", "Its power is gone, as the microcontroller cuts it.", "power" },
         { "mcu device-id TEXT...", "The unit sets it: \"12 34 56\".", "mcu device-id" },

@@ -57,7 +57,7 @@ Verbs panelVerbs()
           onUnit(switchLights) },
         { "panel trigger on|off", "The camera's trigger input.",
           on(&Unit::supply, [](auto& supply, auto& given) { supply.setTrigger(isOn(given)); }) },
-        { "panel dimmer BRIGHTNESS", "The dimmer, as it is moved at the panel.",
+        { "panel dimmer BRIGHTNESS", "The dimmer, as it is moved at the front panel.",
           on(&Unit::panel, [](auto& panel, auto& given) { panel.setDimmer(given.number(0)); }) },
     };
 }

@@ -55,7 +55,7 @@ std::string tableRow(const std::string& code, const std::string& text)
 std::span<const VerbGroup> allVerbs()
 {
     static const VerbGroup groups[] = {
-        { "The microcontroller, the panel, the tuner and the supply", together({ mcuVerbs(), panelVerbs() }) },
+        { "The microcontroller, the front panel, the tuner and the supply", together({ mcuVerbs(), panelVerbs() }) },
         { "Devices, the audio DSP and the engine's process", together({ deviceVerbs(), dspVerbs() }) },
         { "The source programs and the settings", programVerbs() },
         { "The boat's network and the factory's test equipment", together({ networkVerbs(), testEquipmentVerbs() }) },

@@ -7,6 +7,7 @@
 #include "ctl/Columns.h"
 #include "support/Golden.h"
 
+#include <CLI/CLI.hpp>
 #include <gmock/gmock.h>
 #include <sstream>
 #include <thread>
@@ -410,6 +411,21 @@ TEST(Verbs, standInTheManual)
         manual.upToFirstOccurrenceOf(options, false, false) + juce::String::fromUTF8(optionTable().c_str()) +
             behindOptions.fromFirstOccurrenceOf("\n", false, false).upToFirstOccurrenceOf(verbs, false, false) +
             juce::String::fromUTF8(verbTables().c_str()));
+}
+
+/** Of two that would say what happens neither is left out silently. */
+TEST(Options, refuseWhatExcludesEachOther)
+{
+    const std::string script = "--script " HEADUNIT_SOURCE_DIR "/run ";
+    for (const auto& words :
+         { std::string("--panel --tour"), std::string("--panel --stdin"), std::string("--tour --stdin"),
+           "--panel --transcript kept " + script, "--tour " + script, "--stdin " + script })
+    {
+        CLI::App app;
+        CommandLine line;
+        line.offerTo(app);
+        EXPECT_THROW(app.parse(words), CLI::ExcludesError) << words;
+    }
 }
 
 /** A program of the user's own that cannot be the one that is named is refused before anything starts. */
