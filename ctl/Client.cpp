@@ -70,8 +70,8 @@ struct Client::Trace
     }
 };
 
-Client::Client(std::string busAddress)
-    : address(std::move(busAddress))
+Client::Client(const std::string& busAddress)
+    : address(Platform::withoutIdentity(busAddress))
 {
 }
 
@@ -100,9 +100,7 @@ Answer Client::connect()
 
 Answer Client::absence(const std::string& before, const std::string& behind) const
 {
-    // What tells one run of a bus from the next tells a person nothing.
-    const auto place = Platform::withoutIdentity(address);
-    return { Answer::absent, {}, before + (place.empty() ? "the session bus" : "the bus at " + place) + behind };
+    return { Answer::absent, {}, before + (address.empty() ? "the session bus" : "the bus at " + address) + behind };
 }
 
 Answer Client::explain(const sd_bus_error& error, const char* method)

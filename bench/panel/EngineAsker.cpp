@@ -9,8 +9,6 @@ EngineAsker::EngineAsker(Unit& unitToAsk)
     : unit(unitToAsk)
     , bus(unit.engine().busAddress())
 {
-    // A later bus of the unit has the same place and another identity.
-    bus = bus.substr(0, bus.find(",guid="));
     thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
 }
 
