@@ -70,8 +70,8 @@ struct Client::Trace
     }
 };
 
-Client::Client(const std::string& busAddress)
-    : address(Platform::withoutIdentity(busAddress))
+Client::Client(std::string busAddress)
+    : address(std::move(busAddress))
 {
 }
 
@@ -79,19 +79,18 @@ Answer Client::connect()
 {
     if (bus != nullptr && sd_bus_is_open(bus.get()) > 0)
         return {};
-    sd_bus* made = nullptr;
-    int result = address.empty() ? sd_bus_open_user(&made) : sd_bus_new(&made);
-    bus.reset(made);
-    if (result >= 0 && !address.empty())
+    answerer.clear(); // names begin anew on each bus
+    sd_bus* session = nullptr;
+    int result = 0;
+    if (address.empty())
     {
-        result = sd_bus_set_address(made, address.c_str());
-        if (result >= 0)
-            result = sd_bus_set_bus_client(made, 1);
-        if (result >= 0)
-            result = sd_bus_start(made);
+        result = sd_bus_open_user(&session);
+        bus.reset(session);
     }
+    else if ((result = Platform::prepareBus(bus, address)) >= 0)
+        result = sd_bus_start(bus.get());
     if (result >= 0)
-        result = sd_bus_set_method_call_timeout(made, answerLimit.count());
+        result = sd_bus_set_method_call_timeout(bus.get(), answerLimit.count());
     if (result >= 0)
         return {};
     bus.reset();
@@ -101,7 +100,9 @@ Answer Client::connect()
 
 Answer Client::absence(const std::string& before, const std::string& behind) const
 {
-    return { Answer::absent, {}, before + (address.empty() ? "the session bus" : "the bus at " + address) + behind };
+    // What tells one run of a bus from the next tells a person nothing.
+    const auto place = Platform::withoutIdentity(address);
+    return { Answer::absent, {}, before + (place.empty() ? "the session bus" : "the bus at " + place) + behind };
 }
 
 Answer Client::explain(const sd_bus_error& error, const char* method)

@@ -30,7 +30,7 @@ class Client
 {
 public:
     /** D-Bus address of the bus; empty = the session's. */
-    explicit Client(const std::string& busAddress);
+    explicit Client(std::string busAddress);
 
     /** Asks and waits, 5 s at most. The parameters are texts. */
     Answer ask(const char* method, const std::vector<std::string>& parameters = {});
@@ -46,7 +46,7 @@ public:
 private:
     struct Trace;
 
-    std::string address; ///< of this bus and each later one at the same place
+    std::string address;
     Platform::SdBus bus;
     std::string answerer;
 

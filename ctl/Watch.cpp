@@ -93,7 +93,8 @@ Answer Watch::run(const std::function<bool()>& isInterrupted)
 
 Answer Watch::look()
 {
-    constexpr std::array questions { std::pair("State", "unit"), std::pair("Pages", "page"),
+    constexpr std::string_view unit = "unit";
+    constexpr std::array questions { std::pair("State", unit.data()), std::pair("Pages", "page"),
                                      std::pair("Programs", "program") };
     for (const auto& [method, kind] : questions)
     {
@@ -106,22 +107,28 @@ Answer Watch::look()
                 tell("engine", answer.error);
             return {};
         }
-        noteEngine();
+        if (kind == unit)
+            noteEngine(answer.value);
+        else if (client.engine() != engine)
+            return {}; // another one meanwhile, which is looked at from the beginning
         for (const auto& difference : told.take(kind, answer.value))
             tell(difference);
     }
     return {};
 }
 
-/** Another process has another name on the bus. */
-void Watch::noteEngine()
+/** Another name on the bus may be the same process on another bus: what has begun since it was heard last is another. */
+void Watch::noteEngine(const Json& state)
 {
+    using std::chrono::steady_clock;
     const auto before = std::exchange(engine, client.engine());
     const bool wasAway = std::exchange(last, Answer::done) != Answer::done;
-    if (before != engine)
-        tell("engine", before.empty() ? "the engine runs" : "the engine was started anew");
-    else if (wasAway)
-        tell("engine", "the engine answers again");
+    const auto silence = steady_clock::now() - std::exchange(heard, steady_clock::now());
+    const auto runsFor = Fields(state).number("runningForMs").value_or(0);
+    if (before.empty())
+        tell("engine", "the engine runs");
+    else if (before != engine || wasAway)
+        tell("engine", runsFor < silence / 1ms ? "the engine was started anew" : "the engine answers again");
 }
 
 void Watch::tell(const std::string& kind, const std::string& text)

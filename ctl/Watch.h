@@ -3,6 +3,7 @@
 #include "ctl/Client.h"
 #include "ctl/Style.h"
 
+#include <chrono>
 #include <iosfwd>
 #include <map>
 
@@ -53,12 +54,13 @@ private:
     const Style& style;
     const bool json;
     LastTold told;
-    std::string engine;               ///< that has answered last
-    Answer::Kind last = Answer::done; ///< what came of the last question
+    std::string engine;                          ///< that has answered last
+    std::chrono::steady_clock::time_point heard; ///< when it has
+    Answer::Kind last = Answer::done;            ///< what came of the last question
 
     void tell(const Difference& difference);
     void tell(const std::string& kind, const std::string& text);
-    void noteEngine();
+    void noteEngine(const Json& state);
 };
 
 } // namespace Ctl

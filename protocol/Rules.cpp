@@ -10,8 +10,8 @@ namespace
 
 constexpr Rule table[] {
     { "P1",
-      "It owns the name com.corvane. with its program's name behind it on the bus that HEADUNIT_BUS names, no other "
-      "program's name, and offers its object before it owns the name." },
+      "It owns the name com.corvane. with its program's name behind it on the bus that HEADUNIT_BUS names, else on "
+      "the session's, no other program's name, and offers its object before it owns the name." },
     { "P2", "It says hello (RMSG_APP_HELLO) as soon as it owns its name and com.corvane.AppMain has an owner, with its "
             "program type as arg1." },
     { "P3", "Its hello comes first: before it, it tells a new engine nothing else." },
@@ -28,7 +28,7 @@ constexpr Rule table[] {
     { "P8",
       "It answers RMSG_PAGE_HIDE with RMSG_PAGE_HIDE_READY for the page that it was told, within {answerTimeoutMs}, "
       "also when that page was never shown." },
-    { "P9", "It answers RMSG_PAGE_COVERED with nothing." },
+    { "P9", "It answers RMSG_PAGE_COVERED with nothing, and has its page off the screen then." },
     { "P10", "It answers a pageHide for the page that it shows with RMSG_PAGE_TOP_SHOWN for that page within "
              "{reportTimeoutMs}, and leaves the page on the screen." },
     { "P11",

@@ -133,8 +133,14 @@ bool hiddenTooEarly(Exchange& with)
 
 bool covered(Exchange& with)
 {
-    return comesToFront(with) && with.isHidden(with.page()) && with.tell(RMSG_PAGE_COVERED, with.page()) &&
-           with.isWell("P9") && with.isShown(with.page());
+    if (!comesToFront(with))
+        return false;
+    const bool drawn = with.becomesVisible(true);
+    if (!(with.isHidden(with.page()) && with.tell(RMSG_PAGE_COVERED, with.page()) && with.isWell("P9")))
+        return false;
+    if (drawn && !with.becomesVisible(false))
+        with.add("P9", "told RMSG_PAGE_COVERED, it left its page on the screen");
+    return with.isShown(with.page());
 }
 
 bool givesWay(Exchange& with)

@@ -123,6 +123,12 @@ EngineSide::Fill contentOf(int what, int arg1, int arg2, const Bundle::Ptr& bund
 
 } // namespace
 
+bool Subject::isInterrupted() const
+{
+    pollfd source { interruption, POLLIN, 0 };
+    return ::poll(&source, 1, 0) > 0;
+}
+
 Exchange::Exchange(const Subject& subjectToCheck)
     : subject(subjectToCheck)
     , ownName(std::string(busNamePrefix) + appTypeName(subject.appType))
@@ -555,11 +561,13 @@ bool Exchange::wait(Clock::time_point until, const Done& done)
         if (handled < 0)
             succeeds(std::string("the check's bus is gone: ") + std::strerror(-handled));
         const auto left = std::chrono::ceil<milliseconds>(until - Clock::now());
+        if (subject.isInterrupted())
+            succeeds("interrupted");
         if (left <= milliseconds::zero() || hasEnded() || !problem.empty())
             return false;
-        pollfd descriptors[] = { { wake, POLLIN, 0 }, { -1, 0, 0 } };
+        pollfd descriptors[] = { { wake, POLLIN, 0 }, { subject.interruption, POLLIN, 0 }, { -1, 0, 0 } };
         if (side != nullptr)
-            descriptors[1] = { side->descriptor(), side->pollEvents(), 0 };
+            descriptors[2] = { side->descriptor(), side->pollEvents(), 0 };
         ::poll(descriptors, std::size(descriptors), static_cast<int>(left.count()));
         eventfd_t wakes = 0;
         ::eventfd_read(wake, &wakes);

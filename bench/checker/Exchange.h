@@ -26,6 +26,9 @@ struct Subject
     double patience = 1;      ///< every limit is this many times as long
     bool draws = false;       ///< it gets a display
     bool hasHeartbeat = true; ///< it answers them, as has been seen
+    int interruption = -1;    ///< readable as soon as somebody wants no more; -1: nobody can
+
+    bool isInterrupted() const;
 };
 
 /** A broken rule, in words. */

@@ -4,11 +4,13 @@
 #include "bench/text/Names.h"
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <filesystem>
 #include <future>
 #include <iostream>
 #include <mutex>
 #include <nlohmann/json.hpp>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace
@@ -53,6 +55,8 @@ std::string findSubject(const Choices& choices, Subject& subject)
 
 Result play(const Check& check, const Subject& subject)
 {
+    if (subject.isInterrupted())
+        return { check.name, false, {}, {}, {}, "interrupted" };
     Exchange exchange(subject);
     const bool finished = check.play(exchange);
     auto problem = exchange.getProblem();
@@ -90,6 +94,17 @@ void playAll(std::span<const Check> checks, const Subject& subject, int jobs, co
         take(result.get_future().get());
 }
 
+/** Readable when the user or the system wants the process to end, which cleans up first. Before any thread starts. */
+int takeInterruption()
+{
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const auto number : { SIGINT, SIGTERM, SIGHUP })
+        ::sigaddset(&signals, number);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return ::signalfd(-1, &signals, SFD_CLOEXEC);
+}
+
 /** The exit status. */
 int check(const Choices& choices, Subject& subject)
 {
@@ -98,6 +113,8 @@ int check(const Choices& choices, Subject& subject)
     bool broken = false, impossible = false;
     const auto take = [&](const Result& result)
     {
+        if (subject.isInterrupted())
+            return;
         broken = broken || !result.faults.empty();
         impossible = impossible || !result.problem.empty();
         if (choices.json)
@@ -117,6 +134,11 @@ int check(const Choices& choices, Subject& subject)
         subject.hasHeartbeat = heard.faults.empty();
         take(heard);
         playAll(checks.subspan(first), subject, choices.jobs, take);
+    }
+    if (subject.isInterrupted())
+    {
+        std::cerr << "interrupted\n";
+        return unusable;
     }
     if (choices.json)
         std::cout << nlohmann::json { { "program", subject.path },
@@ -158,5 +180,6 @@ int main(int argc, char** argv)
         std::cerr << error << "\n";
         return unusable;
     }
+    subject.interruption = takeInterruption();
     return check(choices, subject);
 }

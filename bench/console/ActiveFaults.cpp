@@ -70,13 +70,15 @@ std::vector<ActiveFault> activeFaults(Unit& unit)
     faults.add(unit.videoDecoder->isFailing(), "camera bus refuses", "i2c well");
     faults.slow("camera bus", unit.videoDecoder->slowedBy(), "i2c well");
     faults.slow("gpio", unit.gpio->slowedBy(), "gpio well");
-    const auto dsp = unit.dsp->state().faults;
-    faults.add(!dsp.empty(), "dsp: " + dsp, "dsp fail well");
+    for (const auto& fault : unit.dsp->state().faults)
+        faults.add(true, "dsp: " + fault, "dsp fail well");
     faults.add(!unit.remote->isPlugged(), "remote unplugged", "remote plug");
     faults.add(unit.remote->isStalled(), "remote stalls", "remote stall off");
     const auto equipment = unit.testEquipment->state();
     faults.add(equipment.held, "test equipment acknowledges nothing", "autotest go");
-    faults.add(equipment.toDamage > 0, "test equipment damages " + std::to_string(equipment.toDamage) + " frames",
+    faults.add(equipment.toDamage > 0,
+               "test equipment damages " + std::to_string(equipment.toDamage) +
+                   (equipment.toDamage == 1 ? " frame" : " frames"),
                "autotest damage 0");
     addPrograms(faults, unit);
     const auto group = engine.stalledGroup();

@@ -33,22 +33,25 @@ void CommandLine::offerTo(CLI::App& app)
     app.footer("headunit-bench simulate --help tells of the same unit in simulated time, "
                "headunit-bench replay --help of recordings, headunit-bench check-program --help of what checks a "
                "source program.");
-    app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails")
-        ->option_text("FILE")
-        ->check(CLI::ExistingFile);
-    app.add_option("--transcript", transcript,
-                   "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it")
-        ->option_text("FILE")
-        ->needs("--script");
+    auto* scripted = app.add_option("--script", script, "Run the commands of this file; 1 when one of them fails");
+    scripted->option_text("FILE")->check(CLI::ExistingFile);
+    auto* compared =
+        app.add_option("--transcript", transcript,
+                       "Compare what the unit sends in a script with this file; with HEADUNIT_BLESS set, write it");
+    compared->option_text("FILE")->needs(scripted);
     app.add_option("--pictures", pictures,
                    "Let 'picture' write into this folder; without it, into the working folder, in a script not at all")
         ->option_text("FOLDER");
-    app.add_flag("--tour", tour, "Show what the unit can do; also what happens without a terminal on standard input");
-    app.add_flag("--panel", panel, "Show and press the whole unit in a window");
-    app.add_flag(
+    auto* toured = app.add_flag("--tour", tour,
+                                "Show what the unit can do; also what happens without a terminal on standard input");
+    auto* window = app.add_flag("--panel", panel, "Show and press the whole unit in a window");
+    auto* typed = app.add_flag(
         "--stdin", console,
         "Read commands from standard input even when it is no terminal; goes on after one that fails, and is 1 "
         "at the end");
+    window->excludes(compared)->excludes(toured)->excludes(typed);
+    scripted->excludes(toured)->excludes(typed);
+    toured->excludes(typed);
     app.add_option("--program", programs,
                    "This program in place of the bench's stand-in, as in aux=./mine; for several, several times")
         ->option_text("PROGRAM=FILE")

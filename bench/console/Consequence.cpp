@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <sstream>
 
 namespace Bench
 {
@@ -19,23 +20,40 @@ constexpr std::chrono::milliseconds patience { 1000 };
 constexpr std::chrono::milliseconds together { 200 };
 constexpr std::size_t mostEvents = 1000;
 
+/** What a person says to the network does not tell what came of it. */
 bool counts(const Event& event)
 {
     const auto weight = weightOf(event);
-    return weight == Weight::telling || weight == Weight::gain;
+    return (weight == Weight::telling && event.stream != "mfd sent") || weight == Weight::gain;
 }
 
-/** What a person looks for comes first: the unit and its pages, then what it sends, tells its programs, and sets in the DSP. */
+/**
+    What a person looks for comes first: the page that is there now, then the unit and the pages that have gone, what it
+    sends, tells its programs, and sets in the DSP.
+*/
 int rankOf(const Event& event)
 {
     const auto begins = [&](const char* part) { return event.stream.starts_with(part); };
-    return weightOf(event) == Weight::gain ? 3 : begins("program ") ? 2 : begins("frame ") ? 1 : 0;
+    if (weightOf(event) == Weight::gain || (event.stream == "dsp" && event.text.starts_with("register")))
+        return 4;
+    if (begins("program ") || event.text == "confirmed" || event.text == "covered")
+        return 3;
+    return begins("frame ") ? 2 : begins("page ") && event.text == "shown" ? 0 : 1;
 }
 
-/** Its words may have changed: what is to go wrong so many times goes down by itself. */
 bool contains(const std::vector<ActiveFault>& faults, const ActiveFault& fault)
 {
-    return std::ranges::find(faults, fault.cure, &ActiveFault::cure) != faults.end();
+    return std::ranges::find(faults, fault.what, &ActiveFault::what) != faults.end();
+}
+
+/**
+    Whether a fault of one list is none of the other. What is to go wrong so many times goes down by itself, and its words
+    change; then the other has as many that the same line ends.
+*/
+bool isMissing(const ActiveFault& fault, const std::vector<ActiveFault>& of, const std::vector<ActiveFault>& in)
+{
+    const auto alike = [&](const auto& faults) { return std::ranges::count(faults, fault.cure, &ActiveFault::cure); };
+    return !contains(in, fault) && alike(in) < alike(of);
 }
 
 std::string milliseconds(Clock::duration time)
@@ -58,9 +76,23 @@ void Consequence::tell()
     if (tellFaults())
         return;
     if (const auto events = await(); !events.empty())
-        tell(events);
-    else
-        console.output << console.style.dim("  Nothing within a second: " + whyNothing()) << "\n";
+        return tell(events);
+    auto why = whyNothing();
+    bool changed = false;
+    for (const auto& fault : activeFaults(console.unit))
+    {
+        if (!contains(before, fault))
+            tellArmed(fault);
+        changed = changed || !contains(before, fault);
+        why += "; " + fault.what;
+    }
+    if (!changed)
+        console.output << console.style.dim("  Nothing within a second: " + why) << "\n";
+}
+
+void Consequence::tellArmed(const ActiveFault& fault)
+{
+    console.output << "  " << console.style.warning(fault.what) << console.style.dim("  until " + fault.cure) << "\n";
 }
 
 bool Consequence::tellFaults()
@@ -68,14 +100,13 @@ bool Consequence::tellFaults()
     const auto now = activeFaults(console.unit);
     bool changed = false;
     for (const auto& fault : now)
-        if (!contains(before, fault))
+        if (isMissing(fault, now, before))
         {
-            console.output << "  " << console.style.warning(fault.what) << console.style.dim("  until " + fault.cure)
-                           << "\n";
+            tellArmed(fault);
             changed = true;
         }
     for (const auto& fault : before)
-        if (!contains(now, fault))
+        if (isMissing(fault, before, now))
         {
             console.output << "  " << console.style.good("well again") << console.style.dim("  " + fault.what) << "\n";
             changed = true;
@@ -110,7 +141,9 @@ void Consequence::tell(const std::vector<Event>& events)
     if (told < shown.size())
         text += " · " + std::to_string(shown.size() - told) + " more";
     console.output << "  " << console.style.accent("→") << " " << text
-                   << console.style.dim("  " + milliseconds(events.front().at - from.at) + " ms") << "\n";
+                   << console.style.dim("  " + milliseconds(shown.front().at - from.at) + " ms") << "\n";
+    if (const auto request = lastRequest(); request && request->status != "done")
+        console.output << "    " << request->text << "\n";
 }
 
 std::string Consequence::whyNothing() const
@@ -118,8 +151,10 @@ std::string Consequence::whyNothing() const
     auto& unit = console.unit;
     if (!unit.engine().isRunning())
         return "the engine does not run";
-    if (const auto request = lastRequest(); !request.empty())
-        return request;
+    if (const auto request = lastRequest())
+        return request->text;
+    if (const auto complaint = lastComplaint(); !complaint.empty())
+        return "the engine's log says: " + complaint;
     const auto mcu = unit.mcu->state();
     const auto isSent = [](const Event& event) { return event.stream.starts_with("sent "); };
     const auto sent = unit.journal.find(from, 1, isSent);
@@ -133,8 +168,8 @@ std::string Consequence::whyNothing() const
     return "what it asks for is so already, or nobody listens";
 }
 
-/** What became of a request for a page that the engine has taken up since then; "" when there was none. */
-std::string Consequence::lastRequest() const
+/** A request for a page that the engine has taken up since then, and what became of it. */
+std::optional<Consequence::Request> Consequence::lastRequest() const
 {
     Ctl::Client client(console.unit.engine().busAddress());
     const auto answer = client.ask("Requests");
@@ -144,8 +179,23 @@ std::string Consequence::lastRequest() const
     const auto age = request.number("askedForMs");
     if (!age || std::chrono::milliseconds(*age) > Clock::now() - from.at)
         return {};
-    return "the request for " + request["page"] + " is " + request["status"] +
-           (request.has("because") ? ", because " + request["because"] : "");
+    return Request { request["status"], "the request for " + request["page"] + " is " + request["status"] +
+                                            (request.has("because") ? ": " + request["because"] : "") };
+}
+
+/** The engine's last warning or error since then; "" when there was none. */
+std::string Consequence::lastComplaint() const
+{
+    std::string complaint;
+    for (const auto& event : console.unit.journal.find(from, mostEvents, isIn("log")))
+    {
+        std::istringstream line(event.text);
+        std::string date, time, level, who, where, text;
+        line >> date >> time >> level >> who >> where >> std::ws;
+        if (std::getline(line, text) && (level == "warning" || level == "error") && !comesByItself(event))
+            complaint = text;
+    }
+    return complaint;
 }
 
 } // namespace Bench

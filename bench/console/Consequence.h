@@ -22,10 +22,16 @@ private:
     std::vector<ActiveFault> before;
 
     bool tellFaults();
+    void tellArmed(const ActiveFault& fault);
     std::vector<Event> await() const;
     void tell(const std::vector<Event>& events);
     std::string whyNothing() const;
-    std::string lastRequest() const;
+    struct Request
+    {
+        std::string status, text;
+    };
+    std::optional<Request> lastRequest() const;
+    std::string lastComplaint() const;
 };
 
 } // namespace Bench

@@ -8,6 +8,8 @@
 
 #include <functional>
 #include <iosfwd>
+#include <string>
+#include <vector>
 
 namespace Bench
 {
@@ -30,7 +32,10 @@ public:
     bool tellsConsequences = false; ///< of each line, to a person
     Expectations expectations;
     Recorder recorder;
-    double speed = 1;          ///< of a replay: so many times as fast
+    double speed = 1;                  ///< of a replay: so many times as fast
+    std::vector<std::string> replayed; ///< files, each said by the one before
+    /** In a replay: what is not as it was, "" for nothing. */
+    std::function<std::string()> difference;
     std::string pictureFolder; ///< where `picture` writes to; "" leaves pictures out
     std::optional<TranscriptSections> chosenSections;
     /** Shows the unit until somebody ends it or the time is over; without it `watch` shows it once. */

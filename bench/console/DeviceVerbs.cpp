@@ -24,7 +24,12 @@ std::string plugUsb(Unit& unit, const Arguments& given)
 
 std::string putUpdate(Unit& unit, const Arguments& given)
 {
-    return unless(unit.putUpdate(given.number(1, 1), given[0] == "update"), "nothing can be put on this storage");
+    const auto number = given.number(1, 1);
+    if (unit.putUpdate(number, given[0] == "update"))
+        return {};
+    const auto storage = std::to_string(number);
+    return unit.isUsbPlugged(number) ? "nothing can be put on storage " + storage
+                                     : "storage " + storage + " is not plugged: usb in " + storage;
 }
 
 void breakCameraBus(Unit& unit, bool fails, std::chrono::milliseconds delay)
@@ -88,7 +93,7 @@ Outcome savePictureOf(Console& console, const std::string& display, const std::s
     if (const auto error = savePicture(display, file); !error.empty())
         return failed(error);
     if (console.watched)
-        console.output << console.style.dim("  " + file) << "\n";
+        console.output << "  Drawn: " << file << "\n";
     return {};
 }
 

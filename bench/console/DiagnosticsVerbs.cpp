@@ -124,7 +124,7 @@ Verbs diagnosticsVerbs()
     for (const auto& each : Ctl::reports())
     {
         const bool isCounters = each.text == Ctl::countersText;
-        const std::string more = isCounters ? " [all]" : each.parameter != nullptr ? " [NAME]" : "";
+        const std::string more = isCounters ? " [all]" : each.parameter != nullptr ? " [SETTING]" : "";
         if (std::ranges::find(shownWithDevices, each.name) == shownWithDevices.end())
             verbs.push_back({ each.name + more, each.help,
                               [&each](Console& console, auto& given) { return report(console, each, given); } });

@@ -78,8 +78,8 @@ Outcome showState(Console& console, const Arguments&)
                            std::to_string(counters.verified) + " verified, " + std::to_string(counters.crcReads) +
                            " crc reads, " + std::to_string(counters.malformed) + " malformed, " +
                            std::to_string(counters.asleep) + " asleep, " + std::to_string(state.refused) + " refused");
-    if (!state.faults.empty())
-        console.row("faults", style.warning(state.faults));
+    for (const auto& fault : state.faults)
+        console.row("fault", style.warning(fault));
 
     output << style.bold("Sound") << "\n";
     console.row("input", eachPath([&](std::size_t path) { return inputText(memory, path); }));

@@ -19,12 +19,17 @@ std::string regularKind(const Event& event)
 
 } // namespace
 
+bool comesByItself(const Event& event)
+{
+    return !regularKind(event).empty();
+}
+
 Weight weightOf(const Event& event)
 {
     const auto& [number, at, stream, text] = event;
     if (isDetail(event))
         return Weight::detail;
-    if (!regularKind(event).empty())
+    if (comesByItself(event))
         return Weight::regular;
     if (stream == "dsp" && (text.ends_with(" dB") || text.ends_with(" silent")))
         return Weight::gain;

@@ -16,6 +16,8 @@ enum class Weight {
     detail   ///< see isDetail
 };
 Weight weightOf(const Event& event);
+/** Heartbeats and acknowledgements. */
+bool comesByItself(const Event& event);
 
 /** The stream of the lines that are said to the console of the panel. */
 inline const std::string saidStream = "said";

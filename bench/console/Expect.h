@@ -41,6 +41,8 @@ public:
                             std::chrono::milliseconds apart = {});
     /** Moves the cursors of all streams to now. */
     void forgetThePast();
+    /** Where they began, or were last moved to all together. */
+    Place beginningOfAll() const { return beginning; }
 
     /** Only ends a hang, so long that a busy machine breaks no expectation. */
     static constexpr std::chrono::milliseconds defaultLimit { 60000 };

@@ -1,5 +1,6 @@
 #include "bench/console/ExpectLines.h"
 
+#include "bench/console/Near.h"
 #include "bench/mcu/McuFrame.h"
 #include "bench/network/NetworkDisplay.h"
 
@@ -73,12 +74,13 @@ Found findMessage(const Arguments& given)
 std::span<const ExpectLine> allExpectLines()
 {
     static const ExpectLine lines[] = {
-        { "mcu source SOURCE [NUMBER]", "Both sides agree on this source.", "", whole, findSourceOf },
-        { "mcu agreed", "They agree on any.", "mcu agreed" },
+        { "mcu source SOURCE [NUMBER]",
+          "The microcontroller has this source: the unit has asked for it, or confirmed it.", "", whole, findSourceOf },
+        { "mcu agreed", "Both sides agree on a source.", "mcu agreed" },
         { "mcu frame FRAME [BYTE...]", "A frame of the unit, with these data or any.", "", whole, findFrame },
         { "mcu sent FRAME [BYTE...]", "The transmission of a frame to it.", "", whole, findTransmission },
         { "mcu link TEXT...", "The link: silent, back, a fault, a frame given up.", "mcu link", part },
-        { "mcu power on|off", "The panel's power key has gone out, as the unit asked for it.", "mcu power" },
+        { "mcu power on|off", "The front panel's power key has gone out, as the unit asked for it.", "mcu power" },
         { "mcu ready-for-power-off", "The unit is ready.", "mcu ready-for-power-off" },
         { "power cut", "Its power is gone, as the microcontroller cuts it.", "power" },
         { "mcu device-id TEXT...", "The unit sets it: \"12 34 56\".", "mcu device-id" },
@@ -134,8 +136,12 @@ const Grammar& expectGrammar()
 ParsedExpectation parseExpectation(const Words& words)
 {
     auto choice = expectGrammar().choose(words);
+    if (!choice.arguments && choice.error.empty())
+        return { {},
+                 "what is to be expected? See help expect." +
+                     (words.empty() ? "" : nearText(words.front(), expectGrammar().completionsFor({}))) };
     if (!choice.arguments)
-        return { {}, choice.error.empty() ? "what is to be expected? See help expect" : choice.error };
+        return { {}, choice.error };
     const auto& line = allExpectLines()[choice.pattern];
     const auto ofStream = std::ranges::count(line.stream, ' ') + 1;
     auto [stream, text] =

@@ -92,7 +92,10 @@ std::string Grammar::Place::wrong(const std::string& word) const
             text += "'" + word + "' is no " + lowerCase(kind->name) + ": " + kind->meaning;
         else
             text += ", or " + choice;
-    const auto near = nearText(word, names());
+    std::istringstream parts(word); // of a list
+    std::string near;
+    for (std::string part; near.empty() && std::getline(parts, part, ',');)
+        near = fits(part) ? "" : nearText(part, names());
     return text + (near.empty() ? "" : "." + near);
 }
 
@@ -131,8 +134,19 @@ std::optional<std::vector<Words>> Grammar::distribute(const Pattern& pattern, co
     auto surplus = line.size() - needed;
     std::vector<Words> values(places.size());
     std::size_t word = 0;
+    // "events mcu": what is the name of something further on is not meant to be a number here.
+    const auto isNameBehind = [&](std::size_t place)
+    {
+        return !places[place].fits(line[word]) &&
+               std::any_of(places.begin() + static_cast<std::ptrdiff_t>(place) + 1, places.end(),
+                           [&](const Place& each)
+                           {
+                               const auto names = each.names();
+                               return each.optional && std::ranges::find(names, line[word]) != names.end();
+                           });
+    };
     for (std::size_t i = 0; i < places.size(); ++i)
-        if (!places[i].optional || (surplus > 0 && places[i].mayBe(line[word])))
+        if (!places[i].optional || (surplus > 0 && places[i].mayBe(line[word]) && !isNameBehind(i)))
         {
             values[i].push_back(line[word++]);
             surplus -= places[i].optional ? 1 : 0;

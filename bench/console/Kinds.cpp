@@ -25,12 +25,6 @@ Kind number(const char* name, int lowest, int highest)
              [=](const std::string& word) { return parseNumber(word, lowest, highest).has_value(); } };
 }
 
-Kind anyNumber(const char* name)
-{
-    constexpr int lowest = std::numeric_limits<int>::min(), highest = std::numeric_limits<int>::max();
-    return { name, "a number", [](const std::string& word) { return parseNumber(word, lowest, highest).has_value(); } };
-}
-
 Kind decimal(const char* name, double lowest, double highest, const char* meaning)
 {
     return { name, meaning, [=](const std::string& word) { return parseDecimal(word, lowest, highest).has_value(); } };
@@ -41,6 +35,18 @@ Words sectionNames()
     auto names = appNames();
     names.insert(names.begin(), { "mcu", "devices" });
     return names;
+}
+
+/** What the names of the DSP's outputs are made of. */
+const Words& outputWords()
+{
+    static const Words words { "front", "rear", "line", "output", "A", "B", "left", "right", "subwoofer" };
+    return words;
+}
+
+Words groupWords()
+{
+    return { groupNames().begin(), groupNames().end() };
 }
 
 bool isByte(const std::string& word)
@@ -74,9 +80,12 @@ std::span<const Kind> allKinds()
         { "BYTE", "two hexadecimal digits", isByte },
         number("BRIGHTNESS", 0, 11),
         number("COUNT", 1, 100'000),
-        { "FRAME", "a name (EVENT_SRC_SWITCH, IND_KEY ...) or a number",
+        { "FRAME", "a name (EVENT_SRC_SWITCH, IND_KEY ...) or 1 to 32767",
           [](auto& word) { return commandOfName(word) >= 0; }, commandNames },
-        { "FREQUENCY", "101.1 on FM, 1000 on AM", [](auto& word) { return Tuner::parseFrequency(word).has_value(); } },
+        { "FREQUENCY", "87.5 to 108 on FM, 522 to 1710 on AM",
+          [](auto& word) { return Tuner::parseFrequency(word).has_value(); } },
+        { "GROUP", joined(groupWords()),
+          [](auto& word) { return std::ranges::find(groupNames(), word) != groupNames().end(); }, groupWords },
         number("ITEM", 0, highestByte),
         { "KEY", "a name (menu, source ...) or 0 to 255", [](auto& word) { return findKey(word).has_value(); },
           keyNames },
@@ -84,11 +93,14 @@ std::span<const Kind> allKinds()
           keyNames },
         number("LEVEL", -128, 127),
         number("LINE", 0, 65'535),
-        anyNumber("MESSAGE"),
+        { "MESSAGE", "a name (RMSG_APP_EVENT) or 0 to 2147483647",
+          [](auto& word) { return findMessage(word).has_value(); }, messageNames },
         number("NUMBER", 0, highestByte),
         number("ORIGIN", 0, highestByte),
+        { "OUTPUT", "front, rear, line front, line rear, output A, output B, left, right or subwoofer",
+          [](auto& word) { return std::ranges::find(outputWords(), word) != outputWords().end(); }, outputWords },
         { "PAGE", "a name (mbEQ) or a short one (eq)", isPage, pageNames },
-        anyNumber("PARAMETER"),
+        number("PARAMETER", std::numeric_limits<int>::min(), std::numeric_limits<int>::max()),
         number("PERCENT", 0, highestByte),
         number("PGN", 0, Pgn::highest),
         number("PORT", 0, 65'535),
@@ -100,7 +112,8 @@ std::span<const Kind> allKinds()
               return names;
           } },
         number("RATE", 1, McuSeries::mostPerSecond),
-        { "REMOTE-KEY", "source, rotary-next ...", [](auto& word) { return WiredRemote::findKey(word).has_value(); },
+        { "REMOTE-KEY", "a name (source, rotary-next ...)",
+          [](auto& word) { return WiredRemote::findKey(word).has_value(); },
           [] { return namesIn(WiredRemote::keys()); } },
         number("REQUEST", 1, std::numeric_limits<int>::max()),
         number("SECONDS", 1, Ctl::longestTraceSeconds),
@@ -108,7 +121,7 @@ std::span<const Kind> allKinds()
           [](auto& word) { return word == "mcu" || word == "devices" || isProgram(word); }, sectionNames },
         { "SETTING", "a name (eq-preset) or 0 to " + std::to_string(highestSetting()),
           [](auto& word) { return findSetting(word).has_value(); }, settingNames },
-        { "SOURCE", "am fm disc aux sirius ipod usb bt off pandora wb, or a type's number", isSource, sourceNames },
+        { "SOURCE", "am fm disc aux sirius ipod usb bt off pandora wb, or a type, 0 to 255", isSource, sourceNames },
         { "SPEED", "0.01 to 1000, or 2x; 1 is the file's own",
           [](auto& word) { return parseSpeed(word).has_value(); } },
         number("STORAGE", 1, Unit::usbCount),

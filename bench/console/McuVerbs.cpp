@@ -46,7 +46,7 @@ Verbs mcuVerbs()
           on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.requestSource(given.source(0)); }) },
         { "mcu memory SOURCE [NUMBER]", "What it asks for after the unit's next start.",
           on(&Unit::mcu, [](Mcu& mcu, auto& given) { mcu.setLastMemory(given.source(0)); }) },
-        { "mcu key KEY [ORIGIN]", "Presses a key of the panel.", press },
+        { "mcu key KEY [ORIGIN]", "Presses a key of the front panel.", press },
         { "mcu hold KEY [ORIGIN] TIME", "Presses it every 100 ms and releases it at the end.",
           on(&Unit::panel,
              [](Panel& panel, auto& given) { panel.hold(keyOf(given[0]), given.number(1), given.time(2)); }) },

@@ -123,7 +123,7 @@ Verbs networkVerbs()
         { "mfd phone",
           "Chooses the phone's music (130585); the unit hands it on, and the Bluetooth program asks for its page.",
           on(&Unit::networkDisplay, &NetworkDisplay::choosePhone) },
-        { "mfd update", "The trigger of an update, as a message.",
+        { "mfd update", "The trigger of an update, as a message. When it is done, the unit's power is cut.",
           on(&Unit::networkDisplay, &NetworkDisplay::startUpdate) },
         { "mfd update data", "The same as a block of data.",
           on(&Unit::networkDisplay, &NetworkDisplay::startUpdateByData) },

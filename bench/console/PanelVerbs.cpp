@@ -17,6 +17,16 @@ void tune(Tuner& tuner, const Arguments& given)
         tuner.tune(where->first, where->second);
 }
 
+std::string say(Tuner& tuner, const Arguments& given)
+{
+    if (given[0].size() > Tuner::nameSize)
+        return "a station's name has at most " + std::to_string(Tuner::nameSize) + " characters";
+    if (given[1].size() > Tuner::textSize)
+        return "a station's text has at most " + std::to_string(Tuner::textSize) + " characters";
+    tuner.say(given[0], given[1]);
+    return {};
+}
+
 void seek(Tuner& tuner, const Arguments& given)
 {
     const bool up = given[0] == "up";
@@ -37,8 +47,8 @@ Verbs panelVerbs()
     return {
         { "tune FREQUENCY", "Tunes in.", on(&Unit::tuner, tune) },
         { "seek up|down [step]", "Goes to the next station, or one step.", on(&Unit::tuner, seek) },
-        { "rds NAME TEXT", "What the station says: a name of 8 characters, a text of 64.",
-          on(&Unit::tuner, [](Tuner& tuner, auto& given) { tuner.say(given[0], given[1]); }) },
+        { "rds NAME TEXT", "What the station says: a name of at most 8 characters, a text of 64.",
+          on(&Unit::tuner, say) },
         { "weather on|off", "The weather alert.",
           on(&Unit::tuner, [](Tuner& tuner, auto& given) { tuner.setWeatherAlert(isOn(given)); }) },
         { "battery VOLTS", "The supply voltage, as the microcontroller measures it.",
@@ -47,7 +57,7 @@ Verbs panelVerbs()
           onUnit(switchLights) },
         { "panel trigger on|off", "The camera's trigger input.",
           on(&Unit::supply, [](auto& supply, auto& given) { supply.setTrigger(isOn(given)); }) },
-        { "panel dimmer BRIGHTNESS", "The dimmer, as it is moved at the panel.",
+        { "panel dimmer BRIGHTNESS", "The dimmer, as it is moved at the front panel.",
           on(&Unit::panel, [](auto& panel, auto& given) { panel.setDimmer(given.number(0)); }) },
     };
 }

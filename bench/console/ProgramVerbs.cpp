@@ -1,8 +1,10 @@
 // The source programs.
+#include "bench/console/Near.h"
 #include "bench/console/Verb.h"
 #include "bench/unit/Settings.h"
 
 #include <algorithm>
+#include <map>
 
 namespace Bench
 {
@@ -36,6 +38,69 @@ auto tell(int appType)
                   { return unit.programs.tell(appType, joined(std::span(given.line()).subspan(1))); });
 }
 
+/** A line of what a program does on order alone, without the word of its own verb. */
+struct ProgramOrder
+{
+    int appType;
+    std::string line;
+};
+
+std::span<const ProgramOrder> programOrders()
+{
+    static const ProgramOrder orders[] = {
+        { AppMainMenu, "PAGE" },
+        { AppMainMenu, "state" },
+        { AppBluetooth, "connect [NAME...]" },
+        { AppBluetooth, "disconnect" },
+        { AppBluetooth, "call [NAME...]" },
+        { AppBluetooth, "answer|hang-up|paired|audio|setup" },
+        { AppBluetooth, "link open|closed" },
+        { AppBluetooth, "pandora on|off" },
+        { AppBluetooth, "signal|battery VALUE" },
+        { AppiPod, "connect [analog|digital]" },
+        { AppiPod, "path analog|digital" },
+        { AppiPod, "disconnect|restart" },
+        { AppiPod, "pandora on|off" },
+        { AppSirius, "in|out|favourite" },
+        { AppSirius, "channel|favourites VALUE" },
+        { AppAntitheft, "CODE" },
+        { AppRadio, "seek|step up|down" },
+        { AppRadio, "tune|region|sensitivity VALUE" },
+        { AppRadio, "reception on|off" },
+        { AppUSB, "play VALUE" },
+    };
+    return orders;
+}
+
+/** Null for a program that does nothing on order. */
+const Grammar* ordersOf(int appType)
+{
+    static const auto grammars = []
+    {
+        std::map<int, std::vector<ProgramOrder>> ofPrograms;
+        for (const auto& order : programOrders())
+            ofPrograms[order.appType].push_back(order);
+        std::map<int, Grammar> made;
+        for (const auto& [type, orders] : ofPrograms)
+            made.emplace(type, Grammar(orders, "program " + lowerCase(appTypeName(type)).substr(3) + " do "));
+        return made;
+    }();
+    const auto found = grammars.find(appType);
+    return found != grammars.end() ? &found->second : nullptr;
+}
+
+std::string carryOut(Unit& unit, const Arguments& given)
+{
+    const auto appType = findApp(given[0]);
+    const auto words = given.words(2);
+    if (const auto* grammar = ordersOf(appType))
+        if (const auto choice = grammar->choose(words); !choice.arguments)
+            return !choice.error.empty() ? choice.error
+                                         : appTypeName(appType) + std::string(" knows no '") + words[0] + "'." +
+                                               nearText(words[0], grammar->completionsFor({}));
+    return unit.programs.tell(appType, joined(words));
+}
+
 std::string changeStart(Unit& unit, const Arguments& given)
 {
     const auto appType = findApp(given[0]);
@@ -51,12 +116,17 @@ std::string changeSetting(Unit& unit, const Arguments& given)
     return error.empty() ? unit.programs.changeSetting(setting, given[1]) : error;
 }
 
+int messageOf(const Arguments& given)
+{
+    return findMessage(given[2]).value_or(0);
+}
+
 std::string postToWindow(Unit& unit, const Arguments& given)
 {
     const auto appType = findApp(given[0]);
     if (unit.engine().display().empty())
         return "nothing is drawn, so the engine has no window; program " + given[0] + " send goes over the bus";
-    return unit.programs.sendWindowMessage(appType, given.number(2), given.number(3), given.number(4))
+    return unit.programs.sendWindowMessage(appType, messageOf(given), given.number(3), given.number(4))
                ? ""
                : unit.programs.whyRefused(appType);
 }
@@ -82,6 +152,12 @@ std::string askForPage(Unit& unit, const Arguments& given)
 
 } // namespace
 
+Words ordersBehind(const std::string& program, const Words& before)
+{
+    const auto* grammar = ordersOf(findApp(program));
+    return grammar != nullptr ? grammar->completionsFor(before) : Words();
+}
+
 Verbs programVerbs()
 {
     return {
@@ -98,7 +174,7 @@ Verbs programVerbs()
           onUnit(changeStart) },
         { "program PROGRAM send MESSAGE [PARAMETER] [PARAMETER]", "Sends a message to the engine.",
           toProgram([](Programs& programs, int app, auto& given)
-                    { return programs.sendMessage(app, given.number(2), given.number(3), given.number(4)); }) },
+                    { return programs.sendMessage(app, messageOf(given), given.number(3), given.number(4)); }) },
         { "program PROGRAM window MESSAGE [PARAMETER] [PARAMETER]",
           "Posts one to the engine's window, which is there with a display.", onUnit(postToWindow) },
         { "program PROGRAM text LINE1 LINE2", "Writes on the wired remote.",
@@ -108,7 +184,7 @@ Verbs programVerbs()
           toProgram([](Programs& programs, int app, auto& given)
                     { return programs.changeSetting(app, *findSetting(given[2]), given[3]); }) },
         { "program PROGRAM do WORD...", "What only this program does; it says what when a word makes no sense.",
-          onUnit([](Unit& unit, auto& given) { return unit.programs.tell(findApp(given[0]), given.text(2)); }) },
+          onUnit(carryOut) },
         { "menu PAGE", "A touch on a page of the main menu, which need not be in front.", tell(AppMainMenu) },
         { "set SETTING", "Its value, with range and meaning.",
           [](Console& console, auto& given) {

@@ -15,6 +15,8 @@ std::string sourceText(const Mcu::State& mcu, const Ctl::Style& style)
     const auto source = sourceName(*mcu.source);
     if (mcu.agreed)
         return style.good(source + " plays");
+    if (mcu.wanted == mcu.source)
+        return style.warning(source + ", asked for again");
     return style.warning(mcu.wanted ? source + ", but " + sourceName(*mcu.wanted) + " was asked for"
                                     : source + ", not agreed");
 }

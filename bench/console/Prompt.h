@@ -6,7 +6,7 @@
 namespace Bench
 {
 
-/** What the unit does, and what is wrong with it, in one line: "fm plays · FM in front · 3 programs". The unit's thread. */
+/** What the unit does, and what is wrong with it, in one line: "fm plays · FM in front · 3 programs". Any thread. */
 std::string promptText(Unit& unit, const Ctl::Style& style);
 
 } // namespace Bench

@@ -1,13 +1,12 @@
 // What a person does, written down and done again.
 #include "bench/console/Verb.h"
-#include "bench/text/Names.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <sstream>
-#include <thread>
+#include <tuple>
 #include <utility>
 
 namespace Bench
@@ -35,104 +34,39 @@ Outcome stopRecording(Console& console, const Arguments&)
     return {};
 }
 
-/** Looks on while a recording is done again, and gives up its waits as soon as it comes out otherwise. */
-class Lookout
+/** Keeps the times that the scenario says, and tells nothing between them. */
+bool runReplay(Console& console, const std::string& file, const std::string& text, double speed)
 {
-public:
-    Lookout(Unit& unit, RecordedChanges changesToFollow)
-        : journal(unit.journal)
-        , changes(std::move(changesToFollow))
-        , nextPage(journal.end())
-        , nextSource(nextPage)
+    const auto started = console.expectations.beginningOfAll();
+    const auto difference = [&console, &text, started]
     {
-        const auto mcu = unit.mcu->state();
-        if (const auto source = mcu.wanted ? mcu.wanted : mcu.source)
-            changes.begin({ 0, {}, "mcu source", sourceName(*source) });
-        changes.begin({ 0, {}, std::string("page ") + Pubhead::pageName(unit.programs.pageInFront()), "shown" });
-        thread = std::jthread([this](const std::stop_token& stop) { watch(stop); });
-    }
+        const auto from = console.expectations.beginningOfAll();
+        return from == started ? "" : differenceFrom(text, recordedEvents(console.unit.journal, from));
+    };
+    const auto before = std::make_tuple(std::exchange(console.speed, speed),
+                                        std::exchange(console.tellsConsequences, false), console.difference);
+    console.difference = isRecording(text) ? std::function<std::string()>(difference) : nullptr;
+    console.replayed.push_back(file);
+    std::istringstream lines(text);
+    const bool same = runScript(console, lines, std::filesystem::path(file).filename().string(), AfterFailure::end);
+    console.replayed.pop_back();
+    std::tie(console.speed, console.tellsConsequences, console.difference) = before;
+    return same;
+}
 
-    /** Empty when there was none until now. */
-    std::string end()
-    {
-        thread = {};
-        look(Clock::now());
-        return difference;
-    }
-
-private:
-    Journal& journal;
-    RecordedChanges changes;
-    Place nextPage, nextSource; ///< of what has not been looked at; a program reports a page late
-    std::string difference;
-    std::jthread thread; // last: it uses all the others
-
-    void watch(const std::stop_token& stop)
-    {
-        constexpr std::chrono::milliseconds lookAround { 100 };
-        while (!stop.stop_requested() && !journal.isInterrupted())
-            if (!look(Clock::now() + lookAround))
-                return journal.interrupt(false);
-    }
-
-    /** At what comes by then. False when it is not what was recorded. */
-    bool look(Clock::time_point deadline)
-    {
-        while (difference.empty())
-        {
-            const auto nextOf = [this](const Event& event) -> Place&
-            { return event.stream.starts_with("page ") ? nextPage : nextSource; };
-            const auto isNew = [&](const Event& event) {
-                return (event.stream.starts_with("page ") || event.stream == "mcu source") &&
-                       event.place() >= nextOf(event);
-            };
-            const auto event = journal.waitFor(std::min(nextPage, nextSource), deadline, isNew);
-            if (!event)
-                return true;
-            nextOf(*event) = event->behind();
-            difference = changes.follow(*event);
-        }
-        return false;
-    }
-};
-
-/** Stops at the first line that fails: that is the first difference; for a recording it is any other page or source, too. */
+/** Stops at the first line that fails, or that brings another page or source than the recording has: the first difference. */
 Outcome replay(Console& console, const Arguments& given)
 {
-    std::ifstream file(given[0]);
-    if (!file)
+    std::error_code error;
+    const auto file = std::filesystem::weakly_canonical(given[0], error).string();
+    std::ifstream stream(file);
+    if (!stream)
         return failed(given[0] + ": cannot be read");
-    std::string text { std::istreambuf_iterator<char>(file), {} };
-    std::erase(text, '\r');
-    // What comes before the mark leads to where the recording began.
-    const auto changes = RecordedChanges::of(text);
-    const auto begin = changes ? text.find("\nmark\n") + 1 : 0;
-    const auto headLines = static_cast<std::size_t>(std::ranges::count(text.substr(0, begin), '\n'));
-    const auto name = std::filesystem::path(given[0]).filename().string();
-    const auto before = std::exchange(console.speed, given.speed(1));
-    const bool told = std::exchange(console.tellsConsequences, false);
-    const auto run = [&](const std::string& part)
-    {
-        std::istringstream lines(part);
-        return runScript(console, lines, name, AfterFailure::end);
-    };
-    bool same = run(text.substr(0, begin));
-    std::string difference;
-    if (same)
-    {
-        std::optional<Lookout> lookout;
-        if (changes)
-            lookout.emplace(console.unit, *changes);
-        same = run(std::string(headLines, '\n') + text.substr(begin));
-        difference = lookout ? lookout->end() : "";
-    }
-    console.speed = before;
-    console.tellsConsequences = told;
-    if (!difference.empty())
-        console.unit.journal.goOn();
-    return same && difference.empty()
-               ? Outcome {}
-               : failed("stopped at the first difference" + (difference.empty() ? "" : ": " + difference));
+    if (std::ranges::find(console.replayed, file) != console.replayed.end())
+        return failed(given[0] + " is being replayed");
+    std::string text { std::istreambuf_iterator<char>(stream), {} };
+    std::erase(text, '\r'); // an editor may have put them there
+    return runReplay(console, file, text, given.speed(1)) ? Outcome {} : failed("stopped at the first difference");
 }
 
 } // namespace

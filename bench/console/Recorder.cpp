@@ -3,8 +3,14 @@
 #include "bench/console/Expect.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
+#include <unistd.h>
 #include <utility>
 
 namespace Bench
@@ -13,9 +19,14 @@ namespace Bench
 namespace
 {
 
-constexpr const char* header =
-    "# What a person did, as `record` wrote it: `replay` does it again, and no other page or "
-    "source may come.\n";
+constexpr std::string_view heading = "# What a person did, as `record` wrote it: `replay` does it again.\n";
+constexpr std::string_view pageExpected = "expect page ", sourceExpected = "expect mcu source ";
+
+std::string textOf(const std::string& file)
+{
+    std::ifstream stream(file);
+    return { std::istreambuf_iterator<char>(stream), {} };
+}
 
 /** The line that expects what the event tells; "" when a scenario does not mind. */
 std::string expectationOf(const Event& event)
@@ -25,13 +36,14 @@ std::string expectationOf(const Event& event)
     if (event.stream != "mcu source")
         return {};
     constexpr std::string_view unnamed = "type ";
-    return "expect mcu source " + (event.text.starts_with(unnamed) ? event.text.substr(unnamed.size()) : event.text);
+    return std::string(sourceExpected) +
+           (event.text.starts_with(unnamed) ? event.text.substr(unnamed.size()) : event.text);
 }
 
 } // namespace
 
 std::string composeScenario(const std::string& front, Clock::time_point begin, std::span<const SaidLine> said,
-                            std::span<const Event> events, Clock::time_point end)
+                            std::span<const Event> events)
 {
     std::vector<SaidLine> lines(said.begin(), said.end());
     for (const auto& event : events)
@@ -39,10 +51,7 @@ std::string composeScenario(const std::string& front, Clock::time_point begin, s
             lines.push_back({ event.at, std::move(line) });
     std::ranges::stable_sort(lines, {}, &SaidLine::at);
 
-    // What has come by then is all.
-    lines.push_back({ end, {} });
-
-    std::string text(header);
+    std::string text(heading);
     if (front != "none")
         text += "expect page " + front + " in-front\n";
     text += "mark\n";
@@ -53,58 +62,60 @@ std::string composeScenario(const std::string& front, Clock::time_point begin, s
         const auto gap = std::chrono::duration_cast<std::chrono::milliseconds>(line.at - std::exchange(last, line.at));
         if (!line.text.starts_with("expect ") && gap >= leastWait)
             text += "wait " + std::to_string(gap.count()) + "ms\n";
-        text += line.text + (line.text.empty() ? "" : "\n");
+        text += line.text + "\n";
     }
     return text;
 }
 
-std::optional<RecordedChanges> RecordedChanges::of(const std::string& scenario)
+bool isRecording(std::string_view scenario)
 {
-    if (!scenario.starts_with(header))
-        return {};
-    RecordedChanges changes;
-    std::istringstream stream(scenario);
-    for (std::string line; std::getline(stream, line);)
-        if (line.starts_with("expect mcu source ") || (line.starts_with("expect page ") && line.ends_with(" shown")))
-            changes.kindOf(line).left.push_back(line);
-    std::ranges::reverse(changes.pages.left);
-    std::ranges::reverse(changes.sources.left);
-    return changes;
+    return scenario.starts_with(heading);
 }
 
-void RecordedChanges::begin(const Event& event)
+std::string differenceFrom(const std::string& recording, std::span<const Event> events)
 {
-    const auto line = expectationOf(event);
-    kindOf(line).last = line;
-}
-
-std::string RecordedChanges::follow(const Event& event)
-{
-    const auto line = expectationOf(event);
-    auto& kind = kindOf(line);
-    // What is there already is no change.
-    if (line.empty() || line == kind.last)
-        return {};
-    kind.last = line;
-    while (kind.left.size() > 1 && kind.left.back() == kind.left[kind.left.size() - 2])
-        kind.left.pop_back();
-    const auto next = kind.left.empty() ? std::string() : kind.left.back();
-    if (line == next)
+    for (const auto kind : { pageExpected, sourceExpected })
     {
-        kind.left.pop_back();
-        return {};
+        std::istringstream lines(recording);
+        for (const auto& event : events)
+        {
+            const auto seen = expectationOf(event);
+            if (!seen.starts_with(kind))
+                continue;
+            std::string line;
+            while (std::getline(lines, line) &&
+                   !(line.starts_with(kind) && (kind != pageExpected || line.ends_with(" shown"))))
+                ;
+            if (!lines || line != seen)
+                return event.stream + " " + event.text + ", where the recording has " +
+                       (lines ? line.substr(line.find(' ') + 1) : "nothing any more");
+        }
     }
-    constexpr std::string_view expect = "expect ";
-    return line.substr(expect.size()) + " came, where the recording has " +
-           (next.empty() ? "nothing more" : next.substr(expect.size()));
+    return {};
+}
+
+std::vector<Event> recordedEvents(const Journal& journal, Place from)
+{
+    return journal.find(from, Journal::capacity, [](const Event& event) { return !expectationOf(event).empty(); });
+}
+
+Recorder::~Recorder()
+{
+    if (const auto error = stop(); !error.empty())
+        std::cerr << error << std::endl;
 }
 
 std::string Recorder::start(const std::string& fileToWrite)
 {
     if (auto error = stop(); !error.empty())
         return error;
-    if (!std::ofstream(fileToWrite))
-        return fileToWrite + ": cannot be written";
+    namespace files = std::filesystem;
+    std::error_code error;
+    if (files::exists(fileToWrite, error) && !Bench::isRecording(textOf(fileToWrite)))
+        return fileToWrite + " is there and is no recording";
+    const auto folder = files::absolute(fileToWrite, error).parent_path();
+    if (::access(folder.c_str(), W_OK) != 0)
+        return fileToWrite + ": " + std::strerror(errno);
     target = fileToWrite;
     begin = journal.end();
     const auto inFront = journal.find({}, 1, isIn(Expectations::frontStream));
@@ -117,12 +128,13 @@ std::string Recorder::stop()
 {
     if (!isRecording())
         return {};
-    const auto events =
-        journal.find(begin, Journal::capacity, [](const Event& event) { return !expectationOf(event).empty(); });
-    const auto name = std::exchange(target, {});
-    std::ofstream stream(name, std::ios::trunc);
-    stream << composeScenario(front, begin.at, said, events, journal.end().at);
-    return stream.flush() ? "" : name + ": cannot be written";
+    const auto name = std::exchange(target, {}), part = name + ".part";
+    std::ofstream stream(part, std::ios::trunc);
+    stream << composeScenario(front, begin.at, said, recordedEvents(journal, begin));
+    stream.close();
+    if (stream && std::rename(part.c_str(), name.c_str()) == 0)
+        return {};
+    return name + ": cannot be written";
 }
 
 void Recorder::add(SaidLine line)

@@ -72,7 +72,6 @@ Outcome showState(Console& console, const Arguments&)
                                                       style.dim("  " + std::to_string(mcu.heartbeats) + " so far")
                                                 : std::string("none yet"));
     console.row("device status", mcu.deviceStatus ? deviceStatusText(*mcu.deviceStatus) : "none yet");
-    console.row("muted", mcu.muted ? "yes" : "no");
     const auto panel = unit.panel->state();
     const auto supply = unit.supply->state();
     console.row("panel", std::string(panel.powered ? "on" : "off") + style.dim("  device id " + hex(mcu.deviceId)));
@@ -86,7 +85,7 @@ Outcome showState(Console& console, const Arguments&)
     if (!mcu.recent.empty())
         output << style.bold("Last frames") << style.dim("  (<- from the unit)") << "\n";
     for (const auto& frame : mcu.recent)
-        output << "  " << frame << "\n";
+        output << "  " << (style.width > 2 ? Ctl::shortened(frame, style.width - 2) : frame) << "\n";
     const auto faults = activeFaults(unit);
     if (!faults.empty())
         output << style.bold("Faults") << "\n";

@@ -3,6 +3,7 @@
 #include "bench/console/Near.h"
 #include "bench/console/Verb.h"
 #include "ctl/Columns.h"
+#include "ctl/Table.h"
 
 #include <algorithm>
 #include <ostream>
@@ -13,6 +14,12 @@ namespace Bench
 
 namespace
 {
+
+/** Of what was waited for in vain: a person who gives up has not waited for all of the time. */
+Outcome notSeen(const Console& console, const std::string& error)
+{
+    return failed(console.unit.journal.isInterrupted() ? "interrupted" : error);
+}
 
 /** What can never come is an error, too. */
 ParsedExpectation parseFor(const Console& console, const Words& words)
@@ -35,8 +42,8 @@ Outcome expect(Console& console, const Arguments& given)
     const auto start = Clock::now();
     const auto instead = console.expectations.wait(parsed.expectation, limit);
     if (!instead.empty())
-        return failed("not seen within " + std::to_string(limit.count()) + " ms: " + parsed.expectation.description +
-                      "\n" + instead);
+        return notSeen(console, "not seen within " + std::to_string(limit.count()) +
+                                    " ms: " + parsed.expectation.description + "\n" + instead);
     return met(console, parsed.expectation.description, start);
 }
 
@@ -57,10 +64,12 @@ Outcome expectAbsence(Console& console, const Arguments& given)
     {
         if (auto wrong = console.expectations.staysAwayUntil(absent.expectation, end.expectation, limit);
             !wrong.empty())
-            return failed(wrong);
+            return notSeen(console, wrong);
     }
     else if (!console.expectations.staysAway(absent.expectation, limit))
         return failed("seen although it should not be: " + absent.expectation.description);
+    else if (console.unit.journal.isInterrupted())
+        return failed("interrupted");
     return met(console,
                "no " + absent.expectation.description + (hasEnd ? " until " + end.expectation.description : ""));
 }
@@ -87,8 +96,16 @@ Outcome expectOrder(Console& console, const Arguments& given)
     if (inOrder.size() < 2)
         return failed("an order is of two expectations or more, each in quotes");
     if (const auto instead = console.expectations.waitInOrder(inOrder, limit, apart); !instead.empty())
-        return failed("not seen in this order within " + std::to_string(limit.count()) + " ms; " + instead);
+        return notSeen(console, "not seen in this order within " + std::to_string(limit.count()) + " ms; " + instead);
     return met(console, all);
+}
+
+/** For a person, where nothing else is seen of a line. */
+Outcome remarked(Console& console, const char* text)
+{
+    if (console.tellsConsequences)
+        console.output << console.style.dim(std::string("  ") + text) << "\n";
+    return {};
 }
 
 Outcome chooseSections(Console& console, const Arguments& given)
@@ -103,7 +120,7 @@ Outcome chooseSections(Console& console, const Arguments& given)
             sections.devices = true;
         else
             sections.programs.insert(findApp(word));
-    return {};
+    return remarked(console, "compared at the end of a script with --transcript");
 }
 
 Outcome say(Console& console, const Arguments& given)
@@ -135,9 +152,17 @@ Outcome ifDisplay(Console& console, const Arguments& given)
     return {};
 }
 
+/** What is too long for the terminal goes on below its column. */
+std::string helpLine(const Style& style, const std::string& command, const std::string& rest)
+{
+    constexpr int indent = 2, between = 1, longest = 27;
+    constexpr int column = indent + longest + between;
+    return std::string(indent, ' ') + Ctl::padded(command, longest + between) +
+           style.dim(Ctl::broken(rest, style.width > column ? style.width - column : 0, column)) + "\n";
+}
+
 Outcome help(Console& console, const Arguments& given)
 {
-    constexpr int helpColumn = 24;
     const auto& style = console.style;
     auto& output = console.output;
     if (given.has(0))
@@ -153,7 +178,7 @@ Outcome help(Console& console, const Arguments& given)
     {
         output << style.bold(group.title) << "\n";
         for (const auto& [command, rest] : commandsOf(group))
-            output << "  " << Ctl::padded(command, helpColumn) << style.dim(rest) << "\n";
+            output << helpLine(style, command, rest);
     }
     output << style.dim(
                   "help WORD tells the rest. Names are the system's (mbEQ, AppRadio) or short (eq, radio, fm, aux). "
@@ -190,10 +215,10 @@ Verbs scriptVerbs()
           "Each in quotes: one after the other, with at least so much time between them if 'apart TIME' ends the line.",
           expectOrder },
         { "mark", "From here on, expect looks only at what comes now.",
-          [](Console& console, auto&) -> Outcome
+          [](Console& console, auto&)
           {
               console.expectations.forgetThePast();
-              return {};
+              return remarked(console, "what came before meets no expect any more");
           } },
         { "transcript SECTION...",
           "Chooses, once in a script, whose part of what the unit sends --transcript compares; else it is all.",

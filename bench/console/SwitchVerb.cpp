@@ -158,6 +158,8 @@ Outcome switchPages(Console& console, const Arguments& given)
         if (auto outcome = runLine(console, parseLine(step.command).words); outcome.kind == Outcome::failed)
             return outcome;
         const auto took = timeTaken(unit.journal, from, inFront, step.page);
+        if (!took && unit.journal.isInterrupted())
+            return failed("interrupted");
         if (!took)
         {
             const auto ended = unit.journal.find(from, 1, isIn("engine"));

@@ -101,11 +101,15 @@ private:
 
     static std::string findFile()
     {
-        const auto* state = std::getenv("XDG_STATE_HOME");
-        const auto* home = std::getenv("HOME");
-        if (state == nullptr && home == nullptr)
+        const auto valueOf = [](const char* name) -> fs::path
+        {
+            const auto* value = std::getenv(name);
+            return value != nullptr ? value : "";
+        };
+        const auto state = valueOf("XDG_STATE_HOME"), home = valueOf("HOME");
+        if (state.empty() && home.empty())
             return {};
-        const auto folder = (state != nullptr ? fs::path(state) : fs::path(home) / ".local/state") / "headunit-bench";
+        const auto folder = (state.empty() ? home / ".local/state" : state) / "headunit-bench";
         std::error_code error;
         fs::create_directories(folder, error);
         return error ? "" : (folder / "history").string();

@@ -50,6 +50,8 @@ Verbs recordVerbs();
 
 /** The run of `switches`, which has a file of its own, too. */
 Outcome switchPages(Console& console, const Arguments& given);
+/** What may come next in what this program does on order. */
+Words ordersBehind(const std::string& program, const Words& before);
 /** What the engine says of itself under this name, or that it cannot be asked. */
 void showReport(Console& console, const std::string& name);
 /** Writes what was expected and has come, and how long that took from `start` on. */

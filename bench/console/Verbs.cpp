@@ -3,6 +3,7 @@
 #include "bench/console/Kinds.h"
 #include "bench/console/Near.h"
 #include "bench/console/Verb.h"
+#include "bench/unit/Settings.h"
 
 #include <algorithm>
 #include <istream>
@@ -54,7 +55,7 @@ std::string tableRow(const std::string& code, const std::string& text)
 std::span<const VerbGroup> allVerbs()
 {
     static const VerbGroup groups[] = {
-        { "The microcontroller, the panel, the tuner and the supply", together({ mcuVerbs(), panelVerbs() }) },
+        { "The microcontroller, the front panel, the tuner and the supply", together({ mcuVerbs(), panelVerbs() }) },
         { "Devices, the audio DSP and the engine's process", together({ deviceVerbs(), dspVerbs() }) },
         { "The source programs and the settings", programVerbs() },
         { "The boat's network and the factory's test equipment", together({ networkVerbs(), testEquipmentVerbs() }) },
@@ -117,8 +118,11 @@ bool runScript(Console& console, std::istream& script, const std::string& name, 
         if (!speaksForItself)
             output << "  " << style.accent("›") << " " << text << "\n";
         output.flush();
-        const bool interrupted = console.unit.journal.isInterrupted();
-        const auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
+        const bool interrupted = console.unit.journal.isInterrupted() || !output;
+        auto outcome = interrupted ? failed("interrupted") : runLine(console, text);
+        if (outcome.kind != Outcome::failed && console.difference)
+            if (auto difference = console.difference(); !difference.empty())
+                outcome = failed(std::move(difference));
         if (outcome.kind == Outcome::leave)
             break;
         if (outcome.kind == Outcome::failed)
@@ -144,7 +148,13 @@ Words completionsFor(const Words& before)
     const auto isFirst = [&](const char* word) { return !before.empty() && before[0] == word; };
     if (isFirst("if-display"))
         return completionsFor({ before.begin() + 1, before.end() });
+    if (isFirst("program") && before.size() > 2 && before[2] == "do")
+        return ordersBehind(before[1], { before.begin() + 3, before.end() });
+    if (isFirst("help"))
+        return before.size() == 1 ? completionsFor({}) : Words();
     auto words = verbGrammar().completionsFor(before);
+    if (const auto setting = isFirst("set") && before.size() == 2 ? findSetting(before[1]) : std::nullopt)
+        words = settingValues(*setting);
     if (isFirst("expect"))
     {
         const bool isAbsence = before.size() > 1 && before[1] == "no";

@@ -50,7 +50,12 @@ public:
         thread.join();
     }
 
-    static void block() { ::pthread_sigmask(SIG_BLOCK, &signals(), nullptr); }
+    /** An output that nobody reads any longer ends nothing at once either: the script sees it. */
+    static void block()
+    {
+        ::pthread_sigmask(SIG_BLOCK, &signals(), nullptr);
+        std::signal(SIGPIPE, SIG_IGN);
+    }
 
 private:
     std::atomic<bool> ending { false };

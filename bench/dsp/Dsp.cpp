@@ -177,24 +177,26 @@ void Dsp::endBlock(Session& session)
 
 Dsp::State Dsp::state() const
 {
-    return { chip.memory(), chip.counters(), chip.images(), chip.isAwake(), refused, faultText() };
+    return { chip.memory(), chip.counters(), chip.images(), chip.isAwake(), refused, activeFaults() };
 }
 
-std::string Dsp::faultText() const
+std::vector<std::string> Dsp::activeFaults() const
 {
-    std::string text;
+    std::vector<std::string> faults;
     const auto add = [&](bool holds, const std::string& fault)
     {
         if (holds)
-            text += (text.empty() ? "" : ", ") + fault;
+            faults.push_back(fault);
     };
     add(openRefused, "cannot be opened");
     add(configureFails, "cannot be configured");
-    add(transfersToFail > 0, std::to_string(transfersToFail) + " writes will fail");
+    add(transfersToFail > 0, transfersToFail == 1
+                                 ? "the next transfer will fail"
+                                 : "the next " + std::to_string(transfersToFail) + " transfers will fail");
     add(crc != Crc::right, crc == Crc::wrongOnce ? "the next CRC will be wrong" : "every CRC is wrong");
     add(delay.count() > 0, "each transfer takes " + std::to_string(delay.count()) + " ms longer");
     add(gone, "gone");
-    return text;
+    return faults;
 }
 
 std::string Dsp::refuseOpen(bool refuse)

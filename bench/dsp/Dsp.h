@@ -25,8 +25,8 @@ public:
         DspCounters counters;
         std::vector<DspImage> images;
         bool awake = false;
-        unsigned refused = 0; ///< requests that the driver refused, by fault or because they broke its rules
-        std::string faults;   ///< those that hold now; empty when it is well
+        unsigned refused = 0;            ///< requests that the driver refused, by fault or because they broke its rules
+        std::vector<std::string> faults; ///< those that hold now
     };
 
     Dsp(Journal& journalToUse, PacketLine& lineToUse);
@@ -78,7 +78,7 @@ private:
     bool write(Session& session, Packet data);
     std::optional<Bytes> read(Session& session, Packet prefix, std::size_t length);
     void endBlock(Session& session);
-    std::string faultText() const;
+    std::vector<std::string> activeFaults() const;
 };
 
 } // namespace Bench

@@ -9,6 +9,8 @@ namespace Bench
 
 std::string SoundFile::open(const juce::File& file)
 {
+    if (!file.existsAsFile())
+        return "there is no such file";
     juce::WavAudioFormat wav;
     if (auto stream = file.createInputStream())
         reader.reset(wav.createReaderFor(stream.release(), true));

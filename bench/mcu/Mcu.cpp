@@ -29,7 +29,7 @@ void Mcu::unitRestarts()
     forgetTraffic();
     lastHeartbeat.reset();
     current.source.reset();
-    current.agreed = current.muted = current.readyForPowerOff = cutsWhenReady = false;
+    current.agreed = current.readyForPowerOff = cutsWhenReady = false;
     current.deviceStatus.reset();
 }
 
@@ -38,7 +38,7 @@ void Mcu::reset()
     journal.add("mcu link", "reset");
     current.givenUp += static_cast<unsigned>(queue.size()) + (inFlight ? 1 : 0);
     forgetTraffic();
-    current.source = current.lastMemory;
+    current.source = current.source.value_or(current.lastMemory);
     current.agreed = true;
     sequence = 0;
     resetListener();
@@ -254,9 +254,6 @@ void Mcu::act(const McuFrame& frame)
         break;
     case factoryReset:
         cutPower();
-        break;
-    case muteState:
-        current.muted = !frame.data.empty() && frame.data.front() != 0;
         break;
     case heartBeat:
         ++current.heartbeats;

@@ -34,7 +34,6 @@ public:
         networkDeviceId = 14,
         dimmer = 18,
         voltage = 19,
-        muteState = 20,
         factoryReset = 21,
         heartBeat = 23,
         autoTest = 25,
@@ -120,7 +119,6 @@ public:
         Source lastMemory;
         bool agreed = false;
         bool silent = false;
-        bool muted = false;
         bool readyForPowerOff = false;
         Bytes deviceId; ///< 3 bytes, packed BCD; zeros until the unit sets it
         std::optional<Bytes> deviceStatus;

@@ -6,7 +6,7 @@ namespace Bench
 {
 
 /**
-    The keys of the panel and its dimmer, behind the microcontroller. It answers a power off or on that the unit asks
+    The keys of the front panel and its dimmer, behind the microcontroller. It answers a power off or on that the unit asks
     for with its power key.
 
     Journal streams: "mcu power" (off and on, each time the power key goes out), "mcu hold" and "mcu flood" ("N sent, M

@@ -129,7 +129,6 @@ void Tuner::send(const Reports& reports)
 {
     for (const auto& report : reports)
         mcu.send(report);
-    journal.add("mcu tuner", text());
 }
 
 void Tuner::testMode(const Bytes& data)
@@ -193,12 +192,14 @@ void Tuner::say(const std::string& newName, const std::string& newText)
     name = newName;
     radioText = newText;
     send({ { radioReport, padded(kindName, name, nameSize) }, { radioReport, padded(kindText, radioText, textSize) } });
+    journal.add("mcu rds", name + ": " + radioText);
 }
 
 void Tuner::setWeatherAlert(bool on)
 {
     alert = on;
     send({ { radioReport, { kindAlert, static_cast<std::uint8_t>(on ? 1 : 0) } } });
+    journal.add("mcu weather", on ? "alert" : "no alert");
 }
 
 void Tuner::reportAll()
@@ -220,6 +221,7 @@ void Tuner::reportAll()
         }
     }
     send(reports);
+    journal.add("mcu tuner", text());
 }
 
 std::string Tuner::text() const
@@ -235,15 +237,14 @@ std::string Tuner::text() const
 
 std::optional<std::pair<Tuner::Band, int>> Tuner::parseFrequency(const std::string& text)
 {
-    constexpr double perMegahertz = 100;
-    constexpr double highestMegahertz = 108;
+    constexpr double perMegahertz = 100, lowestFm = 87.5, highestFm = 108, lowestAm = 522, highestAm = 1710;
     std::istringstream in(text);
     double value = 0;
-    if (!(in >> value) || !in.eof() || value <= 0)
+    if (!(in >> value) || !in.eof())
         return {};
-    if (value <= highestMegahertz && value >= 87)
+    if (value >= lowestFm && value <= highestFm)
         return { { fm, static_cast<int>(std::lround(value * perMegahertz)) } };
-    if (value == std::floor(value) && value >= 520 && value <= 1710)
+    if (value == std::floor(value) && value >= lowestAm && value <= highestAm)
         return { { am, static_cast<int>(value) } };
     return {};
 }

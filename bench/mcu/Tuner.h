@@ -11,7 +11,8 @@ namespace Bench
 
 /**
     The tuner behind the microcontroller: three bands with stations, seek and step that find them, and what a station
-    says of itself. Journal stream "mcu tuner": where it is tuned to, with each report.
+    says of itself. Journal streams: "mcu tuner" (where it is tuned to, with each report of it), "mcu rds" and "mcu weather"
+    (what it is told to say).
 */
 class Tuner
 {

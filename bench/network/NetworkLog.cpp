@@ -74,9 +74,11 @@ void NetworkLog::stopServing()
 
 std::string NetworkLog::serve(int port, LineForm form)
 {
-    served = form;
-    return server.listen(port, { [this](const std::string& line) { return feed(line); },
-                                 [this](const std::string& what) { journal.add("n2k", what); } });
+    auto error = server.listen(port, { [this](const std::string& line) { return feed(line); },
+                                       [this](const std::string& what) { journal.add("n2k", what); } });
+    if (error.empty())
+        served = form;
+    return error;
 }
 
 NetworkLog::State NetworkLog::state() const

@@ -94,6 +94,7 @@ void DspCurves::show(const WaysOut& waysToShow, const juce::String& remarkToShow
         return;
     ways = waysToShow;
     remark = remarkToShow;
+    setDescription(remark);
     repaint();
 }
 

@@ -123,6 +123,8 @@ void PageView::mouseUp(const juce::MouseEvent& event)
     const bool meant = touch != nullptr && touch == layout.touchAt(event.getPosition());
     pressed.reset();
     repaint();
+    if (touch == nullptr && missed)
+        missed(event.getPosition());
     if (!meant)
         return;
     // What is told may change the content, and with it the layout.

@@ -22,10 +22,11 @@ public:
     void setSource(int page) override;
     void contentChanged() override;
 
-    std::function<PageContent(int page)> content;  ///< an empty one when not set
-    std::function<void(int page, int id)> touched; ///< something of the content
-    std::function<void(int page)> chosen;          ///< another page, with one of the common buttons
-    std::function<void(int page)> left;            ///< the shown page is not wanted any more
+    std::function<PageContent(int page)> content;       ///< an empty one when not set
+    std::function<void(int page, int id)> touched;      ///< something of the content
+    std::function<void(juce::Point<int> where)> missed; ///< nothing that can be touched
+    std::function<void(int page)> chosen;               ///< another page, with one of the common buttons
+    std::function<void(int page)> left;                 ///< the shown page is not wanted any more
 
 private:
     void paint(juce::Graphics& g) override;

@@ -54,6 +54,7 @@ public:
     void choosePage(int page);
     void leavePage(int page);
     void touch(int page, int id) { profile->onTouch(page, id); }
+    void touchNothing(int x, int y) { report("touch", "of nothing at " + juce::String(x) + " " + juce::String(y)); }
     PageContent content(int page) const { return profile->content(page); }
 
     // What the bench orders.

@@ -83,6 +83,7 @@ public:
         program = std::make_unique<BenchProgram::SourceProgram>(start.appType, start.commandLine, *view);
         view->content = [this](int page) { return program->getModel().content(page); };
         view->touched = [this](int page, int id) { program->getModel().touch(page, id); };
+        view->missed = [this](juce::Point<int> where) { program->getModel().touchNothing(where.x, where.y); };
         view->chosen = [this](int page) { program->getModel().choosePage(page); };
         view->left = [this](int page) { program->getModel().leavePage(page); };
         if (start.pageAlone == Pubhead::NUM_OF_PAGES)

@@ -1,5 +1,6 @@
 #include "bench/simulation/Lookout.h"
 
+#include "bench/text/Names.h"
 #include "kernel/SystemEngine.h"
 
 namespace Simulation
@@ -7,9 +8,6 @@ namespace Simulation
 
 namespace
 {
-
-constexpr const char* groupNames[] { "GeneralHighGroup", "SystemGroup", "GeneralNormalGroup", "GeneralLowGroup",
-                                     "MonitorSendThread" };
 
 /** Lets everything through to the component behind it. */
 class Watched : public Kernel::SystemTask
@@ -43,7 +41,7 @@ std::vector<Kernel::TaskGroup*> taskGroups()
 {
     const auto& engine = *Kernel::SystemEngine::getInstance();
     std::vector<Kernel::TaskGroup*> groups;
-    for (const auto* name : groupNames)
+    for (const auto* name : Bench::groupNames())
         if (auto* group = engine.findGroup(name))
             groups.push_back(group);
     return groups;

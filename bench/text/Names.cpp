@@ -8,6 +8,7 @@
 #include <cctype>
 #include <charconv>
 #include <iomanip>
+#include <limits>
 #include <set>
 #include <sstream>
 
@@ -65,36 +66,44 @@ constexpr std::array sourceTable { SourceEntry { "am", 0, "" },
                                    SourceEntry { "pandora", 21, "" },
                                    SourceEntry { "wb", 22, "weather" } };
 
-struct KeyEntry
+struct NamedValue
 {
     const char* name;
     int value;
 };
 
-constexpr std::array keyTable { KeyEntry { "playpause", KEY_PLAYPAUSE },
-                                KeyEntry { "next", KEY_NEXT },
-                                KeyEntry { "pre", KEY_PRE },
-                                KeyEntry { "source", KEY_SOURCE },
-                                KeyEntry { "power-on", KEY_POWER_ON },
-                                KeyEntry { "power-off", KEY_POWER_OFF },
-                                KeyEntry { "amfm", KEY_AMFM },
-                                KeyEntry { "volume-down", KEY_VOLUME_DOWN },
-                                KeyEntry { "volume-up", KEY_VOLUME_UP },
-                                KeyEntry { "power", KEY_POWER },
-                                KeyEntry { "mms1", KEY_MMS1 },
-                                KeyEntry { "menu", KEY_MENU },
-                                KeyEntry { "enter", KEY_ROTARY_ENTER },
-                                KeyEntry { "ams1", KEY_AMS1 },
-                                KeyEntry { "camera", KEY_SHOWCAMERA },
-                                KeyEntry { "return", KEY_RETURN },
-                                KeyEntry { "version", KEY_SHOWVERSION },
-                                KeyEntry { "rotary-next", KEY_ROTARY_NEXT },
-                                KeyEntry { "rotary-pre", KEY_ROTARY_PRE },
-                                KeyEntry { "favorites", KEY_FAVORITIES },
-                                KeyEntry { "playpause-long", KEY_PLAYPAUSE_LONGPRESS },
-                                KeyEntry { "pre-long", KEY_PRE_LONGPRESS },
-                                KeyEntry { "next-long", KEY_NEXT_LONGPRESS },
-                                KeyEntry { "show-menu", KEY_REQUESTSHOWMENU } };
+constexpr std::array keyTable { NamedValue { "playpause", KEY_PLAYPAUSE },
+                                NamedValue { "next", KEY_NEXT },
+                                NamedValue { "pre", KEY_PRE },
+                                NamedValue { "source", KEY_SOURCE },
+                                NamedValue { "power-on", KEY_POWER_ON },
+                                NamedValue { "power-off", KEY_POWER_OFF },
+                                NamedValue { "amfm", KEY_AMFM },
+                                NamedValue { "volume-down", KEY_VOLUME_DOWN },
+                                NamedValue { "volume-up", KEY_VOLUME_UP },
+                                NamedValue { "power", KEY_POWER },
+                                NamedValue { "mms1", KEY_MMS1 },
+                                NamedValue { "menu", KEY_MENU },
+                                NamedValue { "enter", KEY_ROTARY_ENTER },
+                                NamedValue { "ams1", KEY_AMS1 },
+                                NamedValue { "camera", KEY_SHOWCAMERA },
+                                NamedValue { "return", KEY_RETURN },
+                                NamedValue { "version", KEY_SHOWVERSION },
+                                NamedValue { "rotary-next", KEY_ROTARY_NEXT },
+                                NamedValue { "rotary-pre", KEY_ROTARY_PRE },
+                                NamedValue { "favorites", KEY_FAVORITIES },
+                                NamedValue { "playpause-long", KEY_PLAYPAUSE_LONGPRESS },
+                                NamedValue { "pre-long", KEY_PRE_LONGPRESS },
+                                NamedValue { "next-long", KEY_NEXT_LONGPRESS },
+                                NamedValue { "show-menu", KEY_REQUESTSHOWMENU } };
+
+constexpr std::array messageTable {
+#define REMOTE_MESSAGE(name, number, direction, arg1, arg2, bundle, meaning, expected) NamedValue { #name, number },
+#define REMOTE_CODE(message, argument, name, number, meaning)
+#include "platform/channel/RemoteMessages.def"
+#undef REMOTE_MESSAGE
+#undef REMOTE_CODE
+};
 
 bool holdsWord(const char* words, const std::string& word)
 {
@@ -284,6 +293,25 @@ std::string keyText(int key, int argument)
 std::vector<std::string> keyNames()
 {
     return namesIn(keyTable);
+}
+
+std::optional<int> findMessage(const std::string& name)
+{
+    const auto found =
+        std::find_if(messageTable.begin(), messageTable.end(), [&](auto& each) { return name == each.name; });
+    return found != messageTable.end() ? std::optional(found->value) : numberIn(name, std::numeric_limits<int>::max());
+}
+
+std::vector<std::string> messageNames()
+{
+    return namesIn(messageTable);
+}
+
+std::span<const char* const> groupNames()
+{
+    static constexpr std::array names { "GeneralHighGroup", "SystemGroup", "GeneralNormalGroup", "GeneralLowGroup",
+                                        "MonitorSendThread" };
+    return names;
 }
 
 std::string lineName(std::uint32_t line)

@@ -64,6 +64,13 @@ std::string keyName(int value);
 /** With its argument, if it has one: "volume-up", "42 3". */
 std::string keyText(int key, int argument);
 
+/** A message between engine and programs by name ("RMSG_APP_EVENT") or number. */
+std::optional<int> findMessage(const std::string& name);
+std::vector<std::string> messageNames();
+
+/** The engine's groups of tasks, each of which has a thread. */
+std::span<const char* const> groupNames();
+
 /** What a general-purpose line does on the unit, "" for one without a name. */
 std::string lineName(std::uint32_t line);
 

@@ -1,9 +1,12 @@
 #include "bench/unit/Child.h"
 
+#include "platform/base/Descriptor.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <future>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -52,18 +55,38 @@ std::string Child::start(const Options& options, Ended ended)
 {
     if (watcher.joinable())
         watcher.join();
+    // The system ends a child with the thread that has forked it, which therefore lives as long as the child.
+    std::promise<std::string> started;
+    watcher = std::thread(
+        [this, &options, &started, ended = std::move(ended)]
+        {
+            auto error = launch(options);
+            const auto child = process;
+            const bool runs = error.empty();
+            started.set_value(std::move(error));
+            if (runs)
+                watch(child, ended);
+        });
+    return started.get_future().get();
+}
+
+std::string Child::launch(const Options& options)
+{
+    using Platform::Descriptor;
     // Everything that allocates happens before the fork: between fork and exec only plain system calls are allowed.
     auto arguments = options.arguments;
     arguments.insert(arguments.begin(), options.program);
     auto environment = environmentWith(options.environment);
     const auto argumentPointers = pointersTo(arguments);
     const auto environmentPointers = pointersTo(environment);
-    const auto output = ::open(options.outputFile.empty() ? "/dev/null" : options.outputFile.c_str(),
-                               O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    const auto input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    int failurePipe[2];
-    if (output < 0 || input < 0 || ::pipe2(failurePipe, O_CLOEXEC) != 0)
+    const Descriptor output(::open(options.outputFile.empty() ? "/dev/null" : options.outputFile.c_str(),
+                                   O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
+    const Descriptor input(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    int failurePipe[2] { -1, -1 };
+    if (output.get() < 0 || input.get() < 0 || ::pipe2(failurePipe, O_CLOEXEC) != 0)
         return options.program + ": " + std::strerror(errno);
+    const Descriptor failure(failurePipe[0]);
+    Descriptor failing(failurePipe[1]);
 
     if (options.adopts)
         ::prctl(PR_SET_CHILD_SUBREAPER, 1);
@@ -74,30 +97,26 @@ std::string Child::start(const Options& options, Ended ended)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (::getppid() != parent)
             ::_exit(1);
-        ::dup2(input, STDIN_FILENO);
-        ::dup2(output, STDOUT_FILENO);
-        ::dup2(output, STDERR_FILENO);
+        ::dup2(input.get(), STDIN_FILENO);
+        ::dup2(output.get(), STDOUT_FILENO);
+        ::dup2(output.get(), STDERR_FILENO);
         for (const auto descriptor : options.keptDescriptors)
             ::fcntl(descriptor, F_SETFD, 0);
         sigset_t none;
         ::sigemptyset(&none);
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
+        ::signal(SIGPIPE, SIG_DFL);
         ::setpgid(0, 0); // Ctrl-C at the console is the bench's alone
         ::execve(options.program.c_str(), argumentPointers.data(), environmentPointers.data());
         const int error = errno;
-        [[maybe_unused]] const auto written = ::write(failurePipe[1], &error, sizeof error);
+        [[maybe_unused]] const auto written = ::write(failing.get(), &error, sizeof error);
         ::_exit(127);
     }
-    const int forkError = errno;
-    ::close(failurePipe[1]);
-    ::close(output);
-    ::close(input);
-    int execError = 0;
-    const auto failed = forked > 0 && ::read(failurePipe[0], &execError, sizeof execError) == sizeof execError;
-    ::close(failurePipe[0]);
     if (forked < 0)
-        return options.program + ": " + std::strerror(forkError);
-    if (failed)
+        return options.program + ": " + std::strerror(errno);
+    failing.reset();
+    int execError = 0;
+    if (::read(failure.get(), &execError, sizeof execError) == sizeof execError)
     {
         ::waitpid(forked, nullptr, 0);
         return options.program + ": " + std::strerror(execError);
@@ -107,7 +126,6 @@ std::string Child::start(const Options& options, Ended ended)
         process = forked;
     }
     groups.push_back(forked);
-    watcher = std::thread([this, forked, ended = std::move(ended)] { watch(forked, ended); });
     return {};
 }
 

@@ -60,6 +60,8 @@ private:
     std::thread watcher;
     std::vector<pid_t> groups; ///< of the processes so far
 
+    /** Empty on success, else what failed. The watching thread. */
+    std::string launch(const Options& options);
     void watch(pid_t watched, const Ended& ended);
 };
 

@@ -32,6 +32,8 @@ public:
     void kill();
     /** The same, without waiting for its end. */
     void cut();
+    /** It ends by itself and has no last words: an update wants it so. Any thread. */
+    void expectEnd() { asked = true; }
     /** Kills the programs that ended engines have left behind. The engine must not run. */
     void endPrograms() { child.endOrphans(); }
     bool isRunning() const { return child.isRunning(); }

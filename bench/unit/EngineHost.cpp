@@ -9,8 +9,8 @@ std::string EngineHost::stall(const std::string& group, std::chrono::millisecond
 {
     if (!isRunning())
         return "the engine does not run";
-    // The thread has the name of its group without this word.
-    const auto thread = group.substr(0, group.rfind("Group"));
+    // The thread has the name of its group without the last word.
+    const auto thread = group.substr(0, group.find_last_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ"));
     stalled.release();
     note({ pid(), group });
     const auto error = stalled.hold(pid(), thread, time,

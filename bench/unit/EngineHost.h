@@ -39,8 +39,13 @@ public:
     virtual std::string controlEngine(const std::string& what) = 0;
     /** Of start, stop and restart. */
     virtual std::string controlBus(const std::string& what) = 0;
-    /** The engine is gone at once; false when its power is somebody else's. Any thread, and does not wait. */
-    virtual bool cutPower() { return false; }
+    /**
+        The engine is gone at once, if it is not `down` already; false when its power is somebody else's. Any thread, and
+        does not wait.
+    */
+    virtual bool cutPower([[maybe_unused]] bool down = false) { return false; }
+    /** The engine will end by itself, and that is no fault. Any thread. */
+    virtual void expectEnd() {}
     /** Kills the programs that ended engines have left behind and that nobody else can name. */
     virtual void endOrphans() {}
     /** The engine's traffic dumps; holds from its next start on. */

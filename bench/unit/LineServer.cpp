@@ -37,8 +37,8 @@ struct LineServer::Reader
 
 std::string LineServer::listen(int port, Handlers handlersToCall)
 {
-    close();
-    handlers = std::move(handlersToCall);
+    if (port == boundPort)
+        close(); // its own port is to be had again
     auto next = std::make_shared<Acceptor>(loop.context());
     const tcp::endpoint where(asio::ip::address_v4::loopback(), static_cast<asio::ip::port_type>(port));
     asio::error_code error;
@@ -47,6 +47,8 @@ std::string LineServer::listen(int port, Handlers handlersToCall)
         next->bind(where, error) || next->listen(tcp::acceptor::max_listen_connections, error) ||
         (bound = next->local_endpoint(error), error))
         return "port " + std::to_string(port) + ": " + error.message();
+    close();
+    handlers = std::move(handlersToCall);
     acceptor = next;
     boundPort = bound.port();
     droppedReaders = 0;

@@ -29,7 +29,7 @@ public:
     LineServer(const LineServer&) = delete;
     LineServer& operator=(const LineServer&) = delete;
 
-    /** Port 0 means any free port. An earlier server ends. Empty on success, else what failed. */
+    /** Port 0 means any free port. An earlier server ends, unless this one fails. Empty on success, else what failed. */
     std::string listen(int port, Handlers handlers);
     /** What readers have not got yet is lost. */
     void close();

@@ -78,6 +78,7 @@ void LogFollower::readNew()
 
 void LogFollower::add(const std::string& line)
 {
+    heard(line);
     journal.add(stream, line);
     // "CurrShowPage : mbFM | CurrPageState : kAppShow": from now on the engine goes by this page's being there.
     const std::string before = "CurrShowPage : ", after = " | CurrPageState : kAppShow";

@@ -17,6 +17,8 @@ public:
     /** The file need not exist yet, its folder must; what is in it may be left out. Empty on success, else what failed. */
     std::string start(const std::string& path, bool onlyNew = false);
     void stop();
+    /** Told of each line before the journal is, in a turn. Before `start`. */
+    std::function<void(const std::string& line)> heard = [](const std::string&) {};
 
 private:
     Loop& loop; // its turns guard everything below

@@ -84,10 +84,11 @@ std::string OwnHost::controlEngine(const std::string& what)
     return what == "start" || what == "restart" ? startEngine() : "";
 }
 
-bool OwnHost::cutPower()
+bool OwnHost::cutPower(bool down)
 {
     journal.add("power", "cut");
-    engine.cut();
+    if (!down)
+        engine.cut();
     return true;
 }
 

@@ -22,7 +22,8 @@ public:
     void cleanUp() override;
     std::string controlEngine(const std::string& what) override;
     std::string controlBus(const std::string& what) override;
-    bool cutPower() override;
+    bool cutPower(bool down) override;
+    void expectEnd() override { engine.expectEnd(); }
     void endOrphans() override { engine.endPrograms(); }
     std::string setSystemDebug(bool on) override;
     int pid() const override { return engine.pid(); }

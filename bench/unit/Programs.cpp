@@ -8,6 +8,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <utility>
 
 namespace Bench
 {
@@ -260,7 +261,9 @@ void Programs::setPlaying(int page)
 void Programs::setNight(bool on)
 {
     const Loop::Turn turn(loop);
-    night = on;
+    if (std::exchange(night, on) == on)
+        return;
+    journal.add("colours", on ? "of the night" : "of the day");
     tellSurroundings();
 }
 

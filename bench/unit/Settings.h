@@ -18,6 +18,8 @@ using Platform::SettingInfo;
 std::optional<int> findSetting(const std::string& name);
 std::vector<std::string> settingNames();
 int highestSetting();
+/** Those that a user chooses among; none for a setting without a name. */
+std::vector<std::string> settingValues(int setting);
 /** Why a user cannot choose this value; "" when one can, and for a setting without a name. */
 std::string whyNoValue(int setting, const std::string& value);
 

@@ -14,6 +14,9 @@ namespace fs = std::filesystem;
 namespace
 {
 
+/** The last words of an update program. */
+constexpr const char* unitIsDown = "the unit is down";
+
 /** `unitRestarts` is called between one engine and the next, on any thread. */
 std::unique_ptr<EngineHost> makeHost(Journal& journal, const UnitOptions& options, std::function<void()> unitRestarts)
 {
@@ -48,6 +51,7 @@ Unit::Unit(Options optionsToUse)
             if (host->cutPower())
                 programs.kill();
         });
+    updateLog.heard = [this](const std::string& line) { followUpdate(line); };
 }
 
 Unit::~Unit()
@@ -156,11 +160,12 @@ bool Unit::plugUsb(int number)
     if (number < 1 || number > usbCount || (!plugged.contains(number) && isUsbPlugged(number)) ||
         (fs::create_directories(mountPoint(number), error), error))
         return false;
-    plugged.insert(number);
+    const bool isNew = plugged.insert(number).second;
     for (const auto* piece : { "01 Harbour Lights.mp3", "02 Following Sea.mp3", "03 Anchor Watch.mp3" })
         if (!std::ofstream(mountPoint(number) + "/" + piece))
             return false;
-    journal.add("usb", std::to_string(number) + " plugged");
+    if (isNew)
+        journal.add("usb", std::to_string(number) + " plugged");
     return true;
 }
 
@@ -170,8 +175,8 @@ bool Unit::unplugUsb(int number)
     if (number < 1 || number > usbCount || (isUsbPlugged(number) && !plugged.contains(number)) ||
         (fs::remove_all(mountPoint(number), error), error))
         return false;
-    plugged.erase(number);
-    journal.add("usb", std::to_string(number) + " unplugged");
+    if (plugged.erase(number) > 0)
+        journal.add("usb", std::to_string(number) + " unplugged");
     return true;
 }
 
@@ -179,6 +184,15 @@ bool Unit::isUsbPlugged(int number) const
 {
     std::error_code ignored;
     return fs::is_directory(mountPoint(number), ignored);
+}
+
+/** When the software has been replaced, the unit is to start anew: nothing is left of what ran. */
+void Unit::followUpdate(const std::string& line)
+{
+    if (line.starts_with("started"))
+        host->expectEnd();
+    else if (line == unitIsDown && host->cutPower(true))
+        programs.kill();
 }
 
 bool Unit::putUpdate(int number, bool canStart)
@@ -197,10 +211,13 @@ bool Unit::putUpdate(int number, bool canStart)
            << "'\n"
               "echo \"started $*\"\n"
               "flock '"
-           << places.engineLock << "' true && echo 'the unit is down'\n";
+           << places.engineLock << "' true && echo '" << unitIsDown << "'\n";
     script.close();
     fs::permissions(program, (canStart ? executable : readable) | fs::perms::owner_write, error);
-    return script && !error;
+    if (!script || error)
+        return false;
+    journal.add("usb", std::to_string(number) + (canStart ? " has an update" : " has an update that does not start"));
+    return true;
 }
 
 } // namespace Bench

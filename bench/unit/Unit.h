@@ -64,7 +64,7 @@ public:
     bool isUsbPlugged(int number) const;
     /**
         Puts an update program on a plugged storage, or one that cannot be started. What it says is in the journal's
-        stream "update": "started ARGUMENTS", and "the unit is down" when the engine has ended.
+        stream "update": "started ARGUMENTS", and "the unit is down" when the engine has ended. Then its power is cut.
     */
     bool putUpdate(int number, bool canStart);
 
@@ -108,6 +108,7 @@ private:
     std::string startDevices();
     /** Engine and bus, when nothing is left of what ran before. */
     std::string startAll();
+    void followUpdate(const std::string& line);
     std::string mountPoint(int number) const;
 };
 

@@ -69,6 +69,7 @@ module.exports = (app) => {
         name: 'Marine audio head unit',
         schema: {},
         start() {
+            unitAddress = undefined; // it may have gone meanwhile
             app.emitPropertyValue('pgn-to-signalk', mappings);
             app.on('N2KAnalyzerOut', hear);
             for (const zone of zones)

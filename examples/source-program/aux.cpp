@@ -15,8 +15,9 @@ constexpr std::chrono::milliseconds away { HU_engineAwayMs };
 sd_bus* bus = nullptr;
 Json first;                                     // what it was started for, until the engine knows it
 Clock::time_point giveUp = Clock::now() + away; // without the engine
-int shown = HU_NUM_OF_PAGES;
+int shown = HU_NUM_OF_PAGES;                    // as the engine was told; a page that was hidden may still be seen
 
+/** Puts the page on the screen, in place of the one before it; HU_NUM_OF_PAGES takes that off. */
 void show(int page)
 {
     std::cout << "on the screen: page " << (shown = page) << std::endl;
@@ -94,8 +95,12 @@ void hear(int what, int arg1, sd_bus_message* message)
         show(arg1);
         return post(HU_RMSG_PAGE_SHOW_READY, arg1);
     case HU_RMSG_PAGE_HIDE:
-        show(arg1 == shown ? HU_NUM_OF_PAGES : shown);
+        shown = arg1 == shown ? HU_NUM_OF_PAGES : shown; // seen until the next one is there
         return post(HU_RMSG_PAGE_HIDE_READY, arg1);
+    case HU_RMSG_PAGE_COVERED:
+        if (shown == HU_NUM_OF_PAGES)
+            show(HU_NUM_OF_PAGES);
+        return;
     case HU_RMSG_KEY:
         std::cout << "key " << arg1 << std::endl;
         return;

@@ -29,7 +29,7 @@ def plain(value):
 class Program:
     def __init__(self, first):
         self.first = first  # what it was started for, until the engine knows it
-        self.shown = hu.NUM_OF_PAGES
+        self.shown = hu.NUM_OF_PAGES  # as the engine was told; a page that was hidden may still be seen
         self.bus = None
         self.outgoing = asyncio.Queue()
         self.ended = asyncio.Event()
@@ -40,6 +40,7 @@ class Program:
         self.patience = asyncio.get_running_loop().call_later(AWAY, self.ended.set)
 
     def show(self, page):
+        """Puts the page on the screen, in place of the one before it; NUM_OF_PAGES takes that off."""
         self.shown = page
         print("on the screen: page", page, flush=True)
 
@@ -84,8 +85,10 @@ class Program:
             self.show(arg1)
             self.post(hu.RMSG_PAGE_SHOW_READY, arg1)
         elif what == hu.RMSG_PAGE_HIDE:
-            self.show(hu.NUM_OF_PAGES if arg1 == self.shown else self.shown)
+            self.shown = hu.NUM_OF_PAGES if arg1 == self.shown else self.shown  # seen until the next one is there
             self.post(hu.RMSG_PAGE_HIDE_READY, arg1)
+        elif what == hu.RMSG_PAGE_COVERED and self.shown == hu.NUM_OF_PAGES:
+            self.show(hu.NUM_OF_PAGES)
         elif what == hu.RMSG_KEY:
             print("key", arg1, flush=True)
         elif what == hu.RMSG_PAGE_NOTIFY:
@@ -106,7 +109,8 @@ class Program:
 
     async def connect(self):
         self.outgoing = asyncio.Queue()  # what the old bus has not taken is not for the new one
-        self.bus = await MessageBus(bus_address=os.environ["HEADUNIT_BUS"]).connect()
+        # Without a name in the environment it is the session's.
+        self.bus = await MessageBus(bus_address=os.environ.get("HEADUNIT_BUS")).connect()
         self.bus.add_message_handler(self.on_message)
         for rule in (f"type='signal',interface='{hu.ENDPOINT_INTERFACE}',member='Message'",
                      f"type='signal',member='NameOwnerChanged',arg0='{ENGINE}'"):
@@ -134,7 +138,10 @@ async def main():
     first = json.loads(sys.argv[2]) if len(sys.argv) == 3 else {}  # behind --command-line
     program = Program(first)
     connection = asyncio.create_task(program.stay_on_the_bus())
+    connection.add_done_callback(lambda _: program.ended.set())
     await program.ended.wait()
+    if connection.done():
+        connection.result()  # says what went wrong
     connection.cancel()
     if program.bus:
         program.bus.disconnect()  # the name goes with it

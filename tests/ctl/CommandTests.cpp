@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <regex>
 
 namespace
 {
@@ -179,6 +180,29 @@ TEST_F(Command, FindsTheBus)
               "headunit-ctl: there is no connection to the session bus: the environment names none\n");
 }
 
+/** What a reader of the documents types is understood. To watch has no end, and no bus is there that would answer. */
+TEST_F(Command, UnderstandsWhatTheDocumentsSay)
+{
+    namespace fs = std::filesystem;
+    std::vector<fs::path> documents { HEADUNIT_SOURCE_DIR "/README.md", HEADUNIT_SOURCE_DIR "/bench/README.md" };
+    for (const auto& entry : fs::directory_iterator(HEADUNIT_SOURCE_DIR "/docs"))
+        if (entry.path().extension() == ".md")
+            documents.push_back(entry.path());
+    const std::regex said("(?:`|\n +)headunit-ctl ([^`|#\n]+)");
+    int count = 0;
+    for (const auto& document : documents)
+    {
+        const auto text = contentOf(document.string());
+        for (std::sregex_iterator each(text.begin(), text.end(), said), end; each != end; ++each)
+            if (const auto words = (*each)[1].str(); words.find("watch") == std::string::npos)
+            {
+                EXPECT_EQ(run(words, { { "HEADUNIT_BUS", "unix:path=/nowhere" } }).status, 3) << document << words;
+                ++count;
+            }
+    }
+    EXPECT_GT(count, 10);
+}
+
 /** A text of a program must not take the terminal over, nor an answer of another form end the command. */
 TEST_F(Command, MindsNothingThatAnAnswerHolds)
 {
@@ -245,10 +269,13 @@ TEST_F(Command, EndsATrace)
     EXPECT_EQ(contentOf(file), "[]");
 }
 
-/** Somebody looks on while the engine changes a page, goes, and comes back with another page in front. */
+/**
+    Somebody looks on while the engine changes a page, has another name on another bus, goes, and comes back with another
+    page in front. The address names the identity of a bus that was there before.
+*/
 TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
 {
-    start("watch");
+    start("watch", { { "HEADUNIT_BUS", address + ",guid=0123456789abcdef0123456789abcdef" } });
     ASSERT_TRUE(says("the engine runs"));
     auto state = canned["State"];
     state["front"] = "mbEQ";
@@ -256,8 +283,24 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
     engine->answer("State", state);
     ASSERT_TRUE(says("mbFM → mbEQ"));
 
-    engine.reset();
-    ASSERT_TRUE(says("no engine answers"));
+    const auto leaves = [this](std::ptrdiff_t times)
+    {
+        engine.reset();
+        return eventually(
+            [&]
+            {
+                const auto text = soFar();
+                const std::regex said("no engine answers");
+                return std::distance(std::sregex_iterator(text.begin(), text.end(), said), {}) == times;
+            });
+    };
+    ASSERT_TRUE(leaves(1));
+    auto answers = canned;
+    answers["State"] = state;
+    engine = std::make_unique<FakeEngine>(address, answers);
+    ASSERT_TRUE(says("the engine answers again"));
+
+    ASSERT_TRUE(leaves(2));
     engine = std::make_unique<FakeEngine>(
         address,
         Json({ { "State", { { "front", "mbMainMenu" }, { "muted", true } } },
@@ -269,11 +312,11 @@ TEST_F(Command, WatchesAnEngineThatGoesAndComesBack)
     EXPECT_EQ(status, 0);
     const auto* time = "[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}  ";
     for (const auto* line :
-         { "the engine runs", "unit            front           mbFM → mbEQ", "no engine answers on .*",
-           "the engine was started anew", "unit            front           mbEQ → mbMainMenu",
-           "mbFM            play            playing → stopped" })
+         { "the engine runs", "unit            front           mbFM → mbEQ", "the engine answers again",
+           "no engine answers on .*", "the engine was started anew",
+           "unit            front           mbEQ → mbMainMenu", "mbFM            play            playing → stopped" })
         EXPECT_THAT(text, testing::ContainsRegex(std::string("(^|\n)") + time + line + "\n"));
-    EXPECT_EQ(std::ranges::count(text, '\n'), 6) << text;
+    EXPECT_EQ(std::ranges::count(text, '\n'), 8) << text;
 }
 
 TEST_F(Command, WatchesInJson)

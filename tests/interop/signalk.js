@@ -1,5 +1,6 @@
-// What an owner sees and does in a Signal K server that has the example's settings and plugin: it finds the unit, its zones
-// and their names; a volume that is put there is set on the unit, one that is set by a display is seen there.
+// What an owner sees and does in a Signal K server that has the example's settings and plugin: it finds the unit, its zones and
+// their names, also when the plugin is started anew; a volume that is put there is set on the unit, one that is set by a display is
+// seen there.
 const { spawn } = require('child_process');
 const { readFileSync, writeFileSync } = require('fs');
 const { createServer } = require('net');
@@ -82,6 +83,17 @@ async function main() {
     unit.stdin.write('mfd volume 1 20\nmfd mute\n');
     await sees('zone1/volume/master', 0.2);
     await sees('zone1/isMuted', true);
+
+    // Saving the plugin's settings starts it anew: it finds the unit and asks for the names again.
+    const named = async () => (await get(`${zones}/zone2/name`))?.timestamp;
+    const before = await named();
+    const saved = await fetch(`http://127.0.0.1:${httpPort}/skServer/plugins/signalk-headunit/config`, {
+        method: 'POST',
+        headers: { 'Content-Type': 'application/json' },
+        body: JSON.stringify({ enabled: true, configuration: {} }),
+    });
+    assert.equal(saved.status, 200);
+    await until('the names, again', async () => ((await named()) !== before ? true : undefined));
 
     // It has asked who is there.
     await until('the product', async () =>

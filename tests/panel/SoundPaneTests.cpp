@@ -61,6 +61,9 @@ TEST_F(SoundPaneTest, DrawsTheCurveOfTheEqualiser)
     ASSERT_TRUE(pumpUntil([&] { return isHeard() && !levels().contains("front silent"); }));
     std::ostringstream output;
     Console console(*unit, Bench::Style(false), output, false);
+    place("Curve of the DSP");
+    ASSERT_TRUE(pumpUntil([&] { return find(*window, "Curve of the DSP")->getDescription().isEmpty(); }))
+        << "it no longer says why nothing is heard";
     const auto flat = front().curve;
     const auto flatPicture = picture();
     ASSERT_NE(runLine(console, "set eq-preset 3").kind, Outcome::failed);

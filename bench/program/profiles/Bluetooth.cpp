@@ -127,11 +127,13 @@ public:
         const auto number = Bench::parseNumber(rest.toStdString(), 0, highestNumber);
         if (what == "connect")
             return connect(rest.isNotEmpty() ? rest : knownPhones[0]) ? "" : "Bluetooth is off";
+        if (const auto missing = whatIsMissing(what); !missing.empty())
+            return missing;
         if (what == "disconnect" && rest.isEmpty())
             disconnect();
-        else if (what == "call" && phone.isNotEmpty())
+        else if (what == "call")
             call(rest.isNotEmpty() ? rest : juce::String("Marina office"));
-        else if (what == "answer" && rest.isEmpty() && caller.isNotEmpty())
+        else if (what == "answer" && rest.isEmpty())
             answer();
         else if (what == "hang-up" && rest.isEmpty())
             hangUp();
@@ -148,9 +150,9 @@ public:
         else if (what == "setup" && rest.isEmpty())
             host.send(RMSG_BT_STATE, wantsSetup);
         else
-            return "connect [NAME], disconnect, call [NAME] (needs a phone), answer (needs a call), hang-up, paired, "
-                   "link open|closed, "
-                   "pandora on|off, signal N, battery N, audio, setup";
+            return "connect [NAME], disconnect, call [NAME], answer, hang-up, paired, link open|closed, "
+                   "pandora on|off, signal N, battery N (0 to " +
+                   std::to_string(highestNumber) + "), audio, setup";
         return {};
     }
 
@@ -175,6 +177,15 @@ private:
         host.changeSetting(bluetoothNameSetting, name);
         host.changed();
         return true;
+    }
+
+    std::string whatIsMissing(const juce::String& order) const
+    {
+        if ((order == "call" || order == "disconnect") && phone.isEmpty())
+            return "no phone is connected";
+        if (order == "answer" && caller.isEmpty())
+            return "nobody calls";
+        return {};
     }
 
     void disconnect()

@@ -66,6 +66,8 @@ public:
         constexpr int none = -1;
         const auto number = Bench::parseNumber(words[1].toStdString(), 0, highestNumber).value_or(none);
         const bool hasNumber = words.size() == 2 && number != none;
+        if (!tuner && words[0] != "in" && words[0] != "out")
+            return "no tuner is connected";
         if (words.size() == 1 && (words[0] == "in" || words[0] == "out"))
         {
             tuner = words[0] == "in";
@@ -80,7 +82,7 @@ public:
             host.send(RMSG_SXM_EVENT, favouriteShown);
         else
             return "in, out, channel 18 to " + std::to_string(firstChannel + channels.size() - 1) +
-                   ", favourites N, favourite";
+                   ", favourites 0 to " + std::to_string(highestNumber) + ", favourite";
         return {};
     }
 

@@ -58,11 +58,6 @@ VideoDecoder& videoDecoder()
     return instance;
 }
 
-Factory::ScheduleFactroy& policy()
-{
-    return *Factory::ScheduleFactroy::getInstance();
-}
-
 void logSource(const Platform::Log::Line& line, const char* what, McuSource source)
 {
     line.info("%s Src Switch type:%d  Num:%d", what, source.type, source.number);
@@ -283,7 +278,7 @@ void DeviceStatusManager::mcuRequestsSource(McuSource source)
     const auto request = agreement.mcuRequests(source);
     if (request == SourceAgreement::Request::repeated)
         return;
-    const int page = policy().pageForMcuSource(source.type, source.number);
+    const int page = Factory::ScheduleFactroy::getInstance()->pageForMcuSource(source.type, source.number);
     if (request == SourceAgreement::Request::schedule)
         EngineApi::requestShowPage(page, true);
     else
@@ -320,7 +315,7 @@ void DeviceStatusManager::sourceChanged()
     if (factoryResetActive)
         return;
     const int page = EngineApi::getLastNormalSource();
-    const auto [type, number] = policy().mcuSourceForPage(page);
+    const auto [type, number] = Factory::ScheduleFactroy::getInstance()->mcuSourceForPage(page);
     const McuSource source { type, number };
     takeSoundOf(page);
     switch (agreement.unitSwitchedTo(source))

@@ -16,11 +16,6 @@ constexpr Platform::Log logger { "EngineLayer/DeviceStatusManager", "DeviceStatu
 
 constexpr int antitheftLeftMs = 2000;
 
-Factory::ScheduleFactroy& policy()
-{
-    return *Factory::ScheduleFactroy::getInstance();
-}
-
 /** Sources whose device may appear after the start. */
 bool mayStillAppear(int source)
 {
@@ -67,19 +62,19 @@ void DeviceStatusManager::runStartSrc()
 {
     logger().info("runStartSrc");
     const int page = startPage;
-    if (policy().checkNormalSource(page) == page)
+    if (Factory::ScheduleFactroy::getInstance()->checkNormalSource(page) == page)
         runPage(page);
     else if (mayStillAppear(EngineApi::getSource(page)))
         return;
     else
-        runPage(policy().defaultSource());
+        runPage(Factory::ScheduleFactroy::getInstance()->defaultSource());
     startPage = Pubhead::NUM_OF_PAGES;
 }
 
 void DeviceStatusManager::runPage(int page)
 {
-    if (policy().isTunerPage(page))
-        page = policy().defaultSource();
+    if (Factory::ScheduleFactroy::getInstance()->isTunerPage(page))
+        page = Factory::ScheduleFactroy::getInstance()->defaultSource();
     if (EngineApi::isAvailable(page))
         EngineApi::requestShowPage(page, true);
 }

@@ -7,6 +7,7 @@
 #include "ctl/Columns.h"
 #include "support/Golden.h"
 
+#include <CLI/CLI.hpp>
 #include <gmock/gmock.h>
 #include <sstream>
 #include <thread>
@@ -189,6 +190,7 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         { "program foo", "'foo' is no program" },
         { "set 9999 1", "'9999' is no setting: a name (eq-preset) or 0 to 1793" },
         { "set eq-preset 9", "eq-preset goes from 0 to 4: Tone, Rock, Pop, Jazz, Custom" },
+        { "set aux-name Flute", "aux-name is one of AUX, TV" },
         { "touch 800 0", "'800' is no x: 0 to 799" },
         { "touch 0 480", "'480' is no y: 0 to 479" },
         { "quit now", "usage: quit" },
@@ -196,6 +198,20 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
           "\" x",
           "the line is not UTF-8" },
         { "program radio window 1", "the engine has no window" },
+        { "mcu source 300", "or a type, 0 to 255" },
+        { "mcu send 99999", "'99999' is no frame: a name (EVENT_SRC_SWITCH, IND_KEY ...) or 1 to 32767" },
+        { "tune 200", "87.5 to 108 on FM" },
+        { "rds TOOLONGNAME x", "at most 8 characters" },
+        { "mcu flood menu,soruce 10 1s", "Is it source?" },
+        { "engine stall SystemGrup 1s", "Is it SystemGroup?" },
+        { "program radio send RMSG_APP_EVNT", "Is it RMSG_APP_EVENT" },
+        { "program bt do conect", "AppBluetooth knows no 'conect'. Is it connect?" },
+        { "program bt do link opne", "Is it open?" },
+        { "settings eq-prest", "Is it eq-preset?" },
+        { "usb update 3", "storage 3 is not plugged: usb in 3" },
+        { "dsp play none.wav out.wav", "there is no such file" },
+        { "dsp play in.wav out.wav frnt", "Is it front?" },
+        { "events nothing", "'nothing' is no count" },
         { "say \"x", "quotes" },
         { "mcu/mcu sing/mcu source", "usage: mcu source SOURCE" },
         { "mcu key menu 0 1s", "usage: mcu key KEY [ORIGIN]" },
@@ -215,6 +231,7 @@ TEST_F(ConsoleCommands, refuseNonsenseWithAHint)
         { "log on 3/log 3 3", "usage: log" },
         { "transcript mcu nobody", "'nobody' is no section" },
         { "expect/expect no/expect sing", "expect" },
+        { "expect pge fm shown", "Is it page?" },
         { "expect page fm gone", "usage: expect page PAGE shown|hidden|covered|confirmed" },
         { "expect dsp write", "expect dsp write TEXT..." },
         { "expect order \"mcu agreed\"", "two expectations" },
@@ -241,7 +258,9 @@ TEST_F(ConsoleCommands, nameEachFaultAndWhatEndsIt)
         { "i2c fail", "camera bus refuses" },
         { "i2c slow 5s", "camera bus is 5000 ms slow" },
         { "gpio slow 900ms", "gpio is 900 ms slow" },
+        { "mcu drop IND_KEY", "mcu loses 1 IND_KEY" },
         { "dsp fail crc always", "dsp: every CRC is wrong" },
+        { "dsp fail transfer", "dsp: the next transfer will fail" },
         { "remote stall", "remote stalls" },
         { "autotest hold", "test equipment acknowledges nothing" },
         { "autotest damage 2", "test equipment damages 2 frames" },
@@ -258,14 +277,29 @@ TEST_F(ConsoleCommands, nameEachFaultAndWhatEndsIt)
     }
 }
 
+/** A file that says to replay itself would never end. */
+TEST_F(ConsoleCommands, replayNoFileWithinItself)
+{
+    const juce::TemporaryFile scenario(".scenario");
+    const auto line = "replay " + scenario.getFile().getFullPathName().toStdString();
+    scenario.getFile().replaceWithText(line);
+    EXPECT_EQ(runLine(console, line).kind, Outcome::failed);
+    EXPECT_THAT(output.str(), HasSubstr("is being replayed"));
+}
+
 /** To a person, each command tells what it brought about or armed, or why nothing came. */
 TEST_F(ConsoleCommands, tellWhatCameOfThem)
 {
     console.tellsConsequences = true;
     const std::pair<const char*, const char*> cases[] = {
         { "mcu drop 2", "  mcu loses 2 frames  until mcu drop 0\n" },
-        { "mcu well", "  well again  mcu loses 2 frames\n" },
+        { "mcu drop 1", "  mcu loses 1 frame  until mcu drop 0\n" },
+        { "mcu well", "  well again  mcu loses 1 frame\n" },
+        { "dsp fail crc always", "  dsp: every CRC is wrong  until dsp fail well\n" },
+        { "dsp fail transfer", "  dsp: the next transfer will fail  until dsp fail well\n" },
+        { "dsp fail well", "  well again  dsp: every CRC is wrong\n" },
         { "camera on", "→ camera signal" },
+        { "mark", "meets no expect" },
         { "gpio 100 1", "→ gpio 100 1 from outside" },
         { "mcu memory usb 2", "→ mcu memory usb 2 after the unit's next start" },
         { "n2k play off", "Nothing within a second: the engine does not run" },
@@ -345,6 +379,16 @@ TEST(Verbs, completeWhatMayFollow)
         { "program radio", "show" },
         { "remote", "rotary-next" },
         { "remote stall", "off" },
+        { "events", "mcu" },
+        { "engine stall", "SystemGroup" },
+        { "settings", "eq-preset" },
+        { "set eq-preset", "4" },
+        { "set aux-name", "Media" },
+        { "dsp play in.wav out.wav", "front" },
+        { "program radio send", "RMSG_APP_EVENT" },
+        { "program bt do", "connect" },
+        { "program radio do seek", "up" },
+        { "help", "mcu" },
         { "expect", "no" },
         { "expect page", "mbEQ" },
         { "if-display expect no page eq", "shown" },
@@ -367,6 +411,21 @@ TEST(Verbs, standInTheManual)
         manual.upToFirstOccurrenceOf(options, false, false) + juce::String::fromUTF8(optionTable().c_str()) +
             behindOptions.fromFirstOccurrenceOf("\n", false, false).upToFirstOccurrenceOf(verbs, false, false) +
             juce::String::fromUTF8(verbTables().c_str()));
+}
+
+/** Of two that would say what happens neither is left out silently. */
+TEST(Options, refuseWhatExcludesEachOther)
+{
+    const std::string script = "--script " HEADUNIT_SOURCE_DIR "/run ";
+    for (const auto& words :
+         { std::string("--panel --tour"), std::string("--panel --stdin"), std::string("--tour --stdin"),
+           "--panel --transcript kept " + script, "--tour " + script, "--stdin " + script })
+    {
+        CLI::App app;
+        CommandLine line;
+        line.offerTo(app);
+        EXPECT_THROW(app.parse(words), CLI::ExcludesError) << words;
+    }
 }
 
 /** A program of the user's own that cannot be the one that is named is refused before anything starts. */

@@ -216,9 +216,13 @@ TEST_F(NetworkDevice, playsAFileWholly)
 TEST_F(NetworkDevice, servesAndTakesLines)
 {
     ASSERT_EQ(log.logTo(file), "");
-    ASSERT_EQ(log.serve(0, LineForm::candump), "");
+    ASSERT_EQ(log.serve(0, LineForm::raw), "");
+    ASSERT_EQ(log.serve(log.state().port, LineForm::candump), "");
     asio::io_context context;
     asio::ip::tcp::socket peer(context);
+    // A port that is another's leaves everything as it was.
+    const asio::ip::tcp::acceptor taken(context, { asio::ip::address_v4::loopback(), 0 });
+    EXPECT_NE(log.serve(taken.local_endpoint().port(), LineForm::raw), "");
     const auto lines = [&] { return log.state().fed + log.state().skipped + log.state().refused; };
     peer.connect({ asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(log.state().port) });
     asio::write(peer, asio::buffer(std::string("nonsense,\n"

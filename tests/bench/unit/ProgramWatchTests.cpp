@@ -89,6 +89,7 @@ TEST_F(ProgramWatchTest, SeesAPageComeAndGo)
     EXPECT_EQ(programs.pageInFront(), NUM_OF_PAGES);
 
     aux->post("AppMain", RMSG_PAGE_SHOW_READY, mbAuxin2);
+    EXPECT_TRUE(comes("page mbAuxin2", "shown"));
     broadcast(RMSG_HEARTBEAT);
     broadcast(RMSG_ENGINE_STARTED); // its screen is empty
     EXPECT_TRUE(comes("page mbAuxin2", "hidden"));
