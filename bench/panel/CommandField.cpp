@@ -30,7 +30,8 @@ CommandField::~CommandField()
 void CommandField::lookAndFeelChanged()
 {
     editor.applyFontToAllText(juce::Font("DejaVu Sans Mono", Look::bodySize, juce::Font::plain));
-    editor.applyColourToAllText(editor.findColour(juce::TextEditor::textColourId));
+    // The editor keeps the colour as its own, so that it cannot be asked for the new one.
+    editor.applyColourToAllText(Look::of(*this).colours.ink);
     editor.setTextToShowWhenEmpty("> a command; help lists them", Look::of(*this).colours.dim);
 }
 

@@ -42,7 +42,7 @@ void ConsoleSheet::visibilityChanged()
 void ConsoleSheet::lookAndFeelChanged()
 {
     text.applyFontToAllText(juce::Font("DejaVu Sans Mono", Look::smallSize + 1.0f, juce::Font::plain));
-    text.applyColourToAllText(text.findColour(juce::TextEditor::textColourId));
+    text.applyColourToAllText(Look::of(*this).colours.ink);
 }
 
 void ConsoleSheet::resized()

@@ -21,7 +21,15 @@ constexpr std::array askerTitles { AskerTitle { "KeyManager", "a key" },
                                    AskerTitle { "DeviceStatusManager", "the microcontroller" },
                                    AskerTitle { "NavicoManager", "the boat's network" },
                                    AskerTitle { "SystemStateManager", "the unit's state" },
-                                   AskerTitle { "GeneralApplication", "the unit" } };
+                                   AskerTitle { "GeneralApplication", "the unit" },
+                                   AskerTitle { "MainMenuApplication", "the main menu" },
+                                   AskerTitle { "SetupApplication", "the setup" },
+                                   AskerTitle { "BluetoothApplication", "Bluetooth" },
+                                   AskerTitle { "RadioApplication", "the radio" },
+                                   AskerTitle { "UsbApplication", "USB" },
+                                   AskerTitle { "iPodApplication", "the iPod" },
+                                   AskerTitle { "SiriusApplication", "the satellite radio" },
+                                   AskerTitle { "AuxInApplication", "AUX" } };
 
 void replaceAll(std::string& text, const std::string& name, const std::string& title)
 {

@@ -112,7 +112,7 @@ TEST_F(PanelTest, HearsTheEngineAgainAfterAPowerCut)
     EXPECT_TRUE(hears(Clock::now()));
 }
 
-// A line that is typed is answered; an answer of several lines is seen in the sheet, which Escape puts away.
+// A line that is typed is answered; an answer of several lines is seen in the sheet, by day and by night, which Escape puts away.
 TEST_F(PanelTest, AnswersWhatIsTyped)
 {
     hand->click(place("Command"));
@@ -123,6 +123,15 @@ TEST_F(PanelTest, AnswersWhatIsTyped)
     { return (sheet = dynamic_cast<juce::TextEditor*>(find(*window, "What the console has said"))) != nullptr; };
     ASSERT_TRUE(pumpUntil(isThere));
     EXPECT_TRUE(sheet->getText().contains("Microcontroller")) << sheet->getText();
+    for (const auto& [line, isNight] : { std::pair("lights on", true), std::pair("lights off", false) })
+    {
+        std::ostringstream output;
+        Console console(*unit, Bench::Style(false), output, false);
+        ASSERT_NE(runLine(console, line).kind, Outcome::failed);
+        const auto brightness = [&](int colour) { return sheet->findColour(colour).getBrightness(); };
+        ASSERT_TRUE(pumpUntil([&] { return (brightness(juce::TextEditor::backgroundColourId) < 0.5f) == isNight; }));
+        EXPECT_EQ(brightness(juce::TextEditor::textColourId) > 0.5f, isNight);
+    }
     hand->type(keyEscape);
     EXPECT_TRUE(pumpUntil([&] { return !sheet->isShowing(); }));
 }
