@@ -144,15 +144,10 @@ BENCHMARK(firstPaint)
     ->Repetitions(1)
     ->Unit(benchmark::kMillisecond);
 
-/** A band of the equaliser goes up and down without a pause; counted is how often its middle is drawn: a picture comes in
-    parts, one of which has it. */
-void movingCurve(benchmark::State& state)
+/** The panel's share of a core during `measure`, which is told its begin; `settle` comes before that. Both look on. */
+template <typename Settle, typename Measure>
+void onPanel(benchmark::State& state, const juce::String& script, const Settle& settle, const Measure& measure)
 {
-    constexpr int middleX = 536, middleY = 610;
-    constexpr auto duration = 5s;
-    juce::String script("expect page fm settled\nexpect program menu connected\nset eq-preset 4\n");
-    for (int i = 0; i < 3000; ++i)
-        script << "set band4 " << std::abs(i % 24 - 12) << "\nwait 4ms\n";
     const XServer display("1280x800");
     Eye eye;
     for ([[maybe_unused]] auto _ : state)
@@ -160,40 +155,50 @@ void movingCurve(benchmark::State& state)
         const PanelProcess panel(script);
         if (!panel.isSeen(eye))
             return state.SkipWithError("the panel was not drawn");
-        for (const auto moves = Clock::now() + 2s; eye.next(moves);)
-            ;
+        settle(eye);
         const auto start = Clock::now();
         const auto before = panel.processorMs();
+        measure(eye, start);
+        state.counters["core_%"] = panel.share(before, start);
+    }
+}
+
+/** A band of the equaliser goes up and down without a pause; counted is how often its middle is drawn: a picture comes in
+    parts, one of which has it. */
+void movingCurve(benchmark::State& state)
+{
+    constexpr int middleX = 536, middleY = 610;
+    static constexpr auto duration = 5s;
+    juce::String script("expect page fm settled\nexpect program menu connected\nset eq-preset 4\n");
+    for (int i = 0; i < 3000; ++i)
+        script << "set band4 " << std::abs(i % 24 - 12) << "\nwait 4ms\n";
+    const auto settle = [](Eye& eye)
+    {
+        for (const auto moves = Clock::now() + 2s; eye.next(moves);)
+            ;
+    };
+    const auto measure = [&state](Eye& eye, Clock::time_point start)
+    {
         int pictures = 0;
         while (const auto area = eye.next(start + duration))
             pictures += area->x <= middleX && area->x + area->width > middleX && area->y <= middleY &&
                         area->y + area->height > middleY;
         state.counters["pictures/s"] = pictures / std::chrono::duration<double>(Clock::now() - start).count();
-        state.counters["core_%"] = panel.share(before, start);
-    }
+    };
+    onPanel(state, script, settle, measure);
 }
 BENCHMARK(movingCurve)->Name("Panel/movingCurve")->Iterations(1)->Repetitions(1);
 
 /** Nobody does anything, or the boat's voltage is measured once a second (`busy`). */
 void atRest(benchmark::State& state)
 {
-    constexpr auto settling = 10s, duration = 20s;
+    static constexpr auto settling = 10s, duration = 20s;
     juce::String script("expect page fm settled\n");
     for (int i = 0; i < 60; ++i)
         script << "wait 1s\n" << (state.range(0) != 0 ? "battery 12.6\n" : "");
-    const XServer display("1280x800");
-    Eye eye;
-    for ([[maybe_unused]] auto _ : state)
-    {
-        const PanelProcess panel(script);
-        if (!panel.isSeen(eye))
-            return state.SkipWithError("the panel was not drawn");
-        std::this_thread::sleep_for(settling);
-        const auto start = Clock::now();
-        const auto before = panel.processorMs();
-        std::this_thread::sleep_for(duration);
-        state.counters["core_%"] = panel.share(before, start);
-    }
+    onPanel(
+        state, script, [](Eye&) { std::this_thread::sleep_for(settling); },
+        [](Eye&, Clock::time_point) { std::this_thread::sleep_for(duration); });
 }
 BENCHMARK(atRest)->Name("Panel/atRest")->ArgNames({ "busy" })->Arg(0)->Arg(1)->Iterations(1)->Repetitions(1);
 
