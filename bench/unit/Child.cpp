@@ -57,8 +57,9 @@ std::string Child::start(const Options& options, Ended ended)
         watcher.join();
     // The system ends a child with the thread that has forked it, which therefore lives as long as the child.
     std::promise<std::string> started;
+    auto result = started.get_future();
     watcher = std::thread(
-        [this, &options, &started, ended = std::move(ended)]
+        [this, &options, started = std::move(started), ended = std::move(ended)]() mutable
         {
             auto error = launch(options);
             const auto child = process;
@@ -67,7 +68,7 @@ std::string Child::start(const Options& options, Ended ended)
             if (runs)
                 watch(child, ended);
         });
-    return started.get_future().get();
+    return result.get();
 }
 
 std::string Child::launch(const Options& options)
