@@ -81,10 +81,11 @@ void Consequence::tell()
     bool changed = false;
     for (const auto& fault : activeFaults(console.unit))
     {
-        if (!contains(before, fault))
-            tellArmed(fault);
-        changed = changed || !contains(before, fault);
         why += "; " + fault.what;
+        if (contains(before, fault))
+            continue;
+        tellArmed(fault);
+        changed = true;
     }
     if (!changed)
         console.output << console.style.dim("  Nothing within a second: " + why) << "\n";

@@ -7,9 +7,8 @@ namespace BenchPanel
 
 EngineAsker::EngineAsker(Unit& unitToAsk)
     : unit(unitToAsk)
-    , bus(unit.engine().busAddress())
 {
-    thread = std::jthread([this](const std::stop_token& stop) { work(stop); });
+    thread = std::jthread([this, bus = unit.engine().busAddress()](const std::stop_token& stop) { work(stop, bus); });
 }
 
 EngineAsker::~EngineAsker() = default;
@@ -20,7 +19,7 @@ std::shared_ptr<const EngineTold> EngineAsker::told() const
     return answers;
 }
 
-void EngineAsker::work(const std::stop_token& stop)
+void EngineAsker::work(const std::stop_token& stop, const std::string& bus)
 {
     Ctl::Client client(bus);
     // What has no consequence for what is asked.

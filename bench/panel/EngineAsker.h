@@ -43,13 +43,12 @@ public:
 
 private:
     Unit& unit;
-    std::string bus; ///< its address
     mutable std::mutex lock;
     std::condition_variable_any ended;
     std::shared_ptr<const EngineTold> answers = std::make_shared<EngineTold>();
     std::jthread thread; // last: it uses all the others
 
-    void work(const std::stop_token& stop);
+    void work(const std::stop_token& stop, const std::string& bus);
 };
 
 } // namespace BenchPanel
